@@ -1,0 +1,150 @@
+#include "platform/files.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <filesystem>
+#include <random>
+
+#include "platform/text.h"
+
+namespace fs = std::filesystem;
+
+namespace marrowfin {
+
+namespace {
+
+// Closes a descriptor on every road out.
+struct FdOwner {
+    int fd = -1;
+    ~FdOwner() { if (fd >= 0) ::close(fd); }
+    int release() { int f = fd; fd = -1; return f; }
+};
+
+bool StatPath(std::u16string_view path, struct stat& st) {
+    if (path.empty()) return false;
+    return ::stat(NativePath(path).c_str(), &st) == 0;
+}
+
+void RemoveTreeNative(const fs::path& dir) {
+    std::error_code ec;
+    for (fs::directory_iterator it(dir, ec), end; !ec && it != end; it.increment(ec)) {
+        const fs::path entry = it->path();
+        // Clear a read-only mark first, as the design does with FILE_ATTRIBUTE_NORMAL.
+        std::error_code pec;
+        const bool isDir = it->is_directory(pec) && !it->is_symlink(pec);
+        fs::permissions(entry, isDir ? fs::perms::owner_all : (fs::perms::owner_read | fs::perms::owner_write),
+                        fs::perm_options::add, pec);
+        if (isDir) {
+            RemoveTreeNative(entry);
+        } else {
+            (void)::unlink(entry.c_str());  // failures are not reported
+        }
+    }
+    (void)::rmdir(dir.c_str());
+}
+
+}  // namespace
+
+std::string NativePath(std::u16string_view path) { return Utf16ToUtf8(path); }
+
+bool PathExists(std::u16string_view path) {
+    struct stat st;
+    return StatPath(path, st);
+}
+
+bool FileExists(std::u16string_view path) {
+    struct stat st;
+    return StatPath(path, st) && S_ISREG(st.st_mode);
+}
+
+bool DirectoryExists(std::u16string_view path) {
+    struct stat st;
+    return StatPath(path, st) && S_ISDIR(st.st_mode);
+}
+
+int64_t FileSize(std::u16string_view path) {
+    struct stat st;
+    if (!StatPath(path, st) || !S_ISREG(st.st_mode)) return -1;
+    return static_cast<int64_t>(st.st_size);
+}
+
+bool CreateDirectories(std::u16string_view path) {
+    if (path.empty()) return false;
+    std::error_code ec;
+    fs::create_directories(fs::path(NativePath(path)), ec);
+    return DirectoryExists(path);
+}
+
+void RemoveDirectoryTree(std::u16string_view path) {
+    if (path.empty()) {
+        (void)::rmdir("");  // the design's lone RemoveDirectory on an empty name
+        return;
+    }
+    const std::string native = NativePath(path);
+    struct stat st;
+    if (::lstat(native.c_str(), &st) != 0 || !S_ISDIR(st.st_mode)) return;
+    RemoveTreeNative(fs::path(native));
+}
+
+bool RemoveFile(std::u16string_view path) {
+    return !path.empty() && ::unlink(NativePath(path).c_str()) == 0;
+}
+
+bool CopyFileNoOverwrite(std::u16string_view from, std::u16string_view to) {
+    if (from.empty() || to.empty()) return false;
+    std::error_code ec;
+    return fs::copy_file(fs::path(NativePath(from)), fs::path(NativePath(to)), fs::copy_options::none, ec) && !ec;
+}
+
+bool RenameFile(std::u16string_view from, std::u16string_view to) {
+    if (from.empty() || to.empty()) return false;
+    return ::rename(NativePath(from).c_str(), NativePath(to).c_str()) == 0;
+}
+
+bool ReadWholeFile(std::u16string_view path, std::string& bytes) {
+    bytes.clear();
+    if (path.empty()) return false;
+    FdOwner f{::open(NativePath(path).c_str(), O_RDONLY | O_CLOEXEC)};
+    if (f.fd < 0) return false;
+    struct stat st;
+    if (::fstat(f.fd, &st) != 0 || !S_ISREG(st.st_mode)) return false;
+    bytes.resize(static_cast<size_t>(st.st_size));
+    size_t done = 0;
+    while (done < bytes.size()) {
+        const ssize_t r = ::read(f.fd, bytes.data() + done, bytes.size() - done);
+        if (r < 0 && errno == EINTR) continue;
+        if (r < 0) { bytes.clear(); return false; }
+        if (r == 0) break;  // the file shrank under us: keep what was there
+        done += static_cast<size_t>(r);
+    }
+    bytes.resize(done);
+    return true;
+}
+
+bool WriteFileAtomic(std::u16string_view path, std::string_view bytes) {
+    if (path.empty()) return false;
+    const std::string target = NativePath(path);
+    std::string temp = target + ".tmp-XXXXXX";
+    FdOwner f{::mkstemp(temp.data())};
+    if (f.fd < 0) return false;
+    bool ok = true;
+    size_t done = 0;
+    while (ok && done < bytes.size()) {
+        const ssize_t w = ::write(f.fd, bytes.data() + done, bytes.size() - done);
+        if (w < 0 && errno == EINTR) continue;
+        if (w <= 0) ok = false; else done += static_cast<size_t>(w);
+    }
+    // A store file is read by other users of the profile too: ordinary permissions.
+    if (ok) ok = ::fchmod(f.fd, 0644) == 0;
+    if (ok) ok = ::fsync(f.fd) == 0;
+    if (::close(f.release()) != 0) ok = false;
+    if (ok) ok = ::rename(temp.c_str(), target.c_str()) == 0;
+    if (!ok) (void)::unlink(temp.c_str());  // the old file stays whole
+    return ok;
+}
+
+}  // namespace marrowfin

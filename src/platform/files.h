@@ -1,0 +1,37 @@
+#pragma once
+// Files and folders. Paths are UTF-16 with '/' separators; they become UTF-8
+// for the system calls. Failures answer false or an empty result, never throw.
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace marrowfin {
+
+std::string NativePath(std::u16string_view path);  // UTF-8 for the system
+
+bool PathExists(std::u16string_view path);  // file or folder
+bool FileExists(std::u16string_view path);  // a regular file
+bool DirectoryExists(std::u16string_view path);
+// Size in bytes, or -1 when the file does not exist or cannot be read.
+int64_t FileSize(std::u16string_view path);
+
+// Creates the folder with all missing parents; true when it exists afterwards.
+bool CreateDirectories(std::u16string_view path);
+// Removes a folder tree, clearing read-only attributes first. An empty path
+// only tries to remove an (empty) folder of that name. Failures are silent.
+void RemoveDirectoryTree(std::u16string_view path);
+bool RemoveFile(std::u16string_view path);
+// Copies a file; refuses (false) when the target exists.
+bool CopyFileNoOverwrite(std::u16string_view from, std::u16string_view to);
+// Renames, replacing an existing target file.
+bool RenameFile(std::u16string_view from, std::u16string_view to);
+
+// Reads a whole file; false when it cannot be opened or read.
+bool ReadWholeFile(std::u16string_view path, std::string& bytes);
+// Writes a whole file through a temporary file in the same folder and a
+// rename, so that a crash or a failed write never leaves a half-written file:
+// on failure the old file is untouched and no temporary is left behind.
+bool WriteFileAtomic(std::u16string_view path, std::string_view bytes);
+
+}  // namespace marrowfin

@@ -1,0 +1,28 @@
+#pragma once
+// Where the store lies and small path helpers ('/' is the separator).
+
+#include <string>
+#include <string_view>
+
+namespace marrowfin {
+
+// The user's documents folder: XDG_DOCUMENTS_DIR from user-dirs.dirs, else ~/Documents.
+std::u16string DocumentsFolder();
+// The document folder of the store, computed once per process: the option
+// `docDir` when set and present, else the documents folder; when that is
+// missing too, `docDir` is written empty and the path is used all the same.
+std::u16string DocumentRoot();
+// The folder of the running program (where BrindleSkin/ lies), computed once.
+std::u16string HostFolder();
+// The text behind the last '/', up to its last '.' unless `keepExtension`;
+// a path without '/' comes back whole.
+std::u16string FileStem(std::u16string_view path, bool keepExtension);
+// The text behind the last '/', or empty when there is none or it stands first.
+std::u16string FileNameOf(std::u16string_view path);
+// Texts from the host may carry '\': the library uses '/' everywhere.
+std::u16string ToLibrarySeparators(std::u16string_view path);
+
+// Tests change the environment: forget the cached folders.
+void ResetPathCachesForTest();
+
+}  // namespace marrowfin
