@@ -13,6 +13,12 @@ if(MARROWFIN_SANITIZE)
   add_link_options(-fsanitize=${_san})
 endif()
 
+if(MARROWFIN_FUZZ)
+  # Everything is instrumented for coverage; only the fuzz targets link the fuzzer's main.
+  add_compile_options(-fsanitize=fuzzer-no-link,address,undefined -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=address,undefined)
+endif()
+
 # Adds a folder when it has a CMakeLists.txt, so that layers can land one by one.
 function(marrowfin_add_folder dir)
   if(EXISTS ${CMAKE_SOURCE_DIR}/${dir}/CMakeLists.txt)
