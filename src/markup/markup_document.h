@@ -1,0 +1,135 @@
+#pragma once
+// The one XML facility: the whole document as one UTF-16 text, beside it an
+// index of element records holding offsets into that text, and three cursors
+// (parent, main, child) to walk it. Editing inserts into the text and moves
+// the offsets behind the insertion. Parsing never gives up; failures are
+// bool results plus a readable list of records (GetResult).
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace marrowfin {
+
+class MarkupDocument {
+public:
+    // Document flags: how a loaded file was encoded, kept for SaveFile.
+    static constexpr uint32_t FlagUtf16LeBom = 0x1;
+    static constexpr uint32_t FlagUtf8Bom = 0x4;
+    static constexpr uint32_t FlagUtf16BeBom = 0x80;
+
+    // Marks in word 3 of an element record.
+    static constexpr uint32_t MarkFirst = 0x80000;
+    static constexpr uint32_t MarkUnended = 0x100000;
+    static constexpr uint32_t MarkErrorInside = 0x200000;
+    static constexpr uint32_t MarkIllFormed = 0x800000;
+
+    MarkupDocument();
+    ~MarkupDocument();
+    MarkupDocument(const MarkupDocument&) = delete;
+    MarkupDocument& operator=(const MarkupDocument&) = delete;
+    MarkupDocument(MarkupDocument&&) noexcept;
+    MarkupDocument& operator=(MarkupDocument&&) noexcept;
+
+    // Takes the text as the whole document and parses it. Null or empty gives
+    // an empty document. True when the text is well-formed with one root.
+    bool SetText(std::u16string_view text);
+    bool SetText(std::nullptr_t);
+    // Reads and decodes a file (marks, declared encodings, UTF-8 detection).
+    bool LoadFile(std::u16string_view path);
+    // The decoding of LoadFile on bytes already in memory (service replies).
+    bool LoadBytes(std::string_view bytes);
+    // Encodes the text in the loaded form and writes the file atomically.
+    // The object itself is not changed apart from its result records.
+    bool SaveFile(std::u16string_view path);
+
+    // Empty name means any element.
+    bool FindElement(std::u16string_view name = {});
+    bool FindChildElement(std::u16string_view name = {});
+    bool EnterElement();
+    bool LeaveElement();
+    void RewindMain();
+
+    std::u16string GetElementText() const;
+    std::u16string GetChildText() const;
+    std::u16string GetAttribute(std::u16string_view name) const;
+    std::u16string GetChildAttribute(std::u16string_view name) const;
+    // Tag names of the main and the child element; empty when there is none.
+    std::u16string GetTagName() const;
+    std::u16string GetChildTagName() const;
+
+    // Empty text gives <name/>.
+    bool AddElement(std::u16string_view name, std::u16string_view text = {});
+    bool SetAttribute(std::u16string_view name, std::u16string_view value);
+
+    // The document text, NUL-terminated in storage.
+    std::u16string_view Text() const { return {m_text.get(), m_length}; }
+    // The result records gathered by the last SetText, LoadFile or SaveFile.
+    const std::u16string& GetResult() const { return m_result; }
+    uint32_t Flags() const { return m_flags; }
+    // True when record 0 carries the ill-formed mark.
+    bool IsIllFormed() const;
+
+    // One element record: eight 32-bit words.
+    struct ElementRecord {
+        uint32_t start;       // offset of the '<' of the start tag
+        uint32_t length;      // through the '>' of the end tag
+        uint32_t tagLengths;  // low 22 bits start tag, high 10 bits end tag
+        uint32_t levelMarks;  // low 16 bits depth, plus the marks
+        uint32_t parent;
+        uint32_t firstChild;
+        uint32_t nextSibling;
+        uint32_t prevSibling;  // on a first child: the last child
+    };
+    static_assert(sizeof(ElementRecord) == 32);
+    static constexpr uint32_t PageBits = 16;
+    static constexpr uint32_t PageSize = 1u << PageBits;
+
+    // Read access to the index and cursors, for tests and diagnostics.
+    const ElementRecord& Record(uint32_t index) const { return m_pages[index >> PageBits][index & (PageSize - 1)]; }
+    uint32_t RecordCount() const { return m_nextFree; }
+    uint32_t MainCursor() const { return m_main; }
+    uint32_t ParentCursor() const { return m_parent; }
+    uint32_t ChildCursor() const { return m_child; }
+
+    // Encoding name to code page: 0 for empty, unknown or too long names;
+    // 65005 for names beginning with "UTF-32".
+    static uint32_t CodePageOfEncodingName(std::u16string_view name);
+    static void EncodeText(std::u16string_view text, std::u16string& out, bool attribute);
+    static void DecodeText(std::u16string_view text, std::u16string& out);
+
+private:
+    friend class MarkupParser;
+    ElementRecord& Rec(uint32_t index) { return m_pages[index >> PageBits][index & (PageSize - 1)]; }
+    void Clear();
+    bool Parse();
+    void ReserveText(size_t length);
+    void ReserveRecords(uint32_t count);
+    uint32_t NewRecord();
+    void AddRecord(std::u16string_view record);
+    bool WellFormedResult() const;
+    std::u16string ElementTextOf(uint32_t index) const;
+    std::u16string AttributeOf(uint32_t index, std::u16string_view name) const;
+    std::u16string TagNameOf(uint32_t index) const;
+    void Insert(size_t offset, size_t removeLength, std::u16string_view with);
+    void MoveOffsetsBehind(uint32_t element, int64_t delta);
+
+    std::unique_ptr<char16_t[]> m_text;
+    size_t m_length = 0;
+    size_t m_capacity = 0;
+    std::u16string m_result;
+    uint32_t m_parent = 0;
+    uint32_t m_main = 0;
+    uint32_t m_child = 0;
+    uint32_t m_nextFree = 1;
+    uint32_t m_mainKind = 0;
+    uint32_t m_flags = 0;
+    // Two-level index: page i >> 16, slot i & 0xFFFF.
+    std::vector<std::unique_ptr<ElementRecord[]>> m_pages;
+    uint32_t m_firstPageCapacity = 0;
+};
+
+}  // namespace marrowfin
