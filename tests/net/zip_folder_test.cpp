@@ -1,0 +1,66 @@
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <map>
+
+#include <minizip/unzip.h>
+
+#include "net/zip_folder.h"
+#include "platform/text.h"
+#include "support/temp_home.h"
+#include "support/test_paths.h"
+
+using namespace marrowfin;
+using marrowfin::test::TempHome;
+
+namespace {
+
+// Entry name -> content, read back with minizip's reader.
+std::map<std::string, std::string> ReadZip(const std::string& path) {
+    std::map<std::string, std::string> entries;
+    unzFile z = unzOpen(path.c_str());
+    if (!z) return entries;
+    for (int r = unzGoToFirstFile(z); r == UNZ_OK; r = unzGoToNextFile(z)) {
+        char name[512];
+        unz_file_info info;
+        unzGetCurrentFileInfo(z, &info, name, sizeof name, nullptr, 0, nullptr, 0);
+        std::string content(info.uncompressed_size, '\0');
+        unzOpenCurrentFile(z);
+        if (!content.empty()) unzReadCurrentFile(z, content.data(), static_cast<unsigned>(content.size()));
+        unzCloseCurrentFile(z);
+        entries[name] = content;
+    }
+    unzClose(z);
+    return entries;
+}
+
+}  // namespace
+
+TEST(ZipFolder, NamesEntriesWithDoubleSlashesAndKeepsContent) {
+    TempHome home;
+    const std::string a = home.file("a");
+    std::filesystem::create_directories(a + "/c");
+    std::filesystem::create_directories(a + "/空");
+    test::WriteBytes(a + "/b", "bee");
+    std::string big(300000, '\0');
+    for (size_t i = 0; i < big.size(); ++i) big[i] = static_cast<char>(i * 7 % 251);  // crosses the read piece
+    test::WriteBytes(a + "/c/d", big);
+    test::WriteBytes(a + "/c/门.dwg", "");
+
+    ASSERT_TRUE(ZipFolder(W(a), W(home.file("out.zip"))));
+    const auto entries = ReadZip(home.file("out.zip"));
+    ASSERT_EQ(entries.size(), 5u);
+    EXPECT_EQ(entries.at("a//b"), "bee");
+    EXPECT_EQ(entries.at("a//c/"), "");
+    EXPECT_EQ(entries.at("a//c//d"), big);
+    EXPECT_EQ(entries.at("a//c//门.dwg"), "");
+    EXPECT_EQ(entries.at("a//空/"), "");
+}
+
+TEST(ZipFolder, MissingFolderGivesEmptyArchiveAndBadTargetFails) {
+    TempHome home;
+    ASSERT_TRUE(ZipFolder(W(home.file("missing")), W(home.file("empty.zip"))));
+    EXPECT_TRUE(ReadZip(home.file("empty.zip")).empty());
+    EXPECT_TRUE(std::filesystem::exists(home.file("empty.zip")));
+    EXPECT_FALSE(ZipFolder(W(home.dir()), W(home.file("no/such/dir/x.zip"))));
+}
