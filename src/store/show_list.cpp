@@ -1,0 +1,51 @@
+#include "store/show_list.h"
+
+#include "markup/markup_document.h"
+#include "platform/files.h"
+#include "store/store_paths.h"
+
+namespace marrowfin {
+
+std::vector<ShowItem> ReadShowList(bool createFolders) {
+    std::vector<ShowItem> items;
+    MarkupDocument doc;
+    const std::u16string file = ShowListPath();
+    if (!FileExists(file)) return items;
+    // A list that is not quite well-formed still yields what could be read.
+    (void)doc.LoadFile(file);
+    if (!doc.FindElement(u"root") || !doc.EnterElement()) return items;
+    size_t count = 0;
+    while (doc.FindElement(u"item")) {
+        if (count > kShowListLimit - 1) break;
+        ShowItem item{doc.GetElementText(), doc.GetAttribute(u"describe")};
+        if (createFolders) {
+            const std::u16string folder = GalleryFolder(item.name);
+            if (!DirectoryExists(item.name.empty() ? StoreRoot() : folder))
+                (void)CreateDirectories(item.name.empty() ? StoreRoot() : folder);
+        }
+        if (item.name.empty()) continue;
+        ++count;
+        items.push_back(std::move(item));
+    }
+    return items;
+}
+
+bool AddGalleryToShowList(std::u16string_view name) {
+    const std::u16string file = ShowListPath();
+    (void)CreateDirectories(StoreRoot());
+    if (!FileExists(file)) {
+        MarkupDocument empty;
+        if (!empty.AddElement(u"root") || !empty.SaveFile(file)) return false;
+    }
+    MarkupDocument doc;
+    (void)doc.LoadFile(file);
+    // Without a root there is no list to add to; the file is left for the user.
+    if (!doc.FindElement(u"root") || !doc.EnterElement()) return false;
+    while (doc.FindElement(u"item"))
+        if (doc.GetElementText() == name) return false;
+    // The failed search left the main cursor on the last item: the new one goes behind it.
+    if (!doc.AddElement(u"item", name)) return false;
+    return doc.SaveFile(file);
+}
+
+}  // namespace marrowfin
