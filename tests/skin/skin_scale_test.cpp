@@ -1,0 +1,196 @@
+// The scale rule, its buckets, the font heights, the text measure and the sheet.
+#include <gtest/gtest.h>
+
+#include <QFontInfo>
+#include <QFontMetrics>
+#include <QImage>
+#include <QPainter>
+
+#include "platform/profile.h"
+#include "skin/measure_text.h"
+#include "skin/skin_fonts.h"
+#include "skin/skin_scale.h"
+#include "skin/skin_sheet.h"
+#include "support/temp_home.h"
+
+namespace marrowfin {
+namespace {
+
+TEST(SkinScale, OptionAndScreenRule) {
+    // Option values: kept between 1.0 and 5.0, else 1.0; junk reads as 0.
+    EXPECT_FLOAT_EQ(RateFromOption("1.19", 800, 600), 1.19f);
+    EXPECT_FLOAT_EQ(RateFromOption("1.2", 800, 600), 1.2f);
+    EXPECT_FLOAT_EQ(RateFromOption("0.5", 3840, 2160), 1.0f);
+    EXPECT_FLOAT_EQ(RateFromOption("6", 800, 600), 1.0f);
+    EXPECT_FLOAT_EQ(RateFromOption("5", 800, 600), 5.0f);
+    EXPECT_FLOAT_EQ(RateFromOption("1", 800, 600), 1.0f);
+    EXPECT_FLOAT_EQ(RateFromOption("abc", 3840, 2160), 1.0f);
+    EXPECT_FLOAT_EQ(RateFromOption("", 3840, 2160), 1.0f);
+    EXPECT_FLOAT_EQ(RateFromOption("1.5x", 800, 600), 1.5f) << "a leading number is read";
+    // The screen rule.
+    EXPECT_FLOAT_EQ(RateFromOption("-1", 1920, 1080), 1.28f);
+    EXPECT_FLOAT_EQ(RateFromOption("-1", 1800, 1200), 1.0f);
+    EXPECT_FLOAT_EQ(RateFromOption("-1", 1800, 1800), 1.0f);
+    EXPECT_FLOAT_EQ(RateFromOption("-1", 2560, 1440), 1.70f);
+    EXPECT_FLOAT_EQ(RateFromOption("-1", 3840, 2160), 2.56f);
+    EXPECT_FLOAT_EQ(RateFromOption("-1", 1900, 700), 0.87f) << "no lower bound on the screen road";
+    EXPECT_FLOAT_EQ(RateFromOption("-1", 1200, 1801), 0.8f);
+
+    // Buckets at their edges.
+    EXPECT_EQ(BucketForRate(1.19f).suffix, "_1");
+    EXPECT_FLOAT_EQ(BucketForRate(1.19f).sheetScale, 1.0f);
+    EXPECT_EQ(BucketForRate(1.2f).suffix, "_2");
+    EXPECT_FLOAT_EQ(BucketForRate(1.2f).sheetScale, 1.5f);
+    EXPECT_EQ(BucketForRate(1.85f).suffix, "_2");
+    EXPECT_EQ(BucketForRate(1.86f).suffix, "_3");
+    EXPECT_FLOAT_EQ(BucketForRate(1.86f).sheetScale, 2.5f);
+    EXPECT_EQ(BucketForRate(2.52f).suffix, "_3");
+    // 2.53 as a float widens to 2.5299999..., below the bound: still "_3".
+    EXPECT_EQ(BucketForRate(2.53f).suffix, "_3");
+    EXPECT_EQ(BucketForRate(2.54f).suffix, "_4");
+    EXPECT_EQ(BucketForRate(5.0f).suffix, "_4");
+    EXPECT_FLOAT_EQ(BucketForRate(5.0f).sheetScale, 3.5f);
+    EXPECT_EQ(BucketForRate(0.87f).suffix, "_1");
+    EXPECT_EQ(BucketForRate(2.56f).resourceStep, 4);
+    EXPECT_EQ(BucketForRate(1.5f).resourceStep, 2);
+}
+
+TEST(SkinScale, InitReadsTheProfileAndScales) {
+    test::TempHome home;
+    InitSkinScale(1920, 1080);  // no option written: "-1" and the screen rule
+    EXPECT_FLOAT_EQ(Rate(), 1.28f);
+    EXPECT_EQ(SkinSuffix(), "_2");
+    EXPECT_FLOAT_EQ(SheetScale(), 1.5f);
+    ASSERT_TRUE(WriteOptionString(u"Rate", u"5"));
+    InitSkinScale(800, 600);
+    EXPECT_FLOAT_EQ(Rate(), 5.0f);
+    EXPECT_EQ(SkinSuffix(), "_4");
+    ASSERT_TRUE(WriteOptionString(u"Rate", u"1.19"));
+    InitSkinScale(3840, 2160);
+    EXPECT_FLOAT_EQ(Rate(), 1.19f);
+    EXPECT_EQ(SkinSuffix(), "_1");
+    ASSERT_TRUE(WriteOptionString(u"Rate", u"-1"));
+    InitSkinScale(1800, 1200);
+    EXPECT_FLOAT_EQ(Rate(), 1.0f);
+
+    // Scaling truncates each number on its own.
+    SetSkinRateForTest(1.5f);
+    EXPECT_EQ(ScaleUnits(0), 0);
+    EXPECT_EQ(ScaleUnits(7), 10);
+    EXPECT_EQ(ScaleUnits(-7), -10) << "toward zero";
+    QRect r = ScaleRect(3, 5, 9, 11);  // 4, 7, 13, 16
+    EXPECT_EQ(r.left(), 4);
+    EXPECT_EQ(r.top(), 7);
+    EXPECT_EQ(r.width(), 9) << "width is the difference of two truncated edges";
+    EXPECT_EQ(r.height(), 9);
+    EXPECT_EQ(ScaleBox(3, 5, 6, 6).width(), 9);
+    SetSkinRateForTest(1.28f);
+    EXPECT_EQ(ScaleUnits(0), 0);
+    EXPECT_EQ(ScaleUnits(755), 966);
+    EXPECT_EQ(SheetPixels(72), 108);
+    EXPECT_EQ(SheetPixels(89), 133) << "133.5 truncates";
+    SetSkinRateForTest(1.0f);
+}
+
+TEST(SkinFonts, HeightsFollowTheRateAndTheFaceIsCjk) {
+    EXPECT_EQ(FontHeightForRate(0.87f), 18);
+    EXPECT_EQ(FontHeightForRate(1.0f), 18);
+    EXPECT_EQ(FontHeightForRate(1.5f), 22);
+    EXPECT_EQ(FontHeightForRate(1.28f), 21);  // 23 less 2
+    EXPECT_EQ(FontHeightForRate(1.99f), 26);  // 35 less 9
+    EXPECT_EQ(FontHeightForRate(2.0f), 26);
+    EXPECT_EQ(FontHeightForRate(2.56f), 36);
+    EXPECT_EQ(FontHeightForRate(5.0f), 80);
+
+    SetSkinRateForTest(1.5f);
+    EXPECT_EQ(Font(SkinFont::Normal).pixelSize(), 22);
+    EXPECT_EQ(Font(SkinFont::Title).pixelSize(), 34);
+    EXPECT_EQ(Font(SkinFont::Medium).pixelSize(), 24);
+    EXPECT_EQ(Font(SkinFont::LargeBold).pixelSize(), 26);
+    EXPECT_EQ(Font(SkinFont::LargeBold).weight(), QFont::Bold);
+    EXPECT_TRUE(Font(SkinFont::Underlined).underline());
+    EXPECT_FALSE(Font(SkinFont::Normal).underline());
+    EXPECT_EQ(Font(SkinFont::Normal).weight(), QFont::Normal);
+    SetSkinRateForTest(1.0f);
+    EXPECT_EQ(Font(SkinFont::Normal).pixelSize(), 18);
+
+    // Without a CJK face every Chinese text of the module would be boxes.
+    ASSERT_TRUE(HasCjkFont()) << "no CJK font installed (fonts-wqy-microhei or fonts-noto-cjk); family in use: "
+                              << SkinFontFamily().toStdString();
+    QFontInfo info(Font(SkinFont::Normal));
+    EXPECT_TRUE(PreferredFontFamilies().contains(info.family(), Qt::CaseInsensitive)) << info.family().toStdString();
+}
+
+TEST(MeasureText, CountsGbkByteClasses) {
+    SetSkinRateForTest(1.0f);
+    auto c = CountGbkClasses(QStringLiteral("AB画图"));
+    EXPECT_EQ(c.single, 2);
+    EXPECT_EQ(c.doubled, 2);
+    c = CountGbkClasses(QStringLiteral("（）"));  // full-width brackets: two bytes
+    EXPECT_EQ(c.doubled, 2);
+    c = CountGbkClasses(QString::fromUtf8("\xF0\x9F\x98\x80"));  // an emoji: no GBK form, one '?'
+    EXPECT_EQ(c.single, 1);
+    EXPECT_EQ(c.doubled, 0);
+    c = CountGbkClasses(QStringLiteral("é"));  // in GBK as two bytes
+    EXPECT_EQ(c.single + c.doubled, 1);
+    QFontMetrics m(Font(SkinFont::Normal));
+    const int d = m.horizontalAdvance(QChar(u'D'));
+    const int han = m.horizontalAdvance(QChar(0x753B));
+    EXPECT_EQ(MeasureText(QString()), 0);
+    EXPECT_EQ(MeasureText(QStringLiteral("abc")), 3 * d) << "every one-byte character counts as D";
+    EXPECT_EQ(MeasureText(QStringLiteral("a图块")), d + 2 * han);
+    SetSkinRateForTest(2.0f);
+    EXPECT_GT(MeasureText(QStringLiteral("图块")), 2 * han) << "the font follows the rate";
+    SetSkinRateForTest(1.0f);
+}
+
+TEST(SkinSheet, LoadsByBucketAndDrawsCellsOrNothing) {
+    SetSkinRateForTest(1.0f);
+    UnloadSkinSheetForTest();
+    QImage target(20, 20, QImage::Format_ARGB32);
+    target.fill(Qt::white);
+    {
+        QPainter p(&target);
+        DrawCell(p, QRect(0, 0, 20, 20), 0, 0, 10, 10);  // no sheet: nothing
+    }
+    EXPECT_EQ(target.pixel(5, 5), qRgb(255, 255, 255));
+    EXPECT_FALSE(LoadSkinSheetFrom(QStringLiteral("/nonexistent/images_1.png")));
+    EXPECT_TRUE(SkinSheet().isNull());
+
+    // A made-up sheet: a red cell at (10, 0) and a blue one at (20, 0), 10 wide.
+    QImage sheet(40, 10, QImage::Format_ARGB32);
+    sheet.fill(Qt::transparent);
+    {
+        QPainter p(&sheet);
+        p.fillRect(10, 0, 10, 10, Qt::red);
+        p.fillRect(20, 0, 10, 10, Qt::blue);
+    }
+    QString path = QString::fromStdString(::testing::TempDir()) + "/made_sheet.png";
+    ASSERT_TRUE(sheet.save(path));
+    ASSERT_TRUE(LoadSkinSheetFrom(path));
+    {
+        QPainter p(&target);
+        DrawCell(p, QRect(0, 0, 20, 20), 10, 0, 10, 10);  // stretched to 20
+    }
+    EXPECT_EQ(target.pixel(2, 2), qRgb(255, 0, 0));
+    EXPECT_EQ(target.pixel(17, 17), qRgb(255, 0, 0));
+    // Sheet units go through SheetScale: at 1.5, unit 14 is pixel 21.
+    SetSkinRateForTest(1.5f);
+    EXPECT_EQ(SheetPixels(14), 21);
+    SetSkinRateForTest(1.0f);
+
+    // The real sheets the build rasterised lie beside this program.
+    for (const char* suffix : {"_1", "_2", "_3", "_4"}) {
+        QImage real(ModuleFolder() + "/BrindleSkin/images" + suffix + ".png");
+        ASSERT_FALSE(real.isNull()) << suffix;
+    }
+    QImage one(ModuleFolder() + "/BrindleSkin/images_1.png");
+    QImage four(ModuleFolder() + "/BrindleSkin/images_4.png");
+    EXPECT_EQ(four.width(), static_cast<int>(one.width() * 3.5));
+    EXPECT_EQ(SkinSheetPath(), ModuleFolder() + "/BrindleSkin/images_1.png");
+    EXPECT_TRUE(LoadSkinSheet());
+    EXPECT_EQ(SkinSheet().size(), one.size());
+}
+
+}  // namespace
+}  // namespace marrowfin
