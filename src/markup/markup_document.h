@@ -102,10 +102,10 @@ public:
     static void DecodeText(std::u16string_view text, std::u16string& out);
 
 private:
-    friend class MarkupParser;
     ElementRecord& Rec(uint32_t index) { return m_pages[index >> PageBits][index & (PageSize - 1)]; }
     void Clear();
     bool Parse();
+    bool Decode(std::string_view bytes);
     void ReserveText(size_t length);
     void ReserveRecords(uint32_t count);
     uint32_t NewRecord();
@@ -116,6 +116,9 @@ private:
     std::u16string TagNameOf(uint32_t index) const;
     void Insert(size_t offset, size_t removeLength, std::u16string_view with);
     void MoveOffsetsBehind(uint32_t element, int64_t delta);
+    void ShiftSubtree(uint32_t top, int64_t delta);
+    void FixLevels();
+    bool NameMatches(uint32_t index, std::u16string_view name) const;
 
     std::unique_ptr<char16_t[]> m_text;
     size_t m_length = 0;

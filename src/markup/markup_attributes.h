@@ -1,0 +1,77 @@
+#pragma once
+// Scans the attributes of one tag in place, without copying anything.
+
+#include <cstddef>
+#include <string_view>
+
+#include "markup/markup_tokenizer.h"
+
+namespace marrowfin {
+
+struct AttributeSpan {
+    size_t nameBegin = 0;
+    size_t nameEnd = 0;
+    size_t valueBegin = 0;  // the value without its quotes
+    size_t valueEnd = 0;
+    size_t spanBegin = 0;   // the value with its quotes, empty when there is no '='
+    size_t spanEnd = 0;
+    bool hasEquals = false;
+};
+
+// Calls `visit(span)` for each attribute of the tag text t[begin, end), where
+// `begin` is behind the '<' (or "<?"); stops when `visit` returns true.
+// Returns the position behind the tag name or the last attribute.
+template <class Visit>
+size_t ScanAttributes(const char16_t* t, size_t begin, size_t end, Visit&& visit) {
+    auto wordEnd = [](char16_t c) {
+        return IsMarkupSpace(c) || c == u'/' || c == u'=' || c == u'>' || c == u'?';
+    };
+    size_t p = begin;
+    while (p < end && !wordEnd(t[p])) ++p;  // the tag name
+    size_t lastTokenEnd = p;
+    while (p < end) {
+        while (p < end && IsMarkupSpace(t[p])) ++p;
+        if (p >= end) break;
+        const char16_t c = t[p];
+        if (c == u'>' || c == u'/' || c == u'?') break;
+        if (c == u'=') {  // a '=' without a name before it
+            ++p;
+            continue;
+        }
+        AttributeSpan a;
+        a.nameBegin = p;
+        while (p < end && !wordEnd(t[p])) ++p;
+        a.nameEnd = p;
+        size_t q = p;
+        while (q < end && IsMarkupSpace(t[q])) ++q;
+        if (q < end && t[q] == u'=') {
+            ++q;
+            while (q < end && IsMarkupSpace(t[q])) ++q;
+            a.hasEquals = true;
+            a.spanBegin = q;
+            if (q < end && (t[q] == u'"' || t[q] == u'\'')) {
+                const char16_t quote = t[q];
+                a.valueBegin = ++q;
+                while (q < end && t[q] != quote) ++q;
+                a.valueEnd = q;
+                if (q < end) ++q;
+            } else {
+                a.valueBegin = q;
+                while (q < end && !IsMarkupSpace(t[q]) && t[q] != u'>') ++q;
+                a.valueEnd = q;
+            }
+            a.spanEnd = q;
+            p = q;
+        } else {
+            // A name without '=' is its own value.
+            a.valueBegin = a.nameBegin;
+            a.valueEnd = a.nameEnd;
+            a.spanBegin = a.spanEnd = a.nameEnd;
+        }
+        lastTokenEnd = p;
+        if (visit(a)) break;
+    }
+    return lastTokenEnd;
+}
+
+}  // namespace marrowfin

@@ -1,0 +1,245 @@
+#include "markup/markup_tokenizer.h"
+
+#include <cstring>
+
+#include "markup/markup_records.h"
+
+namespace marrowfin {
+namespace {
+
+// Character classes of the ASCII range in one table; every unit from 0x80 up
+// is an ordinary name and text character.
+enum : uint8_t {
+    CSpace = 1,      // tab, LF, CR, blank
+    CNameEnd = 2,    // ends a start tag name: space, '/', '>', NUL
+    CNameStart = 4,  // opens a start tag behind '<'
+    CValueEnd = 8,   // ends an unquoted value: space, '>', NUL
+};
+
+constexpr auto kClasses = [] {
+    struct Table { uint8_t c[128]{}; } t;
+    for (int c : {'\t', '\n', '\r', ' '}) t.c[c] |= CSpace | CNameEnd | CValueEnd;
+    t.c['/'] |= CNameEnd;
+    t.c['>'] |= CNameEnd | CValueEnd;
+    t.c[0] |= CNameEnd | CValueEnd;
+    for (int c = 'A'; c <= 'Z'; ++c) t.c[c] |= CNameStart;
+    for (int c = 'a'; c < 128; ++c) t.c[c] |= CNameStart;
+    t.c['_'] |= CNameStart;
+    t.c[':'] |= CNameStart;
+    return t;
+}();
+
+inline bool Is(char16_t c, uint8_t cls) { return c < 128 ? (kClasses.c[c] & cls) != 0 : cls == CNameStart; }
+
+}  // namespace
+
+size_t MarkupTokenizer::FindUnit(size_t from, char16_t c) const {
+    const char16_t* p = m_text + from;
+    while (*p != c && *p != 0) ++p;
+    return static_cast<size_t>(p - m_text);
+}
+
+void MarkupTokenizer::Read(size_t offset, MarkupNode& node) {
+    node.offset = offset;
+    node.empty = false;
+    const char16_t* t = m_text;
+    const char16_t c = t[offset];
+    if (c == 0) {
+        node.kind = NodeEndOfText;
+        node.length = 0;
+        return;
+    }
+    if (c != u'<') {
+        const char16_t* p = t + offset;
+        int kind = NodeWhiteSpace;
+        if (IsMarkupSpace(c)) {
+            while (IsMarkupSpace(*p)) ++p;
+            if (*p == u'<' || *p == 0) {
+                node.kind = NodeWhiteSpace;
+                node.length = static_cast<size_t>(p - (t + offset));
+                return;
+            }
+        }
+        kind = NodeText;
+        // Most text is letters and CJK, all above '>': one compare per unit.
+        for (;;) {
+            const char16_t u = *p;
+            if (u > u'>') { ++p; continue; }
+            if (u == u'<' || u == 0) break;
+            if (u == u'>') { ++p; break; }
+            ++p;
+        }
+        node.kind = kind;
+        node.length = static_cast<size_t>(p - (t + offset));
+        return;
+    }
+    const char16_t c1 = t[offset + 1];
+    if (Is(c1, CNameStart)) return ReadStartTag(offset, node);
+    switch (c1) {
+    case u'/': return ReadEndTag(offset, node);
+    case u'?':
+        return ReadTerminated(offset, offset + 4, u"?>", NodeProcessingInstruction, u"processing_instruction", node);
+    case u'!': {
+        const char16_t c2 = t[offset + 2];
+        if (c2 == u'-') {
+            if (t[offset + 3] != u'-') return SyntaxError(offset, offset + 3, u"comment_tag_syntax", node);
+            return ReadTerminated(offset, offset + 7, u"-->", NodeComment, u"comment", node);
+        }
+        if (c2 == u'[') {
+            if (t[offset + 3] != u'C') return SyntaxError(offset, offset + 3, u"cdata_section_syntax", node);
+            return ReadTerminated(offset, offset + 7, u"]]>", NodeCData, u"cdata_section", node);
+        }
+        if (c2 == u'D') return ReadDoctype(offset, node);
+        return SyntaxError(offset, offset + 2, u"exclamation_tag_syntax", node);
+    }
+    default: return SyntaxError(offset, offset + 1, u"first_tag_syntax", node);
+    }
+}
+
+void MarkupTokenizer::ReadStartTag(size_t offset, MarkupNode& node) {
+    const char16_t* t = m_text;
+    const char16_t* p = t + offset + 1;
+    while (!Is(*p, CNameEnd)) ++p;
+    node.nameOffset = offset + 1;
+    node.nameEnd = static_cast<size_t>(p - t);
+    bool afterEquals = false;  // the last non-blank unit was '='
+    for (;;) {
+        const char16_t u = *p;
+        if (u == u'>') {
+            node.empty = p[-1] == u'/';
+            ++p;
+            break;
+        }
+        if (u == 0) return Unterminated(offset, u"start_tag", node);
+        if (u != u'=') {
+            if (!IsMarkupSpace(u)) afterEquals = false;
+            ++p;
+            continue;
+        }
+        // A '=' that doesn't follow another '=' opens a value.
+        ++p;
+        if (afterEquals) continue;
+        afterEquals = true;
+        while (IsMarkupSpace(*p)) ++p;
+        const char16_t v = *p;
+        if (v == u'"' || v == u'\'') {
+            ++p;
+            while (*p != v && *p != 0) ++p;
+            if (*p == 0) return Unterminated(offset, u"start_tag", node);
+            ++p;
+            afterEquals = false;
+        } else if (v != u'>' && v != u'=' && v != 0) {
+            // An unquoted value runs to white space or to the tag's '>'.
+            while (!Is(*p, CValueEnd)) ++p;
+            afterEquals = false;
+            if (*p == u'>') {
+                // "/>" ends an empty element only when the '/' doesn't belong to the value.
+                node.empty = p[-1] == u'/' && (IsMarkupSpace(p[-2]) || p[-2] == u'"' || p[-2] == u'\'');
+                ++p;
+                break;
+            }
+        }
+    }
+    node.kind = NodeStartTag;
+    node.length = static_cast<size_t>(p - (t + offset));
+}
+
+void MarkupTokenizer::ReadEndTag(size_t offset, MarkupNode& node) {
+    const char16_t* t = m_text;
+    const char16_t* p = t + offset + 2;
+    while (!Is(*p, CValueEnd)) ++p;  // the name ends at white space or '>'
+    node.nameOffset = offset + 2;
+    node.nameEnd = static_cast<size_t>(p - t);
+    while (*p != u'>' && *p != 0) ++p;
+    if (*p == 0) return Unterminated(offset, u"end_tag", node);
+    node.kind = NodeEndTag;
+    node.length = static_cast<size_t>(p + 1 - (t + offset));
+}
+
+// Comments, CDATA sections and processing instructions: the terminator is
+// recognised at each '>' by comparing backwards; `minEnd` keeps it from
+// overlapping the opening (so "<!-->" is no comment).
+void MarkupTokenizer::ReadTerminated(size_t offset, size_t minEnd, const char16_t* terminator, int kind,
+                                     const char16_t* unterminatedType, MarkupNode& node) {
+    const size_t termLength = std::char_traits<char16_t>::length(terminator);
+    size_t q = minEnd - 1;
+    for (;;) {
+        q = FindUnit(q, u'>');
+        if (m_text[q] == 0) return Unterminated(offset, unterminatedType, node);
+        if (q + 1 >= minEnd &&
+            std::char_traits<char16_t>::compare(m_text + q + 1 - termLength, terminator, termLength) == 0)
+            break;
+        ++q;
+    }
+    node.kind = kind;
+    node.length = q + 1 - offset;
+}
+
+void MarkupTokenizer::ReadDoctype(size_t offset, MarkupNode& node) {
+    const char16_t* t = m_text;
+    size_t q = offset + 3;
+    for (;;) {
+        const char16_t u = t[q];
+        if (u == 0) return Unterminated(offset, u"document_type", node);
+        if (u == u'>') break;
+        if (u == u'"' || u == u'\'') {
+            q = FindUnit(q + 1, u);
+            if (t[q] == 0) return Unterminated(offset, u"document_type", node);
+            ++q;
+            continue;
+        }
+        if (u == u'<' && t[q + 1] == u'!') {
+            const char16_t d = t[q + 2];
+            if (d == u'-') {
+                // A comment inside the declarations.
+                size_t e = q + 4;
+                for (;;) {
+                    e = FindUnit(e, u'>');
+                    if (t[e] == 0) return Unterminated(offset, u"document_type", node);
+                    if (e >= q + 6 && t[e - 1] == u'-' && t[e - 2] == u'-') break;
+                    ++e;
+                }
+                q = e + 1;
+                continue;
+            }
+            if (d == u'A' || d == u'E' || d == u'N') {
+                // A declaration to its '>', quotes skipped.
+                size_t e = q + 3;
+                while (t[e] != u'>' && t[e] != 0) {
+                    if (t[e] == u'"' || t[e] == u'\'') {
+                        e = FindUnit(e + 1, t[e]);
+                        if (t[e] == 0) break;
+                    }
+                    ++e;
+                }
+                if (t[e] == 0) return Unterminated(offset, u"document_type", node);
+                q = e + 1;
+                continue;
+            }
+            return SyntaxError(offset, q + 2, u"doctype_tag_syntax", node);
+        }
+        ++q;
+    }
+    node.kind = NodeDoctype;
+    node.length = q + 1 - offset;
+}
+
+void MarkupTokenizer::SyntaxError(size_t offset, size_t resumeAt, const char16_t* record, MarkupNode& node) {
+    if (m_records) AppendResultRecord(*m_records, record, {{u"offset", DecimalText(offset)}});
+    // The stretch runs to the next '>' (taken) or '<' (left for the next node).
+    const char16_t* p = m_text + resumeAt;
+    while (*p != u'>' && *p != u'<' && *p != 0) ++p;
+    if (*p == 0) return Unterminated(offset, u"tag", node);
+    if (*p == u'>') ++p;
+    node.kind = NodeSyntaxError;
+    node.length = static_cast<size_t>(p - (m_text + offset));
+}
+
+void MarkupTokenizer::Unterminated(size_t offset, const char16_t* type, MarkupNode& node) {
+    if (m_records)
+        AppendResultRecord(*m_records, u"unterminated_tag_syntax", {{u"type", type}, {u"offset", DecimalText(offset)}});
+    node.kind = NodeSyntaxError;
+    node.length = m_length - offset;
+}
+
+}  // namespace marrowfin
