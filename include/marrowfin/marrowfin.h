@@ -22,6 +22,10 @@ extern "C" {
 // Safe before any panel exists; returns at once.
 MARROWFIN_API void FirstSynchro(void);
 
+// Adds a gallery name to the list of shown galleries (Show.xml), unless it is
+// listed already. The panel picks it up at its next rebuild.
+MARROWFIN_API void AddMoreGallery(const char16_t* name);
+
 #ifdef __cplusplus
 }
 #endif

@@ -41,12 +41,31 @@ GalleryNode* FindNodeByPath(GalleryNode* node, std::u16string_view path) {
     return nullptr;
 }
 
+namespace {
+
+// Compared as views: the length is known at compile time, so a mismatch is
+// usually decided by the size alone instead of a scan of the literal.
+constexpr std::u16string_view kTagView{kCommonUseTag};
+
+inline bool IsCommonUseEntry(const GalleryNode& n) { return std::u16string_view(n.ownerName) == kTagView; }
+
+}  // namespace
+
 GalleryNode* FindBlockByPath(GalleryNode* node, std::u16string_view path, bool skipRootFiles) {
     if (!node) return nullptr;
-    if (node->path == path && node->ownerName != kCommonUseTag) return node;
+    if (node->path == path && !IsCommonUseEntry(*node)) return node;
     if (!(skipRootFiles && IsRoot(*node))) {
-        for (GalleryNode* child : node->fileChildren)
-            if (GalleryNode* hit = FindBlockByPath(child, path, false)) return hit;
+        const auto& files = node->fileChildren;
+        for (size_t i = 0; i < files.size(); ++i) {
+            GalleryNode* child = files[i];
+            if (!child) continue;
+            // A leaf is tested here; the rare file with children goes the long way.
+            if (child->fileChildren.empty() && child->dirChildren.empty()) {
+                if (child->path == path && !IsCommonUseEntry(*child)) return child;
+            } else if (GalleryNode* hit = FindBlockByPath(child, path, false)) {
+                return hit;
+            }
+        }
     }
     for (GalleryNode* child : node->dirChildren)
         if (GalleryNode* hit = FindBlockByPath(child, path, false)) return hit;
@@ -59,8 +78,11 @@ void FilterDir(const GalleryNode* node, std::u16string_view text, std::vector<Ga
     // Blocks are tested here rather than by a call each: a class holds many,
     // and the call would cost more than the test.
     if (withFiles) {
-        for (GalleryNode* child : node->fileChildren)
-            if (child && child->ownerName != kCommonUseTag && ContainsFolded(child->name, text)) out.push_back(child);
+        const auto& files = node->fileChildren;
+        for (size_t i = 0; i < files.size(); ++i) {
+            GalleryNode* child = files[i];
+            if (child && !IsCommonUseEntry(*child) && ContainsFolded(child->name, text)) out.push_back(child);
+        }
     }
     for (const GalleryNode* child : node->dirChildren)
         if (child) FilterDir(child, text, out, true);
@@ -71,7 +93,7 @@ void FilterDir(const GalleryNode* node, std::u16string_view text, std::vector<Ga
 void FilterBlocks(GalleryNode* node, std::u16string_view text, std::vector<GalleryNode*>& out) {
     if (!node) return;
     if (IsFile(*node)) {
-        if (node->ownerName != kCommonUseTag && ContainsFolded(node->name, text)) out.push_back(node);
+        if (!IsCommonUseEntry(*node) && ContainsFolded(node->name, text)) out.push_back(node);
         return;
     }
     FilterDir(node, text, out, true);
@@ -80,7 +102,7 @@ void FilterBlocks(GalleryNode* node, std::u16string_view text, std::vector<Galle
 void FilterBlocksFromTop(GalleryNode* node, std::u16string_view text, std::vector<GalleryNode*>& out) {
     if (!node) return;
     if (IsFile(*node)) {
-        if (node->ownerName == kCommonUseTag && ContainsFolded(node->name, text)) out.push_back(node);
+        if (IsCommonUseEntry(*node) && ContainsFolded(node->name, text)) out.push_back(node);
         return;
     }
     FilterDir(node, text, out, node->parent != nullptr);

@@ -31,6 +31,8 @@ std::vector<ShowItem> ReadShowList(bool createFolders) {
 }
 
 bool AddGalleryToShowList(std::u16string_view name) {
+    // An empty item would only stand in the list as a nameless row.
+    if (name.empty()) return false;
     const std::u16string file = ShowListPath();
     (void)CreateDirectories(StoreRoot());
     if (!FileExists(file)) {

@@ -22,7 +22,8 @@ std::vector<ShowItem> ReadShowList(bool createFolders);
 
 // Appends a gallery name to Show.xml unless it is listed already, creating
 // the store folder and an empty list first when they are missing. False when
-// nothing was added (already listed, no usable list, or the write failed).
+// nothing was added (an empty name, already listed, no usable list, or the
+// write failed).
 bool AddGalleryToShowList(std::u16string_view name);
 
 }  // namespace marrowfin

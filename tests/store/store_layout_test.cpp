@@ -162,6 +162,7 @@ TEST_F(Layout, AddMoreGalleryAppendsOnce) {
     EXPECT_EQ(Names(ReadShowList(false)), (std::vector<std::u16string>{u"石材", u"Wood"}));
     const std::string once = ReadBytes(U8(ShowListPath()));
     EXPECT_FALSE(AddGalleryToShowList(u"石材"));
+    EXPECT_FALSE(AddGalleryToShowList(u""));
     EXPECT_EQ(ReadBytes(U8(ShowListPath())), once);  // unchanged, byte for byte
 
     // A list written by the picker, with its describe attributes, keeps them.
