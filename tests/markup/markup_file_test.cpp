@@ -1,0 +1,213 @@
+// Loading and saving files: marks, declared encodings, detection, NULs.
+
+#include <gtest/gtest.h>
+
+#include <sys/stat.h>
+
+#include "markup/markup_document.h"
+#include "markup_test_util.h"
+#include "support/temp_home.h"
+#include "support/test_paths.h"
+
+namespace marrowfin {
+namespace {
+
+using test::HasRecord;
+using test::ReadBytes;
+using test::ResultOf;
+using test::WriteBytes;
+
+std::string Utf16Bytes(std::u16string_view text, bool big) {
+    std::string out;
+    for (char16_t c : text) {
+        const char lo = static_cast<char>(c & 0xFF), hi = static_cast<char>(c >> 8);
+        out += big ? hi : lo;
+        out += big ? lo : hi;
+    }
+    return out;
+}
+
+const std::u16string kBody = u"<root><item name=\"第一 é\">块 &amp; ü</item></root>";
+
+void ExpectBody(MarkupDocument& doc) {
+    ASSERT_TRUE(doc.FindElement(u"root"));
+    ASSERT_TRUE(doc.FindChildElement(u"item"));
+    EXPECT_EQ(doc.GetChildAttribute(u"name"), u"第一 é");
+    EXPECT_EQ(doc.GetChildText(), u"块 & ü");
+}
+
+TEST(MarkupFile, ReadsAndWritesEveryFormWithAndWithoutMarks) {
+    test::TempHome home;
+    struct Form {
+        const char* label;
+        std::string bytes;
+        uint32_t flags;
+        const char* record;
+    };
+    const std::string utf8 = U8(kBody);
+    const Form forms[] = {
+        {"utf8 bom", "\xEF\xBB\xBF" + utf8, MarkupDocument::FlagUtf8Bom, "bom"},
+        {"utf16le bom", "\xFF\xFE" + Utf16Bytes(kBody, false), MarkupDocument::FlagUtf16LeBom, "bom"},
+        {"utf16be bom", "\xFE\xFF" + Utf16Bytes(kBody, true), MarkupDocument::FlagUtf16BeBom, "endian_swap"},
+        {"utf8 plain", utf8, 0, "read encoding=\"UTF-8\""},
+        {"utf8 declared", "<?xml version=\"1.0\" encoding=\"utf-8\"?>" + utf8, 0, "read encoding=\"UTF-8\""},
+    };
+    for (const Form& f : forms) {
+        SCOPED_TRACE(f.label);
+        const std::string path = home.file("in.xml");
+        WriteBytes(path, f.bytes);
+        MarkupDocument doc;
+        ASSERT_TRUE(doc.LoadFile(W(path))) << ResultOf(doc);
+        EXPECT_EQ(doc.Flags(), f.flags);
+        EXPECT_TRUE(HasRecord(doc, f.record)) << ResultOf(doc);
+        ExpectBody(doc);
+        // Saved by the same object, the file keeps its form byte for byte.
+        const std::string out = home.file("out.xml");
+        ASSERT_TRUE(doc.SaveFile(W(out))) << ResultOf(doc);
+        EXPECT_EQ(ReadBytes(out), f.bytes);
+        // The object itself didn't change.
+        EXPECT_EQ(doc.Flags(), f.flags);
+        EXPECT_EQ(doc.GetChildAttribute(u"name"), u"第一 é");
+    }
+}
+
+TEST(MarkupFile, DeclaredCodePagesRoundTrip) {
+    test::TempHome home;
+    const std::string path = home.file("gbk.xml");
+    struct Page {
+        const char* name;
+        std::u16string text;
+    };
+    const Page pages[] = {
+        {"GBK", u"图块库"}, {"gb2312", u"图块"}, {"big5", u"圖塊"}, {"Shift_JIS", u"ブロック"},
+        {"ISO-8859-1", u"Ølé"}, {"windows-1251", u"Блок"}, {"cp1252", u"€uro"},
+    };
+    for (const Page& p : pages) {
+        SCOPED_TRACE(p.name);
+        const std::u16string text = u"<?xml version=\"1.0\" encoding=\"" + W(p.name) + u"\"?>\r\n<r n=\"" + p.text +
+                                    u"\">" + p.text + u"</r>";
+        MarkupDocument doc;
+        ASSERT_TRUE(doc.SetText(text));
+        ASSERT_TRUE(doc.SaveFile(W(path))) << ResultOf(doc);
+        const std::string bytes = ReadBytes(path);
+        std::string expected;
+        ASSERT_TRUE(Utf16ToCodePage(text, MarkupDocument::CodePageOfEncodingName(W(p.name)), expected));
+        EXPECT_EQ(bytes, expected);
+        EXPECT_EQ(bytes.find(U8(p.text)), std::string::npos);  // not UTF-8 on disk
+        MarkupDocument back;
+        ASSERT_TRUE(back.LoadFile(W(path))) << ResultOf(back);
+        EXPECT_EQ(back.Text(), text);
+        ASSERT_TRUE(back.FindElement(u"r"));
+        EXPECT_EQ(back.GetElementText(), p.text);
+        EXPECT_TRUE(HasRecord(back, "converted_to encoding=\"UTF-16\""));
+    }
+    // A character without an equivalent is recorded, and the write still happens.
+    MarkupDocument doc;
+    ASSERT_TRUE(doc.SetText(u"<?xml encoding=\"iso-8859-1\"?><r>中</r>"));
+    ASSERT_TRUE(doc.SaveFile(W(path)));
+    EXPECT_TRUE(HasRecord(doc, "conversion_loss")) << ResultOf(doc);
+    EXPECT_EQ(ReadBytes(path), "<?xml encoding=\"iso-8859-1\"?><r>?</r>");
+}
+
+TEST(MarkupFile, DetectionDefaultsAndHtmlCharset) {
+    test::TempHome home;
+    const std::string path = home.file("x.xml");
+    MarkupDocument doc;
+    // Begins with '<' but isn't valid UTF-8: decoded as UTF-8 all the same.
+    WriteBytes(path, "<r>\xB5\xC4</r>");
+    EXPECT_TRUE(doc.LoadFile(W(path)));
+    ASSERT_TRUE(doc.FindElement(u"r"));
+    EXPECT_EQ(doc.GetElementText(), u"\uFFFD\uFFFD");
+    EXPECT_FALSE(HasRecord(doc, "utf8_detection"));
+    // Begins with something else and is valid UTF-8: detected.
+    WriteBytes(path, " \xE4\xB8\xAD<r>\xE4\xB8\xAD</r>");
+    EXPECT_TRUE(doc.LoadFile(W(path)));
+    EXPECT_TRUE(HasRecord(doc, "utf8_detection")) << ResultOf(doc);
+    ASSERT_TRUE(doc.FindElement(u"r"));
+    EXPECT_EQ(doc.GetElementText(), u"中");
+    // Neither: read in the default code page (UTF-8 on this platform).
+    WriteBytes(path, " \xFF<r/>");
+    EXPECT_TRUE(doc.LoadFile(W(path)));
+    EXPECT_FALSE(HasRecord(doc, "utf8_detection"));
+    EXPECT_EQ(doc.Text().substr(0, 2), u" \uFFFD");
+
+    // The charset of an html meta.
+    std::string gbk;
+    ASSERT_TRUE(Utf16ToCodePage(u"图块", 936, gbk));
+    WriteBytes(path, "<html><head><meta http-equiv=\"Content-Type\" content=\"text/html; charset=gbk\">"
+                     "</head><body><p>" + gbk + "</p></body></html>");
+    doc.LoadFile(W(path));
+    EXPECT_TRUE(HasRecord(doc, "read encoding=\"gbk\"")) << ResultOf(doc);
+    EXPECT_NE(doc.Text().find(u"图块"), std::u16string::npos);
+    // After </head> a meta no longer counts.
+    WriteBytes(path, "<html><head></head><meta http-equiv=\"Content-Type\" content=\"charset=gbk\"><p>" + gbk + "</p></html>");
+    doc.LoadFile(W(path));
+    EXPECT_EQ(doc.Text().find(u"图块"), std::u16string::npos);
+    // Another first element ends the search.
+    WriteBytes(path, "<root><?xml encoding=\"gbk\"?>" + gbk + "</root>");
+    doc.LoadFile(W(path));
+    EXPECT_EQ(doc.Text().find(u"图块"), std::u16string::npos);
+}
+
+TEST(MarkupFile, NulsEmptyFilesAndFailures) {
+    test::TempHome home;
+    const std::string path = home.file("n.xml");
+    MarkupDocument doc;
+    WriteBytes(path, std::string("<r>a\0b\0</r>", 11));
+    EXPECT_TRUE(doc.LoadFile(W(path))) << ResultOf(doc);
+    EXPECT_TRUE(HasRecord(doc, "nulls_removed count=\"2\""));
+    EXPECT_EQ(doc.Text(), u"<r>ab</r>");
+    WriteBytes(path, "\xFF\xFE" + Utf16Bytes(std::u16string(u"<r>\0x</r>", 9), false));
+    EXPECT_TRUE(doc.LoadFile(W(path))) << ResultOf(doc);
+    EXPECT_EQ(doc.Text(), u"<r>x</r>");
+    // An odd trailing byte of UTF-16 is dropped.
+    WriteBytes(path, "\xFF\xFE" + Utf16Bytes(u"<r/>", false) + "\x01");
+    EXPECT_TRUE(doc.LoadFile(W(path)));
+    EXPECT_EQ(doc.Text(), u"<r/>");
+
+    WriteBytes(path, "");
+    EXPECT_FALSE(doc.LoadFile(W(path)));
+    EXPECT_EQ(doc.Text(), u"");
+    EXPECT_FALSE(doc.FindElement());
+    WriteBytes(path, "\xEF\xBB\xBF");
+    EXPECT_FALSE(doc.LoadFile(W(path)));
+    EXPECT_EQ(doc.Flags(), MarkupDocument::FlagUtf8Bom);
+
+    ASSERT_TRUE(doc.SetText(u"<r/>"));
+    EXPECT_FALSE(doc.LoadFile(W(home.file("missing.xml"))));
+    EXPECT_TRUE(HasRecord(doc, "file_error msg=\"No such file or directory\" n=\"2\"")) << ResultOf(doc);
+    EXPECT_FALSE(doc.FindElement());
+
+    // An empty document saves as an empty file (or only its mark).
+    MarkupDocument empty;
+    EXPECT_TRUE(empty.SaveFile(W(path)));
+    EXPECT_EQ(ReadBytes(path), "");
+    // A document built from nothing is saved as UTF-8 without a mark.
+    MarkupDocument built;
+    built.AddElement(u"root", u"图");
+    ASSERT_TRUE(built.SaveFile(W(path)));
+    EXPECT_EQ(ReadBytes(path), "<root>\xE5\x9B\xBE</root>\r\n");
+    // A failed write leaves the old file untouched.
+    const std::string dir = home.file("ro");
+    ASSERT_EQ(mkdir(dir.c_str(), 0500), 0);
+    if (geteuid() != 0) {
+        EXPECT_FALSE(built.SaveFile(W(dir + "/x.xml")));
+        EXPECT_TRUE(HasRecord(built, "file_error"));
+    }
+    EXPECT_FALSE(built.SaveFile(W(home.file("no/such/dir/x.xml"))));
+}
+
+TEST(MarkupFile, LoadBytesMatchesLoadFile) {
+    test::TempHome home;
+    const std::string bytes = "\xEF\xBB\xBF<r a=\"\xE4\xB8\xAD\"/>";
+    WriteBytes(home.file("b.xml"), bytes);
+    MarkupDocument a, b;
+    ASSERT_TRUE(a.LoadFile(W(home.file("b.xml"))));
+    ASSERT_TRUE(b.LoadBytes(bytes));
+    EXPECT_EQ(a.Text(), b.Text());
+    EXPECT_EQ(a.GetResult(), b.GetResult());
+    EXPECT_EQ(a.Flags(), b.Flags());
+}
+
+}  // namespace
+}  // namespace marrowfin

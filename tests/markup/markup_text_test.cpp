@@ -1,0 +1,65 @@
+// References, escaping and encoding names.
+
+#include <gtest/gtest.h>
+
+#include "markup/encoding_names.h"
+#include "markup/markup_document.h"
+#include "markup/markup_text.h"
+#include "platform/text.h"
+
+namespace marrowfin {
+namespace {
+
+std::u16string Decode(std::u16string_view s) {
+    std::u16string out;
+    MarkupDocument::DecodeText(s, out);
+    return out;
+}
+
+TEST(MarkupText, DecodesReferences) {
+    EXPECT_EQ(Decode(u"&#65;&#x41;&#X42;&apos;&quot;&lt;&gt;&amp;"), u"AAB'\"<>&");
+    EXPECT_EQ(Decode(u"&unknown; & &verylongnamexx; &; &#; &#x; &#0; &#12a;"),
+              u"&unknown; & &verylongnamexx; &; &#; &#x; &#0; &#12a;");
+    EXPECT_EQ(Decode(u"&#x1F600;"), u"\U0001F600");
+    EXPECT_EQ(Decode(u"&#1114111;"), u"\U0010FFFF");
+    EXPECT_EQ(Decode(u"&#1114112;"), u"&#1114112;");
+    EXPECT_EQ(Decode(u"&thetasym;|&Oslash;&oslash;&OSLASH;&AMP;&Nbsp;"), u"\u03D1|\u00D8\u00F8\u00D8&\u00A0");
+    EXPECT_EQ(Decode(u"&euro;&hellip;&中;"), u"\u20AC\u2026&中;");
+    EXPECT_EQ(Decode(u"a&"), u"a&");
+    EXPECT_EQ(Decode(u"&amp"), u"&amp");
+    EXPECT_EQ(NamedReferenceCount(), 253u);
+}
+
+TEST(MarkupText, EncodesTextAndAttributes) {
+    std::u16string t, a;
+    MarkupDocument::EncodeText(u"<a & 'b' \"c\"> 中", t, false);
+    MarkupDocument::EncodeText(u"<a & 'b' \"c\"> 中", a, true);
+    EXPECT_EQ(t, u"&lt;a &amp; 'b' \"c\"&gt; 中");
+    EXPECT_EQ(a, u"&lt;a &amp; &apos;b&apos; &quot;c&quot;&gt; 中");
+    EXPECT_EQ(Decode(a), u"<a & 'b' \"c\"> 中");
+}
+
+TEST(MarkupText, EncodingNames) {
+    EXPECT_EQ(MarkupDocument::CodePageOfEncodingName(u"UTF-8"), 65001u);
+    EXPECT_EQ(MarkupDocument::CodePageOfEncodingName(u"utf-16"), 1200u);
+    EXPECT_EQ(MarkupDocument::CodePageOfEncodingName(u"UTF-16BE"), 1201u);
+    EXPECT_EQ(MarkupDocument::CodePageOfEncodingName(u"GB2312"), 936u);
+    EXPECT_EQ(MarkupDocument::CodePageOfEncodingName(u"gbk"), 936u);
+    EXPECT_EQ(MarkupDocument::CodePageOfEncodingName(u"Big5"), 950u);
+    EXPECT_EQ(MarkupDocument::CodePageOfEncodingName(u"shift_jis"), 932u);
+    EXPECT_EQ(MarkupDocument::CodePageOfEncodingName(u"ISO-8859-1"), 28591u);
+    EXPECT_EQ(MarkupDocument::CodePageOfEncodingName(u"iso-8859-15"), 28605u);
+    EXPECT_EQ(MarkupDocument::CodePageOfEncodingName(u"cp1252"), 1252u);
+    EXPECT_EQ(MarkupDocument::CodePageOfEncodingName(u"UTF-32BE"), 65005u);
+    EXPECT_EQ(MarkupDocument::CodePageOfEncodingName(u""), 0u);
+    EXPECT_EQ(MarkupDocument::CodePageOfEncodingName(u"no-such"), 0u);
+    EXPECT_EQ(MarkupDocument::CodePageOfEncodingName(std::u16string(100, u'a')), 0u);
+    // Every name of the table is found again through its bucket, in any case.
+    EXPECT_GT(EncodingNameCount(), 300u);
+    EXPECT_GT(EncodingCodePageCount(), 50u);
+    for (const char16_t* n : {u"windows-1250", u"WINDOWS-1258", u"Latin1", u"euc-kr", u"koi8-r", u"x-sjis"})
+        EXPECT_NE(MarkupDocument::CodePageOfEncodingName(n), 0u) << U8(n);
+}
+
+}  // namespace
+}  // namespace marrowfin
