@@ -1,0 +1,121 @@
+#include "net/download_queue.h"
+
+#include <algorithm>
+#include <atomic>
+#include <mutex>
+#include <thread>
+
+#include "net/http_transport.h"
+#include "net/tree_lock.h"
+#include "platform/files.h"
+#include "platform/ticks.h"
+#include "store/gallery_node.h"
+#include "store/gallery_store.h"
+#include "store/gallery_tree.h"
+
+namespace marrowfin {
+
+namespace {
+
+std::atomic<WindowHandle> g_notifyWindow{0};
+std::atomic<size_t> g_liveWorkers{0};
+
+bool Holds(const std::vector<std::u16string>& list, std::u16string_view path) {
+    return std::find(list.begin(), list.end(), path) != list.end();
+}
+
+void RunDownloadJob(GalleryStore& store, std::u16string path) {
+    std::u16string url;
+    if (!ResolveDownload(store, path, url)) {
+        FinishDownload(store, false, path);
+        return;
+    }
+    const bool present = FileExists(path);
+    const bool fetched = present || DownloadFile(url, path, 0, 0);
+    if (fetched && FileSize(path) >= kMinBlockFileSize) {
+        FinishDownload(store, true, path);
+        return;
+    }
+    // Too small or failed: remove it so that the block can be asked for again.
+    (void)RemoveFile(path);
+    FinishDownload(store, false, path);
+}
+
+}  // namespace
+
+std::shared_mutex& TreeLock() {
+    static std::shared_mutex lock;
+    return lock;
+}
+
+void SetDownloadNotifyWindow(WindowHandle window) { g_notifyWindow.store(window); }
+
+void EnqueueDownload(GalleryStore& store, std::u16string_view path) {
+    {
+        std::lock_guard<std::mutex> lock(store.downloadLock);
+        if (!Holds(store.downloadsWaiting, path) && !Holds(store.downloadsRunning, path))
+            store.downloadsWaiting.emplace_back(path);
+    }
+    PumpDownloads(store);
+}
+
+void PumpDownloads(GalleryStore& store) {
+    std::u16string path;
+    {
+        // The size test, the read of the first entry and the move happen under
+        // one lock: workers pump from their own threads.
+        std::lock_guard<std::mutex> lock(store.downloadLock);
+        if (store.downloadsRunning.size() >= kMaxRunningDownloads || store.downloadsWaiting.empty()) return;
+        path = std::move(store.downloadsWaiting.front());
+        store.downloadsWaiting.erase(store.downloadsWaiting.begin());
+        store.downloadsRunning.push_back(path);
+    }
+    ++g_liveWorkers;
+    std::thread([&store, path = std::move(path)]() mutable {
+        RunDownloadJob(store, std::move(path));
+        --g_liveWorkers;  // the last touch of shared state
+    }).detach();
+}
+
+void FinishDownload(GalleryStore& store, bool succeeded, const std::u16string& path) {
+    if (succeeded) (void)PostText(g_notifyWindow.load(), MsgFileReady, 0, path);
+    {
+        std::lock_guard<std::mutex> lock(store.downloadLock);
+        auto it = std::find(store.downloadsRunning.begin(), store.downloadsRunning.end(), path);
+        if (it != store.downloadsRunning.end()) store.downloadsRunning.erase(it);
+    }
+    PumpDownloads(store);
+}
+
+bool ResolveDownload(GalleryStore& store, const std::u16string& path, std::u16string& url) {
+    url.clear();
+    std::u16string galleryPath, classPath;
+    {
+        // This runs on a worker while the user may rebuild the tree (F5) on the
+        // panel's thread: the walk and the copies are made under the shared
+        // tree lock, which every rebuild that frees nodes takes exclusively.
+        std::shared_lock<std::shared_mutex> lock(TreeLock());
+        if (!store.root) return false;
+        const GalleryNode* block = FindBlockByPath(store.root, path, true);
+        if (!block || !block->parent || !block->parent->parent) return false;
+        galleryPath = block->parent->parent->path;
+        classPath = block->parent->path;
+        url = block->remoteBase;
+    }
+    if (!DirectoryExists(galleryPath)) (void)CreateDirectories(galleryPath);
+    if (!DirectoryExists(classPath)) (void)CreateDirectories(classPath);
+    return true;
+}
+
+size_t LiveDownloadWorkers() { return g_liveWorkers.load(); }
+
+bool WaitForDownloadWorkers(std::chrono::milliseconds limit) {
+    const uint32_t start = GetTickCount();
+    while (g_liveWorkers.load() != 0) {
+        if (TicksSince(start) > static_cast<uint32_t>(limit.count())) return false;
+        SleepMs(5);
+    }
+    return true;
+}
+
+}  // namespace marrowfin

@@ -1,0 +1,287 @@
+#include "net/gallery_sync.h"
+
+#include <map>
+#include <mutex>
+#include <vector>
+
+#include "markup/markup_document.h"
+#include "net/http_transport.h"
+#include "net/tree_lock.h"
+#include "platform/files.h"
+#include "platform/ini_file.h"
+#include "platform/profile.h"
+#include "platform/ticks.h"
+#include "store/catalogue.h"
+#include "store/gallery_node.h"
+#include "store/gallery_store.h"
+#include "store/gallery_tree.h"
+#include "store/previous_generation.h"
+#include "store/show_list.h"
+#include "store/store_ini.h"
+#include "store/store_paths.h"
+#include "store/store_settings.h"
+#include "store/usage_lists.h"
+
+namespace marrowfin {
+
+namespace {
+
+using ClassVersions = std::map<std::u16string, int32_t>;
+using ExclusiveTree = std::unique_lock<std::shared_mutex>;
+
+int32_t ToInt(std::u16string_view text) { return ParseProfileInt(text); }
+
+// Sends a request whose values are in the query; true when the reply is
+// usable: not empty, well-formed, with a root element (which becomes main).
+bool FetchReply(std::u16string_view pathAndQuery, MarkupDocument& doc) {
+    std::u16string reply;
+    (void)PostForm(ServiceBaseUrl() + std::u16string(pathAndQuery), u"", reply);
+    if (reply.empty() || !doc.SetText(reply)) return false;
+    return doc.FindElement(u"root");
+}
+
+GalleryNode* FindGallery(GalleryStore& store, std::u16string_view name) {
+    if (!store.root) return nullptr;
+    return FindNodeByPath(store.root, store.root->path + u"/" + std::u16string(name));
+}
+
+GalleryNode* NewGalleryNode(const GalleryNode& root, std::u16string_view name) {
+    return new GalleryNode(root.name, root.path + u"/" + std::u16string(name), std::u16string(name), kKindDir, false,
+                           false, 0);
+}
+
+void FreeClasses(GalleryNode* gallery) {
+    for (GalleryNode*& cls : gallery->dirChildren) {
+        if (!cls) continue;
+        DestroySubtree(cls);
+        delete cls;
+        cls = nullptr;
+    }
+    gallery->dirChildren.clear();
+}
+
+// The class versions a gallery's catalogue holds; the seal is not checked.
+ClassVersions ReadCatalogueVersions(const GalleryNode& gallery) {
+    ClassVersions versions;
+    MarkupDocument doc;
+    const std::u16string file = gallery.path + u"/" + gallery.name + u".xdb";
+    if (!FileExists(file) || !doc.LoadFile(file) || !doc.FindElement(u"root")) return versions;
+    doc.EnterElement();
+    while (doc.FindElement(u"sub")) versions[doc.GetAttribute(u"n")] = ToInt(doc.GetAttribute(u"ver"));
+    return versions;
+}
+
+// Raises the gallery's highest version, in memory and in version.ini at once.
+void NoteClassVersion(GalleryStore& store, const GalleryNode& gallery, int32_t version, int32_t& highest) {
+    if (version <= highest) return;
+    highest = version;
+    store.galleryVersions[gallery.name] = version;
+    (void)WriteGalleryVersion(gallery.name, version);
+}
+
+// Reads the block elements (`tag`) below the current main element into `cls`.
+void ReadBlocks(MarkupDocument& doc, std::u16string_view tag, GalleryNode* cls, bool boutique) {
+    doc.EnterElement();
+    while (doc.FindElement(tag)) {
+        const std::u16string fn = doc.GetAttribute(u"fn");
+        const std::u16string size = doc.GetAttribute(u"size");
+        if (fn.empty() || size.empty()) continue;
+        auto* block = new GalleryNode(cls->name, cls->path + u"/" + fn, fn, kKindFile, doc.GetAttribute(u"hi") == u"1",
+                                      boutique, ToInt(size));
+        block->remoteBase = cls->remoteBase + u"/" + fn;
+        if (!AddChild(cls, block, false)) delete block;
+    }
+    doc.LeaveElement();
+}
+
+// The classes of one gallery element (or of the root of a one-gallery reply)
+// with their blocks, as the full replies give them.
+void ReadFullGallery(GalleryStore& store, MarkupDocument& doc, GalleryNode* gallery, const ClassVersions& old,
+                     int32_t& highest) {
+    doc.EnterElement();
+    while (doc.FindElement(u"item")) {
+        const std::u16string cs = doc.GetAttribute(u"cs");
+        const std::u16string bu = doc.GetAttribute(u"b_u");
+        const std::u16string ver = doc.GetAttribute(u"ver");
+        if (cs.empty() || bu.empty() || ver.empty()) continue;
+        auto* cls = new GalleryNode(gallery->name, gallery->path + u"/" + cs, cs, kKindDir, false, false, 0);
+        cls->version = ToInt(ver);
+        cls->remoteBase = bu;
+        // A risen version makes the downloaded blocks of the class suspect.
+        if (auto it = old.find(cs); it != old.end() && cls->version > it->second) RemoveDirectoryTree(cls->path);
+        if (!AddChild(gallery, cls, false)) {
+            delete cls;
+            continue;
+        }
+        ReadBlocks(doc, u"dwg", cls, gallery->boutique);
+        store.staleClasses.erase(cls->path);
+        NoteClassVersion(store, *gallery, cls->version, highest);
+    }
+    doc.LeaveElement();
+}
+
+}  // namespace
+
+void BuildFirstTree(GalleryStore& store) {
+    store.syncBusy.store(1);
+    std::u16string query;
+    {
+        ExclusiveTree lock(TreeLock());
+        if (store.root) {
+            FreeClasses(store.root);  // the galleries go; the recent list stays loaded
+        } else {
+            const std::u16string rootPath = StoreRoot();
+            if (!DirectoryExists(rootPath)) (void)CreateDirectories(rootPath);
+            store.root = new GalleryNode(u"", rootPath, kRootName, kKindDir, false, false, 0);
+        }
+        if (store.root->fileChildren.empty()) LoadRecentList(store);
+        if (!FileExists(ShowListPath())) MoveFromPreviousGeneration();
+    }
+    const int32_t downver = GetOptionInt(u"downver", -1);
+    const std::vector<ShowItem> names = ReadShowList(true);
+    if (names.empty()) {
+        store.syncBusy.store(0);
+        return;
+    }
+    {
+        ExclusiveTree lock(TreeLock());
+        for (const ShowItem& item : names) {
+            if (!query.empty()) query += u',';
+            query += item.name;
+            GalleryNode* gallery = NewGalleryNode(*store.root, item.name);
+            if (!AddChild(store.root, gallery, false)) delete gallery;
+        }
+    }
+
+    MarkupDocument doc;
+    const bool usable = FetchReply(u"/gallery/g_all_s?gallery_name=" + query, doc);
+    ExclusiveTree lock(TreeLock());
+    if (!usable) {
+        for (GalleryNode* gallery : store.root->dirChildren)
+            if (gallery) (void)ReadCatalogue(store, gallery->name);
+        store.syncBusy.store(0);
+        return;
+    }
+    const bool forceRefresh = doc.GetAttribute(u"dv") == u"1" && downver == -1;
+    doc.EnterElement();
+    while (doc.FindElement(u"gallery")) {
+        const std::u16string gn = doc.GetAttribute(u"gn");
+        GalleryNode* gallery = FindNodeByPath(store.root, store.root->path + u"/" + gn);
+        if (!gallery || gallery == store.root) continue;
+        gallery->boutique = doc.GetAttribute(u"gv") == u"1";
+        ClassVersions old = ReadCatalogueVersions(*gallery);
+        if (forceRefresh && !old.empty()) {
+            // The one-time forced refresh: every known class looks outdated, in this run only.
+            for (auto& [name, version] : old) --version;
+            (void)WriteOptionInt(u"downver", 1);
+        }
+        gallery->refreshTick = GetTickCount();
+        int32_t highest = ReadGalleryVersion(gallery->name);
+        ReadFullGallery(store, doc, gallery, old, highest);
+        (void)WriteCatalogue(store, gallery->name);
+        store.galleryFetchTicks[gallery->name] = gallery->refreshTick;
+    }
+    store.syncBusy.store(0);
+}
+
+void WaitForSync(GalleryStore& store) {
+    for (int step = 0; step < kWaitForSyncSteps && store.syncBusy.load() != 0; ++step) SleepMs(kWaitForSyncStepMs);
+}
+
+bool FetchGalleryFull(GalleryStore& store, std::u16string_view name, bool createIfMissing) {
+    if (!store.root) return false;
+    GalleryNode* gallery = FindGallery(store, name);
+    if (!gallery || gallery == store.root) {
+        if (!createIfMissing) return false;
+        ExclusiveTree lock(TreeLock());
+        gallery = NewGalleryNode(*store.root, name);
+        if (!AddChild(store.root, gallery, false)) {
+            delete gallery;
+            return false;
+        }
+    }
+    MarkupDocument doc;
+    const bool usable = FetchReply(u"/gallery/g_all?gallery_name=" + std::u16string(name), doc);
+    ExclusiveTree lock(TreeLock());
+    if (!usable || doc.GetAttribute(u"gn") != name) {
+        // The catalogue appends: a gallery that still has its classes keeps them
+        // as they are rather than getting a second copy.
+        if (gallery->dirChildren.empty()) (void)ReadCatalogue(store, name);
+        return false;
+    }
+    ClassVersions old;
+    for (const GalleryNode* cls : gallery->dirChildren)
+        if (cls) old[cls->name] = cls->version;
+    FreeClasses(gallery);
+    gallery->refreshTick = GetTickCount();
+    gallery->boutique = doc.GetAttribute(u"gv") == u"1";
+    int32_t highest = ReadGalleryVersion(gallery->name);
+    ReadFullGallery(store, doc, gallery, old, highest);
+    (void)WriteCatalogue(store, gallery->name);
+    store.galleryFetchTicks[gallery->name] = gallery->refreshTick;
+    return true;
+}
+
+void OpenAddedGallery(GalleryStore& store, std::u16string_view name) {
+    const auto it = store.galleryFetchTicks.find(std::u16string(name));
+    if (it != store.galleryFetchTicks.end() && TicksSince(it->second) <= kGalleryFreshMs) {
+        ExclusiveTree lock(TreeLock());
+        (void)ReadCatalogue(store, name);
+        return;
+    }
+    (void)FetchGalleryFull(store, name, false);
+}
+
+void RefreshClassSummary(GalleryStore& store, std::u16string_view name) {
+    GalleryNode* gallery = FindGallery(store, name);
+    if (!gallery || gallery == store.root) return;
+    if (TicksSince(gallery->refreshTick) <= kGalleryFreshMs) return;
+    MarkupDocument doc;
+    if (!FetchReply(u"/gallery/g_cs_s?gallery_name=" + std::u16string(name), doc)) return;
+    if (doc.GetAttribute(u"gn") != name) return;
+    ExclusiveTree lock(TreeLock());
+    gallery->boutique = doc.GetAttribute(u"gv") == u"1";
+    int32_t highest = ReadGalleryVersion(gallery->name);
+    std::vector<GalleryNode*> candidates;
+    doc.EnterElement();
+    while (doc.FindElement(u"item")) {
+        const std::u16string cs = doc.GetAttribute(u"cs");
+        auto* cls = new GalleryNode(gallery->name, gallery->path + u"/" + cs, cs, kKindDir, false, false, 0);
+        cls->version = ToInt(doc.GetAttribute(u"ver"));
+        candidates.push_back(cls);
+        NoteClassVersion(store, *gallery, cls->version, highest);
+    }
+    doc.LeaveElement();
+    RebuildClassList(store, gallery, std::move(candidates));
+    gallery->refreshTick = GetTickCount();
+}
+
+void OpenClass(GalleryStore& store, std::u16string_view path) {
+    if (!store.root || !FindNodeByPath(store.root, path)) return;
+    if (store.staleClasses.count(std::u16string(path))) FetchClassItems(store, path);
+}
+
+void FetchClassItems(GalleryStore& store, std::u16string_view path) {
+    if (!store.root) return;
+    GalleryNode* cls = FindNodeByPath(store.root, path);
+    if (!cls || IsFile(*cls) || !cls->parent || !cls->parent->parent) return;
+    MarkupDocument doc;
+    if (!FetchReply(u"/gallery/g_cs?gallery_name=" + cls->parent->name + u"&cs=" + cls->name, doc)) return;
+    ExclusiveTree lock(TreeLock());
+    for (GalleryNode*& block : cls->fileChildren) {
+        if (!block) continue;
+        DestroySubtree(block);
+        delete block;
+        block = nullptr;
+    }
+    cls->fileChildren.clear();
+    cls->remoteBase = doc.GetAttribute(u"b_u");
+    cls->version = ToInt(doc.GetAttribute(u"ver"));
+    ReadBlocks(doc, u"item", cls, false);
+    store.staleClasses.erase(cls->path);
+    // A refetched class discards its downloaded blocks.
+    if (DirectoryExists(cls->path)) RemoveDirectoryTree(cls->path);
+    (void)WriteCatalogue(store, cls->parent->name);
+}
+
+}  // namespace marrowfin
