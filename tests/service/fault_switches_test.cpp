@@ -1,0 +1,169 @@
+// Every fault switch on the wire, set through the admin path, on the command
+// line and in code, plus the matching rules of the fault table.
+
+#include "fault_switches.h"
+#include "request_counters.h"
+#include "service_fixture.h"
+
+#include <chrono>
+#include <cstdio>
+#include <signal.h>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+
+using namespace marrowfin;
+using namespace marrowfin::test;
+using Clock = std::chrono::steady_clock;
+
+namespace {
+
+long MsSince(Clock::time_point t) {
+    return static_cast<long>(std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - t).count());
+}
+
+}  // namespace
+
+TEST_F(ServiceTest, StatusEmptyBodyAndCountedFaults) {
+    const std::string path = "/gallery/gethotwords";
+    ASSERT_EQ("ok", admin("/admin/fault?path=" + path + "&status=503&count=2"));
+    RawReply r = RawGet(m_service.port(), path);
+    EXPECT_EQ(503, r.status);
+    EXPECT_EQ(503, RawGet(m_service.port(), path).status);
+    r = RawGet(m_service.port(), path);
+    EXPECT_EQ(200, r.status) << "a counted fault ends after its count";
+    EXPECT_NE(std::string::npos, r.body.find("<hot_words>"));
+
+    admin("/admin/fault?path=" + path + "&empty=1");
+    r = RawGet(m_service.port(), path);
+    EXPECT_EQ(200, r.status);
+    EXPECT_EQ(0, r.contentLength);
+    EXPECT_EQ("", r.body);
+    admin("/admin/fault?path=" + path + "&body=error");
+    EXPECT_EQ("error", RawGet(m_service.port(), path).body);
+    admin("/admin/clear?path=" + path);
+    EXPECT_NE(std::string::npos, RawGet(m_service.port(), path).body.find("<hot_words>"));
+
+    // Bad switches are refused with a reason and change nothing.
+    httplib::Client c = client();
+    EXPECT_EQ(400, c.Get("/admin/fault?path=/x&latency=abc")->status);
+    EXPECT_EQ(400, c.Get("/admin/fault?path=/x&bogus=1")->status);
+    EXPECT_EQ(400, c.Get("/admin/fault?path=/x&status=42")->status);
+    // Admin requests are neither counted nor faulted.
+    admin("/admin/fault?status=500");
+    EXPECT_EQ("ok", admin("/admin/clear"));
+    EXPECT_EQ(0, m_service.counters().get("/admin/clear").count);
+}
+
+TEST_F(ServiceTest, TruncatedBodiesAndDroppedConnections) {
+    const std::string path = "/gallery/selpageinfo?sort=def";
+    const std::string full = RawGet(m_service.port(), path).body;
+    ASSERT_GT(full.size(), 100u);
+
+    admin("/admin/fault?path=/gallery/selpageinfo&truncate=40");
+    RawReply r = RawGet(m_service.port(), path);
+    EXPECT_EQ(200, r.status);
+    EXPECT_EQ(static_cast<long>(full.size()), r.contentLength) << "the head promises the whole body";
+    EXPECT_EQ(full.substr(0, 40), r.body) << "and the connection ends after 40 bytes";
+    // An HTTP client sees the short read as a failure.
+    EXPECT_FALSE(client().Get(path.c_str()));
+
+    admin("/admin/fault?path=/gallery/selpageinfo&drop=1");
+    r = RawGet(m_service.port(), path);
+    EXPECT_TRUE(r.connected);
+    EXPECT_EQ("", r.bytes) << "no byte of an answer";
+    EXPECT_FALSE(client().Get(path.c_str()));
+    admin("/admin/clear");
+    EXPECT_EQ(full, RawGet(m_service.port(), path).body) << "the server lives on";
+}
+
+TEST_F(ServiceTest, LatencyDripAndHold) {
+    const std::string path = "/gallery/gethotwords";
+    const size_t size = RawGet(m_service.port(), path).body.size();
+    admin("/admin/fault?path=" + path + "&latency=300");
+    auto start = Clock::now();
+    EXPECT_EQ(200, RawGet(m_service.port(), path).status);
+    EXPECT_GE(MsSince(start), 300);
+
+    // 20 bytes every 100 ms: the whole body arrives, and not before its time.
+    admin("/admin/fault?path=" + path + "&drip=200");
+    start = Clock::now();
+    RawReply r = RawGet(m_service.port(), path);
+    EXPECT_EQ(size, r.body.size());
+    EXPECT_GE(MsSince(start), static_cast<long>((size / 20 - 1) * 100));
+
+    // A hold answers when released, or at its bound.
+    admin("/admin/fault?path=" + path + "&hold=5000");
+    start = Clock::now();
+    std::thread held([&] { r = RawGet(m_service.port(), path); });
+    while (m_service.counters().get(path).active == 0 && MsSince(start) < 3000) std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    EXPECT_EQ("ok", admin("/admin/release"));
+    held.join();
+    EXPECT_EQ(200, r.status);
+    EXPECT_LT(MsSince(start), 4000);
+    admin("/admin/fault?path=" + path + "&hold=200");
+    start = Clock::now();
+    EXPECT_EQ(200, RawGet(m_service.port(), path).status);
+    EXPECT_GE(MsSince(start), 200);
+}
+
+TEST(FaultTable, MostSpecificMatchWins) {
+    service::FaultTable table;
+    service::Fault global, prefix, exact, longer;
+    global.status = 500;
+    prefix.status = 501;
+    longer.status = 502;
+    exact.status = 503;
+    table.set("*", global);
+    table.set("/files/*", prefix);
+    table.set("/files/a/*", longer);
+    table.set("/files/a/b.dwg", exact);
+    EXPECT_EQ(503, table.take("/files/a/b.dwg").status);
+    EXPECT_EQ(502, table.take("/files/a/c.dwg").status);
+    EXPECT_EQ(501, table.take("/files/z.dwg").status);
+    EXPECT_EQ(500, table.take("/gallery/g_cs").status);
+    table.clear("*");
+    EXPECT_FALSE(table.take("/gallery/g_cs").active());
+
+    std::string path, error;
+    service::Fault parsed;
+    ASSERT_TRUE(service::ParseFaultSwitch("/gallery/g_cs?latency=20&truncate=0&drop&body=x", path, parsed, error)) << error;
+    EXPECT_EQ("/gallery/g_cs", path);
+    EXPECT_EQ(20, parsed.latencyMs);
+    EXPECT_EQ(0, parsed.truncateAt);
+    EXPECT_TRUE(parsed.drop);
+    EXPECT_EQ("x", parsed.body.value_or(""));
+    EXPECT_FALSE(service::ParseFaultSwitch("*?hold=-1", path, parsed, error));
+}
+
+TEST(ServiceProgram, RunsAsAChildWithCommandLineFaults) {
+    TempHome home;
+    service::SampleOptions options{1, 1, 2, 3};
+    ASSERT_TRUE(service::GenerateSample(home.file("data"), options).ok);
+    int pipeFds[2];
+    ASSERT_EQ(0, pipe(pipeFds));
+    const pid_t child = fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        dup2(pipeFds[1], 1);
+        close(pipeFds[0]);
+        execl(MARROWFIN_SERVICE_EXE, MARROWFIN_SERVICE_EXE, "--data", home.file("data").c_str(), "--port", "0", "--fault",
+              "/gallery/gethotwords?status=502", static_cast<char*>(nullptr));
+        _exit(127);
+    }
+    close(pipeFds[1]);
+    FILE* out = fdopen(pipeFds[0], "r");
+    char line[256] = {};
+    ASSERT_TRUE(fgets(line, sizeof line, out));
+    int port = 0;
+    ASSERT_EQ(1, std::sscanf(line, "listening on 127.0.0.1 port %d", &port)) << line;
+    EXPECT_EQ(502, RawGet(port, "/gallery/gethotwords").status);
+    EXPECT_EQ(200, RawGet(port, "/gallery/selpageinfo?sort=new").status);
+    kill(child, SIGTERM);
+    int status = 0;
+    waitpid(child, &status, 0);
+    EXPECT_TRUE(WIFEXITED(status));
+    EXPECT_EQ(0, WEXITSTATUS(status));
+    fclose(out);
+    EXPECT_FALSE(RawGet(port, "/gallery/gethotwords").connected) << "the port is closed after the stop";
+}
