@@ -19,13 +19,13 @@ enum : uint8_t {
 constexpr auto kClasses = [] {
     struct Table { uint8_t c[128]{}; } t;
     for (int c : {'\t', '\n', '\r', ' '}) t.c[c] |= CSpace | CNameEnd | CValueEnd;
-    t.c['/'] |= CNameEnd;
-    t.c['>'] |= CNameEnd | CValueEnd;
+    t.c[int{'/'}] |= CNameEnd;
+    t.c[int{'>'}] |= CNameEnd | CValueEnd;
     t.c[0] |= CNameEnd | CValueEnd;
     for (int c = 'A'; c <= 'Z'; ++c) t.c[c] |= CNameStart;
     for (int c = 'a'; c < 128; ++c) t.c[c] |= CNameStart;
-    t.c['_'] |= CNameStart;
-    t.c[':'] |= CNameStart;
+    t.c[int{'_'}] |= CNameStart;
+    t.c[int{':'}] |= CNameStart;
     return t;
 }();
 
@@ -162,7 +162,9 @@ void MarkupTokenizer::ReadEndTag(size_t offset, MarkupNode& node) {
 void MarkupTokenizer::ReadTerminated(size_t offset, size_t minEnd, const char16_t* terminator, int kind,
                                      const char16_t* unterminatedType, MarkupNode& node) {
     const size_t termLength = std::char_traits<char16_t>::length(terminator);
-    size_t q = minEnd - 1;
+    // The scan starts inside the opener, whose first two units are known
+    // not to be the NUL; `minEnd` may lie beyond the end of the text.
+    size_t q = offset + 2;
     for (;;) {
         q = FindUnit(q, u'>');
         if (m_text[q] == 0) return Unterminated(offset, unterminatedType, node);

@@ -1,0 +1,153 @@
+// Random bytes through SetText, LoadBytes and LoadFile; the result is walked,
+// read and edited, and the index is checked after every edit. For a text that
+// parsed well, the edited text must parse back to the same index.
+
+#include <unistd.h>
+
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+#include <tuple>
+#include <vector>
+
+#include "markup/markup_document.h"
+#include "platform/files.h"
+#include "platform/text.h"
+
+using marrowfin::MarkupDocument;
+
+namespace {
+
+void Check(bool ok, const char* what) {
+    if (!ok) {
+        std::fprintf(stderr, "index check failed: %s\n", what);
+        std::abort();
+    }
+}
+
+void CheckIndex(const MarkupDocument& doc) {
+    const auto text = doc.Text();
+    Check(doc.Record(0).length == text.size(), "document length");
+    for (uint32_t i = 1; i < doc.RecordCount(); ++i) {
+        const auto& r = doc.Record(i);
+        Check(r.start < text.size() && text[r.start] == u'<', "start on '<'");
+        Check(static_cast<size_t>(r.start) + r.length <= text.size(), "length inside the text");
+        Check((r.tagLengths & 0x3FFFFF) <= r.length, "start tag inside the element");
+        Check(r.parent < doc.RecordCount() && r.nextSibling < doc.RecordCount(), "links in range");
+        if (r.nextSibling != 0) {
+            const auto& n = doc.Record(r.nextSibling);
+            Check(n.prevSibling == i && n.parent == r.parent, "sibling links");
+            Check(n.start >= r.start + r.length, "sibling order");
+        }
+        if (r.parent != 0) {
+            const auto& p = doc.Record(r.parent);
+            Check(r.start >= p.start && r.start + r.length <= p.start + p.length, "inside the parent");
+        }
+    }
+}
+
+using Shape = std::vector<std::tuple<uint32_t, uint32_t, uint32_t>>;
+Shape ShapeOf(const MarkupDocument& doc) {
+    Shape shape;
+    uint32_t e = doc.Record(0).firstChild;
+    while (e != 0) {
+        const auto& r = doc.Record(e);
+        shape.emplace_back(r.start, r.length, r.tagLengths);
+        if (r.firstChild != 0) {
+            e = r.firstChild;
+            continue;
+        }
+        while (e != 0 && doc.Record(e).nextSibling == 0) e = doc.Record(e).parent;
+        if (e != 0) e = doc.Record(e).nextSibling;
+    }
+    return shape;
+}
+
+std::u16string Piece(const uint8_t*& p, const uint8_t* end, size_t maxLength) {
+    std::u16string out;
+    while (p < end && out.size() < maxLength) {
+        const uint8_t b = *p++;
+        if (b == 0xFF) break;
+        out += b < 0x80 ? static_cast<char16_t>(b) : static_cast<char16_t>(0x4E00 + b);
+    }
+    return out;
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    if (size == 0) return 0;
+    const uint8_t mode = data[0];
+    const std::string bytes(reinterpret_cast<const char*>(data + 1), size - 1);
+    MarkupDocument doc;
+    bool ok;
+    switch (mode % 3) {
+    case 0: {
+        std::u16string text(bytes.size() / 2, u'\0');
+        for (size_t i = 0; i < text.size(); ++i)
+            text[i] = static_cast<char16_t>(static_cast<uint8_t>(bytes[2 * i]) | (static_cast<uint8_t>(bytes[2 * i + 1]) << 8));
+        ok = doc.SetText(text);
+        break;
+    }
+    case 1: ok = doc.LoadBytes(bytes); break;
+    default: {
+        static const std::u16string path = marrowfin::W("/tmp/markup_fuzz_" + std::to_string(getpid()) + ".xml");
+        marrowfin::WriteFileAtomic(path, bytes);
+        ok = doc.LoadFile(path);
+        break;
+    }
+    }
+    CheckIndex(doc);
+    Check(doc.GetResult().size() < 1000 + 400, "result cap");
+
+    // Walk every element, reading names, texts and attributes.
+    const uint8_t* p = data + 1;
+    const uint8_t* end = data + size;
+    const std::u16string name = Piece(p, end, 8);
+    int steps = 0;
+    doc.RewindMain();
+    while (steps++ < 2000) {
+        if (doc.FindElement()) {
+            (void)doc.GetElementText();
+            (void)doc.GetAttribute(name);
+            (void)doc.GetTagName();
+            if (doc.FindChildElement()) {
+                (void)doc.GetChildText();
+                (void)doc.GetChildAttribute(name);
+                doc.RewindMain();
+                doc.FindElement();
+            }
+            doc.FindChildElement(name);
+            if (!doc.EnterElement()) break;
+            doc.RewindMain();
+        } else if (!doc.LeaveElement()) {
+            break;
+        }
+    }
+
+    // Edits driven by the rest of the input.
+    const Shape before = ShapeOf(doc);
+    (void)before;
+    doc.RewindMain();
+    for (int i = 0; i < 12 && p < end; ++i) {
+        const uint8_t op = *p++;
+        const std::u16string a = Piece(p, end, 6);
+        const std::u16string b = Piece(p, end, 10);
+        switch (op % 6) {
+        case 0: doc.AddElement(a, b); break;
+        case 1: doc.SetAttribute(a, b); break;
+        case 2: doc.FindElement(op & 0x40 ? a : std::u16string()); break;
+        case 3: doc.FindChildElement(); doc.EnterElement(); break;
+        case 4: doc.LeaveElement(); break;
+        case 5: doc.RewindMain(); break;
+        }
+        CheckIndex(doc);
+    }
+    if (ok) {
+        MarkupDocument again;
+        again.SetText(doc.Text());
+        Check(ShapeOf(again) == ShapeOf(doc), "edited text parses back to the same index");
+    }
+    return 0;
+}
