@@ -78,6 +78,23 @@ std::string PercentEncodeDownloadUrl(std::u16string_view url) {
     return out.size() > 1024 ? bytes : out;
 }
 
+std::string EscapeRequestUrl(std::u16string_view url) {
+    static constexpr char kHex[] = "0123456789ABCDEF";
+    std::string out;
+    for (unsigned char b : Utf16ToUtf8(url)) {
+        const bool unsafe = b <= 32 || b >= 127 || b == '"' || b == '#' || b == '%' || b == '<' || b == '>' ||
+                            b == '\\' || b == '^' || b == '`' || b == '{' || b == '|' || b == '}';
+        if (unsafe) {
+            out.push_back('%');
+            out.push_back(kHex[b >> 4]);
+            out.push_back(kHex[b & 15]);
+        } else {
+            out.push_back(static_cast<char>(b));
+        }
+    }
+    return out;
+}
+
 std::u16string DecodeReply(std::string_view bytes) {
     const size_t zero = bytes.find('\0');
     if (zero != std::string_view::npos) bytes = bytes.substr(0, zero);
@@ -86,7 +103,7 @@ std::u16string DecodeReply(std::string_view bytes) {
 
 bool PostForm(std::u16string_view url, std::u16string_view params, std::u16string& out) {
     out.clear();
-    const std::string narrowUrl = Utf16ToUtf8(url);
+    const std::string narrowUrl = EscapeRequestUrl(url);
     const std::string body = Utf16ToUtf8(params);
     const int32_t winner = RunOnStacks(RotationFromOption(), [&](HttpStack& stack) {
         std::string response;
@@ -115,7 +132,7 @@ bool DownloadFile(std::u16string_view url, std::u16string_view localPath, Window
 bool UploadFile(std::u16string_view url, std::u16string_view parentDir, std::u16string_view localPath,
                 std::u16string& out, WindowHandle progressWindow) {
     out.clear();
-    const std::string narrowUrl = Utf16ToUtf8(url);
+    const std::string narrowUrl = EscapeRequestUrl(url);
     const std::u16string dir(parentDir), path(localPath);
     // Uploads keep their own order and do not read the remembered stack.
     const int32_t winner = RunOnStacks({StackWinHttp, StackCurl, StackInet}, [&](HttpStack& stack) {

@@ -27,6 +27,10 @@ bool UploadFile(std::u16string_view url, std::u16string_view parentDir, std::u16
 // reserved marks become %xx (lower case). A result over 1,024 characters
 // leaves the URL as it was.
 std::string PercentEncodeDownloadUrl(std::u16string_view url);
+// The escaping of form-post and upload URLs: UTF-8, then spaces, controls,
+// bytes above 126 and the marks a URL cannot carry raw (" # % < > \ ^ ` { | })
+// become %XX; the query's own separators (? & = , /) stay.
+std::string EscapeRequestUrl(std::u16string_view url);
 // Reply bytes up to the first zero byte, decoded from UTF-8.
 std::u16string DecodeReply(std::string_view bytes);
 

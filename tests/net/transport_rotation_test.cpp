@@ -70,8 +70,9 @@ TEST(TransportRotation, StartsOnCurlThenRemembersTheWinner) {
     s.log.clear();
     s.curl.succeed = true;
     s.curl.reply = std::string("success\0tail", 12);
-    EXPECT_TRUE(PostForm(u"http://h/gallery/favorite", u"name=门窗", out));
+    EXPECT_TRUE(PostForm(u"http://h/gallery/favorite?n=门", u"name=门窗", out));
     EXPECT_EQ(s.log, (std::vector<int>{1, 2}));
+    EXPECT_EQ(s.curl.lastUrl, "http://h/gallery/favorite?n=%E9%97%A8");
     EXPECT_EQ(GetOptionInt(u"FNetUseInet", -2), 2);
     EXPECT_EQ(out, u"success");  // a zero byte ends the reply
     EXPECT_EQ(s.curl.lastBody, "name=\xE9\x97\xA8\xE7\xAA\x97");
@@ -126,6 +127,8 @@ TEST(TransportRotation, DownloadUrlEscapingAndServiceBase) {
     std::string raw = "http://h/";
     for (int i = 0; i < 400; ++i) raw += "\xE9\x97\xA8";
     EXPECT_EQ(PercentEncodeDownloadUrl(longUrl), raw);
+    EXPECT_EQ(EscapeRequestUrl(u"http://h:9/gallery/g_all_s?gallery_name=门 窗,A&B=1#%"),
+              "http://h:9/gallery/g_all_s?gallery_name=%E9%97%A8%20%E7%AA%97,A&B=1%23%25");
     TempHome home;
     EXPECT_EQ(ServiceBaseUrl(), u"http://gallery.tarvex.com");
     WriteOptionString(u"ServiceBase", u"http://127.0.0.1:4321/");

@@ -1,0 +1,170 @@
+#include <gtest/gtest.h>
+
+#include <set>
+
+#include "fault_switches.h"
+#include "net/download_queue.h"
+#include "net/gallery_sync.h"
+#include "platform/files.h"
+#include "platform/text.h"
+#include "platform/ticks.h"
+#include "recording_windows.h"
+#include "request_counters.h"
+#include "service_handle.h"
+#include "store/gallery_node.h"
+#include "store/gallery_store.h"
+#include "store/gallery_tree.h"
+#include "store/show_list.h"
+#include "support/live_service.h"
+#include "support/temp_home.h"
+
+using namespace marrowfin;
+using marrowfin::test::TempHome;
+
+namespace {
+
+struct TestStore : GalleryStore {
+    ~TestStore() {
+        WaitForDownloadWorkers(std::chrono::seconds(30));
+        if (root) {
+            DestroySubtree(root);
+            delete root;
+        }
+    }
+};
+
+// Waits until the queue is idle: both arrays empty and every worker returned.
+bool WaitIdle(GalleryStore& store, uint32_t limitMs = 30000) {
+    const uint32_t start = GetTickCount();
+    for (;;) {
+        {
+            std::lock_guard<std::mutex> lock(store.downloadLock);
+            if (store.downloadsWaiting.empty() && store.downloadsRunning.empty() && LiveDownloadWorkers() == 0)
+                return true;
+        }
+        if (TicksSince(start) > limitMs) return false;
+        SleepMs(5);
+    }
+}
+
+std::vector<GalleryNode*> AllBlocks(GalleryStore& store) {
+    std::vector<GalleryNode*> blocks;
+    for (GalleryNode* g : store.root->dirChildren)
+        for (GalleryNode* c : g->dirChildren)
+            for (GalleryNode* b : c->fileChildren) blocks.push_back(b);
+    return blocks;
+}
+
+service::Fault Latency(int ms) {
+    service::Fault f;
+    f.latencyMs = ms;
+    return f;
+}
+
+// A tree of two galleries from the service, with files not yet fetched.
+struct QueueWorld {
+    TempHome home;
+    test::RecordingWindows windows;
+    service::ServiceHandle svc;
+    TestStore store;
+    QueueWorld() : svc(test::StartLiveService(test::SampleLibrary({2, 3, 20}))) {
+        for (const auto& name : test::GalleryNames(test::SampleLibrary({2, 3, 20}))) AddGalleryToShowList(name);
+        BuildFirstTree(store);
+        SetDownloadNotifyWindow(test::RecordingWindows::kPanel);
+    }
+    ~QueueWorld() { SetDownloadNotifyWindow(0); }
+};
+
+}  // namespace
+
+TEST(LiveQueue, ABurstNeverRunsMoreThanSixAndEveryPathLeaves) {
+    QueueWorld w;
+    const auto blocks = AllBlocks(w.store);
+    ASSERT_GE(blocks.size(), 50u);
+    w.svc.faults().set("/files/*", Latency(60));
+    for (size_t i = 0; i < 50; ++i) {
+        EnqueueDownload(w.store, blocks[i]->path);
+        if (i % 5 == 0) EnqueueDownload(w.store, blocks[i]->path);  // duplicates are fetched once
+    }
+    EnqueueDownload(w.store, blocks[0]->path);
+    ASSERT_TRUE(WaitIdle(w.store));
+    const auto files = w.svc.counters().get("/files/*");
+    EXPECT_EQ(files.count, 50);
+    EXPECT_LE(files.peak, 6);
+    EXPECT_EQ(files.peak, 6);  // with latency the six slots fill up
+    std::set<std::u16string> ready;
+    for (const auto& m : w.windows.Messages(MsgFileReady)) ready.insert(m.text);
+    EXPECT_EQ(ready.size(), 50u);
+    for (size_t i = 0; i < 50; ++i) {
+        EXPECT_TRUE(ready.count(blocks[i]->path));
+        EXPECT_GE(FileSize(blocks[i]->path), kMinBlockFileSize);
+    }
+    EXPECT_EQ(w.windows.Messages(MsgFileReady).size(), 50u);
+}
+
+TEST(LiveQueue, FailuresLeaveNoFileAndPresentFilesNeedNoTraffic) {
+    QueueWorld w;
+    const auto blocks = AllBlocks(w.store);
+
+    // Not in the tree: fails at once, no notice, nothing asked of the service.
+    EnqueueDownload(w.store, w.store.root->path + u"/nowhere/x.dwg");
+    ASSERT_TRUE(WaitIdle(w.store));
+    EXPECT_EQ(w.svc.counters().get("/files/*").count, 0);
+
+    // Already on disk and large enough: success without traffic.
+    ASSERT_TRUE(CreateDirectories(blocks[0]->parent->path));
+    ASSERT_TRUE(WriteFileAtomic(blocks[0]->path, std::string(2048, 'd')));
+    EnqueueDownload(w.store, blocks[0]->path);
+    ASSERT_TRUE(WaitIdle(w.store));
+    EXPECT_EQ(w.svc.counters().get("/files/*").count, 0);
+    ASSERT_EQ(w.windows.Messages(MsgFileReady).size(), 1u);
+    EXPECT_EQ(w.windows.Messages(MsgFileReady)[0].text, blocks[0]->path);
+
+    // 1,024 bytes is an error page, 1,025 a block.
+    service::Fault page;
+    page.body = std::string(1024, 'p');
+    page.remaining = 1;
+    w.svc.faults().set("/files/*", page);
+    EnqueueDownload(w.store, blocks[1]->path);
+    ASSERT_TRUE(WaitIdle(w.store));
+    EXPECT_FALSE(PathExists(blocks[1]->path));
+    page.body = std::string(1025, 'p');
+    w.svc.faults().set("/files/*", page);
+    EnqueueDownload(w.store, blocks[1]->path);
+    ASSERT_TRUE(WaitIdle(w.store));
+    EXPECT_EQ(FileSize(blocks[1]->path), 1025);
+
+    // Broken transfers of every kind leave nothing behind and no notice.
+    const size_t noticesBefore = w.windows.Messages(MsgFileReady).size();
+    for (auto set : {+[](service::Fault& f) { f.status = 404; }, +[](service::Fault& f) { f.status = 500; },
+                     +[](service::Fault& f) { f.truncateAt = 300; }, +[](service::Fault& f) { f.drop = true; },
+                     +[](service::Fault& f) { f.emptyBody = true; }}) {
+        service::Fault f;
+        set(f);
+        w.svc.faults().set("/files/*", f);
+        for (int i = 2; i < 6; ++i) EnqueueDownload(w.store, blocks[static_cast<size_t>(i)]->path);
+        ASSERT_TRUE(WaitIdle(w.store));
+        for (int i = 2; i < 6; ++i) EXPECT_FALSE(PathExists(blocks[static_cast<size_t>(i)]->path));
+    }
+    EXPECT_EQ(w.windows.Messages(MsgFileReady).size(), noticesBefore);
+    // After the faults clear, the same blocks can be asked for again.
+    w.svc.faults().clearAll();
+    for (int i = 2; i < 6; ++i) EnqueueDownload(w.store, blocks[static_cast<size_t>(i)]->path);
+    ASSERT_TRUE(WaitIdle(w.store));
+    for (int i = 2; i < 6; ++i) EXPECT_GE(FileSize(blocks[static_cast<size_t>(i)]->path), kMinBlockFileSize);
+}
+
+TEST(LiveQueue, ResolvingStaysSafeWhileTheTreeIsRebuilt) {
+    QueueWorld w;
+    w.svc.faults().set("/files/*", Latency(5));
+    // Downloads keep resolving paths on workers while the tree is rebuilt on this thread.
+    for (int round = 0; round < 3; ++round) {
+        for (GalleryNode* b : AllBlocks(w.store)) EnqueueDownload(w.store, b->path);
+        BuildFirstTree(w.store);
+    }
+    ASSERT_TRUE(WaitIdle(w.store));
+    // Every block announced is whole on disk, whatever tree it was resolved in.
+    const auto ready = w.windows.Messages(MsgFileReady);
+    EXPECT_FALSE(ready.empty());
+    for (const auto& m : ready) EXPECT_GE(FileSize(m.text), kMinBlockFileSize);
+}

@@ -1,0 +1,135 @@
+#include <gtest/gtest.h>
+
+#include "fault_switches.h"
+#include "net/curl_stack.h"
+#include "net/http_transport.h"
+#include "platform/files.h"
+#include "platform/profile.h"
+#include "platform/text.h"
+#include "recording_windows.h"
+#include "request_counters.h"
+#include "support/live_service.h"
+#include "support/temp_home.h"
+#include "support/test_paths.h"
+
+using namespace marrowfin;
+using marrowfin::test::TempHome;
+
+namespace {
+
+struct ShortTimeouts {
+    ShortTimeouts() {
+        CurlTimeouts t;
+        t.connect = std::chrono::milliseconds(2000);
+        t.lowSpeedTime = std::chrono::seconds(1);
+        CurlStack::SetTimeouts(t);
+    }
+    ~ShortTimeouts() { CurlStack::SetTimeouts(CurlTimeouts{}); }
+};
+
+service::Fault FaultOf(void (*set)(service::Fault&)) {
+    service::Fault f;
+    set(f);
+    return f;
+}
+
+}  // namespace
+
+TEST(LiveTransport, FormPostsReachTheServiceAndEveryFaultIsAFailure) {
+    TempHome home;
+    ShortTimeouts timeouts;
+    auto svc = test::StartLiveService(test::SampleLibrary());
+    const std::u16string gallery = test::GalleryNames(test::SampleLibrary()).at(0);
+    const std::u16string url = ServiceBaseUrl() + u"/gallery/g_all?gallery_name=" + gallery;
+    std::u16string out;
+    ASSERT_TRUE(PostForm(url, u"", out));
+    EXPECT_NE(out.find(u"<root"), std::u16string::npos);
+    EXPECT_NE(out.find(gallery), std::u16string::npos);  // Chinese names survive the round trip
+    EXPECT_EQ(GetOptionInt(u"FNetUseInet", -2), 2);
+
+    struct Case { const char* what; service::Fault fault; bool ok; };
+    const Case cases[] = {
+        {"404", FaultOf([](service::Fault& f) { f.status = 404; }), false},
+        {"500", FaultOf([](service::Fault& f) { f.status = 500; }), false},
+        {"truncated", FaultOf([](service::Fault& f) { f.truncateAt = 10; }), false},
+        {"dropped", FaultOf([](service::Fault& f) { f.drop = true; }), false},
+        {"hold past the time-out", FaultOf([](service::Fault& f) { f.holdMs = 4000; }), false},
+        {"empty", FaultOf([](service::Fault& f) { f.emptyBody = true; }), true},
+        {"slow but moving", FaultOf([](service::Fault& f) { f.dripBytesPerSecond = 4000; }), true},
+        {"latency", FaultOf([](service::Fault& f) { f.latencyMs = 300; }), true},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        svc.faults().set("/gallery/g_all", c.fault);
+        out = u"stale";
+        EXPECT_EQ(PostForm(url, u"", out), c.ok);
+        if (!c.ok || c.fault.emptyBody) {
+            EXPECT_TRUE(out.empty());  // libcurl hands out nothing on failure
+        } else {
+            EXPECT_NE(out.find(u"<root"), std::u16string::npos);
+        }
+        svc.faults().releaseHeld();
+    }
+    svc.faults().clearAll();
+    // A failure never rewrites the remembered stack.
+    EXPECT_EQ(GetOptionInt(u"FNetUseInet", -2), 2);
+}
+
+TEST(LiveTransport, DownloadsLandWholeOrNotAtAll) {
+    TempHome home;
+    ShortTimeouts timeouts;
+    test::RecordingWindows windows;
+    auto svc = test::StartLiveService(test::SampleLibrary());
+    // Find a block's address through the class reply.
+    const std::u16string gallery = test::GalleryNames(test::SampleLibrary()).at(0);
+    std::u16string reply;
+    ASSERT_TRUE(PostForm(ServiceBaseUrl() + u"/gallery/g_all?gallery_name=" + gallery, u"", reply));
+    const size_t bu = reply.find(u"b_u=\"");
+    const size_t fn = reply.find(u"fn=\"");
+    ASSERT_NE(bu, std::u16string::npos);
+    ASSERT_NE(fn, std::u16string::npos);
+    const std::u16string base = reply.substr(bu + 5, reply.find(u'"', bu + 5) - bu - 5);
+    const std::u16string name = reply.substr(fn + 4, reply.find(u'"', fn + 4) - fn - 4);
+    const std::u16string url = base + u"/" + name;
+
+    const std::u16string target = W(home.file("block.dwg"));
+    ASSERT_TRUE(DownloadFile(url, target, test::RecordingWindows::kPanel, 7));
+    EXPECT_GT(FileSize(target), 1024);
+    std::string bytes;
+    ReadWholeFile(target, bytes);
+    EXPECT_EQ(bytes.substr(0, 4), "AC10");
+    // Progress went to the window with the job number in the high word.
+    const auto progress = windows.Messages(MsgProgress);
+    ASSERT_FALSE(progress.empty());
+    EXPECT_EQ(progress.back().wParam, 7u << 16);
+    EXPECT_EQ(progress.back().lParam, FileSize(target));
+
+    for (auto set : {+[](service::Fault& f) { f.status = 404; }, +[](service::Fault& f) { f.truncateAt = 100; },
+                     +[](service::Fault& f) { f.drop = true; }, +[](service::Fault& f) { f.holdMs = 4000; }}) {
+        svc.faults().set("/files/*", FaultOf(set));
+        const std::u16string fresh = W(home.file("fresh.dwg"));
+        EXPECT_FALSE(DownloadFile(url, fresh, 0, 0));
+        EXPECT_FALSE(PathExists(fresh));  // nothing left that could pass for a block
+        // An existing file is left as it was.
+        EXPECT_FALSE(DownloadFile(url, target, 0, 0));
+        std::string again;
+        ReadWholeFile(target, again);
+        EXPECT_EQ(again, bytes);
+        svc.faults().releaseHeld();
+    }
+    svc.faults().clearAll();
+}
+
+TEST(LiveTransport, UploadSendsTheFileAsMultipart) {
+    TempHome home;
+    auto svc = test::StartLiveService(test::SampleLibrary());
+    test::WriteBytes(home.file("12345.zip"), "not really a zip");
+    std::u16string out;
+    // The service reads the archive and refuses this one with its reply word.
+    EXPECT_TRUE(UploadFile(ServiceBaseUrl() + u"/gallery/lfupload", u"", W(home.file("12345.zip")), out, 0));
+    EXPECT_EQ(out, u"error");
+    EXPECT_EQ(svc.counters().get("/gallery/lfupload").count, 1);
+    EXPECT_FALSE(UploadFile(ServiceBaseUrl() + u"/gallery/lfupload", u"", W(home.file("missing.zip")), out, 0));
+    svc.faults().set("/gallery/lfupload", FaultOf([](service::Fault& f) { f.status = 500; }));
+    EXPECT_FALSE(UploadFile(ServiceBaseUrl() + u"/gallery/lfupload", u"", W(home.file("12345.zip")), out, 0));
+}

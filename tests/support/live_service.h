@@ -1,0 +1,26 @@
+#pragma once
+// The stand-in service on a loopback port for tests of the library's network
+// roads: a sample library generated once per test program, a running
+// service, and the profile's ServiceBase pointed at it.
+
+#include <string>
+#include <vector>
+
+#include "service_handle.h"
+
+namespace marrowfin::test {
+
+struct SampleShape {
+    int galleries = 3;
+    int classes = 4;
+    int blocks = 12;
+};
+
+// Generates (once per program and shape) and returns the data folder.
+const std::string& SampleLibrary(const SampleShape& shape = {});
+// Gallery names of a data folder, in the service's order, as UTF-16.
+std::vector<std::u16string> GalleryNames(const std::string& dataDir);
+// Starts the service on a free port and writes ServiceBase into the current profile.
+service::ServiceHandle StartLiveService(const std::string& dataDir);
+
+}  // namespace marrowfin::test
