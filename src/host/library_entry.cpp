@@ -1,6 +1,7 @@
 #include "host/library_entry.h"
 
 #include "marrowfin/marrowfin.h"
+#include "net/gallery_sync.h"
 #include "store/gallery_store.h"
 
 namespace marrowfin {
@@ -14,10 +15,7 @@ std::thread StartFirstSynchro(GalleryStore& store) {
     // Marked busy before the thread runs, so that a panel started right after
     // this call already sees the synchronisation and waits for it.
     store.syncBusy.store(1);
-    return std::thread([&store] {
-        // The tree build joins here with the gallery synchronisation.
-        store.syncBusy.store(0);
-    });
+    return std::thread([&store] { BuildFirstTree(store); });
 }
 
 }  // namespace marrowfin

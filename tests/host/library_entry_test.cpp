@@ -2,19 +2,36 @@
 
 #include <dlfcn.h>
 
+#include <chrono>
+#include <filesystem>
+#include <thread>
+
 #include "host/library_entry.h"
 #include "host/string_arg.h"
+#include "markup/markup_document.h"
+#include "platform/profile.h"
+#include "store/gallery_node.h"
 #include "store/gallery_store.h"
+#include "store/gallery_tree.h"
+#include "store/show_list.h"
+#include "support/temp_home.h"
 
 using namespace marrowfin;
 
-TEST(LibraryEntry, FirstSynchroMarksTheStoreBusyUntilItsThreadEnds) {
+TEST(LibraryEntry, FirstSynchroBuildsTheTreeOnItsThread) {
+    marrowfin::test::TempHome home;
+    WriteOptionString(u"ServiceBase", u"http://127.0.0.1:9");  // no service: galleries stay empty
+    AddGalleryToShowList(u"门窗");
     EXPECT_EQ(PanelSingleton(), nullptr);  // no panel until an export makes one
     GalleryStore store;
     std::thread t = StartFirstSynchro(store);
-    // Busy from the call on, so a panel that starts next waits for it.
     t.join();
     EXPECT_EQ(store.syncBusy.load(), 0);
+    ASSERT_NE(store.root, nullptr);
+    ASSERT_EQ(store.root->dirChildren.size(), 1u);
+    EXPECT_EQ(store.root->dirChildren[0]->name, u"门窗");
+    DestroySubtree(store.root);
+    delete store.root;
     EXPECT_EQ(&GalleryStore::Instance(), &GalleryStore::Instance());
 }
 
@@ -27,11 +44,18 @@ TEST(LibraryEntry, HostTextsAreCopiedAndSeparatorsTurned) {
 }
 
 TEST(LibraryEntry, TheSharedLibraryLoadsAndRunsFirstSynchro) {
+    marrowfin::test::TempHome home;
+    WriteOptionString(u"ServiceBase", u"http://127.0.0.1:9");
     void* lib = dlopen(MARROWFIN_LIBRARY_PATH, RTLD_NOW | RTLD_LOCAL);
     ASSERT_NE(lib, nullptr) << dlerror();
     auto first = reinterpret_cast<void (*)()>(dlsym(lib, "FirstSynchro"));
     ASSERT_NE(first, nullptr);
     first();
+    // The library's own store makes the store folder on its synchronisation thread.
+    const std::string storeRoot = home.documentsDir() + "/Orsolen";
+    for (int i = 0; i < 500 && !std::filesystem::is_directory(storeRoot); ++i)
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    EXPECT_TRUE(std::filesystem::is_directory(storeRoot));
     // Internal names stay hidden.
     EXPECT_EQ(dlsym(lib, "_ZN9marrowfin14PanelSingletonEv"), nullptr);
     // The library is not unloaded: its detached thread may still be finishing.
