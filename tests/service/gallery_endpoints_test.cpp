@@ -93,6 +93,9 @@ TEST_F(ServiceTest, GalleryRepliesCarryClassesVersionsAndBlocks) {
     EXPECT_EQ(404, client().Get("/files/../library.tsv")->status);
     EXPECT_EQ(404, client().Get(("/files/" + Enc(g0.name) + "/x/none.dwg").c_str())->status);
     EXPECT_EQ(200, client().Get("/gallery/g_cs_s?gallery_name=" + Enc(g0.name))->status) << "GET works as POST";
+    // The one-time forced refresh is the service's to switch on.
+    admin("/admin/set?dv=1");
+    EXPECT_EQ("1", Attr(post("/gallery/g_all_s?gallery_name=" + Enc(g0.name)), "root", "dv"));
 }
 
 TEST_F(ServiceTest, ClassTableHotWordsSearchTilesAndShares) {

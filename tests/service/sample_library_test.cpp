@@ -4,6 +4,7 @@
 #include "dwg_writer.h"
 #include "library_catalog.h"
 #include "sample_generator.h"
+#include "symbol_painter.h"
 #include "support/temp_home.h"
 #include "support/test_paths.h"
 
@@ -222,4 +223,27 @@ TEST(SampleLibrary, LibraryHasTheVarietyClientsNeed) {
         EXPECT_FALSE(picture.isNull()) << ad.picture;
     }
     EXPECT_FALSE(GenerateSample(home.file("bad"), SampleOptions{0, 1, 1, 1}).ok);
+}
+
+TEST(SampleLibrary, EverySymbolKindDrawsItsOwnPicture) {
+    // One contact sheet of all kinds in two variants, for a look by eye, and
+    // a check that each kind draws something and no two kinds are the same.
+    const int kinds = static_cast<int>(SymbolKind::Count);
+    QImage sheet(180 * kinds, 240, QImage::Format_RGB32);
+    sheet.fill(Qt::gray);
+    std::set<std::string> seen;
+    for (int k = 0; k < kinds; ++k) {
+        for (uint32_t variant = 0; variant < 2; ++variant) {
+            const QImage image = DrawSymbol(static_cast<SymbolKind>(k), variant, 180, 120);
+            int dark = 0;
+            for (int y = 0; y < image.height(); ++y)
+                for (int x = 0; x < image.width(); ++x) dark += qGray(image.pixel(x, y)) < 80;
+            EXPECT_GT(dark, 100) << "kind " << k << " variant " << variant;
+            const std::string dib = EncodeDib8(image);
+            EXPECT_TRUE(seen.insert(dib).second) << "kind " << k << " variant " << variant << " looks like another";
+            for (int y = 0; y < 120; ++y)
+                for (int x = 0; x < 180; ++x) sheet.setPixel(k * 180 + x, static_cast<int>(variant) * 120 + y, image.pixel(x, y));
+        }
+    }
+    sheet.save(QString::fromStdString(ArtifactDir() + "/symbols.png"));
 }

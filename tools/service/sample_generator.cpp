@@ -34,15 +34,31 @@ private:
     uint64_t m_state;
 };
 
+constexpr uint32_t Bit(SymbolKind k) { return 1u << static_cast<int>(k); }
+constexpr uint32_t kOpenings = Bit(SymbolKind::Door) | Bit(SymbolKind::Window);
+constexpr uint32_t kFurniture = Bit(SymbolKind::Sofa) | Bit(SymbolKind::Bed) | Bit(SymbolKind::Table);
+constexpr uint32_t kSanitary = Bit(SymbolKind::Toilet) | Bit(SymbolKind::Basin);
+constexpr uint32_t kElectric = Bit(SymbolKind::Lamp) | Bit(SymbolKind::Socket);
+
 struct GalleryTheme {
     const char* name;
     const char* kind;
+    uint32_t symbols;  // the symbols its classes are drawn from first
 };
 
 const GalleryTheme kGalleries[] = {
-    {"建筑门窗", "建筑"},       {"室内家具", "室内"},          {"卫浴洁具", "室内"},    {"电气图例", "机电"},
-    {"Title Blocks", "建筑"},   {"Landscape Furniture", "景观"}, {"Office Layouts", "室内"}, {"图框标题栏", "建筑"},
-    {"厨房设备", "室内"},       {"照明灯具", "机电"},          {"Doors and Windows", "建筑"}, {"Site Plans", "景观"},
+    {"建筑门窗", "建筑", kOpenings},
+    {"室内家具", "室内", kFurniture},
+    {"卫浴洁具", "室内", kSanitary},
+    {"电气图例", "机电", kElectric},
+    {"Title Blocks", "建筑", Bit(SymbolKind::TitleBlock)},
+    {"Landscape Furniture", "景观", Bit(SymbolKind::Table) | Bit(SymbolKind::Lamp)},
+    {"Office Layouts", "室内", Bit(SymbolKind::Table) | Bit(SymbolKind::Sofa) | Bit(SymbolKind::Socket)},
+    {"图框标题栏", "建筑", Bit(SymbolKind::TitleBlock)},
+    {"厨房设备", "室内", Bit(SymbolKind::Basin) | Bit(SymbolKind::Table)},
+    {"照明灯具", "机电", Bit(SymbolKind::Lamp)},
+    {"Doors and Windows", "建筑", kOpenings},
+    {"Site Plans", "景观", Bit(SymbolKind::Door) | Bit(SymbolKind::Lamp) | Bit(SymbolKind::Table)},
 };
 
 struct ClassTheme {
@@ -174,6 +190,9 @@ SampleResult GenerateSample(const std::string& outDir, const SampleOptions& opti
         std::vector<int> classOrder(kClassPool);
         for (int i = 0; i < kClassPool; ++i) classOrder[i] = i;
         for (int i = kClassPool - 1; i > 0; --i) std::swap(classOrder[i], classOrder[rng.below(i + 1)]);
+        // Classes that fit the gallery's theme come first, the others fill up.
+        std::stable_partition(classOrder.begin(), classOrder.end(),
+                              [&](int c) { return (theme.symbols & Bit(kClasses[c].symbol)) != 0; });
         for (int c = 0; c < options.classes; ++c) {
             const ClassTheme& ct = kClasses[classOrder[c % kClassPool]];
             std::string className = ct.name;

@@ -105,11 +105,11 @@ void DrawLamp(QPainter& p, const QRectF& r, uint32_t v) {
 }
 
 void DrawSocket(QPainter& p, const QRectF& r, uint32_t v) {
-    const double d = std::min(r.width(), r.height()) * 0.5;
-    const QPointF c = r.center();
+    const double d = std::min(r.width(), r.height()) * 0.9;
+    const QPointF c(r.center().x(), r.center().y() + d * 0.2);
     p.drawArc(QRectF(c.x() - d / 2, c.y() - d / 2, d, d), 0, 180 * 16);
     p.drawLine(QPointF(c.x() - d / 2, c.y()), QPointF(c.x() + d / 2, c.y()));
-    p.drawLine(QPointF(c.x(), c.y() - d / 2), QPointF(c.x(), c.y() - d * 0.9));
+    p.drawLine(QPointF(c.x(), c.y() - d / 2), QPointF(c.x(), c.y() - d * 0.7));
     if (v % 2) p.drawLine(QPointF(c.x() - d / 2, c.y() + 4), QPointF(c.x() + d / 2, c.y() + 4));
 }
 
