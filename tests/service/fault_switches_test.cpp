@@ -167,3 +167,27 @@ TEST(ServiceProgram, RunsAsAChildWithCommandLineFaults) {
     fclose(out);
     EXPECT_FALSE(RawGet(port, "/gallery/gethotwords").connected) << "the port is closed after the stop";
 }
+
+TEST_F(ServiceTest, MalformedRequestsLeaveTheServerStanding) {
+    const std::vector<std::string> junk = {
+        "\r\n\r\n",
+        "GARBAGE\r\n\r\n",
+        std::string("GET /gallery/g_cs?gallery_name=%ff%fe&cs=%00 HTTP/1.1\r\nHost: x\r\nConnection: close\r\n\r\n"),
+        "POST /gallery/dwg_collectu?usertoken=" + DemoToken() +
+            "&favorites_id=1&force=0 HTTP/1.1\r\nHost: x\r\nConnection: close\r\nContent-Type: multipart/form-data; boundary=zz\r\n"
+            "Content-Length: 20\r\n\r\n--zz\r\nbroken-part\r\n",
+        "POST /gallery/lfupload HTTP/1.1\r\nHost: x\r\nConnection: close\r\nContent-Length: 5\r\n\r\nabcde",
+        "GET /files/%2e%2e/%2e%2e/etc/passwd HTTP/1.1\r\nHost: x\r\nConnection: close\r\n\r\n",
+        "GET /ufiles/abc HTTP/1.1\r\nHost: x\r\nConnection: close\r\n\r\n",
+        "GET /gallery/mvff?usertoken=" + DemoToken() + "&ofid=1&favorites_id=99999999999999999999&dwg_id=-1 HTTP/1.1\r\nHost: x\r\nConnection: close\r\n\r\n",
+        "POST /gallery/g_all_s?gallery_name=" + std::string(6000, ',') + " HTTP/1.1\r\nHost: x\r\nContent-Length: 0\r\nConnection: close\r\n\r\n",
+    };
+    for (const std::string& request : junk) {
+        const RawReply r = RawExchange(m_service.port(), request, 2000);
+        EXPECT_TRUE(r.connected);
+        EXPECT_EQ(std::string::npos, r.body.find("root:x:")) << "no file outside the data folder";
+    }
+    EXPECT_EQ(404, RawGet(m_service.port(), "/files/%2e%2e/library.tsv").status);
+    EXPECT_EQ("error", RawGet(m_service.port(), "/gallery/lfupload").body) << "an upload without a file is refused";
+    EXPECT_EQ(200, RawGet(m_service.port(), "/gallery/gethotwords").status);
+}

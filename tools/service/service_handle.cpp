@@ -234,6 +234,9 @@ ServiceHandle StartService(const std::string& dataDir, const ServiceOptions& opt
     const int threads = std::max(1, options.threads);
     impl.server.new_task_queue = [threads] { return new httplib::ThreadPool(static_cast<size_t>(threads)); };
     impl.server.set_keep_alive_max_count(100);
+    // An idle kept-alive connection holds a pool thread, and stop() waits for
+    // it: a short idle time keeps a stop quick.
+    impl.server.set_keep_alive_timeout(1);
     impl.server.set_read_timeout(5, 0);
     impl.server.set_payload_max_length(256u << 20);
     impl.registerRoutes();

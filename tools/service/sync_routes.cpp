@@ -125,20 +125,23 @@ void ServiceHandle::Impl::registerSyncRoutes() {
         if (!user) return Word("error");
         for (const ArchiveEntry& e : *entries)
             if (e.parts.empty() || e.parts.front() != std::to_string(*user)) return Word("error");
-        SyncState s = users.sync(*user);
-        if (s.state == "working") return Word("error");
-        s.state = "working";
-        s.ended = false;
-        users.setSync(*user, s);
         const ServiceSettings settings = currentSettings();
         const int64_t who = *user;
         {
+            // Test and start under one lock: two uploads of a user never both run.
             std::lock_guard lock(uploadMutex);
+            SyncState s = users.sync(who);
+            if (s.state == "working") return Word("error");
+            s.state = "working";
+            s.ended = false;
+            users.setSync(who, s);
             uploadWorkers.emplace_back([this, who, entries, settings, announced = s.folders] {
-                SyncState state = users.sync(who);
                 if (!pause(settings.uploadWorkMs)) return;  // stopping: it stays "working", failed at the next start
                 int64_t files = 0;
-                state.state = TakeInArchive(*this, who, *entries, announced, files) ? "done" : "failed";
+                const bool taken = TakeInArchive(*this, who, *entries, announced, files);
+                // Read after the work: an lfupload_end may have come meanwhile.
+                SyncState state = users.sync(who);
+                state.state = taken ? "done" : "failed";
                 state.files = files;
                 users.setSync(who, state);
             });
