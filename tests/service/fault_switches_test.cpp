@@ -183,7 +183,7 @@ TEST_F(ServiceTest, MalformedRequestsLeaveTheServerStanding) {
         "POST /gallery/g_all_s?gallery_name=" + std::string(6000, ',') + " HTTP/1.1\r\nHost: x\r\nContent-Length: 0\r\nConnection: close\r\n\r\n",
     };
     for (const std::string& request : junk) {
-        const RawReply r = RawExchange(m_service.port(), request, 2000);
+        const RawReply r = RawExchange(m_service.port(), request, 1000);
         EXPECT_TRUE(r.connected);
         EXPECT_EQ(std::string::npos, r.body.find("root:x:")) << "no file outside the data folder";
     }
