@@ -194,7 +194,7 @@ void MarkupTokenizer::ReadDoctype(size_t offset, MarkupNode& node) {
             const char16_t d = t[q + 2];
             if (d == u'-') {
                 // A comment inside the declarations.
-                size_t e = q + 4;
+                size_t e = q + 3;  // t[q + 2] is '-', so q + 3 is within the text
                 for (;;) {
                     e = FindUnit(e, u'>');
                     if (t[e] == 0) return Unterminated(offset, u"document_type", node);

@@ -174,6 +174,8 @@ TEST(MarkupParse, EveryTokeniserCaseAndItsTruncations) {
         {u"<a/><", false, "type=\"tag\""},
         {u"<a/><!-->", false, "type=\"comment\""},
         {u"<a/><?>", false, "type=\"processing_instruction\""},
+        {u"<a/><?", false, "type=\"processing_instruction\""},
+        {u"<!DOCTYPE a [<!-", false, "type=\"document_type\""},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(U8(c.text));
