@@ -31,6 +31,14 @@ using ExclusiveTree = std::unique_lock<std::shared_mutex>;
 
 int32_t ToInt(std::u16string_view text) { return ParseProfileInt(text); }
 
+// a + "/" + b in one allocation: a full reply makes hundreds of thousands.
+std::u16string JoinPath(std::u16string_view a, std::u16string_view b) {
+    std::u16string out;
+    out.reserve(a.size() + 1 + b.size());
+    out.append(a).append(1, u'/').append(b);
+    return out;
+}
+
 // Sends a request whose values are in the query; true when the reply is
 // usable: not empty, well-formed, with a root element (which becomes main).
 bool FetchReply(std::u16string_view pathAndQuery, MarkupDocument& doc) {
@@ -86,9 +94,9 @@ void ReadBlocks(MarkupDocument& doc, std::u16string_view tag, GalleryNode* cls, 
         const std::u16string fn = doc.GetAttribute(u"fn");
         const std::u16string size = doc.GetAttribute(u"size");
         if (fn.empty() || size.empty()) continue;
-        auto* block = new GalleryNode(cls->name, cls->path + u"/" + fn, fn, kKindFile, doc.GetAttribute(u"hi") == u"1",
-                                      boutique, ToInt(size));
-        block->remoteBase = cls->remoteBase + u"/" + fn;
+        auto* block = new GalleryNode(cls->name, JoinPath(cls->path, fn), fn, kKindFile,
+                                      doc.GetAttribute(u"hi") == u"1", boutique, ToInt(size));
+        block->remoteBase = JoinPath(cls->remoteBase, fn);
         if (!AddChild(cls, block, false)) delete block;
     }
     doc.LeaveElement();
@@ -104,7 +112,7 @@ void ReadFullGallery(GalleryStore& store, MarkupDocument& doc, GalleryNode* gall
         const std::u16string bu = doc.GetAttribute(u"b_u");
         const std::u16string ver = doc.GetAttribute(u"ver");
         if (cs.empty() || bu.empty() || ver.empty()) continue;
-        auto* cls = new GalleryNode(gallery->name, gallery->path + u"/" + cs, cs, kKindDir, false, false, 0);
+        auto* cls = new GalleryNode(gallery->name, JoinPath(gallery->path, cs), cs, kKindDir, false, false, 0);
         cls->version = ToInt(ver);
         cls->remoteBase = bu;
         // A risen version makes the downloaded blocks of the class suspect.

@@ -139,8 +139,9 @@ bool WriteFileAtomic(std::u16string_view path, std::string_view bytes) {
         if (w <= 0) ok = false; else done += static_cast<size_t>(w);
     }
     // A store file is read by other users of the profile too: ordinary permissions.
+    // No fsync: the rename alone keeps a crashed process from leaving half a
+    // file, and the store writes many small files on hot roads.
     if (ok) ok = ::fchmod(f.fd, 0644) == 0;
-    if (ok) ok = ::fsync(f.fd) == 0;
     if (::close(f.release()) != 0) ok = false;
     if (ok) ok = ::rename(temp.c_str(), target.c_str()) == 0;
     if (!ok) (void)::unlink(temp.c_str());  // the old file stays whole

@@ -23,16 +23,6 @@ inline int SequenceLength(unsigned char b) {
     return 0;  // 0xF8 and above are never valid
 }
 
-void AppendCodePoint(std::u16string& out, uint32_t cp) {
-    if (cp < 0x10000) {
-        out.push_back(static_cast<char16_t>(cp));
-    } else {
-        cp -= 0x10000;
-        out.push_back(static_cast<char16_t>(0xD800 + (cp >> 10)));
-        out.push_back(static_cast<char16_t>(0xDC00 + (cp & 0x3FF)));
-    }
-}
-
 struct IconvHandle {
     iconv_t cd;
     explicit IconvHandle(iconv_t c) : cd(c) {}
@@ -59,15 +49,27 @@ bool IsValidUtf8(std::string_view bytes) {
 }
 
 std::u16string Utf8ToUtf16(std::string_view bytes, bool* lossy) {
-    std::u16string out;
-    out.reserve(bytes.size());
+    // Replies run to tens of megabytes: write into a sized buffer, and copy
+    // ASCII runs eight bytes at a time.
+    std::u16string out(bytes.size(), u'\0');
+    char16_t* o = out.data();
     bool bad = false;
     const auto* p = reinterpret_cast<const unsigned char*>(bytes.data());
     const size_t n = bytes.size();
     size_t i = 0;
     while (i < n) {
+        if (i + 8 <= n) {
+            uint64_t word;
+            std::memcpy(&word, p + i, 8);
+            if ((word & 0x8080808080808080ull) == 0) {
+                for (int k = 0; k < 8; ++k) o[k] = p[i + k];
+                o += 8;
+                i += 8;
+                continue;
+            }
+        }
         const unsigned char b = p[i];
-        if (b < 0x80) { out.push_back(b); ++i; continue; }
+        if (b < 0x80) { *o++ = b; ++i; continue; }
         const int len = SequenceLength(b);
         bool ok = len > 1 && i + len <= n;
         uint32_t cp = 0;
@@ -81,21 +83,29 @@ std::u16string Utf8ToUtf16(std::string_view bytes, bool* lossy) {
             static constexpr uint32_t kMin[5] = {0, 0, 0x80, 0x800, 0x10000};
             if (ok && (cp < kMin[len] || cp > 0x10FFFF || (cp >= 0xD800 && cp <= 0xDFFF))) ok = false;
         }
-        if (!ok) { out.push_back(kReplacement); bad = true; ++i; continue; }
-        AppendCodePoint(out, cp);
+        if (!ok) { *o++ = kReplacement; bad = true; ++i; continue; }
+        if (cp < 0x10000) {
+            *o++ = static_cast<char16_t>(cp);
+        } else {
+            cp -= 0x10000;
+            *o++ = static_cast<char16_t>(0xD800 + (cp >> 10));
+            *o++ = static_cast<char16_t>(0xDC00 + (cp & 0x3FF));
+        }
         i += len;
     }
+    out.resize(static_cast<size_t>(o - out.data()));
     if (lossy) *lossy = bad;
     return out;
 }
 
 std::string Utf16ToUtf8(std::u16string_view text, bool* lossy) {
-    std::string out;
-    out.reserve(text.size() * 3 / 2 + 1);
+    std::string out(text.size() * 3, '\0');
+    char* o = out.data();
     bool bad = false;
     const size_t n = text.size();
     for (size_t i = 0; i < n; ++i) {
         uint32_t cp = text[i];
+        if (cp < 0x80) { *o++ = static_cast<char>(cp); continue; }
         if (cp >= 0xD800 && cp <= 0xDBFF && i + 1 < n && text[i + 1] >= 0xDC00 && text[i + 1] <= 0xDFFF) {
             cp = 0x10000 + ((cp - 0xD800) << 10) + (text[i + 1] - 0xDC00);
             ++i;
@@ -103,22 +113,21 @@ std::string Utf16ToUtf8(std::u16string_view text, bool* lossy) {
             cp = kReplacement;
             bad = true;
         }
-        if (cp < 0x80) {
-            out.push_back(static_cast<char>(cp));
-        } else if (cp < 0x800) {
-            out.push_back(static_cast<char>(0xC0 | (cp >> 6)));
-            out.push_back(static_cast<char>(0x80 | (cp & 0x3F)));
+        if (cp < 0x800) {
+            *o++ = static_cast<char>(0xC0 | (cp >> 6));
+            *o++ = static_cast<char>(0x80 | (cp & 0x3F));
         } else if (cp < 0x10000) {
-            out.push_back(static_cast<char>(0xE0 | (cp >> 12)));
-            out.push_back(static_cast<char>(0x80 | ((cp >> 6) & 0x3F)));
-            out.push_back(static_cast<char>(0x80 | (cp & 0x3F)));
-        } else {
-            out.push_back(static_cast<char>(0xF0 | (cp >> 18)));
-            out.push_back(static_cast<char>(0x80 | ((cp >> 12) & 0x3F)));
-            out.push_back(static_cast<char>(0x80 | ((cp >> 6) & 0x3F)));
-            out.push_back(static_cast<char>(0x80 | (cp & 0x3F)));
+            *o++ = static_cast<char>(0xE0 | (cp >> 12));
+            *o++ = static_cast<char>(0x80 | ((cp >> 6) & 0x3F));
+            *o++ = static_cast<char>(0x80 | (cp & 0x3F));
+        } else {  // a pair of two units becomes four bytes: within the 3 per unit reserved
+            *o++ = static_cast<char>(0xF0 | (cp >> 18));
+            *o++ = static_cast<char>(0x80 | ((cp >> 12) & 0x3F));
+            *o++ = static_cast<char>(0x80 | ((cp >> 6) & 0x3F));
+            *o++ = static_cast<char>(0x80 | (cp & 0x3F));
         }
     }
+    out.resize(static_cast<size_t>(o - out.data()));
     if (lossy) *lossy = bad;
     return out;
 }

@@ -1,0 +1,152 @@
+// The synchronisation's cost over the bare parse of the same reply, and the
+// download queue's total time over the ideal of six parallel lanes.
+
+#include <benchmark/benchmark.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <mutex>
+
+#include "bench_library.h"
+#include "fault_switches.h"
+#include "markup/markup_document.h"
+#include "net/download_queue.h"
+#include "net/gallery_sync.h"
+#include "net/http_transport.h"
+#include "platform/files.h"
+#include "platform/paths.h"
+#include "platform/profile.h"
+#include "platform/text.h"
+#include "platform/ticks.h"
+#include "request_counters.h"
+#include "service_handle.h"
+#include "store/gallery_node.h"
+#include "store/gallery_store.h"
+#include "store/gallery_tree.h"
+#include "store/show_list.h"
+
+using namespace marrowfin;
+namespace fs = std::filesystem;
+
+namespace {
+
+// A profile and documents folder of the benchmark's own.
+void UseFreshHome() {
+    std::string dir = (fs::temp_directory_path() / "marrowfin-bench-home-XXXXXX").string();
+    if (!mkdtemp(dir.data())) std::abort();
+    fs::create_directories(dir + "/Documents");
+    setenv("HOME", dir.c_str(), 1);
+    setenv("XDG_CONFIG_HOME", (dir + "/config").c_str(), 1);
+    ResetPathCachesForTest();
+}
+
+struct BigLibrary {
+    std::string data;
+    service::ServiceHandle svc;
+    std::u16string reply;
+    BigLibrary() {
+        UseFreshHome();
+        data = bench::WriteLinkedLibrary(101, 30, 100, 2048);
+        svc = service::StartService(data, 0);
+        WriteOptionString(u"ServiceBase", Utf8ToUtf16(svc.baseUrl()));
+        std::u16string query;
+        for (int g = 0; g < 101; ++g) {
+            AddGalleryToShowList(Utf8ToUtf16(bench::GalleryName(g)));
+            query += (g ? u"," : u"") + Utf8ToUtf16(bench::GalleryName(g));
+        }
+        (void)PostForm(ServiceBaseUrl() + u"/gallery/g_all_s?gallery_name=" + query, u"", reply);
+    }
+    static BigLibrary& Get() {
+        static BigLibrary library;
+        return library;
+    }
+};
+
+void FreeTree(GalleryStore& store) {
+    if (!store.root) return;
+    DestroySubtree(store.root);
+    delete store.root;
+    store.root = nullptr;
+}
+
+void BM_BuildFirstTree_101x30x100(benchmark::State& state) {
+    BigLibrary& lib = BigLibrary::Get();
+    size_t blocks = 0;
+    for (auto _ : state) {
+        GalleryStore store;
+        BuildFirstTree(store);
+        state.PauseTiming();
+        blocks = 0;
+        for (GalleryNode* g : store.root->dirChildren)
+            for (GalleryNode* c : g->dirChildren) blocks += c->fileChildren.size();
+        FreeTree(store);
+        state.ResumeTiming();
+    }
+    state.counters["blocks"] = static_cast<double>(blocks);
+    state.counters["reply_MB"] = static_cast<double>(lib.reply.size() * 2) / 1e6;
+}
+
+void BM_ParseSameReply(benchmark::State& state) {
+    BigLibrary& lib = BigLibrary::Get();
+    for (auto _ : state) {
+        MarkupDocument doc;
+        benchmark::DoNotOptimize(doc.SetText(lib.reply));
+    }
+    state.counters["reply_MB"] = static_cast<double>(lib.reply.size() * 2) / 1e6;
+}
+
+// The reply arrives over loopback too: the fetch alone, without the tree.
+void BM_FetchSameReply(benchmark::State& state) {
+    BigLibrary& lib = BigLibrary::Get();
+    std::u16string query;
+    for (int g = 0; g < 101; ++g) query += (g ? u"," : u"") + Utf8ToUtf16(bench::GalleryName(g));
+    for (auto _ : state) {
+        std::u16string out;
+        benchmark::DoNotOptimize(PostForm(ServiceBaseUrl() + u"/gallery/g_all_s?gallery_name=" + query, u"", out));
+    }
+    (void)lib;
+}
+
+void BM_DownloadQueue_600x32KB_25ms(benchmark::State& state) {
+    UseFreshHome();
+    const std::string data = bench::WriteLinkedLibrary(1, 6, 100, 32 * 1024);
+    service::ServiceHandle svc = service::StartService(data, 0);
+    WriteOptionString(u"ServiceBase", Utf8ToUtf16(svc.baseUrl()));
+    AddGalleryToShowList(Utf8ToUtf16(bench::GalleryName(0)));
+    GalleryStore store;
+    BuildFirstTree(store);
+    std::vector<std::u16string> paths;
+    for (GalleryNode* c : store.root->dirChildren[0]->dirChildren)
+        for (GalleryNode* b : c->fileChildren) paths.push_back(b->path);
+    service::Fault latency;
+    latency.latencyMs = 25;
+    svc.faults().set("/files/*", latency);
+    for (auto _ : state) {
+        state.PauseTiming();
+        for (GalleryNode* c : store.root->dirChildren[0]->dirChildren) RemoveDirectoryTree(c->path);
+        svc.counters().reset();
+        state.ResumeTiming();
+        for (const auto& p : paths) EnqueueDownload(store, p);
+        for (;;) {
+            {
+                std::lock_guard<std::mutex> lock(store.downloadLock);
+                if (store.downloadsWaiting.empty() && store.downloadsRunning.empty()) break;
+            }
+            SleepMs(1);
+        }
+        WaitForDownloadWorkers(std::chrono::seconds(10));
+    }
+    const double idealMs = 600 * 25.0 / 6;
+    state.counters["ideal_ms"] = idealMs;
+    state.counters["server_peak"] = svc.counters().get("/files/*").peak;
+    state.counters["fetched"] = static_cast<double>(svc.counters().get("/files/*").count);
+    FreeTree(store);
+}
+
+}  // namespace
+
+BENCHMARK(BM_ParseSameReply)->Unit(benchmark::kMillisecond)->Iterations(3);
+BENCHMARK(BM_FetchSameReply)->Unit(benchmark::kMillisecond)->Iterations(3);
+BENCHMARK(BM_BuildFirstTree_101x30x100)->Unit(benchmark::kMillisecond)->Iterations(3);
+BENCHMARK(BM_DownloadQueue_600x32KB_25ms)->Unit(benchmark::kMillisecond)->Iterations(3)->UseRealTime();
+BENCHMARK_MAIN();
