@@ -40,39 +40,55 @@ size_t DecodeUtf8Into(const unsigned char* s, size_t n, char16_t* out, size_t& n
         }
         if (i >= n) break;
 #endif
-        const unsigned char b = s[i];
-        if (b < 0x80) {
-            if (b == 0) ++nulls;
-            else out[o++] = b;
-            ++i;
-            continue;
-        }
-        const int len = SequenceLength(b);
-        bool ok = len > 1 && i + len <= n;
-        uint32_t cp = 0;
-        if (ok) {
-            cp = b & (0xFF >> (len + 1));
-            for (int k = 1; k < len && ok; ++k) {
-                if ((s[i + k] & 0xC0) != 0x80) ok = false;
-                else cp = (cp << 6) | (s[i + k] & 0x3F);
+        // Scalar until the next ASCII byte: runs of CJK text stay here.
+        do {
+            const unsigned char b = s[i];
+            if (b < 0x80) {
+                if (b == 0) ++nulls;
+                else out[o++] = b;
+                ++i;
+                break;
             }
-            // Overlong forms, surrogates and values past U+10FFFF are not characters.
-            static constexpr uint32_t kMin[5] = {0, 0, 0x80, 0x800, 0x10000};
-            if (ok && (cp < kMin[len] || cp > 0x10FFFF || (cp >= 0xD800 && cp <= 0xDFFF))) ok = false;
-        }
-        if (!ok) {
-            out[o++] = kReplacement;
-            ++i;
-            continue;
-        }
-        if (cp >= 0x10000) {
-            cp -= 0x10000;
-            out[o++] = static_cast<char16_t>(0xD800 + (cp >> 10));
-            out[o++] = static_cast<char16_t>(0xDC00 + (cp & 0x3FF));
-        } else {
-            out[o++] = static_cast<char16_t>(cp);
-        }
-        i += len;
+            // The common two- and three-byte forms first, checked in one step.
+            if (b >= 0xE0 && b < 0xF0 && i + 3 <= n && (s[i + 1] & 0xC0) == 0x80 && (s[i + 2] & 0xC0) == 0x80) {
+                const uint32_t cp = ((b & 0x0Fu) << 12) | ((s[i + 1] & 0x3Fu) << 6) | (s[i + 2] & 0x3Fu);
+                if (cp >= 0x800 && (cp < 0xD800 || cp > 0xDFFF)) {
+                    out[o++] = static_cast<char16_t>(cp);
+                    i += 3;
+                    continue;
+                }
+            } else if (b >= 0xC2 && b < 0xE0 && i + 2 <= n && (s[i + 1] & 0xC0) == 0x80) {
+                out[o++] = static_cast<char16_t>(((b & 0x1Fu) << 6) | (s[i + 1] & 0x3Fu));
+                i += 2;
+                continue;
+            }
+            const int len = SequenceLength(b);
+            bool ok = len > 1 && i + len <= n;
+            uint32_t cp = 0;
+            if (ok) {
+                cp = b & (0xFF >> (len + 1));
+                for (int k = 1; k < len && ok; ++k) {
+                    if ((s[i + k] & 0xC0) != 0x80) ok = false;
+                    else cp = (cp << 6) | (s[i + k] & 0x3F);
+                }
+                // Overlong forms, surrogates and values past U+10FFFF are not characters.
+                static constexpr uint32_t kMin[5] = {0, 0, 0x80, 0x800, 0x10000};
+                if (ok && (cp < kMin[len] || cp > 0x10FFFF || (cp >= 0xD800 && cp <= 0xDFFF))) ok = false;
+            }
+            if (!ok) {
+                out[o++] = kReplacement;
+                ++i;
+                continue;
+            }
+            if (cp >= 0x10000) {
+                cp -= 0x10000;
+                out[o++] = static_cast<char16_t>(0xD800 + (cp >> 10));
+                out[o++] = static_cast<char16_t>(0xDC00 + (cp & 0x3FF));
+            } else {
+                out[o++] = static_cast<char16_t>(cp);
+            }
+            i += len;
+        } while (i < n);
     }
     return o;
 }

@@ -2,9 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <random>
+
 #include "markup/encoding_names.h"
 #include "markup/markup_document.h"
 #include "markup/markup_text.h"
+#include "markup/utf8_decoder.h"
 #include "platform/text.h"
 
 namespace marrowfin {
@@ -59,6 +62,36 @@ TEST(MarkupText, EncodingNames) {
     EXPECT_GT(EncodingCodePageCount(), 50u);
     for (const char16_t* n : {u"windows-1250", u"WINDOWS-1258", u"Latin1", u"euc-kr", u"koi8-r", u"x-sjis"})
         EXPECT_NE(MarkupDocument::CodePageOfEncodingName(n), 0u) << U8(n);
+}
+
+TEST(MarkupText, FastDecoderAgreesWithThePlatformCodec) {
+    // Edge sequences: overlong forms, surrogates, the top of the range, cut
+    // sequences at the end, and ASCII runs around the 16-byte blocks.
+    std::vector<std::string> inputs = {
+        "\xC0\xAF", "\xE0\x80\xAF", "\xED\xA0\x80", "\xF4\x8F\xBF\xBF", "\xF4\x90\x80\x80", "\xF8\x88\x80\x80\x80",
+        "abc\xE4\xB8", "\xE4\xB8\xAD", "\xC2\xA9\xC2", std::string(15, 'a') + "\xE4\xB8\xAD" + std::string(17, 'b'),
+        std::string(40, 'x') + "\x80" + std::string(16, 'y'), "\xF0\x9F\x98\x80 smile",
+    };
+    std::mt19937 rng(7);
+    const char alphabet[] = {'a', '<', ' ', '\xE4', '\xB8', '\xAD', '\xC2', '\xA9', '\xF0', '\x9F', '\x80', '\xFF', '\xED', '\xA0'};
+    for (int k = 0; k < 2000; ++k) {
+        std::string s;
+        const size_t n = rng() % 64;
+        for (size_t i = 0; i < n; ++i) s += alphabet[rng() % sizeof alphabet];
+        inputs.push_back(s);
+    }
+    for (const std::string& in : inputs) {
+        std::vector<char16_t> out(in.size() + 1);
+        size_t nulls = 1;
+        const size_t units = DecodeUtf8Into(reinterpret_cast<const unsigned char*>(in.data()), in.size(), out.data(), nulls);
+        ASSERT_EQ(std::u16string(out.data(), units), Utf8ToUtf16(in)) << in;
+        EXPECT_EQ(nulls, 0u);
+    }
+    const std::string withNul("a\0b\0\0c", 6);
+    std::vector<char16_t> out(7);
+    size_t nulls = 0;
+    EXPECT_EQ(std::u16string(out.data(), DecodeUtf8Into(reinterpret_cast<const unsigned char*>(withNul.data()), 6, out.data(), nulls)), u"abc");
+    EXPECT_EQ(nulls, 3u);
 }
 
 }  // namespace
