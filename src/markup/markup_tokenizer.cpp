@@ -102,24 +102,22 @@ void MarkupTokenizer::ReadStartTag(size_t offset, MarkupNode& node) {
     while (!Is(*p, CNameEnd)) ++p;
     node.nameOffset = offset + 1;
     node.nameEnd = static_cast<size_t>(p - t);
-    bool afterEquals = false;  // the last non-blank unit was '='
     for (;;) {
-        const char16_t u = *p;
+        // Only '>', '=' and the NUL matter outside values; letters and CJK
+        // are all above '>', so most units cost one compare.
+        char16_t u = *p;
+        while (u > u'>' || (u != u'>' && u != u'=' && u != 0)) u = *++p;
         if (u == u'>') {
             node.empty = p[-1] == u'/';
             ++p;
             break;
         }
         if (u == 0) return Unterminated(offset, u"start_tag", node);
-        if (u != u'=') {
-            if (!IsMarkupSpace(u)) afterEquals = false;
-            ++p;
-            continue;
-        }
-        // A '=' that doesn't follow another '=' opens a value.
+        // A '=' opens a value unless it follows another '=' (blanks between).
+        const char16_t* b = p - 1;
+        while (IsMarkupSpace(*b)) --b;  // stops on the tag name at the latest
         ++p;
-        if (afterEquals) continue;
-        afterEquals = true;
+        if (*b == u'=') continue;
         while (IsMarkupSpace(*p)) ++p;
         const char16_t v = *p;
         if (v == u'"' || v == u'\'') {
@@ -127,11 +125,9 @@ void MarkupTokenizer::ReadStartTag(size_t offset, MarkupNode& node) {
             while (*p != v && *p != 0) ++p;
             if (*p == 0) return Unterminated(offset, u"start_tag", node);
             ++p;
-            afterEquals = false;
         } else if (v != u'>' && v != u'=' && v != 0) {
             // An unquoted value runs to white space or to the tag's '>'.
             while (!Is(*p, CValueEnd)) ++p;
-            afterEquals = false;
             if (*p == u'>') {
                 // "/>" ends an empty element only when the '/' doesn't belong to the value.
                 node.empty = p[-1] == u'/' && (IsMarkupSpace(p[-2]) || p[-2] == u'"' || p[-2] == u'\'');
