@@ -4,6 +4,7 @@
 
 #include "fault_switches.h"
 #include "markup/markup_document.h"
+#include "net/curl_stack.h"
 #include "net/gallery_sync.h"
 #include "platform/files.h"
 #include "platform/profile.h"
@@ -235,4 +236,52 @@ TEST(LiveSync, FirstStartWithoutNetworkGivesEmptyGalleries) {
     ASSERT_NE(empty.root, nullptr);
     EXPECT_TRUE(empty.root->dirChildren.empty());
     EXPECT_TRUE(DirectoryExists(StoreRoot()));
+}
+
+TEST(LiveSync, EveryBrokenReplyFallsBackAndKeepsWhatTheTreeHad) {
+    TempHome home;
+    CurlTimeouts shortWait;
+    shortWait.lowSpeedTime = std::chrono::seconds(1);
+    CurlStack::SetTimeouts(shortWait);
+    const std::string data = test::SampleLibrary();
+    const auto names = test::GalleryNames(data);
+    auto svc = test::StartLiveService(data);
+    AddGalleryToShowList(names[0]);
+    TestStore reference;
+    BuildFirstTree(reference);
+    const size_t blocks = CountBlocks(reference.root->dirChildren[0]);
+    const std::u16string clsPath = reference.root->dirChildren[0]->dirChildren[0]->path;
+    const size_t classBlocks = reference.root->dirChildren[0]->dirChildren[0]->fileChildren.size();
+
+    struct Case { const char* what; void (*set)(service::Fault&); };
+    const Case cases[] = {
+        {"404", [](service::Fault& f) { f.status = 404; }},
+        {"500", [](service::Fault& f) { f.status = 500; }},
+        {"empty", [](service::Fault& f) { f.emptyBody = true; }},
+        {"truncated", [](service::Fault& f) { f.truncateAt = 200; }},
+        {"dropped", [](service::Fault& f) { f.drop = true; }},
+        {"not xml", [](service::Fault& f) { f.body = "<html><body>busy</body>"; }},
+        {"hold past the time-out", [](service::Fault& f) { f.holdMs = 3000; }},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        service::Fault fault;
+        c.set(fault);
+        svc.faults().set("/gallery/*", fault);
+        TestStore store;
+        BuildFirstTree(store);  // from the catalogue
+        EXPECT_EQ(store.syncBusy.load(), 0);
+        ASSERT_EQ(store.root->dirChildren.size(), 1u);
+        EXPECT_EQ(CountBlocks(store.root->dirChildren[0]), blocks);
+        EXPECT_FALSE(FetchGalleryFull(store, names[0], false));
+        EXPECT_EQ(CountBlocks(store.root->dirChildren[0]), blocks);
+        FetchClassItems(store, clsPath);
+        EXPECT_EQ(FindNodeByPath(store.root, clsPath)->fileChildren.size(), classBlocks);
+        store.root->dirChildren[0]->refreshTick -= kGalleryFreshMs + 1;
+        RefreshClassSummary(store, names[0]);
+        EXPECT_EQ(store.root->dirChildren[0]->dirChildren.size(), reference.root->dirChildren[0]->dirChildren.size());
+        EXPECT_TRUE(store.staleClasses.empty());
+        svc.faults().releaseHeld();
+    }
+    CurlStack::SetTimeouts(CurlTimeouts{});
 }
