@@ -1,0 +1,117 @@
+// The exact requests the transport puts on the wire, read by a bare socket.
+
+#include <gtest/gtest.h>
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <string>
+#include <thread>
+
+#include "net/http_transport.h"
+#include "platform/files.h"
+#include "platform/profile.h"
+#include "platform/text.h"
+#include "support/temp_home.h"
+#include "support/test_paths.h"
+
+using namespace marrowfin;
+using marrowfin::test::TempHome;
+
+namespace {
+
+// Accepts one connection, keeps the whole request and answers `reply`.
+class OneShotServer {
+public:
+    explicit OneShotServer(std::string reply) : m_reply(std::move(reply)) {
+        m_listen = socket(AF_INET, SOCK_STREAM, 0);
+        sockaddr_in addr{};
+        addr.sin_family = AF_INET;
+        addr.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        bind(m_listen, reinterpret_cast<sockaddr*>(&addr), sizeof addr);
+        socklen_t len = sizeof addr;
+        getsockname(m_listen, reinterpret_cast<sockaddr*>(&addr), &len);
+        m_port = ntohs(addr.sin_port);
+        listen(m_listen, 1);
+        m_thread = std::thread([this] { Serve(); });
+    }
+    ~OneShotServer() {
+        shutdown(m_listen, SHUT_RDWR);
+        close(m_listen);
+        if (m_thread.joinable()) m_thread.join();
+    }
+    std::u16string base() const { return W("http://127.0.0.1:" + std::to_string(m_port)); }
+    std::string request() {
+        if (m_thread.joinable()) m_thread.join();
+        return m_request;
+    }
+
+private:
+    void Serve() {
+        const int c = accept(m_listen, nullptr, nullptr);
+        if (c < 0) return;
+        char buf[65536];
+        // Read the head, then as much body as Content-Length announces.
+        for (;;) {
+            const ssize_t n = recv(c, buf, sizeof buf, 0);
+            if (n <= 0) break;
+            m_request.append(buf, static_cast<size_t>(n));
+            const size_t head = m_request.find("\r\n\r\n");
+            if (head == std::string::npos) continue;
+            size_t length = 0;
+            const size_t cl = m_request.find("Content-Length: ");
+            if (cl != std::string::npos && cl < head) length = std::stoul(m_request.substr(cl + 16));
+            if (m_request.size() >= head + 4 + length) break;
+        }
+        send(c, m_reply.data(), m_reply.size(), MSG_NOSIGNAL);
+        close(c);
+    }
+    std::string m_reply, m_request;
+    int m_listen = -1;
+    int m_port = 0;
+    std::thread m_thread;
+};
+
+const std::string kOk = "HTTP/1.1 200 OK\r\nContent-Length: 7\r\nConnection: close\r\n\r\nsuccess";
+
+}  // namespace
+
+TEST(WireBytes, FormPostDownloadAndUploadAsTheServiceExpects) {
+    TempHome home;
+    {
+        OneShotServer server(kOk);
+        std::u16string out;
+        ASSERT_TRUE(PostForm(server.base() + u"/gallery/favorite?name=门窗", u"a=1&b=图", out));
+        EXPECT_EQ(out, u"success");
+        const std::string r = server.request();
+        EXPECT_EQ(r.rfind("POST /gallery/favorite?name=%E9%97%A8%E7%AA%97 HTTP/1.1\r\n", 0), 0u) << r;
+        EXPECT_NE(r.find("\r\nContent-Type: application/x-www-form-urlencoded\r\n"), std::string::npos);
+        EXPECT_EQ(r.substr(r.size() - 9), "a=1&b=\xE5\x9B\xBE");
+    }
+    {
+        const std::string body(1500, 'z');
+        OneShotServer server("HTTP/1.1 200 OK\r\nContent-Length: 1500\r\nConnection: close\r\n\r\n" + body);
+        const std::u16string target = W(home.file("x.dwg"));
+        ASSERT_TRUE(DownloadFile(server.base() + u"/files/门 窗/a b.dwg", target, 0, 0));
+        const std::string r = server.request();
+        EXPECT_EQ(r.rfind("GET /files/%e9%97%a8%20%e7%aa%97/a%20b.dwg HTTP/1.1\r\n", 0), 0u) << r;
+        EXPECT_NE(r.find("\r\nUser-Agent:BRINDLE;charset=utf-8\r\n"), std::string::npos) << r;
+        std::string got;
+        ReadWholeFile(target, got);
+        EXPECT_EQ(got, body);
+    }
+    {
+        test::WriteBytes(home.file("100_收藏.zip"), "PK-bytes");
+        OneShotServer server(kOk);
+        std::u16string out;
+        ASSERT_TRUE(UploadFile(server.base() + u"/gallery/lfupload", u"", W(home.file("100_收藏.zip")), out, 0));
+        const std::string r = server.request();
+        EXPECT_NE(r.find("\r\nContent-Type: multipart/form-data; boundary="), std::string::npos) << r;
+        EXPECT_NE(r.find("Content-Disposition: form-data; name=\"parent_dir\"\r\n\r\n\r\n"), std::string::npos) << r;
+        EXPECT_NE(r.find("Content-Disposition: form-data; name=\"file\"; filename=\"100_\xE6\x94\xB6\xE8\x97\x8F.zip\""),
+                  std::string::npos) << r;
+        EXPECT_NE(r.find("PK-bytes"), std::string::npos);
+        EXPECT_EQ(out, u"success");
+    }
+}
