@@ -40,16 +40,34 @@ size_t DecodeUtf8Into(const unsigned char* s, size_t n, char16_t* out, size_t& n
         }
         if (i >= n) break;
 #endif
-        // Scalar until the next ASCII byte: runs of CJK text stay here.
+        // Scalar until a run of ASCII begins: CJK text and the short ASCII
+        // stretches between its runs stay here.
+        unsigned asciiRun = 0;
         do {
             const unsigned char b = s[i];
             if (b < 0x80) {
                 if (b == 0) ++nulls;
                 else out[o++] = b;
                 ++i;
-                break;
+                if (++asciiRun == 16) break;
+                continue;
             }
-            // The common two- and three-byte forms first, checked in one step.
+            asciiRun = 0;
+            // Runs of three-byte forms (CJK), each checked with one load:
+            // lead 1110xxxx and two continuations 10xxxxxx, no overlong form,
+            // no surrogate.
+            if (i + 4 <= n) {
+                uint32_t w;
+                std::memcpy(&w, s + i, 4);
+                if ((w & 0x00C0C0F0u) == 0x008080E0u) {
+                    const uint32_t cp = ((w & 0x0Fu) << 12) | ((w & 0x3F00u) >> 2) | ((w >> 16) & 0x3Fu);
+                    if (cp >= 0x800 && cp - 0xD800u >= 0x800u) {
+                        out[o++] = static_cast<char16_t>(cp);
+                        i += 3;
+                        continue;
+                    }
+                }
+            }
             if (b >= 0xE0 && b < 0xF0 && i + 3 <= n && (s[i + 1] & 0xC0) == 0x80 && (s[i + 2] & 0xC0) == 0x80) {
                 const uint32_t cp = ((b & 0x0Fu) << 12) | ((s[i + 1] & 0x3Fu) << 6) | (s[i + 2] & 0x3Fu);
                 if (cp >= 0x800 && (cp < 0xD800 || cp > 0xDFFF)) {
