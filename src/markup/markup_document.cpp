@@ -128,7 +128,7 @@ bool MarkupDocument::SetText(std::u16string_view text) {
     m_result.clear();
     if (text.size() > kMaxTextLength) text = {};
     m_text = std::make_unique_for_overwrite<char16_t[]>(text.size() + 1);
-    std::memcpy(m_text.get(), text.data(), sizeof(char16_t) * text.size());
+    if (!text.empty()) std::memcpy(m_text.get(), text.data(), sizeof(char16_t) * text.size());
     m_text[text.size()] = 0;
     m_length = text.size();
     m_capacity = text.size() + 1;
