@@ -23,8 +23,10 @@ struct AttributeSpan {
 // Returns the position behind the tag name or the last attribute.
 template <class Visit>
 size_t ScanAttributes(const char16_t* t, size_t begin, size_t end, Visit&& visit) {
+    // Blanks, '/', '=', '>' and '?' all lie at or below '?': letters and CJK
+    // are decided by the first compare.
     auto wordEnd = [](char16_t c) {
-        return IsMarkupSpace(c) || c == u'/' || c == u'=' || c == u'>' || c == u'?';
+        return c <= u'?' && (IsMarkupSpace(c) || c == u'/' || c == u'=' || c == u'>' || c == u'?');
     };
     size_t p = begin;
     while (p < end && !wordEnd(t[p])) ++p;  // the tag name

@@ -298,7 +298,10 @@ bool MarkupDocument::NameMatches(uint32_t index, std::u16string_view name) const
     const ElementRecord& r = Record(index);
     if (static_cast<size_t>(r.start) + 1 + name.size() > m_length) return false;
     const char16_t* n = m_text.get() + r.start + 1;
-    return std::memcmp(n, name.data(), sizeof(char16_t) * name.size()) == 0 && IsNameEnd(n[name.size()]);
+    // Names are short: a plain loop beats a call to memcmp.
+    for (size_t i = 0; i < name.size(); ++i)
+        if (n[i] != name[i]) return false;
+    return IsNameEnd(n[name.size()]);
 }
 
 bool MarkupDocument::FindElement(std::u16string_view name) {
@@ -401,7 +404,7 @@ std::u16string MarkupDocument::AttributeOf(uint32_t index, std::u16string_view n
     std::u16string out;
     ScanAttributes(t, r.start + 1, static_cast<size_t>(r.start) + StartTagLength(r), [&](const AttributeSpan& a) {
         if (a.nameEnd - a.nameBegin != name.size() ||
-            std::memcmp(t + a.nameBegin, name.data(), sizeof(char16_t) * name.size()) != 0)
+            !std::equal(name.begin(), name.end(), t + a.nameBegin))
             return false;
         DecodeMarkupText(std::u16string_view(t + a.valueBegin, a.valueEnd - a.valueBegin), out);
         return true;

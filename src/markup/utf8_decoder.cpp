@@ -28,31 +28,52 @@ size_t DecodeUtf8Into(const unsigned char* s, size_t n, char16_t* out, size_t& n
     nulls = 0;
     while (i < n) {
 #if defined(__SSE2__)
-        // Sixteen ASCII bytes without NUL at a time: widened with zeros.
+        // Sixteen bytes at a time: all of them widened and stored (the output
+        // has room, as it is never ahead of the input), and the position moved
+        // over the ASCII bytes before the first other byte or NUL.
         const __m128i zero = _mm_setzero_si128();
         while (i + 16 <= n) {
             const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s + i));
-            if (_mm_movemask_epi8(v) != 0 || _mm_movemask_epi8(_mm_cmpeq_epi8(v, zero)) != 0) break;
             _mm_storeu_si128(reinterpret_cast<__m128i*>(out + o), _mm_unpacklo_epi8(v, zero));
             _mm_storeu_si128(reinterpret_cast<__m128i*>(out + o + 8), _mm_unpackhi_epi8(v, zero));
-            i += 16;
-            o += 16;
+            const unsigned stop = static_cast<unsigned>(_mm_movemask_epi8(v) | _mm_movemask_epi8(_mm_cmpeq_epi8(v, zero)));
+            if (stop == 0) {
+                i += 16;
+                o += 16;
+                continue;
+            }
+            const unsigned k = static_cast<unsigned>(__builtin_ctz(stop));
+            i += k;
+            o += k;
+            break;
         }
         if (i >= n) break;
 #endif
-        // Scalar until a run of ASCII begins: CJK text and the short ASCII
-        // stretches between its runs stay here.
-        unsigned asciiRun = 0;
+        // Scalar until the next ASCII byte: runs of CJK text stay here.
         do {
             const unsigned char b = s[i];
             if (b < 0x80) {
                 if (b == 0) ++nulls;
                 else out[o++] = b;
                 ++i;
-                if (++asciiRun == 16) break;
-                continue;
+                break;
             }
-            asciiRun = 0;
+            // Two three-byte forms at a time while the text is CJK.
+            const size_t pairsFrom = i;
+            while (i + 8 <= n) {
+                uint64_t w;
+                std::memcpy(&w, s + i, 8);
+                if ((w & 0x0000C0C0F0C0C0F0ull) != 0x00008080E08080E0ull) break;
+                const uint32_t c1 = static_cast<uint32_t>(((w & 0x0F) << 12) | ((w >> 2) & 0xFC0) | ((w >> 16) & 0x3F));
+                const uint32_t c2 =
+                    static_cast<uint32_t>((((w >> 24) & 0x0F) << 12) | ((w >> 26) & 0xFC0) | ((w >> 40) & 0x3F));
+                if (c1 < 0x800 || c1 - 0xD800u < 0x800u || c2 < 0x800 || c2 - 0xD800u < 0x800u) break;
+                out[o] = static_cast<char16_t>(c1);
+                out[o + 1] = static_cast<char16_t>(c2);
+                o += 2;
+                i += 6;
+            }
+            if (i != pairsFrom) continue;  // `b` is stale; look at the next byte afresh
             // Runs of three-byte forms (CJK), each checked with one load:
             // lead 1110xxxx and two continuations 10xxxxxx, no overlong form,
             // no surrogate.
