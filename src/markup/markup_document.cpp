@@ -229,12 +229,16 @@ bool MarkupDocument::Parse() {
         } else if (node.kind == NodeEndTag) {
             const size_t nameLength = node.nameEnd - node.nameOffset;
             size_t k = stack.size();
+            const char16_t* endName = t + node.nameOffset;
             while (k > 0) {
                 const OpenTag& open = stack[k - 1];
-                if (open.nameLength == nameLength &&
-                    std::memcmp(t + Record(open.element).start + 1, t + node.nameOffset,
-                                sizeof(char16_t) * nameLength) == 0)
-                    break;
+                if (open.nameLength == nameLength) {
+                    // Names are short: a plain loop beats a call to memcmp.
+                    const char16_t* openName = t + Record(open.element).start + 1;
+                    size_t i = 0;
+                    while (i < nameLength && openName[i] == endName[i]) ++i;
+                    if (i == nameLength) break;
+                }
                 --k;
             }
             if (k == 0) {

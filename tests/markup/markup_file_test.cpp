@@ -109,6 +109,30 @@ TEST(MarkupFile, DeclaredCodePagesRoundTrip) {
     EXPECT_EQ(ReadBytes(path), "<?xml encoding=\"iso-8859-1\"?><r>?</r>");
 }
 
+TEST(MarkupFile, WideFormsWithoutMarksByDeclaration) {
+    test::TempHome home;
+    const std::string path = home.file("wide.xml");
+    // UTF-32 little-endian, found through its declaration, read as 32-bit units.
+    const std::u16string text32 = u"<?xml version=\"1.0\" encoding=\"UTF-32\"?><r>中\U0001F600</r>";
+    std::string bytes;
+    ASSERT_TRUE(Utf16ToCodePage(text32, CpUtf32, bytes));
+    ASSERT_EQ(bytes.size() % 4, 0u);
+    WriteBytes(path, bytes);
+    MarkupDocument doc;
+    ASSERT_TRUE(doc.LoadFile(W(path))) << ResultOf(doc);
+    EXPECT_EQ(doc.Text(), text32);
+    EXPECT_EQ(doc.Flags(), 0u);
+    ASSERT_TRUE(doc.SaveFile(W(home.file("wide2.xml"))));
+    EXPECT_EQ(ReadBytes(home.file("wide2.xml")), bytes);
+    // UTF-16 without a mark, declared.
+    const std::u16string text16 = u"<?xml version=\"1.0\" encoding=\"utf-16\"?><r>块</r>";
+    WriteBytes(path, Utf16Bytes(text16, false));
+    ASSERT_TRUE(doc.LoadFile(W(path))) << ResultOf(doc);
+    EXPECT_EQ(doc.Text(), text16);
+    ASSERT_TRUE(doc.SaveFile(W(home.file("wide3.xml"))));
+    EXPECT_EQ(ReadBytes(home.file("wide3.xml")), Utf16Bytes(text16, false));
+}
+
 TEST(MarkupFile, DetectionDefaultsAndHtmlCharset) {
     test::TempHome home;
     const std::string path = home.file("x.xml");
