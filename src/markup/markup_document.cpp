@@ -401,12 +401,23 @@ std::u16string MarkupDocument::ElementTextOf(uint32_t index) const {
     return out;
 }
 
+// Where the attributes of a start tag end: at its '>', or at the '/' of "/>"
+// when the element is empty. Scans stop there even where quotes are unbalanced,
+// so that an edit never reaches past the tag.
+size_t MarkupDocument::TagContentEnd(uint32_t index) const {
+    const ElementRecord& r = Record(index);
+    size_t end = static_cast<size_t>(r.start) + StartTagLength(r) - 1;
+    const bool empty = EndTagLength(r) == 0 && (r.levelMarks & MarkUnended) == 0 && StartTagLength(r) == r.length;
+    if (empty && m_text[end - 1] == u'/') --end;
+    return end;
+}
+
 std::u16string MarkupDocument::AttributeOf(uint32_t index, std::u16string_view name) const {
     if (index == 0 || name.empty()) return {};
     const ElementRecord& r = Record(index);
     const char16_t* t = m_text.get();
     std::u16string out;
-    ScanAttributes(t, r.start + 1, static_cast<size_t>(r.start) + StartTagLength(r), [&](const AttributeSpan& a) {
+    ScanAttributes(t, r.start + 1, TagContentEnd(index), [&](const AttributeSpan& a) {
         if (a.nameEnd - a.nameBegin != name.size() ||
             !std::equal(name.begin(), name.end(), t + a.nameBegin))
             return false;
@@ -588,15 +599,14 @@ bool MarkupDocument::SetAttribute(std::u16string_view name, std::u16string_view 
     const char16_t* t = m_text.get();
     bool found = false;
     AttributeSpan span;
-    const size_t lastEnd =
-        ScanAttributes(t, r.start + 1, static_cast<size_t>(r.start) + StartTagLength(r), [&](const AttributeSpan& a) {
-            if (a.nameEnd - a.nameBegin != name.size() ||
-                std::memcmp(t + a.nameBegin, name.data(), sizeof(char16_t) * name.size()) != 0)
-                return false;
-            span = a;
-            found = true;
-            return true;
-        });
+    const size_t contentEnd = TagContentEnd(m_main);
+    ScanAttributes(t, r.start + 1, contentEnd, [&](const AttributeSpan& a) {
+        if (a.nameEnd - a.nameBegin != name.size() || !std::equal(name.begin(), name.end(), t + a.nameBegin))
+            return false;
+        span = a;
+        found = true;
+        return true;
+    });
     std::u16string insertion;
     size_t at;
     size_t removeLength = 0;
@@ -608,7 +618,10 @@ bool MarkupDocument::SetAttribute(std::u16string_view name, std::u16string_view 
         at = span.nameEnd;
         insertion = u"=\"" + escaped + u"\"";
     } else {
-        at = lastEnd;
+        // Behind the last attribute, before the blanks that precede '>' or "/>":
+        // there the tag is outside any value, whatever its quoting.
+        at = contentEnd;
+        while (IsMarkupSpace(t[at - 1])) --at;
         insertion = u" ";
         insertion += name;
         insertion += u"=\"" + escaped + u"\"";

@@ -114,6 +114,7 @@ private:
     std::u16string ElementTextOf(uint32_t index) const;
     std::u16string AttributeOf(uint32_t index, std::u16string_view name) const;
     std::u16string TagNameOf(uint32_t index) const;
+    size_t TagContentEnd(uint32_t index) const;
     void Insert(size_t offset, size_t removeLength, std::u16string_view with);
     void MoveOffsetsBehind(uint32_t element, int64_t delta);
     void ShiftSubtree(uint32_t top, int64_t delta);
