@@ -124,12 +124,17 @@ uint32_t NamedReferenceValue(std::u16string_view name) {
 size_t NamedReferenceCount() { return std::size(kReferences); }
 
 void DecodeMarkupText(std::u16string_view text, std::u16string& out) {
+    size_t first = text.find(u'&');
+    if (first == std::u16string_view::npos) {
+        out.append(text);  // most values hold no reference: one copy
+        return;
+    }
     out.reserve(out.size() + text.size());
     size_t i = 0;
     const size_t n = text.size();
     while (i < n) {
         // Copy the run up to the next & in one piece.
-        size_t amp = text.find(u'&', i);
+        size_t amp = i == 0 ? first : text.find(u'&', i);
         if (amp == std::u16string_view::npos) amp = n;
         out.append(text.data() + i, amp - i);
         if (amp == n) break;
