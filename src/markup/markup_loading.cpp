@@ -280,8 +280,9 @@ bool MarkupDocument::SaveFile(std::u16string_view path) {
         AppendFileError(m_result, errno != 0 ? errno : EIO);
         return false;
     }
+    const char* iconvName = IconvNameOfCodePage(codePage);
     AppendResultRecord(m_result, u"write",
-                       {{u"encoding", EncodingLabel(codePage, std::u16string(IconvNameOfCodePage(codePage) ? W(IconvNameOfCodePage(codePage)) : u""))},
+                       {{u"encoding", EncodingLabel(codePage, iconvName ? W(iconvName) : std::u16string())},
                         {u"length", DecimalText(bytes.size())}});
     return true;
 }

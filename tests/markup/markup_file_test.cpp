@@ -65,6 +65,9 @@ TEST(MarkupFile, ReadsAndWritesEveryFormWithAndWithoutMarks) {
         const std::string out = home.file("out.xml");
         ASSERT_TRUE(doc.SaveFile(W(out))) << ResultOf(doc);
         EXPECT_EQ(ReadBytes(out), f.bytes);
+        EXPECT_TRUE(HasRecord(doc, ("write encoding=\"" + std::string(f.flags & MarkupDocument::FlagUtf16LeBom ? "UTF-16LE" : f.flags & MarkupDocument::FlagUtf16BeBom ? "UTF-16BE" : "UTF-8") +
+                                    "\" length=\"" + std::to_string(f.bytes.size()) + "\"").c_str()))
+            << ResultOf(doc);
         // The object itself didn't change.
         EXPECT_EQ(doc.Flags(), f.flags);
         EXPECT_EQ(doc.GetChildAttribute(u"name"), u"第一 é");
@@ -94,6 +97,7 @@ TEST(MarkupFile, DeclaredCodePagesRoundTrip) {
         ASSERT_TRUE(Utf16ToCodePage(text, MarkupDocument::CodePageOfEncodingName(W(p.name)), expected));
         EXPECT_EQ(bytes, expected);
         EXPECT_EQ(bytes.find(U8(p.text)), std::string::npos);  // not UTF-8 on disk
+        EXPECT_TRUE(HasRecord(doc, "converted_from encoding=\"UTF-16\"")) << ResultOf(doc);
         MarkupDocument back;
         ASSERT_TRUE(back.LoadFile(W(path))) << ResultOf(back);
         EXPECT_EQ(back.Text(), text);
