@@ -199,6 +199,13 @@ bool MarkupDocument::Parse() {
     MarkupNode node;
     size_t pos = 0;
     for (;;) {
+        // Text and white space leave the index alone: skip to the next '<'
+        // here rather than reading them as nodes.
+        if (t[pos] != u'<' && t[pos] != 0) {
+            const char16_t* p = t + pos + 1;
+            while (*p != u'<' && *p != 0) ++p;
+            pos = static_cast<size_t>(p - t);
+        }
         tokenizer.Read(pos, node);
         if (node.kind == NodeStartTag) {
             const uint32_t index = NewRecord();
