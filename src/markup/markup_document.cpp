@@ -534,8 +534,13 @@ bool MarkupDocument::AddElement(std::u16string_view name, std::u16string_view te
             const bool empty = (p.levelMarks & MarkUnended) == 0;
             at = p.start + startTagP;
             if (empty) {
-                at -= 2;  // the '/' before '>'
-                removeLength = 1;
+                // The '/' before '>' goes; so does any run of them, as "<a//>"
+                // would otherwise still read as empty.
+                at -= 1;
+                while (at > p.start + 1 && t[at - 1] == u'/') {
+                    --at;
+                    ++removeLength;
+                }
                 insertion = u">";
             }
             insertion += u"\r\n";

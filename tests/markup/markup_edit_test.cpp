@@ -52,6 +52,14 @@ TEST(MarkupEdit, BuildsTheDocumentedLayout) {
     ASSERT_TRUE(doc.AddElement(u"x"));
     EXPECT_EQ(doc.Text(), u"<r>\r\n<x/>\r\n</r>");
 
+    // A run of slashes before '>' goes whole, or the parent would stay empty.
+    ASSERT_TRUE(doc.SetText(u"<r x='1' //>"));
+    ASSERT_TRUE(doc.FindElement(u"r"));
+    ASSERT_TRUE(doc.EnterElement());
+    ASSERT_TRUE(doc.AddElement(u"x"));
+    EXPECT_EQ(doc.Text(), u"<r x='1' >\r\n<x/>\r\n</r>");
+    EXPECT_EQ(CheckIndex(doc), "");
+
     // An unended parent is closed around the new element.
     EXPECT_FALSE(doc.SetText(u"<r><u a=\"1\"><v/></r>"));
     ASSERT_TRUE(doc.FindElement(u"r"));
