@@ -1,0 +1,20 @@
+#pragma once
+// The Qt step of the preview reader: turns what the byte reader found into a
+// picture.
+
+#include <QImage>
+#include <QString>
+
+#include "panel/dwg_preview_reader.h"
+
+namespace marrowfin {
+
+// The picture of a preview, RGB32; null when there is none or it cannot be
+// decoded.
+QImage PreviewToImage(const DwgPreview& preview);
+
+// The preview picture of the drawing at `path`; null when the file cannot be
+// read or carries no picture.
+QImage LoadDwgPreview(const QString& path);
+
+}  // namespace marrowfin
