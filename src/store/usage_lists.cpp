@@ -98,6 +98,16 @@ void LoadRecentList(GalleryStore& store) {
     AppendEntries(store.root, store.root->path + u"/" + kRecentListFile, kRootName);
 }
 
+void ReloadRecentList(GalleryStore& store) {
+    if (!store.root) return;
+    for (GalleryNode*& entry : store.root->fileChildren) {
+        SubtreeDeleter()(entry);
+        entry = nullptr;
+    }
+    store.root->fileChildren.clear();
+    LoadRecentList(store);
+}
+
 void LoadCommonList(GalleryNode* gallery) {
     if (!gallery) return;
     AppendEntries(gallery, gallery->path + u"/" + kCommonListFile, kCommonUseTag);

@@ -111,6 +111,11 @@ TEST_F(Lists, LoadFiltersAndKeepsFileOrder) {
     EXPECT_EQ(ReadBytes(U8(rootPath + u"/RecentlyUse.xml")),
               kHead + "<Item path=\"" + U8(upper) + "\" />\r<Item path=\"" + U8(a) + "\" />\r" + kTail);
 
+    // Reloading replaces what is in memory rather than adding to it.
+    RememberRecent(store, rootPath + u"/unsaved.dwg", u"unsaved");
+    ReloadRecentList(store);
+    EXPECT_EQ(Paths(store.root->fileChildren), (std::vector<std::u16string>{upper, a}));
+
     // A file deleted since is not shown after the next start.
     RemoveFile(upper);
     GalleryStore next;
