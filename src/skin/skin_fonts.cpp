@@ -2,7 +2,10 @@
 
 #include <QFontDatabase>
 #include <QFontMetrics>
+#include <algorithm>
 #include <array>
+
+#include "skin/skin_scale.h"
 
 namespace marrowfin {
 
@@ -42,6 +45,26 @@ bool HasCjkFont() {
     return metrics.inFont(QChar(0x753B));  // 画
 }
 
+int PixelSizeForCellHeight(int cellHeight) {
+    // A positive height names the character cell (ascent plus descent), not
+    // the em: find the largest pixel size whose cell still fits.
+    QFont probe(SkinFontFamily());
+    probe.setPixelSize(100);
+    const int cellAt100 = std::max(1, QFontMetrics(probe).height());
+    int size = std::max(1, cellHeight * 100 / cellAt100 + 1);
+    while (size > 1) {
+        probe.setPixelSize(size);
+        if (QFontMetrics(probe).height() <= cellHeight) break;
+        --size;
+    }
+    return size;
+}
+
+int FontCellHeight(SkinFont which) {
+    static const int extra[8] = {0, 0, 0, 2, 2, 4, 4, 12};
+    return FontHeightForRate(Rate()) + extra[static_cast<int>(which)];
+}
+
 void MakeSkinFonts(float rate) {
     const int h = FontHeightForRate(rate);
     struct Recipe {
@@ -54,7 +77,7 @@ void MakeSkinFonts(float rate) {
     for (int i = 0; i < 8; ++i) {
         QFont font(SkinFontFamily());
         font.setStyleHint(QFont::SansSerif, QFont::PreferQuality);
-        font.setPixelSize(recipes[i].height);
+        font.setPixelSize(PixelSizeForCellHeight(recipes[i].height));
         font.setWeight(recipes[i].weight == 700 ? QFont::Bold : QFont::Normal);
         font.setUnderline(recipes[i].underline);
         font.setKerning(true);

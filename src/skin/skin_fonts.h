@@ -17,6 +17,11 @@ QString SkinFontFamily();
 // True when the family in use is one of the CJK faces and draws "画".
 bool HasCjkFont();
 
+// The pixel (em) size whose character cell is at most `cellHeight` high.
+int PixelSizeForCellHeight(int cellHeight);
+// The cell height of a named font at the current rate: h, h+2, h+4 or h+12.
+int FontCellHeight(SkinFont which);
+
 void MakeSkinFonts(float rate);
 // The font by name; made at rate 1.0 when InitSkinScale hasn't run.
 const QFont& Font(SkinFont which);

@@ -102,17 +102,27 @@ TEST(SkinFonts, HeightsFollowTheRateAndTheFaceIsCjk) {
     EXPECT_EQ(FontHeightForRate(2.56f), 36);
     EXPECT_EQ(FontHeightForRate(5.0f), 80);
 
+    // The heights are character cells: ascent plus descent of the face.
     SetSkinRateForTest(1.5f);
-    EXPECT_EQ(Font(SkinFont::Normal).pixelSize(), 22);
-    EXPECT_EQ(Font(SkinFont::Title).pixelSize(), 34);
-    EXPECT_EQ(Font(SkinFont::Medium).pixelSize(), 24);
-    EXPECT_EQ(Font(SkinFont::LargeBold).pixelSize(), 26);
+    EXPECT_EQ(FontCellHeight(SkinFont::Normal), 22);
+    EXPECT_EQ(FontCellHeight(SkinFont::Title), 34);
+    EXPECT_EQ(FontCellHeight(SkinFont::Medium), 24);
+    EXPECT_EQ(FontCellHeight(SkinFont::LargeBold), 26);
+    const SkinFont all[] = {SkinFont::Normal, SkinFont::Underlined, SkinFont::Bold,      SkinFont::Medium,
+                            SkinFont::MediumBold, SkinFont::Large, SkinFont::LargeBold, SkinFont::Title};
+    for (SkinFont f : all) {
+        const int cell = QFontMetrics(Font(f)).height();
+        EXPECT_LE(cell, FontCellHeight(f));
+        EXPECT_GE(cell, FontCellHeight(f) - 2) << "the largest face that fits";
+    }
+    EXPECT_LT(Font(SkinFont::Normal).pixelSize(), Font(SkinFont::Title).pixelSize());
     EXPECT_EQ(Font(SkinFont::LargeBold).weight(), QFont::Bold);
     EXPECT_TRUE(Font(SkinFont::Underlined).underline());
     EXPECT_FALSE(Font(SkinFont::Normal).underline());
     EXPECT_EQ(Font(SkinFont::Normal).weight(), QFont::Normal);
     SetSkinRateForTest(1.0f);
-    EXPECT_EQ(Font(SkinFont::Normal).pixelSize(), 18);
+    EXPECT_EQ(FontCellHeight(SkinFont::Normal), 18);
+    EXPECT_LE(QFontMetrics(Font(SkinFont::Normal)).height(), 18);
 
     // Without a CJK face every Chinese text of the module would be boxes.
     ASSERT_TRUE(HasCjkFont()) << "no CJK font installed (fonts-wqy-microhei or fonts-noto-cjk); family in use: "
