@@ -3,6 +3,7 @@
 
 #include "service_fixture.h"
 #include "support/test_paths.h"
+#include "library_catalog.h"
 #include "user_state.h"
 
 #include <filesystem>
@@ -174,4 +175,25 @@ TEST_F(CollectionTest, EmptyFolderIdAndHandBuiltMultipartAndRestart) {
     auto res = client().Get(url.substr(m_service.baseUrl().size()));
     ASSERT_TRUE(res);
     EXPECT_EQ(block, res->body);
+}
+
+TEST_F(CollectionTest, BlocksFromBoutiqueGalleriesAreMarked) {
+    service::LibraryCatalog catalog;
+    std::string error;
+    ASSERT_TRUE(catalog.load(m_data, error));
+    std::string boutique, plain;
+    for (const auto& g : catalog.galleries())
+        (g.boutique ? boutique : plain) = g.classes[0].blocks[0].fileName;
+    ASSERT_FALSE(boutique.empty());
+    ASSERT_FALSE(plain.empty());
+    const std::string folder = FolderId(q("favorite", "&operate=add&favorites=A"), "A");
+    const std::string block = SomeBlock(m_data);
+    EXPECT_EQ("1", collect(folder, boutique, block, "0"));
+    EXPECT_EQ("1", collect(folder, plain, block, "0"));
+    const std::string list = q("get_u_collect", "&kind=dwg&needdwg=1");
+    EXPECT_NE(std::string::npos, list.find("filename=\"" + boutique + "\"")) << list;
+    const size_t b = list.find("filename=\"" + boutique + "\"");
+    const size_t p = list.find("filename=\"" + plain + "\"");
+    EXPECT_EQ("1", Between(list, "gv=\"", "\"", b));
+    EXPECT_EQ("0", Between(list, "gv=\"", "\"", p));
 }

@@ -142,12 +142,15 @@ TEST(ServiceProgram, RunsAsAChildWithCommandLineFaults) {
     ASSERT_TRUE(service::GenerateSample(home.file("data"), options).ok);
     int pipeFds[2];
     ASSERT_EQ(0, pipe(pipeFds));
+    // Everything the child needs is made before the fork: between fork and
+    // exec only async-signal-safe calls, no allocation.
+    const std::string data = home.file("data");
     const pid_t child = fork();
     ASSERT_GE(child, 0);
     if (child == 0) {
         dup2(pipeFds[1], 1);
         close(pipeFds[0]);
-        execl(MARROWFIN_SERVICE_EXE, MARROWFIN_SERVICE_EXE, "--data", home.file("data").c_str(), "--port", "0", "--fault",
+        execl(MARROWFIN_SERVICE_EXE, MARROWFIN_SERVICE_EXE, "--data", data.c_str(), "--port", "0", "--fault",
               "/gallery/gethotwords?status=502", static_cast<char*>(nullptr));
         _exit(127);
     }

@@ -156,6 +156,7 @@ void ServiceHandle::Impl::registerCollectionRoutes() {
         block.fileName = name;
         block.info = folder->name;
         block.size = static_cast<int64_t>(file.content.size());
+        block.boutique = catalog.isBoutiqueBlock(name);
         block.id = users.addBlock(block);
         if (block.id == 0) return Word("3");
         std::ofstream out(fs::path(dataDir) / "collected" / (std::to_string(block.id) + ".dwg"), std::ios::binary);

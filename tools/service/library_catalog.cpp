@@ -34,6 +34,7 @@ bool LibraryCatalog::load(const std::string& dataDir, std::string& error) {
     m_galleries.clear();
     m_index.clear();
     m_ads.clear();
+    m_boutiqueBlocks.clear();
     m_forceRefresh = false;
     const fs::path root(dataDir);
     std::ifstream in(root / "library.tsv");
@@ -75,6 +76,7 @@ bool LibraryCatalog::load(const std::string& dataDir, std::string& error) {
                 return false;
             }
             c->blocks.push_back(CatalogBlock{f[3], static_cast<int64_t>(size), f[4] == "1"});
+            if (g->boutique) m_boutiqueBlocks.insert(f[3]);
         } else {
             error = where + ": not understood";
             return false;

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <map>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -47,11 +48,15 @@ public:
     const CatalogGallery* findGallery(const std::string& name) const;
     const std::vector<CatalogAd>& ads() const { return m_ads; }
     bool forceRefresh() const { return m_forceRefresh; }
+    // Whether a block of that file name lies in a boutique gallery; the
+    // collection marks blocks collected from there.
+    bool isBoutiqueBlock(const std::string& fileName) const { return m_boutiqueBlocks.count(fileName) != 0; }
 
 private:
     std::vector<CatalogGallery> m_galleries;
     std::map<std::string, size_t> m_index;
     std::vector<CatalogAd> m_ads;
+    std::set<std::string> m_boutiqueBlocks;
     bool m_forceRefresh = false;
 };
 
