@@ -37,6 +37,7 @@ void ShrinkInto(QImage& target, const QImage& source, const QRect& area, ScanMod
 }  // namespace
 
 QImage FitThumbnail(const QImage& image, int width, int height, double rate) {
+  if (width < 0 || height < 0) return {};
   const int w = width > 0 ? width : int(kThumbnailWidthUnits * rate);
   const int h = height > 0 ? height : int(kThumbnailHeightUnits * rate);
   if (w <= 0 || h <= 0) return {};

@@ -17,7 +17,7 @@ constexpr unsigned kThumbnailFrameOther = 0xffd4d3d3u;
 
 // Returns a new RGB32 picture of `width` by `height` pixels; a width or height
 // of 0 means the default in units times `rate`, truncated. A null `image`
-// gives the bare canvas and frame. Null only when the size is not positive.
+// gives the bare canvas and frame. Null when a size is negative or comes out as 0.
 QImage FitThumbnail(const QImage& image, int width, int height, double rate);
 
 }  // namespace marrowfin

@@ -1,0 +1,251 @@
+// The preview reader on real drawings, on the stand-in service's block files
+// and on files that lie about their offsets and sizes.
+
+#include <gtest/gtest.h>
+
+#include <QImage>
+#include <QString>
+#include <algorithm>
+#include <cstring>
+
+#include "platform/text.h"
+
+#include "dwg_writer.h"
+#include "panel/dwg_preview.h"
+#include "panel/dwg_preview_reader.h"
+#include "preview_test_files.h"
+#include "support/temp_home.h"
+#include "support/test_paths.h"
+#include "symbol_painter.h"
+
+namespace marrowfin {
+namespace {
+
+using test::EntryOffset;
+using test::MakeBmpFile;
+using test::MakeDrawing;
+using test::PutLe32;
+
+std::string RealFile(const char* name) {
+  const std::string bytes = test::ReadBytes(test::SharedDir() + "/testdata/dwg/" + name);
+  EXPECT_FALSE(bytes.empty()) << name;
+  return bytes;
+}
+
+QString RealPath(const char* name) {
+  return QString::fromStdString(test::SharedDir() + "/testdata/dwg/" + name);
+}
+
+int MaxChannelDifference(const QImage& a, const QImage& b) {
+  int worst = 0;
+  for (int y = 0; y < a.height(); ++y) {
+    for (int x = 0; x < a.width(); ++x) {
+      const QRgb p = a.pixel(x, y), q = b.pixel(x, y);
+      worst = std::max({worst, std::abs(qRed(p) - qRed(q)), std::abs(qGreen(p) - qGreen(q)),
+                        std::abs(qBlue(p) - qBlue(q))});
+    }
+  }
+  return worst;
+}
+
+TEST(DwgPreviewReader, RealBmpDrawingsMatchQtsOwnBmpDecoder) {
+  struct Case {
+    const char* name;
+    int width, height;
+  } cases[] = {{"bmp8_ac1014.dwg", 180, 116}, {"bmp8_ac1015.dwg", 180, 88}, {"bmp8_ac1024.dwg", 224, 140}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    const std::string bytes = RealFile(c.name);
+    const DwgPreview preview = ReadDwgPreview(bytes);
+    ASSERT_EQ(preview.error, DwgPreviewError::None);
+    ASSERT_EQ(preview.kind, DwgPreviewKind::Bmp);
+    EXPECT_EQ(preview.width, c.width);
+    EXPECT_EQ(preview.height, c.height);
+    EXPECT_EQ(preview.bitCount, 8);
+    EXPECT_EQ(preview.palette.size(), 256u);
+
+    // The same DIB as a standalone .bmp, read by Qt, is the reference.
+    const uint32_t address = uint32_t(uint8_t(bytes[13])) | uint32_t(uint8_t(bytes[14])) << 8 |
+                             uint32_t(uint8_t(bytes[15])) << 16 | uint32_t(uint8_t(bytes[16])) << 24;
+    // Entry 1 of each of these files is the BMP.
+    const size_t entry = EntryOffset(address, 1);
+    ASSERT_EQ(bytes[entry], 2);
+    uint32_t start = 0, size = 0;
+    std::memcpy(&start, bytes.data() + entry + 1, 4);
+    std::memcpy(&size, bytes.data() + entry + 5, 4);
+    QImage reference;
+    const std::string bmp = MakeBmpFile(bytes.substr(start, size));
+    ASSERT_TRUE(reference.loadFromData(reinterpret_cast<const uchar*>(bmp.data()), int(bmp.size()), "BMP"));
+
+    const QImage picture = LoadDwgPreview(RealPath(c.name));
+    ASSERT_FALSE(picture.isNull());
+    ASSERT_EQ(picture.size(), reference.size());
+    EXPECT_EQ(MaxChannelDifference(picture, reference.convertToFormat(QImage::Format_RGB32)), 0);
+    // Not a blank picture: a drawing has at least two colours.
+    bool varied = false;
+    for (int y = 0; y < picture.height() && !varied; ++y)
+      for (int x = 0; x < picture.width() && !varied; ++x) varied = picture.pixel(x, y) != picture.pixel(0, 0);
+    EXPECT_TRUE(varied);
+  }
+}
+
+TEST(DwgPreviewReader, RealPngDrawingsAndDrawingsWithoutPicture) {
+  for (const char* name : {"png_ac1027.dwg", "png_ac1032.dwg"}) {
+    SCOPED_TRACE(name);
+    const DwgPreview preview = ReadDwgPreview(RealFile(name));
+    ASSERT_EQ(preview.kind, DwgPreviewKind::Png);
+    ASSERT_EQ(preview.png.substr(1, 3), "PNG");
+    QImage reference;
+    ASSERT_TRUE(reference.loadFromData(reinterpret_cast<const uchar*>(preview.png.data()),
+                                       int(preview.png.size()), "PNG"));
+    EXPECT_EQ(preview.width, reference.width());
+    EXPECT_EQ(preview.height, reference.height());
+    const QImage picture = LoadDwgPreview(RealPath(name));
+    ASSERT_FALSE(picture.isNull());
+    EXPECT_EQ(picture.size(), reference.size());
+    EXPECT_EQ(picture.format(), QImage::Format_RGB32);
+  }
+  EXPECT_EQ(ReadDwgPreview(RealFile("header_only_ac1032.dwg")).error, DwgPreviewError::NoPicture);
+  EXPECT_TRUE(LoadDwgPreview(RealPath("header_only_ac1032.dwg")).isNull());
+  // R11 has no preview section: the address at 0x0D points past the end.
+  const DwgPreview old = ReadDwgPreview(RealFile("no_preview_ac1009.dwg"));
+  EXPECT_FALSE(old.HasPicture());
+  EXPECT_NE(old.error, DwgPreviewError::None);
+  EXPECT_TRUE(LoadDwgPreview(RealPath("no_preview_ac1009.dwg")).isNull());
+}
+
+TEST(DwgPreviewReader, ServiceBlockFilesGiveTheirSymbols) {
+  using namespace marrowfin::service;
+  const QImage symbol = DrawSymbol(SymbolKind::Door, 3, 180, 120);
+  const DwgPreview bmp = ReadDwgPreview(BuildDwgContainer(PreviewKind::Bmp8, EncodeDib8(symbol)));
+  ASSERT_EQ(bmp.kind, DwgPreviewKind::Bmp);
+  const QImage bmpPicture = PreviewToImage(bmp);
+  ASSERT_EQ(bmpPicture.size(), symbol.size());
+  // The 6x6x6 cube is 51 apart per channel: nearest colour within 26.
+  EXPECT_LE(MaxChannelDifference(bmpPicture, symbol.convertToFormat(QImage::Format_RGB32)), 26);
+
+  const QImage smooth = DrawSymbol(SymbolKind::Lamp, 1, 224, 140, true);
+  const DwgPreview png = ReadDwgPreview(BuildDwgContainer(PreviewKind::Png, EncodePng(smooth)));
+  ASSERT_EQ(png.kind, DwgPreviewKind::Png);
+  const QImage pngPicture = PreviewToImage(png);
+  ASSERT_EQ(pngPicture.size(), smooth.size());
+  EXPECT_LE(MaxChannelDifference(pngPicture, smooth.convertToFormat(QImage::Format_RGB32)), 1);
+}
+
+TEST(DwgPreviewReader, FilesOnDiskAndMissingFiles) {
+  test::TempHome home;
+  EXPECT_TRUE(LoadDwgPreview(QString::fromStdString(home.file("missing.dwg"))).isNull());
+  EXPECT_EQ(ReadDwgPreviewFile(W(home.file("missing.dwg"))).error, DwgPreviewError::ReadFailed);
+  const std::string path = home.file("单开门 01.dwg");
+  test::WriteBytes(path, RealFile("bmp8_ac1015.dwg"));
+  const QImage picture = LoadDwgPreview(QString::fromStdString(path));
+  EXPECT_EQ(picture.size(), QSize(180, 88));
+  // A file cut inside the picture entry reads as no picture.
+  test::WriteBytes(path, RealFile("bmp8_ac1015.dwg").substr(0, 0x153 + 1000));
+  EXPECT_EQ(ReadDwgPreviewFile(W(path)).error, DwgPreviewError::EntryOutOfFile);
+  EXPECT_TRUE(LoadDwgPreview(QString::fromStdString(path)).isNull());
+}
+
+TEST(DwgPreviewReader, SectionAndTableFailures) {
+  const QImage red(4, 2, QImage::Format_RGB32);
+  const std::string dib = test::MakeDib(red, 24);
+  const std::string good = MakeDrawing({{1, std::string(80, '\0')}, {2, dib}});
+  ASSERT_EQ(ReadDwgPreview(good).kind, DwgPreviewKind::Bmp);
+
+  EXPECT_EQ(ReadDwgPreview("").error, DwgPreviewError::ShortFile);
+  EXPECT_EQ(ReadDwgPreview(good.substr(0, 16)).error, DwgPreviewError::ShortFile);
+  // The section head must lie wholly inside the file.
+  EXPECT_EQ(ReadDwgPreview(good.substr(0, 0x100 + 20)).error, DwgPreviewError::SectionOutOfFile);
+  std::string far = good;
+  PutLe32(far, 0x0D, 0xFFFFFFFFu);
+  EXPECT_EQ(ReadDwgPreview(far).error, DwgPreviewError::SectionOutOfFile);
+  PutLe32(far, 0x0D, uint32_t(good.size() - 20));
+  EXPECT_EQ(ReadDwgPreview(far).error, DwgPreviewError::SectionOutOfFile);
+  std::string sentinel = good;
+  sentinel[0x100 + 15] ^= 1;
+  EXPECT_EQ(ReadDwgPreview(sentinel).error, DwgPreviewError::BadSentinel);
+  std::string none = good;
+  none[0x100 + 20] = 0;
+  EXPECT_EQ(ReadDwgPreview(none).error, DwgPreviewError::NoEntries);
+  // A count of 255 runs past the end of a short file: the BMP entry in the
+  // part that is there still counts.
+  std::string many = good.substr(0, EntryOffset(0x100, 2));
+  many[0x100 + 20] = char(255);
+  // Its data is gone now, so the entry points out of the file.
+  EXPECT_EQ(ReadDwgPreview(many).error, DwgPreviewError::EntryOutOfFile);
+  std::string headerOnly = MakeDrawing({{1, std::string(80, '\0')}});
+  headerOnly[0x100 + 20] = char(200);
+  EXPECT_EQ(ReadDwgPreview(headerOnly).error, DwgPreviewError::TableTruncated);
+  EXPECT_EQ(ReadDwgPreview(MakeDrawing({{1, "x"}, {3, "wmf"}})).error, DwgPreviewError::NoPicture);
+
+  // Entry starts and sizes past the end, and a sum that wraps in 32 bits.
+  const size_t entry = EntryOffset(0x100, 1);
+  for (auto [start, size] : {std::pair<uint32_t, uint32_t>{uint32_t(good.size()), 1},
+                             {0, uint32_t(good.size() + 1)},
+                             {0xFFFFFFF0u, 0x20},
+                             {16, 0xFFFFFFFFu}}) {
+    std::string bad = good;
+    PutLe32(bad, entry + 1, start);
+    PutLe32(bad, entry + 5, size);
+    EXPECT_EQ(ReadDwgPreview(bad).error, DwgPreviewError::EntryOutOfFile) << start << " " << size;
+  }
+  // An entry that lies inside the file but is too short for its own rows.
+  std::string shortEntry = good;
+  PutLe32(shortEntry, entry + 5, uint32_t(dib.size() - 1));
+  EXPECT_EQ(ReadDwgPreview(shortEntry).error, DwgPreviewError::PixelsTruncated);
+}
+
+TEST(DwgPreviewReader, BmpEntryWinsOverPngAndGarbagePngIsNoPicture) {
+  const QImage blue = [] {
+    QImage i(3, 3, QImage::Format_RGB32);
+    i.fill(QColor(0, 0, 255));
+    return i;
+  }();
+  const std::string png = service::EncodePng(blue);
+  const std::string dib = test::MakeDib(blue, 24);
+  const DwgPreview both = ReadDwgPreview(MakeDrawing({{6, png}, {1, "h"}, {2, dib}}));
+  EXPECT_EQ(both.kind, DwgPreviewKind::Bmp);
+  const DwgPreview onlyPng = ReadDwgPreview(MakeDrawing({{1, "h"}, {6, png}}));
+  EXPECT_EQ(onlyPng.kind, DwgPreviewKind::Png);
+  EXPECT_EQ(PreviewToImage(onlyPng).pixel(1, 1), qRgb(0, 0, 255));
+
+  EXPECT_EQ(ReadDwgPreview(MakeDrawing({{6, "not a png at all, not even close"}})).error,
+            DwgPreviewError::BadPng);
+  // A good signature and header with broken data behind: the reader passes
+  // it on, the image step refuses it.
+  std::string broken = png.substr(0, 33) + std::string(64, '\x5a');
+  const DwgPreview garbage = ReadDwgPreview(MakeDrawing({{6, broken}}));
+  ASSERT_EQ(garbage.kind, DwgPreviewKind::Png);
+  EXPECT_TRUE(PreviewToImage(garbage).isNull());
+  // A header that claims a picture of 100000 x 100000 is refused before decoding.
+  std::string huge = png;
+  huge[16] = 0, huge[17] = 1, huge[18] = char(0x86), huge[19] = char(0xa0);
+  EXPECT_EQ(ReadDwgPreview(MakeDrawing({{6, huge}})).error, DwgPreviewError::TooLarge);
+}
+
+TEST(DwgPreviewReader, MutatedRealFilesNeverCrash) {
+  // Every byte of the section head and table, and spread bytes elsewhere,
+  // set to a few hostile values; the reader must only ever answer.
+  for (const char* name : {"bmp8_ac1015.dwg", "png_ac1032.dwg"}) {
+    const std::string bytes = RealFile(name);
+    const uint32_t address = uint32_t(uint8_t(bytes[13])) | uint32_t(uint8_t(bytes[14])) << 8;
+    int pictures = 0, failures = 0;
+    for (size_t at = 0; at < bytes.size(); at += (at >= 13 && at < address + 60) ? 1 : 97) {
+      for (char value : {'\0', '\x7f', '\x80', '\xff'}) {
+        std::string mutated = bytes;
+        mutated[at] = value;
+        const DwgPreview preview = ReadDwgPreview(mutated);
+        (preview.HasPicture() ? pictures : failures)++;
+        if (preview.kind == DwgPreviewKind::Bmp) {
+          EXPECT_EQ(preview.pixels.size(), size_t(preview.width) * size_t(preview.height));
+        }
+        PreviewToImage(preview);
+      }
+    }
+    EXPECT_GT(pictures, 0) << name;
+    EXPECT_GT(failures, 0) << name;
+  }
+}
+
+}  // namespace
+}  // namespace marrowfin

@@ -1,0 +1,33 @@
+#pragma once
+// Builders of preview pictures and drawing files for the preview tests.
+
+#include <QImage>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace marrowfin::test {
+
+// A headerless DIB of `bits` (1, 4, 8, 24 or 32) bits per pixel from `image`,
+// rows bottom-up (or top-down with a negative height when `topDown`). Low
+// depths use `palette`, and each pixel takes the palette entry nearest to it.
+std::string MakeDib(const QImage& image, int bits, const std::vector<QRgb>& palette = {},
+                    bool topDown = false);
+
+// A standalone .bmp file (14-byte file header in front) of a headerless DIB.
+std::string MakeBmpFile(const std::string& dib);
+
+// A preview section at `address` with the given entries (code, data), each
+// data block placed behind the table; the file before the section is padding.
+struct TestEntry {
+  uint8_t code;
+  std::string data;
+};
+std::string MakeDrawing(const std::vector<TestEntry>& entries, uint32_t address = 0x100);
+
+// Offset of the table entry `index` in a file made by MakeDrawing.
+inline size_t EntryOffset(uint32_t address, int index) { return address + 21 + 9 * size_t(index); }
+
+void PutLe32(std::string& bytes, size_t offset, uint32_t value);
+
+}  // namespace marrowfin::test
