@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include "marrowfin/marrowfin.h"
 #include "platform/ini_file.h"
 #include "platform/paths.h"
 #include "platform/profile.h"
@@ -165,12 +164,6 @@ TEST_F(Layout, AddMoreGalleryAppendsOnce) {
     EXPECT_FALSE(AddGalleryToShowList(u"石材"));
     EXPECT_FALSE(AddGalleryToShowList(u""));
     EXPECT_EQ(ReadBytes(U8(ShowListPath())), once);  // unchanged, byte for byte
-
-    // Through the library's export, as the host calls it; a null name does nothing.
-    AddMoreGallery(u"Export");
-    AddMoreGallery(nullptr);
-    AddMoreGallery(u"Export");
-    EXPECT_EQ(Names(ReadShowList(false)), (std::vector<std::u16string>{u"石材", u"Wood", u"Export"}));
 
     // A list written by the picker, with its describe attributes, keeps them.
     WriteBytes(U8(ShowListPath()), ShowXml({"A", "B"}));
