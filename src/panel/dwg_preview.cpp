@@ -1,6 +1,7 @@
 #include "panel/dwg_preview.h"
 
 #include <QPainter>
+#include <cstring>
 
 namespace marrowfin {
 
@@ -10,17 +11,14 @@ QImage PreviewToImage(const DwgPreview& preview) {
         preview.pixels.size() != size_t(preview.width) * size_t(preview.height)) {
       return {};
     }
-    const QImage pixels(reinterpret_cast<const uchar*>(preview.pixels.data()), preview.width,
-                        preview.height, preview.width * 4, QImage::Format_RGB32);
-    // White first, then the pixels with an AND of the colours: on white that
-    // multiply leaves the drawing's own colours, as the host's views show them.
+    // The picture is white first, then the pixels ANDed onto it; on white
+    // that AND leaves each pixel as it is, so the pixels are copied directly.
     QImage picture(preview.width, preview.height, QImage::Format_RGB32);
     if (picture.isNull()) return {};
-    picture.fill(Qt::white);
-    QPainter painter(&picture);
-    painter.setCompositionMode(QPainter::RasterOp_SourceAndDestination);
-    painter.drawImage(0, 0, pixels);
-    painter.end();
+    for (int y = 0; y < preview.height; ++y) {
+      std::memcpy(picture.scanLine(y), preview.pixels.data() + size_t(y) * preview.width,
+                  size_t(preview.width) * 4);
+    }
     return picture;
   }
   if (preview.kind == DwgPreviewKind::Png) {
