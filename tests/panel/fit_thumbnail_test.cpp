@@ -75,6 +75,22 @@ TEST(FitThumbnail, SmallPicturesStayUnscaledAndCentredLargeOnesKeepTheirAspect) 
   EXPECT_EQ(Drawn(FitThumbnail(Filled(2000, 1, qRgb(9, 9, 9)), 0, 0, 1.0)).height(), 1);
 }
 
+TEST(FitThumbnail, TinyCellsAndOddPicturesStayInsideTheCanvas) {
+  // Every combination of small cells and awkward picture shapes: the result
+  // has the asked size, a whole frame, and (under the sanitizers) no write
+  // outside the canvas.
+  for (int w = 1; w <= 12; ++w) {
+    for (int h = 1; h <= 12; ++h) {
+      for (QSize source : {QSize(1, 1), QSize(1, 300), QSize(300, 1), QSize(13, 7), QSize(w, h)}) {
+        const QImage thumb = FitThumbnail(Filled(source.width(), source.height(), qRgb(255, 255, 255)), w, h, 1.0);
+        ASSERT_EQ(thumb.size(), QSize(w, h));
+        EXPECT_EQ(thumb.pixel(0, 0), kThumbnailFrameOther);
+        EXPECT_EQ(thumb.pixel(w - 1, h - 1), kThumbnailFrameOther);
+      }
+    }
+  }
+}
+
 TEST(FitThumbnail, ThinLinesSurviveShrinkingOnTheirGround) {
   // A one-pixel dark line on white, shrunk by 4: kept by the AND scan.
   QImage paper = Filled(424, 256, qRgb(255, 255, 255));
