@@ -174,6 +174,7 @@ DwgPreview ReadDwgPreview(uint64_t fileSize, const DwgByteSource& source) {
   const uint64_t start = Le32(entry + 1);
   const uint64_t size = Le32(entry + 5);
   if (start > fileSize || size > fileSize - start) return Failure(DwgPreviewError::EntryOutOfFile);
+  if (size > kMaxPreviewEntry) return Failure(DwgPreviewError::TooLarge);
   std::string data;
   if (!source(start, size_t(size), data)) return Failure(DwgPreviewError::ReadFailed);
   return bmp >= 0 ? DecodePreviewBitmap(data) : DecodePng(std::move(data));

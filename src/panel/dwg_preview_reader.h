@@ -25,7 +25,7 @@ enum class DwgPreviewError {
   EntryOutOfFile,     // the picture entry's start or size points past the end
   BadBitmapHeader,    // header size, sizes or planes that no bitmap has
   UnsupportedBitmap,  // compressed or of a bit depth that is not read
-  TooLarge,           // width or height above kMaxPreviewSide
+  TooLarge,           // width or height above kMaxPreviewSide, or entry above kMaxPreviewEntry
   PixelsTruncated,    // the entry is shorter than its colour table and rows
   BadPng,             // no PNG signature or header chunk
   ReadFailed,         // the file could not be read
@@ -39,6 +39,9 @@ constexpr uint8_t kDwgEntryPng = 6;
 // Previews are small pictures; anything wider or taller is taken as garbage
 // rather than as a reason to allocate gigabytes.
 constexpr int kMaxPreviewSide = 4096;
+// No entry of a picture that size needs more bytes than this; a larger one is
+// refused before it is read.
+constexpr uint64_t kMaxPreviewEntry = 80ull << 20;
 
 struct DwgPreview {
   DwgPreviewKind kind = DwgPreviewKind::None;

@@ -195,6 +195,26 @@ TEST(DwgPreviewReader, SectionAndTableFailures) {
   EXPECT_EQ(ReadDwgPreview(shortEntry).error, DwgPreviewError::PixelsTruncated);
 }
 
+TEST(DwgPreviewReader, ReadsOnlyWhatItNeedsFromAHugeFile) {
+  // A 8 GiB file served piecewise: the head and table are real, the rest is
+  // never there. The reader must refuse the 2 GiB entry without asking for it.
+  std::string head = MakeDrawing({{1, std::string(80, '\0')}, {2, "dib"}});
+  PutLe32(head, EntryOffset(0x100, 1) + 1, 0x10000000u);
+  PutLe32(head, EntryOffset(0x100, 1) + 5, 0x80000000u);
+  size_t largest = 0;
+  const DwgByteSource source = [&](uint64_t offset, size_t length, std::string& out) {
+    largest = std::max(largest, length);
+    if (offset + length > head.size()) return false;
+    out = head.substr(offset, length);
+    return true;
+  };
+  EXPECT_EQ(ReadDwgPreview(8ull << 30, source).error, DwgPreviewError::TooLarge);
+  EXPECT_LT(largest, 64u);
+  // Inside the limit, a read the source cannot serve is a failure value.
+  PutLe32(head, EntryOffset(0x100, 1) + 5, 4096);
+  EXPECT_EQ(ReadDwgPreview(8ull << 30, source).error, DwgPreviewError::ReadFailed);
+}
+
 TEST(DwgPreviewReader, BmpEntryWinsOverPngAndGarbagePngIsNoPicture) {
   const QImage blue = [] {
     QImage i(3, 3, QImage::Format_RGB32);
