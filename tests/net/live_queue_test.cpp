@@ -17,21 +17,13 @@
 #include "store/show_list.h"
 #include "support/live_service.h"
 #include "support/temp_home.h"
+#include "test_store.h"
 
 using namespace marrowfin;
 using marrowfin::test::TempHome;
+using marrowfin::test::TestStore;
 
 namespace {
-
-struct TestStore : GalleryStore {
-    ~TestStore() {
-        WaitForDownloadWorkers(std::chrono::seconds(30));
-        if (root) {
-            DestroySubtree(root);
-            delete root;
-        }
-    }
-};
 
 // Waits until the queue is idle: both arrays empty and every worker returned.
 bool WaitIdle(GalleryStore& store, uint32_t limitMs = 30000) {

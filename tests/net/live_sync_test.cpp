@@ -21,21 +21,13 @@
 #include "store/store_paths.h"
 #include "support/live_service.h"
 #include "support/temp_home.h"
+#include "test_store.h"
 
 using namespace marrowfin;
 using marrowfin::test::TempHome;
+using marrowfin::test::TestStore;
 
 namespace {
-
-// A store of its own per test, freed with its tree.
-struct TestStore : GalleryStore {
-    ~TestStore() {
-        if (root) {
-            DestroySubtree(root);
-            delete root;
-        }
-    }
-};
 
 size_t CountBlocks(const GalleryNode* gallery) {
     size_t n = 0;
