@@ -27,6 +27,7 @@ QImage PreviewToImage(const DwgPreview& preview) {
                               int(preview.png.size()), "PNG")) {
       return {};
     }
+    if (!decoded.hasAlphaChannel()) return decoded.convertToFormat(QImage::Format_RGB32);
     // Transparent parts stand on white, like the BMP previews.
     QImage picture(decoded.size(), QImage::Format_RGB32);
     if (picture.isNull()) return {};

@@ -228,6 +228,14 @@ TEST(DwgPreviewReader, BmpEntryWinsOverPngAndGarbagePngIsNoPicture) {
   const DwgPreview onlyPng = ReadDwgPreview(MakeDrawing({{1, "h"}, {6, png}}));
   EXPECT_EQ(onlyPng.kind, DwgPreviewKind::Png);
   EXPECT_EQ(PreviewToImage(onlyPng).pixel(1, 1), qRgb(0, 0, 255));
+  // Transparent parts of a PNG preview stand on white.
+  QImage clear(3, 3, QImage::Format_ARGB32);
+  clear.fill(Qt::transparent);
+  clear.setPixel(1, 1, qRgba(255, 0, 0, 255));
+  const QImage onWhite = PreviewToImage(ReadDwgPreview(MakeDrawing({{6, service::EncodePng(clear)}})));
+  ASSERT_EQ(onWhite.size(), QSize(3, 3));
+  EXPECT_EQ(onWhite.pixel(0, 0), qRgb(255, 255, 255));
+  EXPECT_EQ(onWhite.pixel(1, 1), qRgb(255, 0, 0));
 
   EXPECT_EQ(ReadDwgPreview(MakeDrawing({{6, "not a png at all, not even close"}})).error,
             DwgPreviewError::BadPng);
