@@ -130,6 +130,21 @@ TEST(LiveTransport, UploadSendsTheFileAsMultipart) {
     EXPECT_EQ(out, u"error");
     EXPECT_EQ(svc.counters().get("/gallery/lfupload").count, 1);
     EXPECT_FALSE(UploadFile(ServiceBaseUrl() + u"/gallery/lfupload", u"", W(home.file("missing.zip")), out, 0));
+
+    // Progress of an upload: wParam 2 and the share sent, ending at 100.
+    test::RecordingWindows windows;
+    test::WriteBytes(home.file("big.zip"), std::string(3 * 1024 * 1024, 'z'));
+    EXPECT_TRUE(UploadFile(ServiceBaseUrl() + u"/gallery/lfupload", u"", W(home.file("big.zip")), out,
+                           test::RecordingWindows::kPanel));
+    const auto progress = windows.Messages(MsgProgress);
+    ASSERT_FALSE(progress.empty());
+    for (size_t i = 0; i < progress.size(); ++i) {
+        EXPECT_EQ(progress[i].wParam, 2u);
+        if (i) {
+            EXPECT_GT(progress[i].lParam, progress[i - 1].lParam);
+        }
+    }
+    EXPECT_EQ(progress.back().lParam, 100);
     svc.faults().set("/gallery/lfupload", FaultOf([](service::Fault& f) { f.status = 500; }));
     EXPECT_FALSE(UploadFile(ServiceBaseUrl() + u"/gallery/lfupload", u"", W(home.file("12345.zip")), out, 0));
 }
