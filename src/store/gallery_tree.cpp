@@ -56,7 +56,12 @@ GalleryNode* FindBlockByPath(GalleryNode* node, std::u16string_view path, bool s
     if (node->path == path && !IsCommonUseEntry(*node)) return node;
     if (!(skipRootFiles && IsRoot(*node))) {
         const auto& files = node->fileChildren;
-        for (size_t i = 0; i < files.size(); ++i) {
+        const size_t count = files.size();
+        for (size_t i = 0; i < count; ++i) {
+            // The walk is bound by memory latency: ask early for the node a few
+            // places ahead and for the name text of a nearer one.
+            if (i + 8 < count && files[i + 8]) __builtin_prefetch(files[i + 8]);
+            if (i + 4 < count && files[i + 4]) __builtin_prefetch(files[i + 4]->name.data());
             GalleryNode* child = files[i];
             if (!child) continue;
             // A leaf is tested here; the rare file with children goes the long way.
@@ -79,7 +84,12 @@ void FilterDir(const GalleryNode* node, std::u16string_view text, std::vector<Ga
     // and the call would cost more than the test.
     if (withFiles) {
         const auto& files = node->fileChildren;
-        for (size_t i = 0; i < files.size(); ++i) {
+        const size_t count = files.size();
+        for (size_t i = 0; i < count; ++i) {
+            // The walk is bound by memory latency: ask early for the node a few
+            // places ahead and for the name text of a nearer one.
+            if (i + 8 < count && files[i + 8]) __builtin_prefetch(files[i + 8]);
+            if (i + 4 < count && files[i + 4]) __builtin_prefetch(files[i + 4]->name.data());
             GalleryNode* child = files[i];
             if (child && !IsCommonUseEntry(*child) && ContainsFolded(child->name, text)) out.push_back(child);
         }
