@@ -1,5 +1,7 @@
 #include "markup/utf8_decoder.h"
 
+#include "platform/text.h"
+
 #include <cstdint>
 #include <cstring>
 
@@ -11,14 +13,6 @@ namespace marrowfin {
 namespace {
 
 constexpr char16_t kReplacement = 0xFFFD;
-
-inline int SequenceLength(unsigned char b) {
-    if (b < 0xC0) return 0;  // a continuation byte cannot lead
-    if (b < 0xE0) return 2;
-    if (b < 0xF0) return 3;
-    if (b < 0xF8) return 4;
-    return 0;
-}
 
 }  // namespace
 
@@ -101,19 +95,9 @@ size_t DecodeUtf8Into(const unsigned char* s, size_t n, char16_t* out, size_t& n
                 i += 2;
                 continue;
             }
-            const int len = SequenceLength(b);
-            bool ok = len > 1 && i + len <= n;
             uint32_t cp = 0;
-            if (ok) {
-                cp = b & (0xFF >> (len + 1));
-                for (int k = 1; k < len && ok; ++k) {
-                    if ((s[i + k] & 0xC0) != 0x80) ok = false;
-                    else cp = (cp << 6) | (s[i + k] & 0x3F);
-                }
-                // Overlong forms, surrogates and values past U+10FFFF are not characters.
-                static constexpr uint32_t kMin[5] = {0, 0, 0x80, 0x800, 0x10000};
-                if (ok && (cp < kMin[len] || cp > 0x10FFFF || (cp >= 0xD800 && cp <= 0xDFFF))) ok = false;
-            }
+            const int len = DecodeUtf8Sequence(s + i, n - i, cp);
+            const bool ok = len != 0;
             if (!ok) {
                 out[o++] = kReplacement;
                 ++i;

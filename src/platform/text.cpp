@@ -70,19 +70,9 @@ std::u16string Utf8ToUtf16(std::string_view bytes, bool* lossy) {
         }
         const unsigned char b = p[i];
         if (b < 0x80) { *o++ = b; ++i; continue; }
-        const int len = SequenceLength(b);
-        bool ok = len > 1 && i + len <= n;
         uint32_t cp = 0;
-        if (ok) {
-            cp = b & (0xFF >> (len + 1));
-            for (int k = 1; k < len && ok; ++k) {
-                if ((p[i + k] & 0xC0) != 0x80) ok = false;
-                else cp = (cp << 6) | (p[i + k] & 0x3F);
-            }
-            // Overlong forms, surrogates and values past U+10FFFF are not characters.
-            static constexpr uint32_t kMin[5] = {0, 0, 0x80, 0x800, 0x10000};
-            if (ok && (cp < kMin[len] || cp > 0x10FFFF || (cp >= 0xD800 && cp <= 0xDFFF))) ok = false;
-        }
+        const int len = DecodeUtf8Sequence(p + i, n - i, cp);
+        const bool ok = len != 0;
         if (!ok) { *o++ = kReplacement; bad = true; ++i; continue; }
         if (cp < 0x10000) {
             *o++ = static_cast<char16_t>(cp);

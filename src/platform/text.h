@@ -2,6 +2,7 @@
 // Text conversions at the edges of the library: UTF-8 and UTF-16 by hand,
 // legacy code pages through iconv, and the case folding of the name filters.
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -21,6 +22,23 @@ enum CodePage : uint32_t {
 // a lead byte 0xF8 or higher is invalid, continuation bytes need the high bit,
 // a sequence cut short at the end is invalid.
 bool IsValidUtf8(std::string_view bytes);
+
+// Decodes one multi-byte UTF-8 sequence at `p` (lead byte 0x80 or above) with
+// `avail` bytes left: its length and code point, or 0 when it is ill-formed
+// (bad lead, cut short, bad continuation, overlong, surrogate, past U+10FFFF).
+inline int DecodeUtf8Sequence(const unsigned char* p, size_t avail, uint32_t& cp) {
+    const unsigned char b = p[0];
+    const int len = b < 0xC0 ? 0 : b < 0xE0 ? 2 : b < 0xF0 ? 3 : b < 0xF8 ? 4 : 0;
+    if (len == 0 || static_cast<size_t>(len) > avail) return 0;
+    cp = b & (0xFF >> (len + 1));
+    for (int k = 1; k < len; ++k) {
+        if ((p[k] & 0xC0) != 0x80) return 0;
+        cp = (cp << 6) | (p[k] & 0x3F);
+    }
+    static constexpr uint32_t kMin[5] = {0, 0, 0x80, 0x800, 0x10000};
+    if (cp < kMin[len] || cp > 0x10FFFF || (cp >= 0xD800 && cp <= 0xDFFF)) return 0;
+    return len;
+}
 
 // Decodes UTF-8; ill-formed bytes become U+FFFD each. `lossy` reports that.
 std::u16string Utf8ToUtf16(std::string_view bytes, bool* lossy = nullptr);
