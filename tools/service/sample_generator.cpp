@@ -1,4 +1,5 @@
 #include "sample_generator.h"
+#include "xml_text.h"
 
 #include "dwg_writer.h"
 #include "symbol_painter.h"
@@ -91,20 +92,6 @@ struct GalleryPlan {
 std::string FileSafe(std::string text) {
     std::replace(text.begin(), text.end(), ' ', '-');
     return text;
-}
-
-std::string XmlEscape(const std::string& text) {
-    std::string out;
-    for (char c : text) {
-        switch (c) {
-        case '&': out += "&amp;"; break;
-        case '<': out += "&lt;"; break;
-        case '>': out += "&gt;"; break;
-        case '"': out += "&quot;"; break;
-        default: out.push_back(c);
-        }
-    }
-    return out;
 }
 
 bool WriteFile(const fs::path& path, const std::string& bytes, std::string& error) {

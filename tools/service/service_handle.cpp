@@ -1,4 +1,5 @@
 #include "service_impl.h"
+#include "xml_text.h"
 
 #include <arpa/inet.h>
 #include <dirent.h>
@@ -16,20 +17,7 @@ Reply Word(const std::string& word) { return Reply{200, word, "text/plain; chars
 Reply Xml(const std::string& text) { return Reply{200, text, "text/xml; charset=utf-8"}; }
 Reply BadRequest(const std::string& reason) { return Reply{400, reason + "\n", "text/plain; charset=utf-8"}; }
 
-std::string XmlAttr(const std::string& text) {
-    std::string out;
-    out.reserve(text.size());
-    for (char c : text) {
-        switch (c) {
-        case '&': out += "&amp;"; break;
-        case '<': out += "&lt;"; break;
-        case '>': out += "&gt;"; break;
-        case '"': out += "&quot;"; break;
-        default: out.push_back(c);
-        }
-    }
-    return out;
-}
+std::string XmlAttr(const std::string& text) { return XmlEscape(text); }
 
 std::string XmlHead() { return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"; }
 
