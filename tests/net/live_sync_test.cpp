@@ -42,6 +42,15 @@ service::Fault Status(int status) {
     return f;
 }
 
+// A fresh home with the service running and the sample's first gallery listed.
+struct OneGalleryWorld {
+    TempHome home;
+    std::string data = test::SampleLibrary();
+    std::vector<std::u16string> names = test::GalleryNames(data);
+    service::ServiceHandle svc = test::StartLiveService(data);
+    OneGalleryWorld() { AddGalleryToShowList(names[0]); }
+};
+
 }  // namespace
 
 TEST(LiveSync, FirstTreeFromTheServiceThenFromCataloguesOffline) {
@@ -94,14 +103,10 @@ TEST(LiveSync, FirstTreeFromTheServiceThenFromCataloguesOffline) {
 }
 
 TEST(LiveSync, ForcedRefreshRemovesDownloadedClassesOnce) {
-    TempHome home;
-    const std::string data = test::SampleLibrary();
-    const auto names = test::GalleryNames(data);
-    auto svc = test::StartLiveService(data);
-    auto settings = svc.settings();
+    OneGalleryWorld w;
+    auto settings = w.svc.settings();
     settings.forceRefresh = true;
-    svc.setSettings(settings);
-    AddGalleryToShowList(names[0]);
+    w.svc.setSettings(settings);
 
     // First run without catalogues: nothing to force, the refresh stays open.
     TestStore first;
@@ -125,11 +130,9 @@ TEST(LiveSync, ForcedRefreshRemovesDownloadedClassesOnce) {
 }
 
 TEST(LiveSync, SummaryMarksStaleClassesAndOpenClassFetchesThem) {
-    TempHome home;
-    const std::string data = test::SampleLibrary();
-    const auto names = test::GalleryNames(data);
-    auto svc = test::StartLiveService(data);
-    AddGalleryToShowList(names[0]);
+    OneGalleryWorld w;
+    const auto& names = w.names;
+    auto& svc = w.svc;
     TestStore store;
     BuildFirstTree(store);
     GalleryNode* gallery = store.root->dirChildren[0];
@@ -170,11 +173,9 @@ TEST(LiveSync, SummaryMarksStaleClassesAndOpenClassFetchesThem) {
 }
 
 TEST(LiveSync, FullFetchAndAddedGalleryFollowTheHourRule) {
-    TempHome home;
-    const std::string data = test::SampleLibrary();
-    const auto names = test::GalleryNames(data);
-    auto svc = test::StartLiveService(data);
-    AddGalleryToShowList(names[0]);
+    OneGalleryWorld w;
+    const auto& names = w.names;
+    auto& svc = w.svc;
     TestStore store;
     BuildFirstTree(store);
 
@@ -231,14 +232,12 @@ TEST(LiveSync, FirstStartWithoutNetworkGivesEmptyGalleries) {
 }
 
 TEST(LiveSync, EveryBrokenReplyFallsBackAndKeepsWhatTheTreeHad) {
-    TempHome home;
+    OneGalleryWorld w;
+    const auto& names = w.names;
+    auto& svc = w.svc;
     CurlTimeouts shortWait;
     shortWait.lowSpeedTime = std::chrono::seconds(1);
     CurlStack::SetTimeouts(shortWait);
-    const std::string data = test::SampleLibrary();
-    const auto names = test::GalleryNames(data);
-    auto svc = test::StartLiveService(data);
-    AddGalleryToShowList(names[0]);
     TestStore reference;
     BuildFirstTree(reference);
     const size_t blocks = CountBlocks(reference.root->dirChildren[0]);
