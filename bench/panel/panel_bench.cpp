@@ -10,9 +10,9 @@
 #include <iterator>
 #include <string>
 
-#include "panel/dwg_preview.h"
-#include "panel/dwg_preview_reader.h"
-#include "panel/fit_thumbnail.h"
+#include "panel/preview/dwg_preview.h"
+#include "panel/preview/dwg_preview_reader.h"
+#include "panel/preview/fit_thumbnail.h"
 
 namespace {
 

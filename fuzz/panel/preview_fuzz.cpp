@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <string_view>
 
-#include "panel/dwg_preview_reader.h"
+#include "panel/preview/dwg_preview_reader.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   using namespace marrowfin;

@@ -5,8 +5,8 @@
 
 #include <QImage>
 
-#include "panel/dwg_preview.h"
-#include "panel/dwg_preview_reader.h"
+#include "panel/preview/dwg_preview.h"
+#include "panel/preview/dwg_preview_reader.h"
 #include "preview_test_files.h"
 
 namespace marrowfin {

@@ -5,7 +5,7 @@
 #include <QImage>
 #include <QString>
 
-#include "panel/dwg_preview_reader.h"
+#include "panel/preview/dwg_preview_reader.h"
 
 namespace marrowfin {
 

@@ -1,4 +1,4 @@
-#include "panel/dwg_preview_reader.h"
+#include "panel/preview/dwg_preview_reader.h"
 
 #include <cstdio>
 #include <cstring>

@@ -1,4 +1,4 @@
-#include "panel/fit_thumbnail.h"
+#include "panel/preview/fit_thumbnail.h"
 
 #include <QPainter>
 #include <algorithm>

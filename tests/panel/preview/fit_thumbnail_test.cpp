@@ -8,8 +8,8 @@
 #include <QPainter>
 
 #include "dwg_writer.h"
-#include "panel/dwg_preview.h"
-#include "panel/fit_thumbnail.h"
+#include "panel/preview/dwg_preview.h"
+#include "panel/preview/fit_thumbnail.h"
 #include "support/test_paths.h"
 #include "symbol_painter.h"
 

@@ -11,8 +11,8 @@
 #include "platform/text.h"
 
 #include "dwg_writer.h"
-#include "panel/dwg_preview.h"
-#include "panel/dwg_preview_reader.h"
+#include "panel/preview/dwg_preview.h"
+#include "panel/preview/dwg_preview_reader.h"
 #include "preview_test_files.h"
 #include "support/temp_home.h"
 #include "support/test_paths.h"

@@ -1,4 +1,4 @@
-#include "panel/dwg_preview.h"
+#include "panel/preview/dwg_preview.h"
 
 #include <QPainter>
 #include <cstring>

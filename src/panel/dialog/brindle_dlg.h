@@ -1,0 +1,181 @@
+#pragma once
+// CBrindleDlg: the floating gallery panel. One instance per process, made by
+// the first export that needs it and never destroyed while the host runs;
+// closing only hides it. It owns every widget of the gallery, holds the
+// navigation state and is the one place where workers report back (by posted
+// window messages).
+//
+// Where the members live:
+//   brindle_dlg.cpp          construction, Create, OnInitDialog, message dispatch
+//   brindle_controls.cpp     the control table
+//   brindle_input.cpp        PreTranslateMessage, the title drag and click regions
+//   brindle_host_link.cpp    GalleryPanelControl, copy-data, the location step,
+//                            RequireLogin, the feedback wait, FindRow, IsBlkBoutique
+//   brindle_events.cpp       timers, MsgPanelEvent
+//   brindle_navigation.cpp   pages, class switching, subclasses, routes, search
+//                            commands, the panel buttons
+//   brindle_commands.cpp     MsgPanelCommand
+
+#include <QPointer>
+#include <QWidget>
+#include <cstdint>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "panel/model/block_row.h"
+#include "panel/model/panel_messages.h"
+#include "panel/model/panel_page.h"
+#include "platform/window_messages.h"
+
+class QLineEdit;
+
+namespace marrowfin {
+
+struct GalleryNode;
+struct GalleryStore;
+class CClassListCtrl;
+class CDWGListView;
+class CSearchListCtrl;
+class CSkinButton;
+class CSubclassButton;
+class CProgressCtrlOwner;
+
+class CBrindleDlg : public QWidget {
+    Q_OBJECT
+public:
+    CBrindleDlg();
+    ~CBrindleDlg() override;
+
+    // Makes the window (frameless, a tool window of `parent` when given) and
+    // runs OnInitDialog. Once only.
+    bool Create(QWidget* parent);
+    WindowHandle Handle();
+
+    // ---- host link ------------------------------------------------------
+    WindowHandle hostWindow = 0;
+    std::u16string showMode;
+    int32_t userId = -1;
+    std::u16string userToken;
+    std::u16string m_hostChannel;  // answer to GalleryHostRequest 7
+    bool m_hostAskedCollections = false;  // ResetClass asked for the collections (this step only)
+
+    // ---- owned widgets --------------------------------------------------
+    CDWGListView* m_pThumbList = nullptr;        // 2213
+    CSearchListCtrl* m_searchList = nullptr;     // 1007
+    CClassListCtrl* m_classList = nullptr;       // 1008
+    QLineEdit* m_searchEdit = nullptr;           // 3000
+    CProgressCtrlOwner* m_progress = nullptr;    // 3000 (the bar never notifies)
+    std::map<int, CSkinButton*> m_buttons;       // 1000, 2002, 2150, 2151, 2153 to 2158
+    std::vector<CSubclassButton*> m_subclassBtns;   // 18: 2080 to 2097
+    std::vector<CSkinButton*> m_collectionBtns;     // 2100, 2101, 2102, 2103, 2104, 2105
+    std::vector<CSkinButton*> m_searchBtns;         // 2200, 2201, 2202
+
+    // ---- navigation -----------------------------------------------------
+    int m_page = PageBrowse;
+    int m_classIndex = -1;
+    int m_pendingClass = -1;
+    bool m_slowSwitch = true;
+    std::u16string m_curClassPath;
+    std::u16string m_targetClass;
+    QString m_selectedName;
+    bool m_forceList = false;
+    int m_itemCount = 0;
+    std::vector<GalleryNode*> m_listNodes;
+    bool m_classesReady = false;
+    int m_syncStatus = -1;
+    GalleryStore* m_store = nullptr;
+    bool m_emptySubclassOpened = false;  // paint: "暂无图块" rather than "常用为空"
+
+    // ---- search and downloads -------------------------------------------
+    std::vector<BlockRow> m_rows;
+    std::vector<BlockRow> m_serverRows;
+    std::vector<BlockRow> m_collectionRows;
+    std::vector<GalleryNode*> m_localHits;
+    bool m_searchUntouched = false;
+    int m_searchState = 0;
+    QString m_lastSearch;
+    std::map<int, BlockRow> m_downloadQueue;
+    std::map<int, BlockRow> m_activeDownloads;
+    std::map<std::u16string, int> m_collected;
+    std::vector<int> m_rowsToCheck;
+    std::map<std::u16string, uint8_t> m_boutiqueCache;
+
+    // ---- thumbnails -----------------------------------------------------
+    std::vector<int> m_thumbsToCheck;
+    std::vector<std::u16string> m_thumbWaiting;
+    std::vector<std::u16string> m_thumbRunning;
+    bool m_thumbScanBusy = false;
+
+    // ---- class table ----------------------------------------------------
+    bool m_showDesc = false;
+
+    // ---- operations -----------------------------------------------------
+    void ShowPanel();   // SW_SHOW
+    void HidePanel();
+    // CloseGallery's save: lists, advertising file, the folder "search".
+    void SaveOnClose();
+    // Handles one message as the window procedure would; answers its result.
+    std::intptr_t OnMessage(uint32_t message, std::uintptr_t wParam, std::intptr_t lParam,
+                            std::unique_ptr<MessagePayload> payload);
+    // The pre-translate walk: true when the message was consumed.
+    bool PreTranslateMessage(QObject* receiver, QEvent* event);
+    // IsDLLHwnd: the panel, its thumbnail list, search list or class list.
+    bool IsOwnWindow(WindowHandle window);
+
+    // MsgPanelCommand and MsgPanelEvent.
+    void OnPanelCommand(std::uintptr_t code, std::intptr_t lParam);
+    void OnPanelEvent(std::uintptr_t code, std::intptr_t lParam, std::unique_ptr<MessagePayload> payload);
+
+    // The host link.
+    std::intptr_t OnPanelControl(std::uintptr_t code, std::intptr_t lParam);
+    std::intptr_t OnCopyData(const CopyDataStruct* data);
+    void LocationStep(const std::u16string& location);  // ShowGallery step 2 (and ResetClass)
+    void OpenCollectionsForHost();                       // ResetClass with "我的收藏"
+    void SearchFor(const QString& text);                 // SearchBrindleRes, copy-data 414
+    bool IsBlkBoutique(const std::u16string& blockPath);
+    int RequireLogin();
+    int FindRow(const BlockRow& row) const;
+    void FeedbackButton();    // 2153
+    void StatisticsButton();  // 2154
+
+    // Navigation.
+    void SelectClass(int row, bool highlight);
+    void SwitchClass(int row);
+    void OpenSubclass(int id);
+    void GoToPage(int page);
+    void OpenTargetClass();
+    void OpenRoute(const std::u16string& route);
+    void SearchCommand(int id);
+    void LayoutCollectionBar(bool shown);
+    void RebuildClassList();
+    // Runs the class manager (the gallery picker); true when it asks for the search page.
+    bool RunClassManager();
+
+    // Tests and the tour read these.
+    CSkinButton* Button(int id) const;
+
+protected:
+    bool event(QEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void closeEvent(QCloseEvent* event) override;
+
+private:
+    void OnInitDialog();
+    void CreateControls();
+    void OnTimer(std::uintptr_t id);
+    void OnButton(int id);
+    void OnPanelButton(int id);
+    void OnCloseButton();
+
+    QPointer<QWidget> m_parent;
+    bool m_created = false;
+};
+
+// CDomodalDlg: the invisible wait while the host's feedback form is open.
+// Runs until `userId` leaves -2 or the host window is gone; every third tick
+// of its 800 ms timer posts GalleryHostNotice 14.
+int RunFeedbackWait(CBrindleDlg& panel);
+
+}  // namespace marrowfin

@@ -1,0 +1,1 @@
+#include "panel/dialog/brindle_dlg.h"

@@ -1,0 +1,32 @@
+#pragma once
+// CDWGListView: the thumbnail grid of the shown class (virtual: it asks for
+// what it shows).
+
+#include <QWidget>
+#include <string>
+#include <vector>
+
+namespace marrowfin {
+
+class CDWGListView : public QWidget {
+    Q_OBJECT
+public:
+    explicit CDWGListView(QWidget* parent = nullptr);
+    ~CDWGListView() override;
+
+    // The block paths of the shown class; an empty path is the tile cell.
+    void SetPaths(const std::vector<std::u16string>& paths);
+    int GetItemCount() const;
+    int GetSelectedItem() const;   // -1 when none
+    void SetSelectedItem(int item);
+    void EnsureVisible(int item);
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    struct Impl;
+    Impl* m_impl;
+};
+
+}  // namespace marrowfin

@@ -1,0 +1,39 @@
+#pragma once
+// One block of the search and collection-search lists.
+
+#include <QImage>
+#include <QString>
+
+namespace marrowfin {
+
+enum BlockRowState : int {
+    RowFresh = 0,        // local, not collected: "收藏", "使用"
+    RowCollected = 1,    // local and collected: "使用"
+    RowDownloading = 2,  // queued or running
+    RowFailed = 3,       // download failed; lasts 3 seconds
+    RowFetched = 4,      // in the search cache, not collected
+    RowRemote = 5,       // not downloaded
+};
+
+struct BlockRow {
+    QString name;      // file name as the service gives it
+    QString klass;     // top class, or "我的收藏" (`class` is a keyword)
+    QString subclass;  // subclass, or the collection folder id of a collection row
+    QString url;
+    QString path;      // full local path of the .dwg
+    QImage thumbnail;  // the row's own preview; null until looked for
+    bool thumbnailTried = false;
+    bool prefetch = true;
+    bool boutique = false;
+    int size = 0;
+    int state = RowFresh;
+    int percent = 5;
+    int sequence = 0;
+};
+
+// Rows are the same row when name, class, url and path agree.
+inline bool SameRow(const BlockRow& a, const BlockRow& b) {
+    return a.name == b.name && a.klass == b.klass && a.url == b.url && a.path == b.path;
+}
+
+}  // namespace marrowfin

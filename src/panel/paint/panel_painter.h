@@ -1,0 +1,54 @@
+#pragma once
+// The panel paints its background, title, status line and every empty or
+// waiting state itself. The dialog fills a PanelPaintState from its fields and
+// hands it over; nothing here reads the dialog.
+
+#include <QColor>
+#include <QRect>
+#include <QString>
+
+class QPainter;
+
+namespace marrowfin {
+
+struct PanelPaintState {
+    int page = 1;               // PanelPage
+    int classIndex = -1;        // m_classIndex
+    int itemCount = 0;          // m_itemCount
+    int syncStatus = -1;        // m_syncStatus
+    bool emptySubclassOpened = false;  // a gallery subclass was opened and had no blocks ("暂无图块")
+    QString selectedName;       // m_selectedName
+    bool searchUntouched = false;      // m_searchUntouched
+    int searchState = 0;        // m_searchState
+    int rowCount = 0;           // m_rows.size()
+    bool searchEnded = false;   // PageSearch: the current search generation is known and has ended
+    QString defaultHotWord;     // g_defaultHotWord
+};
+
+struct BlockRow;
+
+// Paints the whole client area (width and height in pixels) for the state.
+void PaintPanel(QPainter& painter, const QSize& client, const PanelPaintState& state);
+
+// The look of one result row beyond its data.
+struct SearchRowLook {
+    bool selected = false;
+    int hoverButton = 0;     // 0 none, 1 "收藏", 2 "使用"
+    bool hoverLink = false;  // the mouse is on the row's class link
+    QString key;             // m_lastSearch
+};
+
+// Paints row `row` of the search list into `item` (the list's item rectangle).
+// Answers the width of the class line in pixels (the list keeps the first one
+// for its link test).
+int DrawSearchRow(QPainter& painter, const QRect& item, const BlockRow& row, const SearchRowLook& look);
+
+// Paints one row of the class list. `row` 0 is "最近使用", 1 "我的收藏".
+void DrawClassRow(QPainter& painter, const QRect& item, int row, const QString& text, bool boutique, bool selected,
+                  bool hover);
+
+// Draws `text` with every occurrence of `key` in the accent colour and the rest in `color`.
+void DrawHighlighted(QPainter& painter, const QString& text, const QString& key, const QRect& rect,
+                     const QColor& color);
+
+}  // namespace marrowfin
