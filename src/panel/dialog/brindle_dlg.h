@@ -169,6 +169,26 @@ private:
     void OnPanelButton(int id);
     void OnCloseButton();
 
+    // Navigation state and helpers of brindle_navigation.cpp and brindle_commands.cpp.
+    CSubclassButton* m_openedSubclass = nullptr;  // the subclass button opened last
+    uint32_t m_subclassTick = 0;                  // tick of the last accepted OpenSubclass
+    bool m_subclassTicked = false;
+    uint32_t m_searchTick = 0;                    // tick of the last accepted SearchCommand
+    bool m_searchTicked = false;
+    int32_t m_collectionUser = -1;                // user of the last collection target
+    BlockRow m_focusRow;                          // command 23's row, looked for after the next listing
+    bool m_focusPending = false;
+    bool m_rebuildingClasses = false;             // command 0 runs: OpenTargetClass must not send it again
+    void RebuildAndReopen();                      // command 0
+    void ApplyShowList(std::intptr_t force);      // command 6
+    void SelectionChanged(std::intptr_t item);    // command 1
+    void RefreshClassRows();                      // command 19
+    void RunCollectionFilter();
+    void LoadCollectionRows();
+    void ShowEmptyClass(int row, const std::u16string& path);
+    void PlaceThumbList(int entries);
+    bool ClassIsBoutique(const std::u16string& path) const;
+
     QPointer<QWidget> m_parent;
     bool m_created = false;
 };
