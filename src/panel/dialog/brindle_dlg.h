@@ -191,6 +191,14 @@ private:
 
     QPointer<QWidget> m_parent;
     bool m_created = false;
+
+    // Input state of brindle_input.cpp: Qt reports Control as a modifier but
+    // not Tab, so Tab's press and release are tracked here; the title drag by
+    // hand when the platform refuses a system move.
+    bool m_tabDown = false;
+    bool m_dragging = false;
+    QPoint m_dragOffset;
+    bool DragEvent(QEvent* event);
 };
 
 // CDomodalDlg: the invisible wait while the host's feedback form is open.
