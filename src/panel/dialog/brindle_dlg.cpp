@@ -1,1 +1,165 @@
 #include "panel/dialog/brindle_dlg.h"
+
+#include <QGuiApplication>
+#include <QIcon>
+#include <QPainter>
+#include <QScreen>
+
+#include "net/download_queue.h"
+#include "net/gallery_sync.h"
+#include "net/http_stack.h"
+#include "panel/dialog/host_requests.h"
+#include "panel/dialog/panel_timers.h"
+#include "panel/dialog/start_up.h"
+#include "panel/paint/panel_painter.h"
+#include "platform/files.h"
+#include "platform/profile.h"
+#include "platform/qt/qt_window_system.h"
+#include "platform/qt/window_message_event.h"
+#include "platform/qt/window_timers.h"
+#include "skin/skin_scale.h"
+#include "skin/skin_sheet.h"
+#include "store/gallery_store.h"
+#include "store/store_paths.h"
+
+namespace marrowfin {
+
+CBrindleDlg::CBrindleDlg() : QWidget(nullptr) {}
+
+// Child widgets go with the window; rows hold their thumbnails by value.
+CBrindleDlg::~CBrindleDlg() = default;
+
+bool CBrindleDlg::Create(QWidget* parent) {
+    if (m_created) return false;
+    m_created = true;
+    m_parent = parent;
+    Qt::WindowFlags flags = Qt::Window | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint;
+    if (parent) flags |= Qt::Tool;
+    setParent(parent, flags);
+    InstallQtWindowSystem();
+    (void)HandleOf(this);  // registered now, so that timers and posts reach the window from the first step
+    OnInitDialog();
+    return true;
+}
+
+WindowHandle CBrindleDlg::Handle() { return HandleOf(this); }
+
+void CBrindleDlg::ShowPanel() { show(); }
+
+void CBrindleDlg::HidePanel() {
+    m_tabDown = false;  // its release goes elsewhere once the panel is hidden
+    m_dragging = false;
+    hide();
+}
+
+bool CBrindleDlg::event(QEvent* event) {
+    if (event->type() == WindowMessageEvent::EventType()) {
+        auto* message = static_cast<WindowMessageEvent*>(event);
+        message->result = OnMessage(message->Message(), message->WParam(), message->LParam(), message->TakePayload());
+        return true;
+    }
+    if (DragEvent(event)) return true;
+    return QWidget::event(event);
+}
+
+std::intptr_t CBrindleDlg::OnMessage(uint32_t message, std::uintptr_t wParam, std::intptr_t lParam,
+                                     std::unique_ptr<MessagePayload> payload) {
+    switch (message) {
+        case WM_TIMER_MESSAGE:
+            OnTimer(wParam);
+            return 0;
+        case MsgPanelCommand:
+            OnPanelCommand(wParam, lParam);
+            return 0;
+        case MsgPanelEvent:
+            OnPanelEvent(wParam, lParam, std::move(payload));
+            return 0;
+        case GalleryPanelControl:
+            return OnPanelControl(wParam, lParam);
+        case WM_COPYDATA_MESSAGE:
+            // A null record goes to the default handling, which answers 0.
+            if (lParam == 0) return 0;
+            return OnCopyData(reinterpret_cast<const CopyDataStruct*>(lParam));
+        case MsgFileReady:
+        case MsgProgress:
+            // The thumbnail list and the result rows take these when they join;
+            // until then the path of a finished file is freed here.
+            return 0;
+        default:
+            return 0;
+    }
+}
+
+void CBrindleDlg::OnInitDialog() {
+    // 1. The window icon, from the skin folder's drawn icon at several sizes.
+    QIcon icon;
+    for (const char* stem : {"panel_icon_16", "panel_icon_32", "panel_icon_48", "panel_icon_128"}) {
+        const QImage& picture = SkinPicture(QString::fromLatin1(stem), false);
+        if (!picture.isNull()) icon.addPixmap(QPixmap::fromImage(picture));
+    }
+    if (!icon.isNull()) setWindowIcon(icon);
+
+    // 2, 3. Scale, fonts and the skin sheet; a missing sheet only leaves the pictures out.
+    InitSkinScaleFromScreen();
+    (void)LoadSkinSheet();
+
+    // 4 to 6. The class table.
+    StartUpClassTable(*this);
+
+    // 7. Size, place and caption.
+    resize(ScaleUnits(755), ScaleUnits(454));
+    if (QScreen* screen = QGuiApplication::primaryScreen()) {
+        const QRect desk = screen->availableGeometry();
+        move(desk.left() + (desk.width() - width()) / 2, desk.top() + (desk.height() - height()) / 2);
+    }
+    setWindowTitle(QStringLiteral("Ombrel_Panel"));
+
+    // 8 to 12. Tool tips are Qt's own; the controls in the table's order.
+    CreateControls();
+
+    // 13. Wait for a running first synchronisation (about 20 s at most).
+    m_store = &GalleryStore::Instance();
+    WaitForSync(*m_store);
+
+    // 14. No Show.xml yet: the user has picked no gallery.
+    if (!FileExists(ShowListPath())) {
+        // The class manager dialog joins later; until then the tree is built
+        // as it would be after the dialog closed without a change.
+        BuildFirstTree(*m_store);
+    }
+
+    // 15. The host's main window and its channel text.
+    hostWindow = HandleOf(ApplicationMainWindow());
+    std::u16string channel;
+    if (hostWindow != 0) SendHostRequest(hostWindow, MARROWFIN_REQUEST_CHANNEL, &channel);
+    m_hostChannel = channel;
+
+    // 16. The advertising tiles join later.
+
+    // 17. The hourly class-table refresh and the first build of the class list.
+    SetTimer(Handle(), kTimerHourlyRefresh, kHourlyRefreshMs);
+    KillTimer(Handle(), kTimerBuildClassList);
+    if (m_page != PageSearch) SetTimer(Handle(), kTimerBuildClassList, kFirstClassListMs);
+
+    // 18.
+    if (showMode == u"UpdateShow") HidePanel();
+}
+
+void CBrindleDlg::paintEvent(QPaintEvent* event) {
+    (void)event;
+    QPainter painter(this);
+    PanelPaintState state;
+    state.page = m_page;
+    state.classIndex = m_classIndex;
+    state.itemCount = m_itemCount;
+    state.syncStatus = m_syncStatus;
+    state.emptySubclassOpened = m_emptySubclassOpened;
+    state.selectedName = m_selectedName;
+    state.searchUntouched = m_searchUntouched;
+    state.searchState = m_searchState;
+    state.rowCount = static_cast<int>(m_rows.size());
+    // Whether a search generation has ended and the default hot word join with the search.
+    PaintPanel(painter, size(), state);
+}
+
+}  // namespace marrowfin

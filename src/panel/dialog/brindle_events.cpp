@@ -1,1 +1,124 @@
+// The panel's timers and MsgPanelEvent.
+
+#include "net/gallery_sync.h"
 #include "panel/dialog/brindle_dlg.h"
+#include "panel/dialog/hourly_refresh.h"
+#include "panel/dialog/panel_timers.h"
+#include "panel/lists/class_list_ctrl.h"
+#include "panel/lists/dwg_list_view.h"
+#include "panel/lists/search_list_ctrl.h"
+#include "platform/profile.h"
+#include "platform/qt/qt_window_system.h"
+#include "platform/qt/window_timers.h"
+#include "skin/skin_button.h"
+#include "skin/skin_scale.h"
+
+namespace marrowfin {
+
+namespace {
+
+constexpr int kStatusButtons[] = {2155, 2156, 2157, 2150};
+
+}  // namespace
+
+void CBrindleDlg::OnTimer(std::uintptr_t id) {
+    const WindowHandle self = Handle();
+    switch (id) {
+        case kTimerHourlyRefresh: {
+            if (DecideHourlyRefresh(LocalHour(), RollPercent()) == HourlyStep::Wait) return;
+            KillTimer(self, kTimerHourlyRefresh);
+            if (GetOptionInt(u"RequestNetwork", -1) != 0) {
+                // The class-table refresh joins with the class table.
+            }
+            return;
+        }
+        case kTimerRightStrip:
+            KillTimer(self, id);
+            update(QRect(width() - ScaleUnits(35), 0, ScaleUnits(35), height()));
+            return;
+        case kTimerBuildClassList:
+            KillTimer(self, id);
+            (void)PostWindowMessage(self, MsgPanelCommand, 0, 0);  // the panel itself: cannot be gone
+            return;
+        case kTimerClassSwitch:
+            KillTimer(self, id);
+            m_slowSwitch = false;
+            SwitchClass(m_pendingClass);
+            return;
+        case kTimerRepaintAll:
+            KillTimer(self, id);
+            update();
+            return;
+        case kTimerClassTableApply:
+        case kTimerRowCheck:
+        case kTimerThumbRequest:
+        case kTimerRowUse:
+        case kTimerRowCollect:
+        case kTimerRowClassLink:
+            // One-shots whose work joins with the class table, the thumbnail
+            // list and the result rows: they end here so they never tick on.
+            KillTimer(self, id);
+            return;
+        default:
+            // 1010, the cloud sync poll, joins with the collections.
+            return;
+    }
+}
+
+void CBrindleDlg::OnPanelEvent(std::uintptr_t code, std::intptr_t lParam, std::unique_ptr<MessagePayload> payload) {
+    // A payload (a worker's path) is freed when this returns; codes 0 to 3
+    // and 6 to 11 join with the thumbnail list and the collections.
+    (void)payload;
+    switch (code) {
+        case 4: {
+            for (int id : kStatusButtons)
+                if (CSkinButton* button = Button(id)) button->hide();
+            if (m_classIndex == 1) {
+                if (m_itemCount > 0) return;
+                auto show = [this](int id) {
+                    if (CSkinButton* button = Button(id)) button->show();
+                };
+                switch (m_syncStatus) {
+                    case -1:
+                        show(2150);
+                        break;
+                    case 0:
+                        show(2155);
+                        show(2156);
+                        break;
+                    case 3:
+                    case 4:
+                        show(2157);
+                        break;
+                    default:
+                        break;
+                }
+            }
+            update(ScaleRect(190, 110, 580, 300));
+            return;
+        }
+        case 5: {
+            m_syncStatus = static_cast<int>(lParam);
+            if (m_syncStatus == -2)
+                for (int id : kStatusButtons)
+                    if (CSkinButton* button = Button(id)) button->hide();
+            for (CSkinButton* button : m_collectionBtns)
+                if (button) button->setVisible(m_syncStatus == -1);
+            (void)PostWindowMessage(Handle(), MsgPanelEvent, 4, 0);
+            return;
+        }
+        default:
+            return;
+    }
+}
+
+bool CBrindleDlg::IsOwnWindow(WindowHandle window) {
+    if (window == 0) return false;
+    if (window == Handle()) return true;
+    for (QWidget* own : {static_cast<QWidget*>(m_pThumbList), static_cast<QWidget*>(m_searchList),
+                         static_cast<QWidget*>(m_classList)})
+        if (own && HandleOf(own) == window) return true;
+    return false;
+}
+
+}  // namespace marrowfin
