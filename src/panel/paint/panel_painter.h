@@ -52,3 +52,17 @@ void DrawHighlighted(QPainter& painter, const QString& text, const QString& key,
                      const QColor& color);
 
 }  // namespace marrowfin
+
+namespace marrowfin {
+
+// The x of the class row's icon cell in the skin sheet (y 88, size 16).
+int ClassRowIconX(int row, bool boutique, bool selected);
+
+// The name a result row shows: a trailing ".dwg" (any case) dropped when the
+// name is longer than four characters.
+QString RowDisplayName(const QString& name);
+// The class line of a result row: class, ">", and the subclass from behind
+// its first "..".
+QString RowClassLine(const BlockRow& row);
+
+}  // namespace marrowfin

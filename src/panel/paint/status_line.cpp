@@ -1,0 +1,37 @@
+#include <QPainter>
+
+#include "panel/model/panel_page.h"
+#include "panel/paint/panel_colours.h"
+#include "panel/paint/panel_draw.h"
+#include "panel/paint/panel_layers.h"
+#include "panel/paint/panel_painter.h"
+#include "skin/skin_fonts.h"
+#include "skin/skin_scale.h"
+
+namespace marrowfin {
+
+bool ShowsResultCount(const PanelPaintState& state) {
+    if (!state.selectedName.isEmpty() || state.searchUntouched) return false;
+    // A search still running has no count yet.
+    if (state.page == PageSearch) return state.searchEnded;
+    if (state.page == PageCollectionSearch) return state.rowCount != 0;
+    return false;
+}
+
+void PaintStatusLine(QPainter& painter, const QSize&, const PanelPaintState& state) {
+    namespace c = panel_colours;
+    if (!state.selectedName.isEmpty()) {
+        PlaceText(painter, ScaleRect(588, 427, 750, 447), QStringLiteral("注：双击缩略图快速插入图块"),
+                  Font(SkinFont::Bold), c::Accent(), Place::Left);
+        PlaceText(painter, ScaleRect(10, 427, 49, 447), QStringLiteral("名称："), Font(SkinFont::Bold), c::Text(),
+                  Place::Left);
+        PlaceText(painter, ScaleRect(49, 427, 530, 447), state.selectedName, Font(SkinFont::Normal), c::Text(),
+                  Place::Left);
+        return;
+    }
+    if (!ShowsResultCount(state)) return;
+    const QString count = QString::number(state.rowCount);
+    DrawHighlighted(painter, QStringLiteral("共%1条结果").arg(count), count, ScaleRect(10, 427, 160, 447), c::Text());
+}
+
+}  // namespace marrowfin
