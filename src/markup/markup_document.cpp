@@ -67,6 +67,7 @@ MarkupDocument::MarkupDocument(MarkupDocument&&) noexcept = default;
 MarkupDocument& MarkupDocument::operator=(MarkupDocument&&) noexcept = default;
 
 void MarkupDocument::Clear() {
+    m_attributes.element = 0;
     m_text = std::make_unique<char16_t[]>(1);
     m_length = 0;
     m_capacity = 1;
@@ -145,6 +146,7 @@ bool MarkupDocument::WellFormedResult() const {
 // One pass over the text: each node from the tokeniser either opens, closes
 // or leaves the index alone. Only element records are written.
 bool MarkupDocument::Parse() {
+    m_attributes.element = 0;
     m_parent = m_main = m_child = 0;
     m_mainKind = 0;
     ReserveRecords(static_cast<uint32_t>(std::min<size_t>(m_length / 64 + 8, PageSize)));
@@ -421,17 +423,47 @@ size_t MarkupDocument::TagContentEnd(uint32_t index) const {
 
 std::u16string MarkupDocument::AttributeOf(uint32_t index, std::u16string_view name) const {
     if (index == 0 || name.empty()) return {};
-    const ElementRecord& r = Record(index);
     const char16_t* t = m_text.get();
-    std::u16string out;
-    ScanAttributes(t, r.start + 1, TagContentEnd(index), [&](const AttributeSpan& a) {
-        if (a.nameEnd - a.nameBegin != name.size() ||
-            !std::equal(name.begin(), name.end(), t + a.nameBegin))
-            return false;
-        DecodeMarkupText(std::u16string_view(t + a.valueBegin, a.valueEnd - a.valueBegin), out);
+    AttributeCache& c = m_attributes;
+    if (c.element != index) {
+        const size_t end = TagContentEnd(index);
+        c.element = index;
+        c.count = 0;
+        c.end = static_cast<uint32_t>(end);
+        c.resume = static_cast<uint32_t>(SkipTagName(t, Record(index).start + 1, end));
+        c.done = false;
+    }
+    // Names are short: a plain loop beats a call to memcmp.
+    auto sameName = [&](size_t begin, size_t length) {
+        if (length != name.size()) return false;
+        for (size_t i = 0; i < length; ++i)
+            if (t[begin + i] != name[i]) return false;
         return true;
-    });
-    return out;
+    };
+    auto value = [&](size_t begin, size_t length) {
+        std::u16string out;
+        DecodeMarkupText(std::u16string_view(t + begin, length), out);
+        return out;
+    };
+    for (uint32_t i = 0; i < c.count; ++i) {
+        const AttributeCache::Span& s = c.spans[i];
+        if (sameName(s.nameBegin, s.nameLength)) return value(s.valueBegin, s.valueLength);
+    }
+    if (c.done) return {};
+    // Go on from the last cached attribute. Past the cache's capacity the
+    // scan still runs, but later calls start again behind the cached part.
+    size_t p = c.resume;
+    AttributeSpan a;
+    while (NextAttribute(t, p, c.end, a)) {
+        if (c.count < AttributeCache::Capacity) {
+            c.spans[c.count++] = {static_cast<uint32_t>(a.nameBegin), static_cast<uint32_t>(a.nameEnd - a.nameBegin),
+                                  static_cast<uint32_t>(a.valueBegin), static_cast<uint32_t>(a.valueEnd - a.valueBegin)};
+            c.resume = static_cast<uint32_t>(p);
+        }
+        if (sameName(a.nameBegin, a.nameEnd - a.nameBegin)) return value(a.valueBegin, a.valueEnd - a.valueBegin);
+    }
+    if (c.resume == p) c.done = true;
+    return {};
 }
 
 std::u16string MarkupDocument::GetElementText() const { return ElementTextOf(m_main); }
@@ -444,6 +476,7 @@ std::u16string MarkupDocument::GetTagName() const { return TagNameOf(m_main); }
 std::u16string MarkupDocument::GetChildTagName() const { return TagNameOf(m_child); }
 
 void MarkupDocument::Insert(size_t offset, size_t removeLength, std::u16string_view with) {
+    m_attributes.element = 0;
     const size_t newLength = m_length - removeLength + with.size();
     const size_t tail = m_length - offset - removeLength;
     ReserveText(newLength);

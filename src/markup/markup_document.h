@@ -134,6 +134,27 @@ private:
     // Two-level index: page i >> 16, slot i & 0xFFFF.
     std::vector<std::unique_ptr<ElementRecord[]>> m_pages;
     uint32_t m_firstPageCapacity = 0;
+
+    // The attributes of the element last asked about, as far as they have
+    // been scanned: a walk that reads several attributes of each element
+    // scans each start tag once. Emptied whenever the text changes; a plain
+    // array, so reading allocates nothing but the result.
+    struct AttributeCache {
+        static constexpr uint32_t Capacity = 16;
+        struct Span {
+            uint32_t nameBegin;
+            uint32_t nameLength;
+            uint32_t valueBegin;
+            uint32_t valueLength;
+        };
+        uint32_t element = 0;  // 0: nothing cached
+        uint32_t count = 0;
+        uint32_t resume = 0;   // where the scan goes on
+        uint32_t end = 0;      // end of the attributes of the tag
+        bool done = false;     // every attribute of the tag is in `spans`
+        Span spans[Capacity];
+    };
+    mutable AttributeCache m_attributes;
 };
 
 }  // namespace marrowfin

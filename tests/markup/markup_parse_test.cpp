@@ -2,6 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <random>
+#include <string>
+#include <utility>
+#include <vector>
+
 #include "markup/markup_document.h"
 #include "markup_test_util.h"
 
@@ -289,5 +295,83 @@ TEST(MarkupParse, ResultTextIsCapped) {
     EXPECT_EQ(doc.GetResult(), u"");
 }
 
+// Attributes are read from a cache of the last element's tag; every order of
+// reading, misses among hits, more attributes than the cache holds and edits
+// between reads must give what a fresh scan gives.
+TEST(MarkupParse, AttributesInAnyOrderAndAfterEdits) {
+    std::u16string tag = u"<e";
+    std::vector<std::pair<std::u16string, std::u16string>> expected;
+    for (int i = 0; i < 20; ++i) {
+        const std::u16string n = u"a" + W(std::to_string(i));
+        const std::u16string v = u"v" + W(std::to_string(i)) + u"&amp;";
+        tag += u" " + n + u"=\"" + v + u"\"";
+        expected.emplace_back(n, W("v" + std::to_string(i) + "&"));
+    }
+    // Later duplicates, inside and beyond the cached part, never win.
+    tag += u" a3='late' a18='late' na=\"short\" name='全名' names=x>";
+    expected.emplace_back(u"na", u"short");
+    expected.emplace_back(u"name", u"全名");
+    expected.emplace_back(u"names", u"x");
+    const std::u16string text = u"<r>" + tag + u"<c k=\"child\"/></e><f k=\"other\"/></r>";
+
+    std::mt19937 random(7);
+    for (int round = 0; round < 40; ++round) {
+        MarkupDocument doc;
+        ASSERT_TRUE(doc.SetText(text)) << ResultOf(doc);
+        ASSERT_TRUE(doc.FindElement(u"r"));
+        ASSERT_TRUE(doc.EnterElement());
+        ASSERT_TRUE(doc.FindElement(u"e"));
+        auto order = expected;
+        std::shuffle(order.begin(), order.end(), random);
+        for (const auto& [n, v] : order) {
+            EXPECT_EQ(doc.GetAttribute(n), v) << U8(n) << " in round " << round;
+            EXPECT_EQ(doc.GetAttribute(u"missing"), u"");
+            EXPECT_EQ(doc.GetAttribute(u"a"), u"");
+            EXPECT_EQ(doc.GetAttribute(u"names2"), u"");
+        }
+        // Reading another element in between and coming back.
+        ASSERT_TRUE(doc.FindChildElement(u"c"));
+        EXPECT_EQ(doc.GetChildAttribute(u"k"), u"child");
+        EXPECT_EQ(doc.GetAttribute(u"a19"), u"v19&");
+        EXPECT_EQ(doc.GetChildAttribute(u"k"), u"child");
+        EXPECT_EQ(doc.GetChildAttribute(u"a0"), u"");
+    }
+
+    // Edits move the cached element's tag or change its values.
+    MarkupDocument doc;
+    ASSERT_TRUE(doc.SetText(text));
+    ASSERT_TRUE(doc.FindElement(u"r"));
+    ASSERT_TRUE(doc.EnterElement());
+    ASSERT_TRUE(doc.FindElement(u"e"));
+    ASSERT_TRUE(doc.FindChildElement(u"c"));
+    EXPECT_EQ(doc.GetChildAttribute(u"k"), u"child");
+    ASSERT_TRUE(doc.SetAttribute(u"a0", u"a much longer value than before"));
+    EXPECT_EQ(doc.GetChildAttribute(u"k"), u"child");
+    EXPECT_EQ(doc.GetAttribute(u"a0"), u"a much longer value than before");
+    EXPECT_EQ(doc.GetAttribute(u"a1"), u"v1&");
+    ASSERT_TRUE(doc.SetAttribute(u"a1", u"1"));
+    EXPECT_EQ(doc.GetAttribute(u"a1"), u"1");
+    EXPECT_EQ(doc.GetAttribute(u"new"), u"");
+    ASSERT_TRUE(doc.SetAttribute(u"new", u"n"));
+    EXPECT_EQ(doc.GetAttribute(u"new"), u"n");
+    EXPECT_EQ(doc.GetChildAttribute(u"k"), u"child");
+    ASSERT_TRUE(doc.FindElement(u"f"));
+    EXPECT_EQ(doc.GetAttribute(u"k"), u"other");
+    // An edit of the parent moves the child's tag that was read last.
+    doc.RewindMain();
+    ASSERT_TRUE(doc.FindElement(u"e"));
+    EXPECT_EQ(doc.GetAttribute(u"a2"), u"v2&");
+    ASSERT_TRUE(doc.LeaveElement());
+    EXPECT_EQ(doc.GetChildAttribute(u"a2"), u"v2&");
+    ASSERT_TRUE(doc.SetAttribute(u"z", u"long enough to move everything behind it"));
+    EXPECT_EQ(doc.GetChildAttribute(u"a2"), u"v2&");
+    EXPECT_EQ(doc.GetChildAttribute(u"names"), u"x");
+    EXPECT_EQ(CheckIndex(doc), "");
+    // A new text empties the cache even where the record numbers agree.
+    ASSERT_TRUE(doc.SetText(u"<r><e a2='other'/></r>"));
+    ASSERT_TRUE(doc.FindElement(u"r"));
+    ASSERT_TRUE(doc.FindChildElement(u"e"));
+    EXPECT_EQ(doc.GetChildAttribute(u"a2"), u"other");
+}
 }  // namespace
 }  // namespace marrowfin
