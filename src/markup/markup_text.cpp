@@ -67,6 +67,45 @@ static_assert(std::size(kReferences) == 253);
 
 inline char16_t FoldAscii(char16_t c) { return (c >= u'A' && c <= u'Z') ? static_cast<char16_t>(c + 32) : c; }
 
+// The table bucketed by a hash of the folded name, built once: a lookup
+// compares a handful of names instead of the whole table.
+constexpr size_t kReferenceBuckets = 128;
+
+size_t FoldedHash(std::u16string_view name) {
+    size_t h = 0;
+    for (const char16_t c : name) h = h * 31 + FoldAscii(c);
+    return h;
+}
+size_t FoldedHash(std::string_view name) {
+    size_t h = 0;
+    for (const char c : name) h = h * 31 + FoldAscii(static_cast<unsigned char>(c));
+    return h;
+}
+
+struct ReferenceBuckets {
+    uint16_t begin[kReferenceBuckets + 1];
+    uint8_t entries[std::size(kReferences)];
+};
+
+const ReferenceBuckets& Buckets() {
+    static const ReferenceBuckets buckets = [] {
+        ReferenceBuckets b{};
+        size_t bucketOf[std::size(kReferences)];
+        uint16_t counts[kReferenceBuckets] = {};
+        for (size_t i = 0; i < std::size(kReferences); ++i) {
+            bucketOf[i] = FoldedHash(std::string_view(kReferences[i].name)) % kReferenceBuckets;
+            ++counts[bucketOf[i]];
+        }
+        b.begin[0] = 0;
+        for (size_t k = 0; k < kReferenceBuckets; ++k) b.begin[k + 1] = static_cast<uint16_t>(b.begin[k] + counts[k]);
+        uint16_t fill[kReferenceBuckets];
+        std::copy(std::begin(b.begin), std::end(b.begin) - 1, fill);
+        for (size_t i = 0; i < std::size(kReferences); ++i) b.entries[fill[bucketOf[i]]++] = static_cast<uint8_t>(i);
+        return b;
+    }();
+    return buckets;
+}
+
 // Compares a name from the text with a table name; folded compares ignore the case of A to Z.
 bool NameEquals(std::u16string_view name, const char* entry, bool folded) {
     size_t i = 0;
@@ -76,16 +115,6 @@ bool NameEquals(std::u16string_view name, const char* entry, bool folded) {
         if (folded ? FoldAscii(name[i]) != FoldAscii(e) : name[i] != e) return false;
     }
     return entry[i] == 0;
-}
-
-void AppendCodePoint(std::u16string& out, uint32_t cp) {
-    if (cp > 0xFFFF) {
-        cp -= 0x10000;
-        out += static_cast<char16_t>(0xD800 + (cp >> 10));
-        out += static_cast<char16_t>(0xDC00 + (cp & 0x3FF));
-    } else {
-        out += static_cast<char16_t>(cp);
-    }
 }
 
 // Value of the reference between & and ;, or 0 when there is none.
@@ -112,50 +141,74 @@ uint32_t ReferenceValue(std::u16string_view name) {
 }  // namespace
 
 uint32_t NamedReferenceValue(std::u16string_view name) {
-    // Exact case first, so that Oslash and oslash keep their own characters;
+    // Candidates share the bucket of their folded name, in table order:
+    // exact case first, so that Oslash and oslash keep their own characters;
     // then any case, so that &AMP; is still an ampersand.
-    for (const NamedReference& r : kReferences)
-        if (NameEquals(name, r.name, false)) return r.value;
-    for (const NamedReference& r : kReferences)
-        if (NameEquals(name, r.name, true)) return r.value;
+    const ReferenceBuckets& buckets = Buckets();
+    const size_t bucket = FoldedHash(name) % kReferenceBuckets;
+    const uint8_t* first = buckets.entries + buckets.begin[bucket];
+    const uint8_t* last = buckets.entries + buckets.begin[bucket + 1];
+    for (const uint8_t* e = first; e != last; ++e)
+        if (NameEquals(name, kReferences[*e].name, false)) return kReferences[*e].value;
+    for (const uint8_t* e = first; e != last; ++e)
+        if (NameEquals(name, kReferences[*e].name, true)) return kReferences[*e].value;
     return 0;
 }
 
 size_t NamedReferenceCount() { return std::size(kReferences); }
 
 void DecodeMarkupText(std::u16string_view text, std::u16string& out) {
-    size_t first = text.find(u'&');
+    const size_t first = text.find(u'&');
     if (first == std::u16string_view::npos) {
         out.append(text);  // most values hold no reference: one copy
         return;
     }
-    out.reserve(out.size() + text.size());
-    size_t i = 0;
+    // A reference never decodes longer than it stands (a surrogate pair takes
+    // at least "&#65536;"), so the text's length is room enough: write into
+    // it directly and cut it to size at the end.
+    const size_t base = out.size();
+    out.resize(base + text.size());
+    char16_t* o = out.data() + base;
+    const char16_t* s = text.data();
     const size_t n = text.size();
+    std::char_traits<char16_t>::copy(o, s, first);
+    o += first;
+    size_t i = first;
     while (i < n) {
-        // Copy the run up to the next & in one piece.
-        size_t amp = i == 0 ? first : text.find(u'&', i);
-        if (amp == std::u16string_view::npos) amp = n;
-        out.append(text.data() + i, amp - i);
-        if (amp == n) break;
-        // Up to nine characters behind &, stopping at ;.
-        size_t end = amp + 1;
-        bool reference = false;
-        while (end < n && end - amp <= 9) {
-            const char16_t c = text[end];
-            if (c == u';') { reference = end > amp + 1; break; }
-            if (c >= 0x80) break;
-            ++end;
-        }
-        uint32_t value = reference ? ReferenceValue(text.substr(amp + 1, end - amp - 1)) : 0;
-        if (value == 0) {
-            out += u'&';
-            i = amp + 1;
+        const char16_t c = s[i];
+        if (c != u'&') {
+            *o++ = c;
+            ++i;
             continue;
         }
-        AppendCodePoint(out, value);
+        // Up to nine characters behind &, stopping at ;.
+        size_t end = i + 1;
+        bool reference = false;
+        while (end < n && end - i <= 9) {
+            const char16_t r = s[end];
+            if (r == u';') {
+                reference = end > i + 1;
+                break;
+            }
+            if (r >= 0x80) break;
+            ++end;
+        }
+        const uint32_t value = reference ? ReferenceValue(std::u16string_view(s + i + 1, end - i - 1)) : 0;
+        if (value == 0) {
+            *o++ = u'&';
+            ++i;
+            continue;
+        }
+        if (value > 0xFFFF) {
+            const uint32_t v = value - 0x10000;
+            *o++ = static_cast<char16_t>(0xD800 + (v >> 10));
+            *o++ = static_cast<char16_t>(0xDC00 + (v & 0x3FF));
+        } else {
+            *o++ = static_cast<char16_t>(value);
+        }
         i = end + 1;
     }
+    out.resize(static_cast<size_t>(o - out.data()));
 }
 
 void EncodeMarkupText(std::u16string_view text, std::u16string& out, bool attribute) {

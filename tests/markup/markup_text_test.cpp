@@ -28,6 +28,12 @@ TEST(MarkupText, DecodesReferences) {
     EXPECT_EQ(Decode(u"&#1114112;"), u"&#1114112;");
     EXPECT_EQ(Decode(u"&thetasym;|&Oslash;&oslash;&OSLASH;&AMP;&Nbsp;"), u"\u03D1|\u00D8\u00F8\u00D8&\u00A0");
     EXPECT_EQ(Decode(u"&euro;&hellip;&中;"), u"\u20AC\u2026&中;");
+    // Case pairs keep their own characters; a name in neither case takes the
+    // first of the table in any case.
+    EXPECT_EQ(Decode(u"&Alpha;&alpha;&ALPHA;&Scaron;&scaron;&Dagger;&dagger;&lArr;&larr;&LARR;&Prime;&prime;"),
+              u"\u0391\u03B1\u0391\u0160\u0161\u2021\u2020\u21D0\u2190\u2190\u2033\u2032");
+    EXPECT_EQ(Decode(u"&sup1;&sup;&supe;&sub;&nsub;&zwj;&zwnj;&diams;&lt&gt;x&#60;&#x3C;"),
+              u"\u00B9\u2283\u2287\u2282\u2284\u200D\u200C\u2666&lt>x<<");
     EXPECT_EQ(Decode(u"a&"), u"a&");
     EXPECT_EQ(Decode(u"&amp"), u"&amp");
     EXPECT_EQ(NamedReferenceCount(), 253u);
