@@ -1,8 +1,217 @@
-// MsgPanelCommand: the panel's central command handler.
+// MsgPanelCommand: the panel's central command handler. Every command answers 0.
+#include <map>
+#include <mutex>
+#include <set>
+#include <shared_mutex>
+
+#include "net/tree_lock.h"
 #include "panel/dialog/brindle_dlg.h"
+#include "panel/dialog/panel_timers.h"
+#include "panel/lists/class_list_ctrl.h"
+#include "panel/lists/search_list_ctrl.h"
+#include "platform/qt/window_timers.h"
+#include "skin/skin_button.h"
+#include "skin/skin_scale.h"
+#include "store/gallery_node.h"
+#include "store/gallery_store.h"
+#include "store/gallery_tree.h"
+#include "store/show_list.h"
 
 namespace marrowfin {
 
-void CBrindleDlg::OnPanelCommand(std::uintptr_t, std::intptr_t) {}
+namespace {
+
+constexpr char16_t kCollectionText[] = u"我的收藏";
+
+}  // namespace
+
+void CBrindleDlg::OnPanelCommand(std::uintptr_t code, std::intptr_t lParam) {
+    switch (code) {
+        case 0:
+            RebuildAndReopen();
+            return;
+        case 1:
+            SelectionChanged(lParam);
+            return;
+        case 2:
+            // Renaming a collection folder joins with the collection dialogs.
+            return;
+        case 3:
+        case 4:
+            // Activating and renaming a block join with the thumbnail list.
+            return;
+        case 5:
+            if (m_collectionBtns.size() > 2 && m_collectionBtns[2]) m_collectionBtns[2]->setEnabled(lParam >= 0);
+            return;
+        case 6:
+            ApplyShowList(lParam);
+            return;
+        case 8:
+            if (!m_targetClass.empty()) OpenTargetClass();
+            return;
+        case 9:
+        case 10:
+        case 11:
+        case 12:
+        case 13:
+        case 14:
+        case 15:
+        case 18:
+            // The result rows and their downloads join with the result list.
+            return;
+        case 16:
+            if (!IsSearchPage(m_page)) return;
+            m_rows = m_serverRows;
+            if (m_searchList) {
+                m_searchList->SetRows(&m_rows);
+                m_searchList->show();
+            }
+            return;
+        case 17:
+            if (!IsSearchPage(m_page)) return;
+            update(ScaleRect(8, 68, 554, 288));
+            update(ScaleRect(10, 427, 768, 447));
+            return;
+        case 19:
+            RefreshClassRows();
+            return;
+        case 20:
+            // A failed search joins with the search run.
+            return;
+        case 21:
+            if (m_classList && lParam >= 0 && lParam < m_classList->GetItemCount()) {
+                const int row = static_cast<int>(lParam);
+                // The list leaves its selection to its owner, as a clicked row
+                // of a list control is selected before it notifies.
+                m_classList->SetSelectedRow(row);
+                SelectClass(row, false);
+            }
+            return;
+        case 22:
+            // Opening an advertising tile's address joins with the tiles.
+            return;
+        case 23:
+            if (lParam >= 0 && lParam < static_cast<std::intptr_t>(m_rows.size())) {
+                m_focusRow = m_rows[static_cast<size_t>(lParam)];
+                m_focusPending = true;
+                OpenRoute(u"/" + m_focusRow.klass.toStdU16String() + u"/" + m_focusRow.subclass.toStdU16String());
+            }
+            return;
+        case 24:
+            // Reapplying the class table after a new sort joins with the class table.
+            return;
+        default:
+            // 7 and anything above 24 do nothing.
+            return;
+    }
+}
+
+void CBrindleDlg::SelectionChanged(std::intptr_t item) {
+    m_selectedName.clear();
+    if (item >= 0) {
+        const size_t i = static_cast<size_t>(item);
+        const std::vector<GalleryNode*>& nodes = IsSearchPage(m_page) ? m_localHits : m_listNodes;
+        if (i < nodes.size() && nodes[i]) m_selectedName = QString::fromStdU16String(nodes[i]->name);
+        if (m_classIndex == 1) PostWindowMessage(Handle(), MsgPanelCommand, 5, 0);
+    } else if (m_classIndex == 1) {
+        PostWindowMessage(Handle(), MsgPanelCommand, 5, -1);
+    }
+    update(ScaleRect(9, 424, 540, 450));
+    update(ScaleRect(568, 427, 760, 447));
+}
+
+void CBrindleDlg::RebuildAndReopen() {
+    // OpenTargetClass below must not send this command again before the list is ready.
+    m_rebuildingClasses = true;
+    GalleryNode* root = m_store ? m_store->root : nullptr;
+    if (root) {
+        RebuildClassList();
+        if (CSkinButton* more = Button(2002)) more->show();
+        PostWindowMessage(Handle(), MsgPanelCommand, 19, 0);
+    }
+    LayoutCollectionBar(m_classIndex == 1);
+
+    bool reopened = false;
+    if (!m_curClassPath.empty()) {
+        if (!root) {
+            m_forceList = true;
+            SelectClass(0, true);
+        } else if (GalleryNode* node = FindNodeByPath(root, m_curClassPath); node && node != root) {
+            reopened = true;
+            if (GalleryNode* parent = node->parent) {
+                if (parent == root)
+                    m_targetClass = u"/" + node->name;
+                else
+                    m_targetClass = u"/" + parent->name + u"/" + node->name;
+                OpenTargetClass();
+            }
+        }
+    }
+    if (!reopened) {
+        // The recent list is the panel's start page.
+        m_forceList = true;
+        SelectClass(0, true);
+    }
+    m_rebuildingClasses = false;
+    m_classesReady = true;
+}
+
+void CBrindleDlg::ApplyShowList(std::intptr_t force) {
+    if (!isVisible() && force == 0) return;
+    if (!m_store || !m_store->root) return;
+    GalleryNode* root = m_store->root;
+
+    // The user's picks in file order, each with its folder; a name listed twice counts once.
+    std::vector<std::u16string> names;
+    std::set<std::u16string> listed;
+    for (const ShowItem& item : ReadShowList(true))
+        if (!item.name.empty() && listed.insert(item.name).second) names.push_back(item.name);
+
+    {
+        // The download worker reads block nodes under this lock while it resolves a URL.
+        std::unique_lock<std::shared_mutex> lock(TreeLock());
+        GalleryNode* collection = nullptr;
+        std::map<std::u16string, GalleryNode*> kept;
+        bool dropped = false;
+        for (GalleryNode* child : root->dirChildren) {
+            if (!child) continue;
+            if (child->name == kCollectionText && !collection) {
+                collection = child;
+            } else if (listed.count(child->name) && !kept.count(child->name)) {
+                kept[child->name] = child;
+            } else {
+                DestroySubtree(child);
+                delete child;
+                dropped = true;
+            }
+        }
+        root->dirChildren.clear();
+        if (dropped) m_listNodes.clear();  // they may point into a gallery that went
+        if (collection) root->dirChildren.push_back(collection);
+        for (const std::u16string& name : names) {
+            if (auto it = kept.find(name); it != kept.end()) {
+                // Put back as it was: AddChild would read the common-use list a second time.
+                root->dirChildren.push_back(it->second);
+                continue;
+            }
+            const std::u16string path = root->path + u"/" + name;
+            if (FindNodeByPath(root, path)) continue;
+            auto* gallery = new GalleryNode(root->name, path, name, u"dir", false, false, 0);
+            if (!AddChild(root, gallery, false)) delete gallery;
+            // Its classes come from the next opening (or ReloadFolder once the
+            // collections' loader joins).
+        }
+    }
+
+    SetTimer(Handle(), kTimerBuildClassList, kClassListMs);
+    PostWindowMessage(Handle(), MsgPanelCommand, 19, 0);
+}
+
+void CBrindleDlg::RefreshClassRows() {
+    if (!m_store || !m_store->root) return;
+    // Until the class table joins, each gallery's own boutique mark is the
+    // verdict, so the rows only need drawing again.
+    if (m_classList) m_classList->update();
+}
 
 }  // namespace marrowfin

@@ -1,18 +1,701 @@
 // Pages, class switching, subclasses, routes, search commands and the panel buttons.
+#include <QLineEdit>
+
+#include "markup/markup_document.h"
+#include "net/gallery_sync.h"
+#include "net/http_transport.h"
 #include "panel/dialog/brindle_dlg.h"
+#include "panel/dialog/hot_words.h"
+#include "panel/dialog/panel_timers.h"
+#include "panel/lists/class_list_ctrl.h"
+#include "panel/lists/dwg_list_view.h"
+#include "panel/lists/search_list_ctrl.h"
+#include "platform/files.h"
+#include "platform/qt/window_timers.h"
+#include "platform/text.h"
+#include "platform/ticks.h"
+#include "skin/pop_tip_dlg.h"
+#include "skin/skin_button.h"
+#include "skin/skin_scale.h"
+#include "skin/subclass_button.h"
+#include "store/gallery_node.h"
+#include "store/gallery_store.h"
+#include "store/gallery_tree.h"
+#include "store/store_ini.h"
 
 namespace marrowfin {
 
-void CBrindleDlg::SelectClass(int, bool) {}
-void CBrindleDlg::SwitchClass(int) {}
-void CBrindleDlg::OpenSubclass(int) {}
-void CBrindleDlg::GoToPage(int) {}
-void CBrindleDlg::OpenTargetClass() {}
-void CBrindleDlg::OpenRoute(const std::u16string&) {}
-void CBrindleDlg::SearchCommand(int) {}
-void CBrindleDlg::LayoutCollectionBar(bool) {}
-void CBrindleDlg::RebuildClassList() {}
-bool CBrindleDlg::RunClassManager() { return false; }
-void CBrindleDlg::OnPanelButton(int) {}
+namespace {
+
+constexpr char16_t kRecentText[] = u"最近使用";
+constexpr char16_t kCollectionText[] = u"我的收藏";
+constexpr char16_t kCollectionRoute[] = u"/我的收藏";
+constexpr char16_t kCommonText[] = u"常用";
+
+// Subclass buttons stand in two rows of nine.
+constexpr int kSubclassRow = 9;
+constexpr int kSubclassButtons = 18;
+
+// Rapid presses are damped by tick differences: a press counts only when
+// more than this many ticks have passed since the last accepted one.
+constexpr uint32_t kSubclassQuietMs = 350;
+constexpr uint32_t kSearchQuietMs = 450;
+
+constexpr unsigned kRightStripMs = 1000;
+constexpr unsigned kRepaintAllMs = 1200;
+constexpr unsigned kRouteRebuildMs = 250;
+constexpr uint32_t kMirrorSettleMs = 300;
+constexpr uint32_t kLeaveSearchMs = 500;
+
+QString Q(std::u16string_view text) { return QString::fromUtf16(text.data(), static_cast<qsizetype>(text.size())); }
+std::u16string S(const QString& text) { return text.toStdU16String(); }
+
+void SetShown(QWidget* widget, bool shown) {
+    if (widget) widget->setVisible(shown);
+}
+
+// The tip of a subclass button: the name behind the first "..", unless the
+// name starts with it.
+QString SubclassTip(const std::u16string& name) {
+    const size_t dots = name.find(u"..");
+    if (dots != std::u16string::npos && dots > 0) return Q(std::u16string_view(name).substr(dots + 2));
+    return Q(name);
+}
+
+// The collections' folder of a user: "<userId>_收藏".
+std::u16string CollectionName(int32_t user) { return W(std::to_string(user)) + u"_收藏"; }
+
+bool StartsWith(std::u16string_view text, std::u16string_view prefix) {
+    return text.size() >= prefix.size() && text.substr(0, prefix.size()) == prefix;
+}
+
+}  // namespace
+
+// ---- class column ----------------------------------------------------------
+
+void CBrindleDlg::SelectClass(int row, bool highlight) {
+    if (highlight && m_classList && m_classList->GetSelectedRow() != row) {
+        m_classList->SetSelectedRow(row);
+        if (!m_classList->IsRowInClient(row)) m_classList->EnsureVisible(row);
+    }
+    m_pendingClass = row;
+    // A burst of selections restarts the one timer and ends in one switch.
+    SetTimer(Handle(), kTimerClassSwitch, m_slowSwitch ? 350 : 100);
+    m_slowSwitch = true;
+}
+
+void CBrindleDlg::RebuildClassList() {
+    if (!m_classList) return;
+    m_classList->DeleteAllItems();
+    m_classList->InsertItem(0, Q(kRecentText));
+    m_classList->InsertItem(1, Q(kCollectionText));
+    if (!m_store || !m_store->root) return;
+    for (const GalleryNode* gallery : m_store->root->dirChildren) {
+        if (!gallery || gallery->name == kCollectionText) continue;
+        m_classList->InsertItem(m_classList->GetItemCount(), Q(gallery->name));
+    }
+}
+
+void CBrindleDlg::PlaceThumbList(int entries) {
+    if (!m_pThumbList) return;
+    int top = entries <= kSubclassRow ? 72 : 106;
+    int height = entries <= kSubclassRow ? 343 : 309;
+    // The collection bar takes a strip above the buttons.
+    if (m_page == PageCollection) {
+        top += 38;
+        height -= 38;
+    }
+    m_pThumbList->setGeometry(ScaleBox(133, top, 617, height));
+}
+
+// A class without a directory or without subclasses: the page stands empty,
+// with "添加图块" on the collections and "下载图库" elsewhere.
+void CBrindleDlg::ShowEmptyClass(int row, const std::u16string& path) {
+    m_itemCount = 0;
+    SetShown(Button(2150), row == 1);
+    SetShown(Button(2151), row != 1);
+    SetShown(m_pThumbList, false);
+    SetTimer(Handle(), kTimerRightStrip, kRightStripMs);
+    update();
+    m_classIndex = row;
+    m_targetClass.clear();
+    m_curClassPath = path;
+}
+
+bool CBrindleDlg::ClassIsBoutique(const std::u16string& path) const {
+    // The class table's verdict takes over once it is loaded; until then the
+    // top class's own mark in the tree answers.
+    if (!m_store || !m_store->root) return false;
+    const std::u16string& base = m_store->root->path;
+    if (!StartsWith(path, base) || path.size() <= base.size() + 1) return false;
+    const size_t start = base.size() + 1;
+    const size_t end = path.find(u'/', start);
+    const std::u16string top = path.substr(start, end == std::u16string::npos ? std::u16string::npos : end - start);
+    for (const GalleryNode* gallery : m_store->root->dirChildren)
+        if (gallery && gallery->name == top) return gallery->boutique;
+    return false;
+}
+
+void CBrindleDlg::SwitchClass(int row) {
+    if (!m_classList) return;
+    std::u16string text = S(m_classList->GetItemText(row));
+    if (!m_store || !m_store->root) return;
+    GalleryNode* root = m_store->root;
+
+    PostWindowMessage(Handle(), MsgPanelCommand, 1, -1);
+    m_syncStatus = -1;
+    PostWindowMessage(Handle(), MsgPanelEvent, 4, 0);
+    m_listNodes.clear();
+    m_forceList = false;
+
+    const bool barShown = !m_collectionBtns.empty() && m_collectionBtns[0] && m_collectionBtns[0]->isVisible();
+    if (m_classIndex >= 0 && (m_classIndex == 1 || barShown)) LayoutCollectionBar(false);
+
+    if (row == 1) {
+        m_page = PageCollection;
+        LayoutCollectionBar(true);
+        PostWindowMessage(Handle(), MsgPanelCommand, 5, -1);
+    } else {
+        m_page = PageBrowse;
+    }
+
+    for (CSubclassButton* button : m_subclassBtns) SetShown(button, false);
+    m_curClassPath.clear();
+    m_itemCount = 0;
+    m_emptySubclassOpened = false;
+    SetShown(Button(2150), false);
+    SetShown(Button(2151), false);
+
+    if (text == kRecentText) {
+        m_curClassPath = root->path;
+        std::vector<std::u16string> paths;
+        for (GalleryNode* entry : root->fileChildren) {
+            if (!entry) continue;
+            paths.push_back(entry->path);
+            m_listNodes.push_back(entry);
+        }
+        m_itemCount = static_cast<int>(m_listNodes.size());
+        if (m_itemCount > 0) {
+            if (m_pThumbList) {
+                m_pThumbList->setGeometry(ScaleBox(133, 72, 617, 343));
+                m_pThumbList->show();
+                m_pThumbList->SetPaths(paths);
+            }
+            SetTimer(Handle(), kTimerRightStrip, kRightStripMs);
+            update(ScaleRect(115, 42, 205, 65));
+        } else {
+            SetShown(m_pThumbList, false);
+            SetTimer(Handle(), kTimerRightStrip, kRightStripMs);
+            update();
+        }
+        m_classIndex = row;
+        m_targetClass.clear();
+        return;
+    }
+
+    if (row == 1) {
+        // The collections are read from the service once they join; until
+        // then the page stands as an empty collection, and without a signed-in
+        // user there is nothing to list at all.
+        if (userId < 2) return;
+        m_classIndex = 1;
+        text = CollectionName(userId);
+    }
+
+    const std::u16string path = root->path + u"/" + text;
+    if (!DirectoryExists(path)) {
+        ShowEmptyClass(row, path);
+        return;
+    }
+
+    GalleryNode* node = FindNodeByPath(root, path);
+    bool hasClasses = false;
+    if (node && !IsFile(*node))
+        for (const GalleryNode* child : node->dirChildren) hasClasses = hasClasses || child != nullptr;
+    if (!hasClasses) {
+        ShowEmptyClass(row, node ? node->path : path);
+        return;
+    }
+
+    m_classIndex = row;
+    if (row >= 2) {
+        RefreshClassSummary(*m_store, text);
+        // The summary keeps the gallery node but may have rebuilt its classes.
+        node = FindNodeByPath(root, path);
+        if (!node) {
+            ShowEmptyClass(row, path);
+            return;
+        }
+    }
+
+    // Fill the subclass buttons: "常用" first for a gallery with common-use entries.
+    bool common = false;
+    if (row >= 2)
+        for (const GalleryNode* entry : node->fileChildren) common = common || entry != nullptr;
+    int slot = 0;
+    int chosen = 2080;
+    int children = 0;
+    auto fill = [&](CSubclassButton* button, const std::u16string& data, const std::u16string& caption) {
+        button->data = Q(data);
+        button->setText(Q(caption));
+        button->selected = false;
+        button->show();
+        if (!m_targetClass.empty() && data == m_targetClass) chosen = button->ControlId();
+    };
+    if (common && !m_subclassBtns.empty()) {
+        CSubclassButton* button = m_subclassBtns[0];
+        fill(button, node->path, kCommonText);
+        button->setToolTip(Q(kCommonText));
+        button->boutique = false;
+        slot = 1;
+    }
+    for (GalleryNode* child : node->dirChildren) {
+        if (!child) continue;
+        ++children;
+        if (slot >= kSubclassButtons || slot >= static_cast<int>(m_subclassBtns.size())) continue;
+        CSubclassButton* button = m_subclassBtns[slot++];
+        fill(button, child->path, child->name);
+        button->setToolTip(SubclassTip(child->name));
+        button->boutique = !common && ClassIsBoutique(child->path);
+    }
+
+    m_itemCount = children + (common ? 1 : 0);
+    if (m_itemCount < 1) {
+        ShowEmptyClass(row, path);
+        return;
+    }
+    m_forceList = true;
+    PlaceThumbList(m_itemCount);
+    OpenSubclass(chosen);
+
+    m_targetClass.clear();
+    if (m_classIndex == 1) SetTimer(Handle(), kTimerRepaintAll, kRepaintAllMs);
+}
+
+// ---- subclass buttons ------------------------------------------------------
+
+void CBrindleDlg::OpenSubclass(int id) {
+    if (m_subclassTicked && TicksSince(m_subclassTick) <= kSubclassQuietMs) return;
+    m_subclassTick = GetTickCount();
+    m_subclassTicked = true;
+
+    const int index = id - 2080;
+    if (index < 0 || index >= static_cast<int>(m_subclassBtns.size())) return;
+    CSubclassButton* button = m_subclassBtns[index];
+    if (!button) return;
+    if (button == m_openedSubclass && !m_forceList) return;
+
+    PostWindowMessage(Handle(), MsgPanelCommand, 5, -1);
+    m_forceList = false;
+    if (m_openedSubclass && m_openedSubclass != button) {
+        m_openedSubclass->selected = false;
+        m_openedSubclass->Redraw();
+    }
+    button->selected = true;
+    button->Redraw();
+    SetShown(Button(2150), false);
+    SetShown(Button(2151), false);
+
+    if (!m_store || !m_store->root) return;
+    const std::u16string path = S(button->data);
+    if (!FindNodeByPath(m_store->root, path)) return;
+    // A folder of the collections takes its blocks from the service first;
+    // that joins with the collections, until then the mirror on disk stands.
+
+    m_curClassPath = path;
+    m_listNodes.clear();
+    OpenClass(*m_store, path);
+    // A fetch may have rebuilt the class's blocks: look the node up again.
+    GalleryNode* node = FindNodeByPath(m_store->root, path);
+    if (!node) return;
+
+    // The advertising tile of the first cell joins with the tiles.
+    std::vector<std::u16string> paths;
+    for (GalleryNode* child : node->fileChildren) {
+        if (!child) continue;
+        paths.push_back(child->path);
+        m_listNodes.push_back(child);
+    }
+    m_itemCount = static_cast<int>(m_listNodes.size());
+    m_emptySubclassOpened = false;
+
+    if (m_itemCount > 0) {
+        if (m_curClassPath.find(u"收藏") != std::u16string::npos) SleepMs(kMirrorSettleMs);
+        if (m_pThumbList) {
+            m_pThumbList->show();
+            m_pThumbList->SetPaths(paths);
+        }
+        SetTimer(Handle(), kTimerRightStrip, kRightStripMs);
+        if (m_pThumbList) {
+            m_pThumbList->SetSelectedItem(0);
+            m_pThumbList->EnsureVisible(0);
+            m_pThumbList->setFocus();
+        }
+        PostWindowMessage(Handle(), MsgPanelCommand, 1, 0);
+    } else {
+        PostWindowMessage(Handle(), MsgPanelCommand, 1, -1);
+        if (m_classIndex == 1) {
+            SetShown(Button(2150), true);
+            SetShown(Button(2151), false);
+        } else {
+            SetShown(Button(2150), false);
+            if (button->text() != Q(kCommonText)) {
+                SetShown(Button(2151), true);
+                m_emptySubclassOpened = true;
+            }
+        }
+        SetShown(m_pThumbList, false);
+        SetTimer(Handle(), kTimerRightStrip, kRightStripMs);
+        update();
+    }
+
+    m_openedSubclass = button;
+    if (m_focusPending) {
+        m_focusPending = false;
+        if (m_pThumbList) {
+            int item = 0;
+            const std::u16string name = S(m_focusRow.name);
+            for (size_t i = 0; i < m_listNodes.size(); ++i) {
+                if (m_listNodes[i] && m_listNodes[i]->name == name) {
+                    item = static_cast<int>(i);
+                    break;
+                }
+            }
+            m_pThumbList->SetSelectedItem(item);
+            m_pThumbList->EnsureVisible(item);
+            m_pThumbList->setFocus();
+        }
+        m_focusRow = BlockRow{};
+    }
+}
+
+void CBrindleDlg::LayoutCollectionBar(bool shown) {
+    if (!shown) SendWindowMessage(Handle(), MsgPanelEvent, 5, -2);
+    const int firstTop = shown ? 79 : 41;
+    const int secondTop = shown ? 113 : 75;
+    for (size_t i = 0; i < m_subclassBtns.size(); ++i) {
+        CSubclassButton* button = m_subclassBtns[i];
+        if (!button) continue;
+        const int n = static_cast<int>(i);
+        const int left = n < kSubclassRow ? 136 + 68 * n : 136 + 68 * (n - kSubclassRow);
+        button->move(ScaleUnits(left), ScaleUnits(n < kSubclassRow ? firstTop : secondTop));
+    }
+    for (CSkinButton* button : m_collectionBtns) SetShown(button, shown);
+}
+
+// ---- pages -----------------------------------------------------------------
+
+void CBrindleDlg::GoToPage(int page) {
+    PostWindowMessage(Handle(), MsgPanelCommand, 1, -1);
+
+    const bool toSearch = IsSearchPage(page) && page != m_page;
+    if (toSearch) {
+        if (m_classIndex == 1) LayoutCollectionBar(false);
+        SetShown(Button(2158), false);
+        if (m_pThumbList) {
+            m_pThumbList->setGeometry(ScaleBox(133, 72, 617, 343));
+            m_pThumbList->hide();
+        }
+        SetShown(m_searchEdit, true);
+        if (m_searchBtns.size() > 2) {
+            SetShown(m_searchBtns[1], true);
+            SetShown(m_searchBtns[2], true);
+        }
+        for (CSkinButton* button : m_collectionBtns) SetShown(button, false);
+        for (CSubclassButton* button : m_subclassBtns) SetShown(button, false);
+        SetShown(Button(2002), false);
+        SetShown(Button(2150), false);
+        SetShown(Button(2151), false);
+        SetShown(m_classList, false);
+        m_searchUntouched = true;
+        m_localHits.clear();
+        if (page == PageSearch) {
+            // The hot word row joins with the search box.
+            m_page = PageSearch;
+            if (m_searchEdit) {
+                m_searchEdit->setCursorPosition(0);
+                m_searchEdit->setFocus();
+            }
+            update();
+        } else {
+            if (m_searchEdit) m_searchEdit->setFocus();
+            m_collectionRows.clear();
+            update();
+            m_page = PageCollectionSearch;
+            LoadCollectionRows();
+        }
+        return;
+    }
+
+    if (!IsSearchPage(page) && IsSearchPage(m_page)) {
+        m_lastSearch.clear();
+        SetShown(Button(2158), true);
+        SetShown(m_searchEdit, false);
+        SetShown(m_searchList, false);
+        for (CSkinButton* button : m_searchBtns) SetShown(button, false);
+        if (m_classIndex == 1) {
+            for (CSkinButton* button : m_collectionBtns) SetShown(button, true);
+            m_page = PageCollection;
+        } else {
+            m_page = PageBrowse;
+        }
+        update();
+        if (m_searchEdit) m_searchEdit->clear();
+        SetShown(m_classList, true);
+        SetShown(Button(2002), true);
+        SetShown(Button(2150), false);
+        SetShown(Button(2151), false);
+        m_searchUntouched = false;
+        // The tick rebuilds the class list and reopens the class.
+        if (!m_curClassPath.empty()) SetTimer(Handle(), kTimerBuildClassList, kClassListMs);
+    }
+}
+
+void CBrindleDlg::LoadCollectionRows() {
+    const std::u16string url = ServiceBaseUrl() + u"/gallery/get_u_collect?type=client&usertoken=" + userToken +
+                               u"&kind=dwg&needdwg=1";
+    std::u16string reply;
+    if (!PostForm(url, u"", reply)) return;  // the page stays open with an empty list
+    MarkupDocument doc;
+    doc.SetText(reply);
+    if (!doc.FindElement(u"root")) return;
+    doc.EnterElement();
+    const std::u16string base = m_store && m_store->root ? m_store->root->path : std::u16string();
+    const std::u16string mirror = base + u"/" + CollectionName(userId);
+    while (doc.FindElement(u"favorites")) {
+        while (doc.FindChildElement(u"dwg")) {
+            BlockRow row;
+            row.name = Q(doc.GetChildAttribute(u"filename"));
+            row.klass = Q(kCollectionText);
+            const std::u16string info = doc.GetChildAttribute(u"dwg_info");
+            row.subclass = Q(info);
+            row.url = Q(doc.GetChildAttribute(u"dwg_url"));
+            row.size = Q(doc.GetChildAttribute(u"size")).toInt();
+            row.boutique = doc.GetChildAttribute(u"gv") == u"1";
+            row.thumbnailTried = false;
+            row.prefetch = true;
+            const std::u16string file = mirror + u"/" + info + u"/" + S(row.name);
+            row.path = Q(file);
+            row.state = FileExists(file) ? RowCollected : RowRemote;
+            m_collectionRows.push_back(std::move(row));
+        }
+    }
+}
+
+// ---- routes ----------------------------------------------------------------
+
+void CBrindleDlg::OpenRoute(const std::u16string& route) {
+    if (route.empty()) {
+        if (!IsSearchPage(m_page)) SetTimer(Handle(), kTimerBuildClassList, kRouteRebuildMs);
+        return;
+    }
+    if (IsSearchPage(m_page)) {
+        m_curClassPath.clear();
+        SearchCommand(2202);
+        SleepMs(kLeaveSearchMs);
+    }
+    // Routes outside the collections go through the class manager's
+    // OpenClassRoute once it joins, which also lists a missing class in
+    // Show.xml; until then every route opens as a target class.
+    m_targetClass = route;
+    OpenTargetClass();
+}
+
+void CBrindleDlg::OpenTargetClass() {
+    if (!m_store || !m_store->root || m_targetClass.empty()) return;
+    if (!m_classesReady && !m_rebuildingClasses) {
+        const std::u16string saved = m_targetClass;
+        SendWindowMessage(Handle(), MsgPanelCommand, 0, 0);
+        m_targetClass = saved;
+        KillTimer(Handle(), kTimerBuildClassList);
+    }
+
+    std::u16string target = m_targetClass;
+    if (target.find(kCollectionRoute) != std::u16string::npos) {
+        // The collections' reload from the service joins with them; until
+        // then a target in the collections needs a signed-in user.
+        if (userId < 2) return;
+        if (userId != m_collectionUser) m_collectionUser = userId;
+        m_forceList = true;
+        const size_t at = target.find(kCollectionText);
+        target.replace(at, std::char_traits<char16_t>::length(kCollectionText),
+                       CollectionName(userId));
+    }
+
+    GalleryNode* root = m_store->root;
+    const std::u16string full = root->path + target;
+    GalleryNode* node = FindNodeByPath(root, full);
+    if (!node) return;
+    // SwitchClass opens the subclass button whose path is the target.
+    m_targetClass = full;
+
+    if (IsSearchPage(m_page)) {
+        m_curClassPath.clear();
+        SearchCommand(2202);
+    }
+
+    GalleryNode* parent = node->parent;
+    if (!parent) return;
+    std::u16string name;
+    if (parent == root)
+        name = node->name;
+    else if (parent->parent == root)
+        name = parent->name;
+    else
+        return;
+
+    int row = -1;
+    if (name == kCollectionText) {
+        row = 1;
+    } else if (name == kRecentText) {
+        row = 0;
+    } else if (m_classList) {
+        const QString wanted = Q(name);
+        for (int i = 0; i < m_classList->GetItemCount(); ++i) {
+            if (m_classList->GetItemText(i) == wanted) {
+                row = i;
+                break;
+            }
+        }
+    }
+    if (row < 0) return;
+    SelectClass(row, true);
+}
+
+// ---- search commands ---------------------------------------------------------
+
+void CBrindleDlg::SearchCommand(int id) {
+    if (id == 2201 || id == 2205) m_searchTicked = false;
+    if (m_searchTicked && TicksSince(m_searchTick) <= kSearchQuietMs) return;
+    m_searchTick = GetTickCount();
+    m_searchTicked = true;
+
+    switch (id) {
+        case 2200:
+            if (m_searchEdit) m_searchEdit->clear();
+            if (!m_searchBtns.empty()) SetShown(m_searchBtns[0], false);
+            if (m_searchEdit) m_searchEdit->setFocus();
+            return;
+        case 2201:
+            if (m_page == PageCollectionSearch) {
+                RunCollectionFilter();
+                return;
+            }
+            if (m_page != PageSearch) return;
+            break;  // as 2204
+        case 2202:
+            m_localHits.clear();
+            m_rows.clear();
+            m_searchState = 0;
+            m_downloadQueue.clear();  // waiting downloads go; running ones find no row
+            m_forceList = true;
+            GoToPage(PageBrowse);
+            // Hiding the hot word row joins with the search box.
+            return;
+        case 2203:
+            // The local search joins with the search run.
+            return;
+        case 2204:
+        case 2205:
+            break;
+        default:
+            return;
+    }
+
+    // 2204 and what continues as it: the text to search.
+    QString text = m_searchEdit ? m_searchEdit->text() : QString();
+    if (m_page == PageSearch && text.isEmpty()) {
+        text = g_defaultHotWord;
+        if (m_searchEdit) m_searchEdit->setText(text);
+    }
+    // The search run itself joins with the search.
+}
+
+void CBrindleDlg::RunCollectionFilter() {
+    QString text = m_searchEdit ? m_searchEdit->text() : QString();
+    if (text == m_lastSearch) return;
+    // Running search generations are forgotten here once the search joins.
+    m_searchUntouched = false;
+    if (text.isEmpty()) return;
+    m_lastSearch = text;
+    if (!m_store || !m_store->root) return;
+
+    SetShown(m_searchList, false);
+    m_rows.clear();
+    m_serverRows.clear();
+    m_searchState = 0;
+
+    m_lastSearch = m_lastSearch.toLower();
+    for (const BlockRow& row : m_collectionRows) {
+        if (!row.name.toLower().contains(m_lastSearch)) continue;
+        BlockRow hit = row;
+        hit.state = FileExists(S(hit.path)) ? RowCollected : RowRemote;
+        m_serverRows.push_back(std::move(hit));
+    }
+    if (!m_serverRows.empty()) {
+        PostWindowMessage(Handle(), MsgPanelCommand, 16, 0);
+        m_searchState = 0;
+    } else {
+        m_searchState = 3;
+    }
+    repaint(ScaleRect(8, 68, 574, 288));
+    repaint(ScaleRect(10, 427, 760, 447));
+    PostWindowMessage(Handle(), MsgPanelCommand, 17, 0);
+}
+
+// ---- panel buttons -----------------------------------------------------------
+
+bool CBrindleDlg::RunClassManager() {
+    // The gallery picker joins with the class manager; without it nothing asks
+    // for the search page.
+    return false;
+}
+
+void CBrindleDlg::OnPanelButton(int id) {
+    switch (id) {
+        case 2150:
+            // As collection bar 2100 ("添加图块"), which joins with the collections.
+            return;
+        case 2151: {
+            if (!m_classList || m_classIndex < 0 || m_classIndex >= m_classList->GetItemCount()) return;
+            const std::u16string name = S(m_classList->GetItemText(m_classIndex));
+            const bool ok = m_store && FetchGalleryFull(*m_store, name, false);
+            if (!ok) {
+                CPopTipDlg tip(this);
+                tip.Configure(QStringLiteral("Ombrel"), false, QStringLiteral("下载图库失败，请检查网络后重试"),
+                              QString(), QStringLiteral("确定"), QString());
+                (void)tip.DoModal();  // one button: the answer changes nothing
+            }
+            SetTimer(Handle(), kTimerBuildClassList, kClassListMs);
+            return;
+        }
+        case 2153:
+            FeedbackButton();
+            return;
+        case 2154:
+            StatisticsButton();
+            return;
+        case 2155:
+        case 2157:
+            // The cloud replacement and the collection reload join with the collections.
+            return;
+        case 2156:
+            (void)WriteOldCollectTip(u"1");  // a failed write only brings the notice back
+            m_forceList = true;
+            SelectClass(1, false);
+            return;
+        case 2158:
+            GoToPage(PageSearch);
+            return;
+        case 2002:
+            if (RunClassManager())
+                GoToPage(PageSearch);
+            else
+                SendWindowMessage(Handle(), MsgPanelCommand, 6, 0);
+            return;
+        default:
+            return;
+    }
+}
 
 }  // namespace marrowfin
