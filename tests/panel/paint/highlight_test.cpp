@@ -1,0 +1,108 @@
+// The highlight rule: where the text is cut and which pieces turn accent.
+#include <gtest/gtest.h>
+
+#include <QFontMetrics>
+#include <QPainter>
+
+#include "paint_support.h"
+#include "panel/paint/highlight_text.h"
+#include "panel/paint/panel_colours.h"
+#include "panel/paint/panel_painter.h"
+#include "skin/skin_fonts.h"
+
+namespace marrowfin {
+namespace {
+
+using test::CountColour;
+using test::PaintInto;
+namespace c = panel_colours;
+
+TEST(HighlightRule, CutsTheTextAtEveryExactOccurrence) {
+    EXPECT_EQ(SplitAtKey(QStringLiteral("abcab"), QStringLiteral("ab")),
+              (QStringList{QStringLiteral("ab"), QStringLiteral("c"), QStringLiteral("ab")}));
+    EXPECT_EQ(SplitAtKey(QStringLiteral("x阀门y阀门"), QStringLiteral("阀门")),
+              (QStringList{QStringLiteral("x"), QStringLiteral("阀门"), QStringLiteral("y"), QStringLiteral("阀门")}));
+    // Occurrences do not overlap: the scan resumes behind each key.
+    EXPECT_EQ(SplitAtKey(QStringLiteral("aaa"), QStringLiteral("aa")),
+              (QStringList{QStringLiteral("aa"), QStringLiteral("a")}));
+    // Exact comparison: another case is not the key.
+    EXPECT_EQ(SplitAtKey(QStringLiteral("ABab"), QStringLiteral("ab")),
+              (QStringList{QStringLiteral("AB"), QStringLiteral("ab")}));
+    // An empty key or a text without the key is one piece; an empty text none.
+    EXPECT_EQ(SplitAtKey(QStringLiteral("共12条结果"), QString()), QStringList{QStringLiteral("共12条结果")});
+    EXPECT_EQ(SplitAtKey(QStringLiteral("共12条结果"), QStringLiteral("7")), QStringList{QStringLiteral("共12条结果")});
+    EXPECT_TRUE(SplitAtKey(QString(), QStringLiteral("a")).isEmpty());
+    EXPECT_EQ(SplitAtKey(QStringLiteral("ab"), QStringLiteral("ab")), QStringList{QStringLiteral("ab")});
+}
+
+TEST(HighlightRule, PaintsOnlyTheKeyPiecesInAccent) {
+    ASSERT_TRUE(test::UsePaintRate(1.0f));
+    const QFontMetrics metrics(Font(SkinFont::Normal));
+    const QRect rect(10, 0, 380, 30);
+    const QSize size(400, 30);
+    auto draw = [&](const QString& text, const QString& key) {
+        return PaintInto(size, [&](QPainter& p) { DrawHighlighted(p, text, key, rect, c::Text()); });
+    };
+
+    // The number of "共12条结果" is accent, and only where it stands.
+    const QImage count = draw(QStringLiteral("共12条结果"), QStringLiteral("12"));
+    const int keyLeft = rect.left() + metrics.horizontalAdvance(QStringLiteral("共"));
+    const int keyRight = rect.left() + metrics.horizontalAdvance(QStringLiteral("共12"));
+    EXPECT_GT(CountColour(count, QRect(keyLeft, 0, keyRight - keyLeft, 30), c::Accent(), 40), 0);
+    EXPECT_EQ(CountColour(count, QRect(0, 0, keyLeft - 1, 30), c::Accent(), 40), 0);
+    EXPECT_EQ(CountColour(count, QRect(keyRight + 2, 0, 400, 30), c::Accent(), 40), 0);
+    EXPECT_GT(CountColour(count, QRect(keyRight, 0, 400, 30), c::Text(), 8), 0);
+    EXPECT_GT(CountColour(count, QRect(0, 0, keyLeft, 30), c::Text(), 8), 0);
+
+    // Cut into pieces, the text stands where it would stand whole.
+    const QImage whole = PaintInto(size, [&](QPainter& p) {
+        p.setFont(Font(SkinFont::Normal));
+        p.setPen(c::Text());
+        p.drawText(rect, Qt::AlignLeft | Qt::AlignVCenter, QStringLiteral("共12条结果"));
+    });
+    const QImage pieces = draw(QStringLiteral("共12条结果"), QStringLiteral("12"));
+    // Glyphs may land on another sub-pixel phase, never further than one pixel off.
+    auto ink = [](const QImage& img, int x, int y) {
+        return x >= 0 && x < img.width() && img.pixel(x, y) != 0xffffffffu;
+    };
+    int misplaced = 0, inked = 0;
+    for (int y = 0; y < 30; ++y) {
+        for (int x = 0; x < 400; ++x) {
+            if (!ink(pieces, x, y)) continue;
+            ++inked;
+            misplaced += !(ink(whole, x - 1, y) || ink(whole, x, y) || ink(whole, x + 1, y));
+        }
+    }
+    EXPECT_GT(inked, 100);
+    EXPECT_EQ(misplaced, 0);
+    QImage both(400, 60, QImage::Format_RGB32);
+    {
+        QPainter p(&both);
+        p.drawImage(0, 0, pieces);
+        p.drawImage(0, 30, whole);
+    }
+    test::SavePng(both, QStringLiteral("highlight_pieces_whole.png"));
+
+    // An empty key, or one not in the text, leaves all of it in the given colour.
+    EXPECT_EQ(CountColour(draw(QStringLiteral("共12条结果"), QString()), QRect(0, 0, 400, 30), c::Accent(), 40), 0);
+    EXPECT_EQ(CountColour(draw(QStringLiteral("共12条结果"), QStringLiteral("7")), QRect(0, 0, 400, 30), c::Accent(), 40),
+              0);
+    // Both occurrences turn accent, the dash between them does not.
+    const QImage twice = draw(QStringLiteral("阀门-阀门"), QStringLiteral("阀门"));
+    const int dashLeft = rect.left() + metrics.horizontalAdvance(QStringLiteral("阀门"));
+    const int dashRight = rect.left() + metrics.horizontalAdvance(QStringLiteral("阀门-"));
+    EXPECT_GT(CountColour(twice, QRect(0, 0, dashLeft, 30), c::Accent(), 40), 0);
+    EXPECT_GT(CountColour(twice, QRect(dashRight, 0, 400, 30), c::Accent(), 40), 0);
+    EXPECT_EQ(CountColour(twice, QRect(dashLeft + 1, 0, dashRight - dashLeft - 2, 30), c::Accent(), 40), 0);
+
+    // A long text stops at the rectangle's right edge.
+    const QRect narrow(10, 0, 60, 30);
+    const QImage cut = PaintInto(size, [&](QPainter& p) {
+        DrawHighlighted(p, QStringLiteral("很长很长很长很长的名字"), QStringLiteral("长"), narrow, c::Text());
+    });
+    EXPECT_GT(test::CountNot(cut, narrow, Qt::white), 0);
+    EXPECT_EQ(test::CountNot(cut, QRect(narrow.right() + 1, 0, 400, 30), Qt::white), 0);
+}
+
+}  // namespace
+}  // namespace marrowfin

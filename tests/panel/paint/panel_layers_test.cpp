@@ -1,0 +1,361 @@
+// The whole panel: frame, bands, title, the browse and search layers and the
+// status line, at two rates, probed at pixels and compared against pictures
+// of the expected text or cell alone.
+#include <gtest/gtest.h>
+
+#include <QFontMetrics>
+#include <QPainter>
+
+#include "paint_support.h"
+#include "panel/model/panel_page.h"
+#include "panel/paint/panel_colours.h"
+#include "panel/paint/panel_layers.h"
+#include "panel/paint/panel_painter.h"
+#include "skin/skin_fonts.h"
+#include "skin/skin_scale.h"
+#include "skin/skin_sheet.h"
+
+namespace marrowfin {
+namespace {
+
+using test::At;
+using test::CountColour;
+using test::CountNot;
+using test::HasColour;
+namespace c = panel_colours;
+
+constexpr float kRates[] = {1.0f, 1.5f};
+
+QImage Panel(const PanelPaintState& state) {
+    return test::PaintInto(test::PanelClient(), [&](QPainter& p) { PaintPanel(p, test::PanelClient(), state); });
+}
+
+// The text alone, centred in `rect` by Qt's own placement, on white.
+QImage TextAlone(const QString& text, const QRect& rect, const QColor& colour) {
+    return test::PaintInto(test::PanelClient(), [&](QPainter& p) {
+        p.setFont(Font(SkinFont::Normal));
+        p.setPen(colour);
+        p.drawText(rect, Qt::AlignHCenter | Qt::AlignVCenter | Qt::TextDontClip, text);
+    });
+}
+
+// A square skin cell alone, on white.
+QImage CellAlone(const QRect& box, int cellX, int cellY, int size) {
+    return test::PaintInto(test::PanelClient(), [&](QPainter& p) { DrawSheetCell(p, box, cellX, cellY, size, size); });
+}
+
+// The band of rows a line of text covers, about the middle of `rect`.
+QRect TextBand(const QRect& rect) {
+    const int h = std::max(rect.height(), QFontMetrics(Font(SkinFont::Normal)).height()) + 4;
+    return QRect(rect.left(), rect.center().y() - h / 2, rect.width(), h);
+}
+
+PanelPaintState Browse(int classIndex, int itemCount, int syncStatus = -1) {
+    PanelPaintState s;
+    s.page = classIndex == 1 ? PageCollection : PageBrowse;
+    s.classIndex = classIndex;
+    s.itemCount = itemCount;
+    s.syncStatus = syncStatus;
+    return s;
+}
+
+PanelPaintState Search(int page, int searchState, int rows) {
+    PanelPaintState s;
+    s.page = page;
+    s.searchState = searchState;
+    s.rowCount = rows;
+    return s;
+}
+
+TEST(PanelPainting, FrameBandsTitleAndSeparator) {
+    for (float rate : kRates) {
+        SCOPED_TRACE(rate);
+        ASSERT_TRUE(test::UsePaintRate(rate));
+        const QImage img = Panel(Browse(2, 5));
+        const int w = img.width(), h = img.height(), band = ScaleUnits(29), mid = w / 2;
+        // The one-pixel frame on all four sides, and white just inside it below the band.
+        for (QPoint p : {QPoint(0, 0), QPoint(w - 1, 0), QPoint(0, h / 2), QPoint(w - 1, h / 2), QPoint(mid, h - 1)})
+            EXPECT_EQ(At(img, p.x(), p.y()), c::OuterFrame()) << p.x() << "," << p.y();
+        EXPECT_EQ(At(img, 1, h / 2), QColor(Qt::white));
+        // Title band from y 1, 29 units high; status band ending one pixel above the bottom.
+        EXPECT_EQ(At(img, 1, 1), c::Band());
+        EXPECT_EQ(At(img, mid, band), c::Band());
+        EXPECT_EQ(At(img, mid, band + 1), QColor(Qt::white));
+        EXPECT_EQ(At(img, mid, h - 2), c::Band());
+        EXPECT_EQ(At(img, mid, h - 1 - band), c::Band());
+        EXPECT_EQ(At(img, mid, h - 2 - band), QColor(Qt::white));
+        EXPECT_EQ(At(img, w - 2, h - 2), c::Band());
+        // The separator at 722 from 9 to 21, one pixel wide.
+        const int sx = ScaleUnits(722);
+        EXPECT_EQ(At(img, sx, ScaleUnits(9)), c::Separator());
+        EXPECT_EQ(At(img, sx, ScaleUnits(21)), c::Separator());
+        EXPECT_EQ(At(img, sx, ScaleUnits(9) - 1), c::Band());
+        EXPECT_EQ(At(img, sx, ScaleUnits(21) + 1), c::Band());
+        EXPECT_EQ(At(img, sx - 1, ScaleUnits(15)), c::Band());
+        EXPECT_EQ(At(img, sx + 1, ScaleUnits(15)), c::Band());
+        // "Ombrel" in the text colour from 11; the shortcut hint from 75.
+        const QFontMetrics metrics(Font(SkinFont::Normal));
+        const int titleRight = ScaleUnits(11) + metrics.horizontalAdvance(QStringLiteral("Ombrel"));
+        EXPECT_TRUE(HasColour(img, QRect(ScaleUnits(11), 0, titleRight - ScaleUnits(11), band), c::Text(), 6));
+        EXPECT_EQ(CountNot(img, QRect(2, 2, ScaleUnits(11) - 3, band - 2), c::Band()), 0);
+        EXPECT_TRUE(HasColour(img, ScaleRect(75, 0, 210, 30).intersected(QRect(titleRight + 2, 0, w, h)),
+                              c::TitleHint(), 6));
+        EXPECT_EQ(CountNot(img, QRect(ScaleUnits(215), 2, sx - ScaleUnits(215), band - 2), c::Band()), 0);
+        test::SavePng(img, QStringLiteral("panel_frame_%1.png").arg(rate));
+    }
+}
+
+TEST(PanelPainting, BrowseBoxHeadingAndAccentBar) {
+    for (float rate : kRates) {
+        SCOPED_TRACE(rate);
+        ASSERT_TRUE(test::UsePaintRate(rate));
+        const QImage recent = Panel(Browse(0, 4));
+        const QRect box = ScaleRect(13, 78, 127, 101);
+        const int y = box.center().y();
+        // A two-pixel accent frame inside the box, then the box fill.
+        EXPECT_EQ(At(recent, box.left() - 1, y), QColor(Qt::white));
+        EXPECT_EQ(At(recent, box.left(), y), c::Accent());
+        EXPECT_EQ(At(recent, box.left() + 1, y), c::Accent());
+        EXPECT_EQ(At(recent, box.left() + 2, y), c::SearchBoxFill());
+        EXPECT_EQ(At(recent, box.right(), y), c::Accent());
+        EXPECT_EQ(At(recent, box.right() - 2, y), c::SearchBoxFill());
+        EXPECT_EQ(At(recent, box.right() + 1, y), QColor(Qt::white));
+        EXPECT_EQ(At(recent, box.center().x(), box.top()), c::Accent());
+        EXPECT_EQ(At(recent, box.center().x(), box.top() - 1), QColor(Qt::white));
+        EXPECT_EQ(At(recent, box.center().x(), box.bottom()), c::Accent());
+        // The magnifier cell at 36, 82, and "全库搜索" in bold accent.
+        const QRect icon = ScaleBox(36, 82, 14, 14);
+        const QImage alone = test::PaintInto(test::PanelClient(),
+                                             [&](QPainter& p) { DrawSheetCell(p, icon, 28, 72, 14, 14); },
+                                             c::SearchBoxFill());
+        EXPECT_TRUE(test::SameIn(recent, alone, icon));
+        EXPECT_GT(CountNot(recent, icon, c::SearchBoxFill()), 0);
+        EXPECT_TRUE(HasColour(recent, ScaleRect(54, 78, 121, 101).adjusted(0, 3, 0, -3), c::Accent()));
+
+        // "最近使用" and its bar only on row 0 with items.
+        const QRect bar = ScaleBox(137, 62, 63, 2);
+        const QRect heading = ScaleRect(144, 42, 204, 62);
+        EXPECT_EQ(CountColour(recent, bar, c::Accent()), bar.width() * bar.height());
+        EXPECT_EQ(CountColour(recent, bar.adjusted(-1, -1, 1, 1), c::Accent()), bar.width() * bar.height());
+        EXPECT_TRUE(HasColour(recent, heading, c::Accent()));
+        for (const PanelPaintState& s : {Browse(0, 0), Browse(2, 4), Browse(1, 4)}) {
+            const QImage img = Panel(s);
+            EXPECT_EQ(CountColour(img, bar, c::Accent(), 60), 0) << s.classIndex << "/" << s.itemCount;
+            EXPECT_EQ(CountColour(img, heading, c::Accent(), 60), 0) << s.classIndex << "/" << s.itemCount;
+        }
+        test::SavePng(recent, QStringLiteral("browse_recent_items_%1.png").arg(rate));
+    }
+}
+
+TEST(PanelPainting, EachEmptyBrowseStatePicksItsPictureAndText) {
+    struct Units {
+        int left, top, right, bottom;  // right -1: the client width
+    };
+    struct Case {
+        PanelPaintState state;
+        int cellX;  // -1: no picture
+        QPoint picture;
+        QString text;
+        Units textUnits;
+        const char* png;
+    };
+    for (float rate : kRates) {
+        SCOPED_TRACE(rate);
+        ASSERT_TRUE(test::UsePaintRate(rate));
+        PanelPaintState opened = Browse(3, 0);
+        opened.emptySubclassOpened = true;
+        const Units collectionText{19, 228, -1, 248};
+        const Case cases[] = {
+            {Browse(0, 0), 0, {353, 169}, QStringLiteral("最近使用为空"), Units{322, 240, 454, 269}, "recent_empty"},
+            {Browse(1, 0, -1), 70, {352, 158}, QStringLiteral("收藏为空"), collectionText, "collection_empty"},
+            {Browse(1, 0, 0), 552, {352, 158}, QStringLiteral("本地收藏与云端不一致，是否同步替换云端数据？"),
+             collectionText, "collection_differs"},
+            {Browse(1, 0, 1), 434, {352, 158}, QStringLiteral("加载中，请稍候..."), collectionText,
+             "collection_loading"},
+            {Browse(1, 0, 2), 434, {352, 158}, QStringLiteral("同步中，请稍候..."), collectionText,
+             "collection_syncing"},
+            {Browse(1, 0, 3), 364, {352, 158}, QStringLiteral("加载失败，请连接网络后重试"), collectionText,
+             "collection_load_failed"},
+            {Browse(1, 0, 4), 364, {352, 158}, QStringLiteral("同步失败，请连接网络后重试"), collectionText,
+             "collection_sync_failed"},
+            {opened, 210, {352, 158}, QStringLiteral("暂无图块"), Units{352, 233, 422, 253}, "class_opened_empty"},
+            {Browse(3, 0), -1, {}, QStringLiteral("常用为空"), Units{352, 233, 422, 253}, "class_common_empty"},
+        };
+        for (const Case& k : cases) {
+            SCOPED_TRACE(k.png);
+            const QImage img = Panel(k.state);
+            const Units u = k.textUnits;
+            const QRect text = u.right == -1 ? QRect(ScaleUnits(u.left), ScaleUnits(u.top), img.width() - ScaleUnits(u.left),
+                                                     ScaleUnits(u.bottom) - ScaleUnits(u.top))
+                                             : ScaleRect(u.left, u.top, u.right, u.bottom);
+            const QRect textArea = TextBand(text).intersected(QRect(1, 0, img.width() - 2, img.height()));
+            EXPECT_TRUE(test::SameIn(img, TextAlone(k.text, text, c::GreyText()), textArea));
+            EXPECT_TRUE(HasColour(img, textArea, c::GreyText(), 6));
+            const QRect picture = ScaleBox(k.picture.x(), k.picture.y(), 70, 70);
+            if (k.cellX >= 0) {
+                EXPECT_TRUE(test::SameIn(img, CellAlone(picture, k.cellX, 0, 70), picture));
+                EXPECT_GT(CountNot(img, picture, Qt::white), picture.width() * picture.height() / 20);
+            } else {
+                EXPECT_EQ(CountNot(img, ScaleRect(190, 110, 580, 230), Qt::white), 0);
+            }
+            // Nothing else in the empty-collection area but the picture and the text.
+            QImage rest = img;
+            {
+                QPainter p(&rest);
+                p.fillRect(textArea, Qt::white);
+                if (k.cellX >= 0) p.fillRect(picture, Qt::white);
+            }
+            EXPECT_EQ(CountNot(rest, ScaleRect(190, 110, 580, 300), Qt::white), 0);
+            if (rate == 1.0f) test::SavePng(img, QStringLiteral("browse_%1.png").arg(QLatin1String(k.png)));
+        }
+        // No state to show: -2, an unknown status, or no class chosen yet.
+        for (const PanelPaintState& s : {Browse(1, 0, -2), Browse(1, 0, 7), Browse(-1, 0)}) {
+            const QImage img = Panel(s);
+            EXPECT_EQ(CountNot(img, ScaleRect(190, 110, 580, 300), Qt::white), 0) << s.classIndex << "/" << s.syncStatus;
+            EXPECT_EQ(CountNot(img, QRect(ScaleUnits(130), ScaleUnits(100), img.width() - ScaleUnits(130) - 2,
+                                          ScaleUnits(420) - ScaleUnits(100)),
+                               Qt::white),
+                      0);
+            if (rate == 1.0f && s.syncStatus == -2) test::SavePng(img, QStringLiteral("browse_collection_hidden.png"));
+        }
+    }
+}
+
+TEST(PanelPainting, SearchLayerBoxEmptyStatesHintAndDefaultWord) {
+    for (float rate : kRates) {
+        SCOPED_TRACE(rate);
+        ASSERT_TRUE(test::UsePaintRate(rate));
+        const QRect text = ScaleRect(280, 250, 495, 262);
+        const QRect picture = ScaleBox(354, 169, 70, 70);
+        struct Case {
+            int state;
+            bool untouched;
+            int cellX;
+            QString text;
+            const char* png;
+        };
+        const Case cases[] = {
+            {0, true, 140, QStringLiteral("搜索图块"), "search_untouched"},
+            {0, false, 140, QStringLiteral("未找到匹配的图块"), "search_idle_none"},
+            {1, false, 434, QStringLiteral("图块加载中，请稍候"), "search_loading"},
+            {2, false, 364, QStringLiteral("网络中断，请检查后重试"), "search_network_down"},
+            {3, false, 140, QStringLiteral("未找到匹配的图块"), "search_nothing_found"},
+        };
+        for (int page : {int(PageSearch), int(PageCollectionSearch)}) {
+            for (const Case& k : cases) {
+                SCOPED_TRACE(k.png);
+                PanelPaintState s = Search(page, k.state, 0);
+                s.searchUntouched = k.untouched;
+                s.defaultHotWord = QStringLiteral("门窗");
+                const QImage img = Panel(s);
+                EXPECT_TRUE(test::SameIn(img, TextAlone(k.text, text, c::GreyText()), TextBand(text)));
+                EXPECT_TRUE(HasColour(img, TextBand(text), c::GreyText(), 6));
+                EXPECT_TRUE(test::SameIn(img, CellAlone(picture, k.cellX, 0, 70), picture));
+                EXPECT_EQ(CountColour(img, ScaleRect(510, 427, 745, 447), c::Accent(), 60), 0);
+                if (rate == 1.0f && page == PageSearch) test::SavePng(img, QStringLiteral("%1.png").arg(k.png));
+            }
+        }
+
+        // The box: a two-pixel accent frame with the magnifier at 19, 46, and no fill.
+        PanelPaintState withRows = Search(PageSearch, 0, 12);
+        withRows.defaultHotWord = QStringLiteral("门窗");
+        const QImage img = Panel(withRows);
+        const QRect box = ScaleRect(12, 40, 686, 64);
+        EXPECT_EQ(At(img, box.left(), box.center().y()), c::Accent());
+        EXPECT_EQ(At(img, box.left() + 1, box.center().y()), c::Accent());
+        EXPECT_EQ(At(img, box.left() + 2, box.center().y()), QColor(Qt::white));
+        EXPECT_EQ(At(img, box.right() - 1, box.center().y()), c::Accent());
+        EXPECT_EQ(At(img, box.right() + 1, box.center().y()), QColor(Qt::white));
+        EXPECT_EQ(At(img, box.center().x(), box.bottom()), c::Accent());
+        EXPECT_EQ(At(img, box.center().x(), box.bottom() - 2), QColor(Qt::white));
+        const QRect icon = ScaleBox(19, 46, 14, 14);
+        EXPECT_TRUE(test::SameIn(img, CellAlone(icon, 28, 72, 14), icon));
+        // Rows: the hint on the right of the status line, no empty state.
+        const QRect hint = ScaleRect(510, 427, 745, 447);
+        EXPECT_TRUE(HasColour(img, hint, c::Accent()));
+        const QFontMetrics metrics(Font(SkinFont::Normal));
+        const int hintLeft = hint.right() - metrics.horizontalAdvance(QStringLiteral("提示：收藏下载的图块，下次快速找到"));
+        EXPECT_EQ(CountColour(img, QRect(hint.left(), hint.top(), hintLeft - hint.left() - 2, hint.height()),
+                              c::Accent(), 60),
+                  0);
+        EXPECT_EQ(CountNot(img, ScaleRect(190, 110, 580, 300), Qt::white), 0);
+        // The default word from 30 units into the box, in the placeholder grey, on the search page only.
+        const QRect word = ScaleRect(42, 40, 686, 64).adjusted(0, 2, -2, -2);
+        EXPECT_TRUE(HasColour(img, word, c::Placeholder(), 4));
+        EXPECT_EQ(CountNot(img, QRect(ScaleUnits(34), box.top() + 2, ScaleUnits(42) - ScaleUnits(34), box.height() - 4),
+                           Qt::white),
+                  0);
+        test::SavePng(img, QStringLiteral("search_rows_%1.png").arg(rate));
+        PanelPaintState collection = withRows;
+        collection.page = PageCollectionSearch;
+        EXPECT_EQ(CountNot(Panel(collection), word, Qt::white), 0);
+        // An unknown search state shows no picture and no text.
+        EXPECT_EQ(CountNot(Panel(Search(PageSearch, 9, 0)), ScaleRect(190, 110, 580, 300), Qt::white), 0);
+    }
+}
+
+TEST(PanelPainting, StatusLineNameOrCount) {
+    for (float rate : kRates) {
+        SCOPED_TRACE(rate);
+        ASSERT_TRUE(test::UsePaintRate(rate));
+        const QRect count = ScaleRect(10, 427, 160, 447);
+        const QRect hint = ScaleRect(588, 427, 750, 447);
+
+        // A selected block: the double-click hint, "名称：" and the name.
+        PanelPaintState selected = Browse(2, 7);
+        selected.selectedName = QStringLiteral("平开门M1021");
+        const QImage named = Panel(selected);
+        EXPECT_TRUE(HasColour(named, hint, c::Accent()));
+        EXPECT_TRUE(HasColour(named, ScaleRect(10, 427, 49, 447), c::Text(), 6));
+        EXPECT_TRUE(HasColour(named, ScaleRect(49, 427, 530, 447), c::Text(), 6));
+        EXPECT_EQ(CountColour(named, count, c::Accent(), 60), 0);
+        test::SavePng(named, QStringLiteral("status_selected_%1.png").arg(rate));
+
+        // The count: only when the search has ended, also for no rows; the number is accent.
+        PanelPaintState ended = Search(PageSearch, 3, 0);
+        ended.searchEnded = true;
+        const QImage zero = Panel(ended);
+        EXPECT_TRUE(ShowsResultCount(ended));
+        EXPECT_TRUE(HasColour(zero, count, c::Accent()));
+        EXPECT_TRUE(HasColour(zero, count, c::Text(), 6));
+        PanelPaintState running = Search(PageSearch, 1, 0);
+        running.searchEnded = false;
+        EXPECT_EQ(CountNot(Panel(running), count, c::Band()), 0);
+        PanelPaintState runningWithRows = Search(PageSearch, 1, 40);
+        EXPECT_EQ(CountNot(Panel(runningWithRows), count, c::Band()), 0);
+        PanelPaintState fresh = ended;
+        fresh.searchUntouched = true;
+        EXPECT_EQ(CountNot(Panel(fresh), count, c::Band()), 0);
+        PanelPaintState endedWithName = ended;
+        endedWithName.selectedName = QStringLiteral("阀门");
+        EXPECT_FALSE(ShowsResultCount(endedWithName));
+        EXPECT_EQ(CountColour(Panel(endedWithName), count, c::Accent(), 60), 0);
+
+        // The collection search counts only when it has rows; it has no "ended" of its own.
+        EXPECT_EQ(CountNot(Panel(Search(PageCollectionSearch, 0, 0)), count, c::Band()), 0);
+        const QImage collection = Panel(Search(PageCollectionSearch, 0, 23));
+        EXPECT_TRUE(HasColour(collection, count, c::Accent()));
+        // Pages without a search never count.
+        PanelPaintState browse = Browse(2, 7);
+        browse.rowCount = 3;
+        browse.searchEnded = true;
+        EXPECT_FALSE(ShowsResultCount(browse));
+        EXPECT_EQ(CountNot(Panel(browse), count, c::Band()), 0);
+
+        // "共23条结果": the accent lies just where "23" stands.
+        const QFontMetrics metrics(Font(SkinFont::Normal));
+        const int keyLeft = count.left() + metrics.horizontalAdvance(QStringLiteral("共"));
+        const int keyRight = count.left() + metrics.horizontalAdvance(QStringLiteral("共23"));
+        EXPECT_EQ(CountColour(collection, QRect(count.left(), count.top(), keyLeft - count.left() - 1, count.height()),
+                              c::Accent(), 60),
+                  0);
+        EXPECT_EQ(CountColour(collection, QRect(keyRight + 2, count.top(), count.width(), count.height()), c::Accent(),
+                              60),
+                  0);
+        test::SavePng(zero, QStringLiteral("status_count_zero_%1.png").arg(rate));
+        test::SavePng(collection, QStringLiteral("status_collection_count_%1.png").arg(rate));
+    }
+}
+
+}  // namespace
+}  // namespace marrowfin
