@@ -1,0 +1,379 @@
+#include "demo_tour.h"
+
+#include <QApplication>
+#include <QDateTime>
+#include <QDialog>
+#include <QDir>
+#include <QListWidget>
+#include <QPainter>
+#include <QSet>
+#include <QWindow>
+#include <QtTest/QTest>
+
+#include "drawing_sheet.h"
+#include "host_window.h"
+#include "sign_in_dialog.h"
+
+namespace marrowfin::demo {
+
+namespace {
+
+constexpr int kPollMs = 50;
+const char kPanelTitle[] = "Ombrel_Panel";
+
+bool ClassIs(const QObject* object, const char* className) {
+    const QByteArray name = object->metaObject()->className();
+    return name == className || name.endsWith(QByteArray("::") + className);
+}
+
+}  // namespace
+
+QWidget* FindPanelWidget() {
+    for (QWidget* w : QApplication::topLevelWidgets()) {
+        if (w->windowTitle() == QLatin1String(kPanelTitle)) return w;
+    }
+    return nullptr;
+}
+
+QWidget* FindPanelChild(QWidget* panel, const char* className) {
+    if (!panel) return nullptr;
+    for (QWidget* w : panel->findChildren<QWidget*>()) {
+        if (ClassIs(w, className)) return w;
+    }
+    return nullptr;
+}
+
+int DistinctColours(const QImage& image, int stopAt) {
+    if (image.isNull()) return 0;
+    const QImage rgb = image.convertToFormat(QImage::Format_RGB32);
+    QSet<QRgb> seen;
+    // Every pixel of a small shot, a sampling grid of a large one.
+    const int step = rgb.width() * rgb.height() > 400000 ? 3 : 1;
+    for (int y = 0; y < rgb.height(); y += step) {
+        const QRgb* line = reinterpret_cast<const QRgb*>(rgb.constScanLine(y));
+        for (int x = 0; x < rgb.width(); x += step) {
+            seen.insert(line[x]);
+            if (seen.size() >= stopAt) return static_cast<int>(seen.size());
+        }
+    }
+    return static_cast<int>(seen.size());
+}
+
+void ClickAt(QWidget* widget, QPoint pos, bool doubleClick) {
+    // Through the window, as the platform delivers them, so that the widget
+    // under the point (and any event filter) sees a real click.
+    QWidget* top = widget->window();
+    QWindow* window = top->windowHandle();
+    const QPoint inWindow = widget->mapTo(top, pos);
+    if (!window) return;
+    QTest::mouseMove(window, inWindow);
+    if (doubleClick) {
+        QTest::mouseDClick(window, Qt::LeftButton, Qt::NoModifier, inWindow);
+    } else {
+        QTest::mouseClick(window, Qt::LeftButton, Qt::NoModifier, inWindow);
+    }
+    QCoreApplication::processEvents();
+}
+
+DemoTour::DemoTour(const GalleryExports& exports, HostWindow* host, DemoOptions options, QStringList galleries,
+                   QObject* parent)
+    : QObject(parent), m_exports(exports), m_host(host), m_options(std::move(options)), m_galleries(std::move(galleries)) {
+    m_poll.setInterval(kPollMs);
+    connect(&m_poll, &QTimer::timeout, this, &DemoTour::Poll);
+}
+
+void DemoTour::Log(const QString& text) {
+    const QString line = QStringLiteral("%1 +%2ms [rate %3] %4\n")
+                             .arg(QDateTime::currentDateTimeUtc().toString(Qt::ISODateWithMs))
+                             .arg(m_tourClock.isValid() ? m_tourClock.elapsed() : 0, 6)
+                             .arg(m_options.rateLabel, text);
+    if (m_log.isOpen()) {
+        m_log.write(line.toUtf8());
+        m_log.flush();
+    }
+    fputs(line.toUtf8().constData(), stdout);
+    fflush(stdout);
+}
+
+bool DemoTour::PanelVisible() const {
+    QWidget* panel = FindPanelWidget();
+    return m_exports.GetGallery() != 0 && panel && panel->isVisible();
+}
+
+QImage DemoTour::DesktopImage() const {
+    // The host and the floating panel as they stand on the screen.
+    QWidget* panel = FindPanelWidget();
+    QRect area = m_host->frameGeometry();
+    if (panel && panel->isVisible()) area = area.united(panel->geometry());
+    QImage canvas(area.size(), QImage::Format_RGB32);
+    canvas.fill(QColor(0x3a, 0x4a, 0x5a));
+    QPainter p(&canvas);
+    p.drawPixmap(m_host->geometry().topLeft() - area.topLeft(), m_host->grab());
+    if (panel && panel->isVisible()) p.drawPixmap(panel->geometry().topLeft() - area.topLeft(), panel->grab());
+    return canvas;
+}
+
+bool DemoTour::Shoot(const QString& name, const QImage& image) {
+    const QString file = QStringLiteral("%1/%2-%3-%4.png")
+                             .arg(m_options.tourDir)
+                             .arg(++m_shotNumber, 2, 10, QLatin1Char('0'))
+                             .arg(name, m_options.rateLabel);
+    const int colours = DistinctColours(image);
+    if (image.isNull() || !image.save(file, "PNG")) {
+        Log(QStringLiteral("shot %1 FAILED: could not save").arg(file));
+        return false;
+    }
+    m_shots << file;
+    Log(QStringLiteral("shot %1 (%2x%3, %4 colours)").arg(file).arg(image.width()).arg(image.height()).arg(colours >= 64 ? QStringLiteral("64+") : QString::number(colours)));
+    if (colours < 3) {
+        Log(QStringLiteral("shot %1 is blank").arg(file));
+        return false;
+    }
+    return true;
+}
+
+void DemoTour::BuildSteps() {
+    const int settle = m_options.shortTour ? 800 : 1500;
+    const int netSettle = m_options.shortTour ? 1500 : 3000;
+    auto panel = [] { return FindPanelWidget(); };
+
+    m_steps.push_back({QStringLiteral("start"), [this](QString& why) {
+                           if (!m_host->isVisible()) {
+                               why = QStringLiteral("the host window is not shown");
+                               return false;
+                           }
+                           return true;
+                       },
+                       nullptr, 300, QString(), true});
+
+    m_steps.push_back({QStringLiteral("show"), [this](QString&) {
+                           m_exports.show();
+                           return true;
+                       },
+                       [this] { return PanelVisible(); }, settle, QStringLiteral("panel")});
+
+    m_steps.push_back({QStringLiteral("open-gallery"), [this, panel](QString& why) {
+                           if (!m_galleries.isEmpty()) {
+                               const QString location = QStringLiteral("\\") + m_galleries.first();
+                               Log(QStringLiteral("ShowGallery(%1)").arg(location));
+                               m_exports.ShowGallery(location.toStdU16String().c_str(), u"");
+                               return true;
+                           }
+                           // No names given: click the third row of the class
+                           // list (the first gallery), 28 units plus a pixel each.
+                           QWidget* list = FindPanelChild(panel(), "CClassListCtrl");
+                           if (!list) {
+                               why = QStringLiteral("no class list in the panel");
+                               return false;
+                           }
+                           const double rate = panel()->width() / 755.0;
+                           const int row = static_cast<int>(28 * rate) + 1;
+                           Log(QStringLiteral("clicking row 2 of the class list (row height %1)").arg(row));
+                           ClickAt(list, QPoint(list->width() / 2, row * 2 + row / 2));
+                           return true;
+                       },
+                       [this] { return PanelVisible(); }, netSettle, QStringLiteral("gallery")});
+
+    if (!m_options.shortTour) {
+        // Double-click the first thumbnail until the host is asked to insert
+        // it (the first click may only start its download), then place it.
+        m_steps.push_back({QStringLiteral("insert-block"), [this, panel](QString& why) {
+                               if (!FindPanelChild(panel(), "CDWGListView")) {
+                                   why = QStringLiteral("no thumbnail list in the panel");
+                                   return false;
+                               }
+                               m_insertTries = 0;
+                               m_lastTry = 0;
+                               return true;
+                           },
+                           [this, panel] {
+                               if (m_host->sheet()->HasPending()) return true;
+                               QWidget* list = FindPanelChild(panel(), "CDWGListView");
+                               if (!list || m_stepClock.elapsed() - m_lastTry < 1200) return false;
+                               m_lastTry = m_stepClock.elapsed();
+                               ++m_insertTries;
+                               const double rate = panel()->width() / 755.0;
+                               Log(QStringLiteral("double-click on the first thumbnail (try %1)").arg(m_insertTries));
+                               ClickAt(list, QPoint(static_cast<int>(50 * rate), static_cast<int>(45 * rate)), true);
+                               return m_host->sheet()->HasPending();
+                           },
+                           300, QStringLiteral("insert")});
+        m_steps.push_back({QStringLiteral("place-block"), [this](QString& why) {
+                               DrawingSheet* sheet = m_host->sheet();
+                               const size_t before = sheet->blocks().size();
+                               ClickAt(sheet, QPoint(180, 140));
+                               if (sheet->blocks().size() != before + 1) {
+                                   why = QStringLiteral("the click did not place the block");
+                                   return false;
+                               }
+                               Log(QStringLiteral("placed %1").arg(sheet->blocks().back().path));
+                               return true;
+                           },
+                           nullptr, 200, QString(), true});
+    }
+
+    m_steps.push_back({QStringLiteral("recent"), [panel](QString& why) {
+                           QWidget* list = FindPanelChild(panel(), "CClassListCtrl");
+                           if (!list) {
+                               why = QStringLiteral("no class list in the panel");
+                               return false;
+                           }
+                           const double rate = panel()->width() / 755.0;
+                           const int row = static_cast<int>(28 * rate) + 1;
+                           ClickAt(list, QPoint(list->width() / 2, row / 2));
+                           return true;
+                       },
+                       nullptr, settle, QStringLiteral("recent")});
+
+    m_steps.push_back({QStringLiteral("collections-signed-out"), [this](QString& why) {
+                           const uint64_t handle = m_exports.GetGallery();
+                           if (!handle) {
+                               why = QStringLiteral("no panel");
+                               return false;
+                           }
+                           m_host->setUserId(0);
+                           m_exports.MarrowfinSendPanelControl(handle, MARROWFIN_CONTROL_SIGNED_OUT, 0);
+                           m_exports.MarrowfinSendPanelControl(handle, MARROWFIN_CONTROL_OPEN_COLLECTIONS, 0);
+                           return true;
+                       },
+                       nullptr, settle + 500, QStringLiteral("collections")});
+
+    m_steps.push_back({QStringLiteral("search"), [this](QString&) {
+                           m_exports.SearchBrindleRes(u"门", u"");
+                           return true;
+                       },
+                       [this] { return PanelVisible(); }, netSettle, QStringLiteral("search")});
+
+    m_steps.push_back({QStringLiteral("host-window"), [](QString&) { return true; }, nullptr, 100, QString(), true});
+
+    m_steps.push_back({QStringLiteral("close"), [this](QString& why) {
+                           const uint64_t before = m_exports.GetGallery();
+                           m_exports.CloseGallery();
+                           QCoreApplication::processEvents();
+                           if (m_exports.GetGallery() != before) {
+                               why = QStringLiteral("the panel's handle changed on close");
+                               return false;
+                           }
+                           QWidget* p = FindPanelWidget();
+                           if (p && p->isVisible()) {
+                               why = QStringLiteral("the panel is still visible after CloseGallery");
+                               return false;
+                           }
+                           return true;
+                       },
+                       nullptr, 100, QString()});
+}
+
+void DemoTour::Start() {
+    m_tourClock.start();
+    QDir().mkpath(m_options.tourDir);
+    m_log.setFileName(m_options.tourDir + QStringLiteral("/tour.log"));
+    if (!m_log.open(QIODevice::WriteOnly | QIODevice::Append)) {
+        fprintf(stderr, "marrowfin-demo: cannot write %s\n", qPrintable(m_log.fileName()));
+        QTimer::singleShot(0, this, [this] { emit finished(ExitTourFailed); });
+        return;
+    }
+    Log(QStringLiteral("tour begins%1").arg(m_galleries.isEmpty() ? QString() : QStringLiteral(", galleries: ") + m_galleries.join(QStringLiteral(", "))));
+    BuildSteps();
+    m_current = 0;
+    m_phase = Phase::Acting;
+    m_poll.start();
+}
+
+void DemoTour::HandleModal() {
+    // Sign-in and tip boxes run their own loops: shoot them and answer them
+    // as a user who declines, so that the walk goes on.
+    QWidget* modal = QApplication::activeModalWidget();
+    auto* dialog = qobject_cast<QDialog*>(modal);
+    if (!dialog || !dialog->isVisible() || dialog->property("tourSeen").toBool()) return;
+    dialog->setProperty("tourSeen", true);
+    const bool signIn = qobject_cast<SignInDialog*>(dialog) != nullptr;
+    Log(QStringLiteral("a modal window came up: %1 \"%2\"")
+            .arg(QString::fromLatin1(dialog->metaObject()->className()), dialog->windowTitle()));
+    QTimer::singleShot(300, dialog, [this, dialog, signIn] {
+        (void)Shoot(signIn ? QStringLiteral("sign-in") : QStringLiteral("modal"), dialog->grab().toImage());
+        Log(signIn ? QStringLiteral("sign-in cancelled, the user stays signed out") : QStringLiteral("modal window closed"));
+        dialog->reject();
+    });
+}
+
+void DemoTour::Poll() {
+    HandleModal();
+    if (m_inAction || m_current >= m_steps.size()) return;
+    Step& step = m_steps[m_current];
+    switch (m_phase) {
+    case Phase::Acting:
+        BeginStep();
+        return;
+    case Phase::Waiting:
+        if (step.done && !step.done()) {
+            if (m_stepClock.elapsed() > m_options.stepTimeoutMs)
+                EndStep(false, QStringLiteral("timed out after %1 ms").arg(m_options.stepTimeoutMs));
+            return;
+        }
+        m_phase = Phase::Settling;
+        m_settleClock.start();
+        return;
+    case Phase::Settling:
+        if (m_settleClock.elapsed() < step.settleMs) return;
+        {
+            bool ok = true;
+            QString why;
+            if (step.shotHost) {
+                ok = Shoot(step.name == QLatin1String("start") ? QStringLiteral("host") : step.name, DesktopImage());
+            } else if (!step.shot.isEmpty()) {
+                QWidget* panel = FindPanelWidget();
+                if (!panel || !panel->isVisible()) {
+                    ok = false;
+                    why = QStringLiteral("the panel is not visible for its screenshot");
+                } else {
+                    ok = Shoot(step.shot, panel->grab().toImage());
+                }
+            }
+            if (!ok && why.isEmpty()) why = QStringLiteral("screenshot failed");
+            EndStep(ok, why);
+        }
+        return;
+    }
+}
+
+void DemoTour::BeginStep() {
+    Step& step = m_steps[m_current];
+    Log(QStringLiteral("step %1/%2 %3").arg(m_current + 1).arg(m_steps.size()).arg(step.name));
+    m_stepClock.start();
+    QString why;
+    m_inAction = true;
+    const bool ok = step.act(why);
+    m_inAction = false;
+    if (!ok) {
+        EndStep(false, why);
+        return;
+    }
+    m_phase = Phase::Waiting;
+}
+
+void DemoTour::EndStep(bool ok, const QString& why) {
+    const Step& step = m_steps[m_current];
+    if (ok) {
+        Log(QStringLiteral("step %1 ok (%2 ms)").arg(step.name).arg(m_stepClock.elapsed()));
+    } else {
+        ++m_failures;
+        Log(QStringLiteral("step %1 FAILED: %2").arg(step.name, why));
+    }
+    ++m_current;
+    m_phase = Phase::Acting;
+    if (m_current >= m_steps.size()) Finish();
+}
+
+void DemoTour::Finish() {
+    m_poll.stop();
+    Log(QStringLiteral("tour ends: %1 of %2 steps ran, %3 failed, %4 screenshots")
+            .arg(m_steps.size() - static_cast<size_t>(m_failures))
+            .arg(m_steps.size())
+            .arg(m_failures)
+            .arg(m_shots.size()));
+    m_log.close();
+    emit finished(m_failures == 0 ? ExitOk : ExitTourFailed);
+}
+
+}  // namespace marrowfin::demo
