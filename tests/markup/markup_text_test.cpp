@@ -4,7 +4,6 @@
 
 #include <random>
 
-#include "markup/encoding_names.h"
 #include "markup/markup_document.h"
 #include "markup/markup_text.h"
 #include "markup/utf8_decoder.h"
@@ -46,28 +45,6 @@ TEST(MarkupText, EncodesTextAndAttributes) {
     EXPECT_EQ(t, u"&lt;a &amp; 'b' \"c\"&gt; 中");
     EXPECT_EQ(a, u"&lt;a &amp; &apos;b&apos; &quot;c&quot;&gt; 中");
     EXPECT_EQ(Decode(a), u"<a & 'b' \"c\"> 中");
-}
-
-TEST(MarkupText, EncodingNames) {
-    EXPECT_EQ(MarkupDocument::CodePageOfEncodingName(u"UTF-8"), 65001u);
-    EXPECT_EQ(MarkupDocument::CodePageOfEncodingName(u"utf-16"), 1200u);
-    EXPECT_EQ(MarkupDocument::CodePageOfEncodingName(u"UTF-16BE"), 1201u);
-    EXPECT_EQ(MarkupDocument::CodePageOfEncodingName(u"GB2312"), 936u);
-    EXPECT_EQ(MarkupDocument::CodePageOfEncodingName(u"gbk"), 936u);
-    EXPECT_EQ(MarkupDocument::CodePageOfEncodingName(u"Big5"), 950u);
-    EXPECT_EQ(MarkupDocument::CodePageOfEncodingName(u"shift_jis"), 932u);
-    EXPECT_EQ(MarkupDocument::CodePageOfEncodingName(u"ISO-8859-1"), 28591u);
-    EXPECT_EQ(MarkupDocument::CodePageOfEncodingName(u"iso-8859-15"), 28605u);
-    EXPECT_EQ(MarkupDocument::CodePageOfEncodingName(u"cp1252"), 1252u);
-    EXPECT_EQ(MarkupDocument::CodePageOfEncodingName(u"UTF-32BE"), 65005u);
-    EXPECT_EQ(MarkupDocument::CodePageOfEncodingName(u""), 0u);
-    EXPECT_EQ(MarkupDocument::CodePageOfEncodingName(u"no-such"), 0u);
-    EXPECT_EQ(MarkupDocument::CodePageOfEncodingName(std::u16string(100, u'a')), 0u);
-    // Every name of the table is found again through its bucket, in any case.
-    EXPECT_GT(EncodingNameCount(), 300u);
-    EXPECT_GT(EncodingCodePageCount(), 50u);
-    for (const char16_t* n : {u"windows-1250", u"WINDOWS-1258", u"Latin1", u"euc-kr", u"koi8-r", u"x-sjis"})
-        EXPECT_NE(MarkupDocument::CodePageOfEncodingName(n), 0u) << U8(n);
 }
 
 TEST(MarkupText, FastDecoderAgreesWithThePlatformCodec) {
