@@ -36,16 +36,21 @@ void DrawHighlighted(QPainter& painter, const QString& text, const QString& key,
     const QFontMetrics metrics(font);
     int x = rect.left();
     const int right = rect.left() + rect.width();  // exclusive
+    painter.save();
+    // A long name stops at the right edge rather than running under the row's buttons.
+    const int slack = metrics.height();
+    painter.setClipRect(QRect(rect.left(), rect.top() - slack, rect.width(), rect.height() + 2 * slack),
+                        Qt::IntersectClip);
     for (const QString& piece : SplitAtKey(text, key)) {
         if (x >= right) break;
         const int width = metrics.horizontalAdvance(piece);
-        // The extra 6 pixels keep the last glyph's overhang; the pieces stop
-        // at the rectangle's right so a long name never runs under the buttons.
+        // The extra 6 pixels keep the last glyph's overhang.
         const int pieceRight = std::min(right, x + width + 6);
         const QRect place(x, rect.top(), pieceRight - x, rect.height());
         PlaceText(painter, place, piece, font, piece == key ? panel_colours::Accent() : color, Place::Left);
         x += width;
     }
+    painter.restore();
 }
 
 }  // namespace marrowfin

@@ -15,21 +15,17 @@ void PlaceText(QPainter& painter, const QRect& rect, const QString& text, const 
                Place place) {
     if (text.isEmpty() || rect.width() <= 0) return;
     const QFontMetrics metrics(font);
-    QRect box = rect;
-    // Several layout rectangles are lower than the font (12 units for an
-    // 18-pixel font): centre the line on them rather than shaving it.
-    if (box.height() < metrics.height()) {
-        const int top = rect.top() + (rect.height() - metrics.height()) / 2;
-        box = QRect(rect.left(), top, rect.width(), metrics.height());
-    }
     const QString shown = place == Place::Ellipsis ? metrics.elidedText(text, Qt::ElideRight, rect.width()) : text;
-    int align = Qt::AlignVCenter | Qt::TextSingleLine | Qt::TextDontClip;
+    int align = Qt::AlignVCenter | Qt::TextSingleLine;
     align |= place == Place::Centre ? Qt::AlignHCenter : place == Place::Right ? Qt::AlignRight : Qt::AlignLeft;
+    // Several layout rectangles are narrower or lower than their text (the
+    // title hint, 12-unit text rows for an 18-pixel font): the line is placed
+    // by the rectangle but not cut by it. Callers that must stop at an edge clip.
+    align |= Qt::TextDontClip;
     painter.save();
-    painter.setClipRect(box, Qt::IntersectClip);
     painter.setFont(font);
     painter.setPen(colour);
-    painter.drawText(box, align, shown);
+    painter.drawText(rect, align, shown);
     painter.restore();
 }
 

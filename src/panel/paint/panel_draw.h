@@ -15,9 +15,8 @@ namespace marrowfin {
 // end ellipsis when the text is wider than the rectangle.
 enum class Place { Left, Centre, Right, Ellipsis };
 
-// Draws one line in `rect`. The text is cut at the rectangle's left and right
-// edges; a rectangle lower than the font grows about its middle so that no
-// glyph loses its top or bottom.
+// Draws one line placed by `rect`; a text larger than the rectangle is not
+// cut (the painter's clip still holds).
 void PlaceText(QPainter& painter, const QRect& rect, const QString& text, const QFont& font, const QColor& colour,
                Place place);
 

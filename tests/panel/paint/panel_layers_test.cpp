@@ -100,7 +100,18 @@ TEST(PanelPainting, FrameBandsTitleAndSeparator) {
         EXPECT_EQ(CountNot(img, QRect(2, 2, ScaleUnits(11) - 3, band - 2), c::Band()), 0);
         EXPECT_TRUE(HasColour(img, ScaleRect(75, 0, 210, 30).intersected(QRect(titleRight + 2, 0, w, h)),
                               c::TitleHint(), 6));
-        EXPECT_EQ(CountNot(img, QRect(ScaleUnits(215), 2, sx - ScaleUnits(215), band - 2), c::Band()), 0);
+        // The hint is wider than its rectangle and is shown whole, not cut at 210.
+        const int hintRight =
+            ScaleUnits(75) + metrics.horizontalAdvance(QStringLiteral("（快捷开关：Ctrl+Tab）"));
+        int lastInk = 0;
+        for (int x = ScaleUnits(75); x < sx - 1; ++x)
+            if (CountNot(img, QRect(x, 2, 1, band - 2), c::Band()) > 0) lastInk = x;
+        EXPECT_GE(lastInk, hintRight - metrics.horizontalAdvance(QStringLiteral("）")));
+        EXPECT_LE(lastInk, hintRight + 1);
+        if (rate == 1.0f) {
+            EXPECT_GT(lastInk, ScaleUnits(210));
+        }
+        EXPECT_EQ(CountNot(img, QRect(hintRight + 2, 2, sx - hintRight - 3, band - 2), c::Band()), 0);
         test::SavePng(img, QStringLiteral("panel_frame_%1.png").arg(rate));
     }
 }
@@ -274,10 +285,12 @@ TEST(PanelPainting, SearchLayerBoxEmptyStatesHintAndDefaultWord) {
         const QRect hint = ScaleRect(510, 427, 745, 447);
         EXPECT_TRUE(HasColour(img, hint, c::Accent()));
         const QFontMetrics metrics(Font(SkinFont::Normal));
-        const int hintLeft = hint.right() - metrics.horizontalAdvance(QStringLiteral("提示：收藏下载的图块，下次快速找到"));
-        EXPECT_EQ(CountColour(img, QRect(hint.left(), hint.top(), hintLeft - hint.left() - 2, hint.height()),
-                              c::Accent(), 60),
-                  0);
+        // Right-aligned at 745 and wider than its rectangle at some rates: it reaches left, whole.
+        const int hintLeft = hint.left() + hint.width() -
+                             metrics.horizontalAdvance(QStringLiteral("提示：收藏下载的图块，下次快速找到"));
+        const int free = ScaleUnits(300);
+        EXPECT_EQ(CountColour(img, QRect(free, hint.top(), hintLeft - 2 - free, hint.height()), c::Accent(), 60), 0);
+        EXPECT_TRUE(HasColour(img, QRect(hintLeft, hint.top(), ScaleUnits(20), hint.height()), c::Accent()));
         EXPECT_EQ(CountNot(img, ScaleRect(190, 110, 580, 300), Qt::white), 0);
         // The default word from 30 units into the box, in the placeholder grey, on the search page only.
         const QRect word = ScaleRect(42, 40, 686, 64).adjusted(0, 2, -2, -2);
