@@ -64,6 +64,31 @@ Shape ShapeOf(const MarkupDocument& doc) {
     return shape;
 }
 
+// Walks two documents of the same text side by side and compares what each
+// element reads, attributes in an order that switches names on every element.
+void CompareWalks(MarkupDocument& x, MarkupDocument& y, const std::u16string& a, const std::u16string& b) {
+    while (x.LeaveElement()) {
+    }
+    x.RewindMain();
+    y.RewindMain();
+    for (int steps = 0; steps < 4000; ++steps) {
+        const bool found = x.FindElement();
+        Check(found == y.FindElement(), "same elements");
+        if (found) {
+            Check(x.GetAttribute(a) == y.GetAttribute(a), "attribute a");
+            Check(x.GetAttribute(b) == y.GetAttribute(b), "attribute b");
+            Check(x.GetAttribute(a) == y.GetAttribute(a), "attribute a again");
+            Check(x.GetElementText() == y.GetElementText(), "element text");
+            x.EnterElement();
+            y.EnterElement();
+        } else {
+            const bool left = x.LeaveElement();
+            Check(left == y.LeaveElement(), "same depth");
+            if (!left) break;
+        }
+    }
+}
+
 std::u16string Piece(const uint8_t*& p, const uint8_t* end, size_t maxLength) {
     std::u16string out;
     while (p < end && out.size() < maxLength) {
@@ -145,11 +170,15 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         case 5: doc.RewindMain(); break;
         }
         CheckIndex(doc);
+        // Reads between edits, so that a later edit finds them remembered.
+        (void)doc.GetAttribute(a);
+        (void)doc.GetChildAttribute(b);
     }
     if (ok) {
         MarkupDocument again;
         again.SetText(doc.Text());
         Check(ShapeOf(again) == ShapeOf(doc), "edited text parses back to the same index");
+        CompareWalks(doc, again, name, name.empty() ? std::u16string(u"id") : name.substr(0, name.size() / 2 + 1));
     }
     return 0;
 }
