@@ -57,9 +57,16 @@ void DrawRowState(QPainter& painter, const QPoint& o, const BlockRow& row, int h
             if (row.prefetch) {
                 DrawRowButton(painter, RowRect(o, 620, 17, 680, 41), use, hoverButton == 2);
             } else {
-                PlaceText(painter, RowRect(o, 539, 18, 589, 38), QStringLiteral("正在下载"), Font(SkinFont::Normal),
-                          c::Text(), Place::Left);
-                DrawRowProgress(painter, RowRect(o, 589, 24, 680, 32), row.percent);
+                const QRect bar = RowRect(o, 589, 24, 680, 32);
+                const QString text = QStringLiteral("正在下载");
+                QRect place = RowRect(o, 539, 18, 589, 38);
+                // The text's 50 units hold it only in narrow faces: rather than
+                // run under the bar it moves left, keeping a small gap.
+                const int width = QFontMetrics(Font(SkinFont::Normal)).horizontalAdvance(text);
+                const int latest = bar.left() - ScaleUnits(4) - width;
+                if (place.left() > latest) place.moveLeft(latest);
+                PlaceText(painter, place, text, Font(SkinFont::Normal), c::Text(), Place::Left);
+                DrawRowProgress(painter, bar, row.percent);
             }
             break;
         case RowFailed:

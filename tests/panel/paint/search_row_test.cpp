@@ -116,7 +116,15 @@ TEST(SearchRowPainting, ProgressBarWidthFollowsThePercentWithinBounds) {
             }
             // Nothing of the bar outside its rectangle; "正在下载" in front of it.
             EXPECT_EQ(CountColour(img, QRect(bar.right() + 2, bar.top(), 20, bar.height()), c::ProgressTrack(), 10), 0);
-            EXPECT_TRUE(HasColour(img, RowRect(539, 18, 589, 38), c::Text(), 6));
+            // "正在下载" stands before the bar and never runs under it.
+            const QRect text = RowRect(480, 18, 589, 38);
+            EXPECT_TRUE(HasColour(img, text, c::Text(), 6));
+            int lastInk = 0;
+            for (int x = text.left(); x < bar.left() + ScaleUnits(8); ++x)
+                if (HasColour(img, QRect(x, bar.top() - ScaleUnits(8), 1, bar.height() + ScaleUnits(16)), c::Text(), 40))
+                    lastInk = x;
+            EXPECT_GT(lastInk, text.left());
+            EXPECT_LT(lastInk, bar.left());
             if (rate == 1.0f && (percent == 3 || percent == 50 || percent == 100))
                 test::SavePng(img, QStringLiteral("row_downloading_%1.png").arg(percent));
         }
@@ -185,6 +193,25 @@ TEST(SearchRowPainting, ButtonsByStateAndHover) {
         EXPECT_EQ(At(hoverUse, use.right(), use.center().y()), c::Accent());
         EXPECT_EQ(At(DrawRow(prefetching, look), usePrefetch.left(), usePrefetch.center().y()), c::Accent());
         if (rate == 1.0f) test::SavePng(hover, QStringLiteral("row_hover_collect.png"));
+
+        // Every state on one sheet, to look at.
+        BlockRow downloading = Row(RowDownloading);
+        downloading.percent = 3;
+        BlockRow boutiqueFailed = Row(RowFailed);
+        boutiqueFailed.boutique = true;
+        SearchRowLook selectedKey;
+        selectedKey.selected = true;
+        selectedKey.key = QStringLiteral("门");
+        const QImage sheetRows[] = {DrawRow(Row(RowFresh)),        DrawRow(Row(RowCollected)), pre,
+                                    DrawRow(downloading),          failed,                     DrawRow(Row(RowFetched)),
+                                    DrawRow(Row(RowRemote), look), hover,
+                                    DrawRow(boutiqueFailed, selectedKey)};
+        QImage sheet(Canvas().width(), Canvas().height() * 9, QImage::Format_RGB32);
+        {
+            QPainter p(&sheet);
+            for (int i = 0; i < 9; ++i) p.drawImage(0, i * Canvas().height(), sheetRows[i]);
+        }
+        test::SavePng(sheet, QStringLiteral("rows_all_%1.png").arg(rate));
     }
 }
 
