@@ -55,6 +55,34 @@ TEST(MarkupText, FastDecoderAgreesWithThePlatformCodec) {
         "abc\xE4\xB8", "\xE4\xB8\xAD", "\xC2\xA9\xC2", std::string(15, 'a') + "\xE4\xB8\xAD" + std::string(17, 'b'),
         std::string(40, 'x') + "\x80" + std::string(16, 'y'), "\xF0\x9F\x98\x80 smile",
     };
+    // Runs of three-byte forms, long enough for the four-at-a-time path, with
+    // one fault at every place: a stray byte, a surrogate, an overlong form,
+    // a four-byte form, a cut at the end.
+    const std::string cjk = "\xE4\xB8\xAD";  // 中
+    for (size_t prefix = 0; prefix < 3; ++prefix) {
+        for (size_t run = 1; run <= 14; ++run) {
+            std::string base = std::string(prefix, 'a');
+            for (size_t k = 0; k < run; ++k) base += cjk;
+            base += "z";
+            inputs.push_back(base);
+            for (size_t at = prefix; at < base.size() - 1; ++at) {
+                for (const char stray : {'\x80', '\xC3', 'A', '\xE4', '\0'}) {
+                    std::string faulty = base;
+                    faulty[at] = stray;
+                    inputs.push_back(faulty);
+                }
+                inputs.push_back(base.substr(0, at));
+            }
+            for (size_t k = 0; k < run; ++k) {
+                for (const char* other : {"\xED\xA0\x80", "\xE0\x80\x80", "\xE0\x9F\xBF", "\xEF\xBF\xBF", "\xED\x9F\xBF",
+                                          "\xEE\x80\x80", "\xE0\xA0\x80", "\xF0\x9F\x98\x80"}) {
+                    std::string mixed = base;
+                    mixed.replace(prefix + 3 * k, 3, other);
+                    inputs.push_back(mixed);
+                }
+            }
+        }
+    }
     std::mt19937 rng(7);
     const char alphabet[] = {'a', '<', ' ', '\xE4', '\xB8', '\xAD', '\xC2', '\xA9', '\xF0', '\x9F', '\x80', '\xFF', '\xED', '\xA0'};
     for (int k = 0; k < 2000; ++k) {
@@ -67,8 +95,10 @@ TEST(MarkupText, FastDecoderAgreesWithThePlatformCodec) {
         std::vector<char16_t> out(in.size() + 1);
         size_t nulls = 1;
         const size_t units = DecodeUtf8Into(reinterpret_cast<const unsigned char*>(in.data()), in.size(), out.data(), nulls);
-        ASSERT_EQ(std::u16string(out.data(), units), Utf8ToUtf16(in)) << in;
-        EXPECT_EQ(nulls, 0u);
+        std::string withoutNul = in;
+        std::erase(withoutNul, '\0');
+        ASSERT_EQ(std::u16string(out.data(), units), Utf8ToUtf16(withoutNul)) << in;
+        EXPECT_EQ(nulls, in.size() - withoutNul.size());
     }
     const std::string withNul("a\0b\0\0c", 6);
     std::vector<char16_t> out(7);
