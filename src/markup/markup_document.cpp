@@ -3,6 +3,10 @@
 #include <algorithm>
 #include <cstring>
 
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
 #include "markup/markup_attributes.h"
 #include "markup/markup_records.h"
 #include "markup/markup_text.h"
@@ -52,11 +56,27 @@ std::u16string WithoutNul(std::u16string_view text) {
     return out;
 }
 
+// The first '<' from `pos` on, or `length` (the NUL) when there is none; no
+// unit before `length` is a NUL. Eight units at a time where SSE2 is there.
+inline size_t FindMarkupOpen(const char16_t* t, size_t pos, size_t length) {
+#if defined(__SSE2__)
+    const __m128i lt = _mm_set1_epi16(u'<');
+    for (; pos + 8 <= length; pos += 8) {
+        const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(t + pos));
+        const int hits = _mm_movemask_epi8(_mm_cmpeq_epi16(v, lt));
+        if (hits != 0) return pos + static_cast<size_t>(__builtin_ctz(static_cast<unsigned>(hits))) / 2;
+    }
+#endif
+    while (t[pos] != u'<' && t[pos] != 0) ++pos;
+    return pos;
+}
+
 // One entry of the stack of open tags: the element and the length of its name,
 // the name itself being read from the text.
 struct OpenTag {
     uint32_t element;
     uint32_t nameLength;
+    uint32_t nameOffset;  // kept here so that matching an end tag needs no record
 };
 
 }  // namespace
@@ -203,11 +223,7 @@ bool MarkupDocument::Parse() {
     for (;;) {
         // Text and white space leave the index alone: skip to the next '<'
         // here rather than reading them as nodes.
-        if (t[pos] != u'<' && t[pos] != 0) {
-            const char16_t* p = t + pos + 1;
-            while (*p != u'<' && *p != 0) ++p;
-            pos = static_cast<size_t>(p - t);
-        }
+        if (t[pos] != u'<' && t[pos] != 0) pos = FindMarkupOpen(t, pos + 1, m_length);
         tokenizer.Read(pos, node);
         if (node.kind == NodeStartTag) {
             const uint32_t index = NewRecord();
@@ -232,7 +248,8 @@ bool MarkupDocument::Parse() {
                 first.prevSibling = index;
             }
             if (!node.empty) {
-                stack.push_back({index, static_cast<uint32_t>(node.nameEnd - node.nameOffset)});
+                stack.push_back({index, static_cast<uint32_t>(node.nameEnd - node.nameOffset),
+                                 static_cast<uint32_t>(node.nameOffset)});
                 current = index;
             }
         } else if (node.kind == NodeEndTag) {
@@ -243,7 +260,7 @@ bool MarkupDocument::Parse() {
                 const OpenTag& open = stack[k - 1];
                 if (open.nameLength == nameLength) {
                     // Names are short: a plain loop beats a call to memcmp.
-                    const char16_t* openName = t + Record(open.element).start + 1;
+                    const char16_t* openName = t + open.nameOffset;
                     size_t i = 0;
                     while (i < nameLength && openName[i] == endName[i]) ++i;
                     if (i == nameLength) break;

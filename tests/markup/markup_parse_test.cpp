@@ -373,5 +373,32 @@ TEST(MarkupParse, AttributesInAnyOrderAndAfterEdits) {
     ASSERT_TRUE(doc.FindChildElement(u"e"));
     EXPECT_EQ(doc.GetChildAttribute(u"a2"), u"other");
 }
+// Text between tags is skipped several units at a time: every length of text
+// before, between and behind the elements must leave each start in place.
+TEST(MarkupParse, TextOfEveryLengthAroundTags) {
+    for (size_t before = 0; before < 19; ++before) {
+        for (size_t between = 0; between < 19; ++between) {
+            for (size_t behind : {size_t{0}, size_t{1}, size_t{7}, size_t{8}, size_t{9}, size_t{17}}) {
+                const std::u16string text = u"<r>" + std::u16string(before, u'中') + u"<a/>" +
+                                            std::u16string(between, u'x') + u"<b>t</b>" + u"</r>" +
+                                            std::u16string(behind, u' ');
+                MarkupDocument doc;
+                ASSERT_TRUE(doc.SetText(text)) << ResultOf(doc);
+                ASSERT_TRUE(doc.FindElement(u"r"));
+                ASSERT_TRUE(doc.FindChildElement(u"a"));
+                EXPECT_EQ(doc.Record(doc.ChildCursor()).start, 3 + before);
+                ASSERT_TRUE(doc.FindChildElement(u"b"));
+                EXPECT_EQ(doc.Record(doc.ChildCursor()).start, 3 + before + 4 + between);
+                EXPECT_EQ(doc.GetChildText(), u"t");
+                EXPECT_EQ(doc.Record(0).length, text.size());
+            }
+        }
+    }
+    // Text with a '>' in it and no element behind it at all.
+    MarkupDocument doc;
+    EXPECT_FALSE(doc.SetText(u"text only > and more text of some length"));
+    EXPECT_EQ(doc.Record(0).firstChild, 0u);
+}
+
 }  // namespace
 }  // namespace marrowfin
