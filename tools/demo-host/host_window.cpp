@@ -278,6 +278,9 @@ void HostWindow::AnswerNotice(intptr_t code) {
         // Closing it, sent or not, ends the panel's wait: it waits for its
         // user number to change.
         connect(m_feedback, &QDialog::finished, this, [this](int result) {
+            // Gone for good: a later notice opens a fresh form even before
+            // this one is deleted.
+            m_feedback = nullptr;
             const uint64_t panel = PanelHandle();
             const intptr_t user = m_userId > 0 ? static_cast<intptr_t>(m_userId) : -1;
             if (panel) m_exports.MarrowfinSendPanelControl(panel, MARROWFIN_CONTROL_SET_USER, user);

@@ -10,7 +10,7 @@ namespace marrowfin::demo {
 
 inline constexpr quint32 kDemoUser = 10001;
 
-// The token the stand-in service knows for a user number; empty for others.
+// The token of a user number in the stand-in service (demo-token-N); empty for 0.
 QString TokenForUser(quint32 user);
 
 class SignInDialog : public QDialog {

@@ -1,0 +1,67 @@
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QImage>
+#include <QPainter>
+#include <QPushButton>
+#include <QtTest/QTest>
+#include <memory>
+
+#include "demo_tour.h"
+
+namespace marrowfin::demo {
+namespace {
+
+TEST(TourSupport, TellsABlankShotFromAPicture) {
+    EXPECT_EQ(DistinctColours(QImage()), 0);
+    QImage blank(300, 200, QImage::Format_RGB32);
+    blank.fill(Qt::white);
+    EXPECT_EQ(DistinctColours(blank), 1);
+    QImage two = blank;
+    two.setPixel(299, 199, qRgb(0, 0, 0));  // the last pixel counts
+    EXPECT_EQ(DistinctColours(two), 2);
+    QImage drawn = blank;
+    QPainter p(&drawn);
+    p.setRenderHint(QPainter::Antialiasing);
+    p.setPen(QPen(Qt::blue, 3));
+    p.drawEllipse(20, 20, 200, 120);
+    p.end();
+    EXPECT_GE(DistinctColours(drawn, 16), 16);
+    EXPECT_EQ(DistinctColours(drawn, 5), 5);  // stops counting at the bound
+}
+
+TEST(TourSupport, FindsThePanelByItsCaptionAndChildrenByClass) {
+    EXPECT_EQ(FindPanelWidget(), nullptr);
+    auto panel = std::make_unique<QWidget>();
+    panel->setWindowTitle(QStringLiteral("Ombrel_Panel"));
+    auto* button = new QPushButton(panel.get());
+    EXPECT_EQ(FindPanelWidget(), panel.get());
+    EXPECT_EQ(FindPanelChild(panel.get(), "QPushButton"), button);
+    EXPECT_EQ(FindPanelChild(panel.get(), "CDWGListView"), nullptr);
+    EXPECT_EQ(FindPanelChild(nullptr, "QPushButton"), nullptr);
+    auto other = std::make_unique<QWidget>();
+    other->setWindowTitle(QStringLiteral("Ombrel_Panel 2"));
+    EXPECT_EQ(FindPanelWidget(), panel.get());
+}
+
+TEST(TourSupport, ClicksLandOnTheWidgetUnderThePoint) {
+    QWidget top;
+    top.resize(200, 100);
+    auto* left = new QPushButton(QStringLiteral("L"), &top);
+    auto* right = new QPushButton(QStringLiteral("R"), &top);
+    left->setGeometry(0, 0, 100, 100);
+    right->setGeometry(100, 0, 100, 100);
+    int l = 0, r = 0;
+    QObject::connect(left, &QPushButton::clicked, [&l] { ++l; });
+    QObject::connect(right, &QPushButton::clicked, [&r] { ++r; });
+    top.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&top));
+    ClickAt(right, QPoint(10, 50));
+    ClickAt(left, QPoint(99, 50));
+    ClickAt(right, QPoint(50, 50));
+    EXPECT_EQ(l, 1);
+    EXPECT_EQ(r, 2);
+}
+
+}  // namespace
+}  // namespace marrowfin::demo
