@@ -266,6 +266,10 @@ void CBrindleDlg::SwitchClass(int row) {
     }
     m_forceList = true;
     PlaceThumbList(m_itemCount);
+    // The 350 ms rule damps presses on the buttons. The switch's own opening
+    // is no press: damped, it would leave the new class's buttons over the
+    // old class's list. It still counts as the last opening for the rule.
+    m_subclassTicked = false;
     OpenSubclass(chosen);
 
     m_targetClass.clear();

@@ -1,0 +1,54 @@
+// The browse page rendered at two rates: few and many subclasses and the
+// recent list. The PNGs go to <build>/tests/panel/navigation/rendered-navigation.
+#include <gtest/gtest.h>
+
+#include "panel/lists/dwg_list_view.h"
+#include "panel_world.h"
+#include "platform/files.h"
+#include "skin/skin_scale.h"
+#include "skin/subclass_button.h"
+#include "store/store_paths.h"
+
+using namespace marrowfin;
+using namespace marrowfin::test;
+
+namespace {
+
+void RenderAt(float rate, const QString& suffix) {
+    PanelWorld w;
+    w.AddGallery({u"五金", 3, 6});
+    GalleryNode* many = w.AddGallery({u"机械零件", 19, 8, 2, /*boutique*/ true});
+    for (int i = 0; i < 5; ++i) w.AddRecent(many->dirChildren[i]->fileChildren[0]->path);
+    w.MakePanel(true, rate);
+    CBrindleDlg& p = *w.panel;
+    EXPECT_EQ(p.size(), QSize(ScaleUnits(755), ScaleUnits(454)));
+
+    // The recent list is the start page.
+    ASSERT_EQ(p.m_classIndex, 0);
+    EXPECT_EQ(p.m_itemCount, 5);
+    EXPECT_EQ(p.m_pThumbList->geometry(), ScaleBox(133, 72, 617, 343));
+    EXPECT_EQ(w.VisibleSubclassButtons(), 0);
+    w.Render(QStringLiteral("recent_") + suffix);
+
+    w.ClickClassRow(2);
+    ASSERT_TRUE(w.WaitForSwitch());
+    ASSERT_EQ(w.VisibleSubclassButtons(), 3);
+    w.Render(QStringLiteral("few_subclasses_") + suffix);
+
+    w.ClickClassRow(3);
+    ASSERT_TRUE(w.WaitForSwitch());
+    ASSERT_EQ(w.VisibleSubclassButtons(), 18);
+    const QRect client = p.rect();
+    for (CSubclassButton* button : p.m_subclassBtns) {
+        EXPECT_TRUE(client.contains(button->geometry()));
+        EXPECT_LT(button->geometry().bottom(), p.m_pThumbList->geometry().top());
+    }
+    // The two rows do not overlap.
+    EXPECT_LT(p.m_subclassBtns[0]->geometry().bottom(), p.m_subclassBtns[9]->geometry().top());
+    w.Render(QStringLiteral("many_subclasses_") + suffix);
+}
+
+}  // namespace
+
+TEST(NavigationRender, BrowsePagesAtRateOne) { RenderAt(1.0f, QStringLiteral("1_0")); }
+TEST(NavigationRender, BrowsePagesAtRateOneAndAHalf) { RenderAt(1.5f, QStringLiteral("1_5")); }

@@ -1,0 +1,320 @@
+// Pages, the search commands and the buttons that talk to the service.
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QLineEdit>
+#include <QTimer>
+#include <QtTest/QTest>
+
+#include "fault_switches.h"
+#include "panel/dialog/hot_words.h"
+#include "panel/lists/class_list_ctrl.h"
+#include "panel/lists/dwg_list_view.h"
+#include "panel/lists/search_list_ctrl.h"
+#include "panel_world.h"
+#include "platform/files.h"
+#include "platform/qt/window_timers.h"
+#include "platform/text.h"
+#include "platform/ticks.h"
+#include "request_counters.h"
+#include "service_handle.h"
+#include "skin/pop_tip_dlg.h"
+#include "skin/skin_scale.h"
+#include "skin/skin_button.h"
+#include "skin/subclass_button.h"
+#include "store/store_paths.h"
+#include "support/live_service.h"
+#include "support/test_paths.h"
+#include "user_state.h"
+
+using namespace marrowfin;
+using namespace marrowfin::test;
+
+namespace {
+
+// What stands where on each page.
+void ExpectPage(PanelWorld& w, int page) {
+    CBrindleDlg& p = *w.panel;
+    const bool browse = !IsSearchPage(page);
+    EXPECT_EQ(p.m_page, page);
+    EXPECT_EQ(w.Shown(p.m_classList), browse);
+    EXPECT_EQ(w.ButtonShown(2002), browse);
+    EXPECT_EQ(w.ButtonShown(2158), browse);
+    for (int id = 2100; id <= 2105; ++id) EXPECT_EQ(w.ButtonShown(id), page == PageCollection) << id;
+    EXPECT_EQ(w.Shown(p.m_searchEdit), !browse);
+    EXPECT_EQ(w.ButtonShown(2201), !browse);
+    EXPECT_EQ(w.ButtonShown(2202), !browse);
+    EXPECT_EQ(w.ButtonShown(2200), !browse && !p.m_searchEdit->text().isEmpty());
+    if (browse) {
+        EXPECT_FALSE(w.Shown(p.m_searchList));
+    } else {
+        EXPECT_EQ(w.VisibleSubclassButtons(), 0);
+        EXPECT_FALSE(w.Shown(p.m_pThumbList));
+        EXPECT_FALSE(w.ButtonShown(2150));
+        EXPECT_FALSE(w.ButtonShown(2151));
+    }
+}
+
+// Answers the skin's message box when it comes up: notes it, renders it and
+// presses its first button.
+class TipWatcher {
+public:
+    explicit TipWatcher(const QString& png) {
+        m_timer.setInterval(20);
+        QObject::connect(&m_timer, &QTimer::timeout, [this, png] {
+            auto* tip = qobject_cast<CPopTipDlg*>(QApplication::activeModalWidget());
+            if (!tip || !tip->isVisible()) return;
+            ++seen;
+            okText = tip->OkButton() ? tip->OkButton()->text() : QString();
+            cancelShown = tip->CancelButton() && tip->CancelButton()->isVisible();
+            tip->grab().toImage().save(RenderFolder() + u'/' + png + QStringLiteral(".png"));
+            QTest::mouseClick(tip->OkButton(), Qt::LeftButton);
+        });
+        m_timer.start();
+    }
+    int seen = 0;
+    QString okText;
+    bool cancelShown = true;
+
+private:
+    QTimer m_timer;
+};
+
+}  // namespace
+
+TEST(Pages, EachPageShowsItsWidgetsAndLeavingASearchReopensTheClass) {
+    PanelWorld w;
+    GalleryNode* g = w.AddGallery({u"五金", 3, 2});
+    GalleryNode* mine = w.AddCollections(7, {u"夹1"}, 2);
+    w.MakePanel();
+    CBrindleDlg& p = *w.panel;
+    w.ClickClassRow(2);
+    ASSERT_TRUE(w.WaitForSwitch());
+    ExpectPage(w, PageBrowse);
+    EXPECT_EQ(w.VisibleSubclassButtons(), 3);
+
+    w.ClickButton(2158);
+    ExpectPage(w, PageSearch);
+    EXPECT_TRUE(p.m_searchUntouched);
+    EXPECT_EQ(p.m_pThumbList->geometry(), ScaleBox(133, 72, 617, 343));  // placed for the way back
+    // The same page again changes nothing.
+    p.m_searchUntouched = false;
+    p.GoToPage(PageSearch);
+    EXPECT_FALSE(p.m_searchUntouched);
+
+    w.ClickButton(2202);
+    ExpectPage(w, PageBrowse);
+    EXPECT_FALSE(p.m_searchUntouched);
+    EXPECT_TRUE(IsTimerRunning(p.Handle(), 1011));
+    ASSERT_TRUE(w.WaitForSwitch());
+    EXPECT_EQ(p.m_curClassPath, g->dirChildren[0]->path);
+    EXPECT_EQ(w.VisibleSubclassButtons(), 3);
+    EXPECT_TRUE(w.Shown(p.m_pThumbList));
+
+    p.userId = 7;
+    w.ClickClassRow(1);
+    ASSERT_TRUE(w.WaitForSwitch());
+    ExpectPage(w, PageCollection);
+    EXPECT_EQ(p.m_curClassPath, mine->dirChildren[0]->path);
+    // A browse argument on a browse page changes nothing.
+    p.GoToPage(PageBrowse);
+    EXPECT_EQ(p.m_page, PageCollection);
+
+    // "搜索收藏": the collection's blocks come from the service; offline the page stays, empty.
+    w.ClickButton(2104);
+    ExpectPage(w, PageCollectionSearch);
+    EXPECT_TRUE(p.m_collectionRows.empty());
+    ShiftTicksForTest(500);
+    w.ClickButton(2202);
+    ExpectPage(w, PageCollection);
+    ASSERT_TRUE(w.WaitForSwitch());
+    EXPECT_EQ(p.m_curClassPath, mine->dirChildren[0]->path);
+    ExpectPage(w, PageCollection);
+
+    // The whole-library search from the collections, and back.
+    w.ClickButton(2158);
+    ExpectPage(w, PageSearch);
+    ShiftTicksForTest(500);
+    w.ClickButton(2202);
+    ASSERT_TRUE(w.WaitForSwitch());
+    ExpectPage(w, PageCollection);
+    EXPECT_EQ(p.m_subclassBtns[0]->geometry().topLeft(), ScaleBox(136, 79, 65, 24).topLeft());
+}
+
+TEST(Pages, SearchCommandsAreDampedAndAnEmptyBoxTakesTheDefaultWord) {
+    PanelWorld w;
+    w.AddGallery({u"五金", 2, 2});
+    w.AddCollections(7, {u"夹1"}, 1);
+    w.MakePanel();
+    CBrindleDlg& p = *w.panel;
+    g_defaultHotWord = QStringLiteral("螺栓");
+    w.ClickButton(2158);
+    ASSERT_EQ(p.m_page, PageSearch);
+
+    QTest::keyClicks(p.m_searchEdit, QStringLiteral("abc"));
+    EXPECT_TRUE(w.ButtonShown(2200));
+    w.ClickButton(2200);
+    EXPECT_TRUE(p.m_searchEdit->text().isEmpty());
+    EXPECT_FALSE(w.ButtonShown(2200));
+
+    // Within 450 ms of the last accepted command a press is ignored.
+    QTest::keyClicks(p.m_searchEdit, QStringLiteral("de"));
+    w.ClickButton(2200);
+    EXPECT_EQ(p.m_searchEdit->text(), QStringLiteral("de"));
+    ShiftTicksForTest(460);
+    w.ClickButton(2200);
+    EXPECT_TRUE(p.m_searchEdit->text().isEmpty());
+
+    // "搜索" forgets the last press and runs at once; the empty box searches the default word.
+    w.ClickButton(2201);
+    EXPECT_EQ(p.m_searchEdit->text(), QStringLiteral("螺栓"));
+    // "返回" right after it is damped, later it leaves the page.
+    w.ClickButton(2202);
+    EXPECT_EQ(p.m_page, PageSearch);
+    ShiftTicksForTest(460);
+    p.m_rows.resize(3);
+    p.m_downloadQueue[1] = BlockRow{};
+    w.ClickButton(2202);
+    EXPECT_EQ(p.m_page, PageBrowse);
+    EXPECT_TRUE(p.m_rows.empty());
+    EXPECT_TRUE(p.m_downloadQueue.empty());  // waiting downloads go with the page
+    EXPECT_TRUE(p.m_searchEdit->text().isEmpty());
+
+    // In the collections an empty box stops: no default word.
+    ASSERT_TRUE(w.WaitForSwitch());
+    p.userId = 7;
+    w.ClickClassRow(1);
+    ASSERT_TRUE(w.WaitForSwitch());
+    w.ClickButton(2104);
+    ASSERT_EQ(p.m_page, PageCollectionSearch);
+    w.ClickButton(2201);
+    EXPECT_TRUE(p.m_searchEdit->text().isEmpty());
+    EXPECT_TRUE(p.m_searchUntouched);  // nothing was searched
+    EXPECT_EQ(p.m_searchState, 0);
+}
+
+TEST(LivePages, CollectionSearchListsTheCloudBlocksAndFiltersThem) {
+    PanelWorld w(/*offline*/ false);
+    service::ServiceHandle svc = StartLiveService(SampleLibrary());
+    ASSERT_TRUE(svc.users().addUser(42, "tok-42"));
+    int64_t folder = 0;
+    ASSERT_EQ(svc.users().addFolder(42, "收藏夹1", &folder), "");
+    for (const char* name : {"螺栓M8.dwg", "螺母.dwg", "Bolt-Large.dwg"}) {
+        service::UserBlock block;
+        block.folder = folder;
+        block.fileName = name;
+        block.info = "收藏夹1";
+        block.size = 3000;
+        block.boutique = std::string(name) == "螺母.dwg";
+        svc.users().addBlock(block);
+    }
+    GalleryNode* mine = w.AddCollections(42, {u"收藏夹1"}, 0);
+    WriteBytes(U8(mine->dirChildren[0]->path) + "/螺母.dwg", std::string(2000, 'x'));
+    w.MakePanel();
+    CBrindleDlg& p = *w.panel;
+    p.userId = 42;
+    p.userToken = u"tok-42";
+    w.ClickClassRow(1);
+    ASSERT_TRUE(w.WaitForSwitch());
+    ASSERT_EQ(p.m_page, PageCollection);
+
+    w.ClickButton(2104);
+    ASSERT_EQ(p.m_page, PageCollectionSearch);
+    EXPECT_EQ(svc.counters().get("/gallery/get_u_collect").count, 1);
+    ASSERT_EQ(p.m_collectionRows.size(), 3u);
+    const BlockRow* nut = nullptr;
+    for (const BlockRow& row : p.m_collectionRows) {
+        EXPECT_EQ(row.klass, QStringLiteral("我的收藏"));
+        EXPECT_EQ(row.subclass, QStringLiteral("收藏夹1"));
+        EXPECT_EQ(row.size, 3000);
+        EXPECT_TRUE(row.prefetch);
+        EXPECT_TRUE(row.url.endsWith(u'/' + row.name));
+        EXPECT_EQ(row.path, QString::fromStdU16String(NumberedCollectionFolder(42)) + QStringLiteral("/收藏夹1/") + row.name);
+        if (row.name == QStringLiteral("螺母.dwg")) {
+            nut = &row;
+        } else {
+            EXPECT_EQ(row.state, RowRemote);
+            EXPECT_FALSE(row.boutique);
+        }
+    }
+    ASSERT_NE(nut, nullptr);
+    EXPECT_EQ(nut->state, RowCollected);  // its file is in the mirror
+    EXPECT_TRUE(nut->boutique);
+
+    // The filter folds case and shows the hits.
+    QTest::keyClicks(p.m_searchEdit, QStringLiteral("BOLT"));
+    w.ClickButton(2201);
+    Pump(30);
+    EXPECT_EQ(p.m_lastSearch, QStringLiteral("bolt"));
+    ASSERT_EQ(p.m_rows.size(), 1u);
+    EXPECT_EQ(p.m_rows[0].name, QStringLiteral("Bolt-Large.dwg"));
+    EXPECT_EQ(p.m_searchState, 0);
+    EXPECT_TRUE(w.Shown(p.m_searchList));
+    EXPECT_EQ(p.m_searchList->GetItemCount(), 1);
+
+    // Nothing found: the state says so and the old hits go.
+    p.m_searchEdit->setText(QStringLiteral("螺"));
+    w.ClickButton(2201);
+    Pump(30);
+    EXPECT_EQ(p.m_rows.size(), 2u);
+    p.m_searchEdit->setText(QStringLiteral("垫圈"));
+    w.ClickButton(2201);
+    Pump(30);
+    EXPECT_EQ(p.m_searchState, 3);
+    EXPECT_TRUE(p.m_rows.empty());
+    EXPECT_FALSE(w.Shown(p.m_searchList));
+
+    // A failing service leaves the page open with nothing to filter.
+    ShiftTicksForTest(500);
+    w.ClickButton(2202);
+    ASSERT_TRUE(w.WaitForSwitch());
+    service::Fault fault;
+    fault.status = 500;
+    svc.faults().set("/gallery/get_u_collect", fault);
+    w.ClickButton(2104);
+    EXPECT_EQ(p.m_page, PageCollectionSearch);
+    EXPECT_TRUE(p.m_collectionRows.empty());
+    EXPECT_EQ(svc.counters().get("/gallery/get_u_collect").count, 2);
+}
+
+TEST(LivePages, DownloadGalleryButtonTipsOnFailureAndFillsTheGalleryOnSuccess) {
+    PanelWorld w(/*offline*/ false);
+    const std::string data = SampleLibrary();
+    service::ServiceHandle svc = StartLiveService(data);
+    const std::u16string name = GalleryNames(data)[0];
+    GalleryNode* gallery = w.AddGallery({name, 0, 0});
+    w.MakePanel();
+    CBrindleDlg& p = *w.panel;
+    w.ClickClassRow(2);
+    ASSERT_TRUE(w.WaitForSwitch());
+    ASSERT_TRUE(w.ButtonShown(2151));
+
+    service::Fault fault;
+    fault.status = 500;
+    svc.faults().set("/gallery/g_all", fault);
+    {
+        TipWatcher watcher(QStringLiteral("download_failed_tip"));
+        w.ClickButton(2151);
+        EXPECT_EQ(watcher.seen, 1);
+        EXPECT_EQ(watcher.okText, QStringLiteral("确定"));
+        EXPECT_FALSE(watcher.cancelShown);
+    }
+    EXPECT_EQ(svc.counters().get("/gallery/g_all").count, 1);
+    EXPECT_TRUE(gallery->dirChildren.empty());
+    EXPECT_TRUE(IsTimerRunning(p.Handle(), 1011));
+    ASSERT_TRUE(w.WaitForSwitch());
+    EXPECT_TRUE(w.ButtonShown(2151));  // still empty
+
+    svc.faults().clearAll();
+    {
+        TipWatcher watcher(QStringLiteral("download_unexpected_tip"));
+        w.ClickButton(2151);
+        EXPECT_EQ(watcher.seen, 0);
+    }
+    ASSERT_TRUE(w.WaitForSwitch());
+    ASSERT_FALSE(gallery->dirChildren.empty());
+    EXPECT_FALSE(w.ButtonShown(2151));
+    EXPECT_EQ(w.VisibleSubclassButtons(), static_cast<int>(std::min<size_t>(18, gallery->dirChildren.size())));
+    EXPECT_EQ(p.m_curClassPath, gallery->dirChildren[0]->path);
+    EXPECT_TRUE(w.Shown(p.m_pThumbList));
+}

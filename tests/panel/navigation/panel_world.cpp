@@ -1,0 +1,183 @@
+#include "panel_world.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QThread>
+#include <QtTest/QTest>
+
+#include "panel/lists/class_list_ctrl.h"
+#include "platform/files.h"
+#include "platform/profile.h"
+#include "platform/qt/window_timers.h"
+#include "platform/ticks.h"
+#include "skin/skin_button.h"
+#include "skin/subclass_button.h"
+#include "store/gallery_tree.h"
+#include "store/show_list.h"
+#include "store/store_paths.h"
+
+namespace marrowfin::test {
+
+OwnedStore::~OwnedStore() {
+    if (root) {
+        DestroySubtree(root);
+        delete root;
+        root = nullptr;
+    }
+}
+
+PanelWorld::PanelWorld(bool offline) {
+    if (offline) WriteOptionString(u"ServiceBase", u"http://127.0.0.1:9");
+    store.root = new GalleryNode();
+    store.root->name = kRootName;
+    store.root->path = StoreRoot();
+    store.root->kind = kKindDir;
+    CreateDirectories(store.root->path);
+}
+
+PanelWorld::~PanelWorld() { panel.reset(); }
+
+GalleryNode* PanelWorld::root() { return store.root; }
+
+GalleryNode* PanelWorld::AddGallery(const GallerySpec& spec) {
+    AddGalleryToShowList(spec.name);
+    auto* gallery = new GalleryNode(kRootName, root()->path + u"/" + spec.name, spec.name, kKindDir, false,
+                                    spec.boutique, 0);
+    gallery->refreshTick = GetTickCount();  // fresh: no summary request on opening
+    AddChild(root(), gallery, false);
+    CreateDirectories(gallery->path);
+    for (int c = 0; c < spec.classes; ++c) {
+        GalleryNode* cls = AddClass(gallery, u"类" + std::u16string(1, char16_t(u'A' + c % 26)) +
+                                                 (c >= 26 ? u"2" : u""),
+                                    spec.blocksPerClass);
+        (void)cls;
+    }
+    for (int e = 0; e < spec.commonEntries; ++e) {
+        const GalleryNode* cls = gallery->dirChildren.empty() ? nullptr : gallery->dirChildren[0];
+        const std::u16string path = (cls ? cls->path : gallery->path) + u"/常用" + std::u16string(1, u'0' + e) + u".dwg";
+        auto* entry = new GalleryNode(kCommonUseTag, path, u"常用" + std::u16string(1, u'0' + e), kKindFile, false,
+                                      false, 0);
+        AddChild(gallery, entry, false);
+    }
+    return gallery;
+}
+
+GalleryNode* PanelWorld::AddClass(GalleryNode* gallery, const std::u16string& name, int blocks) {
+    auto* cls = new GalleryNode(gallery->name, gallery->path + u"/" + name, name, kKindDir, false, false, 0);
+    cls->version = 1;
+    AddChild(gallery, cls, false);
+    for (int b = 0; b < blocks; ++b) {
+        const std::u16string file = name + u"_" + std::u16string(1, char16_t(u'0' + b % 10)) +
+                                    (b >= 10 ? std::u16string(1, char16_t(u'0' + b / 10)) : u"") + u".dwg";
+        auto* block = new GalleryNode(name, cls->path + u"/" + file, file, kKindFile, false, gallery->boutique, 2048);
+        AddChild(cls, block, false);
+    }
+    return cls;
+}
+
+void PanelWorld::AddRecent(const std::u16string& path) {
+    const size_t slash = path.rfind(u'/');
+    std::u16string stem = path.substr(slash + 1);
+    stem = stem.substr(0, stem.size() - 4);
+    AddChild(root(), new GalleryNode(kRootName, path, stem, kKindFile, false, false, 0), false);
+}
+
+GalleryNode* PanelWorld::AddCollections(int user, const std::vector<std::u16string>& folders, int blocksPerFolder) {
+    const std::u16string path = NumberedCollectionFolder(user);
+    auto* collections = new GalleryNode(kRootName, path, u"我的收藏", kKindDir, false, false, 0);
+    AddChild(root(), collections, true);
+    CreateDirectories(path);
+    for (const std::u16string& folder : folders) {
+        GalleryNode* node = AddClass(collections, folder, blocksPerFolder);
+        CreateDirectories(node->path);
+    }
+    return collections;
+}
+
+void PanelWorld::MakePanel(bool waitForStart, float rate) {
+    WriteOptionString(u"Rate", rate == 1.0f ? std::u16string(u"1") : QString::number(rate).toStdU16String());
+    if (!FileExists(ShowListPath()))
+        WriteFileAtomic(ShowListPath(), "\xEF\xBB\xBF<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r<root>\r</root>\r");
+    panel = std::make_unique<CBrindleDlg>();
+    panel->Create(nullptr);
+    panel->m_store = &store;  // before the first class list is built, 250 ms after start
+    panel->show();
+    if (waitForStart) {
+        PumpUntil([&] { return panel->m_classesReady; }, 3000);
+        WaitForSwitch();
+    }
+}
+
+void PanelWorld::ClickClassRow(int row) {
+    CClassListCtrl* list = panel->m_classList;
+    list->EnsureVisible(row);
+    const QRect rect = list->RowRect(row);
+    QTest::mouseClick(list, Qt::LeftButton, Qt::NoModifier, rect.center());
+    QCoreApplication::processEvents();  // the list's posted command reaches the panel
+}
+
+void PanelWorld::ClickButton(int id) {
+    CSkinButton* button = panel->Button(id);
+    if (!button) return;
+    QTest::mouseClick(button, Qt::LeftButton, Qt::NoModifier, button->rect().center());
+    QCoreApplication::processEvents();
+}
+
+bool PanelWorld::WaitForSwitch(int timeoutMs) {
+    const WindowHandle h = panel->Handle();
+    const bool ok = PumpUntil([&] { return !IsTimerRunning(h, 2000) && !IsTimerRunning(h, 1011); }, timeoutMs);
+    Pump(30);  // the commands the switch posted
+    return ok;
+}
+
+int PanelWorld::RowOf(const std::u16string& text) const {
+    for (int i = 0; i < panel->m_classList->GetItemCount(); ++i)
+        if (panel->m_classList->GetItemText(i) == QString::fromStdU16String(text)) return i;
+    return -1;
+}
+
+int PanelWorld::VisibleSubclassButtons() const {
+    int n = 0;
+    for (CSubclassButton* button : panel->m_subclassBtns) n += Shown(button) ? 1 : 0;
+    return n;
+}
+
+bool PanelWorld::Shown(QWidget* widget) const { return widget && widget->isVisibleTo(panel.get()); }
+
+bool PanelWorld::ButtonShown(int id) const { return Shown(panel->Button(id)); }
+
+QImage PanelWorld::Render(const QString& name) {
+    Pump(30);
+    QImage image = panel->grab().toImage();
+    image.save(RenderFolder() + u'/' + name + QStringLiteral(".png"));
+    return image;
+}
+
+bool PumpUntil(const std::function<bool()>& done, int timeoutMs) {
+    QElapsedTimer timer;
+    timer.start();
+    while (!done()) {
+        if (timer.elapsed() > timeoutMs) return done();
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+        QThread::msleep(5);
+    }
+    return true;
+}
+
+void Pump(int ms) {
+    QElapsedTimer timer;
+    timer.start();
+    while (timer.elapsed() < ms) {
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+        QThread::msleep(2);
+    }
+}
+
+QString RenderFolder() {
+    const QString dir = QCoreApplication::applicationDirPath() + QStringLiteral("/rendered-navigation");
+    QDir().mkpath(dir);
+    return dir;
+}
+
+}  // namespace marrowfin::test
