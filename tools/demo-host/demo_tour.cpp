@@ -9,6 +9,10 @@
 #include <QSet>
 #include <QWindow>
 #include <QtTest/QTest>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <thread>
 
 #include "drawing_sheet.h"
 #include "host_window.h"
@@ -200,6 +204,10 @@ void DemoTour::BuildSteps() {
                            300, QStringLiteral("insert")});
         m_steps.push_back({QStringLiteral("place-block"), [this](QString& why) {
                                DrawingSheet* sheet = m_host->sheet();
+                               if (!sheet->HasPending()) {
+                                   why = QStringLiteral("no block waits to be placed: the panel asked for no insertion");
+                                   return false;
+                               }
                                const size_t before = sheet->blocks().size();
                                ClickAt(sheet, QPoint(180, 140));
                                if (sheet->blocks().size() != before + 1) {
@@ -238,6 +246,24 @@ void DemoTour::BuildSteps() {
                        },
                        nullptr, settle + 500, QStringLiteral("collections")});
 
+    if (!m_options.shortTour) {
+        // The host hands over the demo user and its token in one order, as a
+        // host does after its own sign-in; the collections come from the service.
+        m_steps.push_back({QStringLiteral("collections-signed-in"), [this](QString& why) {
+                               const uint64_t handle = m_exports.GetGallery();
+                               if (!handle) {
+                                   why = QStringLiteral("no panel");
+                                   return false;
+                               }
+                               m_host->setUserId(kDemoUser);
+                               const QString both = QStringLiteral("%1&^&%2").arg(kDemoUser).arg(TokenForUser(kDemoUser));
+                               m_exports.MarrowfinSendCopyData(handle, MARROWFIN_COPY_USER_AND_TOKEN, both.toStdU16String().c_str());
+                               m_exports.MarrowfinSendPanelControl(handle, MARROWFIN_CONTROL_OPEN_COLLECTIONS, 0);
+                               return true;
+                           },
+                           nullptr, netSettle, QStringLiteral("collections-signed-in")});
+    }
+
     m_steps.push_back({QStringLiteral("search"), [this](QString&) {
                            m_exports.SearchBrindleRes(u"门", u"");
                            return true;
@@ -264,6 +290,28 @@ void DemoTour::BuildSteps() {
                        nullptr, 100, QString()});
 }
 
+void DemoTour::ArmWatchdog() {
+    // A step that never returns (a call blocked outside any event loop)
+    // would keep the tour from ending: past every step's time limit the
+    // process ends with a failure, whatever the main thread is doing.
+    const qint64 limitMs = static_cast<qint64>(m_steps.size()) * (m_options.stepTimeoutMs + 5000) + 10000;
+    const std::string log = (m_options.tourDir + QStringLiteral("/tour.log")).toStdString();
+    std::thread([limitMs, log, done = m_done] {
+        const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(limitMs);
+        while (std::chrono::steady_clock::now() < end) {
+            if (done->load()) return;
+            std::this_thread::sleep_for(std::chrono::milliseconds(100));
+        }
+        if (done->load()) return;
+        if (FILE* f = std::fopen(log.c_str(), "a")) {
+            std::fprintf(f, "tour stuck: no end after %lld ms; step FAILED, giving up\n", static_cast<long long>(limitMs));
+            std::fclose(f);
+        }
+        std::fprintf(stderr, "marrowfin-demo: the tour is stuck; giving up after %lld ms\n", static_cast<long long>(limitMs));
+        std::_Exit(ExitTourFailed);
+    }).detach();
+}
+
 void DemoTour::Start() {
     m_tourClock.start();
     QDir().mkpath(m_options.tourDir);
@@ -275,6 +323,7 @@ void DemoTour::Start() {
     }
     Log(QStringLiteral("tour begins%1").arg(m_galleries.isEmpty() ? QString() : QStringLiteral(", galleries: ") + m_galleries.join(QStringLiteral(", "))));
     BuildSteps();
+    ArmWatchdog();
     m_current = 0;
     m_phase = Phase::Acting;
     m_poll.start();
@@ -367,9 +416,10 @@ void DemoTour::EndStep(bool ok, const QString& why) {
 
 void DemoTour::Finish() {
     m_poll.stop();
-    Log(QStringLiteral("tour ends: %1 of %2 steps ran, %3 failed, %4 screenshots")
-            .arg(m_steps.size() - static_cast<size_t>(m_failures))
+    m_done->store(true);
+    Log(QStringLiteral("tour ends: %1 steps ran, %2 ok, %3 failed, %4 screenshots")
             .arg(m_steps.size())
+            .arg(m_steps.size() - static_cast<size_t>(m_failures))
             .arg(m_failures)
             .arg(m_shots.size()));
     m_log.close();

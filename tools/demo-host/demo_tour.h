@@ -12,7 +12,9 @@
 #include <QString>
 #include <QStringList>
 #include <QTimer>
+#include <atomic>
 #include <functional>
+#include <memory>
 #include <vector>
 
 #include "demo_options.h"
@@ -39,6 +41,7 @@ class DemoTour : public QObject {
 public:
     DemoTour(const GalleryExports& exports, HostWindow* host, DemoOptions options, QStringList galleries,
              QObject* parent = nullptr);
+    ~DemoTour() override { m_done->store(true); }
 
     // Opens the log and begins; `finished` follows with the exit code.
     void Start();
@@ -59,6 +62,7 @@ private:
     };
 
     void BuildSteps();
+    void ArmWatchdog();
     void Poll();
     void BeginStep();
     void EndStep(bool ok, const QString& why);
@@ -85,6 +89,8 @@ private:
     QStringList m_shots;
     int m_insertTries = 0;
     qint64 m_lastTry = 0;
+    // Shared with the watchdog thread, which may outlive the tour object.
+    std::shared_ptr<std::atomic<bool>> m_done = std::make_shared<std::atomic<bool>>(false);
 };
 
 }  // namespace marrowfin::demo
