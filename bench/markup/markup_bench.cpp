@@ -20,6 +20,7 @@
 #include <vector>
 
 #include "markup/markup_document.h"
+#include "markup/markup_tokenizer.h"
 #include "markup/utf8_decoder.h"
 #include "platform/text.h"
 
@@ -312,8 +313,9 @@ BENCHMARK(BM_Pugixml_ParseWalk)->Apply(Args);
 BENCHMARK(BM_Tinyxml2_ParseWalk)->Apply(Args);
 BENCHMARK(BM_Libxml2_ParseWalk)->Apply(Args);
 
-// The stages of MarkupDocument on the big reply: decoding alone, and parsing
-// an already decoded text (tokenising and indexing).
+// The stages of MarkupDocument: decoding alone, tokenising alone, and parsing
+// an already decoded text (tokenising and indexing). Walking is ParseWalk less
+// Parse.
 void BM_MarkupStage_Decode(benchmark::State& state) {
     const Input& in = Document(static_cast<int>(state.range(0)));
     std::vector<char16_t> out(in.bytes.size() + 1);
@@ -332,7 +334,30 @@ void BM_MarkupStage_SetText(benchmark::State& state) {
     }
     state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) * static_cast<int64_t>(in.bytes.size()));
 }
+// Tokenising alone: every node read from the decoded text, text runs skipped
+// to the next '<' as the parse does, nothing indexed. SetText less this is
+// the indexing (and the copy of the text into the document).
+void BM_MarkupStage_Tokenise(benchmark::State& state) {
+    const Input& in = Document(static_cast<int>(state.range(0)));
+    const std::u16string text = marrowfin::Utf8ToUtf16(in.bytes);
+    for (auto _ : state) {
+        marrowfin::MarkupTokenizer tokenizer(text.c_str(), text.size(), nullptr);
+        marrowfin::MarkupNode node;
+        size_t pos = 0;
+        size_t starts = 0;
+        for (;;) {
+            while (text[pos] != u'<' && text[pos] != 0) ++pos;
+            tokenizer.Read(pos, node);
+            if (node.kind == marrowfin::NodeEndOfText) break;
+            starts += node.kind == marrowfin::NodeStartTag;
+            pos += node.length;
+        }
+        benchmark::DoNotOptimize(starts);
+    }
+    state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) * static_cast<int64_t>(in.bytes.size()));
+}
 BENCHMARK(BM_MarkupStage_Decode)->Apply(Args);
+BENCHMARK(BM_MarkupStage_Tokenise)->Apply(Args);
 BENCHMARK(BM_MarkupStage_SetText)->Apply(Args);
 
 }  // namespace
