@@ -1,6 +1,13 @@
 #pragma once
 // CSearchListCtrl: the owner-drawn result rows of the search pages. It shows
-// the owner's rows; it never copies them.
+// the owner's rows; it never copies them. Rows are 60 units plus one pixel
+// high on one column of 723 units, scrolled whole by the skin's list scroll
+// bar and the wheel. The mouse's row and zone and the selected row go to the
+// painter; a press selects its row and notes it as the clicked row.
+//
+// Not here yet: the row commands. Presses and double clicks will restart the
+// panel's timers 2002 to 2004 by zone, and the shown range will ask the panel
+// for its rows (commands 9 and 18); both join with the search work.
 
 #include <QWidget>
 #include <vector>
@@ -8,6 +15,8 @@
 #include "panel/model/block_row.h"
 
 namespace marrowfin {
+
+class CScrollBarEx;
 
 class CSearchListCtrl : public QWidget {
     Q_OBJECT
@@ -21,8 +30,34 @@ public:
     // The key of the highlight rule (m_lastSearch).
     void SetSearchKey(const QString& key);
 
+    // Call SetRows again whenever the owner's rows were replaced, added or
+    // removed: it scrolls to the top, clears the selection and measures the
+    // class lines anew. A row that only changed its state needs RedrawRow.
+    void RedrawRow(int row);
+
+    int GetSelectedRow() const;    // -1 when none
+    void SetSelectedRow(int row);  // a row that isn't there clears it
+    int HotRow() const;            // the row under the mouse, -1 for none (m_hotRow)
+    int HotZone() const;           // its zone, SearchRowZone (m_hotZone)
+    int ClickedRow() const;        // the row of the last press, -1 before one (m_clickedRow)
+    // The class line's width as first drawn, 0 before (m_lineWidths).
+    int LineWidth(int row) const;
+
+    void EnsureVisible(int row);
+    int FirstVisibleRow() const;
+    bool IsScrollBarShown() const;
+    CScrollBarEx* ScrollBar() const;
+    QRect RowRect(int row) const;   // empty for no row
+    int RowAt(QPoint point) const;  // -1 when the point is on no row
+
 protected:
     void paintEvent(QPaintEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseDoubleClickEvent(QMouseEvent* event) override;
+    void leaveEvent(QEvent* event) override;
+    void wheelEvent(QWheelEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
 
 private:
     struct Impl;

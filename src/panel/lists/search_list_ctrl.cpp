@@ -1,0 +1,220 @@
+#include "panel/lists/search_list_ctrl.h"
+
+#include <QMouseEvent>
+#include <QPainter>
+
+#include "panel/lists/list_scroller.h"
+#include "panel/lists/search_row_zone.h"
+#include "panel/paint/panel_painter.h"
+#include "skin/scroll_bar_ex.h"
+#include "skin/skin_scale.h"
+
+namespace marrowfin {
+
+namespace {
+constexpr int kRowUnits = 60;      // plus one pixel
+constexpr int kColumnUnits = 723;  // the one column "名称"
+}  // namespace
+
+struct CSearchListCtrl::Impl {
+    explicit Impl(CSearchListCtrl* self) : self(self), scroller(self, [this] { Scrolled(); }) {}
+
+    CSearchListCtrl* self;
+    std::vector<BlockRow>* rows = nullptr;
+    std::vector<int> lineWidths;
+    QString key;
+    int selected = -1;
+    int hotRow = -1;
+    int hotZone = ZoneNone;
+    int clickedRow = -1;
+    bool mouseInside = false;
+    QPoint lastMouse;
+    ListScroller scroller;
+
+    static int RowHeight() { return ScaleUnits(kRowUnits) + 1; }
+    const RowWindow& Window() const { return scroller.Window(); }
+    int Count() const { return rows ? static_cast<int>(rows->size()) : 0; }
+
+    // The owner may have changed its rows' number without telling: follow it
+    // before any row is read, so that no index runs past the rows.
+    void Follow() {
+        const int count = Count();
+        if (count == Window().count && static_cast<int>(lineWidths.size()) == count) return;
+        if (selected >= count) selected = -1;
+        if (hotRow >= count) hotRow = -1, hotZone = ZoneNone;
+        if (clickedRow >= count) clickedRow = -1;
+        Relayout();
+    }
+    // New rows start unmeasured; kept rows keep their measure.
+    void Relayout() {
+        lineWidths.resize(static_cast<size_t>(Count()), 0);
+        scroller.Relayout(Count(), RowHeight());
+    }
+
+    QRect ItemRect(int row) const {
+        return QRect(0, Window().RowTop(row), ScaleUnits(kColumnUnits), Window().rowHeight);
+    }
+    int RowAt(QPoint p) const {
+        if (p.x() < 0 || p.x() >= ScaleUnits(kColumnUnits) || p.x() >= scroller.RowsRight()) return -1;
+        return Window().RowAt(p.y());
+    }
+    void Redraw(int row) {
+        if (Window().IsRow(row)) self->update(ItemRect(row));
+    }
+
+    // Hit-tests the mouse and repaints what changed: the old row when the
+    // row changed, the new row when it or its zone changed.
+    void Track(QPoint p) {
+        const int oldRow = hotRow, oldZone = hotZone;
+        hotRow = RowAt(p);
+        hotZone = hotRow >= 0 ? SearchZoneAt(p - ItemRect(hotRow).topLeft(), lineWidths[hotRow]) : ZoneNone;
+        if (hotRow != oldRow) Redraw(oldRow);
+        if (hotRow != oldRow || hotZone != oldZone) Redraw(hotRow);
+    }
+    void Scrolled() {
+        if (mouseInside) Track(lastMouse);
+        self->update();
+    }
+    void Select(int row) {
+        const int next = Window().IsRow(row) ? row : -1;
+        if (next == selected) return;
+        Redraw(selected);
+        selected = next;
+        Redraw(selected);
+    }
+};
+
+CSearchListCtrl::CSearchListCtrl(QWidget* parent) : QWidget(parent), m_impl(new Impl(this)) {
+    setMouseTracking(true);
+    setFocusPolicy(Qt::StrongFocus);
+    setAttribute(Qt::WA_OpaquePaintEvent);
+    m_impl->Follow();
+}
+
+CSearchListCtrl::~CSearchListCtrl() { delete m_impl; }
+
+void CSearchListCtrl::SetRows(std::vector<BlockRow>* rows) {
+    m_impl->rows = rows;
+    m_impl->lineWidths.assign(static_cast<size_t>(m_impl->Count()), 0);
+    m_impl->selected = -1;
+    m_impl->clickedRow = -1;
+    m_impl->hotRow = -1;
+    m_impl->hotZone = ZoneNone;
+    m_impl->Relayout();
+    m_impl->scroller.SetFirst(0);
+    if (m_impl->mouseInside) m_impl->Track(m_impl->lastMouse);
+    update();
+}
+
+int CSearchListCtrl::GetItemCount() const { return m_impl->Count(); }
+
+void CSearchListCtrl::SetSearchKey(const QString& key) {
+    if (key == m_impl->key) return;
+    m_impl->key = key;
+    update();
+}
+
+void CSearchListCtrl::RedrawRow(int row) {
+    m_impl->Follow();
+    m_impl->Redraw(row);
+}
+
+int CSearchListCtrl::GetSelectedRow() const { return m_impl->selected; }
+
+void CSearchListCtrl::SetSelectedRow(int row) {
+    m_impl->Follow();
+    m_impl->Select(row);
+}
+
+int CSearchListCtrl::HotRow() const { return m_impl->hotRow; }
+int CSearchListCtrl::HotZone() const { return m_impl->hotZone; }
+int CSearchListCtrl::ClickedRow() const { return m_impl->clickedRow; }
+
+int CSearchListCtrl::LineWidth(int row) const {
+    return row >= 0 && row < static_cast<int>(m_impl->lineWidths.size()) ? m_impl->lineWidths[row] : 0;
+}
+
+void CSearchListCtrl::EnsureVisible(int row) {
+    m_impl->Follow();
+    m_impl->scroller.EnsureVisible(row);
+}
+
+int CSearchListCtrl::FirstVisibleRow() const { return m_impl->Window().first; }
+bool CSearchListCtrl::IsScrollBarShown() const { return m_impl->scroller.Bar()->isVisibleTo(this); }
+CScrollBarEx* CSearchListCtrl::ScrollBar() const { return m_impl->scroller.Bar(); }
+
+QRect CSearchListCtrl::RowRect(int row) const {
+    return m_impl->Window().IsRow(row) ? m_impl->ItemRect(row) : QRect();
+}
+
+int CSearchListCtrl::RowAt(QPoint point) const { return m_impl->RowAt(point); }
+
+void CSearchListCtrl::paintEvent(QPaintEvent* event) {
+    m_impl->Follow();
+    QPainter painter(this);
+    painter.fillRect(event->rect(), Qt::white);
+    const RowWindow& w = m_impl->Window();
+    for (int row = w.first; row < w.count && w.RowTop(row) < height(); ++row) {
+        const QRect item = m_impl->ItemRect(row);
+        if (!item.intersects(event->rect())) continue;
+        SearchRowLook look;
+        look.selected = row == m_impl->selected;
+        if (row == m_impl->hotRow) {
+            if (m_impl->hotZone == ZoneCollect || m_impl->hotZone == ZoneUse) look.hoverButton = m_impl->hotZone;
+            look.hoverLink = m_impl->hotZone == ZoneClassLink;
+        }
+        look.key = m_impl->key;
+        painter.save();
+        painter.setClipRect(item);
+        const int lineWidth = DrawSearchRow(painter, item, (*m_impl->rows)[static_cast<size_t>(row)], look);
+        painter.restore();
+        // The link zone keeps the first measure of the class line.
+        int& kept = m_impl->lineWidths[static_cast<size_t>(row)];
+        if (kept == 0) kept = std::max(lineWidth, 0);
+    }
+}
+
+void CSearchListCtrl::mouseMoveEvent(QMouseEvent* event) {
+    m_impl->Follow();
+    m_impl->mouseInside = true;
+    m_impl->lastMouse = event->position().toPoint();
+    m_impl->Track(m_impl->lastMouse);
+    QWidget::mouseMoveEvent(event);
+}
+
+void CSearchListCtrl::mousePressEvent(QMouseEvent* event) {
+    m_impl->Follow();
+    if (event->button() == Qt::LeftButton) {
+        const int row = m_impl->RowAt(event->position().toPoint());
+        if (row >= 0) m_impl->clickedRow = row;
+        // As in a list: a press selects its row, a press beside the rows selects none.
+        m_impl->Select(row);
+        setFocus(Qt::MouseFocusReason);
+    }
+    event->accept();
+}
+
+void CSearchListCtrl::mouseDoubleClickEvent(QMouseEvent* event) { mousePressEvent(event); }
+
+void CSearchListCtrl::leaveEvent(QEvent* event) {
+    // Leaving clears the row, so that no button stays lit under a gone mouse.
+    m_impl->mouseInside = false;
+    const int old = m_impl->hotRow;
+    m_impl->hotRow = -1;
+    m_impl->hotZone = ZoneNone;
+    m_impl->Redraw(old);
+    QWidget::leaveEvent(event);
+}
+
+void CSearchListCtrl::wheelEvent(QWheelEvent* event) {
+    m_impl->Follow();
+    m_impl->scroller.Wheel(*event);
+    event->accept();
+}
+
+void CSearchListCtrl::resizeEvent(QResizeEvent* event) {
+    m_impl->Relayout();
+    QWidget::resizeEvent(event);
+}
+
+}  // namespace marrowfin
