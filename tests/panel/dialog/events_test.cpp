@@ -1,0 +1,216 @@
+// Timers and MsgPanelEvent, and how messages reach their handlers.
+
+#include <gtest/gtest.h>
+
+#include "panel/dialog/hourly_refresh.h"
+#include "panel/dialog/panel_timers.h"
+#include "panel/lists/class_list_ctrl.h"
+#include "panel/lists/dwg_list_view.h"
+#include "panel/lists/search_list_ctrl.h"
+#include <QLineEdit>
+
+#include "panel_world.h"
+#include "platform/profile.h"
+#include "platform/qt/qt_window_system.h"
+#include "platform/qt/window_message_event.h"
+#include "platform/qt/window_timers.h"
+#include "skin/skin_button.h"
+
+using namespace marrowfin;
+using namespace marrowfin::test;
+
+namespace {
+
+std::vector<int> ShownStatusButtons(CBrindleDlg& panel) {
+    std::vector<int> shown;
+    for (int id : {2150, 2155, 2156, 2157})
+        if (!panel.Button(id)->isHidden()) shown.push_back(id);
+    return shown;
+}
+
+int ShownCollectionButtons(CBrindleDlg& panel) {
+    int n = 0;
+    for (CSkinButton* b : panel.m_collectionBtns) n += b->isHidden() ? 0 : 1;
+    return n;
+}
+
+// Sends event 5 with a status and lets the event 4 it posts run.
+void SetStatus(CBrindleDlg& panel, int status) {
+    SendWindowMessage(panel.Handle(), MsgPanelEvent, 5, status);
+    Pump();
+}
+
+// A payload that tells when it is freed.
+struct Tracked final : MessagePayload {
+    explicit Tracked(int* freed) : freed(freed) {}
+    ~Tracked() override { ++*freed; }
+    int* freed;
+};
+
+struct HourlySources {
+    HourlySources(int hour, int roll) {
+        SetHourlyRefreshSourcesForTest([hour] { return hour; }, [roll] { return roll; });
+    }
+    ~HourlySources() { SetHourlyRefreshSourcesForTest({}, {}); }
+};
+
+}  // namespace
+
+TEST(PanelEvents, HourlyRuleAtEveryHour) {
+    for (int hour = 0; hour < 24; ++hour) {
+        const bool busy = hour == 9 || hour == 10 || hour == 14 || hour == 15;
+        EXPECT_EQ(DecideHourlyRefresh(hour, 1), HourlyStep::Refresh) << hour;
+        EXPECT_EQ(DecideHourlyRefresh(hour, 10), HourlyStep::Refresh) << hour;
+        EXPECT_EQ(DecideHourlyRefresh(hour, 11), busy ? HourlyStep::Wait : HourlyStep::Refresh) << hour;
+        EXPECT_EQ(DecideHourlyRefresh(hour, 100), busy ? HourlyStep::Wait : HourlyStep::Refresh) << hour;
+    }
+    // The real dice stay within 1 to 100 and reach both sides of 10.
+    SetHourlyRefreshSourcesForTest({}, {});
+    bool low = false, high = false;
+    for (int i = 0; i < 2000; ++i) {
+        const int roll = RollPercent();
+        ASSERT_GE(roll, 1);
+        ASSERT_LE(roll, 100);
+        (roll <= 10 ? low : high) = true;
+    }
+    EXPECT_TRUE(low && high);
+    const int hour = LocalHour();
+    EXPECT_TRUE(hour >= 0 && hour < 24);
+}
+
+TEST(PanelEvents, HourlyTimerWaitsAtBusyHoursAndEndsOnceItRuns) {
+    PanelWorld world;
+    CBrindleDlg& panel = world.panel();
+    const WindowHandle self = panel.Handle();
+    ASSERT_TRUE(IsTimerRunning(self, kTimerHourlyRefresh));
+    {
+        HourlySources at(10, 50);  // 10:30, most ticks wait
+        SendWindowMessage(self, WM_TIMER_MESSAGE, kTimerHourlyRefresh);
+        EXPECT_TRUE(IsTimerRunning(self, kTimerHourlyRefresh));
+    }
+    {
+        HourlySources at(12, 99);  // 12:30 always runs
+        SendWindowMessage(self, WM_TIMER_MESSAGE, kTimerHourlyRefresh);
+        EXPECT_FALSE(IsTimerRunning(self, kTimerHourlyRefresh));
+    }
+    // The refresh is off: the timer still ends at the first tick outside the dice.
+    WriteOptionInt(u"RequestNetwork", 0);
+    ASSERT_TRUE(SetTimer(self, kTimerHourlyRefresh, kHourlyRefreshMs));
+    {
+        HourlySources at(14, 3);
+        SendWindowMessage(self, WM_TIMER_MESSAGE, kTimerHourlyRefresh);
+        EXPECT_FALSE(IsTimerRunning(self, kTimerHourlyRefresh));
+    }
+}
+
+TEST(PanelEvents, OneShotTimersKillThemselves) {
+    PanelWorld world;
+    CBrindleDlg& panel = world.panel();
+    const WindowHandle self = panel.Handle();
+    Pump(400);
+    for (std::uintptr_t id : {kTimerRightStrip, kTimerBuildClassList, kTimerRepaintAll, kTimerClassTableApply,
+                              kTimerRowCheck, kTimerThumbRequest, kTimerRowUse, kTimerRowCollect,
+                              kTimerRowClassLink}) {
+        ASSERT_TRUE(SetTimer(self, id, 60000));
+        SendWindowMessage(self, WM_TIMER_MESSAGE, id);
+        EXPECT_FALSE(IsTimerRunning(self, id)) << id;
+    }
+
+    // 2000: the slow switch is used up and the pending class is switched to.
+    panel.m_slowSwitch = true;
+    panel.m_pendingClass = 0;
+    ASSERT_TRUE(SetTimer(self, kTimerClassSwitch, 60000));
+    SendWindowMessage(self, WM_TIMER_MESSAGE, kTimerClassSwitch);
+    EXPECT_FALSE(IsTimerRunning(self, kTimerClassSwitch));
+    EXPECT_FALSE(panel.m_slowSwitch);
+
+    // A restart inside the 1011 cycle collapses into one tick.
+    for (int i = 0; i < 20; ++i) SetTimer(self, kTimerBuildClassList, 50);
+    Pump(300);
+    EXPECT_FALSE(IsTimerRunning(self, kTimerBuildClassList));
+}
+
+TEST(PanelEvents, StatusEventsLayOutTheCollectionButtons) {
+    PanelWorld world;
+    CBrindleDlg& panel = world.panel();
+    panel.m_classIndex = 1;
+    panel.m_itemCount = 0;
+
+    SetStatus(panel, -1);  // empty collection
+    EXPECT_EQ(panel.m_syncStatus, -1);
+    EXPECT_EQ(ShownStatusButtons(panel), std::vector<int>{2150});
+    EXPECT_EQ(ShownCollectionButtons(panel), 6);
+
+    SetStatus(panel, 0);  // differs from the cloud
+    EXPECT_EQ(ShownStatusButtons(panel), (std::vector<int>{2155, 2156}));
+    EXPECT_EQ(ShownCollectionButtons(panel), 0);
+
+    SetStatus(panel, 3);
+    EXPECT_EQ(ShownStatusButtons(panel), std::vector<int>{2157});
+    SetStatus(panel, 4);
+    EXPECT_EQ(ShownStatusButtons(panel), std::vector<int>{2157});
+    SetStatus(panel, 1);
+    EXPECT_TRUE(ShownStatusButtons(panel).empty());
+    SetStatus(panel, 0);
+    SetStatus(panel, -2);
+    EXPECT_TRUE(ShownStatusButtons(panel).empty());
+    EXPECT_EQ(ShownCollectionButtons(panel), 0);
+
+    // With blocks shown, or off the collections row, no status button.
+    panel.m_itemCount = 3;
+    SetStatus(panel, -1);
+    EXPECT_TRUE(ShownStatusButtons(panel).empty());
+    EXPECT_EQ(ShownCollectionButtons(panel), 6);
+    panel.m_itemCount = 0;
+    panel.m_classIndex = 0;
+    SetStatus(panel, 0);
+    EXPECT_TRUE(ShownStatusButtons(panel).empty());
+
+    // Event 4 on its own follows the stored status.
+    panel.m_classIndex = 1;
+    panel.m_syncStatus = 3;
+    SendWindowMessage(panel.Handle(), MsgPanelEvent, 4, 0);
+    EXPECT_EQ(ShownStatusButtons(panel), std::vector<int>{2157});
+}
+
+TEST(PanelEvents, MessagesReachTheirHandlersAndPayloadsAreFreed) {
+    PanelWorld world;
+    CBrindleDlg& panel = world.panel();
+    const WindowHandle self = panel.Handle();
+
+    int freed = 0;
+    // Codes that join later, a finished file and a progress report: the payload goes.
+    EXPECT_TRUE(PostWindowMessage(self, MsgPanelEvent, 1, 0, std::make_unique<Tracked>(&freed)));
+    EXPECT_TRUE(PostWindowMessage(self, MsgFileReady, 0, 0, std::make_unique<Tracked>(&freed)));
+    EXPECT_EQ(SendWindowMessage(self, MsgProgress, 7u << 16, 100, std::make_unique<Tracked>(&freed)), 0);
+    EXPECT_EQ(freed, 1);
+    Pump();
+    EXPECT_EQ(freed, 3);
+
+    // A copy-data message without its record answers 0; with one it is the host link's.
+    EXPECT_EQ(SendWindowMessage(self, WM_COPYDATA_MESSAGE, 0, 0), 0);
+    const std::u16string mode = u"YL";
+    CopyDataStruct data;
+    data.dwData = MARROWFIN_COPY_MODE;
+    data.lpData = mode.c_str();
+    SendWindowMessage(self, WM_COPYDATA_MESSAGE, 0, reinterpret_cast<std::intptr_t>(&data));
+    EXPECT_EQ(panel.showMode, u"YL");
+    // The panel control message answers through the window's result.
+    EXPECT_EQ(SendWindowMessage(self, GalleryPanelControl, MARROWFIN_CONTROL_SET_USER, 42), 0);
+    EXPECT_EQ(panel.userId, 42);
+    EXPECT_EQ(SendWindowMessage(self, 0x7777, 1, 2), 0);
+}
+
+TEST(PanelEvents, OwnWindowsAreThePanelAndItsThreeLists) {
+    PanelWorld world;
+    CBrindleDlg& panel = world.panel();
+    EXPECT_TRUE(panel.IsOwnWindow(panel.Handle()));
+    EXPECT_TRUE(panel.IsOwnWindow(HandleOf(panel.m_pThumbList)));
+    EXPECT_TRUE(panel.IsOwnWindow(HandleOf(panel.m_searchList)));
+    EXPECT_TRUE(panel.IsOwnWindow(HandleOf(panel.m_classList)));
+    EXPECT_FALSE(panel.IsOwnWindow(0));
+    EXPECT_FALSE(panel.IsOwnWindow(HandleOf(panel.Button(1000))));
+    EXPECT_FALSE(panel.IsOwnWindow(HandleOf(panel.m_searchEdit)));
+    EXPECT_FALSE(panel.IsOwnWindow(HandleOf(&world.host())));
+    EXPECT_FALSE(panel.IsOwnWindow(0x7fffffff));
+}

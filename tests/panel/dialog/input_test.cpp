@@ -1,0 +1,233 @@
+// Keys through the pre-translate step, the focus that follows the mouse, the
+// title drag and the click regions of the background.
+
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QLineEdit>
+#include <QMouseEvent>
+
+#include "panel/dialog/panel_timers.h"
+#include "request_counters.h"
+#include "panel/lists/class_list_ctrl.h"
+#include "panel/lists/dwg_list_view.h"
+#include "panel_world.h"
+#include "platform/qt/window_timers.h"
+#include "skin/skin_button.h"
+#include "skin/skin_scale.h"
+
+using namespace marrowfin;
+using namespace marrowfin::test;
+
+namespace {
+
+void ShowActive(CBrindleDlg& panel) {
+    panel.ShowPanel();
+    panel.activateWindow();
+    QApplication::setActiveWindow(&panel);
+    Pump();
+}
+
+void MoveOver(CBrindleDlg& panel, QWidget* child, QPoint at) {
+    const QPoint local = child->mapTo(&panel, at);
+    QMouseEvent move(QEvent::MouseMove, QPointF(at), QPointF(panel.mapToGlobal(local)), Qt::NoButton, Qt::NoButton,
+                     Qt::NoModifier);
+    EXPECT_FALSE(panel.PreTranslateMessage(child, &move));
+}
+
+void Press(CBrindleDlg& panel, QPoint at) {
+    QMouseEvent press(QEvent::MouseButtonPress, QPointF(at), QPointF(panel.mapToGlobal(at)), Qt::LeftButton,
+                      Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(&panel, &press);
+}
+
+void DragTo(CBrindleDlg& panel, QPoint global) {
+    const QPoint local = panel.mapFromGlobal(global);
+    QMouseEvent move(QEvent::MouseMove, QPointF(local), QPointF(global), Qt::NoButton, Qt::LeftButton,
+                     Qt::NoModifier);
+    QCoreApplication::sendEvent(&panel, &move);
+}
+
+void Release(CBrindleDlg& panel, QPoint global) {
+    const QPoint local = panel.mapFromGlobal(global);
+    QMouseEvent release(QEvent::MouseButtonRelease, QPointF(local), QPointF(global), Qt::LeftButton, Qt::NoButton,
+                        Qt::NoModifier);
+    QCoreApplication::sendEvent(&panel, &release);
+}
+
+}  // namespace
+
+TEST(PanelInput, F5RebuildsOnlyWhileVisible) {
+    PanelWorld world;
+    CBrindleDlg& panel = world.panel();
+    const WindowHandle self = panel.Handle();
+    Pump(400);  // the first class-list tick has passed
+    ASSERT_FALSE(IsTimerRunning(self, kTimerBuildClassList));
+    const long before = world.service().counters().get("/gallery/g_all_s").count;
+
+    // Hidden: the key is not the panel's.
+    EXPECT_FALSE(PressKey(panel, &panel, Qt::Key_F5));
+    EXPECT_FALSE(IsTimerRunning(self, kTimerBuildClassList));
+    EXPECT_EQ(world.service().counters().get("/gallery/g_all_s").count, before);
+
+    ShowActive(panel);
+    EXPECT_TRUE(PressKey(panel, panel.m_classList, Qt::Key_F5));
+    EXPECT_EQ(world.service().counters().get("/gallery/g_all_s").count, before + 1);  // the tree was rebuilt
+    EXPECT_TRUE(IsTimerRunning(self, kTimerBuildClassList));
+    EXPECT_TRUE(panel.isVisible());
+
+    // On a search page F5 leaves it first.
+    panel.GoToPage(PageSearch);
+    ASSERT_EQ(panel.m_page, PageSearch);
+    EXPECT_TRUE(PressKey(panel, &panel, Qt::Key_F5));
+    EXPECT_NE(panel.m_page, PageSearch);
+}
+
+TEST(PanelInput, EnterAndEscapeNeverCloseThePanel) {
+    PanelWorld world;
+    CBrindleDlg& panel = world.panel();
+    ShowActive(panel);
+    const int page = panel.m_page;
+
+    // Enter outside the edit: consumed, nothing runs.
+    EXPECT_TRUE(PressKey(panel, panel.m_classList, Qt::Key_Return));
+    EXPECT_TRUE(PressKey(panel, panel.m_classList, Qt::Key_Enter));
+    EXPECT_TRUE(panel.isVisible());
+    EXPECT_EQ(panel.m_page, page);
+    EXPECT_EQ(panel.m_searchState, 0);
+
+    EXPECT_TRUE(PressKey(panel, &panel, Qt::Key_Escape));
+    EXPECT_TRUE(panel.isVisible());
+
+    // Enter in the edit runs the search (here the search of the collections),
+    // elsewhere it does not.
+    panel.GoToPage(PageCollectionSearch);
+    ASSERT_EQ(panel.m_page, PageCollectionSearch);
+    panel.m_searchEdit->setText(QStringLiteral("阀门"));
+    panel.setFocus();
+    Pump();
+    ASSERT_FALSE(panel.m_searchEdit->hasFocus());
+    EXPECT_TRUE(PressKey(panel, &panel, Qt::Key_Return));
+    EXPECT_TRUE(panel.m_lastSearch.isEmpty());
+    panel.m_searchEdit->setFocus();
+    Pump();
+    ASSERT_TRUE(panel.m_searchEdit->hasFocus());
+    EXPECT_TRUE(PressKey(panel, panel.m_searchEdit, Qt::Key_Return));
+    EXPECT_EQ(panel.m_lastSearch, QStringLiteral("阀门"));
+    EXPECT_FALSE(panel.m_searchUntouched);
+    EXPECT_TRUE(panel.isVisible());
+    EXPECT_EQ(panel.m_page, PageCollectionSearch);
+}
+
+TEST(PanelInput, ControlTabHidesTabAloneDoesNot) {
+    PanelWorld world;
+    CBrindleDlg& panel = world.panel();
+    ShowActive(panel);
+
+    // Tab alone goes on to the normal processing.
+    EXPECT_FALSE(PressKey(panel, panel.m_classList, Qt::Key_Tab));
+    EXPECT_FALSE(ReleaseKey(panel, panel.m_classList, Qt::Key_Tab));
+    EXPECT_TRUE(panel.isVisible());
+    // Control alone, and Control with another key after Tab was released.
+    EXPECT_FALSE(PressKey(panel, &panel, Qt::Key_Control, Qt::ControlModifier));
+    EXPECT_FALSE(PressKey(panel, &panel, Qt::Key_A, Qt::ControlModifier));
+    EXPECT_FALSE(ReleaseKey(panel, &panel, Qt::Key_Control));
+    EXPECT_TRUE(panel.isVisible());
+
+    // Control held, then Tab: the Tab press hides.
+    EXPECT_FALSE(PressKey(panel, &panel, Qt::Key_Control, Qt::ControlModifier));
+    EXPECT_TRUE(PressKey(panel, &panel, Qt::Key_Tab, Qt::ControlModifier));
+    EXPECT_FALSE(panel.isVisible());
+    ReleaseKey(panel, &panel, Qt::Key_Tab, Qt::ControlModifier);
+    ReleaseKey(panel, &panel, Qt::Key_Control);
+
+    // Tab held, then Control: the Control press hides, wherever the focus lies.
+    ShowActive(panel);
+    panel.m_searchEdit->show();
+    EXPECT_FALSE(PressKey(panel, panel.m_searchEdit, Qt::Key_Tab));
+    EXPECT_TRUE(PressKey(panel, panel.m_searchEdit, Qt::Key_Control, Qt::ControlModifier));
+    EXPECT_FALSE(panel.isVisible());
+
+    // Hiding forgets a Tab whose release went elsewhere (the host, once hidden).
+    ShowActive(panel);
+    EXPECT_FALSE(PressKey(panel, &panel, Qt::Key_Control, Qt::ControlModifier));
+    EXPECT_TRUE(panel.isVisible());
+}
+
+TEST(PanelInput, MouseMoveGivesFocusToTheListUnderIt) {
+    PanelWorld world;
+    CBrindleDlg& panel = world.panel();
+    ShowActive(panel);
+    panel.m_searchEdit->show();
+    panel.m_searchEdit->setFocus();
+    Pump();
+    ASSERT_TRUE(panel.m_searchEdit->hasFocus());
+
+    // Over the background: the focus stays.
+    QMouseEvent away(QEvent::MouseMove, QPointF(400, 10), QPointF(panel.mapToGlobal(QPoint(400, 10))), Qt::NoButton,
+                     Qt::NoButton, Qt::NoModifier);
+    EXPECT_FALSE(panel.PreTranslateMessage(&panel, &away));
+    EXPECT_TRUE(panel.m_searchEdit->hasFocus());
+
+    MoveOver(panel, panel.m_classList, QPoint(20, 20));
+    EXPECT_TRUE(panel.m_classList->hasFocus());
+    MoveOver(panel, panel.m_pThumbList, QPoint(50, 50));
+    EXPECT_TRUE(panel.m_pThumbList->hasFocus());
+
+    // A hidden list takes no focus.
+    panel.m_classList->hide();
+    MoveOver(panel, panel.m_classList, QPoint(20, 20));
+    EXPECT_TRUE(panel.m_pThumbList->hasFocus());
+}
+
+TEST(PanelInput, TitleBandDragsThePanel) {
+    PanelWorld world;
+    CBrindleDlg& panel = world.panel();
+    ShowActive(panel);
+    panel.move(100, 80);
+    const QPoint start = panel.pos();
+
+    // Just below the band: no drag.
+    Press(panel, QPoint(300, ScaleUnits(30)));
+    DragTo(panel, panel.mapToGlobal(QPoint(350, ScaleUnits(30) + 40)));
+    Release(panel, panel.mapToGlobal(QPoint(350, ScaleUnits(30) + 40)));
+    EXPECT_EQ(panel.pos(), start);
+
+    // In the band: the panel follows the mouse until the button is let go.
+    const QPoint grab = panel.mapToGlobal(QPoint(300, ScaleUnits(30) - 1));
+    Press(panel, panel.mapFromGlobal(grab));
+    DragTo(panel, grab + QPoint(50, 30));
+    EXPECT_EQ(panel.pos(), start + QPoint(50, 30));
+    DragTo(panel, grab + QPoint(-20, 10));
+    EXPECT_EQ(panel.pos(), start + QPoint(-20, 10));
+    Release(panel, grab + QPoint(-20, 10));
+    const QPoint dropped = panel.pos();
+    DragTo(panel, grab + QPoint(200, 200));
+    EXPECT_EQ(panel.pos(), dropped);
+}
+
+TEST(PanelInput, ClickRegionsOfTheBackground) {
+    PanelWorld world;
+    CBrindleDlg& panel = world.panel();
+    ShowActive(panel);
+    ASSERT_EQ(panel.m_page, PageBrowse);
+
+    // Just outside the "全库搜索" box: nothing.
+    ClickPanel(panel, QPoint(ScaleUnits(127), ScaleUnits(90)));
+    ClickPanel(panel, QPoint(ScaleUnits(60), ScaleUnits(102)));
+    ClickPanel(panel, QPoint(ScaleUnits(12), ScaleUnits(90)));
+    EXPECT_EQ(panel.m_page, PageBrowse);
+    // Its corners: the search page.
+    ClickPanel(panel, QPoint(ScaleUnits(126), ScaleUnits(101)));
+    EXPECT_EQ(panel.m_page, PageSearch);
+
+    // On the search page the box region no longer switches, the search box focuses the edit.
+    panel.setFocus();
+    Pump();
+    ASSERT_FALSE(panel.m_searchEdit->hasFocus());
+    ClickPanel(panel, QPoint(ScaleUnits(600), ScaleUnits(66)));
+    EXPECT_FALSE(panel.m_searchEdit->hasFocus());
+    ClickPanel(panel, QPoint(ScaleUnits(13), ScaleUnits(41)));
+    EXPECT_TRUE(panel.m_searchEdit->hasFocus());
+    EXPECT_EQ(panel.m_page, PageSearch);
+}

@@ -1,0 +1,57 @@
+// The start page rendered offscreen at two rates, saved as PNG beside the
+// test program (rendered/panel_start_<rate>.png) for a look by eye.
+
+#include <gtest/gtest.h>
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QImage>
+
+#include "panel_world.h"
+#include "skin/skin_button.h"
+
+using namespace marrowfin;
+using namespace marrowfin::test;
+
+namespace {
+
+QString RenderFolder() {
+    const QString folder = QCoreApplication::applicationDirPath() + QStringLiteral("/rendered");
+    QDir().mkpath(folder);
+    return folder;
+}
+
+bool Near(QColor a, QColor b, int tolerance = 8) {
+    return std::abs(a.red() - b.red()) <= tolerance && std::abs(a.green() - b.green()) <= tolerance &&
+           std::abs(a.blue() - b.blue()) <= tolerance;
+}
+
+void RenderStartPage(float rate, const char* name) {
+    SCOPED_TRACE(name);
+    WorldOptions options;
+    options.rate = rate;
+    PanelWorld world(options);
+    CBrindleDlg& panel = world.panel();
+    panel.ShowPanel();
+    Pump(400);  // the first class-list tick
+    const QImage image = panel.grab().toImage().convertToFormat(QImage::Format_RGB32);
+    ASSERT_EQ(image.size(), QSize(static_cast<int>(755 * rate), static_cast<int>(454 * rate)));
+    ASSERT_TRUE(image.save(RenderFolder() + QLatin1Char('/') + QLatin1String(name), "PNG"));
+
+    // The outer frame, the title band and the white client: the paint was called.
+    EXPECT_TRUE(Near(image.pixelColor(0, image.height() / 2), QColor(0x00, 0x82, 0xF0)));
+    EXPECT_TRUE(Near(image.pixelColor(image.width() / 3, 5), QColor(0xF2, 0xF3, 0xF5)));
+    // The close button is drawn at its place in the title band (not the band colour all over).
+    const QRect close = panel.Button(1000)->geometry();
+    bool drawn = false;
+    for (int y = close.top(); y <= close.bottom() && !drawn; ++y)
+        for (int x = close.left(); x <= close.right() && !drawn; ++x)
+            drawn = !Near(image.pixelColor(x, y), QColor(0xF2, 0xF3, 0xF5), 20);
+    EXPECT_TRUE(drawn);
+}
+
+}  // namespace
+
+TEST(PanelRender, StartPageAtRateOne) { RenderStartPage(1.0f, "panel_start_1.0.png"); }
+
+TEST(PanelRender, StartPageAtRateOneAndAHalf) { RenderStartPage(1.5f, "panel_start_1.5.png"); }

@@ -1,0 +1,169 @@
+// What the start-up order leaves behind: timers, the host link, the class
+// table option, the first tree, the wait for a running synchronisation.
+
+#include <gtest/gtest.h>
+
+#include <thread>
+
+#include "fault_switches.h"
+#include "net/gallery_sync.h"
+#include "panel/dialog/panel_timers.h"
+#include "request_counters.h"
+#include "panel_world.h"
+#include "platform/files.h"
+#include "platform/profile.h"
+#include "platform/qt/qt_window_system.h"
+#include "platform/qt/window_message_event.h"
+#include "platform/qt/window_timers.h"
+#include "store/gallery_node.h"
+#include "store/gallery_store.h"
+#include "store/store_paths.h"
+
+using namespace marrowfin;
+using namespace marrowfin::test;
+
+namespace {
+
+// Records the panel commands posted to a window before it handles them.
+class CommandSpy : public QObject {
+public:
+    std::vector<std::uintptr_t> commands;
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override {
+        if (event->type() == WindowMessageEvent::EventType()) {
+            auto* message = static_cast<WindowMessageEvent*>(event);
+            if (message->Message() == MsgPanelCommand) commands.push_back(message->WParam());
+        }
+        return QObject::eventFilter(watched, event);
+    }
+};
+
+}  // namespace
+
+TEST(PanelStartUp, TimersHostLinkAndTheFirstClassListBuild) {
+    PanelWorld world;
+    CBrindleDlg& panel = world.panel();
+    const WindowHandle self = panel.Handle();
+    EXPECT_NE(self, 0u);
+    EXPECT_EQ(ObjectOf(self), &panel);
+    EXPECT_EQ(panel.m_store, &GalleryStore::Instance());
+
+    EXPECT_TRUE(IsTimerRunning(self, kTimerHourlyRefresh));
+    EXPECT_TRUE(IsTimerRunning(self, kTimerBuildClassList));
+
+    // The host window was taken and asked once for its channel text.
+    EXPECT_EQ(panel.hostWindow, HandleOf(&world.host()));
+    int channelRequests = 0;
+    for (const auto& r : world.host().records)
+        if (r.message == MARROWFIN_GALLERY_HOST_REQUEST && r.wParam == MARROWFIN_REQUEST_CHANNEL) ++channelRequests;
+    EXPECT_EQ(channelRequests, 1);
+    EXPECT_EQ(panel.m_hostChannel, u"频道-7");
+
+    // Created, not shown, never hidden by hand in the ordinary mode.
+    EXPECT_FALSE(panel.isVisible());
+    EXPECT_FALSE(panel.testAttribute(Qt::WA_WState_ExplicitShowHide));
+
+    // 250 ms later timer 1011 has killed itself and posted command 0, once.
+    CommandSpy spy;
+    panel.installEventFilter(&spy);
+    Pump(600);
+    panel.removeEventFilter(&spy);
+    EXPECT_FALSE(IsTimerRunning(self, kTimerBuildClassList));
+    EXPECT_EQ(std::count(spy.commands.begin(), spy.commands.end(), 0u), 1);
+    EXPECT_TRUE(IsTimerRunning(self, kTimerHourlyRefresh));
+}
+
+TEST(PanelStartUp, WithoutAHostWindowAndInTheUpdateMode) {
+    {
+        WorldOptions options;
+        options.attachHost = false;
+        PanelWorld world(options);
+        EXPECT_EQ(world.panel().hostWindow, 0u);
+        EXPECT_TRUE(world.panel().m_hostChannel.empty());
+        EXPECT_TRUE(world.host().records.empty());
+        EXPECT_FALSE(world.panel().testAttribute(Qt::WA_WState_ExplicitShowHide));
+    }
+    {
+        WorldOptions options;
+        options.mode = u"UpdateShow";
+        PanelWorld world(options);
+        // Hidden on purpose at the end of the start-up, after the channel request.
+        EXPECT_TRUE(world.panel().testAttribute(Qt::WA_WState_ExplicitShowHide));
+        EXPECT_TRUE(world.panel().isHidden());
+        EXPECT_EQ(world.panel().m_hostChannel, u"频道-7");
+    }
+}
+
+TEST(PanelStartUp, RequestNetworkOptionFollowsTheStoredClassTable) {
+    // No stored class table: the option is not touched.
+    {
+        PanelWorld world;
+        EXPECT_EQ(GetOptionInt(u"RequestNetwork", -7), -7);
+    }
+    // A stored table with the option absent: it becomes 1.
+    {
+        WorldOptions options;
+        options.firstSync = false;
+        options.listGallery = false;
+        PanelWorld world(options);
+        ASSERT_TRUE(CreateDirectories(StoreRoot()));
+        ASSERT_TRUE(WriteFileAtomic(ClassTablePath(), "<r/>"));
+        CBrindleDlg second;
+        second.Create(nullptr);
+        EXPECT_EQ(GetOptionInt(u"RequestNetwork", -7), 1);
+        // Set to 0 by the user: stays 0.
+        ASSERT_TRUE(WriteOptionInt(u"RequestNetwork", 0));
+        CBrindleDlg third;
+        third.Create(nullptr);
+        EXPECT_EQ(GetOptionInt(u"RequestNetwork", -7), 0);
+    }
+}
+
+TEST(PanelStartUp, FirstTreeOnlyWithoutAShowList) {
+    {
+        // Show.xml lists a gallery: start-up leaves the tree to FirstSynchro.
+        WorldOptions options;
+        options.firstSync = false;
+        PanelWorld world(options);
+        EXPECT_EQ(GalleryStore::Instance().root, nullptr);
+    }
+    {
+        // No Show.xml: start-up builds the tree itself (an empty one here).
+        WorldOptions options;
+        options.firstSync = false;
+        options.listGallery = false;
+        PanelWorld world(options);
+        GalleryNode* root = GalleryStore::Instance().root;
+        ASSERT_NE(root, nullptr);
+        EXPECT_EQ(root->path, StoreRoot());
+        EXPECT_TRUE(root->dirChildren.empty());
+        EXPECT_EQ(GalleryStore::Instance().syncBusy.load(), 0);
+    }
+}
+
+TEST(PanelStartUp, WaitsForARunningSynchronisation) {
+    // The panel is made while FirstSynchro's thread waits for a slow service.
+    WorldOptions options;
+    options.firstSync = false;
+    PanelWorld world(options);
+    ResetGalleryStore();
+    service::Fault slow;
+    slow.latencyMs = 1500;
+    world.service().faults().set("/gallery/g_all_s", slow);
+
+    GalleryStore& store = GalleryStore::Instance();
+    std::thread sync([&] { BuildFirstTree(store); });
+    while (store.syncBusy.load() == 0) std::this_thread::yield();
+
+    CBrindleDlg panel;
+    panel.Create(nullptr);
+    // Create came back only once the synchronisation had ended, with the full tree.
+    const int busyAfterCreate = store.syncBusy.load();
+    const bool classesAfterCreate =
+        store.root && store.root->dirChildren.size() == 1 && !store.root->dirChildren[0]->dirChildren.empty();
+    sync.join();
+    EXPECT_EQ(busyAfterCreate, 0);
+    EXPECT_TRUE(classesAfterCreate);
+    EXPECT_GE(world.service().counters().get("/gallery/g_all_s").count, 1);
+}
