@@ -195,8 +195,9 @@ void CBrindleDlg::SwitchClass(int row) {
 
     if (row == 1) {
         // The collections are read from the service once they join; until
-        // then the page stands as an empty collection, and without a signed-in
-        // user there is nothing to list at all.
+        // then the page stands as an empty collection (status -1), and without
+        // a signed-in user there is nothing to list at all.
+        SendWindowMessage(Handle(), MsgPanelEvent, 5, -1);
         if (userId < 2) return;
         m_classIndex = 1;
         text = CollectionName(userId);

@@ -7,6 +7,10 @@
 #include <QtTest/QTest>
 
 #include "fault_switches.h"
+#include "marrowfin/marrowfin.h"
+#include "panel/dialog/host_requests.h"
+#include "platform/qt/qt_window_system.h"
+#include "store/store_ini.h"
 #include "panel/dialog/hot_words.h"
 #include "panel/lists/class_list_ctrl.h"
 #include "panel/lists/dwg_list_view.h"
@@ -317,4 +321,69 @@ TEST(LivePages, DownloadGalleryButtonTipsOnFailureAndFillsTheGalleryOnSuccess) {
     EXPECT_EQ(w.VisibleSubclassButtons(), static_cast<int>(std::min<size_t>(18, gallery->dirChildren.size())));
     EXPECT_EQ(p.m_curClassPath, gallery->dirChildren[0]->path);
     EXPECT_TRUE(w.Shown(p.m_pThumbList));
+}
+
+TEST(Pages, CollectionsRowWithoutUserOrFolderAndTheHostButtons) {
+    QWidget host;
+    struct Notices : QObject {
+        std::vector<std::intptr_t> seen;
+        bool eventFilter(QObject*, QEvent* event) override {
+            if (event->type() == MarrowfinHostEventType) {
+                auto* e = static_cast<MarrowfinHostEvent*>(event);
+                if (e->message == MARROWFIN_GALLERY_HOST_NOTICE) seen.push_back(e->lParam);
+            }
+            return false;
+        }
+    } notices;
+    host.installEventFilter(&notices);
+    SetApplicationMainWindow(&host);
+
+    PanelWorld w;
+    w.AddGallery({u"五金", 2, 2});
+    w.MakePanel();
+    CBrindleDlg& p = *w.panel;
+    ASSERT_EQ(p.hostWindow, HandleOf(&host));
+    w.ClickClassRow(2);
+    ASSERT_TRUE(w.WaitForSwitch());
+    const int gallery = p.m_classIndex;
+
+    // Not signed in: the page turns to the collections, but nothing is listed.
+    w.ClickClassRow(1);
+    ASSERT_TRUE(w.WaitForSwitch());
+    EXPECT_EQ(p.m_page, PageCollection);
+    EXPECT_EQ(p.m_classIndex, gallery);
+    EXPECT_EQ(w.VisibleSubclassButtons(), 0);
+    EXPECT_TRUE(w.ButtonShown(2100));
+
+    // Signed in without a mirror folder: the empty collection offers "添加图块".
+    p.userId = 8;
+    w.ClickClassRow(1);
+    ASSERT_TRUE(w.WaitForSwitch());
+    EXPECT_EQ(p.m_classIndex, 1);
+    EXPECT_EQ(p.m_curClassPath, NumberedCollectionFolder(8));
+    EXPECT_TRUE(w.ButtonShown(2150));
+    EXPECT_FALSE(w.ButtonShown(2151));
+    EXPECT_FALSE(w.Shown(p.m_pThumbList));
+
+    // "不替换" remembers the answer and reopens the collections.
+    p.Button(2156)->show();
+    w.ClickButton(2156);
+    EXPECT_EQ(ReadOldCollectTip(), u"1");
+    EXPECT_TRUE(p.m_forceList);
+    EXPECT_EQ(p.m_pendingClass, 1);
+    EXPECT_TRUE(IsTimerRunning(p.Handle(), 2000));
+    ASSERT_TRUE(w.WaitForSwitch());
+
+    // "统计" and "反馈" are notices to the host; the feedback wait ends when the host sets the user.
+    w.ClickButton(2154);
+    Pump(30);
+    EXPECT_EQ(notices.seen, (std::vector<std::intptr_t>{16}));
+    QTimer::singleShot(150, [&] { p.userId = 8; });
+    w.ClickButton(2153);
+    Pump(30);
+    EXPECT_EQ(p.userId, 8);
+    EXPECT_TRUE(p.isEnabled());
+    ASSERT_GE(notices.seen.size(), 2u);
+    EXPECT_EQ(notices.seen[1], 13);
+    SetApplicationMainWindow(nullptr);
 }
