@@ -53,6 +53,23 @@ GalleryNode* FindGallery(GalleryStore& store, std::u16string_view name) {
     return FindNodeByPath(store.root, store.root->path + u"/" + std::u16string(name));
 }
 
+// FindNodeByPath from the root while the first tree is built. There every
+// dir below a gallery is a class whose path is the gallery's path, "/" and
+// its name, so a gallery whose path doesn't lead the wanted one can't hold
+// it; skipping its classes keeps a reply of many galleries from walking all
+// earlier galleries' classes once for each later gallery.
+GalleryNode* FindGalleryOfRun(GalleryNode* root, std::u16string_view path) {
+    if (root->path == path) return root;
+    for (GalleryNode* gallery : root->dirChildren) {
+        if (!gallery) continue;
+        const std::u16string_view own = gallery->path;
+        if (own == path) return gallery;
+        if (path.size() > own.size() && path[own.size()] == u'/' && path.substr(0, own.size()) == own)
+            if (GalleryNode* hit = FindNodeByPath(gallery, path)) return hit;
+    }
+    return nullptr;
+}
+
 GalleryNode* NewGalleryNode(const GalleryNode& root, std::u16string_view name) {
     return new GalleryNode(root.name, root.path + u"/" + std::u16string(name), std::u16string(name), kKindDir, false,
                            false, 0);
@@ -88,15 +105,22 @@ void NoteClassVersion(GalleryStore& store, const GalleryNode& gallery, int32_t v
 }
 
 // Reads the block elements (`tag`) below the current main element into `cls`.
+// A full reply holds hundreds of thousands of blocks: each node is built
+// with the fewest strings possible, the file name moving into the node's name.
 void ReadBlocks(MarkupDocument& doc, std::u16string_view tag, GalleryNode* cls, bool boutique) {
+    static const std::u16string kFileKind(kKindFile);
     doc.EnterElement();
     while (doc.FindElement(tag)) {
-        const std::u16string fn = doc.GetAttribute(u"fn");
+        std::u16string fn = doc.GetAttribute(u"fn");
+        if (fn.empty()) continue;
         const std::u16string size = doc.GetAttribute(u"size");
-        if (fn.empty() || size.empty()) continue;
-        auto* block = new GalleryNode(cls->name, JoinPath(cls->path, fn), fn, kKindFile,
-                                      doc.GetAttribute(u"hi") == u"1", boutique, ToInt(size));
-        block->remoteBase = JoinPath(cls->remoteBase, fn);
+        if (size.empty()) continue;
+        const bool hidden = doc.GetAttribute(u"hi") == u"1";
+        std::u16string path = JoinPath(cls->path, fn);
+        std::u16string remote = JoinPath(cls->remoteBase, fn);
+        auto* block =
+            new GalleryNode(cls->name, std::move(path), std::move(fn), kFileKind, hidden, boutique, ToInt(size));
+        block->remoteBase = std::move(remote);
         if (!AddChild(cls, block, false)) delete block;
     }
     doc.LeaveElement();
@@ -174,7 +198,7 @@ void BuildFirstTree(GalleryStore& store) {
     doc.EnterElement();
     while (doc.FindElement(u"gallery")) {
         const std::u16string gn = doc.GetAttribute(u"gn");
-        GalleryNode* gallery = FindNodeByPath(store.root, store.root->path + u"/" + gn);
+        GalleryNode* gallery = FindGalleryOfRun(store.root, JoinPath(store.root->path, gn));
         if (!gallery || gallery == store.root) continue;
         gallery->boutique = doc.GetAttribute(u"gv") == u"1";
         ClassVersions old = ReadCatalogueVersions(*gallery);

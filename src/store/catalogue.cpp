@@ -1,5 +1,6 @@
 #include "store/catalogue.h"
 
+#include <charconv>
 #include <string>
 
 #include "markup/markup_document.h"
@@ -16,41 +17,118 @@ namespace marrowfin {
 
 namespace {
 
-std::u16string Decimal(int32_t value) { return Utf8ToUtf16(std::to_string(value)); }
+// Appends UTF-8 as Utf16ToUtf8 gives it (a lone surrogate becomes U+FFFD).
+// Every value stands between ASCII marks, so encoding piece by piece gives
+// the same bytes as encoding the whole text at once.
+void AppendUtf8(std::string& out, std::u16string_view text) {
+    const size_t n = text.size();
+    size_t i = 0;
+    // Names and URLs are mostly ASCII: copy such runs without the branches.
+    while (i < n) {
+        size_t run = i;
+        while (run < n && text[run] < 0x80) ++run;
+        if (run > i) {
+            const size_t at = out.size();
+            out.resize(at + (run - i));
+            char* o = out.data() + at;
+            for (size_t k = i; k < run; ++k) *o++ = static_cast<char>(text[k]);
+            i = run;
+            if (i == n) break;
+        }
+        uint32_t cp = text[i];
+        if (cp >= 0xD800 && cp <= 0xDBFF && i + 1 < n && text[i + 1] >= 0xDC00 && text[i + 1] <= 0xDFFF) {
+            cp = 0x10000 + ((cp - 0xD800) << 10) + (text[i + 1] - 0xDC00);
+            ++i;
+        } else if (cp >= 0xD800 && cp <= 0xDFFF) {
+            cp = 0xFFFD;
+        }
+        ++i;
+        char bytes[4];
+        size_t count;
+        if (cp < 0x800) {
+            bytes[0] = static_cast<char>(0xC0 | (cp >> 6));
+            bytes[1] = static_cast<char>(0x80 | (cp & 0x3F));
+            count = 2;
+        } else if (cp < 0x10000) {
+            bytes[0] = static_cast<char>(0xE0 | (cp >> 12));
+            bytes[1] = static_cast<char>(0x80 | ((cp >> 6) & 0x3F));
+            bytes[2] = static_cast<char>(0x80 | (cp & 0x3F));
+            count = 3;
+        } else {
+            bytes[0] = static_cast<char>(0xF0 | (cp >> 18));
+            bytes[1] = static_cast<char>(0x80 | ((cp >> 12) & 0x3F));
+            bytes[2] = static_cast<char>(0x80 | ((cp >> 6) & 0x3F));
+            bytes[3] = static_cast<char>(0x80 | (cp & 0x3F));
+            count = 4;
+        }
+        out.append(bytes, count);
+    }
+}
+
+void AppendDecimal(std::string& out, int32_t value) {
+    char digits[12];
+    const auto end = std::to_chars(digits, digits + sizeof digits, value).ptr;
+    out.append(digits, static_cast<size_t>(end - digits));
+}
+
+// Room for the whole file up front: a gallery's catalogue runs to hundreds of
+// kilobytes, and growing by doubling would copy it several times over.
+// a + "/" + b in one allocation: a catalogue holds thousands of blocks.
+std::u16string JoinPath(std::u16string_view a, std::u16string_view b) {
+    std::u16string out;
+    out.reserve(a.size() + 1 + b.size());
+    out.append(a).append(1, u'/').append(b);
+    return out;
+}
+
+size_t EstimateBytes(const GalleryStore& store, const GalleryNode& gallery) {
+    constexpr size_t kHead = 64 + 128;   // declaration, root tag with a seal of a long name
+    constexpr size_t kSubMarks = 40;     // <sub n="" ver="" u_b="" ></sub> and the digits
+    constexpr size_t kItmMarks = 32;     // <itm fn="" sz="" hi="" /> and the digits
+    size_t bytes = kHead + gallery.name.size() * 3;
+    for (const GalleryNode* cls : gallery.dirChildren) {
+        if (!cls) continue;
+        bytes += kSubMarks + (cls->name.size() + cls->remoteBase.size()) * 3;
+        if (store.staleClasses.find(cls->path) != store.staleClasses.end()) continue;
+        for (const GalleryNode* block : cls->fileChildren)
+            if (block) bytes += kItmMarks + block->name.size() * 3;
+    }
+    return bytes;
+}
 
 }  // namespace
 
 std::string ComposeCatalogue(const GalleryStore& store, const GalleryNode& gallery) {
     // Values go in as they stand: earlier versions never escaped them, and
     // the files must stay byte for byte what they always were.
-    std::u16string text = u"\uFEFF<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r<root re=\"";
-    text += Utf8ToUtf16(MakeSeal(gallery.name, gallery.boutique));
-    text += u"\">\r";
+    std::string out;
+    out.reserve(EstimateBytes(store, gallery));
+    out += "\xEF\xBB\xBF<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r<root re=\"";
+    out += MakeSeal(gallery.name, gallery.boutique);
+    out += "\">\r";
     for (const GalleryNode* cls : gallery.dirChildren) {
         if (!cls) continue;
-        text += u"<sub n=\"";
-        text += cls->name;
-        text += u"\" ver=\"";
-        text += Decimal(cls->version);
-        text += u"\" u_b=\"";
-        text += cls->remoteBase;
-        text += u"\" >";
+        out += "<sub n=\"";
+        AppendUtf8(out, cls->name);
+        out += "\" ver=\"";
+        AppendDecimal(out, cls->version);
+        out += "\" u_b=\"";
+        AppendUtf8(out, cls->remoteBase);
+        out += "\" >";
         if (store.staleClasses.find(cls->path) == store.staleClasses.end()) {
             for (const GalleryNode* block : cls->fileChildren) {
                 if (!block) continue;
-                text += u"<itm fn=\"";
-                text += block->name;
-                text += u"\" sz=\"";
-                text += Decimal(block->size);
-                text += u"\" hi=\"";
-                text += block->hidden ? u"1" : u"0";
-                text += u"\" />";
+                out += "<itm fn=\"";
+                AppendUtf8(out, block->name);
+                out += "\" sz=\"";
+                AppendDecimal(out, block->size);
+                out += block->hidden ? "\" hi=\"1\" />" : "\" hi=\"0\" />";
             }
         }
-        text += u"</sub>";
+        out += "</sub>";
     }
-    text += u"</root>\r";
-    return Utf16ToUtf8(text);
+    out += "</root>\r";
+    return out;
 }
 
 void WriteCatalogue(const GalleryStore& store, std::u16string_view galleryName) {
@@ -65,6 +143,7 @@ void WriteCatalogue(const GalleryStore& store, std::u16string_view galleryName) 
 }
 
 bool ReadCatalogue(GalleryStore& store, std::u16string_view galleryName) {
+    static const std::u16string kFileKind(kKindFile);
     GalleryNode* root = store.root;
     if (!root) return false;
     const std::u16string galleryPath = root->path + u"/" + std::u16string(galleryName);
@@ -92,19 +171,21 @@ bool ReadCatalogue(GalleryStore& store, std::u16string_view galleryName) {
     while (doc.FindElement(u"sub")) {
         const std::u16string n = doc.GetAttribute(u"n");
         if (n.empty()) continue;
-        auto* cls = new GalleryNode(gallery->name, gallery->path + u"/" + n, n, kKindDir, false, false, 0);
+        auto* cls = new GalleryNode(gallery->name, JoinPath(gallery->path, n), n, kKindDir, false, false, 0);
         cls->version = ParseProfileInt(doc.GetAttribute(u"ver"));
         cls->remoteBase = doc.GetAttribute(u"u_b");
         AddChild(gallery, cls, false);
         if (!doc.EnterElement()) continue;
         while (doc.FindElement(u"itm")) {
-            const std::u16string fn = doc.GetAttribute(u"fn");
+            std::u16string fn = doc.GetAttribute(u"fn");
             const std::u16string sz = doc.GetAttribute(u"sz");
             const std::u16string hi = doc.GetAttribute(u"hi");
             if (fn.empty() || sz.empty() || hi.empty()) continue;
-            auto* block = new GalleryNode(cls->name, cls->path + u"/" + fn, fn, kKindFile, hi == u"1", boutique,
+            std::u16string path = JoinPath(cls->path, fn);
+            std::u16string remote = JoinPath(cls->remoteBase, fn);
+            auto* block = new GalleryNode(cls->name, std::move(path), std::move(fn), kFileKind, hi == u"1", boutique,
                                           ParseProfileInt(sz));
-            block->remoteBase = cls->remoteBase + u"/" + fn;
+            block->remoteBase = std::move(remote);
             AddChild(cls, block, false);
         }
         (void)doc.LeaveElement();
