@@ -179,7 +179,7 @@ void DemoTour::BuildSteps() {
                        [this] { return PanelVisible(); }, netSettle, QStringLiteral("gallery")});
 
     if (!m_options.shortTour) {
-        // Double-click the first thumbnail until the host is asked to insert
+        // Double-click a thumbnail until the host is asked to insert
         // it (the first click may only start its download), then place it.
         m_steps.push_back({QStringLiteral("insert-block"), [this, panel](QString& why) {
                                if (!FindPanelChild(panel(), "CDWGListView")) {
@@ -197,8 +197,10 @@ void DemoTour::BuildSteps() {
                                m_lastTry = m_stepClock.elapsed();
                                ++m_insertTries;
                                const double rate = panel()->width() / 755.0;
-                               Log(QStringLiteral("double-click on the first thumbnail (try %1)").arg(m_insertTries));
-                               ClickAt(list, QPoint(static_cast<int>(50 * rate), static_cast<int>(45 * rate)), true);
+                               // The second cell (148 by 112 units each): the first
+                               // may be the class's advertising tile.
+                               Log(QStringLiteral("double-click on the second thumbnail (try %1)").arg(m_insertTries));
+                               ClickAt(list, QPoint(static_cast<int>((148 + 74) * rate), static_cast<int>(40 * rate)), true);
                                return m_host->sheet()->HasPending();
                            },
                            300, QStringLiteral("insert")});
