@@ -65,4 +65,9 @@ QString RowDisplayName(const QString& name);
 // its first "..".
 QString RowClassLine(const BlockRow& row);
 
+// Where the status line's double-click hint stands: at 588 units, or further
+// left (never past 530) when the face is too wide to end inside the window.
+// A partial repaint of the hint should cover this rectangle.
+QRect DoubleClickHintRect(const QSize& client);
+
 }  // namespace marrowfin

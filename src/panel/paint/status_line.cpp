@@ -1,4 +1,6 @@
+#include <QFontMetrics>
 #include <QPainter>
+#include <algorithm>
 
 #include "panel/model/panel_page.h"
 #include "panel/paint/panel_colours.h"
@@ -18,10 +20,20 @@ bool ShowsResultCount(const PanelPaintState& state) {
     return false;
 }
 
-void PaintStatusLine(QPainter& painter, const QSize&, const PanelPaintState& state) {
+QRect DoubleClickHintRect(const QSize& client) {
+    QRect rect = ScaleRect(588, 427, 750, 447);
+    // In faces wider than the one the layout was made for the hint would run
+    // past the window's right edge: it moves left instead, never onto the name.
+    const int width = QFontMetrics(Font(SkinFont::Bold)).horizontalAdvance(QStringLiteral("注：双击缩略图快速插入图块"));
+    const int limit = client.width() - 1 - ScaleUnits(5);
+    if (rect.left() + width > limit) rect.moveLeft(std::max(ScaleUnits(530), limit - width));
+    return rect;
+}
+
+void PaintStatusLine(QPainter& painter, const QSize& client, const PanelPaintState& state) {
     namespace c = panel_colours;
     if (!state.selectedName.isEmpty()) {
-        PlaceText(painter, ScaleRect(588, 427, 750, 447), QStringLiteral("注：双击缩略图快速插入图块"),
+        PlaceText(painter, DoubleClickHintRect(client), QStringLiteral("注：双击缩略图快速插入图块"),
                   Font(SkinFont::Bold), c::Accent(), Place::Left);
         PlaceText(painter, ScaleRect(10, 427, 49, 447), QStringLiteral("名称："), Font(SkinFont::Bold), c::Text(),
                   Place::Left);

@@ -319,6 +319,24 @@ TEST(PanelPainting, StatusLineNameOrCount) {
         selected.selectedName = QStringLiteral("平开门M1021");
         const QImage named = Panel(selected);
         EXPECT_TRUE(HasColour(named, hint, c::Accent()));
+        // The hint is whole and inside the frame: as many accent pixels as the hint drawn alone.
+        const QString hintText = QStringLiteral("注：双击缩略图快速插入图块");
+        const int hintWidth = QFontMetrics(Font(SkinFont::Bold)).horizontalAdvance(hintText);
+        const QImage hintAlone = test::PaintInto(QSize(hintWidth + 20, hint.height() + 20), [&](QPainter& p) {
+            p.setFont(Font(SkinFont::Bold));
+            p.setPen(c::Accent());
+            p.drawText(QRect(10, 10, hintWidth, hint.height()), Qt::AlignLeft | Qt::AlignVCenter, hintText);
+        });
+        const QRect band(ScaleUnits(530), hint.top() - 4, named.width() - ScaleUnits(530), hint.height() + 8);
+        EXPECT_EQ(CountColour(named, band, c::Accent()), CountColour(hintAlone, hintAlone.rect(), c::Accent()));
+        EXPECT_EQ(CountNot(named, QRect(named.width() - 3, hint.top(), 2, hint.height()), c::Band()),
+                  0);
+        const QRect placed = DoubleClickHintRect(test::PanelClient());
+        if (ScaleUnits(588) + hintWidth <= named.width() - 1 - ScaleUnits(5)) {
+            EXPECT_EQ(placed.left(), ScaleUnits(588));  // where it fits, it stays
+        } else {
+            EXPECT_EQ(placed.left() + hintWidth, named.width() - 1 - ScaleUnits(5));
+        }
         EXPECT_TRUE(HasColour(named, ScaleRect(10, 427, 49, 447), c::Text(), 6));
         EXPECT_TRUE(HasColour(named, ScaleRect(49, 427, 530, 447), c::Text(), 6));
         EXPECT_EQ(CountColour(named, count, c::Accent(), 60), 0);
