@@ -33,7 +33,7 @@ void RenderStartPage(float rate, const char* name) {
     PanelWorld world(options);
     CBrindleDlg& panel = world.panel();
     panel.ShowPanel();
-    Pump(400);  // the first class-list tick
+    Pump(1000);  // the first class-list tick and the class switch it schedules
     const QImage image = panel.grab().toImage().convertToFormat(QImage::Format_RGB32);
     ASSERT_EQ(image.size(), QSize(static_cast<int>(755 * rate), static_cast<int>(454 * rate)));
     ASSERT_TRUE(image.save(RenderFolder() + QLatin1Char('/') + QLatin1String(name), "PNG"));
