@@ -15,6 +15,8 @@ void PaintPanel(QPainter& painter, const QSize& client, const PanelPaintState& s
     namespace c = panel_colours;
     if (client.isEmpty()) return;
     painter.save();
+    // Texts placed by the layout may be wider than a small window: none leaves it.
+    painter.setClipRect(QRect(QPoint(0, 0), client), Qt::IntersectClip);
     const int w = client.width(), h = client.height();
     painter.fillRect(QRect(QPoint(0, 0), client), Qt::white);
     DrawFrame(painter, QRect(QPoint(0, 0), client), 1, c::OuterFrame());

@@ -114,6 +114,18 @@ TEST(PanelPainting, FrameBandsTitleAndSeparator) {
         EXPECT_EQ(CountNot(img, QRect(hintRight + 2, 2, sx - hintRight - 3, band - 2), c::Band()), 0);
         test::SavePng(img, QStringLiteral("panel_frame_%1.png").arg(rate));
     }
+    // A window squeezed to almost nothing still gets its frame, and nothing outside it.
+    const QImage tiny = test::PaintInto(QSize(600, 400), [](QPainter& p) { PaintPanel(p, QSize(3, 3), Browse(0, 0)); },
+                                        Qt::black);
+    EXPECT_EQ(CountNot(tiny, tiny.rect(), Qt::black), 9);
+    EXPECT_EQ(At(tiny, 0, 0), c::OuterFrame());
+    EXPECT_EQ(At(tiny, 2, 2), c::OuterFrame());
+    EXPECT_EQ(At(tiny, 1, 1), c::Band());
+    EXPECT_EQ(At(tiny, 3, 0), QColor(Qt::black));
+    EXPECT_EQ(At(tiny, 0, 3), QColor(Qt::black));
+    const QImage none = test::PaintInto(QSize(4, 4), [](QPainter& p) { PaintPanel(p, QSize(0, 0), Browse(0, 0)); },
+                                        Qt::black);
+    EXPECT_EQ(CountNot(none, none.rect(), Qt::black), 0);
 }
 
 TEST(PanelPainting, BrowseBoxHeadingAndAccentBar) {
