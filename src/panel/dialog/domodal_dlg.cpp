@@ -1,5 +1,6 @@
 #include "panel/dialog/domodal_dlg.h"
 
+#include <QEventLoop>
 #include <QKeyEvent>
 
 #include "marrowfin/marrowfin.h"
@@ -13,7 +14,6 @@ namespace marrowfin {
 
 CDomodalDlg::CDomodalDlg(CBrindleDlg& panel) : QDialog(nullptr, Qt::FramelessWindowHint | Qt::Tool), m_panel(panel) {
     setObjectName(QStringLiteral("CDomodalDlg"));
-    setModal(true);
     // A window of no size: it exists only for its modal loop and its timer.
     setFixedSize(0, 0);
     setAttribute(Qt::WA_TranslucentBackground);
@@ -55,8 +55,15 @@ void CDomodalDlg::OnTimer() {
 }
 
 int RunFeedbackWait(CBrindleDlg& panel) {
+    // A loop of its own rather than exec(): exec() would make the dialog
+    // application-modal, and the host's feedback form must stay usable while
+    // the panel waits for it. The panel itself is disabled by the caller.
     CDomodalDlg wait(panel);
-    return wait.exec();
+    QEventLoop loop;
+    QObject::connect(&wait, &QDialog::finished, &loop, &QEventLoop::quit);
+    wait.show();
+    loop.exec();
+    return wait.result();
 }
 
 }  // namespace marrowfin

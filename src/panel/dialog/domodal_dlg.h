@@ -1,7 +1,7 @@
 #pragma once
-// CDomodalDlg: the invisible modal wait of the feedback button. It keeps the
-// panel's thread in a modal loop while the host's feedback form is open and
-// reminds the host every third tick of its 800 ms timer.
+// CDomodalDlg: the invisible wait of the feedback button. It keeps the
+// panel's caller in a loop of its own while the host's feedback form is open
+// and reminds the host every third tick of its 800 ms timer.
 
 #include <QDialog>
 

@@ -1,0 +1,24 @@
+#include "host/panel_access.h"
+
+#include "host/library_entry.h"
+#include "panel/dialog/brindle_dlg.h"
+#include "platform/qt/qt_window_system.h"
+
+namespace marrowfin {
+
+CBrindleDlg* ExistingPanel() { return PanelSingleton(); }
+
+CBrindleDlg& EnsurePanel(QWidget* parent, const std::function<void(CBrindleDlg&)>& beforeCreate) {
+    CBrindleDlg*& panel = PanelSingleton();
+    if (panel) return *panel;
+    // Window handles and posted messages need the Qt window system before
+    // the panel's start-up sends its first request.
+    InstallQtWindowSystem();
+    // Stored before Create: the start-up runs exports' helpers that look for it.
+    panel = new CBrindleDlg;  // lives until the process ends
+    if (beforeCreate) beforeCreate(*panel);
+    panel->Create(parent);
+    return *panel;
+}
+
+}  // namespace marrowfin

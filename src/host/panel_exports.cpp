@@ -1,0 +1,113 @@
+// Exports that make, show, hide and steer the panel.
+
+#include <QLineEdit>
+
+#include "host/boundary.h"
+#include "host/panel_access.h"
+#include "host/string_arg.h"
+#include "marrowfin/marrowfin.h"
+#include "net/gallery_sync.h"
+#include "panel/dialog/brindle_dlg.h"
+#include "panel/dialog/host_requests.h"
+#include "platform/qt/window_timers.h"
+#include "store/gallery_store.h"
+
+namespace {
+
+constexpr char16_t kUpdateShow[] = u"UpdateShow";
+constexpr char16_t kCollectionsName[] = u"我的收藏";
+constexpr unsigned kTimerBuildClassList = 1011;
+
+}  // namespace
+
+using namespace marrowfin;
+
+extern "C" MARROWFIN_API void show(void) {
+    Shielded([] {
+        CBrindleDlg& panel = EnsurePanel(ApplicationMainWindow());
+        panel.ShowPanel();
+    });
+}
+
+extern "C" MARROWFIN_API void ShowGallery(const char16_t* location, const char16_t* mode) {
+    std::u16string where = TakeHostPath(location);
+    std::u16string how = TakeHostText(mode);
+    Shielded([&] {
+        // A new panel reads its mode during start-up ("UpdateShow" hides it there).
+        CBrindleDlg& panel = EnsurePanel(nullptr, [&how](CBrindleDlg& made) { made.showMode = how; });
+        panel.showMode = how;
+        panel.LocationStep(where);
+        if (how != kUpdateShow) {
+            panel.ShowPanel();
+            return;
+        }
+        panel.HidePanel();
+        const bool toSearch = panel.RunClassManager();
+        // The picker may have changed Show.xml: the tree is rebuilt here, on
+        // the host's thread, before the panel is used again.
+        BuildFirstTree(GalleryStore::Instance());
+        if (toSearch) panel.GoToPage(PageSearch);
+    });
+}
+
+extern "C" MARROWFIN_API void HideGallery(void) {
+    Shielded([] {
+        CBrindleDlg* panel = ExistingPanel();
+        if (!panel) return;
+        panel->HidePanel();
+        panel->showMode.clear();
+    });
+}
+
+extern "C" MARROWFIN_API void CloseGallery(void) {
+    Shielded([] {
+        CBrindleDlg* panel = ExistingPanel();
+        if (!panel) return;
+        panel->SaveOnClose();
+        panel->HidePanel();
+    });
+}
+
+extern "C" MARROWFIN_API uint64_t GetGallery(void) {
+    return Shielded<uint64_t>(0, [] {
+        CBrindleDlg* panel = ExistingPanel();
+        return panel ? static_cast<uint64_t>(panel->Handle()) : uint64_t{0};
+    });
+}
+
+extern "C" MARROWFIN_API void SearchBrindleRes(const char16_t* text, const char16_t* mode) {
+    const QString words = QString::fromStdU16String(TakeHostText(text));
+    std::u16string how = TakeHostText(mode);
+    Shielded([&] {
+        CBrindleDlg& panel = EnsurePanel(nullptr);
+        panel.showMode = how;
+        // A pending class-list rebuild would pull the panel off the search page.
+        (void)KillTimer(panel.Handle(), kTimerBuildClassList);
+        panel.SearchFor(words);
+        panel.ShowPanel();
+    });
+}
+
+extern "C" MARROWFIN_API void ResetClass(const char16_t* classText) {
+    const std::u16string text = TakeHostPath(classText);
+    Shielded([&] {
+        CBrindleDlg& panel = EnsurePanel(nullptr);
+        if (text.find(kCollectionsName) != std::u16string::npos) {
+            panel.OpenCollectionsForHost();
+            return;
+        }
+        panel.LocationStep(u"/" + text);
+    });
+}
+
+extern "C" MARROWFIN_API void ShowBoutiqueGallery(void) {
+    Shielded([] {
+        CBrindleDlg& panel = EnsurePanel(nullptr);
+        panel.ShowPanel();
+        if (panel.RunClassManager()) {
+            panel.GoToPage(PageSearch);
+        } else {
+            (void)SendWindowMessage(panel.Handle(), MsgPanelCommand, 6, 0);
+        }
+    });
+}
