@@ -82,6 +82,7 @@ void ClickAt(QWidget* widget, QPoint pos, bool doubleClick) {
 DemoTour::DemoTour(const GalleryExports& exports, HostWindow* host, DemoOptions options, QStringList galleries,
                    QObject* parent)
     : QObject(parent), m_exports(exports), m_host(host), m_options(std::move(options)), m_galleries(std::move(galleries)) {
+    connect(m_host, &HostWindow::panelSpoke, this, [this](const QString& line) { Log(QStringLiteral("panel -> host: ") + line); });
     m_poll.setInterval(kPollMs);
     connect(&m_poll, &QTimer::timeout, this, &DemoTour::Poll);
 }

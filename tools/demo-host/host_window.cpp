@@ -193,9 +193,11 @@ bool HostWindow::event(QEvent* event) {
     if (event->type() != MarrowfinHostEventType) return QMainWindow::event(event);
     auto* host = static_cast<MarrowfinHostEvent*>(event);
     if (host->message == MARROWFIN_GALLERY_HOST_REQUEST) {
-        AnswerRequest(host->wParam, host->lParam, host);
+        const bool answered = AnswerRequest(host->wParam, host->lParam, host);
+        emit panelSpoke(QStringLiteral("request %1%2: %3").arg(host->wParam).arg(answered ? QString() : QStringLiteral(" (not answered)"), m_lastStatus));
     } else if (host->message == MARROWFIN_GALLERY_HOST_NOTICE) {
         AnswerNotice(host->lParam);
+        emit panelSpoke(QStringLiteral("notice %1: %2").arg(host->lParam).arg(m_lastStatus));
     }
     return true;
 }
@@ -206,6 +208,7 @@ bool HostWindow::AnswerRequest(uintptr_t code, intptr_t lParam, MarrowfinHostEve
     case MARROWFIN_REQUEST_TOKEN: {
         auto* token = reinterpret_cast<std::u16string*>(lParam);
         if (token && m_userId > 1) *token = U16(TokenForUser(m_userId));
+        ShowStatus(m_userId > 1 ? QStringLiteral("Token of user %1 handed over").arg(m_userId) : QStringLiteral("No user, no token"));
         return true;
     }
     case MARROWFIN_REQUEST_INSERT:
@@ -240,11 +243,13 @@ bool HostWindow::AnswerRequest(uintptr_t code, intptr_t lParam, MarrowfinHostEve
     case MARROWFIN_REQUEST_CHANNEL: {
         auto* channel = reinterpret_cast<std::u16string*>(lParam);
         if (channel) *channel = U16(m_channel);
+        ShowStatus(QStringLiteral("Channel \"%1\" handed over").arg(m_channel));
         return true;
     }
     case MARROWFIN_REQUEST_GALLERY_NAME: {
         auto* name = reinterpret_cast<std::u16string*>(lParam);
         m_galleryAsked = name ? QString::fromStdU16String(*name) : QString();
+        ShowStatus(QStringLiteral("The gallery concerned is %1").arg(m_galleryAsked));
         return true;
     }
     default:

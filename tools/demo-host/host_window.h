@@ -47,6 +47,10 @@ public:
 
     void ShowStatus(const QString& text);
 
+signals:
+    // One line per request or notice of the panel and how it was answered.
+    void panelSpoke(const QString& line);
+
 protected:
     bool event(QEvent* event) override;
     void closeEvent(QCloseEvent* event) override;

@@ -127,6 +127,8 @@ TEST_F(HostWindowTest, SignInThenTokenFollowTheUserTheDialogGave) {
 }
 
 TEST_F(HostWindowTest, AnswersChannelPermissionAndGalleryName) {
+    QStringList spoken;
+    QObject::connect(window.get(), &HostWindow::panelSpoke, [&spoken](const QString& line) { spoken << line; });
     std::u16string channel = u"stale";
     Request(MARROWFIN_REQUEST_CHANNEL, &channel);
     EXPECT_EQ(channel, u"demo");
@@ -146,6 +148,11 @@ TEST_F(HostWindowTest, AnswersChannelPermissionAndGalleryName) {
     Request(42, nullptr);
     EXPECT_TRUE(window->lastStatus().contains(QStringLiteral("42")));
     EXPECT_EQ(window->requestsSeen(MARROWFIN_REQUEST_CHANNEL), 2);
+    // Each request is told once, with how it was answered.
+    ASSERT_EQ(spoken.size(), 7);
+    EXPECT_EQ(spoken[0], QStringLiteral("request 7: Channel \"demo\" handed over"));
+    EXPECT_EQ(spoken[1], QStringLiteral("request 8: The gallery concerned is 精品图库A"));
+    EXPECT_TRUE(spoken[6].startsWith(QStringLiteral("request 42 (not answered): ")));
 }
 
 TEST_F(HostWindowTest, AnInsertedBlockWaitsForAClickAndIsPlacedOnTheGrid) {
