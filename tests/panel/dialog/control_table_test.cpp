@@ -75,6 +75,7 @@ void CheckTable(float rate) {
     EXPECT_TRUE(panel.windowFlags() & Qt::FramelessWindowHint);
     EXPECT_TRUE(panel.windowFlags() & Qt::WindowStaysOnTopHint);
     EXPECT_TRUE(panel.isWindow());
+    EXPECT_FALSE(panel.windowIcon().isNull());
 
     // Skin buttons in creation order (subclass tabs apart).
     std::vector<int> order;

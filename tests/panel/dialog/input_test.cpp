@@ -6,6 +6,8 @@
 #include <QApplication>
 #include <QLineEdit>
 #include <QMouseEvent>
+#include <QPaintEvent>
+#include <QRegion>
 
 #include "panel/dialog/panel_timers.h"
 #include "request_counters.h"
@@ -230,4 +232,65 @@ TEST(PanelInput, ClickRegionsOfTheBackground) {
     ClickPanel(panel, QPoint(ScaleUnits(13), ScaleUnits(41)));
     EXPECT_TRUE(panel.m_searchEdit->hasFocus());
     EXPECT_EQ(panel.m_page, PageSearch);
+}
+
+TEST(PanelInput, DownloadPictureActsOnlyWhileItsButtonShows) {
+    PanelWorld world;
+    CBrindleDlg& panel = world.panel();
+    ShowActive(panel);
+    Pump(1000);  // the class list is built and its first row switched to
+    ASSERT_GE(panel.m_classList->GetItemCount(), 3);
+    panel.m_classIndex = 2;  // the sample's gallery
+    auto fetches = [&] { return world.service().counters().get("/gallery/g_all").count; };
+    const long before = fetches();
+    const QPoint picture(ScaleUnits(340), ScaleUnits(200));
+
+    panel.Button(2151)->hide();
+    ClickPanel(panel, picture);
+    EXPECT_EQ(fetches(), before);
+
+    panel.Button(2151)->show();
+    ClickPanel(panel, QPoint(ScaleUnits(332), ScaleUnits(200)));  // just left of the picture
+    ClickPanel(panel, QPoint(ScaleUnits(340), ScaleUnits(259)));  // just below it
+    EXPECT_EQ(fetches(), before);
+    ClickPanel(panel, picture);
+    EXPECT_EQ(fetches(), before + 1);
+
+    // On a search page the picture is no region at all.
+    panel.GoToPage(PageSearch);
+    panel.Button(2151)->show();
+    ClickPanel(panel, picture);
+    EXPECT_EQ(fetches(), before + 1);
+}
+
+TEST(PanelInput, EditFocusRepaintsTheSearchBoxOnSearchPagesOnly) {
+    PanelWorld world;
+    CBrindleDlg& panel = world.panel();
+    ShowActive(panel);
+
+    struct PaintSpy : QObject {
+        QRegion painted;
+        bool eventFilter(QObject*, QEvent* event) override {
+            if (event->type() == QEvent::Paint) painted += static_cast<QPaintEvent*>(event)->region();
+            return false;
+        }
+    } spy;
+    const QRect box = ScaleRect(11, 39, 689, 65);
+    auto focusRound = [&] {
+        Pump(50);
+        spy.painted = QRegion();
+        panel.installEventFilter(&spy);
+        panel.m_searchEdit->setFocus();
+        Pump(50);
+        panel.setFocus();
+        Pump(50);
+        panel.removeEventFilter(&spy);
+        return spy.painted;
+    };
+
+    panel.m_searchEdit->show();
+    EXPECT_FALSE(focusRound().intersects(QRect(box.left(), box.top(), 20, box.height())));
+    panel.GoToPage(PageSearch);
+    ASSERT_EQ(panel.m_page, PageSearch);
+    EXPECT_TRUE(focusRound().contains(box));
 }
