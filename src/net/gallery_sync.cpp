@@ -109,6 +109,10 @@ void NoteClassVersion(GalleryStore& store, const GalleryNode& gallery, int32_t v
 // with the fewest strings possible, the file name moving into the node's name.
 void ReadBlocks(MarkupDocument& doc, std::u16string_view tag, GalleryNode* cls, bool boutique) {
     static const std::u16string kFileKind(kKindFile);
+    // Room for every child element at once rather than growing by doubling.
+    size_t children = 0;
+    for (uint32_t e = doc.Record(doc.MainCursor()).firstChild; e != 0; e = doc.Record(e).nextSibling) ++children;
+    cls->fileChildren.reserve(cls->fileChildren.size() + children);
     doc.EnterElement();
     while (doc.FindElement(tag)) {
         std::u16string fn = doc.GetAttribute(u"fn");

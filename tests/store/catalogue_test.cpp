@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <cstdint>
+
 #include "store/catalogue.h"
 #include "store/seal.h"
 #include "store_fixture.h"
@@ -195,6 +197,68 @@ TEST_F(Catalogue, SkipsIncompleteElements) {
     // Without a root node the reader does nothing.
     GalleryStore bare;
     EXPECT_FALSE(ReadCatalogue(bare, u"G"));
+}
+
+// The file is the UTF-8 of one composed text. Values with every kind of
+// UTF-16 unit (ASCII, two- and three-byte letters, surrogate pairs and lone
+// surrogates at the edges of a value) must come out as that conversion gives
+// them, whatever way the bytes are put together.
+TEST_F(Catalogue, BytesAreTheUtf8OfTheWholeText) {
+    const std::u16string pair = u"\U0001F4D0";         // a pair: four bytes
+    const std::u16string loneHigh(1, char16_t(0xD83D));  // becomes EF BF BD
+    const std::u16string loneLow(1, char16_t(0xDC00));
+    GalleryNode* g = AddGallery(u"图库é" + pair, true);
+    GalleryNode* a = AddClass(g, u"门窗" + loneHigh, INT32_MIN, u"http://h/" + pair + u"/é");
+    AddBlock(a, loneLow + u"a.dwg", INT32_MAX, true);
+    AddBlock(a, u"x" + loneHigh, -1, false);
+    AddBlock(a, pair + pair + u".dwg", 0, false);
+    a->fileChildren.push_back(nullptr);  // a slot a rebuild left empty
+    AddBlock(a, u"ü" + loneHigh + loneLow + u"ß", 7, false);
+    GalleryNode* stale = AddClass(g, loneLow + u"旧", 5, u"");
+    AddBlock(stale, u"gone.dwg", 1, false);
+    store.staleClasses[stale->path] = 6;
+    AddClass(g, u"", 0, u"");
+    // Many blocks of one class, to pass any first guess of the file's size.
+    GalleryNode* big = AddClass(g, u"大", 2, u"http://h/大");
+    for (int i = 0; i < 2000; ++i) AddBlock(big, u"块" + W(std::to_string(i)) + pair + u".dwg", i * 1000, i % 3 == 0);
+
+    std::u16string text = u"\uFEFF<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r<root re=\"" +
+                          W(MakeSeal(g->name, true)) + u"\">\r";
+    for (const GalleryNode* c : g->dirChildren) {
+        text += u"<sub n=\"" + c->name + u"\" ver=\"" + W(std::to_string(c->version)) + u"\" u_b=\"" + c->remoteBase +
+                u"\" >";
+        if (!store.staleClasses.count(c->path))
+            for (const GalleryNode* b : c->fileChildren)
+                if (b)
+                    text += u"<itm fn=\"" + b->name + u"\" sz=\"" + W(std::to_string(b->size)) + u"\" hi=\"" +
+                            (b->hidden ? u"1" : u"0") + u"\" />";
+        text += u"</sub>";
+    }
+    text += u"</root>\r";
+    const std::string expected = U8(text);
+    ASSERT_NE(expected.find("\xEF\xBF\xBD"), std::string::npos);  // the lone units were in there
+    EXPECT_EQ(ComposeCatalogue(store, *g), expected);
+
+    WriteCatalogue(store, g->name);
+    EXPECT_EQ(ReadBytes(U8(FileOf(g->name))), expected);
+    EXPECT_EQ(ReadBytes(U8(FileOf(g->name))).find("gone.dwg"), std::string::npos);
+
+    // What the reader gets back: the big class whole and in order, the
+    // surrogate pairs intact.
+    const std::u16string name = g->name;
+    GalleryNode* fresh = Reset(name, true);
+    ASSERT_TRUE(ReadCatalogue(store, name));
+    ASSERT_EQ(fresh->dirChildren.size(), 3u);  // the nameless class is skipped on reading
+    const GalleryNode* readBig = fresh->dirChildren[2];
+    ASSERT_EQ(readBig->fileChildren.size(), 2000u);
+    EXPECT_EQ(readBig->fileChildren[1999]->name, u"块1999" + pair + u".dwg");
+    EXPECT_EQ(readBig->fileChildren[1999]->path, rootPath + u"/" + name + u"/大/块1999" + pair + u".dwg");
+    EXPECT_EQ(readBig->fileChildren[1999]->size, 1999000);
+    EXPECT_TRUE(readBig->fileChildren[1998]->hidden);
+    EXPECT_EQ(readBig->fileChildren[3]->remoteBase, u"http://h/大/块3" + pair + u".dwg");
+    EXPECT_EQ(fresh->dirChildren[0]->version, INT32_MIN);
+    EXPECT_EQ(fresh->dirChildren[0]->fileChildren[0]->size, INT32_MAX);
+    EXPECT_EQ(fresh->dirChildren[0]->fileChildren.size(), 4u);
 }
 
 }  // namespace
