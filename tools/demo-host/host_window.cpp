@@ -50,6 +50,9 @@ HostWindow::HostWindow(const GalleryExports& exports, QStringList galleries, QWi
         const PlacedBlock& b = m_sheet->blocks()[static_cast<size_t>(index)];
         QString line = b.name;
         if (!b.mode.isEmpty()) line += QStringLiteral("  [%1]").arg(b.mode);
+        // A host may treat blocks of boutique galleries differently; the
+        // demo only marks them.
+        if (m_exports.IsBlkBoutique(U16(b.path).c_str())) line += QStringLiteral("  ★");
         auto* item = new QListWidgetItem(line, m_inserted);
         item->setToolTip(b.path);
         if (!b.preview.isNull()) item->setIcon(QIcon(QPixmap::fromImage(b.preview.scaled(48, 32, Qt::KeepAspectRatio, Qt::SmoothTransformation))));
@@ -108,6 +111,30 @@ void HostWindow::BuildPanelMenu() {
         a->setObjectName(QStringLiteral("control%1").arg(code));
         connect(a, &QAction::triggered, this, [this, code] { SendControl(static_cast<uintptr_t>(code)); });
     }
+    m_panelMenu->addSeparator();
+    QAction* reset = m_panelMenu->addAction(QStringLiteral("Open a class without showing…"));
+    reset->setObjectName(QStringLiteral("resetClass"));
+    connect(reset, &QAction::triggered, this, [this] {
+        bool ok = false;
+        const QString text = QInputDialog::getText(this, QStringLiteral("Open a class"), QStringLiteral("Class (我的收藏 for the collections):"),
+                                                   QLineEdit::Normal, m_galleries.isEmpty() ? QStringLiteral("我的收藏") : m_galleries.first(), &ok);
+        if (!ok) return;
+        m_exports.ResetClass(U16(text).c_str());
+        ShowStatus(QStringLiteral("Class %1 set").arg(text));
+    });
+    QAction* pick = m_panelMenu->addAction(QStringLiteral("Pick galleries…"));
+    pick->setObjectName(QStringLiteral("pickGalleries"));
+    connect(pick, &QAction::triggered, this, [this] { m_exports.ShowBoutiqueGallery(); });
+    QAction* more = m_panelMenu->addAction(QStringLiteral("Add a gallery…"));
+    more->setObjectName(QStringLiteral("addGallery"));
+    connect(more, &QAction::triggered, this, [this] {
+        bool ok = false;
+        const QString name = QInputDialog::getText(this, QStringLiteral("Add a gallery"), QStringLiteral("Gallery name:"),
+                                                   QLineEdit::Normal, QString(), &ok);
+        if (!ok || name.trimmed().isEmpty()) return;
+        m_exports.AddMoreGallery(U16(name.trimmed()).c_str());
+        ShowStatus(QStringLiteral("Gallery %1 added; the panel shows it at its next rebuild").arg(name.trimmed()));
+    });
     m_panelMenu->addSeparator();
     const char* copies[] = {"Collections location…", "Location…", "Mode…", "Search…", "Token…", "User and token…"};
     for (int code = 411; code <= 416; ++code) {

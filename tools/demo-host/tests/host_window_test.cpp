@@ -157,6 +157,7 @@ TEST_F(HostWindowTest, AnswersChannelPermissionAndGalleryName) {
 
 TEST_F(HostWindowTest, AnInsertedBlockWaitsForAClickAndIsPlacedOnTheGrid) {
     DrawingSheet* sheet = window->sheet();
+    Record().boutiqueSuffix = QStringLiteral("png_ac1027.dwg");
     PostInsert(MARROWFIN_REQUEST_INSERT_YL, Dwg("bmp8_ac1015.dwg"));
     ASSERT_TRUE(sheet->HasPending());
     EXPECT_TRUE(sheet->blocks().empty());
@@ -196,6 +197,12 @@ TEST_F(HostWindowTest, AnInsertedBlockWaitsForAClickAndIsPlacedOnTheGrid) {
     EXPECT_TRUE(sheet->blocks()[1].preview.isNull());
     EXPECT_TRUE(sheet->blocks()[1].mode.isEmpty());
     EXPECT_EQ(window->insertedList()->item(1)->text(), QStringLiteral("no_preview_ac1009"));
+    // A boutique block is marked in the list (asked by its path when placed).
+    PostInsert(MARROWFIN_REQUEST_INSERT_PMMC, Dwg("png_ac1027.dwg"));
+    QTest::mouseClick(sheet, Qt::LeftButton, Qt::NoModifier, QPoint(500, 300));
+    ASSERT_EQ(window->insertedList()->count(), 3);
+    EXPECT_EQ(window->insertedList()->item(2)->text(), QStringLiteral("png_ac1027  [PMMC]  ★"));
+    EXPECT_FALSE(sheet->blocks()[2].preview.isNull());
 
     // An insertion without a path is told, not placed.
     QCoreApplication::postEvent(window.get(), new MarrowfinHostEvent(MARROWFIN_GALLERY_HOST_REQUEST, MARROWFIN_REQUEST_INSERT, 0));
@@ -284,6 +291,29 @@ TEST_F(HostWindowTest, ToolbarAndMenuDriveTheExports) {
                                            "copy(55,414,门)", "copy(55,415,demo-token-10001)",
                                            "copy(55,416,10001&^&demo-token-10001)"}));
     EXPECT_TRUE(window->lastStatus().contains(QStringLiteral("answer 0")));
+
+    // The other exports a host has: a class without showing, the picker, a gallery more.
+    Record().calls.clear();
+    WhenModal([](QWidget* w) {
+        auto* d = qobject_cast<QInputDialog*>(w);
+        ASSERT_NE(d, nullptr);
+        EXPECT_EQ(d->textValue(), QStringLiteral("建筑门窗"));
+        d->setTextValue(QStringLiteral("我的收藏"));
+        d->accept();
+    });
+    window->action(QStringLiteral("resetClass"))->trigger();
+    window->action(QStringLiteral("pickGalleries"))->trigger();
+    WhenModal([](QWidget* w) {
+        static_cast<QInputDialog*>(w)->setTextValue(QStringLiteral("  "));  // blank: nothing to add
+        static_cast<QDialog*>(w)->accept();
+    });
+    window->action(QStringLiteral("addGallery"))->trigger();
+    WhenModal([](QWidget* w) {
+        static_cast<QInputDialog*>(w)->setTextValue(QStringLiteral(" 照明灯具 "));
+        static_cast<QDialog*>(w)->accept();
+    });
+    window->action(QStringLiteral("addGallery"))->trigger();
+    EXPECT_EQ(Record().calls, (QStringList{"ResetClass(我的收藏)", "ShowBoutiqueGallery", "AddMoreGallery(照明灯具)"}));
 
     // Closing the host saves the gallery's lists.
     Record().calls.clear();

@@ -32,7 +32,10 @@ GalleryExports RecordedExports() {
     e.IsDLLHwnd = [](uint64_t) { return 0; };
     e.SearchBrindleRes = [](const char16_t* t, const char16_t* m) { Add(QStringLiteral("Search(%1|%2)").arg(Text(t), Text(m))); };
     e.ResetClass = [](const char16_t* t) { Add(QStringLiteral("ResetClass(%1)").arg(Text(t))); };
-    e.IsBlkBoutique = [](const char16_t*) -> uint8_t { return 0; };
+    e.IsBlkBoutique = [](const char16_t* path) -> uint8_t {
+        const QString& suffix = Record().boutiqueSuffix;
+        return !suffix.isEmpty() && Text(path).endsWith(suffix) ? 1 : 0;
+    };
     e.ShowBoutiqueGallery = [] { Add(QStringLiteral("ShowBoutiqueGallery")); };
     e.AddMoreGallery = [](const char16_t* n) { Add(QStringLiteral("AddMoreGallery(%1)").arg(Text(n))); };
     e.MarrowfinWindowOf = [](void*) -> uint64_t { return 99; };

@@ -15,6 +15,7 @@ struct Recorded {
     uint64_t panel = 0;         // what GetGallery answers
     int preTranslateAnswer = 0; // what GaDllPretanslateMsg answers
     int preTranslateCalls = 0;
+    QString boutiqueSuffix;     // IsBlkBoutique answers 1 for paths ending so
     MarrowfinMsg lastMessage{nullptr, nullptr};
 };
 
