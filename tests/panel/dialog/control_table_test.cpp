@@ -5,6 +5,8 @@
 
 #include <QLineEdit>
 #include <QCoreApplication>
+#include <QGuiApplication>
+#include <QScreen>
 #include <QMouseEvent>
 
 #include "panel/lists/class_list_ctrl.h"
@@ -76,6 +78,10 @@ void CheckTable(float rate) {
     EXPECT_TRUE(panel.windowFlags() & Qt::WindowStaysOnTopHint);
     EXPECT_TRUE(panel.isWindow());
     EXPECT_FALSE(panel.windowIcon().isNull());
+    // Centred on the desktop.
+    const QRect desk = QGuiApplication::primaryScreen()->availableGeometry();
+    EXPECT_LE(std::abs(panel.x() + panel.width() / 2 - desk.center().x()), 1);
+    EXPECT_LE(std::abs(panel.y() + panel.height() / 2 - desk.center().y()), 1);
 
     // Skin buttons in creation order (subclass tabs apart).
     std::vector<int> order;

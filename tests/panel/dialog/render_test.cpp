@@ -8,7 +8,9 @@
 #include <QImage>
 
 #include "panel_world.h"
+#include "platform/window_messages.h"
 #include "skin/skin_button.h"
+#include "skin/skin_messages.h"
 
 using namespace marrowfin;
 using namespace marrowfin::test;
@@ -24,6 +26,13 @@ QString RenderFolder() {
 bool Near(QColor a, QColor b, int tolerance = 8) {
     return std::abs(a.red() - b.red()) <= tolerance && std::abs(a.green() - b.green()) <= tolerance &&
            std::abs(a.blue() - b.blue()) <= tolerance;
+}
+
+bool DrawnOver(const QImage& image, const QRect& area, QColor background) {
+    for (int y = area.top(); y <= area.bottom(); ++y)
+        for (int x = area.left(); x <= area.right(); ++x)
+            if (!Near(image.pixelColor(x, y), background, 20)) return true;
+    return false;
 }
 
 void RenderStartPage(float rate, const char* name) {
@@ -43,14 +52,29 @@ void RenderStartPage(float rate, const char* name) {
     EXPECT_TRUE(Near(image.pixelColor(image.width() / 3, 5), QColor(0xF2, 0xF3, 0xF5)));
     // The close button is drawn at its place in the title band (not the band colour all over).
     const QRect close = panel.Button(1000)->geometry();
-    bool drawn = false;
-    for (int y = close.top(); y <= close.bottom() && !drawn; ++y)
-        for (int x = close.left(); x <= close.right() && !drawn; ++x)
-            drawn = !Near(image.pixelColor(x, y), QColor(0xF2, 0xF3, 0xF5), 20);
-    EXPECT_TRUE(drawn);
+    EXPECT_TRUE(DrawnOver(image, close, QColor(0xF2, 0xF3, 0xF5)));
 }
 
 }  // namespace
+
+TEST(PanelRender, SyncPromptOfTheCollections) {
+    PanelWorld world;
+    CBrindleDlg& panel = world.panel();
+    panel.ShowPanel();
+    Pump(1000);
+    panel.m_classIndex = 1;
+    panel.m_itemCount = 0;
+    SendWindowMessage(panel.Handle(), MsgPanelEvent, 5, 0);
+    Pump(100);
+    const QImage image = panel.grab().toImage().convertToFormat(QImage::Format_RGB32);
+    ASSERT_TRUE(image.save(RenderFolder() + QStringLiteral("/panel_sync_prompt_1.0.png"), "PNG"));
+    for (int id : {2155, 2156}) {
+        ASSERT_TRUE(panel.Button(id)->isVisible()) << id;
+        EXPECT_TRUE(DrawnOver(image, panel.Button(id)->geometry(), Qt::white)) << id;
+    }
+    EXPECT_FALSE(panel.Button(2157)->isVisible());
+    EXPECT_FALSE(panel.Button(2150)->isVisible());
+}
 
 TEST(PanelRender, StartPageAtRateOne) { RenderStartPage(1.0f, "panel_start_1.0.png"); }
 
