@@ -155,7 +155,19 @@ void DemoTour::BuildSteps() {
                            m_exports.show();
                            return true;
                        },
-                       [this] { return PanelVisible(); }, settle, QStringLiteral("panel")});
+                       [this] { return PanelVisible(); }, settle, QStringLiteral("panel"), false,
+                       [this](QString& why) {
+                           // The host tells the gallery's windows from its own by asking.
+                           if (!m_exports.IsDLLHwnd(m_exports.GetGallery())) {
+                               why = QStringLiteral("IsDLLHwnd does not know the panel's own handle");
+                               return false;
+                           }
+                           if (m_exports.IsDLLHwnd(m_exports.MarrowfinWindowOf(m_host.data()))) {
+                               why = QStringLiteral("IsDLLHwnd takes the host window for the gallery's");
+                               return false;
+                           }
+                           return true;
+                       }});
 
     m_steps.push_back({QStringLiteral("open-gallery"), [this, panel](QString& why) {
                            if (!m_galleries.isEmpty()) {
@@ -371,6 +383,10 @@ void DemoTour::Poll() {
         {
             bool ok = true;
             QString why;
+            if (step.check && !step.check(why)) {
+                EndStep(false, why);
+                return;
+            }
             if (step.shotHost) {
                 ok = Shoot(step.name == QLatin1String("start") ? QStringLiteral("host") : step.name, DesktopImage());
             } else if (!step.shot.isEmpty()) {

@@ -59,6 +59,7 @@ private:
         int settleMs = 0;                        // quiet time after `done` holds
         QString shot;                            // screenshot of the panel; empty: none
         bool shotHost = false;                   // screenshot of the whole host instead
+        std::function<bool(QString& why)> check = nullptr;  // after settling, before the shot
     };
 
     void BuildSteps();
