@@ -143,7 +143,8 @@ TEST(ClassSwitch, ButtonsAndThumbnailListFollowTheNumberOfSubclasses) {
         bool secondRow;
     };
     const Case cases[] = {
-        {u"零", 0, 0, 0, false},      {u"九", 9, 0, 9, false},      {u"九常", 9, 2, 10, true},
+        {u"零", 0, 0, 0, false},      {u"零常", 0, 2, 0, false},    {u"九", 9, 0, 9, false},
+        {u"九常", 9, 2, 10, true},
         {u"十", 10, 0, 10, true},     {u"十八", 18, 0, 18, true},   {u"十八常", 18, 2, 18, true},
         {u"十九", 19, 0, 18, true},   {u"十九常", 19, 1, 18, true},
     };

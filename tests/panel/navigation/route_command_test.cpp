@@ -81,6 +81,7 @@ TEST(Routes, OpenClassesWithAndWithoutTheCollectionPrefix) {
     EXPECT_EQ(p.m_page, PageBrowse);
     EXPECT_EQ(p.m_curClassPath, g1->dirChildren[0]->path);
     EXPECT_FALSE(w.ButtonShown(2100));
+    EXPECT_EQ(p.m_syncStatus, -2);  // leaving the collections clears their status
     EXPECT_EQ(p.m_subclassBtns[0]->geometry().topLeft(), ScaleBox(136, 41, 65, 24).topLeft());
 
     // An empty route rebuilds the list on a browse page only.
