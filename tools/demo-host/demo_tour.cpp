@@ -4,6 +4,7 @@
 #include <QDateTime>
 #include <QDialog>
 #include <QDir>
+#include <QLineEdit>
 #include <QListWidget>
 #include <QPainter>
 #include <QSet>
@@ -284,6 +285,37 @@ void DemoTour::BuildSteps() {
                            return true;
                        },
                        [this] { return PanelVisible(); }, netSettle, QStringLiteral("search")});
+
+    // Typing into the panel's search box goes through the host's input
+    // filter: letters reach the box, Enter and Escape are the panel's (the
+    // filter swallows them, so the box never sees Enter and the panel stays).
+    m_steps.push_back({QStringLiteral("type-search"), [this, panel](QString& why) {
+                           QLineEdit* edit = panel() ? panel()->findChild<QLineEdit*>(QStringLiteral("searchEdit")) : nullptr;
+                           if (!edit || !edit->isVisible()) {
+                               why = QStringLiteral("no visible search box in the panel");
+                               return false;
+                           }
+                           int returns = 0;
+                           auto counter = connect(edit, &QLineEdit::returnPressed, this, [&returns] { ++returns; });
+                           ClickAt(edit, QPoint(edit->width() / 2, edit->height() / 2));
+                           edit->clear();
+                           // keyClicks takes ASCII only; a Chinese letter goes as text.
+                           QTest::sendKeyEvent(QTest::Click, edit, Qt::Key_unknown, QStringLiteral("窗"), Qt::NoModifier);
+                           QTest::keyClick(edit, Qt::Key_Return);
+                           QTest::keyClick(edit, Qt::Key_Escape);
+                           disconnect(counter);
+                           Log(QStringLiteral("typed into the search box: \"%1\", Enter reached the box %2 times").arg(edit->text()).arg(returns));
+                           if (returns != 0) {
+                               why = QStringLiteral("Enter went past the panel to the search box");
+                               return false;
+                           }
+                           if (!edit->text().contains(QStringLiteral("窗"))) {
+                               why = QStringLiteral("the typed text did not reach the search box");
+                               return false;
+                           }
+                           return true;
+                       },
+                       [this] { return PanelVisible(); }, netSettle, QStringLiteral("search-typed")});
 
     m_steps.push_back({QStringLiteral("host-window"), [](QString&) { return true; }, nullptr, 100, QString(), true});
 
