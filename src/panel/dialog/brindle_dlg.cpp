@@ -8,6 +8,7 @@
 #include "net/download_queue.h"
 #include "net/gallery_sync.h"
 #include "net/http_stack.h"
+#include "panel/dialog/download_progress.h"
 #include "panel/dialog/host_requests.h"
 #include "panel/dialog/panel_timers.h"
 #include "panel/dialog/start_up.h"
@@ -80,10 +81,12 @@ std::intptr_t CBrindleDlg::OnMessage(uint32_t message, std::uintptr_t wParam, st
             // A null record goes to the default handling, which answers 0.
             if (lParam == 0) return 0;
             return OnCopyData(reinterpret_cast<const CopyDataStruct*>(lParam));
-        case MsgFileReady:
         case MsgProgress:
-            // The thumbnail list and the result rows take these when they join;
-            // until then the path of a finished file is freed here.
+            (void)ShowDownloadProgress(*this, wParam, lParam);
+            return 0;
+        case MsgFileReady:
+            // The thumbnail list takes this when it joins; until then the path
+            // of a finished file is freed here.
             return 0;
         default:
             return 0;

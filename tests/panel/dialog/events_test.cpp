@@ -214,3 +214,63 @@ TEST(PanelEvents, OwnWindowsAreThePanelAndItsThreeLists) {
     EXPECT_FALSE(panel.IsOwnWindow(HandleOf(&world.host())));
     EXPECT_FALSE(panel.IsOwnWindow(0x7fffffff));
 }
+
+TEST(PanelEvents, ProgressMovesTheRowPercentOnlyInStepsAboveOne) {
+    PanelWorld world;
+    CBrindleDlg& panel = world.panel();
+    const WindowHandle self = panel.Handle();
+    panel.ShowPanel();
+    panel.m_searchList->show();
+
+    BlockRow row;
+    row.name = QStringLiteral("阀门.dwg");
+    row.klass = QStringLiteral("管道");
+    row.url = QStringLiteral("http://127.0.0.1/b/1");
+    row.path = QStringLiteral("/tmp/阀门.dwg");
+    row.size = 1000;
+    row.prefetch = false;
+    row.state = RowDownloading;
+    BlockRow other = row;
+    other.name = QStringLiteral("other.dwg");
+    panel.m_rows = {other, row};
+    panel.m_activeDownloads[0x1234] = row;
+    const std::uintptr_t id = std::uintptr_t{0x1234} << 16;
+    auto percent = [&] { return panel.m_rows[1].percent; };
+
+    SendWindowMessage(self, MsgProgress, id, 20);  // 2 % shows 8 %
+    EXPECT_EQ(percent(), 8);
+    SendWindowMessage(self, MsgProgress, id, 99);  // 9 %: one more, not drawn
+    EXPECT_EQ(percent(), 8);
+    SendWindowMessage(self, MsgProgress, id, 100);  // 10 %
+    EXPECT_EQ(percent(), 10);
+    SendWindowMessage(self, MsgProgress, id, 1000);
+    EXPECT_EQ(percent(), 100);
+    EXPECT_EQ(panel.m_rows[0].percent, 5);  // the other row is untouched
+
+    // No display: an unknown id, a foreign low word, a row gone from the list,
+    // a background fetch, a hidden list, a row without a size.
+    panel.m_rows[1].percent = 20;
+    SendWindowMessage(self, MsgProgress, std::uintptr_t{0x1235} << 16, 900);
+    SendWindowMessage(self, MsgProgress, 0x1234, 900);
+    EXPECT_EQ(percent(), 20);
+    panel.m_rows[1].prefetch = true;
+    SendWindowMessage(self, MsgProgress, id, 900);
+    EXPECT_EQ(percent(), 20);
+    panel.m_rows[1].prefetch = false;
+    panel.m_searchList->hide();
+    SendWindowMessage(self, MsgProgress, id, 900);
+    EXPECT_EQ(percent(), 20);
+    panel.m_searchList->show();
+    panel.m_rows[1].size = 0;
+    SendWindowMessage(self, MsgProgress, id, 900);
+    EXPECT_EQ(percent(), 20);
+    panel.m_rows[1].size = 1000;
+    panel.m_rows[1].path = QStringLiteral("/tmp/elsewhere.dwg");
+    SendWindowMessage(self, MsgProgress, id, 900);
+    EXPECT_EQ(percent(), 20);
+    panel.m_rows[1].path = row.path;
+    // Posted, as the HTTP clients do, it arrives the same way.
+    PostWindowMessage(self, MsgProgress, id, 900);
+    Pump();
+    EXPECT_EQ(percent(), 90);
+}
