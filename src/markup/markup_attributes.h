@@ -56,7 +56,7 @@ inline bool NextAttribute(const char16_t* t, size_t& p, size_t end, AttributeSpa
         if (q < end && (t[q] == u'"' || t[q] == u'\'')) {
             const char16_t quote = t[q];
             a.valueBegin = ++q;
-            while (q < end && t[q] != quote) ++q;
+            q = FindUnitBefore(t, q, end, quote);
             a.valueEnd = q;
             if (q < end) ++q;
         } else {

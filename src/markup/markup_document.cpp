@@ -3,10 +3,6 @@
 #include <algorithm>
 #include <cstring>
 
-#if defined(__SSE2__)
-#include <emmintrin.h>
-#endif
-
 #include "markup/markup_attributes.h"
 #include "markup/markup_records.h"
 #include "markup/markup_text.h"
@@ -54,21 +50,6 @@ std::u16string WithoutNul(std::u16string_view text) {
     std::u16string out(text);
     out.erase(std::remove(out.begin(), out.end(), u'\0'), out.end());
     return out;
-}
-
-// The first '<' from `pos` on, or `length` (the NUL) when there is none; no
-// unit before `length` is a NUL. Eight units at a time where SSE2 is there.
-inline size_t FindMarkupOpen(const char16_t* t, size_t pos, size_t length) {
-#if defined(__SSE2__)
-    const __m128i lt = _mm_set1_epi16(u'<');
-    for (; pos + 8 <= length; pos += 8) {
-        const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(t + pos));
-        const int hits = _mm_movemask_epi8(_mm_cmpeq_epi16(v, lt));
-        if (hits != 0) return pos + static_cast<size_t>(__builtin_ctz(static_cast<unsigned>(hits))) / 2;
-    }
-#endif
-    while (t[pos] != u'<' && t[pos] != 0) ++pos;
-    return pos;
 }
 
 // One entry of the stack of open tags: the element and the length of its name,
@@ -223,7 +204,7 @@ bool MarkupDocument::Parse() {
     for (;;) {
         // Text and white space leave the index alone: skip to the next '<'
         // here rather than reading them as nodes.
-        if (t[pos] != u'<' && t[pos] != 0) pos = FindMarkupOpen(t, pos + 1, m_length);
+        if (t[pos] != u'<' && t[pos] != 0) pos = FindUnitBefore(t, pos + 1, m_length, u'<');
         tokenizer.Read(pos, node);
         if (node.kind == NodeStartTag) {
             const uint32_t index = NewRecord();

@@ -33,11 +33,9 @@ inline bool Is(char16_t c, uint8_t cls) { return c < 128 ? (kClasses.c[c] & cls)
 
 }  // namespace
 
-size_t MarkupTokenizer::FindUnit(size_t from, char16_t c) const {
-    const char16_t* p = m_text + from;
-    while (*p != c && *p != 0) ++p;
-    return static_cast<size_t>(p - m_text);
-}
+// The NUL lies at m_length only, so "up to c or the NUL" is "up to c before
+// m_length"; `from` may lie at m_length but not beyond.
+size_t MarkupTokenizer::FindUnit(size_t from, char16_t c) const { return FindUnitBefore(m_text, from, m_length, c); }
 
 void MarkupTokenizer::Read(size_t offset, MarkupNode& node) {
     node.offset = offset;
@@ -121,8 +119,7 @@ void MarkupTokenizer::ReadStartTag(size_t offset, MarkupNode& node) {
         while (IsMarkupSpace(*p)) ++p;
         const char16_t v = *p;
         if (v == u'"' || v == u'\'') {
-            ++p;
-            while (*p != v && *p != 0) ++p;
+            p = t + FindUnit(static_cast<size_t>(p + 1 - t), v);
             if (*p == 0) return Unterminated(offset, u"start_tag", node);
             ++p;
         } else if (v != u'>' && v != u'=' && v != 0) {

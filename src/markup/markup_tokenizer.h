@@ -5,6 +5,10 @@
 #include <cstdint>
 #include <string>
 
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
 namespace marrowfin {
 
 enum MarkupNodeKind : int {
@@ -30,6 +34,21 @@ struct MarkupNode {
 };
 
 inline bool IsMarkupSpace(char16_t c) { return c == u' ' || c == u'\t' || c == u'\n' || c == u'\r'; }
+
+// The first `c` in t[pos, end), or `end` when there is none: eight units at a
+// time where SSE2 is there, never reading at or past `end`.
+inline size_t FindUnitBefore(const char16_t* t, size_t pos, size_t end, char16_t c) {
+#if defined(__SSE2__)
+    const __m128i needle = _mm_set1_epi16(static_cast<short>(c));
+    for (; pos + 8 <= end; pos += 8) {
+        const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(t + pos));
+        const int hits = _mm_movemask_epi8(_mm_cmpeq_epi16(v, needle));
+        if (hits != 0) return pos + static_cast<size_t>(__builtin_ctz(static_cast<unsigned>(hits))) / 2;
+    }
+#endif
+    while (pos < end && t[pos] != c) ++pos;
+    return pos;
+}
 
 class MarkupTokenizer {
 public:

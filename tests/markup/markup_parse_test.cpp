@@ -400,5 +400,40 @@ TEST(MarkupParse, TextOfEveryLengthAroundTags) {
     EXPECT_EQ(doc.Record(0).firstChild, 0u);
 }
 
+// Quoted values, comments, CDATA sections and declarations are scanned for
+// their end several units at a time: every length must end where it ends,
+// and a text cut inside one must be reported.
+TEST(MarkupParse, ScannedStretchesOfEveryLength) {
+    for (size_t n = 0; n < 20; ++n) {
+        SCOPED_TRACE(n);
+        const std::u16string value(n, u'值');
+        const std::u16string inner(n, u'c');
+        const std::u16string text = u"<!DOCTYPE r [<!ENTITY e \"" + value + u"\">]><r a=\"" + value + u"\" b='" + value +
+                                    u"\"'><!--" + inner + u"--><![CDATA[" + inner + u"]]><?p " + inner + u"?><c/></r>";
+        MarkupDocument doc;
+        ASSERT_TRUE(doc.SetText(text)) << ResultOf(doc);
+        ASSERT_TRUE(doc.FindElement(u"r"));
+        EXPECT_EQ(doc.GetAttribute(u"a"), value);
+        EXPECT_EQ(doc.GetAttribute(u"b"), value + u"\"");
+        EXPECT_EQ(doc.GetElementText(), u"");
+        ASSERT_TRUE(doc.FindChildElement(u"c"));
+        EXPECT_EQ(doc.Record(doc.ChildCursor()).start, text.size() - 8);
+        // Cut inside the value: the start tag is reported unterminated.
+        const size_t cut = text.find(u"<r a=\"") + 6 + n;
+        EXPECT_FALSE(doc.SetText(text.substr(0, cut)));
+        EXPECT_TRUE(HasRecord(doc, "unterminated_tag_syntax type=\"start_tag\"")) << ResultOf(doc);
+        // Cut inside the comment, the CDATA section and the declaration.
+        const size_t comment = text.find(u"<!--") + 4 + n;
+        EXPECT_FALSE(doc.SetText(text.substr(0, comment)));
+        EXPECT_TRUE(HasRecord(doc, "type=\"comment\"")) << ResultOf(doc);
+        const size_t cdata = text.find(u"<![CDATA[") + 9 + n;
+        EXPECT_FALSE(doc.SetText(text.substr(0, cdata)));
+        EXPECT_TRUE(HasRecord(doc, "type=\"cdata_section\"")) << ResultOf(doc);
+        const size_t entity = text.find(u"<!ENTITY e \"") + 12 + n;
+        EXPECT_FALSE(doc.SetText(text.substr(0, entity)));
+        EXPECT_TRUE(HasRecord(doc, "type=\"document_type\"")) << ResultOf(doc);
+    }
+}
+
 }  // namespace
 }  // namespace marrowfin
