@@ -10,6 +10,7 @@
 #include "net/http_stack.h"
 #include "panel/dialog/download_progress.h"
 #include "panel/dialog/host_requests.h"
+#include "panel/dialog/hot_words.h"
 #include "panel/dialog/panel_timers.h"
 #include "panel/dialog/start_up.h"
 #include "panel/paint/panel_painter.h"
@@ -161,7 +162,8 @@ void CBrindleDlg::paintEvent(QPaintEvent* event) {
     state.searchUntouched = m_searchUntouched;
     state.searchState = m_searchState;
     state.rowCount = static_cast<int>(m_rows.size());
-    // Whether a search generation has ended and the default hot word join with the search.
+    state.defaultHotWord = g_defaultHotWord;
+    // Whether the current search generation has ended joins with the search run.
     PaintPanel(painter, size(), state);
 }
 

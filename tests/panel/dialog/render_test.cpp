@@ -7,10 +7,12 @@
 #include <QDir>
 #include <QImage>
 
+#include "panel/dialog/hot_words.h"
 #include "panel_world.h"
 #include "platform/window_messages.h"
 #include "skin/skin_button.h"
 #include "skin/skin_messages.h"
+#include "skin/skin_scale.h"
 
 using namespace marrowfin;
 using namespace marrowfin::test;
@@ -79,3 +81,25 @@ TEST(PanelRender, SyncPromptOfTheCollections) {
 TEST(PanelRender, StartPageAtRateOne) { RenderStartPage(1.0f, "panel_start_1.0.png"); }
 
 TEST(PanelRender, StartPageAtRateOneAndAHalf) { RenderStartPage(1.5f, "panel_start_1.5.png"); }
+
+TEST(PanelRender, SearchPageShowsTheDefaultHotWord) {
+    PanelWorld world;
+    CBrindleDlg& panel = world.panel();
+    panel.ShowPanel();
+    Pump(1000);
+    panel.GoToPage(PageSearch);
+    ASSERT_EQ(panel.m_page, PageSearch);
+    const QString before = g_defaultHotWord;
+    // Right of the edit's caret, left of the search button, inside the box's frame.
+    const QRect word = ScaleRect(52, 40, 630, 64).adjusted(0, 4, 0, -4);
+
+    g_defaultHotWord.clear();
+    const QImage plain = panel.grab().toImage().convertToFormat(QImage::Format_RGB32);
+    g_defaultHotWord = QStringLiteral("法兰阀门");
+    const QImage image = panel.grab().toImage().convertToFormat(QImage::Format_RGB32);
+    g_defaultHotWord = before;
+    ASSERT_TRUE(image.save(RenderFolder() + QStringLiteral("/panel_search_1.0.png"), "PNG"));
+
+    EXPECT_FALSE(DrawnOver(plain, word, Qt::white));
+    EXPECT_TRUE(DrawnOver(image, word, Qt::white));
+}
