@@ -1,7 +1,11 @@
 #include "net/gallery_sync.h"
 
+#include <atomic>
 #include <map>
 #include <mutex>
+#include <optional>
+#include <system_error>
+#include <thread>
 #include <vector>
 
 #include "markup/markup_document.h"
@@ -85,16 +89,93 @@ void FreeClasses(GalleryNode* gallery) {
     gallery->dirChildren.clear();
 }
 
-// The class versions a gallery's catalogue holds; the seal is not checked.
-ClassVersions ReadCatalogueVersions(const GalleryNode& gallery) {
+std::u16string CatalogueFileOf(const GalleryNode& gallery) {
+    std::u16string file = JoinPath(gallery.path, gallery.name);
+    file += u".xdb";
+    return file;
+}
+
+// The class versions a catalogue holds; the seal is not checked. `existed`
+// tells whether there was a file at all.
+ClassVersions ReadCatalogueVersionsAt(const std::u16string& file, bool& existed) {
     ClassVersions versions;
     MarkupDocument doc;
-    const std::u16string file = gallery.path + u"/" + gallery.name + u".xdb";
-    if (!FileExists(file) || !doc.LoadFile(file) || !doc.FindElement(u"root")) return versions;
+    existed = FileExists(file);
+    if (!existed || !doc.LoadFile(file) || !doc.FindElement(u"root")) return versions;
     doc.EnterElement();
     while (doc.FindElement(u"sub")) versions[doc.GetAttribute(u"n")] = ToInt(doc.GetAttribute(u"ver"));
     return versions;
 }
+
+ClassVersions ReadCatalogueVersions(const GalleryNode& gallery) {
+    bool existed = false;
+    return ReadCatalogueVersionsAt(CatalogueFileOf(gallery), existed);
+}
+
+// Reads the old class versions of the listed galleries on a helper thread
+// while the request for all galleries is on the wire: a large library's reply
+// takes a while to come, and its catalogues are about as large. The helper
+// sees copies of the paths only, never the tree.
+class VersionsReadAhead {
+public:
+    explicit VersionsReadAhead(const GalleryNode& root) {
+        for (const GalleryNode* gallery : root.dirChildren)
+            if (gallery) m_entries.push_back(Entry{gallery->path, CatalogueFileOf(*gallery), {}});
+        try {
+            m_worker = std::thread([this] {
+                for (Entry& e : m_entries) {
+                    if (m_stop.load()) return;
+                    e.versions = ReadCatalogueVersionsAt(e.file, e.existed);
+                    e.read = true;
+                }
+            });
+        } catch (const std::system_error&) {
+            // No thread: every gallery is read when its turn comes.
+        }
+    }
+    ~VersionsReadAhead() { Stop(); }
+    VersionsReadAhead(const VersionsReadAhead&) = delete;
+    VersionsReadAhead& operator=(const VersionsReadAhead&) = delete;
+
+    // After an unusable reply the versions are not wanted.
+    void Stop() {
+        m_stop.store(true);
+        Join();
+    }
+    void Join() {
+        if (m_worker.joinable()) m_worker.join();
+    }
+
+    // What a read of the gallery's catalogue would give now, if the read ahead
+    // still stands for it: once per gallery (a second element of the same
+    // gallery comes after its catalogue was rewritten), and not when a file
+    // has turned up since. A file gone since reads as none. Call after Join.
+    bool Take(const GalleryNode& gallery, ClassVersions& out) {
+        for (Entry& e : m_entries) {
+            if (e.path != gallery.path) continue;
+            if (!e.read || e.taken) return false;
+            e.taken = true;
+            const bool exists = FileExists(e.file);
+            if (exists && !e.existed) return false;
+            out = exists ? std::move(e.versions) : ClassVersions{};
+            return true;
+        }
+        return false;
+    }
+
+private:
+    struct Entry {
+        std::u16string path;
+        std::u16string file;
+        ClassVersions versions;
+        bool existed = false;
+        bool read = false;
+        bool taken = false;
+    };
+    std::vector<Entry> m_entries;
+    std::atomic<bool> m_stop{false};
+    std::thread m_worker;
+};
 
 // Raises the gallery's highest version, in memory and in version.ini at once.
 void NoteClassVersion(GalleryStore& store, const GalleryNode& gallery, int32_t version, int32_t& highest) {
@@ -175,6 +256,7 @@ void BuildFirstTree(GalleryStore& store) {
     }
     const int32_t downver = GetOptionInt(u"downver", -1);
     const std::vector<ShowItem> names = ReadShowList(true);
+    std::optional<VersionsReadAhead> ahead;
     if (names.empty()) {
         store.syncBusy.store(0);
         return;
@@ -187,10 +269,15 @@ void BuildFirstTree(GalleryStore& store) {
             GalleryNode* gallery = NewGalleryNode(*store.root, item.name);
             if (!AddChild(store.root, gallery, false)) delete gallery;
         }
+        ahead.emplace(*store.root);
     }
 
     MarkupDocument doc;
     const bool usable = FetchReply(u"/gallery/g_all_s?gallery_name=" + query, doc);
+    if (usable)
+        ahead->Join();
+    else
+        ahead->Stop();
     ExclusiveTree lock(TreeLock());
     if (!usable) {
         for (GalleryNode* gallery : store.root->dirChildren)
@@ -205,7 +292,8 @@ void BuildFirstTree(GalleryStore& store) {
         GalleryNode* gallery = FindGalleryOfRun(store.root, JoinPath(store.root->path, gn));
         if (!gallery || gallery == store.root) continue;
         gallery->boutique = doc.GetAttribute(u"gv") == u"1";
-        ClassVersions old = ReadCatalogueVersions(*gallery);
+        ClassVersions old;
+        if (!ahead->Take(*gallery, old)) old = ReadCatalogueVersions(*gallery);
         if (forceRefresh && !old.empty()) {
             // The one-time forced refresh: every known class looks outdated, in this run only.
             for (auto& [name, version] : old) --version;

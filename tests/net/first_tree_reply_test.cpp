@@ -212,3 +212,51 @@ TEST(FirstTreeReply, ASecondRunOnItsOwnThreadRebuildsInPlace) {
     EXPECT_NE(test::ReadBytes(U8(r + u"/石/石.xdb")).find("<sub n=\"材10\" ver=\"3\""), std::string::npos);
     EXPECT_EQ(service.stack.urls.size(), 2u);
 }
+
+// A reply that names a gallery twice: the second element compares against
+// the catalogue the first one has just written, not the one on disk before
+// the run, whatever was read while the request was on the wire.
+TEST(FirstTreeReply, AGalleryNamedTwiceComparesWithItsNewCatalogue) {
+    TempHome home;
+    ScriptedService service;
+    ASSERT_TRUE(AddGalleryToShowList(u"G"));
+    service.stack.reply =
+        "<root dv=\"0\"><gallery gn=\"G\" gv=\"0\">"
+        "<item cs=\"A\" b_u=\"http://h/a\" ver=\"1\"><dwg fn=\"x.dwg\" size=\"1\" hi=\"0\"/></item>"
+        "<item cs=\"B\" b_u=\"http://h/b\" ver=\"1\"><dwg fn=\"y.dwg\" size=\"1\" hi=\"0\"/></item>"
+        "</gallery></root>";
+    TestStore store;
+    BuildFirstTree(store);
+    ASSERT_NE(store.root, nullptr);
+    const std::u16string g = store.root->path + u"/G";
+    ASSERT_TRUE(FileExists(g + u"/G.xdb"));
+    for (const char16_t* file : {u"/A/x.dwg", u"/B/y.dwg"}) {
+        const std::u16string path = g + file;
+        ASSERT_TRUE(CreateDirectories(path.substr(0, path.find_last_of(u'/'))));
+        ASSERT_TRUE(WriteFileAtomic(path, "dwg"));
+    }
+
+    // First element: A unchanged, the catalogue now holds A only. Second
+    // element: B at 2 is new against that catalogue, so its folder stays.
+    service.stack.reply =
+        "<root dv=\"0\"><gallery gn=\"G\" gv=\"0\">"
+        "<item cs=\"A\" b_u=\"http://h/a\" ver=\"1\"><dwg fn=\"x.dwg\" size=\"1\" hi=\"0\"/></item></gallery>"
+        "<gallery gn=\"G\" gv=\"0\">"
+        "<item cs=\"B\" b_u=\"http://h/b\" ver=\"2\"><dwg fn=\"y.dwg\" size=\"1\" hi=\"0\"/></item></gallery>"
+        "</root>";
+    BuildFirstTree(store);
+    EXPECT_TRUE(FileExists(g + u"/A/x.dwg"));
+    EXPECT_TRUE(FileExists(g + u"/B/y.dwg"));
+    ASSERT_EQ(store.root->dirChildren.size(), 1u);
+    ASSERT_EQ(store.root->dirChildren[0]->dirChildren.size(), 2u);  // both elements' classes
+    EXPECT_NE(test::ReadBytes(U8(g + u"/G.xdb")).find("<sub n=\"B\" ver=\"2\""), std::string::npos);
+
+    // A third run with B risen again against that catalogue does remove it.
+    service.stack.reply =
+        "<root dv=\"0\"><gallery gn=\"G\" gv=\"0\">"
+        "<item cs=\"B\" b_u=\"http://h/b\" ver=\"3\"><dwg fn=\"y.dwg\" size=\"1\" hi=\"0\"/></item>"
+        "</gallery></root>";
+    BuildFirstTree(store);
+    EXPECT_FALSE(FileExists(g + u"/B/y.dwg"));
+    EXPECT_TRUE(FileExists(g + u"/A/x.dwg"));
+}
