@@ -83,17 +83,6 @@ TEST(ClassList, ClickPostsTheRowToTheOwnerWhichSelects) {
     EXPECT_EQ(b.owner.Take(), std::vector<Recorded>{Click21(4)});
 }
 
-TEST(ClassList, ClickOfAListWithoutOwnerGoesNowhere) {
-    test::UseRate(1.0f);
-    CClassListCtrl alone;
-    alone.resize(ScaleUnits(132), ScaleUnits(295));
-    alone.InsertItem(0, QStringLiteral("最近使用"));
-    ASSERT_TRUE(test::ShowAndWait(&alone));
-    test::ClickAt(&alone, alone.RowRect(0).center());
-    EXPECT_EQ(alone.GetSelectedRow(), -1);
-    EXPECT_EQ(alone.GetItemCount(), 1);
-}
-
 TEST(ClassList, HoverFollowsTheMouseAndLeavesWithIt) {
     ClassBoard b(1.0f, 6);
     ASSERT_TRUE(test::ShowAndWait(&b.owner));
