@@ -165,9 +165,14 @@ TEST(ClassList, WheelEnsureVisibleAndTheBarMoveTheTopRow) {
     EXPECT_EQ(bar->maximum(), 20);
     EXPECT_EQ(bar->pageStep(), 10);
 
+    const QImage top = test::Grab(b.list);
+    const QRect fifth = b.list->RowRect(lines + 2);
     test::WheelAt(b.list, b.Centre(1), -120);
     EXPECT_EQ(b.list->FirstVisibleRow(), lines);
     EXPECT_EQ(bar->value(), lines);
+    // The rows are painted moved up by the scrolled rows.
+    EXPECT_TRUE(test::SameBlock(top, fifth, test::Grab(b.list), b.list->RowRect(lines + 2).topLeft()));
+    EXPECT_EQ(b.list->RowRect(lines + 2).top(), 2 * (ScaleUnits(28) + 1));
     // A fine wheel moves only once its turns make a notch.
     test::WheelAt(b.list, b.Centre(1), -40);
     test::WheelAt(b.list, b.Centre(1), -40);
@@ -268,8 +273,9 @@ TEST(ClassList, RowsKeepTheirStateWhenRowsAreInserted) {
     EXPECT_FALSE(b.list->IsRowInClient(0));
 }
 
-// Two lists side by side: A with a selected boutique row, B with a selected
-// plain row and the mouse on another; probed and saved as a PNG.
+// Three lists side by side: A with a selected boutique row, B with a selected
+// plain row and the mouse on another, C with row 0 selected and the mouse on
+// row 1; probed and saved as a PNG.
 void RenderBoard(float rate, const char* name) {
     ClassBoard b(rate, 14);
     std::vector<QString> asked;
@@ -277,35 +283,40 @@ void RenderBoard(float rate, const char* name) {
         asked.push_back(text);
         return text.startsWith(QStringLiteral("精品"));
     };
-    b.list->isBoutique = boutique;
-    CClassListCtrl* other = b.Add(ScaleUnits(150), 14);
-    other->isBoutique = boutique;
-    b.list->SetSelectedRow(3);
-    other->SetSelectedRow(2);
+    CClassListCtrl* lists[3] = {b.list, b.Add(ScaleUnits(150), 14), b.Add(ScaleUnits(300), 6)};
+    for (CClassListCtrl* l : lists) l->isBoutique = boutique;
+    lists[0]->SetSelectedRow(3);
+    lists[1]->SetSelectedRow(2);
+    lists[2]->SetSelectedRow(0);
+    b.owner.resize(ScaleUnits(450), b.owner.height());
     ASSERT_TRUE(test::ShowAndWait(&b.owner));
-    test::MoveMouseTo(other, other->RowRect(5).center());
-    ASSERT_EQ(other->HoverRow(), 5);
+    test::MoveMouseTo(lists[2], lists[2]->RowRect(1).center());
+    ASSERT_EQ(lists[2]->HoverRow(), 1);
+    const QImage c = test::Grab(lists[2]);
+    test::MoveMouseTo(lists[1], lists[1]->RowRect(5).center());
+    ASSERT_EQ(lists[1]->HoverRow(), 5);
 
-    const QImage a = test::Grab(b.list);
-    const QImage o = test::Grab(other);
+    QImage shots[3] = {test::Grab(lists[0]), test::Grab(lists[1]), c};
     const auto textArea = [](const QRect& row) { return row.adjusted(ScaleUnits(28), 0, 0, 0); };
-    EXPECT_TRUE(test::ContainsColour(a, textArea(b.list->RowRect(3)), kBoutique, 40));
-    EXPECT_FALSE(test::ContainsColour(a, textArea(b.list->RowRect(3)), kAccent, 20));
-    EXPECT_TRUE(test::ContainsColour(o, textArea(other->RowRect(2)), kAccent, 40));
-    EXPECT_FALSE(test::ContainsColour(o, textArea(other->RowRect(4)), kAccent, 20));
-    EXPECT_FALSE(test::ContainsColour(o, textArea(other->RowRect(3)), kBoutique, 20))
+    EXPECT_TRUE(test::ContainsColour(shots[0], textArea(lists[0]->RowRect(3)), kBoutique, 40));
+    EXPECT_FALSE(test::ContainsColour(shots[0], textArea(lists[0]->RowRect(3)), kAccent, 20));
+    EXPECT_TRUE(test::ContainsColour(shots[1], textArea(lists[1]->RowRect(2)), kAccent, 40));
+    EXPECT_FALSE(test::ContainsColour(shots[1], textArea(lists[1]->RowRect(4)), kAccent, 20));
+    EXPECT_FALSE(test::ContainsColour(shots[1], textArea(lists[1]->RowRect(3)), kBoutique, 20))
         << "an unselected boutique row has the plain text colour";
+    EXPECT_TRUE(test::ContainsColour(shots[2], textArea(lists[2]->RowRect(0)), kAccent, 40));
+    EXPECT_FALSE(test::ContainsColour(shots[2], textArea(lists[2]->RowRect(1)), kAccent, 20));
     // The painter was asked about the shown rows by their texts.
     EXPECT_NE(std::find(asked.begin(), asked.end(), QStringLiteral("精品家具")), asked.end());
     EXPECT_NE(std::find(asked.begin(), asked.end(), QStringLiteral("建筑")), asked.end());
-    EXPECT_TRUE(b.list->IsScrollBarShown());
+    EXPECT_TRUE(lists[0]->IsScrollBarShown());
+    EXPECT_FALSE(lists[2]->IsScrollBarShown());
 
-    QImage sheet(a.width() + o.width() + 30, std::max(a.height(), o.height()) + 20, QImage::Format_RGB32);
+    QImage sheet(shots[0].width() * 3 + 40, shots[0].height() + 20, QImage::Format_RGB32);
     sheet.fill(QColor(0xDD, 0xDD, 0xDD));
     {
         QPainter p(&sheet);
-        p.drawImage(10, 10, a);
-        p.drawImage(20 + a.width(), 10, o);
+        for (int i = 0; i < 3; ++i) p.drawImage(10 + i * (shots[0].width() + 10), 10, shots[i]);
     }
     test::SavePng(sheet, QString::fromLatin1(name));
 }

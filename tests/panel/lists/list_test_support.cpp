@@ -66,4 +66,9 @@ bool Differs(const QImage& a, const QImage& b, const QRect& area) {
     return false;
 }
 
+bool SameBlock(const QImage& a, const QRect& area, const QImage& b, QPoint atB) {
+    if (!a.rect().contains(area) || !b.rect().contains(QRect(atB, area.size()))) return false;
+    return a.copy(area) == b.copy(QRect(atB, area.size()));
+}
+
 }  // namespace marrowfin::test

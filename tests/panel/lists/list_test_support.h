@@ -38,5 +38,7 @@ void Pump(int ms);
 bool ShowAndWait(QWidget* window);
 // Whether the two images differ anywhere inside `area`.
 bool Differs(const QImage& a, const QImage& b, const QRect& area);
+// Whether `area` of `a` shows the same pixels as `b` at `atB` (same size).
+bool SameBlock(const QImage& a, const QRect& area, const QImage& b, QPoint atB);
 
 }  // namespace marrowfin::test
