@@ -36,7 +36,12 @@ PanelWorld::PanelWorld(bool offline) {
     CreateDirectories(store.root->path);
 }
 
-PanelWorld::~PanelWorld() { panel.reset(); }
+PanelWorld::~PanelWorld() {
+    // Hidden first, so that focus leaves the search edit while the panel is
+    // still whole (the host never destroys the panel while it runs).
+    if (panel) panel->hide();
+    panel.reset();
+}
 
 GalleryNode* PanelWorld::root() { return store.root; }
 
