@@ -8,6 +8,7 @@
 
 #include "fault_switches.h"
 #include "marrowfin/marrowfin.h"
+#include "net/gallery_sync.h"
 #include "panel/dialog/host_requests.h"
 #include "platform/qt/qt_window_system.h"
 #include "store/store_ini.h"
@@ -386,4 +387,43 @@ TEST(Pages, CollectionsRowWithoutUserOrFolderAndTheHostButtons) {
     ASSERT_GE(notices.seen.size(), 2u);
     EXPECT_EQ(notices.seen[1], 13);
     SetApplicationMainWindow(nullptr);
+}
+
+TEST(LivePages, SwitchingRefreshesAStaleGalleryAndOpeningAStaleClassFetchesItsBlocks) {
+    PanelWorld w(/*offline*/ false);
+    const std::string data = SampleLibrary();
+    service::ServiceHandle svc = StartLiveService(data);
+    const std::u16string name = GalleryNames(data)[1];
+    GalleryNode* gallery = w.AddGallery({name, 0, 0});
+    ASSERT_TRUE(FetchGalleryFull(w.store, name, false));
+    ASSERT_GE(gallery->dirChildren.size(), 2u);
+    // An hour later, with the blocks of the second class gone stale.
+    gallery->refreshTick = GetTickCount() - kGalleryFreshMs - 1;
+    GalleryNode* second = gallery->dirChildren[1];
+    const size_t blocks = second->fileChildren.size();
+    ASSERT_GT(blocks, 0u);
+    w.store.staleClasses[second->path] = second->version + 1;
+    svc.counters().reset();
+    w.MakePanel();
+    CBrindleDlg& p = *w.panel;
+
+    w.ClickClassRow(2);
+    ASSERT_TRUE(w.WaitForSwitch());
+    EXPECT_EQ(svc.counters().get("/gallery/g_cs_s").count, 1);
+    EXPECT_EQ(svc.counters().get("/gallery/g_cs").count, 0);  // the first class is up to date
+    EXPECT_EQ(w.VisibleSubclassButtons(), static_cast<int>(gallery->dirChildren.size()));
+    ASSERT_EQ(p.m_subclassBtns[1]->data, QString::fromStdU16String(second->path));
+
+    ShiftTicksForTest(400);
+    w.ClickButton(2081);
+    EXPECT_EQ(svc.counters().get("/gallery/g_cs").count, 1);
+    EXPECT_EQ(w.store.staleClasses.count(p.m_curClassPath), 0u);
+    EXPECT_EQ(p.m_pThumbList->GetItemCount(), static_cast<int>(blocks));
+    EXPECT_EQ(p.m_listNodes.size(), blocks);
+
+    // A second switch within the hour asks nothing.
+    ShiftTicksForTest(400);
+    w.ClickClassRow(2);
+    ASSERT_TRUE(w.WaitForSwitch());
+    EXPECT_EQ(svc.counters().get("/gallery/g_cs_s").count, 1);
 }
