@@ -1,6 +1,8 @@
 #include "net/gallery_sync.h"
 
 #include <atomic>
+#include <condition_variable>
+#include <deque>
 #include <map>
 #include <mutex>
 #include <optional>
@@ -89,12 +91,6 @@ void FreeClasses(GalleryNode* gallery) {
     gallery->dirChildren.clear();
 }
 
-std::u16string CatalogueFileOf(const GalleryNode& gallery) {
-    std::u16string file = JoinPath(gallery.path, gallery.name);
-    file += u".xdb";
-    return file;
-}
-
 // The class versions a catalogue holds; the seal is not checked. `existed`
 // tells whether there was a file at all.
 ClassVersions ReadCatalogueVersionsAt(const std::u16string& file, bool& existed) {
@@ -109,7 +105,7 @@ ClassVersions ReadCatalogueVersionsAt(const std::u16string& file, bool& existed)
 
 ClassVersions ReadCatalogueVersions(const GalleryNode& gallery) {
     bool existed = false;
-    return ReadCatalogueVersionsAt(CatalogueFileOf(gallery), existed);
+    return ReadCatalogueVersionsAt(CatalogueFile(gallery), existed);
 }
 
 // Reads the old class versions of the listed galleries on a helper thread
@@ -120,7 +116,7 @@ class VersionsReadAhead {
 public:
     explicit VersionsReadAhead(const GalleryNode& root) {
         for (const GalleryNode* gallery : root.dirChildren)
-            if (gallery) m_entries.push_back(Entry{gallery->path, CatalogueFileOf(*gallery), {}});
+            if (gallery) m_entries.push_back(Entry{gallery->path, CatalogueFile(*gallery), {}});
         try {
             m_worker = std::thread([this] {
                 for (Entry& e : m_entries) {
@@ -177,6 +173,87 @@ private:
     std::thread m_worker;
 };
 
+// Puts the first tree's catalogues on disk on a helper thread, in the order
+// given, while the next galleries are read: the file system's share of a
+// write (a temporary file, the rename over the old one) costs about as much
+// as composing it. Callers settle a folder before they read or remove what
+// lies in it, and every write is done before the run ends.
+class CatalogueWrites {
+public:
+    CatalogueWrites() {
+        try {
+            m_worker = std::thread([this] { Run(); });
+        } catch (const std::system_error&) {
+            // No thread: each file is written when it is handed over.
+        }
+    }
+    ~CatalogueWrites() { Finish(); }
+    CatalogueWrites(const CatalogueWrites&) = delete;
+    CatalogueWrites& operator=(const CatalogueWrites&) = delete;
+
+    void Add(std::u16string file, std::string bytes) {
+        if (!m_worker.joinable()) {
+            (void)WriteFileAtomic(file, bytes);
+            return;
+        }
+        {
+            std::lock_guard<std::mutex> lock(m_lock);
+            m_queue.push_back(Job{std::move(file), std::move(bytes)});
+        }
+        m_wake.notify_one();
+    }
+    // Waits until no write of `path` or of a file below it is outstanding.
+    void Settle(std::u16string_view path) {
+        std::unique_lock<std::mutex> lock(m_lock);
+        m_done.wait(lock, [&] {
+            for (const Job& job : m_queue)
+                if (IsAtOrBelow(job.file, path)) return false;
+            return true;
+        });
+    }
+    void Finish() {
+        {
+            std::lock_guard<std::mutex> lock(m_lock);
+            m_closing = true;
+        }
+        m_wake.notify_one();
+        if (m_worker.joinable()) m_worker.join();
+    }
+
+private:
+    struct Job {
+        std::u16string file;
+        std::string bytes;
+    };
+
+    static bool IsAtOrBelow(std::u16string_view file, std::u16string_view path) {
+        return file.size() >= path.size() && file.substr(0, path.size()) == path &&
+               (file.size() == path.size() || file[path.size()] == u'/');
+    }
+
+    void Run() {
+        std::unique_lock<std::mutex> lock(m_lock);
+        for (;;) {
+            m_wake.wait(lock, [&] { return m_closing || !m_queue.empty(); });
+            if (m_queue.empty()) return;
+            // The job stays queued while it is written, so that Settle waits for it.
+            const Job& job = m_queue.front();
+            lock.unlock();
+            (void)WriteFileAtomic(job.file, job.bytes);
+            lock.lock();
+            m_queue.pop_front();
+            m_done.notify_all();
+        }
+    }
+
+    std::mutex m_lock;
+    std::condition_variable m_wake;
+    std::condition_variable m_done;
+    std::deque<Job> m_queue;
+    bool m_closing = false;
+    std::thread m_worker;
+};
+
 // Raises the gallery's highest version, in memory and in version.ini at once.
 void NoteClassVersion(GalleryStore& store, const GalleryNode& gallery, int32_t version, int32_t& highest) {
     if (version <= highest) return;
@@ -214,7 +291,7 @@ void ReadBlocks(MarkupDocument& doc, std::u16string_view tag, GalleryNode* cls, 
 // The classes of one gallery element (or of the root of a one-gallery reply)
 // with their blocks, as the full replies give them.
 void ReadFullGallery(GalleryStore& store, MarkupDocument& doc, GalleryNode* gallery, const ClassVersions& old,
-                     int32_t& highest) {
+                     int32_t& highest, CatalogueWrites* writes = nullptr) {
     doc.EnterElement();
     while (doc.FindElement(u"item")) {
         const std::u16string cs = doc.GetAttribute(u"cs");
@@ -225,7 +302,10 @@ void ReadFullGallery(GalleryStore& store, MarkupDocument& doc, GalleryNode* gall
         cls->version = ToInt(ver);
         cls->remoteBase = bu;
         // A risen version makes the downloaded blocks of the class suspect.
-        if (auto it = old.find(cs); it != old.end() && cls->version > it->second) RemoveDirectoryTree(cls->path);
+        if (auto it = old.find(cs); it != old.end() && cls->version > it->second) {
+            if (writes) writes->Settle(cls->path);
+            RemoveDirectoryTree(cls->path);
+        }
         if (!AddChild(gallery, cls, false)) {
             delete cls;
             continue;
@@ -286,6 +366,7 @@ void BuildFirstTree(GalleryStore& store) {
         return;
     }
     const bool forceRefresh = doc.GetAttribute(u"dv") == u"1" && downver == -1;
+    CatalogueWrites writes;
     doc.EnterElement();
     while (doc.FindElement(u"gallery")) {
         const std::u16string gn = doc.GetAttribute(u"gn");
@@ -293,7 +374,10 @@ void BuildFirstTree(GalleryStore& store) {
         if (!gallery || gallery == store.root) continue;
         gallery->boutique = doc.GetAttribute(u"gv") == u"1";
         ClassVersions old;
-        if (!ahead->Take(*gallery, old)) old = ReadCatalogueVersions(*gallery);
+        if (!ahead->Take(*gallery, old)) {
+            writes.Settle(CatalogueFile(*gallery));
+            old = ReadCatalogueVersions(*gallery);
+        }
         if (forceRefresh && !old.empty()) {
             // The one-time forced refresh: every known class looks outdated, in this run only.
             for (auto& [name, version] : old) --version;
@@ -301,10 +385,13 @@ void BuildFirstTree(GalleryStore& store) {
         }
         gallery->refreshTick = GetTickCount();
         int32_t highest = ReadGalleryVersion(gallery->name);
-        ReadFullGallery(store, doc, gallery, old, highest);
-        (void)WriteCatalogue(store, gallery->name);
+        ReadFullGallery(store, doc, gallery, old, highest, &writes);
+        WriteCatalogue(store, gallery->name, [&writes](std::u16string file, std::string bytes) {
+            writes.Add(std::move(file), std::move(bytes));
+        });
         store.galleryFetchTicks[gallery->name] = gallery->refreshTick;
     }
+    writes.Finish();
     store.syncBusy.store(0);
 }
 

@@ -140,15 +140,26 @@ std::string ComposeCatalogue(const GalleryStore& store, const GalleryNode& galle
     return out;
 }
 
-void WriteCatalogue(const GalleryStore& store, std::u16string_view galleryName) {
+std::u16string CatalogueFile(const GalleryNode& gallery) {
+    std::u16string file = JoinPath(gallery.path, gallery.name);
+    file += u".xdb";
+    return file;
+}
+
+void WriteCatalogue(const GalleryStore& store, std::u16string_view galleryName, const CatalogueSink& write) {
     const GalleryNode* root = store.root;
     if (!root) return;
     for (const GalleryNode* gallery : root->dirChildren) {
         if (!gallery || (!galleryName.empty() && gallery->name != galleryName)) continue;
         if (!DirectoryExists(gallery->path)) (void)CreateDirectories(gallery->path);
-        // A failed write leaves the old file; the tree is not affected.
-        (void)WriteFileAtomic(gallery->path + u"/" + gallery->name + u".xdb", ComposeCatalogue(store, *gallery));
+        write(CatalogueFile(*gallery), ComposeCatalogue(store, *gallery));
     }
+}
+
+void WriteCatalogue(const GalleryStore& store, std::u16string_view galleryName) {
+    // A failed write leaves the old file; the tree is not affected.
+    WriteCatalogue(store, galleryName,
+                   [](std::u16string file, std::string bytes) { (void)WriteFileAtomic(file, bytes); });
 }
 
 bool ReadCatalogue(GalleryStore& store, std::u16string_view galleryName) {
