@@ -2,7 +2,11 @@
 
 #include <QApplication>
 #include <QDateTime>
+#include <QAbstractButton>
 #include <QDialog>
+#include <QDialogButtonBox>
+#include <QPlainTextEdit>
+#include <QPushButton>
 #include <QDir>
 #include <QLineEdit>
 #include <QListWidget>
@@ -16,6 +20,7 @@
 #include <thread>
 
 #include "drawing_sheet.h"
+#include "feedback_dialog.h"
 #include "host_window.h"
 #include "sign_in_dialog.h"
 
@@ -316,6 +321,62 @@ void DemoTour::BuildSteps() {
                            return true;
                        },
                        [this] { return PanelVisible(); }, netSettle, QStringLiteral("search-typed")});
+
+    // The panel's feedback button asks the host for its form and waits,
+    // hidden; the form must take input while the panel waits, and sending it
+    // ends the wait. The host then shows the panel again.
+    m_steps.push_back({QStringLiteral("feedback"), [this, panel](QString& why) {
+                           QAbstractButton* button = nullptr;
+                           for (QAbstractButton* b : panel() ? panel()->findChildren<QAbstractButton*>() : QList<QAbstractButton*>())
+                               if (b->text() == QStringLiteral("反馈") && b->isVisible()) button = b;
+                           if (!button) {
+                               why = QStringLiteral("no visible button \"反馈\" in the panel");
+                               return false;
+                           }
+                           m_feedbackSeen = m_host->noticesSeen(MARROWFIN_NOTICE_FEEDBACK);
+                           m_feedbackSent = false;
+                           m_feedbackShownAt = -1;
+                           // Clicked from the loop, not from here: the panel's wait
+                           // runs a loop of its own inside the click, and the walk
+                           // goes on within it.
+                           QPointer<QAbstractButton> target = button;
+                           QTimer::singleShot(0, this, [target] {
+                               if (target) ClickAt(target, target->rect().center());
+                           });
+                           return true;
+                       },
+                       [this] {
+                           // Sending may delete the form under our feet.
+                           QPointer<FeedbackDialog> form = m_host->findChild<FeedbackDialog*>();
+                           if (!m_feedbackSent) {
+                               if (m_host->noticesSeen(MARROWFIN_NOTICE_FEEDBACK) == m_feedbackSeen || !form || !form->isVisible()) return false;
+                               // Let the new window be exposed before clicking into it.
+                               if (!form->windowHandle() || !form->windowHandle()->isExposed()) return false;
+                               if (m_feedbackShownAt < 0) m_feedbackShownAt = m_stepClock.elapsed();
+                               if (m_stepClock.elapsed() - m_feedbackShownAt < 300) return false;
+                               (void)Shoot(QStringLiteral("feedback-form"), form->grab().toImage());
+                               // Through the window system, where a modal wait would block it.
+                               ClickAt(form->textField(), QPoint(10, 10));
+                               QTest::keyClicks(form->textField(), QStringLiteral("More doors, please."));
+                               const QString typed = form->textField()->toPlainText();
+                               QPushButton* send = form->findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Ok);
+                               ClickAt(send, send->rect().center());
+                               m_feedbackSent = true;
+                               Log(QStringLiteral("feedback typed (\"%1\") and sent; the form is %2")
+                                       .arg(typed, form && form->isVisible() ? QStringLiteral("still open") : QStringLiteral("closed")));
+                               return false;
+                           }
+                           if (form && form->isVisible()) return false;  // the click did not get through
+                           // The wait is over when the panel is enabled again; it
+                           // stays hidden until the host shows it.
+                           QWidget* p = FindPanelWidget();
+                           return p && p->isEnabled();
+                       },
+                       settle, QStringLiteral("after-feedback"), false,
+                       [this](QString&) {
+                           m_exports.show();
+                           return true;
+                       }});
 
     m_steps.push_back({QStringLiteral("host-window"), [](QString&) { return true; }, nullptr, 100, QString(), true});
 

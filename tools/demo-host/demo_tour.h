@@ -90,6 +90,9 @@ private:
     QStringList m_shots;
     int m_insertTries = 0;
     qint64 m_lastTry = 0;
+    int m_feedbackSeen = 0;
+    bool m_feedbackSent = false;
+    qint64 m_feedbackShownAt = -1;
     // Shared with the watchdog thread, which may outlive the tour object.
     std::shared_ptr<std::atomic<bool>> m_done = std::make_shared<std::atomic<bool>>(false);
 };

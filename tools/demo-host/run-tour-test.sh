@@ -28,7 +28,7 @@ fi
 
 # What the walk must have left: its log says every step ran, and the shots.
 grep -q 'tour ends: .*, 0 failed,' "$work/tour/tour.log" || { echo "FAIL: tour.log does not end clean" >&2; exit 1; }
-expected="01-host 02-panel 03-gallery 04-recent 05-collections 06-search 07-search-typed 08-host-window"
+expected="01-host 02-panel 03-gallery 04-recent 05-collections 06-search 07-search-typed 08-feedback-form 09-after-feedback 10-host-window"
 for name in $expected; do
   if [ ! -s "$work/tour/$name-1.0.png" ]; then
     echo "FAIL: missing screenshot $name-1.0.png" >&2
