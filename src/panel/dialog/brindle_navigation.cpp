@@ -86,6 +86,17 @@ void CBrindleDlg::SelectClass(int row, bool highlight) {
 
 void CBrindleDlg::RebuildClassList() {
     if (!m_classList) return;
+    // Rows ask while painting whether their gallery is boutique; the mark
+    // lives on the gallery's node (command 19 refreshes it).
+    if (!m_classList->isBoutique) {
+        m_classList->isBoutique = [this](const QString& text) {
+            if (!m_store || !m_store->root) return false;
+            const std::u16string name = S(text);
+            for (const GalleryNode* gallery : m_store->root->dirChildren)
+                if (gallery && gallery->name == name) return gallery->boutique;
+            return false;
+        };
+    }
     m_classList->DeleteAllItems();
     m_classList->InsertItem(0, Q(kRecentText));
     m_classList->InsertItem(1, Q(kCollectionText));

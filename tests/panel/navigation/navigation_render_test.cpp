@@ -2,6 +2,7 @@
 // recent list. The PNGs go to <build>/tests/panel/navigation/rendered-navigation.
 #include <gtest/gtest.h>
 
+#include "panel/lists/class_list_ctrl.h"
 #include "panel/lists/dwg_list_view.h"
 #include "panel_world.h"
 #include "platform/files.h"
@@ -22,6 +23,12 @@ void RenderAt(float rate, const QString& suffix) {
     w.MakePanel(true, rate);
     CBrindleDlg& p = *w.panel;
     EXPECT_EQ(p.size(), QSize(ScaleUnits(755), ScaleUnits(454)));
+
+    // The boutique gallery's row is marked, the others are not.
+    ASSERT_TRUE(p.m_classList->isBoutique);
+    EXPECT_TRUE(p.m_classList->isBoutique(QStringLiteral("机械零件")));
+    EXPECT_FALSE(p.m_classList->isBoutique(QStringLiteral("五金")));
+    EXPECT_FALSE(p.m_classList->isBoutique(QStringLiteral("最近使用")));
 
     // The recent list is the start page.
     ASSERT_EQ(p.m_classIndex, 0);
