@@ -6,6 +6,7 @@
 #include "panel/lists/dwg_list_view.h"
 #include "panel_world.h"
 #include "platform/files.h"
+#include "skin/skin_button.h"
 #include "skin/skin_scale.h"
 #include "skin/subclass_button.h"
 #include "store/store_paths.h"
@@ -19,6 +20,7 @@ void RenderAt(float rate, const QString& suffix) {
     PanelWorld w;
     w.AddGallery({u"五金", 3, 6});
     GalleryNode* many = w.AddGallery({u"机械零件", 19, 8, 2, /*boutique*/ true});
+    w.AddCollections(7, {u"收藏夹1", u"螺栓..常用件", u"管件"}, 4);
     for (int i = 0; i < 5; ++i) w.AddRecent(many->dirChildren[i]->fileChildren[0]->path);
     w.MakePanel(true, rate);
     CBrindleDlg& p = *w.panel;
@@ -53,6 +55,21 @@ void RenderAt(float rate, const QString& suffix) {
     // The two rows do not overlap.
     EXPECT_LT(p.m_subclassBtns[0]->geometry().bottom(), p.m_subclassBtns[9]->geometry().top());
     w.Render(QStringLiteral("many_subclasses_") + suffix);
+
+    // The collections: the bar above, the folders one row lower, the list below them.
+    p.userId = 7;
+    w.ClickClassRow(1);
+    ASSERT_TRUE(w.WaitForSwitch());
+    ASSERT_EQ(w.VisibleSubclassButtons(), 3);
+    for (CSkinButton* bar : p.m_collectionBtns) {
+        ASSERT_TRUE(w.Shown(bar));
+        EXPECT_LT(bar->geometry().bottom(), p.m_subclassBtns[0]->geometry().top());
+    }
+    EXPECT_LT(p.m_subclassBtns[0]->geometry().bottom(), p.m_pThumbList->geometry().top());
+    w.Render(QStringLiteral("collections_") + suffix);
+
+    w.ClickButton(2158);
+    w.Render(QStringLiteral("search_page_") + suffix);
 }
 
 }  // namespace
