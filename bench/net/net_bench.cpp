@@ -7,6 +7,7 @@
 #include <ctime>
 #include <filesystem>
 #include <mutex>
+#include <vector>
 
 #include "bench_library.h"
 #include "fault_switches.h"
@@ -23,6 +24,7 @@
 #include "service_handle.h"
 #include "store/gallery_node.h"
 #include "store/gallery_store.h"
+#include "store/catalogue.h"
 #include "store/gallery_tree.h"
 #include "store/show_list.h"
 
@@ -130,6 +132,42 @@ void BM_FetchSameReply(benchmark::State& state) {
     (void)lib;
 }
 
+// The first tree of the big library, built once, for the catalogue benchmarks.
+GalleryStore& BuiltStore() {
+    static GalleryStore* store = [] {
+        BigLibrary::Get();
+        auto* built = new GalleryStore;
+        BuildFirstTree(*built);
+        return built;
+    }();
+    return *store;
+}
+
+// Composing every gallery's catalogue, against its peer: encoding texts of
+// the same content from UTF-16 to UTF-8 in one go, the least any composing
+// into UTF-8 has to do.
+void BM_ComposeCatalogues(benchmark::State& state) {
+    GalleryStore& store = BuiltStore();
+    size_t bytes = 0;
+    for (auto _ : state) {
+        bytes = 0;
+        for (const GalleryNode* g : store.root->dirChildren) bytes += ComposeCatalogue(store, *g).size();
+    }
+    state.counters["MB"] = static_cast<double>(bytes) / 1e6;
+}
+
+void BM_EncodeSameText(benchmark::State& state) {
+    GalleryStore& store = BuiltStore();
+    std::vector<std::u16string> texts;
+    for (const GalleryNode* g : store.root->dirChildren) texts.push_back(Utf8ToUtf16(ComposeCatalogue(store, *g)));
+    size_t bytes = 0;
+    for (auto _ : state) {
+        bytes = 0;
+        for (const std::u16string& t : texts) bytes += Utf16ToUtf8(t).size();
+    }
+    state.counters["MB"] = static_cast<double>(bytes) / 1e6;
+}
+
 void BM_DownloadQueue_600x32KB_25ms(benchmark::State& state) {
     UseFreshHome();
     const std::string data = bench::WriteLinkedLibrary(1, 6, 100, 32 * 1024);
@@ -171,5 +209,7 @@ void BM_DownloadQueue_600x32KB_25ms(benchmark::State& state) {
 BENCHMARK(BM_ParseSameReply)->Unit(benchmark::kMillisecond)->Iterations(3);
 BENCHMARK(BM_FetchSameReply)->Unit(benchmark::kMillisecond)->Iterations(3);
 BENCHMARK(BM_BuildFirstTree_101x30x100)->Unit(benchmark::kMillisecond)->Iterations(3);
+BENCHMARK(BM_EncodeSameText)->Unit(benchmark::kMillisecond)->Iterations(5);
+BENCHMARK(BM_ComposeCatalogues)->Unit(benchmark::kMillisecond)->Iterations(5);
 BENCHMARK(BM_DownloadQueue_600x32KB_25ms)->Unit(benchmark::kMillisecond)->Iterations(3)->UseRealTime();
 BENCHMARK_MAIN();
