@@ -13,7 +13,10 @@ QString DemoUsage() {
         "  --short            the walk without the optional steps (for tests)\n"
         "  --sample DIR       the service's data folder: gallery names for the walk\n"
         "  --rate-label TEXT  names the screenshots of this run (default 1.0)\n"
-        "  --step-timeout MS  how long a step of the walk may wait (default 15000)\n");
+        "  --step-timeout MS  how long a step of the walk may wait (default 15000)\n"
+        "  --inspect PNG...   print size and colours of pictures; 1 when one is blank\n"
+        "exit codes: 0 fine, 1 a step of the walk failed, 2 bad command line,\n"
+        "            3 the library cannot be loaded or lacks exports\n");
 }
 
 ParsedOptions ParseDemoOptions(const QStringList& arguments, const QString& programDir) {
