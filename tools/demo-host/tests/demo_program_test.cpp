@@ -4,6 +4,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QImage>
 #include <QProcess>
 #include <QTemporaryDir>
 
@@ -61,6 +62,29 @@ TEST(DemoProgram, FailureRoadsEndWithTheirOwnCodeAndSayWhy) {
     r = Demo({QStringLiteral("--help")}, home.path());
     EXPECT_EQ(r.code, 0);
     EXPECT_TRUE(r.out.contains(QStringLiteral("--tour DIR")));
+}
+
+TEST(DemoProgram, InspectTellsBlankAndMissingPicturesFromDrawnOnes) {
+    QTemporaryDir home;
+    ASSERT_TRUE(home.isValid());
+    QImage blank(40, 30, QImage::Format_RGB32);
+    blank.fill(Qt::white);
+    const QString blankPath = home.filePath(QStringLiteral("blank.png"));
+    ASSERT_TRUE(blank.save(blankPath));
+    QImage drawn = blank;
+    for (int x = 0; x < 40; ++x) drawn.setPixel(x, x % 30, qRgb(x * 6, 0, 255 - x * 6));
+    const QString drawnPath = home.filePath(QStringLiteral("drawn.png"));
+    ASSERT_TRUE(drawn.save(drawnPath));
+
+    ProgramRun r = Demo({QStringLiteral("--inspect"), drawnPath}, home.path());
+    EXPECT_EQ(r.code, 0);
+    EXPECT_EQ(r.out, drawnPath + QStringLiteral(" 40 30 41\n"));
+    r = Demo({QStringLiteral("--inspect"), drawnPath, blankPath}, home.path());
+    EXPECT_EQ(r.code, 1);
+    EXPECT_TRUE(r.out.contains(blankPath + QStringLiteral(" 40 30 1\n"))) << r.out.toStdString();
+    r = Demo({QStringLiteral("--inspect"), home.filePath(QStringLiteral("none.png"))}, home.path());
+    EXPECT_EQ(r.code, 1);
+    EXPECT_TRUE(r.out.endsWith(QStringLiteral(" 0 0 0\n"))) << r.out.toStdString();
 }
 
 TEST(DemoProgram, ATourWithoutAPanelLogsEachFailedStepAndEndsWithOne) {
