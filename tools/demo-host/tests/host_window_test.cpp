@@ -225,6 +225,15 @@ TEST_F(HostWindowTest, AnInsertedBlockWaitsForAClickAndIsPlacedOnTheGrid) {
     EXPECT_GT(unlikePaper, 50);
     const QRect second = DrawingSheet::BlockRect(sheet->blocks()[1]);
     EXPECT_EQ(QColor(shot.pixel(second.left() + 3, second.top() + 3)), QColor(0xf4, 0xf4, 0xf4));
+
+    // The whole window: toolbar, sheet, the list with its three entries, the status.
+    const QImage whole = window->grab().toImage();
+    whole.save(QCoreApplication::applicationDirPath() + QStringLiteral("/rendered/demo_host_window.png"));
+    const QRect listArea(window->insertedList()->mapTo(window.get(), QPoint(0, 0)), window->insertedList()->size());
+    int dark = 0;  // text pixels of the entries
+    for (int y = listArea.top(); y < listArea.top() + 60; ++y)
+        for (int x = listArea.left(); x < listArea.right(); ++x) dark += qGray(whole.pixel(x, y)) < 100;
+    EXPECT_GT(dark, 30);
 }
 
 TEST_F(HostWindowTest, ToolbarAndMenuDriveTheExports) {
