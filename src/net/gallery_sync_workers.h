@@ -38,7 +38,6 @@ inline ClassVersions ReadCatalogueVersionsAt(const std::u16string& file, bool& e
     return versions;
 }
 
-
 // Reads the old class versions of the listed galleries on a helper thread
 // while the request for all galleries is on the wire: a large library's reply
 // takes a while to come, and its catalogues are about as large. The helper
