@@ -2,6 +2,7 @@
 
 #include <QGuiApplication>
 #include <QIcon>
+#include <QLineEdit>
 #include <QPainter>
 #include <QScreen>
 
@@ -29,7 +30,12 @@ namespace marrowfin {
 CBrindleDlg::CBrindleDlg() : QWidget(nullptr) {}
 
 // Child widgets go with the window; rows hold their thumbnails by value.
-CBrindleDlg::~CBrindleDlg() = default;
+CBrindleDlg::~CBrindleDlg() {
+    // The children outlive this part of the object: the edit's last focus-out
+    // must not reach handlers that read the panel's fields.
+    delete m_searchEdit;
+    m_searchEdit = nullptr;
+}
 
 bool CBrindleDlg::Create(QWidget* parent) {
     if (m_created) return false;

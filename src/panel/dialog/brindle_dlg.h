@@ -135,6 +135,8 @@ public:
     void SearchFor(const QString& text);                 // SearchBrindleRes, copy-data 414
     bool IsBlkBoutique(const std::u16string& blockPath);
     int RequireLogin();
+    // 1 the collection is fresh, 0 nothing could be read, 2 the page is occupied.
+    int ReloadCollection();
     int FindRow(const BlockRow& row) const;
     void FeedbackButton();    // 2153
     void StatisticsButton();  // 2154

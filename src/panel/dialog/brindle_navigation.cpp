@@ -205,10 +205,19 @@ void CBrindleDlg::SwitchClass(int row) {
     }
 
     if (row == 1) {
-        // The collections are read from the service once they join; until
-        // then the page stands as an empty collection (status -1), and without
-        // a signed-in user there is nothing to list at all.
-        SendWindowMessage(Handle(), MsgPanelEvent, 5, -1);
+        const int reloaded = ReloadCollection();
+        if (reloaded == 0) {
+            // Nothing could be read: back to the row the user came from.
+            const int previous = m_classIndex < 0 ? 0 : m_classIndex;
+            m_forceList = true;
+            m_classIndex = row;
+            SelectClass(previous == 1 ? 0 : previous, true);
+            return;
+        }
+        if (reloaded == 2) {
+            m_classIndex = 1;
+            return;
+        }
         if (userId < 2) return;
         m_classIndex = 1;
         text = CollectionName(userId);
@@ -528,10 +537,11 @@ void CBrindleDlg::OpenTargetClass() {
 
     std::u16string target = m_targetClass;
     if (target.find(kCollectionRoute) != std::u16string::npos) {
-        // The collections' reload from the service joins with them; until
-        // then a target in the collections needs a signed-in user.
-        if (userId < 2) return;
-        if (userId != m_collectionUser) m_collectionUser = userId;
+        if (userId < 2 || userId != m_collectionUser) {
+            m_collectionUser = userId;
+            if (ReloadCollection() == 1 && userId >= 2) OpenTargetClass();
+            return;
+        }
         m_forceList = true;
         const size_t at = target.find(kCollectionText);
         target.replace(at, std::char_traits<char16_t>::length(kCollectionText),
@@ -712,6 +722,27 @@ void CBrindleDlg::OnPanelButton(int id) {
         default:
             return;
     }
+}
+
+}  // namespace marrowfin
+
+namespace marrowfin {
+
+// The collections' own reading from the service (folders, the mirror, the
+// hand-over of an old collection) joins with the collections. Until then the
+// sign-in and token steps are real, and a signed-in user's collection stands
+// empty.
+int CBrindleDlg::ReloadCollection() {
+    if (userId < 1) {
+        RequireLogin();
+        if (userId < 1) return 0;
+    }
+    if (userToken.empty()) {
+        SendWindowMessage(Handle(), MsgPanelEvent, 5, 3);
+        return 0;
+    }
+    SendWindowMessage(Handle(), MsgPanelEvent, 5, -1);
+    return 1;
 }
 
 }  // namespace marrowfin

@@ -58,6 +58,7 @@ void RenderAt(float rate, const QString& suffix) {
 
     // The collections: the bar above, the folders one row lower, the list below them.
     p.userId = 7;
+    p.userToken = u"token-7";
     w.ClickClassRow(1);
     ASSERT_TRUE(w.WaitForSwitch());
     ASSERT_EQ(w.VisibleSubclassButtons(), 3);

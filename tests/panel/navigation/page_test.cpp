@@ -117,6 +117,8 @@ TEST(Pages, EachPageShowsItsWidgetsAndLeavingASearchReopensTheClass) {
     EXPECT_TRUE(w.Shown(p.m_pThumbList));
 
     p.userId = 7;
+
+    p.userToken = u"token-7";
     w.ClickClassRow(1);
     ASSERT_TRUE(w.WaitForSwitch());
     ExpectPage(w, PageCollection);
@@ -188,6 +190,7 @@ TEST(Pages, SearchCommandsAreDampedAndAnEmptyBoxTakesTheDefaultWord) {
     // In the collections an empty box stops: no default word.
     ASSERT_TRUE(w.WaitForSwitch());
     p.userId = 7;
+    p.userToken = u"token-7";
     w.ClickClassRow(1);
     ASSERT_TRUE(w.WaitForSwitch());
     w.ClickButton(2104);
@@ -328,10 +331,12 @@ TEST(Pages, CollectionsRowWithoutUserOrFolderAndTheHostButtons) {
     QWidget host;
     struct Notices : QObject {
         std::vector<std::intptr_t> seen;
+        int signIns = 0;
         bool eventFilter(QObject*, QEvent* event) override {
             if (event->type() == MarrowfinHostEventType) {
                 auto* e = static_cast<MarrowfinHostEvent*>(event);
                 if (e->message == MARROWFIN_GALLERY_HOST_NOTICE) seen.push_back(e->lParam);
+                if (e->message == MARROWFIN_GALLERY_HOST_REQUEST && e->wParam == MARROWFIN_REQUEST_SIGN_IN) ++signIns;
             }
             return false;
         }
@@ -348,16 +353,19 @@ TEST(Pages, CollectionsRowWithoutUserOrFolderAndTheHostButtons) {
     ASSERT_TRUE(w.WaitForSwitch());
     const int gallery = p.m_classIndex;
 
-    // Not signed in: the page turns to the collections, but nothing is listed.
+    // Not signed in and the host signs nobody in: the collections cannot be
+    // read, so the panel goes back to the gallery it came from.
     w.ClickClassRow(1);
     ASSERT_TRUE(w.WaitForSwitch());
-    EXPECT_EQ(p.m_page, PageCollection);
+    EXPECT_EQ(notices.signIns, 1);
+    EXPECT_EQ(p.m_page, PageBrowse);
     EXPECT_EQ(p.m_classIndex, gallery);
-    EXPECT_EQ(w.VisibleSubclassButtons(), 0);
-    EXPECT_TRUE(w.ButtonShown(2100));
+    EXPECT_EQ(p.m_classList->GetSelectedRow(), gallery);
+    EXPECT_FALSE(w.ButtonShown(2100));
 
     // Signed in without a mirror folder: the empty collection offers "添加图块".
     p.userId = 8;
+    p.userToken = u"token-8";
     w.ClickClassRow(1);
     ASSERT_TRUE(w.WaitForSwitch());
     EXPECT_EQ(p.m_classIndex, 1);

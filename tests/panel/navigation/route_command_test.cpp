@@ -60,6 +60,7 @@ TEST(Routes, OpenClassesWithAndWithoutTheCollectionPrefix) {
     p.OpenRoute(u"/我的收藏/夹2");
     EXPECT_FALSE(IsTimerRunning(p.Handle(), 2000));
     p.userId = 7;
+    p.userToken = u"token-7";
     p.OpenRoute(u"/我的收藏/夹2");
     ASSERT_TRUE(w.WaitForSwitch());
     EXPECT_EQ(p.m_classIndex, 1);
