@@ -14,11 +14,13 @@
 
 #include "../e2e/recording_host.h"
 #include "host/panel_access.h"
+#include "marrowfin/marrowfin.h"
 #include "panel/dialog/brindle_dlg.h"
 #include "panel/dialog/domodal_dlg.h"
 #include "panel/dialog/host_requests.h"
 #include "panel/lists/class_list_ctrl.h"
 #include "platform/profile.h"
+#include "platform/ticks.h"
 #include "platform/qt/qt_window_system.h"
 #include "platform/qt/window_message_event.h"
 #include "platform/qt/window_timers.h"
@@ -427,4 +429,61 @@ TEST_F(HostLink, BoutiqueAnswersFromTheTreeAndCachesIt) {
     DestroySubtree(root);
     delete root;
     panel->m_boutiqueCache.clear();
+}
+
+TEST_F(HostLink, ExportsSteerTheExistingPanel) {
+    const WindowHandle handle = panel->Handle();
+    EXPECT_EQ(GetGallery(), handle);
+    EXPECT_EQ(IsDLLHwnd(handle), 1);
+    EXPECT_EQ(IsDLLHwnd(HandleOf(panel->m_classList)), 1);
+    EXPECT_EQ(IsDLLHwnd(HandleOf(panel->m_searchEdit)), 0);  // not one of the four
+    EXPECT_EQ(IsDLLHwnd(HostHandle()), 0);
+
+    // A search from the host: mode taken, the pending class-list build dropped,
+    // the search page with the text, the panel shown.
+    panel->HidePanel();
+    SetTimer(handle, 1011, 10000);
+    SearchBrindleRes(u"推拉门", u"PMMC");
+    EXPECT_EQ(panel->showMode, u"PMMC");
+    EXPECT_FALSE(IsTimerRunning(handle, 1011));
+    EXPECT_EQ(panel->m_page, PageSearch);
+    EXPECT_EQ(panel->m_searchEdit->text(), QStringLiteral("推拉门"));
+    EXPECT_TRUE(panel->isVisible());
+
+    // The collections from the host: the search page is left first, row 1 is
+    // selected through the switch timer, the panel stays as it is (hidden here).
+    panel->HidePanel();
+    KillTimer(handle, 2000);
+    ShiftTicksForTest(500);  // past the damping of search commands
+    ResetClass(u"\\我的收藏");
+    EXPECT_FALSE(IsSearchPage(panel->m_page));
+    EXPECT_EQ(panel->m_pendingClass, 1);
+    EXPECT_TRUE(IsTimerRunning(handle, 2000));
+    EXPECT_FALSE(panel->m_hostAskedCollections);
+    EXPECT_FALSE(panel->isVisible());
+    EXPECT_EQ(panel->showMode, u"PMMC");
+
+    // HideGallery forgets the mode; CloseGallery keeps the panel.
+    panel->ShowPanel();
+    HideGallery();
+    EXPECT_FALSE(panel->isVisible());
+    EXPECT_EQ(panel->showMode, u"");
+    ShowGallery(nullptr, u"YL");
+    EXPECT_TRUE(panel->isVisible());
+    EXPECT_EQ(panel->showMode, u"YL");
+    CloseGallery();
+    EXPECT_FALSE(panel->isVisible());
+    EXPECT_EQ(GetGallery(), handle);
+    EXPECT_EQ(ExistingPanel(), panel);
+
+    // Host-side sends reach only the panel.
+    EXPECT_EQ(MarrowfinSendCopyData(handle, 415, u"via-export"), 0);
+    EXPECT_EQ(panel->userToken, u"via-export");
+    EXPECT_EQ(MarrowfinSendCopyData(HostHandle(), 415, u"lost"), 0);
+    EXPECT_EQ(panel->userToken, u"via-export");
+    EXPECT_EQ(MarrowfinSendPanelControl(handle, 5, 606), 0);
+    EXPECT_EQ(panel->userId, 606);
+    EXPECT_EQ(MarrowfinSendPanelControl(HostHandle(), 5, 1), 0);
+    EXPECT_EQ(panel->userId, 606);
+    EXPECT_TRUE(host->records.empty());
 }
