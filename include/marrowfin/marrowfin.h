@@ -119,6 +119,11 @@ MARROWFIN_API void CloseGallery(void);
 // The panel's window handle; 0 while there is no panel.
 MARROWFIN_API uint64_t GetGallery(void);
 // 1 when the visible panel consumed the message (do not dispatch it), else 0.
+// Call it from an event filter on the application for every event: only
+// events whose receiver is the panel or one of its child widgets are looked
+// at (Qt delivers an input event to the top-level QWindow first and to the
+// widget afterwards; the widget's delivery is the one that counts). While the
+// panel is hidden or missing the answer is 0 without reading the message.
 MARROWFIN_API int GaDllPretanslateMsg(MarrowfinMsg* message);
 // Whether the handle is the panel, its thumbnail list, its search list or its
 // class list.
@@ -126,10 +131,12 @@ MARROWFIN_API int IsDLLHwnd(uint64_t window);
 // Creates the panel if needed, sets the mode, searches the whole library for
 // the text and shows the panel.
 MARROWFIN_API void SearchBrindleRes(const char16_t* text, const char16_t* mode);
-// Creates the panel if needed and opens a class ("我的收藏" opens the
-// collections); does not show the panel.
+// Creates the panel if needed and opens a class: a text holding "我的收藏"
+// opens the collections, any other is a route below the store ("门窗\推拉门",
+// without the leading separator). Does not show the panel.
 MARROWFIN_API void ResetClass(const char16_t* classText);
-// Whether the block (absolute path) belongs to a boutique gallery; 0 without a panel.
+// Whether the block (absolute path) belongs to a boutique gallery; 0 without a
+// panel (none is made). Answers are remembered for the panel's life.
 MARROWFIN_API uint8_t IsBlkBoutique(const char16_t* blockPath);
 // Creates the panel if needed, shows it and runs the gallery picker.
 MARROWFIN_API void ShowBoutiqueGallery(void);
@@ -145,7 +152,8 @@ MARROWFIN_API uint64_t MarrowfinWindowOf(void* qobject);
 // Names the host's main window (a QWidget*); the panel reads it at start-up
 // and on MARROWFIN_CONTROL_ATTACH takes the handle given there.
 MARROWFIN_API void MarrowfinSetMainWindow(void* qwidget);
-// Sends MARROWFIN_GALLERY_PANEL_CONTROL to the panel; answers its result.
+// Sends MARROWFIN_GALLERY_PANEL_CONTROL to the panel; answers its result (0,
+// and nothing is sent, for a handle that is no panel).
 MARROWFIN_API intptr_t MarrowfinSendPanelControl(uint64_t panel, uintptr_t code, intptr_t lParam);
 // Sends a copy-data order with its text to the panel; answers its result
 // (1 for 411 and 412, 0 for the others and for a handle that is no panel).
