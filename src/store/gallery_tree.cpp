@@ -143,14 +143,28 @@ void RenameNode(GalleryNode* node, std::u16string_view newName) {
 void DestroySubtree(GalleryNode* node) {
     if (!node) return;
     for (auto* children : {&node->fileChildren, &node->dirChildren}) {
-        for (GalleryNode*& child : *children) {
+        auto& slots = *children;
+        const size_t count = slots.size();
+        for (size_t i = 0; i < count; ++i) {
+            // Freeing a class's blocks is bound by memory latency: ask early
+            // for the node a few places ahead and for the heads of the
+            // strings of a nearer one, which free() reads.
+            if (i + 8 < count && slots[i + 8]) __builtin_prefetch(slots[i + 8]);
+            if (i + 4 < count && slots[i + 4]) {
+                const GalleryNode* ahead = slots[i + 4];
+                __builtin_prefetch(ahead->path.data());
+                __builtin_prefetch(ahead->name.data());
+                __builtin_prefetch(ahead->remoteBase.data());
+            }
+            GalleryNode* child = slots[i];
             if (!child) continue;
-            DestroySubtree(child);
+            // A leaf (every block) has nothing below it: deleting it frees its strings.
+            if (!child->fileChildren.empty() || !child->dirChildren.empty()) DestroySubtree(child);
             delete child;
-            child = nullptr;
+            slots[i] = nullptr;
         }
-        children->clear();
-        children->shrink_to_fit();
+        slots.clear();
+        slots.shrink_to_fit();
     }
     std::u16string().swap(node->ownerName);
     std::u16string().swap(node->name);
