@@ -77,6 +77,15 @@ void operator delete(void* p) noexcept { CountedFree(p); }
 void operator delete[](void* p) noexcept { CountedFree(p); }
 void operator delete(void* p, size_t) noexcept { CountedFree(p); }
 void operator delete[](void* p, size_t) noexcept { CountedFree(p); }
+// Big document texts are allocated aligned; they count like the rest.
+void* operator new(size_t n, std::align_val_t a) {
+    void* p = std::aligned_alloc(static_cast<size_t>(a), (n + static_cast<size_t>(a) - 1) & ~(static_cast<size_t>(a) - 1));
+    if (!p) throw std::bad_alloc();
+    Count(p);
+    return p;
+}
+void operator delete(void* p, std::align_val_t) noexcept { CountedFree(p); }
+void operator delete(void* p, size_t, std::align_val_t) noexcept { CountedFree(p); }
 
 namespace {
 

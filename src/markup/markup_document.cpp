@@ -69,7 +69,8 @@ MarkupDocument& MarkupDocument::operator=(MarkupDocument&&) noexcept = default;
 
 void MarkupDocument::Clear() {
     m_attributes.element = 0;
-    m_text = std::make_unique<char16_t[]>(1);
+    m_text = AllocateText(1);
+    m_text[0] = 0;
     m_length = 0;
     m_capacity = 1;
     m_parent = m_main = m_child = 0;
@@ -114,7 +115,7 @@ void MarkupDocument::ReserveText(size_t length) {
     if (length + 1 <= m_capacity) return;
     // Room for a run of insertions, so that each one doesn't reallocate.
     const size_t capacity = length + length / 2 + 128;
-    auto text = std::make_unique_for_overwrite<char16_t[]>(capacity);
+    auto text = AllocateText(capacity);
     std::memcpy(text.get(), m_text.get(), sizeof(char16_t) * (m_length + 1));
     m_text = std::move(text);
     m_capacity = capacity;
@@ -129,7 +130,7 @@ bool MarkupDocument::SetText(std::u16string_view text) {
     Clear();
     m_result.clear();
     if (text.size() > kMaxTextLength) text = {};
-    m_text = std::make_unique_for_overwrite<char16_t[]>(text.size() + 1);
+    m_text = AllocateText(text.size() + 1);
     if (!text.empty()) std::memcpy(m_text.get(), text.data(), sizeof(char16_t) * text.size());
     m_text[text.size()] = 0;
     m_length = text.size();

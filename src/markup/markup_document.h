@@ -12,6 +12,8 @@
 #include <string_view>
 #include <vector>
 
+#include "markup/text_buffer.h"
+
 namespace marrowfin {
 
 class MarkupDocument {
@@ -121,7 +123,7 @@ private:
     void FixLevels();
     bool NameMatches(uint32_t index, std::u16string_view name) const;
 
-    std::unique_ptr<char16_t[]> m_text;
+    TextBuffer m_text;
     size_t m_length = 0;
     size_t m_capacity = 0;
     std::u16string m_result;

@@ -165,7 +165,7 @@ bool MarkupDocument::Decode(std::string_view bytes) {
         // UTF-16 goes straight into the text, NUL units dropped.
         const size_t units = rest.size() / 2;
         const auto* r = reinterpret_cast<const unsigned char*>(rest.data());
-        auto buffer = std::make_unique_for_overwrite<char16_t[]>(units + 1);
+        auto buffer = AllocateText(units + 1);
         const bool big = codePage == CpUtf16Be;
         size_t o = 0;
         for (size_t i = 0; i < units; ++i) {
@@ -196,7 +196,7 @@ bool MarkupDocument::Decode(std::string_view bytes) {
         }
         const bool utf8 = codePage == CpUtf8 || codePage == CpDefault || !IsCodePageSupported(codePage);
         if (utf8) {
-            auto buffer = std::make_unique_for_overwrite<char16_t[]>(rest.size() + 1);
+            auto buffer = AllocateText(rest.size() + 1);
             const size_t o = DecodeUtf8Into(reinterpret_cast<const unsigned char*>(rest.data()), rest.size(),
                                             buffer.get(), nulls);
             buffer[o] = 0;
@@ -212,7 +212,7 @@ bool MarkupDocument::Decode(std::string_view bytes) {
     }
     if (viaPlatform) {
         std::erase(converted, u'\0');
-        m_text = std::make_unique_for_overwrite<char16_t[]>(converted.size() + 1);
+        m_text = AllocateText(converted.size() + 1);
         std::memcpy(m_text.get(), converted.data(), sizeof(char16_t) * converted.size());
         m_text[converted.size()] = 0;
         m_length = converted.size();
@@ -220,7 +220,8 @@ bool MarkupDocument::Decode(std::string_view bytes) {
     }
     if (m_length > 0xFFFFFFF0u) {
         // Offsets are 32-bit: such a text cannot be indexed.
-        m_text = std::make_unique<char16_t[]>(1);
+        m_text = AllocateText(1);
+        m_text[0] = 0;
         m_length = 0;
         m_capacity = 1;
     }

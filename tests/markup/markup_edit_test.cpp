@@ -192,5 +192,31 @@ TEST(MarkupEdit, ManyAppendsGrowTheTextByHalf) {
     EXPECT_EQ(ShapeOf(again), ShapeOf(doc));
 }
 
+// Texts of several megabytes take the big-buffer road: set, loaded, grown by
+// an edit past their capacity, and released for a small text again.
+TEST(MarkupEdit, BigTextsGrowAndRelease) {
+    const std::u16string filler(5u << 20, u'x');
+    MarkupDocument doc;
+    ASSERT_TRUE(doc.SetText(u"<r>" + filler + u"<a k=\"v\"/></r>")) << ResultOf(doc);
+    ASSERT_TRUE(doc.FindElement(u"r"));
+    ASSERT_TRUE(doc.EnterElement());
+    ASSERT_TRUE(doc.FindElement(u"a"));
+    EXPECT_EQ(doc.GetAttribute(u"k"), u"v");
+    ASSERT_TRUE(doc.AddElement(u"b", u"t"));
+    EXPECT_EQ(doc.Text().substr(3 + filler.size()), u"<a k=\"v\"/><b>t</b>\r\n</r>");
+    EXPECT_EQ(CheckIndex(doc), "");
+
+    std::string bytes = "<r>" + std::string(6u << 20, 'y') + "<a k=\"\xE4\xB8\xAD\"/></r>";
+    ASSERT_TRUE(doc.LoadBytes(bytes)) << ResultOf(doc);
+    ASSERT_TRUE(doc.FindElement(u"r"));
+    ASSERT_TRUE(doc.FindChildElement(u"a"));
+    EXPECT_EQ(doc.GetChildAttribute(u"k"), u"中");
+    EXPECT_EQ(doc.Text().size(), bytes.size() - 2);
+
+    ASSERT_TRUE(doc.SetText(u"<s/>"));
+    EXPECT_EQ(doc.Text(), u"<s/>");
+    EXPECT_TRUE(doc.FindElement(u"s"));
+}
+
 }  // namespace
 }  // namespace marrowfin
