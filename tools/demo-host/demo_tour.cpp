@@ -268,6 +268,25 @@ void DemoTour::BuildSteps() {
                        nullptr, settle + 500, QStringLiteral("collections")});
 
     if (!m_options.shortTour) {
+        // The same entry again, and this time the user signs in through the
+        // host's dialog: the panel asks for the number, then for the token.
+        m_steps.push_back({QStringLiteral("collections-sign-in"), [this](QString& why) {
+                               const uint64_t handle = m_exports.GetGallery();
+                               if (!handle) {
+                                   why = QStringLiteral("no panel");
+                                   return false;
+                               }
+                               m_acceptSignIn = true;
+                               m_signInAsked = m_host->requestsSeen(MARROWFIN_REQUEST_SIGN_IN);
+                               m_exports.MarrowfinSendPanelControl(handle, MARROWFIN_CONTROL_OPEN_COLLECTIONS, 0);
+                               return true;
+                           },
+                           [this] {
+                               return m_host->requestsSeen(MARROWFIN_REQUEST_SIGN_IN) > m_signInAsked &&
+                                      m_host->requestsSeen(MARROWFIN_REQUEST_TOKEN) > 0 && PanelVisible();
+                           },
+                           netSettle, QStringLiteral("collections-after-sign-in")});
+
         // The host hands over the demo user and its token in one order, as a
         // host does after its own sign-in; the collections come from the service.
         m_steps.push_back({QStringLiteral("collections-signed-in"), [this](QString& why) {
@@ -439,7 +458,8 @@ void DemoTour::Start() {
 
 void DemoTour::HandleModal() {
     // Sign-in and tip boxes run their own loops: shoot them and answer them
-    // as a user who declines, so that the walk goes on.
+    // as a user who declines (or, where the step wants it, signs in), so
+    // that the walk goes on.
     QWidget* modal = QApplication::activeModalWidget();
     auto* dialog = qobject_cast<QDialog*>(modal);
     if (!dialog || !dialog->isVisible() || dialog->property("tourSeen").toBool()) return;
@@ -447,8 +467,14 @@ void DemoTour::HandleModal() {
     const bool signIn = qobject_cast<SignInDialog*>(dialog) != nullptr;
     Log(QStringLiteral("a modal window came up: %1 \"%2\"")
             .arg(QString::fromLatin1(dialog->metaObject()->className()), dialog->windowTitle()));
-    QTimer::singleShot(300, dialog, [this, dialog, signIn] {
+    const bool accept = signIn && m_acceptSignIn;
+    QTimer::singleShot(300, dialog, [this, dialog, signIn, accept] {
         (void)Shoot(signIn ? QStringLiteral("sign-in") : QStringLiteral("modal"), dialog->grab().toImage());
+        if (accept) {
+            Log(QStringLiteral("signing in as the user the dialog offers"));
+            dialog->accept();
+            return;
+        }
         Log(signIn ? QStringLiteral("sign-in cancelled, the user stays signed out") : QStringLiteral("modal window closed"));
         dialog->reject();
     });
@@ -502,6 +528,7 @@ void DemoTour::BeginStep() {
     Step& step = m_steps[m_current];
     Log(QStringLiteral("step %1/%2 %3").arg(m_current + 1).arg(m_steps.size()).arg(step.name));
     m_stepClock.start();
+    m_acceptSignIn = false;  // only the step that asks for it signs in
     QString why;
     m_inAction = true;
     const bool ok = step.act(why);

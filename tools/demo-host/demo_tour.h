@@ -93,6 +93,8 @@ private:
     int m_feedbackSeen = 0;
     bool m_feedbackSent = false;
     qint64 m_feedbackShownAt = -1;
+    bool m_acceptSignIn = false;
+    int m_signInAsked = 0;
     // Shared with the watchdog thread, which may outlive the tour object.
     std::shared_ptr<std::atomic<bool>> m_done = std::make_shared<std::atomic<bool>>(false);
 };
