@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <string>
 #include <thread>
 #include <vector>
@@ -190,8 +191,14 @@ TEST(FirstTreeReply, ASecondRunOnItsOwnThreadRebuildsInPlace) {
     second.replace(second.find("<dwg fn=\"f.dwg\""), 0, "<dwg fn=\"g.dwg\" size=\"7\" hi=\"1\"/>");
     service.stack.reply = second;
 
-    std::thread sync([&] { BuildFirstTree(store); });
-    // The panel's wait runs beside the synchronisation thread.
+    std::atomic<bool> finished{false};
+    std::thread sync([&] {
+        BuildFirstTree(store);
+        finished.store(true);
+    });
+    // The panel's wait beside the synchronisation thread: once the run has
+    // begun, the wait ends only when it is over.
+    while (store.syncBusy.load() == 0 && !finished.load()) std::this_thread::yield();
     WaitForSync(store);
     EXPECT_EQ(store.syncBusy.load(), 0);
     sync.join();
