@@ -355,7 +355,7 @@ void BM_MarkupStage_Tokenise(benchmark::State& state) {
         size_t pos = 0;
         size_t starts = 0;
         for (;;) {
-            while (text[pos] != u'<' && text[pos] != 0) ++pos;
+            if (text[pos] != u'<' && text[pos] != 0) pos = marrowfin::FindUnitBefore(text.c_str(), pos + 1, text.size(), u'<');
             tokenizer.Read(pos, node);
             if (node.kind == marrowfin::NodeEndOfText) break;
             starts += node.kind == marrowfin::NodeStartTag;
