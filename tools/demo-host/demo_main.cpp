@@ -88,6 +88,13 @@ int main(int argc, char** argv) {
     for (const QString& name : galleries) gallery.AddMoreGallery(name.toStdU16String().c_str());
     gallery.FirstSynchro();
     window.show();
+    // The library draws its pictures from BrindleSkin/ beside the host's
+    // program; without it the panel still works but looks bare.
+    if (!QFileInfo(ProgramDir() + QStringLiteral("/BrindleSkin")).isDir()) {
+        const QString warning = QStringLiteral("No BrindleSkin folder beside %1: the gallery is drawn without its pictures").arg(ProgramDir());
+        std::fprintf(stderr, "marrowfin-demo: %s\n", qPrintable(warning));
+        window.ShowStatus(warning);
+    }
 
     if (options.tourDir.isEmpty()) return app.exec();
 
