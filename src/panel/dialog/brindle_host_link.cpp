@@ -4,13 +4,13 @@
 // question of the export IsBlkBoutique.
 
 #include <QLineEdit>
-#include <chrono>
-#include <thread>
+#include <cstdint>
 
 #include "panel/dialog/brindle_dlg.h"
 #include "panel/dialog/host_requests.h"
 #include "panel/lists/class_list_ctrl.h"
 #include "platform/paths.h"
+#include "platform/ticks.h"
 #include "platform/qt/window_timers.h"
 #include "store/gallery_node.h"
 #include "store/gallery_store.h"
@@ -138,7 +138,7 @@ void CBrindleDlg::LocationStep(const std::u16string& location) {
         if (m_searchEdit) m_searchEdit->clear();
         SearchCommand(2202);
         // The search page's workers settle before the class opens.
-        std::this_thread::sleep_for(std::chrono::milliseconds(500));
+        SleepMs(500);
     }
     if (location.rfind(kCollectionsRoute, 0) == 0) {
         m_targetClass = location;
