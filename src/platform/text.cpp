@@ -160,6 +160,17 @@ const char* IconvNameOfCodePage(uint32_t codePage) {
     case 869: return "CP869";
     case 10000: return "MACINTOSH";
     case 65000: return "UTF-7";
+    // Windows numbers that glibc knows by other names.
+    case 51936: return "EUC-CN";
+    case 50225: return "ISO-2022-KR";
+    case 38598: return "ISO-8859-8";
+    case 737: return "CP737";
+    case 775: return "CP775";
+    case 858: return "CP858";
+    case 10007: return "CP10007";
+    case 10017: return "MACUKRAINIAN";
+    case 10029: return "MAC-CENTRALEUROPE";
+    case 21025: return "IBM1025";
     default: break;
     }
     // Windows code pages 1250 to 1258 and the ISO 8859 family from 28591.
@@ -170,6 +181,16 @@ const char* IconvNameOfCodePage(uint32_t codePage) {
     }
     if (codePage >= 28591 && codePage <= 28606 && codePage != 28600 && codePage != 28602) {
         std::snprintf(name, sizeof name, "ISO-8859-%u", codePage - 28590);
+        return name;
+    }
+    // The EBCDIC pages: IBM037 and the like, and 20273 for IBM273.
+    if (codePage == 37 || codePage == 500 || codePage == 870 || codePage == 875 || codePage == 1026 ||
+        codePage == 1047 || (codePage >= 1140 && codePage <= 1149)) {
+        std::snprintf(name, sizeof name, "IBM%03u", codePage);
+        return name;
+    }
+    if (codePage >= 20273 && codePage <= 20905) {
+        std::snprintf(name, sizeof name, "IBM%u", codePage - 20000);
         return name;
     }
     return nullptr;
@@ -214,6 +235,13 @@ bool CodePageToUtf16(std::string_view bytes, uint32_t codePage, std::u16string& 
             iconv(h.cd, nullptr, nullptr, nullptr, nullptr);
         }
     }
+    // Stateful code pages keep the last characters until told that the input ended.
+    {
+        char* o = buffer.data();
+        size_t oLeft = buffer.size();
+        if (iconv(h.cd, nullptr, nullptr, &o, &oLeft) != static_cast<size_t>(-1))
+            result.append(buffer.data(), buffer.size() - oLeft);
+    }
     out.resize(result.size() / 2);
     std::memcpy(out.data(), result.data(), out.size() * 2);
     if (lossy) *lossy = bad;
@@ -251,6 +279,13 @@ bool Utf16ToCodePage(std::u16string_view text, uint32_t codePage, std::string& o
             inLeft -= skip < inLeft ? skip : inLeft;
             iconv(h.cd, nullptr, nullptr, nullptr, nullptr);
         }
+    }
+    // Stateful code pages (UTF-7, the ISO 2022 family) close their last shift here.
+    {
+        char* o = buffer.data();
+        size_t oLeft = buffer.size();
+        if (iconv(h.cd, nullptr, nullptr, &o, &oLeft) != static_cast<size_t>(-1))
+            out.append(buffer.data(), buffer.size() - oLeft);
     }
     if (lossy) *lossy = bad;
     return true;
