@@ -1,0 +1,100 @@
+#include "panel/classes/class_table.h"
+#include "panel/classes/class_table_reader.h"
+#include "platform/files.h"
+#include "store/store_paths.h"
+
+namespace marrowfin {
+
+namespace {
+
+// The root level of NewAddGalleryType.xml: every element named `tag`, as
+// (text, ver attribute).
+std::vector<std::pair<std::u16string, std::u16string>> ReadSeenFile(std::u16string_view tag) {
+    std::vector<std::pair<std::u16string, std::u16string>> entries;
+    const std::u16string path = SeenClassVersionsPath();
+    if (!FileExists(path)) return entries;
+    MarkupDocument doc;
+    (void)doc.LoadFile(path);  // several top-level elements are not well-formed, yet readable
+    while (doc.FindElement(tag)) entries.emplace_back(doc.GetElementText(), doc.GetAttribute(u"ver"));
+    return entries;
+}
+
+void PublishTitles(const ClassTable& table) {
+    g_typeWord = table.typeWord;
+    g_boutiqueTitle = table.boutiqueTitle;
+    g_generalTitle = table.generalTitle;
+}
+
+}  // namespace
+
+void ReadSeenClasses() {
+    for (auto& [name, ver] : ReadSeenFile(u"item")) {
+        ClassExtra& extra = g_seenClasses[name];
+        extra.name = name;
+        extra.seen = ver;
+    }
+}
+
+ClassVersions ReadClassVersions(ClassTable& table) {
+    ClassVersions versions;
+    const std::u16string path = ClassTablePath();
+    if (!FileExists(path)) return versions;
+    MarkupDocument doc;
+    (void)doc.LoadFile(path);
+    versions = ReadClassDocument(doc, table);
+    g_typeWord = table.typeWord;
+
+    for (auto& [name, ver] : ReadSeenFile(u"class")) g_seenKinds[name] = ClassExtra{name, ver, ver};
+    // A first run starts without marks on kinds: what the table holds now counts as seen.
+    if (g_seenKinds.empty()) {
+        for (const auto& [key, items] : table.boutiqueKinds) {
+            const std::u16string name = KindName(key);
+            ClassExtra& extra = g_seenKinds[name];
+            extra.name = name;
+            extra.seen = HighestVersion(items);
+        }
+    }
+    return versions;
+}
+
+bool ApplyClassTable(std::u16string_view text, ClassTable& table, const ClassVersions& startVersions) {
+    const std::u16string path = ClassTablePath();
+    MarkupDocument doc;
+    bool readable = false;
+    if (!text.empty() && doc.SetText(text) && doc.FindElement(u"root")) {
+        // A table that cannot be stored is still the newest one: use it.
+        (void)doc.SaveFile(path);
+        readable = true;
+    }
+    if (!readable) {
+        // Nothing new, or an answer that does not parse: the cached table stays in force.
+        if (!FileExists(path)) return false;
+        doc = MarkupDocument();
+        (void)doc.LoadFile(path);
+    }
+
+    ClassTable fresh;
+    const ClassVersions versions = ReadClassDocument(doc, fresh);
+    table = std::move(fresh);
+
+    if (!startVersions.empty()) {
+        for (const auto& [name, ver] : versions) {
+            const auto old = startVersions.find(name);
+            if (old != startVersions.end() && old->second == ver) continue;
+            ClassExtra& extra = g_seenClasses[name];
+            extra.name = name;
+            extra.newest = ver;
+            extra.seen = old == startVersions.end() ? std::u16string() : old->second;
+        }
+        for (const auto& [key, items] : table.boutiqueKinds) {
+            const std::u16string name = KindName(key);
+            ClassExtra& extra = g_seenKinds[name];
+            extra.name = name;
+            extra.newest = HighestVersion(items);
+        }
+    }
+    PublishTitles(table);
+    return true;
+}
+
+}  // namespace marrowfin
