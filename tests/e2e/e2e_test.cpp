@@ -231,11 +231,39 @@ TEST(EndToEnd, PanelsOfTheSampleRenderAtRateOne) {
     ShowGallery((u"\\" + World().galleries[0]).c_str(), u"");
     Spin(600);
     RenderPanel(panel, QStringLiteral("e2e_gallery_rate_1.0"));
-    // The collections entry while nobody is signed in.
-    World().host->userNumber = 0;
+    // The collections entry while nobody is signed in: the panel asks the
+    // host to sign in (hiding itself meanwhile); nobody does, so no token is
+    // asked for and the panel goes back.
+    RecordingHost& host = *World().host;
+    MarrowfinSendPanelControl(GetGallery(), 6, 0);  // whoever an earlier case signed in
+    Spin(500);
+    host.records.clear();
+    host.userNumber = 0;
+    bool hiddenForSignIn = false;
+    host.onEvent = [&](const RecordingHost::Record& r) {
+        if (r.message != MARROWFIN_GALLERY_HOST_REQUEST || r.wParam != MARROWFIN_REQUEST_SIGN_IN) return;
+        hiddenForSignIn = !panel->isVisible();
+        RenderPanel(panel, QStringLiteral("e2e_collections_signed_out_rate_1.0"));
+    };
     MarrowfinSendPanelControl(GetGallery(), 0, 0);
-    Spin(900);
-    RenderPanel(panel, QStringLiteral("e2e_collections_signed_out_rate_1.0"));
+    EXPECT_TRUE(SpinUntil([&] { return !host.Requests(MARROWFIN_REQUEST_SIGN_IN).empty(); }, 3000));
+    Spin(300);
+    EXPECT_TRUE(hiddenForSignIn);
+    EXPECT_EQ(host.RequestOrder(), (std::vector<uintptr_t>{MARROWFIN_REQUEST_SIGN_IN}));
+    EXPECT_TRUE(panel->isVisible());
+    RenderPanel(panel, QStringLiteral("e2e_collections_refused_rate_1.0"));
+    // Signed in as a real user: the token follows at once.
+    host.records.clear();
+    host.userNumber = 42;
+    host.onEvent = nullptr;
+    MarrowfinSendPanelControl(GetGallery(), 0, 0);
+    EXPECT_TRUE(SpinUntil([&] { return !host.Requests(MARROWFIN_REQUEST_TOKEN).empty(); }, 3000));
+    EXPECT_EQ(host.RequestOrder(), (std::vector<uintptr_t>{MARROWFIN_REQUEST_SIGN_IN, MARROWFIN_REQUEST_TOKEN}));
+    Spin(600);
+    RenderPanel(panel, QStringLiteral("e2e_collections_signed_in_rate_1.0"));
+    // Signing out again leaves the collections (through the class-switch timer).
+    MarrowfinSendPanelControl(GetGallery(), 6, 0);
+    Spin(600);
     show();
 }
 

@@ -47,7 +47,16 @@ TEST(UpdateShow, PanelsRenderAtRateOneAndAHalf) {
     ShowGallery((u"\\" + World().galleries[0]).c_str(), u"");
     Spin(600);
     RenderPanel(panel, QStringLiteral("e2e_gallery_rate_1.5"));
+    // The collections entry while signed out, as it stands when the panel
+    // asks the host to sign in; the host's refusal takes the panel back.
+    RecordingHost& host = *World().host;
+    host.userNumber = 0;
+    host.onEvent = [panel](const RecordingHost::Record& r) {
+        if (r.message == MARROWFIN_GALLERY_HOST_REQUEST && r.wParam == MARROWFIN_REQUEST_SIGN_IN)
+            RenderPanel(panel, QStringLiteral("e2e_collections_signed_out_rate_1.5"));
+    };
     MarrowfinSendPanelControl(GetGallery(), 0, 0);
-    Spin(900);
-    RenderPanel(panel, QStringLiteral("e2e_collections_signed_out_rate_1.5"));
+    EXPECT_TRUE(SpinUntil([&] { return !host.Requests(MARROWFIN_REQUEST_SIGN_IN).empty(); }, 3000));
+    host.onEvent = nullptr;
+    EXPECT_TRUE(host.Requests(MARROWFIN_REQUEST_TOKEN).empty());
 }
