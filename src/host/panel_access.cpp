@@ -1,5 +1,7 @@
 #include "host/panel_access.h"
 
+#include <QApplication>
+
 #include "host/library_entry.h"
 #include "panel/dialog/brindle_dlg.h"
 #include "platform/qt/qt_window_system.h"
@@ -8,9 +10,10 @@ namespace marrowfin {
 
 CBrindleDlg* ExistingPanel() { return PanelSingleton(); }
 
-CBrindleDlg& EnsurePanel(QWidget* parent, const std::function<void(CBrindleDlg&)>& beforeCreate) {
+CBrindleDlg* EnsurePanel(QWidget* parent, const std::function<void(CBrindleDlg&)>& beforeCreate) {
     CBrindleDlg*& panel = PanelSingleton();
-    if (panel) return *panel;
+    if (panel) return panel;
+    if (!qobject_cast<QApplication*>(QCoreApplication::instance())) return nullptr;
     // Window handles and posted messages need the Qt window system before
     // the panel's start-up sends its first request.
     InstallQtWindowSystem();
@@ -18,7 +21,7 @@ CBrindleDlg& EnsurePanel(QWidget* parent, const std::function<void(CBrindleDlg&)
     panel = new CBrindleDlg;  // lives until the process ends
     if (beforeCreate) beforeCreate(*panel);
     panel->Create(parent);
-    return *panel;
+    return panel;
 }
 
 }  // namespace marrowfin

@@ -24,8 +24,8 @@ using namespace marrowfin;
 
 extern "C" MARROWFIN_API void show(void) {
     Shielded([] {
-        CBrindleDlg& panel = EnsurePanel(ApplicationMainWindow());
-        panel.ShowPanel();
+        CBrindleDlg* panel = EnsurePanel(ApplicationMainWindow());
+        if (panel) panel->ShowPanel();
     });
 }
 
@@ -34,7 +34,9 @@ extern "C" MARROWFIN_API void ShowGallery(const char16_t* location, const char16
     std::u16string how = TakeHostText(mode);
     Shielded([&] {
         // A new panel reads its mode during start-up ("UpdateShow" hides it there).
-        CBrindleDlg& panel = EnsurePanel(nullptr, [&how](CBrindleDlg& made) { made.showMode = how; });
+        CBrindleDlg* made = EnsurePanel(nullptr, [&how](CBrindleDlg& fresh) { fresh.showMode = how; });
+        if (!made) return;
+        CBrindleDlg& panel = *made;
         panel.showMode = how;
         panel.LocationStep(where);
         if (how != kUpdateShow) {
@@ -79,7 +81,9 @@ extern "C" MARROWFIN_API void SearchBrindleRes(const char16_t* text, const char1
     const QString words = QString::fromStdU16String(TakeHostText(text));
     std::u16string how = TakeHostText(mode);
     Shielded([&] {
-        CBrindleDlg& panel = EnsurePanel(nullptr);
+        CBrindleDlg* made = EnsurePanel(nullptr);
+        if (!made) return;
+        CBrindleDlg& panel = *made;
         panel.showMode = how;
         // A pending class-list rebuild would pull the panel off the search page.
         (void)KillTimer(panel.Handle(), kTimerBuildClassList);
@@ -91,7 +95,9 @@ extern "C" MARROWFIN_API void SearchBrindleRes(const char16_t* text, const char1
 extern "C" MARROWFIN_API void ResetClass(const char16_t* classText) {
     const std::u16string text = TakeHostPath(classText);
     Shielded([&] {
-        CBrindleDlg& panel = EnsurePanel(nullptr);
+        CBrindleDlg* made = EnsurePanel(nullptr);
+        if (!made) return;
+        CBrindleDlg& panel = *made;
         if (text.find(kCollectionsName) != std::u16string::npos) {
             panel.OpenCollectionsForHost();
             return;
@@ -102,7 +108,9 @@ extern "C" MARROWFIN_API void ResetClass(const char16_t* classText) {
 
 extern "C" MARROWFIN_API void ShowBoutiqueGallery(void) {
     Shielded([] {
-        CBrindleDlg& panel = EnsurePanel(nullptr);
+        CBrindleDlg* made = EnsurePanel(nullptr);
+        if (!made) return;
+        CBrindleDlg& panel = *made;
         panel.ShowPanel();
         if (panel.RunClassManager()) {
             panel.GoToPage(PageSearch);

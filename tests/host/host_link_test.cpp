@@ -45,7 +45,7 @@ protected:
         host = new RecordingHost;
         host->resize(200, 100);
         SetApplicationMainWindow(host);
-        panel = &EnsurePanel(nullptr);
+        panel = EnsurePanel(nullptr);
     }
     static void TearDownTestSuite() {
         // The panel stays, as in a host; the home folder goes.
@@ -97,7 +97,7 @@ void Tick(CDomodalDlg* wait) {
 TEST_F(HostLink, StartUpAskedTheHostForItsChannelAndTookTheMainWindow) {
     // Made in SetUpTestSuite, before the records were cleared: the fields tell.
     EXPECT_EQ(panel->m_hostChannel, u"channel-e2e");
-    EXPECT_EQ(panel, &EnsurePanel(nullptr));  // one panel for good
+    EXPECT_EQ(panel, EnsurePanel(nullptr));  // one panel for good
     EXPECT_EQ(ExistingPanel(), panel);
 }
 

@@ -7,6 +7,7 @@
 #include <thread>
 
 #include "host/library_entry.h"
+#include "marrowfin/marrowfin.h"
 #include "host/string_arg.h"
 #include "markup/markup_document.h"
 #include "platform/profile.h"
@@ -59,4 +60,24 @@ TEST(LibraryEntry, TheSharedLibraryLoadsAndRunsFirstSynchro) {
     // Internal names stay hidden.
     EXPECT_EQ(dlsym(lib, "_ZN9marrowfin14PanelSingletonEv"), nullptr);
     // The library is not unloaded: its detached thread may still be finishing.
+}
+
+TEST(LibraryEntry, WithoutTheHostsApplicationNoPanelIsMade) {
+    // A host that calls too early (no QApplication yet) gets the neutral
+    // answers instead of an aborted process.
+    marrowfin::test::TempHome home;
+    WriteOptionString(u"ServiceBase", u"http://127.0.0.1:9");
+    show();
+    ShowGallery(u"\\门窗", u"UpdateShow");
+    SearchBrindleRes(u"门", u"");
+    ResetClass(u"我的收藏");
+    ShowBoutiqueGallery();
+    HideGallery();
+    CloseGallery();
+    EXPECT_EQ(GetGallery(), 0u);
+    EXPECT_EQ(PanelSingleton(), nullptr);
+    EXPECT_EQ(IsBlkBoutique(u"/a/b.dwg"), 0);
+    EXPECT_EQ(IsDLLHwnd(1), 0);
+    EXPECT_EQ(MarrowfinSendCopyData(0, 416, u"1&^&t"), 0);
+    EXPECT_EQ(MarrowfinSendPanelControl(0, 5, 3), 0);
 }
