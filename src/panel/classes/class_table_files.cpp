@@ -1,6 +1,7 @@
 #include "panel/classes/class_table.h"
 #include "panel/classes/class_table_reader.h"
 #include "platform/files.h"
+#include "platform/text.h"
 #include "store/store_paths.h"
 
 namespace marrowfin {
@@ -26,6 +27,12 @@ void PublishTitles(const ClassTable& table) {
 }
 
 }  // namespace
+
+bool SaveClassTable(const MarkupDocument& doc) {
+    // A first run may come before the store's folder exists.
+    (void)CreateDirectories(StoreRoot());
+    return WriteFileAtomic(ClassTablePath(), "\xEF\xBB\xBF" + U8(doc.Text()));
+}
 
 void ReadSeenClasses() {
     for (auto& [name, ver] : ReadSeenFile(u"item")) {
@@ -63,7 +70,7 @@ bool ApplyClassTable(std::u16string_view text, ClassTable& table, const ClassVer
     bool readable = false;
     if (!text.empty() && doc.SetText(text) && doc.FindElement(u"root")) {
         // A table that cannot be stored is still the newest one: use it.
-        (void)doc.SaveFile(path);
+        (void)SaveClassTable(doc);
         readable = true;
     }
     if (!readable) {

@@ -10,6 +10,10 @@ namespace marrowfin {
 // kind numbers) and answers each class's version by name.
 ClassVersions ReadClassDocument(MarkupDocument& doc, ClassTable& table);
 
+// Writes the document as the cached file, UTF-8 with a byte order mark,
+// replacing the old one in one step.
+bool SaveClassTable(const MarkupDocument& doc);
+
 // The highest `ver` among the items (plain string order); empty for none.
 std::u16string HighestVersion(const std::vector<ClassItem>& items);
 

@@ -5,6 +5,8 @@
 #include "markup/markup_document.h"
 #include "net/http_transport.h"
 #include "panel/classes/class_table.h"
+#include "panel/classes/class_table_reader.h"
+#include "platform/files.h"
 #include "platform/profile.h"
 #include "store/store_paths.h"
 
@@ -61,7 +63,7 @@ void RunClassTableRefresh(WindowHandle panel) {
     // tables themselves are read again on the panel's thread.
     const std::u16string table = FetchClassTable();
     MarkupDocument doc;
-    if (!table.empty() && doc.SetText(table) && doc.FindElement(u"root")) (void)doc.SaveFile(ClassTablePath());
+    if (!table.empty() && doc.SetText(table) && doc.FindElement(u"root")) (void)SaveClassTable(doc);
     (void)PostWindowMessage(panel, MsgClassTableRefresh, ClassTableCached, 0);
 
     std::vector<std::u16string> words = ParseHotWords(FetchHotWords());
