@@ -197,7 +197,7 @@ void DemoTour::BuildSteps() {
                        },
                        [this] { return PanelVisible(); }, netSettle, QStringLiteral("gallery")});
 
-    if (!m_options.shortTour) {
+    {
         // Double-click a thumbnail until the host is asked to insert
         // it (the first click may only start its download), then place it.
         m_steps.push_back({QStringLiteral("insert-block"), [this, panel](QString& why) {
@@ -230,7 +230,25 @@ void DemoTour::BuildSteps() {
                                    return false;
                                }
                                const size_t before = sheet->blocks().size();
-                               ClickAt(sheet, QPoint(180, 140));
+                               // A free corner of the sheet, where the floating panel
+                               // does not hide the block in the screenshot.
+                               QPoint at(180, 140);
+                               QWidget* p = FindPanelWidget();
+                               const int w = sheet->width(), h = sheet->height();
+                               for (QPoint corner : {QPoint(40, 40), QPoint(w - 180, 40), QPoint(40, h - 140), QPoint(w - 180, h - 140)}) {
+                                   const QRect area(sheet->mapToGlobal(corner), QSize(DrawingSheet::kBlockSide + 20, DrawingSheet::kBlockSide));
+                                   if (!p || !p->isVisible() || !p->frameGeometry().intersects(area)) {
+                                       at = corner;
+                                       break;
+                                   }
+                               }
+                               ClickAt(sheet, at);
+                               // Nowhere free (a large scale): the user drags the panel
+                               // aside to see the drawing.
+                               if (p && p->isVisible() && p->frameGeometry().intersects(QRect(sheet->mapToGlobal(at), QSize(DrawingSheet::kBlockSide, DrawingSheet::kBlockSide)))) {
+                                   p->move(m_host->frameGeometry().right() + 8, m_host->frameGeometry().top());
+                                   Log(QStringLiteral("moved the panel beside the host"));
+                               }
                                if (sheet->blocks().size() != before + 1) {
                                    why = QStringLiteral("the click did not place the block");
                                    return false;

@@ -30,7 +30,7 @@ fi
 grep -q 'tour ends: .*, 0 failed,' "$work/tour/tour.log" || { echo "FAIL: tour.log does not end clean" >&2; exit 1; }
 # Numbers follow the order of the shots, which modal windows (a sign-in the
 # panel asks for) may shift; the names are fixed.
-expected="host panel gallery recent collections search search-typed feedback-form after-feedback host-window"
+expected="host panel gallery insert place-block recent collections search search-typed feedback-form after-feedback host-window"
 for name in $expected; do
   found=$(ls "$work/tour/"[0-9][0-9]-"$name"-1.0.png 2>/dev/null | head -n1)
   if [ -z "$found" ] || [ ! -s "$found" ]; then
@@ -43,6 +43,8 @@ done
 "$demo" --inspect "$work"/tour/*.png || { echo "FAIL: a screenshot is blank or unreadable" >&2; exit 1; }
 # The panel shots are the panel's own size at Rate 1: 755 by 454.
 "$demo" --inspect "$work"/tour/[0-9][0-9]-panel-1.0.png | grep -q ' 755 454 ' || { echo "FAIL: the panel shot is not 755x454" >&2; exit 1; }
+# The inserted block came from the store in the test's own documents folder.
+grep -q "placed $work/profile/documents/.*\.dwg" "$work/tour/tour.log" || { echo "FAIL: no block placed from the test's store" >&2; exit 1; }
 # Nothing was written outside the test's folder: the profile holds the service.
 grep -q "ServiceBase=http://127.0.0.1:" "$XDG_CONFIG_HOME/Tarvex/Marrowfin.ini"
 echo "tour ok"
