@@ -121,8 +121,18 @@ void CBrindleDlg::CreateControls() {
     m_searchEdit->installEventFilter(new SearchEditWatch(this));
     // The widening and the suggestions join with the search box; the clear
     // button already follows whether there is text to clear.
+    // The edit is three units wide while empty, so the painted placeholder
+    // shows; typing widens it over the placeholder and shows the clear button.
     connect(m_searchEdit, &QLineEdit::textChanged, this, [this](const QString& text) {
         if (CSkinButton* clear = Button(2200)) clear->setVisible(!text.isEmpty());
+        if (text.isEmpty()) {
+            m_searchEdit->setGeometry(ScaleBox(38, 43, 3, 17));
+            update(ScaleRect(11, 39, 689, 65));
+            return;
+        }
+        m_searchEdit->setGeometry(ScaleBox(38, 43, 500, 17));
+        m_searchEdit->setCursorPosition(static_cast<int>(text.size()));
+        m_searchEdit->repaint();
     });
 
     // 11. The thumbnail list, the result list (hidden) and the class list.

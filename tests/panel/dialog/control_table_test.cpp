@@ -16,6 +16,7 @@
 #include "skin/progress_ctrl_owner.h"
 #include "skin/skin_button.h"
 #include "skin/subclass_button.h"
+#include "skin/skin_scale.h"
 
 using namespace marrowfin;
 using namespace marrowfin::test;
@@ -191,10 +192,13 @@ TEST(PanelControls, ClearButtonFollowsTheEditAndButtonsReachTheirHandlers) {
     PanelWorld world;
     CBrindleDlg& panel = world.panel();
     panel.ShowPanel();
+    // Typing widens the edit over the placeholder; emptying it shrinks it back.
     panel.m_searchEdit->setText(QStringLiteral("阀门"));
     EXPECT_FALSE(panel.Button(2200)->isHidden());
+    EXPECT_EQ(panel.m_searchEdit->geometry(), ScaleBox(38, 43, 500, 17));
     panel.m_searchEdit->clear();
     EXPECT_TRUE(panel.Button(2200)->isHidden());
+    EXPECT_EQ(panel.m_searchEdit->geometry(), ScaleBox(38, 43, 3, 17));
 
     // 2104 opens the search of the collections.
     CSkinButton* search = panel.Button(2104);
