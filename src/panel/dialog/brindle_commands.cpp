@@ -5,7 +5,10 @@
 #include <shared_mutex>
 
 #include "net/tree_lock.h"
+#include "panel/classes/class_table_refresh.h"
 #include "panel/dialog/brindle_dlg.h"
+#include "panel/dialog/start_up.h"
+#include "platform/files.h"
 #include "panel/dialog/panel_timers.h"
 #include "panel/lists/class_list_ctrl.h"
 #include "panel/lists/search_list_ctrl.h"
@@ -16,6 +19,7 @@
 #include "store/gallery_store.h"
 #include "store/gallery_tree.h"
 #include "store/show_list.h"
+#include "store/store_paths.h"
 
 namespace marrowfin {
 
@@ -98,7 +102,10 @@ void CBrindleDlg::OnPanelCommand(std::uintptr_t code, std::intptr_t lParam) {
             }
             return;
         case 24:
-            // Reapplying the class table after a new sort joins with the class table.
+            // A new sort: nothing to reorder without a cached table.
+            if (!FileExists(ClassTablePath())) return;
+            ReapplyClassTable();
+            if (TakeRequestNetworkOption()) StartClassTableRefresh(Handle());
             return;
         default:
             // 7 and anything above 24 do nothing.
@@ -209,8 +216,9 @@ void CBrindleDlg::ApplyShowList(std::intptr_t force) {
 
 void CBrindleDlg::RefreshClassRows() {
     if (!m_store || !m_store->root) return;
-    // Until the class table joins, each gallery's own boutique mark is the
-    // verdict, so the rows only need drawing again.
+    // The class table is the verdict on boutique galleries once it is read.
+    for (GalleryNode* gallery : m_store->root->dirChildren)
+        if (gallery) gallery->boutique = IsBoutiqueClass(m_classTable, gallery->path);
     if (m_classList) m_classList->update();
 }
 

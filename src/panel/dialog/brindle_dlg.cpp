@@ -9,6 +9,7 @@
 #include "net/download_queue.h"
 #include "net/gallery_sync.h"
 #include "net/http_stack.h"
+#include "panel/classes/class_table_refresh.h"
 #include "panel/dialog/download_progress.h"
 #include "panel/dialog/host_requests.h"
 #include "panel/dialog/hot_words.h"
@@ -90,6 +91,9 @@ std::intptr_t CBrindleDlg::OnMessage(uint32_t message, std::uintptr_t wParam, st
             return OnCopyData(reinterpret_cast<const CopyDataStruct*>(lParam));
         case MsgProgress:
             (void)ShowDownloadProgress(*this, wParam, lParam);
+            return 0;
+        case MsgClassTableRefresh:
+            OnClassTableRefresh(wParam, std::move(payload));
             return 0;
         case MsgFileReady:
             // The thumbnail list takes this when it joins; until then the path

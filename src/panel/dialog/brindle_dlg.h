@@ -23,6 +23,7 @@
 #include <string>
 #include <vector>
 
+#include "panel/classes/class_table.h"
 #include "panel/model/block_row.h"
 #include "panel/model/panel_messages.h"
 #include "panel/model/panel_page.h"
@@ -108,7 +109,14 @@ public:
     bool m_thumbScanBusy = false;
 
     // ---- class table ----------------------------------------------------
+    ClassTable m_classTable;
+    KindMap& m_generalKinds = m_classTable.generalKinds;
+    KindMap& m_boutiqueKinds = m_classTable.boutiqueKinds;
+    ClassVersions m_classVersions;  // the table of the start of this run
+    std::vector<QString> m_hotWords;
     bool m_showDesc = false;
+    // Reapplies the cached table (timer 1004, command 24).
+    void ReapplyClassTable();
 
     // ---- operations -----------------------------------------------------
     void ShowPanel();   // SW_SHOW
@@ -167,6 +175,7 @@ private:
     void OnInitDialog();
     void CreateControls();
     void OnTimer(std::uintptr_t id);
+    void OnClassTableRefresh(std::uintptr_t code, std::unique_ptr<MessagePayload> payload);
     void OnButton(int id);
     void OnPanelButton(int id);
     void OnCloseButton();

@@ -1,7 +1,9 @@
 // The panel's timers and MsgPanelEvent.
 
 #include "net/gallery_sync.h"
+#include "panel/classes/class_table_refresh.h"
 #include "panel/dialog/brindle_dlg.h"
+#include "panel/dialog/hot_words.h"
 #include "panel/dialog/hourly_refresh.h"
 #include "panel/dialog/panel_timers.h"
 #include "panel/lists/class_list_ctrl.h"
@@ -21,15 +23,27 @@ constexpr int kStatusButtons[] = {2155, 2156, 2157, 2150};
 
 }  // namespace
 
+void CBrindleDlg::ReapplyClassTable() {
+    (void)ApplyClassTable(u"", m_classTable, m_classVersions);
+    m_showDesc = m_classTable.showDesc;
+}
+
+void CBrindleDlg::OnClassTableRefresh(std::uintptr_t code, std::unique_ptr<MessagePayload> payload) {
+    if (code == ClassTableCached) {
+        SetTimer(Handle(), kTimerClassTableApply, kClassTableApplyMs);
+        return;
+    }
+    if (code != HotWordsFetched) return;
+    if (auto* words = dynamic_cast<HotWordsPayload*>(payload.get())) TakeHotWords(m_hotWords, words->value);
+}
+
 void CBrindleDlg::OnTimer(std::uintptr_t id) {
     const WindowHandle self = Handle();
     switch (id) {
         case kTimerHourlyRefresh: {
             if (DecideHourlyRefresh(LocalHour(), RollPercent()) == HourlyStep::Wait) return;
             KillTimer(self, kTimerHourlyRefresh);
-            if (GetOptionInt(u"RequestNetwork", -1) != 0) {
-                // The class-table refresh joins with the class table.
-            }
+            if (GetOptionInt(u"RequestNetwork", -1) != 0) StartClassTableRefresh(self);
             return;
         }
         case kTimerRightStrip:
@@ -50,13 +64,17 @@ void CBrindleDlg::OnTimer(std::uintptr_t id) {
             update();
             return;
         case kTimerClassTableApply:
+            KillTimer(self, id);
+            ReapplyClassTable();
+            (void)PostWindowMessage(self, MsgPanelCommand, 19, 0);
+            return;
         case kTimerRowCheck:
         case kTimerThumbRequest:
         case kTimerRowUse:
         case kTimerRowCollect:
         case kTimerRowClassLink:
-            // One-shots whose work joins with the class table, the thumbnail
-            // list and the result rows: they end here so they never tick on.
+            // One-shots whose work joins with the thumbnail list and the
+            // result rows: they end here so they never tick on.
             KillTimer(self, id);
             return;
         default:

@@ -187,10 +187,9 @@ bool CBrindleDlg::IsBlkBoutique(const std::u16string& blockPath) {
     GalleryNode* block = FindBlockByPath(store.root, path, true);
     if (block && block->parent && block->parent->parent) return remember(block->parent->parent->boutique);
 
-    // Not in the tree: the gallery name is the first component below the root
-    // folder. Its boutique mark comes from the class table, which the panel
-    // does not read yet; until it does, such a block counts as not boutique.
-    return remember(false);
+    // Not in the tree: the class table knows the gallery named by the first
+    // component below the root folder.
+    return remember(IsBoutiqueClass(m_classTable, path));
 }
 
 int CBrindleDlg::RequireLogin() {

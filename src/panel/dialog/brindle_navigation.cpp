@@ -65,10 +65,6 @@ QString SubclassTip(const std::u16string& name) {
 // The collections' folder of a user: "<userId>_收藏".
 std::u16string CollectionName(int32_t user) { return W(std::to_string(user)) + u"_收藏"; }
 
-bool StartsWith(std::u16string_view text, std::u16string_view prefix) {
-    return text.size() >= prefix.size() && text.substr(0, prefix.size()) == prefix;
-}
-
 }  // namespace
 
 // ---- class column ----------------------------------------------------------
@@ -134,17 +130,7 @@ void CBrindleDlg::ShowEmptyClass(int row, const std::u16string& path) {
 }
 
 bool CBrindleDlg::ClassIsBoutique(const std::u16string& path) const {
-    // The class table's verdict takes over once it is loaded; until then the
-    // top class's own mark in the tree answers.
-    if (!m_store || !m_store->root) return false;
-    const std::u16string& base = m_store->root->path;
-    if (!StartsWith(path, base) || path.size() <= base.size() + 1) return false;
-    const size_t start = base.size() + 1;
-    const size_t end = path.find(u'/', start);
-    const std::u16string top = path.substr(start, end == std::u16string::npos ? std::u16string::npos : end - start);
-    for (const GalleryNode* gallery : m_store->root->dirChildren)
-        if (gallery && gallery->name == top) return gallery->boutique;
-    return false;
+    return IsBoutiqueClass(m_classTable, path);
 }
 
 void CBrindleDlg::SwitchClass(int row) {

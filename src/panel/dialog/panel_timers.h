@@ -21,6 +21,7 @@ inline constexpr std::uintptr_t kTimerRowCollect = 2003;       // one-shot, 300 
 inline constexpr std::uintptr_t kTimerRowClassLink = 2004;     // one-shot, 200 ms
 
 inline constexpr unsigned kHourlyRefreshMs = 3600000;
+inline constexpr unsigned kClassTableApplyMs = 100;
 inline constexpr unsigned kFirstClassListMs = 250;
 inline constexpr unsigned kClassListMs = 150;
 

@@ -1,6 +1,8 @@
 #include "panel/dialog/start_up.h"
 
+#include "panel/classes/class_table_refresh.h"
 #include "panel/dialog/brindle_dlg.h"
+#include "panel/dialog/hot_words.h"
 #include "platform/files.h"
 #include "platform/profile.h"
 #include "store/store_paths.h"
@@ -17,13 +19,18 @@ bool TakeRequestNetworkOption() {
 }
 
 void StartUpClassTable(CBrindleDlg& panel) {
-    (void)panel;
-    // The class table's reader, its versions and the hot words join with the
-    // class table; until then the tables stay empty, as after a failed request.
+    ReadSeenClasses();
+    panel.m_classVersions = ReadClassVersions(panel.m_classTable);
     if (FileExists(ClassTablePath())) {
-        const bool refresh = TakeRequestNetworkOption();
-        (void)refresh;  // the background class-table refresh joins with the class table
+        (void)ApplyClassTable(u"", panel.m_classTable, panel.m_classVersions);
+        if (TakeRequestNetworkOption()) StartClassTableRefresh(panel.Handle());
+    } else {
+        // First run: the pickers need a table before the panel goes on, so
+        // the requests block here. A failed one leaves the tables empty.
+        (void)ApplyClassTable(FetchClassTable(), panel.m_classTable, panel.m_classVersions);
+        (void)TakeHotWords(panel.m_hotWords, ParseHotWords(FetchHotWords()));
     }
+    panel.m_showDesc = panel.m_classTable.showDesc;
 }
 
 }  // namespace marrowfin

@@ -10,6 +10,7 @@
 #include "platform/files.h"
 #include "platform/profile.h"
 #include "platform/qt/window_timers.h"
+#include "platform/text.h"
 #include "platform/ticks.h"
 #include "skin/skin_button.h"
 #include "skin/subclass_button.h"
@@ -104,6 +105,18 @@ void PanelWorld::MakePanel(bool waitForStart, float rate) {
     WriteOptionString(u"Rate", rate == 1.0f ? std::u16string(u"1") : QString::number(rate).toStdU16String());
     if (!FileExists(ShowListPath()))
         WriteFileAtomic(ShowListPath(), "\xEF\xBB\xBF<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r<root>\r</root>\r");
+    // The panel takes the boutique galleries from the class table: list the
+    // world's galleries there, and keep the service from replacing it.
+    if (!FileExists(ClassTablePath())) {
+        std::u16string table = u"<root><sort id=\"精品图库\" show=\"精品图库\"><kind>全部</kind></sort>"
+                               u"<sort id=\"通用图库\" show=\"通用图库\"><kind>全部</kind></sort><type>";
+        for (const GalleryNode* gallery : root()->dirChildren)
+            table += u"<item><name>" + gallery->name + u"</name><gv>" + (gallery->boutique ? u"1" : u"0") +
+                     u"</gv><ver>1</ver></item>";
+        table += u"</type></root>";
+        WriteFileAtomic(ClassTablePath(), "\xEF\xBB\xBF" + U8(table));
+        WriteOptionInt(u"RequestNetwork", 0);
+    }
     panel = std::make_unique<CBrindleDlg>();
     panel->Create(nullptr);
     panel->m_store = &store;  // before the first class list is built, 250 ms after start
