@@ -60,6 +60,13 @@ TEST(PanelClassTable, FirstRunSortCommandAndHourlyRefresh) {
     EXPECT_EQ(g_defaultHotWord, QStringLiteral("门"));
     EXPECT_EQ(GetOptionInt(u"RequestNetwork", -7), -7);  // the first run does not touch the option
 
+    // A block of a gallery outside the tree is judged by the class table:
+    // every third gallery of the sample (the second first) is a boutique one.
+    ASSERT_GE(world.galleries().size(), 3u);
+    EXPECT_TRUE(panel.IsBlkBoutique(StoreRoot() + u"/" + world.galleries()[1] + u"/类/块.dwg"));
+    EXPECT_FALSE(panel.IsBlkBoutique(StoreRoot() + u"/" + world.galleries()[2] + u"/类/块.dwg"));
+    EXPECT_FALSE(panel.IsBlkBoutique(StoreRoot() + u"/不存在/类/块.dwg"));
+
     // The sort command: reapplies at once, then refreshes on a worker whose
     // words and table come back through the panel's queue.
     Pump(300);  // the first class list
