@@ -10,6 +10,7 @@
 #include "panel/dialog/start_up.h"
 #include "platform/files.h"
 #include "panel/dialog/panel_timers.h"
+#include "panel/dialog/thumbnail_road.h"
 #include "panel/lists/class_list_ctrl.h"
 #include "panel/lists/search_list_ctrl.h"
 #include "platform/qt/window_timers.h"
@@ -41,8 +42,13 @@ void CBrindleDlg::OnPanelCommand(std::uintptr_t code, std::intptr_t lParam) {
             // Renaming a collection folder joins with the collection dialogs.
             return;
         case 3:
+            ActivateBlock(*this, lParam);
+            return;
         case 4:
-            // Activating and renaming a block join with the thumbnail list.
+            // Only a block of the collections is renamed (that joins with the
+            // collection dialogs); anywhere else the double click activates.
+            if (m_classIndex != 1 || IsSearchPage(m_page) || m_curClassPath.find(u"收藏") == std::u16string::npos)
+                (void)SendWindowMessage(Handle(), MsgPanelCommand, 3, lParam);
             return;
         case 5:
             if (m_collectionBtns.size() > 2 && m_collectionBtns[2]) m_collectionBtns[2]->setEnabled(lParam >= 0);
@@ -92,7 +98,8 @@ void CBrindleDlg::OnPanelCommand(std::uintptr_t code, std::intptr_t lParam) {
             }
             return;
         case 22:
-            // Opening an advertising tile's address joins with the tiles.
+            // A click only matters on an advertising tile in the first cell:
+            // opening its address joins with the tiles.
             return;
         case 23:
             if (lParam >= 0 && lParam < static_cast<std::intptr_t>(m_rows.size())) {

@@ -15,6 +15,7 @@
 #include "panel/dialog/hot_words.h"
 #include "panel/dialog/panel_timers.h"
 #include "panel/dialog/start_up.h"
+#include "panel/dialog/thumbnail_road.h"
 #include "panel/paint/panel_painter.h"
 #include "platform/files.h"
 #include "platform/profile.h"
@@ -96,8 +97,8 @@ std::intptr_t CBrindleDlg::OnMessage(uint32_t message, std::uintptr_t wParam, st
             OnClassTableRefresh(wParam, std::move(payload));
             return 0;
         case MsgFileReady:
-            // The thumbnail list takes this when it joins; until then the path
-            // of a finished file is freed here.
+            // The store's queue hands over the path; it is freed on return.
+            if (auto* path = dynamic_cast<OwnedText*>(payload.get())) ThumbFileReady(*this, path->value);
             return 0;
         default:
             return 0;
@@ -130,6 +131,7 @@ void CBrindleDlg::OnInitDialog() {
 
     // 8 to 12. Tool tips are Qt's own; the controls in the table's order.
     CreateControls();
+    WireThumbList(*this);
 
     // 13. Wait for a running first synchronisation (about 20 s at most).
     m_store = &GalleryStore::Instance();

@@ -6,6 +6,7 @@
 #include "panel/dialog/hot_words.h"
 #include "panel/dialog/hourly_refresh.h"
 #include "panel/dialog/panel_timers.h"
+#include "panel/dialog/thumbnail_road.h"
 #include "panel/lists/class_list_ctrl.h"
 #include "panel/lists/dwg_list_view.h"
 #include "panel/lists/search_list_ctrl.h"
@@ -63,18 +64,20 @@ void CBrindleDlg::OnTimer(std::uintptr_t id) {
             KillTimer(self, id);
             update();
             return;
+        case kTimerThumbRequest:
+            RequestVisibleThumbs(*this);
+            return;
         case kTimerClassTableApply:
             KillTimer(self, id);
             ReapplyClassTable();
             (void)PostWindowMessage(self, MsgPanelCommand, 19, 0);
             return;
         case kTimerRowCheck:
-        case kTimerThumbRequest:
         case kTimerRowUse:
         case kTimerRowCollect:
         case kTimerRowClassLink:
-            // One-shots whose work joins with the thumbnail list and the
-            // result rows: they end here so they never tick on.
+            // One-shots whose work joins with the result rows: they end here
+            // so they never tick on.
             KillTimer(self, id);
             return;
         default:
@@ -84,10 +87,22 @@ void CBrindleDlg::OnTimer(std::uintptr_t id) {
 }
 
 void CBrindleDlg::OnPanelEvent(std::uintptr_t code, std::intptr_t lParam, std::unique_ptr<MessagePayload> payload) {
-    // A payload (a worker's path) is freed when this returns; codes 0 to 3
-    // and 6 to 11 join with the thumbnail list and the collections.
-    (void)payload;
+    // A payload (a worker's path) is freed when this returns; codes 6 to 11
+    // join with the collections.
     switch (code) {
+        case 0:
+            QueueThumbCheck(*this, lParam);
+            return;
+        case 1:
+        case 2:
+            if (auto* path = dynamic_cast<OwnedText*>(payload.get()))
+                ThumbDownloadEnded(*this, code == 1, path->value);
+            return;
+        case 3:
+            // The collections' thumbnail downloads (m_thumbWaiting to
+            // m_thumbRunning, a worker per path) join with the collections:
+            // their download address comes from the collection model.
+            return;
         case 4: {
             for (int id : kStatusButtons)
                 if (CSkinButton* button = Button(id)) button->hide();

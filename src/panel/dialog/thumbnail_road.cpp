@@ -1,0 +1,173 @@
+#include "panel/dialog/thumbnail_road.h"
+
+#include <algorithm>
+#include <mutex>
+#include <shared_mutex>
+
+#include "net/download_queue.h"
+#include "net/tree_lock.h"
+#include "panel/dialog/brindle_dlg.h"
+#include "panel/dialog/host_requests.h"
+#include "panel/dialog/panel_timers.h"
+#include "panel/lists/class_list_ctrl.h"
+#include "panel/lists/dwg_list_view.h"
+#include "platform/files.h"
+#include "platform/qt/qt_window_system.h"
+#include "platform/qt/window_timers.h"
+#include "skin/pop_tip_dlg.h"
+#include "store/gallery_node.h"
+#include "store/gallery_store.h"
+#include "store/gallery_tree.h"
+#include "store/usage_lists.h"
+
+namespace marrowfin {
+
+namespace {
+
+constexpr int kThumbQuietMs = 500;
+constexpr size_t kBoutiqueCacheBound = 100;
+constexpr std::uintptr_t kEventMissing = 0;
+constexpr std::uintptr_t kEventNextThumb = 3;
+
+GalleryStore& StoreOf(CBrindleDlg& panel) { return panel.m_store ? *panel.m_store : GalleryStore::Instance(); }
+
+// The boutique mark a grid cell wears: on the recent list each block's own
+// gallery decides, elsewhere the opened gallery; collections have none.
+bool ItemIsBoutique(CBrindleDlg& panel, int item) {
+    if (!panel.m_pThumbList) return false;
+    if (panel.m_classIndex == 0) {
+        const std::u16string path = panel.m_pThumbList->GetPath(item);
+        return !path.empty() && panel.IsBlkBoutique(path);
+    }
+    if (panel.m_classIndex == 1 || panel.m_page == PageCollection || !panel.m_classList) return false;
+    const GalleryStore& store = StoreOf(panel);
+    if (!store.root) return false;
+    const std::u16string name = panel.m_classList->GetItemText(panel.m_classIndex).toStdU16String();
+    for (const GalleryNode* gallery : store.root->dirChildren)
+        if (gallery && gallery->name == name) return gallery->boutique;
+    return false;
+}
+
+}  // namespace
+
+uint32_t InsertionCode(const std::u16string& showMode) {
+    if (showMode == u"YL") return 3;
+    if (showMode == u"PMMC") return 4;
+    return 2;
+}
+
+void WireThumbList(CBrindleDlg& panel) {
+    SetDownloadNotifyWindow(panel.Handle());
+    CDWGListView* list = panel.m_pThumbList;
+    if (!list) return;
+    CBrindleDlg* self = &panel;
+    list->isScanBusy = [self] { return self->m_thumbScanBusy; };
+    list->isBoutique = [self](int item) { return ItemIsBoutique(*self, item); };
+    // The advertising tile of the first cell joins with the tiles.
+}
+
+void QueueThumbCheck(CBrindleDlg& panel, std::intptr_t item) {
+    const int index = static_cast<int>(item);
+    if (std::find(panel.m_thumbsToCheck.begin(), panel.m_thumbsToCheck.end(), index) == panel.m_thumbsToCheck.end())
+        panel.m_thumbsToCheck.push_back(index);
+    // A burst of reports while scrolling ends in one request, 500 ms after the last.
+    (void)SetTimer(panel.Handle(), kTimerThumbRequest, kThumbQuietMs);
+}
+
+void RequestVisibleThumbs(CBrindleDlg& panel) {
+    KillTimer(panel.Handle(), kTimerThumbRequest);
+    CDWGListView* list = panel.m_pThumbList;
+    panel.m_thumbScanBusy = true;
+    std::vector<int> items = panel.m_thumbsToCheck;
+    std::sort(items.begin(), items.end());
+    for (int item : items) {
+        if (!list || item < 0 || item >= list->GetItemCount()) continue;
+        const QRect cell = list->ItemRect(item);
+        const bool visible = cell.isEmpty() || !(cell.bottom() < 0 || cell.top() >= list->height());
+        const std::u16string path = list->GetPath(item);
+        if (!visible || path.empty()) continue;
+        if (panel.m_classIndex == 1) {
+            // The collections fetch their own thumbnails (events 1 to 3).
+            if (std::find(panel.m_thumbWaiting.begin(), panel.m_thumbWaiting.end(), path) ==
+                panel.m_thumbWaiting.end()) {
+                panel.m_thumbWaiting.push_back(path);
+                (void)PostWindowMessage(panel.Handle(), MsgPanelEvent, kEventNextThumb, 0);
+            }
+        } else {
+            EnqueueDownload(StoreOf(panel), path);
+        }
+    }
+    panel.m_thumbsToCheck.clear();
+    panel.m_thumbScanBusy = false;
+}
+
+void ThumbFileReady(CBrindleDlg& panel, const std::u16string& path) {
+    CDWGListView* list = panel.m_pThumbList;
+    if (!list) return;
+    for (int item = 0; item < list->GetItemCount(); ++item) {
+        if (list->GetPath(item) == path) {
+            (void)PostWindowMessage(HandleOf(list), MsgListRefresh, 1, item);
+            return;
+        }
+    }
+}
+
+void ThumbDownloadEnded(CBrindleDlg& panel, bool succeeded, const std::u16string& path) {
+    (void)PostWindowMessage(panel.Handle(), MsgPanelEvent, kEventNextThumb, 0);
+    if (succeeded) ThumbFileReady(panel, path);
+    auto& running = panel.m_thumbRunning;
+    running.erase(std::remove(running.begin(), running.end(), path), running.end());
+}
+
+void ActivateBlock(CBrindleDlg& panel, std::intptr_t item) {
+    GalleryStore& store = StoreOf(panel);
+    if (!store.root || !IsWindow(panel.hostWindow)) return;
+    if (item < 0 || static_cast<size_t>(item) >= panel.m_listNodes.size()) return;
+    // An advertising tile in the first cell joins with the tiles.
+    GalleryNode* node = panel.m_listNodes[static_cast<size_t>(item)];
+    if (!node) return;
+
+    if (panel.m_boutiqueCache.size() > kBoutiqueCacheBound) panel.m_boutiqueCache.clear();
+    GalleryNode* parent = node->parent;
+    GalleryNode* grand = parent ? parent->parent : nullptr;
+    if (parent && grand) {
+        const GalleryNode* gallery = node->ownerName == kCommonUseTag ? parent : grand;
+        panel.m_boutiqueCache[node->path] = gallery->boutique ? 1 : 0;
+    }
+
+    const std::u16string path = node->path;
+    const std::u16string name = node->name;
+    if (!FileExists(path)) {
+        CPopTipDlg tip(&panel);
+        tip.Configure(QStringLiteral("插入图块"), false, QStringLiteral("文件未下载，请稍后"), QString(),
+                      QStringLiteral("确定"), QStringLiteral("取消"));
+        (void)tip.DoModal();
+        // Asked for through the grid's road unless the collections' own queue holds files.
+        if (panel.m_thumbWaiting.empty())
+            (void)PostWindowMessage(panel.Handle(), MsgPanelEvent, kEventMissing, item);
+        return;
+    }
+
+    (void)PostHostInsertion(panel.hostWindow, InsertionCode(panel.showMode), path);
+    if (panel.m_classIndex == 0) return;  // the recent list keeps its order
+
+    std::unique_lock<std::shared_mutex> lock(TreeLock());
+    RememberRecent(store, path, name);
+    // Only a block of a real subclass heads its gallery's common-use list.
+    if (!parent || !grand || node->ownerName != parent->name) return;
+    auto& entries = grand->fileChildren;
+    for (auto it = entries.begin(); it != entries.end();) {
+        GalleryNode* entry = *it;
+        if (entry && entry->path == path) {
+            DestroySubtree(entry);
+            delete entry;
+            it = entries.erase(it);
+        } else {
+            ++it;
+        }
+    }
+    auto* head = new GalleryNode(std::u16string(kCommonUseTag), path, name, u"file", false, false, 0);
+    if (!AddChild(grand, head, true)) delete head;
+}
+
+}  // namespace marrowfin

@@ -1,0 +1,271 @@
+// The panel with its thumbnail grid: a class's files fetched while in view
+// from the stand-in service, the quiet timer, and the activation of a block
+// (insertion request, recent and common-use lists, the tip for a missing file).
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QTimer>
+#include <QtTest/QTest>
+#include <algorithm>
+
+#include "fault_switches.h"
+#include "marrowfin/marrowfin.h"
+#include "net/download_queue.h"
+#include "net/gallery_sync.h"
+#include "panel/dialog/panel_timers.h"
+#include "panel/lists/dwg_list_view.h"
+#include "panel_world.h"
+#include "platform/files.h"
+#include "platform/qt/qt_window_system.h"
+#include "platform/qt/window_timers.h"
+#include "request_counters.h"
+#include "service_handle.h"
+#include "skin/pop_tip_dlg.h"
+#include "store/gallery_tree.h"
+#include "store/show_list.h"
+#include "support/live_service.h"
+#include "support/test_paths.h"
+
+namespace marrowfin {
+namespace {
+
+using test::PanelWorld;
+using test::PumpUntil;
+
+// The host's window: records the insertion requests with their paths.
+class RecordingHost final : public QWidget {
+public:
+    struct Insertion {
+        uintptr_t code;
+        std::u16string path;
+    };
+    std::vector<Insertion> insertions;
+
+protected:
+    bool event(QEvent* event) override {
+        if (event->type() == MarrowfinHostEventType) {
+            auto* e = static_cast<MarrowfinHostEvent*>(event);
+            if (e->message == MARROWFIN_GALLERY_HOST_REQUEST && e->wParam >= 2 && e->wParam <= 4) {
+                std::unique_ptr<std::u16string> path = e->TakeText();
+                insertions.push_back({e->wParam, path ? *path : std::u16string()});
+            }
+            return true;
+        }
+        return QWidget::event(event);
+    }
+};
+
+std::string PreviewDrawing() { return test::ReadBytes(test::SharedDir() + "/testdata/dwg/bmp8_ac1015.dwg"); }
+
+void DoubleClickItem(CDWGListView* list, int item) {
+    list->EnsureVisible(item);
+    QWidget* top = list->window();
+    QTest::mouseDClick(top->windowHandle(), Qt::LeftButton, {}, list->mapTo(top, list->IconRect(item).center()));
+    QCoreApplication::processEvents();
+}
+
+std::vector<std::u16string> PathsOf(const std::vector<GalleryNode*>& nodes) {
+    std::vector<std::u16string> out;
+    for (const GalleryNode* n : nodes) out.push_back(n ? n->path : u"");
+    return out;
+}
+
+bool AllStatesFinal(CDWGListView* list) {
+    for (int i = list->FirstVisibleItem(); i <= list->LastVisibleItem(); ++i)
+        if (list->ItemState(i) != CDWGListView::kStateFinal) return false;
+    return true;
+}
+
+TEST(ThumbnailRoad, ALargeClassShowsPlaceholdersThenPicturesFetchingOnlyWhatIsInView) {
+    PanelWorld w(false);
+    const std::string data = test::SampleLibrary({1, 1, 300});
+    service::ServiceHandle svc = test::StartLiveService(data);
+    ASSERT_TRUE(svc.ok()) << svc.error();
+    const std::u16string gallery = test::GalleryNames(data).at(0);
+    AddGalleryToShowList(gallery);
+    BuildFirstTree(w.store);
+    svc.faults().set("/files/*", [] {
+        service::Fault f;
+        f.latencyMs = 80;  // the six places fill up
+        return f;
+    }());
+    w.MakePanel();
+    w.ClickClassRow(w.RowOf(gallery));
+    ASSERT_TRUE(w.WaitForSwitch());
+    CDWGListView* list = w.panel->m_pThumbList;
+    ASSERT_TRUE(PumpUntil([&] { return list->GetItemCount() == 300; }, 5000));
+    test::Pump(50);
+
+    // Placeholders first: nothing is on disk, nothing asked yet.
+    EXPECT_EQ(list->ItemState(0), CDWGListView::kStateFresh);
+    EXPECT_TRUE(IsTimerRunning(w.panel->Handle(), kTimerThumbRequest));
+    EXPECT_EQ(svc.counters().get("/files/*").count, 0);
+    w.Render(QStringLiteral("thumbs_class_waiting"));
+
+    ASSERT_TRUE(PumpUntil([&] { return AllStatesFinal(list); }, 20000));
+    ASSERT_TRUE(WaitForDownloadWorkers(std::chrono::milliseconds(5000)));
+    const int shown = list->LastVisibleItem() - list->FirstVisibleItem() + 1;
+    const auto files = svc.counters().get("/files/*");
+    EXPECT_EQ(files.count, shown) << "only the files in view are fetched";
+    EXPECT_LE(files.peak, 6);
+    EXPECT_GE(files.peak, 2);
+    EXPECT_FALSE(FileExists(list->GetPath(shown + 4))) << "out of view";
+    w.Render(QStringLiteral("thumbs_class_arrived"));
+
+    // Scrolling on: the newly shown files are asked for after the quiet time.
+    list->EnsureVisible(299);
+    test::Pump(50);
+    ASSERT_TRUE(PumpUntil([&] { return AllStatesFinal(list); }, 20000));
+    ASSERT_TRUE(WaitForDownloadWorkers(std::chrono::milliseconds(5000)));
+    EXPECT_EQ(svc.counters().get("/files/*").count, shown + (list->LastVisibleItem() - list->FirstVisibleItem() + 1));
+    EXPECT_LE(svc.counters().get("/files/*").peak, 6);
+}
+
+TEST(ThumbnailRoad, ABurstOfReportsMakesOneRequestRun) {
+    PanelWorld w;
+    w.AddGallery({u"建筑", 2, 120});
+    w.MakePanel();
+    w.ClickClassRow(w.RowOf(u"建筑"));
+    ASSERT_TRUE(w.WaitForSwitch());
+    test::Pump(700);  // the first round of reports from the opened class runs out
+    PumpUntil([&] { return !IsTimerRunning(w.panel->Handle(), kTimerThumbRequest); }, 2000);
+    w.panel->m_thumbsToCheck.clear();
+    const WindowHandle panel = w.panel->Handle();
+
+    // 100 reports over 400 ms: the list of items only grows, the timer waits.
+    size_t before = 0;
+    bool emptied = false;
+    for (int n = 0; n < 100; ++n) {
+        PostWindowMessage(panel, MsgPanelEvent, 0, n % 40);
+        QTest::qWait(4);
+        const size_t now = w.panel->m_thumbsToCheck.size();
+        emptied |= now < before;
+        before = now;
+    }
+    EXPECT_FALSE(emptied) << "no run during the burst";
+    EXPECT_EQ(w.panel->m_thumbsToCheck.size(), 40u) << "each item once";
+    EXPECT_TRUE(IsTimerRunning(panel, kTimerThumbRequest));
+    ASSERT_TRUE(PumpUntil([&] { return w.panel->m_thumbsToCheck.empty(); }, 1500));
+    EXPECT_FALSE(IsTimerRunning(panel, kTimerThumbRequest)) << "one run, and the timer is gone";
+    EXPECT_FALSE(w.panel->m_thumbScanBusy);
+}
+
+TEST(ThumbnailRoad, DoubleClickInsertsAndHeadsTheUsageLists) {
+    PanelWorld w;
+    GalleryNode* gallery = w.AddGallery({u"机械", 2, 5});
+    GalleryNode* cls = gallery->dirChildren[0];
+    const std::string drawing = PreviewDrawing();
+    ASSERT_TRUE(CreateDirectories(cls->path));
+    for (GalleryNode* block : cls->fileChildren) WriteFileAtomic(block->path, drawing);
+    const std::u16string recentPath = cls->fileChildren[4]->path;
+    w.AddRecent(recentPath);
+    w.AddRecent(cls->fileChildren[3]->path);
+    RecordingHost host;
+    w.MakePanel();
+    w.panel->hostWindow = HandleOf(&host);
+    CDWGListView* list = w.panel->m_pThumbList;
+
+    w.ClickClassRow(w.RowOf(u"机械"));
+    ASSERT_TRUE(w.WaitForSwitch());
+    ASSERT_EQ(PathsOf(w.panel->m_listNodes), PathsOf(cls->fileChildren));
+    const std::u16string p2 = cls->fileChildren[2]->path, p1 = cls->fileChildren[1]->path;
+
+    DoubleClickItem(list, 2);
+    test::Pump(30);
+    ASSERT_EQ(host.insertions.size(), 1u);
+    EXPECT_EQ(host.insertions[0].code, 2u);
+    EXPECT_EQ(host.insertions[0].path, p2);
+    ASSERT_FALSE(w.root()->fileChildren.empty());
+    EXPECT_EQ(w.root()->fileChildren[0]->path, p2);
+    ASSERT_FALSE(gallery->fileChildren.empty());
+    EXPECT_EQ(gallery->fileChildren[0]->path, p2);
+    EXPECT_EQ(gallery->fileChildren[0]->ownerName, kCommonUseTag);
+
+    // Another block, then the first again: heads move, nothing doubles.
+    w.panel->showMode = u"YL";
+    DoubleClickItem(list, 1);
+    w.panel->showMode = u"PMMC";
+    DoubleClickItem(list, 2);
+    test::Pump(30);
+    ASSERT_EQ(host.insertions.size(), 3u);
+    EXPECT_EQ(host.insertions[1].code, 3u);
+    EXPECT_EQ(host.insertions[2].code, 4u);
+    EXPECT_EQ(PathsOf(gallery->fileChildren), (std::vector<std::u16string>{p2, p1}));
+    EXPECT_EQ(PathsOf(w.root()->fileChildren),
+              (std::vector<std::u16string>{p2, p1, recentPath, cls->fileChildren[3]->path}));
+    EXPECT_EQ(w.panel->m_boutiqueCache.count(p2), 1u);
+
+    // On the recent list the order stays as it is.
+    w.panel->showMode.clear();
+    const std::vector<std::u16string> recentBefore = PathsOf(w.root()->fileChildren);
+    w.ClickClassRow(0);
+    ASSERT_TRUE(w.WaitForSwitch());
+    ASSERT_EQ(PathsOf(w.panel->m_listNodes), recentBefore);
+    DoubleClickItem(list, 2);
+    test::Pump(30);
+    ASSERT_EQ(host.insertions.size(), 4u);
+    EXPECT_EQ(host.insertions[3].path, recentPath);
+    EXPECT_EQ(PathsOf(w.root()->fileChildren), recentBefore);
+
+    // A file that is not there: the tip, no insertion, and the file is asked for.
+    w.ClickClassRow(w.RowOf(u"机械"));
+    ASSERT_TRUE(w.WaitForSwitch());
+    // The gallery opens on its "常用" list now, the blocks used above.
+    ASSERT_EQ(PathsOf(w.panel->m_listNodes), (std::vector<std::u16string>{p2, p1}));
+    test::Pump(700);
+    RemoveFile(p1);
+    w.panel->m_thumbsToCheck.clear();
+    bool tipShown = false;
+    QTimer::singleShot(100, [&] {
+        auto* tip = qobject_cast<CPopTipDlg*>(QApplication::activeModalWidget());
+        tipShown = tip != nullptr;
+        if (tip) {
+            tip->grab().save(test::RenderFolder() + QStringLiteral("/thumbs_missing_tip.png"));
+            tip->reject();
+        }
+    });
+    DoubleClickItem(list, 1);
+    test::Pump(30);
+    EXPECT_TRUE(tipShown);
+    EXPECT_EQ(host.insertions.size(), 4u);
+    EXPECT_NE(std::find(w.panel->m_thumbsToCheck.begin(), w.panel->m_thumbsToCheck.end(), 1),
+              w.panel->m_thumbsToCheck.end());
+    EXPECT_TRUE(IsTimerRunning(w.panel->Handle(), kTimerThumbRequest));
+
+    // The host's window gone: nothing is sent and nothing moves.
+    const std::vector<std::u16string> recentNow = PathsOf(w.root()->fileChildren);
+    w.panel->hostWindow = 0;
+    DoubleClickItem(list, 0);
+    test::Pump(30);
+    EXPECT_EQ(host.insertions.size(), 4u);
+    EXPECT_EQ(PathsOf(w.root()->fileChildren), recentNow);
+}
+
+TEST(ThumbnailRoad, RendersASelectedBoutiqueBlockAndMissingFiles) {
+    for (float rate : {1.0f, 1.5f}) {
+        PanelWorld w;
+        GalleryNode* gallery = w.AddGallery({u"精品家具", 1, 9, 0, true});
+        GalleryNode* cls = gallery->dirChildren[0];
+        const std::string drawing = PreviewDrawing();
+        ASSERT_TRUE(CreateDirectories(cls->path));
+        for (size_t i = 0; i < cls->fileChildren.size(); ++i)
+            if (i % 3 != 2) WriteFileAtomic(cls->fileChildren[i]->path, drawing);
+        w.MakePanel(true, rate);
+        w.ClickClassRow(w.RowOf(u"精品家具"));
+        ASSERT_TRUE(w.WaitForSwitch());
+        CDWGListView* list = w.panel->m_pThumbList;
+        QTest::mouseClick(list->window()->windowHandle(), Qt::LeftButton, {},
+                          list->mapTo(list->window(), list->IconRect(4).center()));
+        test::Pump(50);
+        EXPECT_EQ(list->GetSelectedItem(), 4);
+        EXPECT_EQ(w.panel->m_selectedName, QString::fromStdU16String(cls->fileChildren[4]->name));
+        const QImage shot = w.Render(QString::asprintf("thumbs_panel_boutique_rate%.1f", rate));
+        const QRect label = list->LabelRect(4).translated(list->mapTo(w.panel.get(), QPoint(0, 0)));
+        EXPECT_EQ(shot.pixelColor(label.center().x(), label.bottom() + 2), QColor(0xbb, 0x9d, 0x6a));
+        EXPECT_EQ(list->ItemState(2), CDWGListView::kStateFresh) << "missing: the spinner";
+        EXPECT_EQ(list->ItemState(3), CDWGListView::kStateFinal);
+    }
+}
+
+}  // namespace
+}  // namespace marrowfin
