@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <mutex>
+#include <set>
 #include <shared_mutex>
 
 #include "net/download_queue.h"
@@ -28,6 +29,13 @@ constexpr int kThumbQuietMs = 500;
 constexpr size_t kBoutiqueCacheBound = 100;
 constexpr std::uintptr_t kEventMissing = 0;
 constexpr std::uintptr_t kEventNextThumb = 3;
+
+// Files the queue reported finished since they were last asked for: the
+// worker may not yet have left the running list when its message arrives.
+std::set<std::u16string>& ArrivedPaths() {
+    static std::set<std::u16string> paths;
+    return paths;
+}
 
 GalleryStore& StoreOf(CBrindleDlg& panel) { return panel.m_store ? *panel.m_store : GalleryStore::Instance(); }
 
@@ -63,6 +71,15 @@ void WireThumbList(CBrindleDlg& panel) {
     CBrindleDlg* self = &panel;
     list->isScanBusy = [self] { return self->m_thumbScanBusy; };
     list->isBoutique = [self](int item) { return ItemIsBoutique(*self, item); };
+    list->isArriving = [self](const std::u16string& path) {
+        if (ArrivedPaths().count(path)) return false;
+        GalleryStore& store = StoreOf(*self);
+        std::lock_guard<std::mutex> lock(store.downloadLock);
+        auto holds = [&path](const std::vector<std::u16string>& paths) {
+            return std::find(paths.begin(), paths.end(), path) != paths.end();
+        };
+        return holds(store.downloadsRunning) || holds(store.downloadsWaiting) || holds(self->m_thumbRunning);
+    };
     // The advertising tile of the first cell joins with the tiles.
 }
 
@@ -94,6 +111,7 @@ void RequestVisibleThumbs(CBrindleDlg& panel) {
                 (void)PostWindowMessage(panel.Handle(), MsgPanelEvent, kEventNextThumb, 0);
             }
         } else {
+            ArrivedPaths().erase(path);
             EnqueueDownload(StoreOf(panel), path);
         }
     }
@@ -102,6 +120,8 @@ void RequestVisibleThumbs(CBrindleDlg& panel) {
 }
 
 void ThumbFileReady(CBrindleDlg& panel, const std::u16string& path) {
+    if (ArrivedPaths().size() > 4096) ArrivedPaths().clear();  // a long session's bound
+    ArrivedPaths().insert(path);
     CDWGListView* list = panel.m_pThumbList;
     if (!list) return;
     for (int item = 0; item < list->GetItemCount(); ++item) {

@@ -148,7 +148,7 @@ struct CDWGListView::Impl {
     void AskForFile(int i) {
         if (isScanBusy()) return;
         const std::u16string& path = paths[static_cast<size_t>(i)];
-        if (path.empty()) return;  // the tile cell
+        if (path.empty() || IsArriving(path)) return;  // the tile cell, or on its way
         if (FileExists(path)) {
             const int64_t size = FileSize(path);
             if (size < 0 || size >= kFailedFileSize) return;
@@ -158,6 +158,7 @@ struct CDWGListView::Impl {
             (void)PostWindowMessage(HandleOf(owner), MsgPanelEvent, kEventMissing, i);
     }
     bool isScanBusy() const { return self->isScanBusy && self->isScanBusy(); }
+    bool IsArriving(const std::u16string& path) const { return self->isArriving && self->isArriving(path); }
 
     // The cache hint for the shown range: previews of files on disk load now;
     // a file without one is tried twice, then shows the page mark for good.
@@ -174,7 +175,7 @@ struct CDWGListView::Impl {
                 if (!Load(i)) shown[k] = Shown::PageMark;
                 continue;
             }
-            if (!FileExists(path)) {
+            if (!FileExists(path) || IsArriving(path)) {
                 shown[k] = Shown::Spinner;  // the state stays: the next hint tries again
                 continue;
             }

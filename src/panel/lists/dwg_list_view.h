@@ -72,6 +72,9 @@ public:
     std::function<bool()> isScanBusy;
     std::function<bool(int item)> isBoutique;
     std::function<bool(QImage* picture, QString* name)> tileAtZero;
+    // Whether the file of a path is being fetched right now: a part-written
+    // file is neither read for its preview nor deleted as a cut download.
+    std::function<bool(const std::u16string& path)> isArriving;
 
     // The shown name of a file title: whole when it fits a cell, else cut
     // with "..." by the byte-class width rule.

@@ -110,6 +110,7 @@ TEST(ThumbnailRoad, ALargeClassShowsPlaceholdersThenPicturesFetchingOnlyWhatIsIn
     EXPECT_LE(files.peak, 6);
     EXPECT_GE(files.peak, 2);
     EXPECT_FALSE(FileExists(list->GetPath(shown + 4))) << "out of view";
+    EXPECT_GE(list->CachedPictures(), shown) << "every arrived file shows its preview, none the page mark";
     w.Render(QStringLiteral("thumbs_class_arrived"));
 
     // Scrolling on: the newly shown files are asked for after the quiet time.
