@@ -159,7 +159,7 @@ void ActivateBlock(CBrindleDlg& panel, std::intptr_t item) {
     const std::u16string name = node->name;
     if (!FileExists(path)) {
         CPopTipDlg tip(&panel);
-        tip.Configure(QStringLiteral("插入图块"), false, QStringLiteral("文件未下载，请稍后"), QString(),
+        tip.Configure(QStringLiteral("插入图块"), true, QStringLiteral("文件未下载，请稍后"), QString(),
                       QStringLiteral("确定"), QStringLiteral("取消"));
         (void)tip.DoModal();
         // Asked for through the grid's road unless the collections' own queue holds files.

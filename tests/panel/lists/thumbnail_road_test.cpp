@@ -21,6 +21,7 @@
 #include "request_counters.h"
 #include "service_handle.h"
 #include "skin/pop_tip_dlg.h"
+#include "skin/skin_button.h"
 #include "store/gallery_tree.h"
 #include "store/show_list.h"
 #include "support/live_service.h"
@@ -216,11 +217,12 @@ TEST(ThumbnailRoad, DoubleClickInsertsAndHeadsTheUsageLists) {
     test::Pump(700);
     RemoveFile(p1);
     w.panel->m_thumbsToCheck.clear();
-    bool tipShown = false;
+    bool tipShown = false, tipHasCancel = false;
     QTimer::singleShot(100, [&] {
         auto* tip = qobject_cast<CPopTipDlg*>(QApplication::activeModalWidget());
         tipShown = tip != nullptr;
         if (tip) {
+            tipHasCancel = tip->CancelButton() && tip->CancelButton()->isVisible();
             tip->grab().save(test::RenderFolder() + QStringLiteral("/thumbs_missing_tip.png"));
             tip->reject();
         }
@@ -228,6 +230,7 @@ TEST(ThumbnailRoad, DoubleClickInsertsAndHeadsTheUsageLists) {
     DoubleClickItem(list, 1);
     test::Pump(30);
     EXPECT_TRUE(tipShown);
+    EXPECT_TRUE(tipHasCancel) << "the tip offers 确定 and 取消";
     EXPECT_EQ(host.insertions.size(), 4u);
     EXPECT_NE(std::find(w.panel->m_thumbsToCheck.begin(), w.panel->m_thumbsToCheck.end(), 1),
               w.panel->m_thumbsToCheck.end());
