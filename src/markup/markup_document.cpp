@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstring>
 
+#include <emmintrin.h>
+
 #include "markup/markup_attributes.h"
 #include "markup/markup_records.h"
 #include "markup/markup_text.h"
@@ -121,12 +123,32 @@ void MarkupDocument::ReserveText(size_t length) {
     m_capacity = capacity;
 }
 
+namespace {
+
+// Offset of the first NUL unit, or the length when there is none; eight
+// units at a time, since a reply is megabytes of text with no NUL at all.
+size_t FirstNul(std::u16string_view text) {
+    const char16_t* s = text.data();
+    const size_t n = text.size();
+    size_t i = 0;
+    const __m128i zero = _mm_setzero_si128();
+    for (; i + 8 <= n; i += 8) {
+        const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s + i));
+        const int mask = _mm_movemask_epi8(_mm_cmpeq_epi16(v, zero));
+        if (mask != 0) return i + static_cast<size_t>(__builtin_ctz(static_cast<unsigned>(mask))) / 2;
+    }
+    for (; i < n; ++i)
+        if (s[i] == 0) return i;
+    return n;
+}
+
+}  // namespace
+
 bool MarkupDocument::SetText(std::nullptr_t) { return SetText(std::u16string_view{}); }
 
 bool MarkupDocument::SetText(std::u16string_view text) {
     // The text ends at its first NUL, as a C string would.
-    const size_t nul = text.find(u'\0');
-    if (nul != std::u16string_view::npos) text = text.substr(0, nul);
+    text = text.substr(0, FirstNul(text));
     Clear();
     m_result.clear();
     if (text.size() > kMaxTextLength) text = {};
@@ -420,8 +442,9 @@ size_t MarkupDocument::TagContentEnd(uint32_t index) const {
     return end;
 }
 
-std::u16string MarkupDocument::AttributeOf(uint32_t index, std::u16string_view name) const {
-    if (index == 0 || name.empty()) return {};
+bool MarkupDocument::FindAttributeValue(uint32_t index, std::u16string_view name, uint32_t& begin,
+                                       uint32_t& length) const {
+    if (index == 0 || name.empty()) return false;
     const char16_t* t = m_text.get();
     AttributeCache& c = m_attributes;
     if (c.element != index) {
@@ -433,22 +456,22 @@ std::u16string MarkupDocument::AttributeOf(uint32_t index, std::u16string_view n
         c.done = false;
     }
     // Names are short: a plain loop beats a call to memcmp.
-    auto sameName = [&](size_t begin, size_t length) {
-        if (length != name.size()) return false;
-        for (size_t i = 0; i < length; ++i)
-            if (t[begin + i] != name[i]) return false;
+    auto sameName = [&](size_t at, size_t n) {
+        if (n != name.size()) return false;
+        for (size_t i = 0; i < n; ++i)
+            if (t[at + i] != name[i]) return false;
         return true;
     };
-    auto value = [&](size_t begin, size_t length) {
-        std::u16string out;
-        DecodeMarkupText(std::u16string_view(t + begin, length), out);
-        return out;
+    auto value = [&](size_t valueBegin, size_t valueLength) {
+        begin = static_cast<uint32_t>(valueBegin);
+        length = static_cast<uint32_t>(valueLength);
+        return true;
     };
     for (uint32_t i = 0; i < c.count; ++i) {
         const AttributeCache::Span& s = c.spans[i];
         if (sameName(s.nameBegin, s.nameLength)) return value(s.valueBegin, s.valueLength);
     }
-    if (c.done) return {};
+    if (c.done) return false;
     // Go on from the last cached attribute. Past the cache's capacity the
     // scan still runs, but later calls start again behind the cached part.
     size_t p = c.resume;
@@ -462,7 +485,25 @@ std::u16string MarkupDocument::AttributeOf(uint32_t index, std::u16string_view n
         if (sameName(a.nameBegin, a.nameEnd - a.nameBegin)) return value(a.valueBegin, a.valueEnd - a.valueBegin);
     }
     if (c.resume == p) c.done = true;
-    return {};
+    return false;
+}
+
+std::u16string MarkupDocument::AttributeOf(uint32_t index, std::u16string_view name) const {
+    std::u16string out;
+    uint32_t begin = 0;
+    uint32_t length = 0;
+    if (FindAttributeValue(index, name, begin, length))
+        DecodeMarkupText(std::u16string_view(m_text.get() + begin, length), out);
+    return out;
+}
+
+bool MarkupDocument::GetAttribute(std::u16string_view name, std::u16string& out) const {
+    out.clear();
+    uint32_t begin = 0;
+    uint32_t length = 0;
+    if (!FindAttributeValue(m_main, name, begin, length)) return false;
+    DecodeMarkupText(std::u16string_view(m_text.get() + begin, length), out);
+    return true;
 }
 
 std::u16string MarkupDocument::GetElementText() const { return ElementTextOf(m_main); }

@@ -59,6 +59,10 @@ public:
     std::u16string GetChildText() const;
     std::u16string GetAttribute(std::u16string_view name) const;
     std::u16string GetChildAttribute(std::u16string_view name) const;
+    // The main element's attribute decoded into `out` (replacing what it
+    // held, keeping its storage): a walk over many elements reuses one
+    // buffer. False, with `out` empty, when there is no such attribute.
+    bool GetAttribute(std::u16string_view name, std::u16string& out) const;
     // Tag names of the main and the child element; empty when there is none.
     std::u16string GetTagName() const;
     std::u16string GetChildTagName() const;
@@ -115,6 +119,9 @@ private:
     bool WellFormedResult() const;
     std::u16string ElementTextOf(uint32_t index) const;
     std::u16string AttributeOf(uint32_t index, std::u16string_view name) const;
+    // Where the raw value of the attribute stands in the text; false when
+    // the element has no such attribute.
+    bool FindAttributeValue(uint32_t index, std::u16string_view name, uint32_t& begin, uint32_t& length) const;
     std::u16string TagNameOf(uint32_t index) const;
     size_t TagContentEnd(uint32_t index) const;
     void Insert(size_t offset, size_t removeLength, std::u16string_view with);

@@ -112,13 +112,18 @@ void ReadBlocks(MarkupDocument& doc, std::u16string_view tag, GalleryNode* cls, 
     // The block array is left to grow by itself: reserving each class's
     // array whole made freeing the tree much slower (measured on the rebuild
     // road) and building it no faster.
+    // The size and hidden flag are read into buffers kept across the loop;
+    // only the file name, which moves into the node, is a string per block.
+    std::u16string size;
+    std::u16string hi;
     doc.EnterElement();
     while (doc.FindElement(tag)) {
         std::u16string fn = doc.GetAttribute(u"fn");
         if (fn.empty()) continue;
-        const std::u16string size = doc.GetAttribute(u"size");
+        doc.GetAttribute(u"size", size);
         if (size.empty()) continue;
-        const bool hidden = doc.GetAttribute(u"hi") == u"1";
+        doc.GetAttribute(u"hi", hi);
+        const bool hidden = hi == u"1";
         std::u16string path = JoinPath(cls->path, fn);
         std::u16string remote = JoinPath(cls->remoteBase, fn);
         auto* block =

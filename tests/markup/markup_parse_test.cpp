@@ -99,6 +99,65 @@ TEST(MarkupParse, EmptyAndNullTexts) {
     EXPECT_EQ(doc.Text(), u"<a/>");
 }
 
+// The NUL search goes eight units at a time: a NUL in every lane of a
+// block, in the tail behind the last whole block, and none at all.
+TEST(MarkupParse, TextEndsAtTheFirstNulWhereverItStands) {
+    MarkupDocument doc;
+    std::u16string body(37, u'x');
+    std::u16string full = u"<a>" + body + u"</a>";
+    for (size_t at = 0; at <= full.size(); ++at) {
+        std::u16string text = full;
+        if (at < text.size()) text[at] = 0;
+        text += u'\0';
+        text += u"<b/>";
+        doc.SetText(text);
+        EXPECT_EQ(doc.Text(), std::u16string_view(full).substr(0, at)) << "NUL at " << at;
+        EXPECT_EQ(doc.Text().data()[doc.Text().size()], u'\0');
+    }
+    // Two NULs: the first one counts.
+    std::u16string two = full;
+    two[20] = 0;
+    two[9] = 0;
+    doc.SetText(two);
+    EXPECT_EQ(doc.Text().size(), 9u);
+    // No NUL at all: the whole view, well-formed.
+    EXPECT_TRUE(doc.SetText(full));
+    EXPECT_EQ(doc.Text(), full);
+}
+
+TEST(MarkupParse, AttributeIntoAReusedBuffer) {
+    MarkupDocument doc;
+    ASSERT_TRUE(doc.SetText(u"<r><e a=\"one\" b=\"\" c=\"x&amp;y&#20013;\"/><e a=\"2\"/></r>"));
+    ASSERT_TRUE(doc.FindElement());
+    ASSERT_TRUE(doc.EnterElement());
+    ASSERT_TRUE(doc.FindElement(u"e"));
+    std::u16string buffer = u"left over from before";
+    EXPECT_TRUE(doc.GetAttribute(u"a", buffer));
+    EXPECT_EQ(buffer, u"one");
+    // Present but empty differs from absent only in the result.
+    EXPECT_TRUE(doc.GetAttribute(u"b", buffer));
+    EXPECT_EQ(buffer, u"");
+    buffer = u"stale";
+    EXPECT_FALSE(doc.GetAttribute(u"zz", buffer));
+    EXPECT_EQ(buffer, u"");
+    EXPECT_FALSE(doc.GetAttribute(u"", buffer));
+    EXPECT_TRUE(doc.GetAttribute(u"c", buffer));
+    EXPECT_EQ(buffer, u"x&y\u4E2D");
+    EXPECT_EQ(buffer, doc.GetAttribute(u"c"));
+    // The next element replaces the value; its missing ones read as absent.
+    ASSERT_TRUE(doc.FindElement(u"e"));
+    EXPECT_TRUE(doc.GetAttribute(u"a", buffer));
+    EXPECT_EQ(buffer, u"2");
+    EXPECT_FALSE(doc.GetAttribute(u"c", buffer));
+    EXPECT_EQ(buffer, u"");
+    // No main element: nothing to read.
+    doc.LeaveElement();
+    doc.RewindMain();
+    buffer = u"stale";
+    EXPECT_FALSE(doc.GetAttribute(u"a", buffer));
+    EXPECT_EQ(buffer, u"");
+}
+
 TEST(MarkupParse, BrokenNestingKeepsAnIndex) {
     MarkupDocument doc;
     // An unended child keeps the extent of its start tag and stays a child.
