@@ -707,6 +707,9 @@ bool MarkupDocument::SetAttribute(std::u16string_view name, std::u16string_view 
         // there the tag is outside any value, whatever its quoting.
         at = contentEnd;
         while (IsMarkupSpace(t[at - 1])) --at;
+        // A tag that ends in a '=' without its value would take the new
+        // attribute as that value and read back otherwise: leave it alone.
+        if (t[at - 1] == u'=') return false;
         insertion = u" ";
         insertion += name;
         insertion += u"=\"" + escaped + u"\"";

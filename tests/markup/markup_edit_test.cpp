@@ -147,6 +147,16 @@ TEST(MarkupEdit, SetAttributeReplacesOrAppends) {
         again.SetText(doc.Text());
         EXPECT_EQ(ShapeOf(again), ShapeOf(doc));
     }
+
+    // A tag ending in a '=' without a value would take the new attribute as
+    // that value, and a quote in it would swallow the tag's end: refused.
+    const std::u16string dangling = u"<r><a b= /><c/></r>";
+    doc.SetText(dangling);
+    ASSERT_TRUE(doc.FindElement(u"r"));
+    ASSERT_TRUE(doc.EnterElement());
+    ASSERT_TRUE(doc.FindElement(u"a"));
+    EXPECT_FALSE(doc.SetAttribute(u"n", u"x\" y"));
+    EXPECT_EQ(doc.Text(), dangling);
 }
 
 TEST(MarkupEdit, LongRandomRunsMatchAReparse) {
