@@ -9,6 +9,7 @@
 #include "markup/markup_records.h"
 #include "markup/markup_text.h"
 #include "markup/markup_tokenizer.h"
+#include "markup/utf8_decoder.h"
 
 namespace marrowfin {
 namespace {
@@ -157,6 +158,23 @@ bool MarkupDocument::SetText(std::u16string_view text) {
     m_text[text.size()] = 0;
     m_length = text.size();
     m_capacity = text.size() + 1;
+    return Parse();
+}
+
+bool MarkupDocument::SetUtf8Text(std::string_view bytes) {
+    // The text ends at its first NUL byte, as SetText's does at its first NUL unit.
+    if (const void* nul = std::memchr(bytes.data(), 0, bytes.size()))
+        bytes = bytes.substr(0, static_cast<size_t>(static_cast<const char*>(nul) - bytes.data()));
+    Clear();
+    m_result.clear();
+    if (bytes.size() > kMaxTextLength) bytes = {};
+    // Decoded straight into the document's own buffer: a reply of tens of
+    // megabytes is not held a second time as a wide string.
+    m_text = AllocateText(bytes.size() + 1);
+    size_t nulls = 0;
+    m_length = DecodeUtf8Into(reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size(), m_text.get(), nulls);
+    m_text[m_length] = 0;
+    m_capacity = bytes.size() + 1;
     return Parse();
 }
 

@@ -40,6 +40,9 @@ public:
     // an empty document. True when the text is well-formed with one root.
     bool SetText(std::u16string_view text);
     bool SetText(std::nullptr_t);
+    // SetText of the bytes read as UTF-8, without a wide copy of them: up to
+    // the first NUL byte, each ill-formed byte becoming U+FFFD.
+    bool SetUtf8Text(std::string_view bytes);
     // Reads and decodes a file (marks, declared encodings, UTF-8 detection).
     bool LoadFile(std::u16string_view path);
     // The decoding of LoadFile on bytes already in memory (service replies).

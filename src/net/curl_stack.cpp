@@ -40,6 +40,30 @@ size_t AppendToString(char* data, size_t size, size_t count, void* target) {
     return size * count;
 }
 
+// A body that grows into room sized by the announced length, so that a reply
+// of tens of megabytes is not copied again at every doubling. The length is
+// only a hint: a body that runs past it still grows.
+struct BodySink {
+    CURL* handle;
+    std::string* body;
+    bool sized = false;
+};
+
+constexpr curl_off_t kMaxReservedBody = curl_off_t{1} << 28;
+
+size_t AppendToBody(char* data, size_t size, size_t count, void* target) {
+    auto* sink = static_cast<BodySink*>(target);
+    if (!sink->sized) {
+        sink->sized = true;
+        curl_off_t announced = -1;
+        if (curl_easy_getinfo(sink->handle, CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &announced) == CURLE_OK &&
+            announced > 0 && announced <= kMaxReservedBody)
+            sink->body->reserve(static_cast<size_t>(announced));
+    }
+    sink->body->append(data, size * count);
+    return size * count;
+}
+
 struct ProgressState {
     WindowHandle window = 0;
     uintptr_t wParam = 0;
@@ -114,12 +138,13 @@ bool CurlStack::PostForm(const std::string& url, const std::string& body, std::s
     if (!h) return false;
     HeaderList headers(curl_slist_append(nullptr, kFormContentType));
     std::string bytes, head;
+    BodySink sink{h.get(), &bytes};
     curl_easy_setopt(h.get(), CURLOPT_HTTPHEADER, headers.get());
     curl_easy_setopt(h.get(), CURLOPT_POST, 1L);
     curl_easy_setopt(h.get(), CURLOPT_POSTFIELDS, body.c_str());
     curl_easy_setopt(h.get(), CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(body.size()));
-    curl_easy_setopt(h.get(), CURLOPT_WRITEFUNCTION, AppendToString);
-    curl_easy_setopt(h.get(), CURLOPT_WRITEDATA, &bytes);
+    curl_easy_setopt(h.get(), CURLOPT_WRITEFUNCTION, AppendToBody);
+    curl_easy_setopt(h.get(), CURLOPT_WRITEDATA, &sink);
     curl_easy_setopt(h.get(), CURLOPT_HEADERFUNCTION, AppendToString);
     curl_easy_setopt(h.get(), CURLOPT_HEADERDATA, &head);
     if (!PerformWith200(h.get())) return false;  // this stack hands out a reply only on success
@@ -141,10 +166,11 @@ bool CurlStack::DownloadFile(const std::string& url, const std::u16string& local
     if (!h) return failed();
     HeaderList headers(curl_slist_append(nullptr, kDownloadAgent));
     std::string body;
+    BodySink sink{h.get(), &body};
     ProgressState progress{progressWindow, static_cast<uintptr_t>(jobNumber) << 16, false, -1};
     curl_easy_setopt(h.get(), CURLOPT_HTTPHEADER, headers.get());
-    curl_easy_setopt(h.get(), CURLOPT_WRITEFUNCTION, AppendToString);
-    curl_easy_setopt(h.get(), CURLOPT_WRITEDATA, &body);
+    curl_easy_setopt(h.get(), CURLOPT_WRITEFUNCTION, AppendToBody);
+    curl_easy_setopt(h.get(), CURLOPT_WRITEDATA, &sink);
     curl_easy_setopt(h.get(), CURLOPT_NOPROGRESS, 0L);
     curl_easy_setopt(h.get(), CURLOPT_XFERINFOFUNCTION, ReportProgress);
     curl_easy_setopt(h.get(), CURLOPT_XFERINFODATA, &progress);

@@ -47,9 +47,9 @@ std::u16string JoinPath(std::u16string_view a, std::u16string_view b) {
 // Sends a request whose values are in the query; true when the reply is
 // usable: not empty, well-formed, with a root element (which becomes main).
 bool FetchReply(std::u16string_view pathAndQuery, MarkupDocument& doc) {
-    std::u16string reply;
-    (void)PostForm(ServiceBaseUrl() + std::u16string(pathAndQuery), u"", reply);
-    if (reply.empty() || !doc.SetText(reply)) return false;
+    std::string reply;
+    (void)PostFormBytes(ServiceBaseUrl() + std::u16string(pathAndQuery), u"", reply);
+    if (reply.empty() || !doc.SetUtf8Text(reply)) return false;
     return doc.FindElement(u"root");
 }
 
@@ -102,6 +102,16 @@ void NoteClassVersion(GalleryStore& store, const GalleryNode& gallery, int32_t v
     highest = version;
     store.galleryVersions[gallery.name] = version;
     (void)WriteGalleryVersion(gallery.name, version);
+}
+
+// The store's stale classes that lie in the gallery.
+StaleClasses StaleClassesOf(const GalleryStore& store, const GalleryNode& gallery) {
+    StaleClasses stale;
+    if (store.staleClasses.empty()) return stale;
+    for (const GalleryNode* cls : gallery.dirChildren)
+        if (cls)
+            if (auto it = store.staleClasses.find(cls->path); it != store.staleClasses.end()) stale.insert(*it);
+    return stale;
 }
 
 // Reads the block elements (`tag`) below the current main element into `cls`.
@@ -218,12 +228,14 @@ void BuildFirstTree(GalleryStore& store) {
         const std::u16string gn = doc.GetAttribute(u"gn");
         GalleryNode* gallery = FindGalleryOfRun(store.root, JoinPath(store.root->path, gn));
         if (!gallery || gallery == store.root) continue;
-        gallery->boutique = doc.GetAttribute(u"gv") == u"1";
         ClassVersions old;
         if (!ahead->Take(*gallery, old)) {
+            // A gallery seen twice: its first catalogue is composed from it, so
+            // it stays as it is until that write is done.
             writes.Settle(CatalogueFile(*gallery));
             old = ReadCatalogueVersions(*gallery);
         }
+        gallery->boutique = doc.GetAttribute(u"gv") == u"1";
         if (forceRefresh && !old.empty()) {
             // The one-time forced refresh: every known class looks outdated, in this run only.
             for (auto& [name, version] : old) --version;
@@ -232,9 +244,7 @@ void BuildFirstTree(GalleryStore& store) {
         gallery->refreshTick = GetTickCount();
         int32_t highest = ReadGalleryVersion(gallery->name);
         ReadFullGallery(store, doc, gallery, old, highest, &writes);
-        WriteCatalogue(store, gallery->name, [&writes](std::u16string file, std::string bytes) {
-            writes.Add(std::move(file), std::move(bytes));
-        });
+        writes.Add(*gallery, StaleClassesOf(store, *gallery));
         store.galleryFetchTicks[gallery->name] = gallery->refreshTick;
     }
     writes.Finish();

@@ -103,32 +103,39 @@ private:
     std::thread m_worker;
 };
 
-// Puts the first tree's catalogues on disk on a helper thread, in the order
-// given, while the next galleries are read: the file system's share of a
-// write (a temporary file, the rename over the old one) costs about as much
-// as composing it. Callers settle a folder before they read or remove what
-// lies in it, and every write is done before the run ends.
+// Composes the first tree's catalogues and puts them on disk on a helper
+// thread, in the order given, while the next galleries are read: composing a
+// large gallery and the file system's share of a write (a temporary file, the
+// rename over the old one) cost about as much as reading it.
+// The helper reads a handed-over gallery's subtree while the caller builds
+// other galleries, under the tree lock the caller holds all along: the caller
+// changes neither that gallery nor anything below it until Settle has waited
+// for its catalogue file, and Finish comes before the lock is let go. The
+// gallery's stale classes are handed over as a copy, since the caller keeps
+// changing the store's list. Callers settle a folder before they read or
+// remove what lies in it, and every write is done before the run ends.
 class CatalogueWrites {
 public:
     CatalogueWrites() {
         try {
             m_worker = std::thread([this] { Run(); });
         } catch (const std::system_error&) {
-            // No thread: each file is written when it is handed over.
+            // No thread: each catalogue is written when it is handed over.
         }
     }
     ~CatalogueWrites() { Finish(); }
     CatalogueWrites(const CatalogueWrites&) = delete;
     CatalogueWrites& operator=(const CatalogueWrites&) = delete;
 
-    void Add(std::u16string file, std::string bytes) {
+    void Add(const GalleryNode& gallery, StaleClasses stale) {
+        Job job{CatalogueFile(gallery), &gallery, std::move(stale)};
         if (!m_worker.joinable()) {
-            (void)WriteFileAtomic(file, bytes);
+            Write(job);
             return;
         }
         {
             std::lock_guard<std::mutex> lock(m_lock);
-            m_queue.push_back(Job{std::move(file), std::move(bytes)});
+            m_queue.push_back(std::move(job));
         }
         m_wake.notify_one();
     }
@@ -153,8 +160,14 @@ public:
 private:
     struct Job {
         std::u16string file;
-        std::string bytes;
+        const GalleryNode* gallery;
+        StaleClasses stale;
     };
+
+    static void Write(const Job& job) {
+        if (!DirectoryExists(job.gallery->path)) (void)CreateDirectories(job.gallery->path);
+        (void)WriteFileAtomic(job.file, ComposeCatalogue(job.stale, *job.gallery));
+    }
 
     static bool IsAtOrBelow(std::u16string_view file, std::u16string_view path) {
         return file.size() >= path.size() && file.substr(0, path.size()) == path &&
@@ -169,7 +182,7 @@ private:
             // The job stays queued while it is written, so that Settle waits for it.
             const Job& job = m_queue.front();
             lock.unlock();
-            (void)WriteFileAtomic(job.file, job.bytes);
+            Write(job);
             lock.lock();
             m_queue.pop_front();
             m_done.notify_all();

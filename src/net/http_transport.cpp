@@ -101,7 +101,7 @@ std::u16string DecodeReply(std::string_view bytes) {
     return Utf8ToUtf16(bytes);
 }
 
-bool PostForm(std::u16string_view url, std::u16string_view params, std::u16string& out) {
+bool PostFormBytes(std::u16string_view url, std::u16string_view params, std::string& out) {
     out.clear();
     const std::string narrowUrl = EscapeRequestUrl(url);
     const std::string body = Utf16ToUtf8(params);
@@ -109,12 +109,19 @@ bool PostForm(std::u16string_view url, std::u16string_view params, std::u16strin
         std::string response;
         const bool ok = stack.PostForm(narrowUrl, body, response);
         // A failed attempt may still carry the server's page; keep the latest one.
-        if (ok || !response.empty()) out = DecodeReply(response);
+        if (ok || !response.empty()) out = std::move(response);
         return ok;
     });
     if (winner < 0) return false;
     RememberStack(winner);
     return true;
+}
+
+bool PostForm(std::u16string_view url, std::u16string_view params, std::u16string& out) {
+    std::string bytes;
+    const bool ok = PostFormBytes(url, params, bytes);
+    out = bytes.empty() ? std::u16string() : DecodeReply(bytes);
+    return ok;
 }
 
 bool DownloadFile(std::u16string_view url, std::u16string_view localPath, WindowHandle progressWindow,

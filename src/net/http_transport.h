@@ -18,6 +18,9 @@ namespace marrowfin {
 std::u16string ServiceBaseUrl();
 
 bool PostForm(std::u16string_view url, std::u16string_view params, std::u16string& out);
+// PostForm with the reply's bytes as they came, for a reader that decodes
+// them itself (a reply of all galleries runs to tens of megabytes).
+bool PostFormBytes(std::u16string_view url, std::u16string_view params, std::string& out);
 bool DownloadFile(std::u16string_view url, std::u16string_view localPath, WindowHandle progressWindow,
                   uint16_t jobNumber);
 bool UploadFile(std::u16string_view url, std::u16string_view parentDir, std::u16string_view localPath,

@@ -81,7 +81,7 @@ std::u16string JoinPath(std::u16string_view a, std::u16string_view b) {
     return out;
 }
 
-size_t EstimateBytes(const GalleryStore& store, const GalleryNode& gallery) {
+size_t EstimateBytes(const StaleClasses& staleClasses, const GalleryNode& gallery) {
     constexpr size_t kHead = 64 + 128;   // declaration, root tag with a seal of a long name
     constexpr size_t kSubMarks = 40;     // <sub n="" ver="" u_b="" ></sub> and the digits
     constexpr size_t kItmMarks = 32;     // <itm fn="" sz="" hi="" /> and the digits
@@ -89,7 +89,7 @@ size_t EstimateBytes(const GalleryStore& store, const GalleryNode& gallery) {
     for (const GalleryNode* cls : gallery.dirChildren) {
         if (!cls) continue;
         bytes += kSubMarks + (cls->name.size() + cls->remoteBase.size()) * 3;
-        if (store.staleClasses.find(cls->path) != store.staleClasses.end()) continue;
+        if (staleClasses.find(cls->path) != staleClasses.end()) continue;
         const auto& blocks = cls->fileChildren;
         const size_t count = blocks.size();
         for (size_t i = 0; i < count; ++i) {
@@ -104,10 +104,14 @@ size_t EstimateBytes(const GalleryStore& store, const GalleryNode& gallery) {
 }  // namespace
 
 std::string ComposeCatalogue(const GalleryStore& store, const GalleryNode& gallery) {
+    return ComposeCatalogue(store.staleClasses, gallery);
+}
+
+std::string ComposeCatalogue(const StaleClasses& staleClasses, const GalleryNode& gallery) {
     // Values go in as they stand: earlier versions never escaped them, and
     // the files must stay byte for byte what they always were.
     std::string out;
-    out.reserve(EstimateBytes(store, gallery));
+    out.reserve(EstimateBytes(staleClasses, gallery));
     out += "\xEF\xBB\xBF<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r<root re=\"";
     out += MakeSeal(gallery.name, gallery.boutique);
     out += "\">\r";
@@ -120,7 +124,7 @@ std::string ComposeCatalogue(const GalleryStore& store, const GalleryNode& galle
         out += "\" u_b=\"";
         AppendUtf8(out, cls->remoteBase);
         out += "\" >";
-        if (store.staleClasses.find(cls->path) == store.staleClasses.end()) {
+        if (staleClasses.find(cls->path) == staleClasses.end()) {
             const auto& blocks = cls->fileChildren;
             const size_t count = blocks.size();
             for (size_t i = 0; i < count; ++i) {

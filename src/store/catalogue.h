@@ -3,7 +3,9 @@
 // blocks, so that the tree can be rebuilt without the network. The root
 // element carries a seal that ties the file to its gallery.
 
+#include <cstdint>
 #include <functional>
+#include <map>
 #include <string>
 #include <string_view>
 
@@ -15,6 +17,10 @@ struct GalleryStore;
 // The exact bytes of a gallery's catalogue. Blocks of a stale class are left
 // out, so that a read never takes an outdated list for a complete one.
 std::string ComposeCatalogue(const GalleryStore& store, const GalleryNode& gallery);
+// The same with the stale classes given by path: for a composer on another
+// thread than the one that changes store.staleClasses.
+using StaleClasses = std::map<std::u16string, int32_t>;
+std::string ComposeCatalogue(const StaleClasses& staleClasses, const GalleryNode& gallery);
 // Where a gallery's catalogue lies: <gallery path>/<gallery name>.xdb.
 std::u16string CatalogueFile(const GalleryNode& gallery);
 // Writes the catalogue of the named gallery, or of every gallery for an empty
