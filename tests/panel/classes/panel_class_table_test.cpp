@@ -4,8 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <QElapsedTimer>
-
 #include "panel/dialog/hot_words.h"
 #include "panel/dialog/hourly_refresh.h"
 #include "panel/dialog/panel_timers.h"
@@ -24,17 +22,6 @@ using namespace marrowfin::test;
 
 namespace {
 
-template <class Done>
-bool PumpUntil(Done done, int ms = 5000) {
-    QElapsedTimer clock;
-    clock.start();
-    while (!done()) {
-        if (clock.elapsed() > ms) return false;
-        Pump(10);
-    }
-    return true;
-}
-
 std::vector<bool> BoutiqueMarks() {
     std::vector<bool> marks;
     for (const GalleryNode* gallery : GalleryStore::Instance().root->dirChildren) marks.push_back(gallery->boutique);
@@ -45,9 +32,9 @@ std::vector<bool> BoutiqueMarks() {
 
 TEST(PanelClassTable, FirstRunSortCommandAndHourlyRefresh) {
     g_defaultHotWord.clear();
-    PanelWorld world;
-    CBrindleDlg& panel = world.panel();
-    auto count = [&](const char* path) { return world.service().counters().get(path).count; };
+    SampleWorld world;
+    CBrindleDlg& panel = *world.panel;
+    auto count = [&](const char* path) { return world.service.counters().get(path).count; };
 
     // No cached table: asked for on the panel's own thread before start-up went on.
     EXPECT_EQ(count("/gallery/selpageinfo"), 1);
@@ -62,9 +49,9 @@ TEST(PanelClassTable, FirstRunSortCommandAndHourlyRefresh) {
 
     // A block of a gallery outside the tree is judged by the class table:
     // every third gallery of the sample (the second first) is a boutique one.
-    ASSERT_GE(world.galleries().size(), 3u);
-    EXPECT_TRUE(panel.IsBlkBoutique(StoreRoot() + u"/" + world.galleries()[1] + u"/类/块.dwg"));
-    EXPECT_FALSE(panel.IsBlkBoutique(StoreRoot() + u"/" + world.galleries()[2] + u"/类/块.dwg"));
+    ASSERT_GE(world.galleries.size(), 3u);
+    EXPECT_TRUE(panel.IsBlkBoutique(StoreRoot() + u"/" + world.galleries[1] + u"/类/块.dwg"));
+    EXPECT_FALSE(panel.IsBlkBoutique(StoreRoot() + u"/" + world.galleries[2] + u"/类/块.dwg"));
     EXPECT_FALSE(panel.IsBlkBoutique(StoreRoot() + u"/不存在/类/块.dwg"));
 
     // The sort command: reapplies at once, then refreshes on a worker whose
@@ -112,12 +99,12 @@ TEST(PanelClassTable, FirstRunSortCommandAndHourlyRefresh) {
 }
 
 TEST(PanelClassTable, SortCommandWithoutACachedTableDoesNothing) {
-    PanelWorld world;
-    CBrindleDlg& panel = world.panel();
+    SampleWorld world;
+    CBrindleDlg& panel = *world.panel;
     ASSERT_TRUE(RemoveFile(ClassTablePath()));
-    const long before = world.service().counters().get("/gallery/selpageinfo").count;
+    const long before = world.service.counters().get("/gallery/selpageinfo").count;
     (void)SendWindowMessage(panel.Handle(), MsgPanelCommand, 24, 0);
     Pump(300);
-    EXPECT_EQ(world.service().counters().get("/gallery/selpageinfo").count, before);
+    EXPECT_EQ(world.service.counters().get("/gallery/selpageinfo").count, before);
     EXPECT_EQ(GetOptionInt(u"RequestNetwork", -7), -7);
 }

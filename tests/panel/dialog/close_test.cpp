@@ -3,8 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <QCoreApplication>
-#include <QMouseEvent>
 #include <QPointer>
 
 #include "panel_world.h"
@@ -38,46 +36,36 @@ std::u16string RememberABlock() {
     return {};
 }
 
-void ClickButton(QWidget* button) {
-    const QPointF at(2, 2);
-    QMouseEvent press(QEvent::MouseButtonPress, at, QPointF(button->mapToGlobal(QPoint(2, 2))), Qt::LeftButton,
-                      Qt::LeftButton, Qt::NoModifier);
-    QCoreApplication::sendEvent(button, &press);
-    QMouseEvent release(QEvent::MouseButtonRelease, at, QPointF(button->mapToGlobal(QPoint(2, 2))), Qt::LeftButton,
-                        Qt::NoButton, Qt::NoModifier);
-    QCoreApplication::sendEvent(button, &release);
-}
-
 }  // namespace
 
 TEST(PanelClose, CloseButtonSavesTheRecentListOnlyWithAHost) {
     {
         WorldOptions options;
         options.attachHost = false;
-        PanelWorld world(options);
+        SampleWorld world(options);
         const std::u16string block = RememberABlock();
         ASSERT_FALSE(block.empty());
-        world.panel().ShowPanel();
-        ClickButton(world.panel().Button(1000));
-        EXPECT_FALSE(world.panel().isVisible());
+        world.panel->ShowPanel();
+        world.ClickButton(1000);
+        EXPECT_FALSE(world.panel->isVisible());
         EXPECT_FALSE(FileExists(RecentListPath()));
     }
     {
-        PanelWorld world;
+        SampleWorld world;
         const std::u16string block = RememberABlock();
         ASSERT_FALSE(block.empty());
-        world.panel().showMode = u"YL";
-        world.panel().ShowPanel();
-        ClickButton(world.panel().Button(1000));
-        EXPECT_FALSE(world.panel().isVisible());
+        world.panel->showMode = u"YL";
+        world.panel->ShowPanel();
+        world.ClickButton(1000);
+        EXPECT_FALSE(world.panel->isVisible());
         EXPECT_EQ(ReadListFile(RecentListPath()), std::vector<std::u16string>{block});
-        EXPECT_EQ(world.panel().showMode, u"YL");  // only WM_CLOSE forgets the mode
+        EXPECT_EQ(world.panel->showMode, u"YL");  // only WM_CLOSE forgets the mode
     }
 }
 
 TEST(PanelClose, WindowCloseHidesForgetsTheModeAndSaves) {
-    PanelWorld world;
-    QPointer<CBrindleDlg> panel(&world.panel());
+    SampleWorld world;
+    QPointer<CBrindleDlg> panel(world.panel.get());
     const std::u16string block = RememberABlock();
     ASSERT_FALSE(block.empty());
     panel->showMode = u"PMMC";
@@ -95,8 +83,8 @@ TEST(PanelClose, WindowCloseHidesForgetsTheModeAndSaves) {
 }
 
 TEST(PanelClose, SaveOnCloseWritesEveryListAndRemovesTheSearchFolder) {
-    PanelWorld world;
-    CBrindleDlg& panel = world.panel();
+    SampleWorld world;
+    CBrindleDlg& panel = *world.panel;
     const std::u16string block = RememberABlock();
     ASSERT_FALSE(block.empty());
     GalleryNode* gallery = GalleryStore::Instance().root->dirChildren[0];

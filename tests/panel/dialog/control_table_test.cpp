@@ -70,8 +70,8 @@ void CheckTable(float rate) {
     SCOPED_TRACE(rate);
     WorldOptions options;
     options.rate = rate;
-    PanelWorld world(options);
-    CBrindleDlg& panel = world.panel();
+    SampleWorld world(options);
+    CBrindleDlg& panel = *world.panel;
 
     EXPECT_EQ(panel.size(), QSize(Px(755, rate), Px(454, rate)));
     EXPECT_EQ(panel.windowTitle(), QStringLiteral("Ombrel_Panel"));
@@ -160,15 +160,6 @@ void CheckTable(float rate) {
     EXPECT_FALSE(panel.m_pThumbList->isHidden());
 }
 
-void ClickWidget(QWidget* widget) {
-    const QPointF at(widget->width() / 2, widget->height() / 2);
-    const QPointF global(widget->mapToGlobal(at.toPoint()));
-    QMouseEvent press(QEvent::MouseButtonPress, at, global, Qt::LeftButton, Qt::LeftButton, Qt::NoModifier);
-    QCoreApplication::sendEvent(widget, &press);
-    QMouseEvent release(QEvent::MouseButtonRelease, at, global, Qt::LeftButton, Qt::NoButton, Qt::NoModifier);
-    QCoreApplication::sendEvent(widget, &release);
-}
-
 }  // namespace
 
 TEST(PanelControls, TableAtRateOne) { CheckTable(1.0f); }
@@ -178,19 +169,19 @@ TEST(PanelControls, TableAtRateOneAndAHalf) { CheckTable(1.5f); }
 TEST(PanelControls, ToolWindowOfAParent) {
     WorldOptions options;
     options.parentIsHost = true;
-    PanelWorld world(options);
-    EXPECT_EQ(world.panel().parentWidget(), &world.host());
-    EXPECT_TRUE(world.panel().isWindow());
-    EXPECT_EQ(world.panel().windowFlags() & Qt::WindowType_Mask, Qt::Tool);
-    EXPECT_TRUE(world.panel().windowFlags() & Qt::FramelessWindowHint);
+    SampleWorld world(options);
+    EXPECT_EQ(world.panel->parentWidget(), &world.host);
+    EXPECT_TRUE(world.panel->isWindow());
+    EXPECT_EQ(world.panel->windowFlags() & Qt::WindowType_Mask, Qt::Tool);
+    EXPECT_TRUE(world.panel->windowFlags() & Qt::FramelessWindowHint);
     // A second Create changes nothing.
-    EXPECT_FALSE(world.panel().Create(nullptr));
-    EXPECT_EQ(world.panel().parentWidget(), &world.host());
+    EXPECT_FALSE(world.panel->Create(nullptr));
+    EXPECT_EQ(world.panel->parentWidget(), &world.host);
 }
 
 TEST(PanelControls, ClearButtonFollowsTheEditAndButtonsReachTheirHandlers) {
-    PanelWorld world;
-    CBrindleDlg& panel = world.panel();
+    SampleWorld world;
+    CBrindleDlg& panel = *world.panel;
     panel.ShowPanel();
     // Typing widens the edit over the placeholder; emptying it shrinks it back.
     panel.m_searchEdit->setText(QStringLiteral("阀门"));
@@ -201,14 +192,13 @@ TEST(PanelControls, ClearButtonFollowsTheEditAndButtonsReachTheirHandlers) {
     EXPECT_EQ(panel.m_searchEdit->geometry(), ScaleBox(38, 43, 3, 17));
 
     // 2104 opens the search of the collections.
-    CSkinButton* search = panel.Button(2104);
-    search->show();
-    ClickWidget(search);
+    panel.Button(2104)->show();
+    world.ClickButton(2104);
     EXPECT_EQ(panel.m_page, PageCollectionSearch);
 
     // The close button hides the panel.
     panel.ShowPanel();
     ASSERT_TRUE(panel.isVisible());
-    ClickWidget(panel.Button(1000));
+    world.ClickButton(1000);
     EXPECT_FALSE(panel.isVisible());
 }

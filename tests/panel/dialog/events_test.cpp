@@ -79,8 +79,8 @@ TEST(PanelEvents, HourlyRuleAtEveryHour) {
 }
 
 TEST(PanelEvents, HourlyTimerWaitsAtBusyHoursAndEndsOnceItRuns) {
-    PanelWorld world;
-    CBrindleDlg& panel = world.panel();
+    SampleWorld world;
+    CBrindleDlg& panel = *world.panel;
     const WindowHandle self = panel.Handle();
     ASSERT_TRUE(IsTimerRunning(self, kTimerHourlyRefresh));
     {
@@ -104,8 +104,8 @@ TEST(PanelEvents, HourlyTimerWaitsAtBusyHoursAndEndsOnceItRuns) {
 }
 
 TEST(PanelEvents, OneShotTimersKillThemselves) {
-    PanelWorld world;
-    CBrindleDlg& panel = world.panel();
+    SampleWorld world;
+    CBrindleDlg& panel = *world.panel;
     const WindowHandle self = panel.Handle();
     Pump(400);
     for (std::uintptr_t id : {kTimerRightStrip, kTimerBuildClassList, kTimerRepaintAll, kTimerClassTableApply,
@@ -131,8 +131,8 @@ TEST(PanelEvents, OneShotTimersKillThemselves) {
 }
 
 TEST(PanelEvents, StatusEventsLayOutTheCollectionButtons) {
-    PanelWorld world;
-    CBrindleDlg& panel = world.panel();
+    SampleWorld world;
+    CBrindleDlg& panel = *world.panel;
     panel.m_classIndex = 1;
     panel.m_itemCount = 0;
 
@@ -174,8 +174,8 @@ TEST(PanelEvents, StatusEventsLayOutTheCollectionButtons) {
 }
 
 TEST(PanelEvents, MessagesReachTheirHandlersAndPayloadsAreFreed) {
-    PanelWorld world;
-    CBrindleDlg& panel = world.panel();
+    SampleWorld world;
+    CBrindleDlg& panel = *world.panel;
     const WindowHandle self = panel.Handle();
 
     int freed = 0;
@@ -202,8 +202,8 @@ TEST(PanelEvents, MessagesReachTheirHandlersAndPayloadsAreFreed) {
 }
 
 TEST(PanelEvents, OwnWindowsAreThePanelAndItsThreeLists) {
-    PanelWorld world;
-    CBrindleDlg& panel = world.panel();
+    SampleWorld world;
+    CBrindleDlg& panel = *world.panel;
     EXPECT_TRUE(panel.IsOwnWindow(panel.Handle()));
     EXPECT_TRUE(panel.IsOwnWindow(HandleOf(panel.m_pThumbList)));
     EXPECT_TRUE(panel.IsOwnWindow(HandleOf(panel.m_searchList)));
@@ -211,13 +211,13 @@ TEST(PanelEvents, OwnWindowsAreThePanelAndItsThreeLists) {
     EXPECT_FALSE(panel.IsOwnWindow(0));
     EXPECT_FALSE(panel.IsOwnWindow(HandleOf(panel.Button(1000))));
     EXPECT_FALSE(panel.IsOwnWindow(HandleOf(panel.m_searchEdit)));
-    EXPECT_FALSE(panel.IsOwnWindow(HandleOf(&world.host())));
+    EXPECT_FALSE(panel.IsOwnWindow(HandleOf(&world.host)));
     EXPECT_FALSE(panel.IsOwnWindow(0x7fffffff));
 }
 
 TEST(PanelEvents, ProgressMovesTheRowPercentOnlyInStepsAboveOne) {
-    PanelWorld world;
-    CBrindleDlg& panel = world.panel();
+    SampleWorld world;
+    CBrindleDlg& panel = *world.panel;
     const WindowHandle self = panel.Handle();
     panel.ShowPanel();
     panel.m_searchList->show();

@@ -60,21 +60,21 @@ void Release(CBrindleDlg& panel, QPoint global) {
 }  // namespace
 
 TEST(PanelInput, F5RebuildsOnlyWhileVisible) {
-    PanelWorld world;
-    CBrindleDlg& panel = world.panel();
+    SampleWorld world;
+    CBrindleDlg& panel = *world.panel;
     const WindowHandle self = panel.Handle();
     Pump(400);  // the first class-list tick has passed
     ASSERT_FALSE(IsTimerRunning(self, kTimerBuildClassList));
-    const long before = world.service().counters().get("/gallery/g_all_s").count;
+    const long before = world.service.counters().get("/gallery/g_all_s").count;
 
     // Hidden: the key is not the panel's.
     EXPECT_FALSE(PressKey(panel, &panel, Qt::Key_F5));
     EXPECT_FALSE(IsTimerRunning(self, kTimerBuildClassList));
-    EXPECT_EQ(world.service().counters().get("/gallery/g_all_s").count, before);
+    EXPECT_EQ(world.service.counters().get("/gallery/g_all_s").count, before);
 
     ShowActive(panel);
     EXPECT_TRUE(PressKey(panel, panel.m_classList, Qt::Key_F5));
-    EXPECT_EQ(world.service().counters().get("/gallery/g_all_s").count, before + 1);  // the tree was rebuilt
+    EXPECT_EQ(world.service.counters().get("/gallery/g_all_s").count, before + 1);  // the tree was rebuilt
     EXPECT_TRUE(IsTimerRunning(self, kTimerBuildClassList));
     EXPECT_TRUE(panel.isVisible());
 
@@ -86,8 +86,8 @@ TEST(PanelInput, F5RebuildsOnlyWhileVisible) {
 }
 
 TEST(PanelInput, EnterAndEscapeNeverCloseThePanel) {
-    PanelWorld world;
-    CBrindleDlg& panel = world.panel();
+    SampleWorld world;
+    CBrindleDlg& panel = *world.panel;
     ShowActive(panel);
     const int page = panel.m_page;
 
@@ -122,8 +122,8 @@ TEST(PanelInput, EnterAndEscapeNeverCloseThePanel) {
 }
 
 TEST(PanelInput, ControlTabHidesTabAloneDoesNot) {
-    PanelWorld world;
-    CBrindleDlg& panel = world.panel();
+    SampleWorld world;
+    CBrindleDlg& panel = *world.panel;
     ShowActive(panel);
 
     // Tab alone goes on to the normal processing.
@@ -157,8 +157,8 @@ TEST(PanelInput, ControlTabHidesTabAloneDoesNot) {
 }
 
 TEST(PanelInput, MouseMoveGivesFocusToTheListUnderIt) {
-    PanelWorld world;
-    CBrindleDlg& panel = world.panel();
+    SampleWorld world;
+    CBrindleDlg& panel = *world.panel;
     ShowActive(panel);
     panel.m_searchEdit->show();
     panel.m_searchEdit->setFocus();
@@ -183,8 +183,8 @@ TEST(PanelInput, MouseMoveGivesFocusToTheListUnderIt) {
 }
 
 TEST(PanelInput, TitleBandDragsThePanel) {
-    PanelWorld world;
-    CBrindleDlg& panel = world.panel();
+    SampleWorld world;
+    CBrindleDlg& panel = *world.panel;
     ShowActive(panel);
     panel.move(100, 80);
     const QPoint start = panel.pos();
@@ -209,8 +209,8 @@ TEST(PanelInput, TitleBandDragsThePanel) {
 }
 
 TEST(PanelInput, ClickRegionsOfTheBackground) {
-    PanelWorld world;
-    CBrindleDlg& panel = world.panel();
+    SampleWorld world;
+    CBrindleDlg& panel = *world.panel;
     ShowActive(panel);
     ASSERT_EQ(panel.m_page, PageBrowse);
 
@@ -235,13 +235,13 @@ TEST(PanelInput, ClickRegionsOfTheBackground) {
 }
 
 TEST(PanelInput, DownloadPictureActsOnlyWhileItsButtonShows) {
-    PanelWorld world;
-    CBrindleDlg& panel = world.panel();
+    SampleWorld world;
+    CBrindleDlg& panel = *world.panel;
     ShowActive(panel);
     Pump(1000);  // the class list is built and its first row switched to
     ASSERT_GE(panel.m_classList->GetItemCount(), 3);
     panel.m_classIndex = 2;  // the sample's gallery
-    auto fetches = [&] { return world.service().counters().get("/gallery/g_all").count; };
+    auto fetches = [&] { return world.service.counters().get("/gallery/g_all").count; };
     const long before = fetches();
     const QPoint picture(ScaleUnits(340), ScaleUnits(200));
 
@@ -264,8 +264,8 @@ TEST(PanelInput, DownloadPictureActsOnlyWhileItsButtonShows) {
 }
 
 TEST(PanelInput, EditFocusRepaintsTheSearchBoxOnSearchPagesOnly) {
-    PanelWorld world;
-    CBrindleDlg& panel = world.panel();
+    SampleWorld world;
+    CBrindleDlg& panel = *world.panel;
     ShowActive(panel);
 
     struct PaintSpy : QObject {

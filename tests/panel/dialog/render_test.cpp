@@ -1,10 +1,9 @@
-// The start page rendered offscreen at two rates, saved as PNG beside the
-// test program (rendered/panel_start_<rate>.png) for a look by eye.
+// The start page at two rates, the sync prompt of the collections and the
+// search page, rendered offscreen and saved as PNG beside the test program
+// (rendered/panel_*.png) for a look by eye.
 
 #include <gtest/gtest.h>
 
-#include <QCoreApplication>
-#include <QDir>
 #include <QImage>
 
 #include "panel/dialog/hot_words.h"
@@ -19,12 +18,6 @@ using namespace marrowfin::test;
 
 namespace {
 
-QString RenderFolder() {
-    const QString folder = QCoreApplication::applicationDirPath() + QStringLiteral("/rendered");
-    QDir().mkpath(folder);
-    return folder;
-}
-
 bool Near(QColor a, QColor b, int tolerance = 8) {
     return std::abs(a.red() - b.red()) <= tolerance && std::abs(a.green() - b.green()) <= tolerance &&
            std::abs(a.blue() - b.blue()) <= tolerance;
@@ -37,69 +30,70 @@ bool DrawnOver(const QImage& image, const QRect& area, QColor background) {
     return false;
 }
 
-void RenderStartPage(float rate, const char* name) {
+QImage Shot(CBrindleDlg& panel) { return panel.grab().toImage().convertToFormat(QImage::Format_RGB32); }
+
+void SaveShot(const QImage& image, const char* name) {
+    ASSERT_TRUE(image.save(RenderFolder() + QLatin1Char('/') + QLatin1String(name), "PNG"));
+}
+
+// Shows the panel and checks its start page: the outer frame, the title band
+// and the close button drawn at its place (the paint was called).
+void CheckStartPage(CBrindleDlg& panel, float rate, const char* name) {
     SCOPED_TRACE(name);
-    WorldOptions options;
-    options.rate = rate;
-    PanelWorld world(options);
-    CBrindleDlg& panel = world.panel();
     panel.ShowPanel();
     Pump(1000);  // the first class-list tick and the class switch it schedules
-    const QImage image = panel.grab().toImage().convertToFormat(QImage::Format_RGB32);
+    const QImage image = Shot(panel);
     ASSERT_EQ(image.size(), QSize(static_cast<int>(755 * rate), static_cast<int>(454 * rate)));
-    ASSERT_TRUE(image.save(RenderFolder() + QLatin1Char('/') + QLatin1String(name), "PNG"));
-
-    // The outer frame, the title band and the white client: the paint was called.
+    SaveShot(image, name);
     EXPECT_TRUE(Near(image.pixelColor(0, image.height() / 2), QColor(0x00, 0x82, 0xF0)));
     EXPECT_TRUE(Near(image.pixelColor(image.width() / 3, 5), QColor(0xF2, 0xF3, 0xF5)));
-    // The close button is drawn at its place in the title band (not the band colour all over).
-    const QRect close = panel.Button(1000)->geometry();
-    EXPECT_TRUE(DrawnOver(image, close, QColor(0xF2, 0xF3, 0xF5)));
+    EXPECT_TRUE(DrawnOver(image, panel.Button(1000)->geometry(), QColor(0xF2, 0xF3, 0xF5)));
 }
 
 }  // namespace
 
-TEST(PanelRender, SyncPromptOfTheCollections) {
-    PanelWorld world;
-    CBrindleDlg& panel = world.panel();
-    panel.ShowPanel();
-    Pump(1000);
-    panel.m_classIndex = 1;
-    panel.m_itemCount = 0;
-    SendWindowMessage(panel.Handle(), MsgPanelEvent, 5, 0);
-    Pump(100);
-    const QImage image = panel.grab().toImage().convertToFormat(QImage::Format_RGB32);
-    ASSERT_TRUE(image.save(RenderFolder() + QStringLiteral("/panel_sync_prompt_1.0.png"), "PNG"));
-    for (int id : {2155, 2156}) {
-        ASSERT_TRUE(panel.Button(id)->isVisible()) << id;
-        EXPECT_TRUE(DrawnOver(image, panel.Button(id)->geometry(), Qt::white)) << id;
+TEST(PanelRender, StartPageSyncPromptAndSearchPageAtRateOne) {
+    SampleWorld world;
+    CBrindleDlg& panel = *world.panel;
+    CheckStartPage(panel, 1.0f, "panel_start_1.0.png");
+    {
+        SCOPED_TRACE("the sync prompt of the collections");
+        const int classIndex = panel.m_classIndex;
+        panel.m_classIndex = 1;
+        panel.m_itemCount = 0;
+        SendWindowMessage(panel.Handle(), MsgPanelEvent, 5, 0);
+        Pump(100);
+        const QImage image = Shot(panel);
+        SaveShot(image, "panel_sync_prompt_1.0.png");
+        for (int id : {2155, 2156}) {
+            ASSERT_TRUE(panel.Button(id)->isVisible()) << id;
+            EXPECT_TRUE(DrawnOver(image, panel.Button(id)->geometry(), Qt::white)) << id;
+        }
+        EXPECT_FALSE(panel.Button(2157)->isVisible());
+        EXPECT_FALSE(panel.Button(2150)->isVisible());
+        SendWindowMessage(panel.Handle(), MsgPanelEvent, 5, 1);  // in step again: the prompt goes
+        Pump();
+        panel.m_classIndex = classIndex;
     }
-    EXPECT_FALSE(panel.Button(2157)->isVisible());
-    EXPECT_FALSE(panel.Button(2150)->isVisible());
+    {
+        SCOPED_TRACE("the search page with the default hot word");
+        panel.GoToPage(PageSearch);
+        ASSERT_EQ(panel.m_page, PageSearch);
+        const QString before = g_defaultHotWord;
+        // Right of the edit's caret, left of the search button, inside the box's frame.
+        const QRect word = ScaleRect(52, 40, 630, 64).adjusted(0, 4, 0, -4);
+        g_defaultHotWord.clear();
+        const QImage plain = Shot(panel);
+        g_defaultHotWord = QStringLiteral("法兰阀门");
+        const QImage image = Shot(panel);
+        g_defaultHotWord = before;
+        SaveShot(image, "panel_search_1.0.png");
+        EXPECT_FALSE(DrawnOver(plain, word, Qt::white));
+        EXPECT_TRUE(DrawnOver(image, word, Qt::white));
+    }
 }
 
-TEST(PanelRender, StartPageAtRateOne) { RenderStartPage(1.0f, "panel_start_1.0.png"); }
-
-TEST(PanelRender, StartPageAtRateOneAndAHalf) { RenderStartPage(1.5f, "panel_start_1.5.png"); }
-
-TEST(PanelRender, SearchPageShowsTheDefaultHotWord) {
-    PanelWorld world;
-    CBrindleDlg& panel = world.panel();
-    panel.ShowPanel();
-    Pump(1000);
-    panel.GoToPage(PageSearch);
-    ASSERT_EQ(panel.m_page, PageSearch);
-    const QString before = g_defaultHotWord;
-    // Right of the edit's caret, left of the search button, inside the box's frame.
-    const QRect word = ScaleRect(52, 40, 630, 64).adjusted(0, 4, 0, -4);
-
-    g_defaultHotWord.clear();
-    const QImage plain = panel.grab().toImage().convertToFormat(QImage::Format_RGB32);
-    g_defaultHotWord = QStringLiteral("法兰阀门");
-    const QImage image = panel.grab().toImage().convertToFormat(QImage::Format_RGB32);
-    g_defaultHotWord = before;
-    ASSERT_TRUE(image.save(RenderFolder() + QStringLiteral("/panel_search_1.0.png"), "PNG"));
-
-    EXPECT_FALSE(DrawnOver(plain, word, Qt::white));
-    EXPECT_TRUE(DrawnOver(image, word, Qt::white));
+TEST(PanelRender, StartPageAtRateOneAndAHalf) {
+    SampleWorld world({.rate = 1.5f});
+    CheckStartPage(*world.panel, 1.5f, "panel_start_1.5.png");
 }

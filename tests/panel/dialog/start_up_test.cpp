@@ -42,8 +42,8 @@ protected:
 }  // namespace
 
 TEST(PanelStartUp, TimersHostLinkAndTheFirstClassListBuild) {
-    PanelWorld world;
-    CBrindleDlg& panel = world.panel();
+    SampleWorld world;
+    CBrindleDlg& panel = *world.panel;
     const WindowHandle self = panel.Handle();
     EXPECT_NE(self, 0u);
     EXPECT_EQ(ObjectOf(self), &panel);
@@ -53,9 +53,9 @@ TEST(PanelStartUp, TimersHostLinkAndTheFirstClassListBuild) {
     EXPECT_TRUE(IsTimerRunning(self, kTimerBuildClassList));
 
     // The host window was taken and asked once for its channel text.
-    EXPECT_EQ(panel.hostWindow, HandleOf(&world.host()));
+    EXPECT_EQ(panel.hostWindow, HandleOf(&world.host));
     int channelRequests = 0;
-    for (const auto& r : world.host().records)
+    for (const auto& r : world.host.records)
         if (r.message == MARROWFIN_GALLERY_HOST_REQUEST && r.wParam == MARROWFIN_REQUEST_CHANNEL) ++channelRequests;
     EXPECT_EQ(channelRequests, 1);
     EXPECT_EQ(panel.m_hostChannel, u"频道-7");
@@ -78,27 +78,27 @@ TEST(PanelStartUp, WithoutAHostWindowAndInTheUpdateMode) {
     {
         WorldOptions options;
         options.attachHost = false;
-        PanelWorld world(options);
-        EXPECT_EQ(world.panel().hostWindow, 0u);
-        EXPECT_TRUE(world.panel().m_hostChannel.empty());
-        EXPECT_TRUE(world.host().records.empty());
-        EXPECT_FALSE(world.panel().testAttribute(Qt::WA_WState_ExplicitShowHide));
+        SampleWorld world(options);
+        EXPECT_EQ(world.panel->hostWindow, 0u);
+        EXPECT_TRUE(world.panel->m_hostChannel.empty());
+        EXPECT_TRUE(world.host.records.empty());
+        EXPECT_FALSE(world.panel->testAttribute(Qt::WA_WState_ExplicitShowHide));
     }
     {
         WorldOptions options;
         options.mode = u"UpdateShow";
-        PanelWorld world(options);
+        SampleWorld world(options);
         // Hidden on purpose at the end of the start-up, after the channel request.
-        EXPECT_TRUE(world.panel().testAttribute(Qt::WA_WState_ExplicitShowHide));
-        EXPECT_TRUE(world.panel().isHidden());
-        EXPECT_EQ(world.panel().m_hostChannel, u"频道-7");
+        EXPECT_TRUE(world.panel->testAttribute(Qt::WA_WState_ExplicitShowHide));
+        EXPECT_TRUE(world.panel->isHidden());
+        EXPECT_EQ(world.panel->m_hostChannel, u"频道-7");
     }
 }
 
 TEST(PanelStartUp, RequestNetworkOptionFollowsTheStoredClassTable) {
     // No stored class table: the option is not touched.
     {
-        PanelWorld world;
+        SampleWorld world;
         EXPECT_EQ(GetOptionInt(u"RequestNetwork", -7), -7);
     }
     // A stored table with the option absent: it becomes 1.
@@ -106,7 +106,7 @@ TEST(PanelStartUp, RequestNetworkOptionFollowsTheStoredClassTable) {
         WorldOptions options;
         options.firstSync = false;
         options.listGallery = false;
-        PanelWorld world(options);
+        SampleWorld world(options);
         ASSERT_TRUE(CreateDirectories(StoreRoot()));
         ASSERT_TRUE(WriteFileAtomic(ClassTablePath(), "<r/>"));
         CBrindleDlg second;
@@ -125,7 +125,7 @@ TEST(PanelStartUp, FirstTreeOnlyWithoutAShowList) {
         // Show.xml lists a gallery: start-up leaves the tree to FirstSynchro.
         WorldOptions options;
         options.firstSync = false;
-        PanelWorld world(options);
+        SampleWorld world(options);
         EXPECT_EQ(GalleryStore::Instance().root, nullptr);
     }
     {
@@ -133,7 +133,7 @@ TEST(PanelStartUp, FirstTreeOnlyWithoutAShowList) {
         WorldOptions options;
         options.firstSync = false;
         options.listGallery = false;
-        PanelWorld world(options);
+        SampleWorld world(options);
         GalleryNode* root = GalleryStore::Instance().root;
         ASSERT_NE(root, nullptr);
         EXPECT_EQ(root->path, StoreRoot());
@@ -146,11 +146,11 @@ TEST(PanelStartUp, WaitsForARunningSynchronisation) {
     // The panel is made while FirstSynchro's thread waits for a slow service.
     WorldOptions options;
     options.firstSync = false;
-    PanelWorld world(options);
+    SampleWorld world(options);
     ResetGalleryStore();
     service::Fault slow;
     slow.latencyMs = 1500;
-    world.service().faults().set("/gallery/g_all_s", slow);
+    world.service.faults().set("/gallery/g_all_s", slow);
 
     GalleryStore& store = GalleryStore::Instance();
     std::thread sync([&] { BuildFirstTree(store); });
@@ -165,5 +165,5 @@ TEST(PanelStartUp, WaitsForARunningSynchronisation) {
     sync.join();
     EXPECT_EQ(busyAfterCreate, 0);
     EXPECT_TRUE(classesAfterCreate);
-    EXPECT_GE(world.service().counters().get("/gallery/g_all_s").count, 1);
+    EXPECT_GE(world.service.counters().get("/gallery/g_all_s").count, 1);
 }

@@ -32,29 +32,7 @@ namespace {
 
 using test::PanelWorld;
 using test::PumpUntil;
-
-// The host's window: records the insertion requests with their paths.
-class RecordingHost final : public QWidget {
-public:
-    struct Insertion {
-        uintptr_t code;
-        std::u16string path;
-    };
-    std::vector<Insertion> insertions;
-
-protected:
-    bool event(QEvent* event) override {
-        if (event->type() == MarrowfinHostEventType) {
-            auto* e = static_cast<MarrowfinHostEvent*>(event);
-            if (e->message == MARROWFIN_GALLERY_HOST_REQUEST && e->wParam >= 2 && e->wParam <= 4) {
-                std::unique_ptr<std::u16string> path = e->TakeText();
-                insertions.push_back({e->wParam, path ? *path : std::u16string()});
-            }
-            return true;
-        }
-        return QWidget::event(event);
-    }
-};
+using test::RecordingHost;
 
 std::string PreviewDrawing() { return test::ReadBytes(test::SharedDir() + "/testdata/dwg/bmp8_ac1015.dwg"); }
 
@@ -163,6 +141,7 @@ TEST(ThumbnailRoad, DoubleClickInsertsAndHeadsTheUsageLists) {
     w.AddRecent(recentPath);
     w.AddRecent(cls->fileChildren[3]->path);
     RecordingHost host;
+    auto insertions = [&] { return host.Requests(2, 4); };
     w.MakePanel();
     w.panel->hostWindow = HandleOf(&host);
     CDWGListView* list = w.panel->m_pThumbList;
@@ -174,9 +153,9 @@ TEST(ThumbnailRoad, DoubleClickInsertsAndHeadsTheUsageLists) {
 
     DoubleClickItem(list, 2);
     test::Pump(30);
-    ASSERT_EQ(host.insertions.size(), 1u);
-    EXPECT_EQ(host.insertions[0].code, 2u);
-    EXPECT_EQ(host.insertions[0].path, p2);
+    ASSERT_EQ(insertions().size(), 1u);
+    EXPECT_EQ(insertions()[0].wParam, 2u);
+    EXPECT_EQ(insertions()[0].text, p2);
     ASSERT_FALSE(w.root()->fileChildren.empty());
     EXPECT_EQ(w.root()->fileChildren[0]->path, p2);
     ASSERT_FALSE(gallery->fileChildren.empty());
@@ -189,9 +168,9 @@ TEST(ThumbnailRoad, DoubleClickInsertsAndHeadsTheUsageLists) {
     w.panel->showMode = u"PMMC";
     DoubleClickItem(list, 2);
     test::Pump(30);
-    ASSERT_EQ(host.insertions.size(), 3u);
-    EXPECT_EQ(host.insertions[1].code, 3u);
-    EXPECT_EQ(host.insertions[2].code, 4u);
+    ASSERT_EQ(insertions().size(), 3u);
+    EXPECT_EQ(insertions()[1].wParam, 3u);
+    EXPECT_EQ(insertions()[2].wParam, 4u);
     EXPECT_EQ(PathsOf(gallery->fileChildren), (std::vector<std::u16string>{p2, p1}));
     EXPECT_EQ(PathsOf(w.root()->fileChildren),
               (std::vector<std::u16string>{p2, p1, recentPath, cls->fileChildren[3]->path}));
@@ -205,8 +184,8 @@ TEST(ThumbnailRoad, DoubleClickInsertsAndHeadsTheUsageLists) {
     ASSERT_EQ(PathsOf(w.panel->m_listNodes), recentBefore);
     DoubleClickItem(list, 2);
     test::Pump(30);
-    ASSERT_EQ(host.insertions.size(), 4u);
-    EXPECT_EQ(host.insertions[3].path, recentPath);
+    ASSERT_EQ(insertions().size(), 4u);
+    EXPECT_EQ(insertions()[3].text, recentPath);
     EXPECT_EQ(PathsOf(w.root()->fileChildren), recentBefore);
 
     // A file that is not there: the tip, no insertion, and the file is asked for.
@@ -231,7 +210,7 @@ TEST(ThumbnailRoad, DoubleClickInsertsAndHeadsTheUsageLists) {
     test::Pump(30);
     EXPECT_TRUE(tipShown);
     EXPECT_TRUE(tipHasCancel) << "the tip offers 确定 and 取消";
-    EXPECT_EQ(host.insertions.size(), 4u);
+    EXPECT_EQ(insertions().size(), 4u);
     EXPECT_NE(std::find(w.panel->m_thumbsToCheck.begin(), w.panel->m_thumbsToCheck.end(), 1),
               w.panel->m_thumbsToCheck.end());
     EXPECT_TRUE(IsTimerRunning(w.panel->Handle(), kTimerThumbRequest));
@@ -241,7 +220,7 @@ TEST(ThumbnailRoad, DoubleClickInsertsAndHeadsTheUsageLists) {
     w.panel->hostWindow = 0;
     DoubleClickItem(list, 0);
     test::Pump(30);
-    EXPECT_EQ(host.insertions.size(), 4u);
+    EXPECT_EQ(insertions().size(), 4u);
     EXPECT_EQ(PathsOf(w.root()->fileChildren), recentNow);
 }
 

@@ -1,4 +1,4 @@
-// The panel tests need a QApplication (the host's, in the library's life).
+// The panel tests need a QApplication, as the host gives the library one.
 #include <gtest/gtest.h>
 
 #include <QApplication>

@@ -1,0 +1,291 @@
+#include "panel_world.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QKeyEvent>
+#include <QMouseEvent>
+#include <QThread>
+#include <QtTest/QTest>
+
+#include "net/download_queue.h"
+#include "net/gallery_sync.h"
+#include "panel/dialog/host_requests.h"
+#include "panel/lists/class_list_ctrl.h"
+#include "platform/files.h"
+#include "platform/profile.h"
+#include "platform/qt/window_timers.h"
+#include "platform/text.h"
+#include "platform/ticks.h"
+#include "skin/skin_button.h"
+#include "skin/subclass_button.h"
+#include "store/gallery_tree.h"
+#include "store/show_list.h"
+#include "store/store_paths.h"
+#include "support/live_service.h"
+
+namespace marrowfin::test {
+
+namespace {
+
+void WriteRate(float rate) {
+    WriteOptionString(u"Rate", rate == 1.0f ? std::u16string(u"1") : QString::number(rate).toStdU16String());
+}
+
+}  // namespace
+
+bool RecordingHost::event(QEvent* event) {
+    if (event->type() == MarrowfinHostEventType) {
+        auto* request = static_cast<MarrowfinHostEvent*>(event);
+        Record record{request->message, request->wParam, request->lParam, {}};
+        if (std::unique_ptr<std::u16string> text = request->TakeText()) record.text = *text;
+        records.push_back(std::move(record));
+        if (request->message == MARROWFIN_GALLERY_HOST_REQUEST && request->wParam == MARROWFIN_REQUEST_CHANNEL)
+            *reinterpret_cast<std::u16string*>(request->lParam) = channel;
+        return true;
+    }
+    return QWidget::event(event);
+}
+
+std::vector<RecordingHost::Record> RecordingHost::Requests(uintptr_t first, uintptr_t last) const {
+    std::vector<Record> out;
+    for (const Record& r : records)
+        if (r.message == MARROWFIN_GALLERY_HOST_REQUEST && r.wParam >= first && r.wParam <= last) out.push_back(r);
+    return out;
+}
+
+void PanelHarness::DestroyPanel() {
+    if (panel) panel->hide();
+    panel.reset();
+}
+
+void PanelHarness::ClickClassRow(int row) {
+    CClassListCtrl* list = panel->m_classList;
+    list->EnsureVisible(row);
+    QTest::mouseClick(list, Qt::LeftButton, Qt::NoModifier, list->RowRect(row).center());
+    QCoreApplication::processEvents();  // the list's posted command reaches the panel
+}
+
+void PanelHarness::ClickButton(int id) {
+    CSkinButton* button = panel->Button(id);
+    if (!button) return;
+    QTest::mouseClick(button, Qt::LeftButton, Qt::NoModifier, button->rect().center());
+    QCoreApplication::processEvents();
+}
+
+bool PanelHarness::WaitForSwitch(int timeoutMs) {
+    const WindowHandle h = panel->Handle();
+    const bool ok = PumpUntil([&] { return !IsTimerRunning(h, 2000) && !IsTimerRunning(h, 1011); }, timeoutMs);
+    Pump(30);  // the commands the switch posted
+    return ok;
+}
+
+int PanelHarness::RowOf(const std::u16string& text) const {
+    for (int i = 0; i < panel->m_classList->GetItemCount(); ++i)
+        if (panel->m_classList->GetItemText(i) == QString::fromStdU16String(text)) return i;
+    return -1;
+}
+
+int PanelHarness::VisibleSubclassButtons() const {
+    int n = 0;
+    for (CSubclassButton* button : panel->m_subclassBtns) n += Shown(button) ? 1 : 0;
+    return n;
+}
+
+bool PanelHarness::Shown(QWidget* widget) const { return widget && widget->isVisibleTo(panel.get()); }
+
+bool PanelHarness::ButtonShown(int id) const { return Shown(panel->Button(id)); }
+
+QImage PanelHarness::Render(const QString& name) {
+    Pump(30);
+    QImage image = panel->grab().toImage();
+    image.save(RenderFolder() + u'/' + name + QStringLiteral(".png"));
+    return image;
+}
+
+SampleWorld::SampleWorld(const WorldOptions& options) {
+    ResetGalleryStore();
+    const std::string& data = SampleLibrary();
+    galleries = GalleryNames(data);
+    service = StartLiveService(data);
+    WriteRate(options.rate);
+    if (options.listGallery && !galleries.empty()) AddGalleryToShowList(galleries[0]);
+    if (options.firstSync) BuildFirstTree(GalleryStore::Instance());
+    SetApplicationMainWindow(options.attachHost ? &host : nullptr);
+    panel = std::make_unique<CBrindleDlg>();
+    panel->showMode = options.mode;
+    panel->Create(options.parentIsHost ? &host : nullptr);
+}
+
+SampleWorld::~SampleWorld() {
+    DestroyPanel();
+    SetApplicationMainWindow(nullptr);
+    ResetGalleryStore();
+}
+
+OwnedStore::~OwnedStore() {
+    if (root) {
+        DestroySubtree(root);
+        delete root;
+        root = nullptr;
+    }
+}
+
+PanelWorld::PanelWorld(bool offline) {
+    if (offline) WriteOptionString(u"ServiceBase", u"http://127.0.0.1:9");
+    store.root = new GalleryNode();
+    store.root->name = kRootName;
+    store.root->path = StoreRoot();
+    store.root->kind = kKindDir;
+    CreateDirectories(store.root->path);
+}
+
+PanelWorld::~PanelWorld() { DestroyPanel(); }
+
+GalleryNode* PanelWorld::root() { return store.root; }
+
+GalleryNode* PanelWorld::AddGallery(const GallerySpec& spec) {
+    AddGalleryToShowList(spec.name);
+    auto* gallery = new GalleryNode(kRootName, root()->path + u"/" + spec.name, spec.name, kKindDir, false,
+                                    spec.boutique, 0);
+    gallery->refreshTick = GetTickCount();  // fresh: no summary request on opening
+    AddChild(root(), gallery, false);
+    CreateDirectories(gallery->path);
+    for (int c = 0; c < spec.classes; ++c)
+        AddClass(gallery, u"类" + std::u16string(1, char16_t(u'A' + c % 26)) + (c >= 26 ? u"2" : u""),
+                 spec.blocksPerClass);
+    for (int e = 0; e < spec.commonEntries; ++e) {
+        const GalleryNode* cls = gallery->dirChildren.empty() ? nullptr : gallery->dirChildren[0];
+        const std::u16string name = u"常用" + std::u16string(1, u'0' + e);
+        auto* entry = new GalleryNode(kCommonUseTag, (cls ? cls->path : gallery->path) + u"/" + name + u".dwg", name,
+                                      kKindFile, false, false, 0);
+        AddChild(gallery, entry, false);
+    }
+    return gallery;
+}
+
+GalleryNode* PanelWorld::AddClass(GalleryNode* gallery, const std::u16string& name, int blocks) {
+    auto* cls = new GalleryNode(gallery->name, gallery->path + u"/" + name, name, kKindDir, false, false, 0);
+    cls->version = 1;
+    AddChild(gallery, cls, false);
+    for (int b = 0; b < blocks; ++b) {
+        const std::u16string file = name + u"_" + std::u16string(1, char16_t(u'0' + b % 10)) +
+                                    (b >= 10 ? std::u16string(1, char16_t(u'0' + b / 10)) : u"") + u".dwg";
+        auto* block = new GalleryNode(name, cls->path + u"/" + file, file, kKindFile, false, gallery->boutique, 2048);
+        AddChild(cls, block, false);
+    }
+    return cls;
+}
+
+void PanelWorld::AddRecent(const std::u16string& path) {
+    std::u16string stem = path.substr(path.rfind(u'/') + 1);
+    stem = stem.substr(0, stem.size() - 4);
+    AddChild(root(), new GalleryNode(kRootName, path, stem, kKindFile, false, false, 0), false);
+}
+
+GalleryNode* PanelWorld::AddCollections(int user, const std::vector<std::u16string>& folders, int blocksPerFolder) {
+    const std::u16string path = NumberedCollectionFolder(user);
+    auto* collections = new GalleryNode(kRootName, path, u"我的收藏", kKindDir, false, false, 0);
+    AddChild(root(), collections, true);
+    CreateDirectories(path);
+    for (const std::u16string& folder : folders) CreateDirectories(AddClass(collections, folder, blocksPerFolder)->path);
+    return collections;
+}
+
+void PanelWorld::MakePanel(bool waitForStart, float rate) {
+    WriteRate(rate);
+    if (!FileExists(ShowListPath()))
+        WriteFileAtomic(ShowListPath(), "\xEF\xBB\xBF<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r<root>\r</root>\r");
+    // The panel takes the boutique galleries from the class table: list the
+    // world's galleries there, and keep the service from replacing it.
+    if (!FileExists(ClassTablePath())) {
+        std::u16string table = u"<root><sort id=\"精品图库\" show=\"精品图库\"><kind>全部</kind></sort>"
+                               u"<sort id=\"通用图库\" show=\"通用图库\"><kind>全部</kind></sort><type>";
+        for (const GalleryNode* gallery : root()->dirChildren)
+            table += u"<item><name>" + gallery->name + u"</name><gv>" + (gallery->boutique ? u"1" : u"0") +
+                     u"</gv><ver>1</ver></item>";
+        table += u"</type></root>";
+        WriteFileAtomic(ClassTablePath(), "\xEF\xBB\xBF" + U8(table));
+        WriteOptionInt(u"RequestNetwork", 0);
+    }
+    panel = std::make_unique<CBrindleDlg>();
+    panel->Create(nullptr);
+    panel->m_store = &store;  // before the first class list is built, 250 ms after start
+    panel->show();
+    if (waitForStart) {
+        PumpUntil([&] { return panel->m_classesReady; }, 3000);
+        WaitForSwitch();
+    }
+}
+
+void ResetGalleryStore() {
+    GalleryStore& store = GalleryStore::Instance();
+    WaitForDownloadWorkers(std::chrono::seconds(30));
+    if (store.root) {
+        DestroySubtree(store.root);
+        delete store.root;
+        store.root = nullptr;
+    }
+    store.staleClasses.clear();
+    store.galleryVersions.clear();
+    store.galleryFetchTicks.clear();
+    store.syncBusy.store(0);
+}
+
+namespace {
+
+bool SendKey(CBrindleDlg& panel, QObject* receiver, QEvent::Type type, int key, Qt::KeyboardModifiers modifiers) {
+    QKeyEvent event(type, key, modifiers);
+    const bool consumed = panel.PreTranslateMessage(receiver, &event);
+    // An event the panel leaves goes on to its receiver, as the host's loop does.
+    if (!consumed && receiver) QCoreApplication::sendEvent(receiver, &event);
+    return consumed;
+}
+
+}  // namespace
+
+bool PressKey(CBrindleDlg& panel, QObject* receiver, int key, Qt::KeyboardModifiers modifiers) {
+    return SendKey(panel, receiver, QEvent::KeyPress, key, modifiers);
+}
+
+bool ReleaseKey(CBrindleDlg& panel, QObject* receiver, int key, Qt::KeyboardModifiers modifiers) {
+    return SendKey(panel, receiver, QEvent::KeyRelease, key, modifiers);
+}
+
+void ClickPanel(CBrindleDlg& panel, QPoint at) {
+    const QPointF local(at);
+    const QPointF global(panel.mapToGlobal(at));
+    QMouseEvent press(QEvent::MouseButtonPress, local, global, Qt::LeftButton, Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(&panel, &press);
+    QMouseEvent release(QEvent::MouseButtonRelease, local, global, Qt::LeftButton, Qt::NoButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(&panel, &release);
+}
+
+void Pump(int ms) {
+    QElapsedTimer clock;
+    clock.start();
+    QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+    while (clock.elapsed() < ms) {
+        QThread::msleep(2);
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+    }
+}
+
+bool PumpUntil(const std::function<bool()>& done, int timeoutMs) {
+    QElapsedTimer clock;
+    clock.start();
+    while (!done()) {
+        if (clock.elapsed() > timeoutMs) return done();
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+        QThread::msleep(5);
+    }
+    return true;
+}
+
+QString RenderFolder() {
+    const QString dir = QCoreApplication::applicationDirPath() + QStringLiteral("/rendered");
+    QDir().mkpath(dir);
+    return dir;
+}
+
+}  // namespace marrowfin::test

@@ -1,0 +1,145 @@
+#pragma once
+// The worlds the panel's tests start from, each on a fresh home: the sample
+// library from the stand-in service in the process-wide store, or a tree made
+// by hand in the test's own store; and the clicks, keys, waits and renders
+// that drive the panel.
+
+#include <QImage>
+#include <QPoint>
+#include <QString>
+#include <QWidget>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "panel/dialog/brindle_dlg.h"
+#include "service_handle.h"
+#include "store/gallery_node.h"
+#include "store/gallery_store.h"
+#include "support/temp_home.h"
+
+namespace marrowfin::test {
+
+// The host's main window: records every request and notice (with the path of
+// an insertion) and answers request 7 with `channel`.
+class RecordingHost : public QWidget {
+public:
+    struct Record {
+        uint32_t message;
+        uintptr_t wParam;
+        intptr_t lParam;
+        std::u16string text;
+    };
+    std::vector<Record> records;
+    std::u16string channel = u"频道-7";
+
+    // The requests with a code from `first` to `last`.
+    std::vector<Record> Requests(uintptr_t first, uintptr_t last) const;
+
+protected:
+    bool event(QEvent* event) override;
+};
+
+// A panel on a fresh home, and real input to it.
+class PanelHarness {
+public:
+    PanelHarness() = default;
+    PanelHarness(const PanelHarness&) = delete;
+    PanelHarness& operator=(const PanelHarness&) = delete;
+
+    TempHome home;
+    std::unique_ptr<CBrindleDlg> panel;
+
+    void ClickClassRow(int row);
+    void ClickButton(int id);
+    // Waits until the class switch timer has run and nothing is pending.
+    bool WaitForSwitch(int timeoutMs = 3000);
+    int RowOf(const std::u16string& text) const;
+    int VisibleSubclassButtons() const;
+    bool Shown(QWidget* widget) const;
+    bool ButtonShown(int id) const;
+    // Renders the panel into <program folder>/rendered/<name>.png.
+    QImage Render(const QString& name);
+
+protected:
+    // Hidden first, so that focus leaves the search edit while the panel is
+    // still whole (the host never destroys the panel while it runs).
+    void DestroyPanel();
+};
+
+struct WorldOptions {
+    float rate = 1.0f;
+    bool listGallery = true;     // Show.xml names the sample's first gallery
+    bool firstSync = true;       // the host ran FirstSynchro before showing
+    bool attachHost = true;      // the host named its main window
+    std::u16string mode = {};    // showMode before Create
+    bool parentIsHost = false;   // the panel is a tool window of the host
+};
+
+// The sample library served by the stand-in service, the panel made (not
+// shown) over the process-wide store with a recording host.
+class SampleWorld : public PanelHarness {
+public:
+    explicit SampleWorld(const WorldOptions& options = {});
+    ~SampleWorld();
+
+    std::vector<std::u16string> galleries;
+    service::ServiceHandle service;
+    RecordingHost host;
+};
+
+// The test's own store; its tree goes with it.
+struct OwnedStore : GalleryStore {
+    ~OwnedStore();
+};
+
+struct GallerySpec {
+    std::u16string name;
+    int classes = 3;
+    int blocksPerClass = 4;
+    int commonEntries = 0;  // entries of its "常用" list
+    bool boutique = false;
+};
+
+// A tree of the test's own: galleries, classes and blocks made by hand, the
+// panel made and shown offscreen by MakePanel.
+class PanelWorld : public PanelHarness {
+public:
+    // `offline` points the service at a closed loopback port so that no
+    // request leaves the machine; tests with the stand-in service pass false
+    // and start it before making the panel.
+    explicit PanelWorld(bool offline = true);
+    ~PanelWorld();
+
+    OwnedStore store;
+
+    GalleryNode* root();
+    GalleryNode* AddGallery(const GallerySpec& spec);
+    // A class named `name` under `gallery` with `blocks` blocks.
+    GalleryNode* AddClass(GalleryNode* gallery, const std::u16string& name, int blocks);
+    void AddRecent(const std::u16string& path);
+    // The collections of `user`: node "我的收藏" at <root>/<user>_收藏 with folders.
+    GalleryNode* AddCollections(int user, const std::vector<std::u16string>& folders, int blocksPerFolder);
+
+    // Makes, shows and starts the panel over this store: waits for the first
+    // class list (the recent list opened) unless `waitForStart` is false.
+    void MakePanel(bool waitForStart = true, float rate = 1.0f);
+};
+
+// Frees the process-wide store's tree, so that a test starts with none.
+void ResetGalleryStore();
+
+// Events as the host's loop hands them to GaDllPretanslateMsg.
+bool PressKey(CBrindleDlg& panel, QObject* receiver, int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
+bool ReleaseKey(CBrindleDlg& panel, QObject* receiver, int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
+// A real left click on the panel's background at a pixel point.
+void ClickPanel(CBrindleDlg& panel, QPoint at);
+
+// Processes events at least once and for `ms`.
+void Pump(int ms = 0);
+// Processes events until `done` or the time is up; answers `done()`.
+bool PumpUntil(const std::function<bool()>& done, int timeoutMs = 5000);
+QString RenderFolder();
+
+}  // namespace marrowfin::test
