@@ -1,43 +1,20 @@
 // The collection state machine on the wire: folders, collecting with and
-// without force, moving, renaming, deleting, and state across a restart.
+// without force, moving, renaming, deleting, state across a restart, and the
+// hand-over of an old collection as an archive polled in the background.
 
 #include "service_fixture.h"
-#include "support/test_paths.h"
-#include "library_catalog.h"
-#include "user_state.h"
 
-#include <filesystem>
+#include <thread>
 
-namespace fs = std::filesystem;
 using namespace marrowfin;
 using namespace marrowfin::test;
 
 namespace {
 
-std::string Between(const std::string& text, const std::string& from, const std::string& to, size_t start = 0) {
-    const size_t a = text.find(from, start);
-    if (a == std::string::npos) return "<none>";
-    const size_t b = text.find(to, a + from.size());
-    return text.substr(a + from.size(), b - a - from.size());
-}
-
 std::string FolderId(const std::string& list, const std::string& name) {
     const size_t at = list.find("favorites_name=\"" + name + "\"");
     if (at == std::string::npos) return "";
-    const size_t open = list.rfind("favorites_id=\"", at);
-    return Between(list, "favorites_id=\"", "\"", open);
-}
-
-int CountOf(const std::string& text, const std::string& what) {
-    int n = 0;
-    for (size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + 1)) ++n;
-    return n;
-}
-
-std::string SomeBlock(const std::string& data) {
-    for (const auto& f : fs::recursive_directory_iterator(data + "/blocks"))
-        if (f.is_regular_file()) return ReadBytes(f.path().string());
-    return "";
+    return Between(list, "favorites_id=\"", "\"", list.rfind("favorites_id=\"", at));
 }
 
 class CollectionTest : public ServiceTest {
@@ -51,13 +28,20 @@ protected:
     std::string q(const std::string& path, const std::string& rest) {
         return post("/gallery/" + path + "?type=client&usertoken=" + DemoToken() + rest);
     }
+    std::string folders() const { return post("/gallery/get_u_f?usertoken=" + DemoToken()); }
+    std::string upload(const std::string& archive) {
+        httplib::MultipartFormDataItems items = {{"parent_dir", "", "", ""}, {"file", archive, "10001.zip", "application/octet-stream"}};
+        auto res = client().Post("/gallery/lfupload", items);
+        return res ? res->body : "<no reply>";
+    }
+    std::string syncStatus() { return post("/gallery/lfstatu?usertoken=" + DemoToken()); }
 };
 
 }  // namespace
 
 TEST_F(CollectionTest, FoldersFromEmptyToFullAndBack) {
     EXPECT_EQ("empty", q("get_u_collect", "&kind=dwg")) << "a fresh user reads the word, not a document";
-    const std::string noFolders = post("/gallery/get_u_f?usertoken=" + DemoToken());
+    const std::string noFolders = folders();
     EXPECT_NE(std::string::npos, noFolders.find("<root>"));
     EXPECT_EQ(std::string::npos, noFolders.find("<favorites"));
 
@@ -77,7 +61,7 @@ TEST_F(CollectionTest, FoldersFromEmptyToFullAndBack) {
     EXPECT_EQ("error", q("favorite", "&operate=update&favorites_id=99999&newname=x"));
     EXPECT_EQ("error", q("favorite", "&operate=update&favorites_id=abc&newname=x"));
     EXPECT_EQ("success", q("favorite", "&operate=update&favorites_id=" + id2 + "&newname=" + Enc("家具")));
-    EXPECT_EQ(id2, FolderId(post("/gallery/get_u_f?usertoken=" + DemoToken()), "家具"));
+    EXPECT_EQ(id2, FolderId(folders(), "家具"));
 
     // At most 18 folders.
     for (int i = 3; i <= 18; ++i) ASSERT_NE("error", q("favorite", "&operate=add&favorites=f" + std::to_string(i))) << i;
@@ -85,14 +69,12 @@ TEST_F(CollectionTest, FoldersFromEmptyToFullAndBack) {
 
     EXPECT_EQ("success", q("favorite", "&favorites_id=" + id2 + "&operate=del"));
     EXPECT_EQ("error", q("favorite", "&favorites_id=" + id2 + "&operate=del")) << "a folder goes only once";
-    EXPECT_EQ("", FolderId(post("/gallery/get_u_f?usertoken=" + DemoToken()), "家具"));
+    EXPECT_EQ("", FolderId(folders(), "家具"));
 
     // Another user sees none of it.
     ASSERT_EQ("ok", admin("/admin/user?number=20002&token=other"));
     EXPECT_EQ("empty", post("/gallery/get_u_collect?type=client&usertoken=other&kind=dwg"));
-    int status = 0;
-    post("/gallery/get_u_collect?type=client&usertoken=&kind=dwg", &status);
-    EXPECT_EQ(400, status);
+    EXPECT_EQ(400, postStatus("/gallery/get_u_collect?type=client&usertoken=&kind=dwg"));
 }
 
 TEST_F(CollectionTest, CollectMoveRenameDeleteBlocks) {
@@ -112,11 +94,11 @@ TEST_F(CollectionTest, CollectMoveRenameDeleteBlocks) {
 
     std::string list = q("favorite_dwgs", "&favorites_id=" + a);
     const std::string id = Between(list, "dwg_id=\"", "\"");
-    EXPECT_EQ(1, CountOf(list, "<dwg ")) << list;
+    EXPECT_EQ(1, Count(list, "<dwg ")) << list;
     EXPECT_EQ("A", Between(list, "dwg_info=\"", "\""));
     // The block's address gives the replaced bytes.
     const std::string url = Between(list, "dwg_url=\"", "\"");
-    auto res = client().Get(url.substr(m_service.baseUrl().size()));
+    auto res = fetchUrl(url);
     ASSERT_TRUE(res);
     EXPECT_EQ(changed, res->body);
     // The folder list with blocks carries them under their folder.
@@ -138,8 +120,8 @@ TEST_F(CollectionTest, CollectMoveRenameDeleteBlocks) {
     EXPECT_EQ("filename is exist", q("cdwgrn", "&favorites_id=" + b + "&dwg_id=" + id + "&newname=" + Enc("窗.dwg")));
     const std::string renamed = q("cdwgrn", "&favorites_id=" + b + "&dwg_id=" + id + "&newname=" + Enc("新门.dwg"));
     EXPECT_EQ("新门.dwg", Between(renamed, "filename=\"", "\""));
-    EXPECT_EQ(1, CountOf(renamed, "<dwg ")) << renamed;
-    EXPECT_EQ(404, client().Get(url.substr(m_service.baseUrl().size()))->status) << "the old name is gone";
+    EXPECT_EQ(1, Count(renamed, "<dwg ")) << renamed;
+    EXPECT_EQ(404, fetchUrl(url)->status) << "the old name is gone";
 
     EXPECT_EQ("error", q("dwg_collect", "&operate=del&favorites_id=" + a + "&dwg_id=" + id));
     EXPECT_EQ("success", q("dwg_collect", "&operate=del&favorites_id=" + b + "&dwg_id=" + id));
@@ -152,7 +134,7 @@ TEST_F(CollectionTest, EmptyFolderIdAndHandBuiltMultipartAndRestart) {
     // content type with two blanks, an empty parent_dir.
     const std::string block = SomeBlock(m_data);
     const std::string boundary = "---------------------------7b4a6d158c9Qy2Udf6e";
-    std::string body = "--" + boundary + "\r\nContent-Disposition: form-data; name=\"parent_dir\"\r\n\r\n\r\n--" + boundary +
+    const std::string body = "--" + boundary + "\r\nContent-Disposition: form-data; name=\"parent_dir\"\r\n\r\n\r\n--" + boundary +
                        "\r\nContent-Disposition: form-data; name=\"file\";filename=\"椅子.dwg\"\r\nContent-Type: application/octet-stream\r\n\r\n" +
                        block + "\r\n--" + boundary + "--\r\n";
     const std::string request = "POST /gallery/dwg_collectu?usertoken=" + DemoToken() +
@@ -162,27 +144,22 @@ TEST_F(CollectionTest, EmptyFolderIdAndHandBuiltMultipartAndRestart) {
     const RawReply reply = RawExchange(m_service.port(), request);
     EXPECT_EQ(200, reply.status);
     EXPECT_EQ("1", reply.body) << "an empty folder id goes to the default folder";
-    const std::string folders = q("get_u_collect", "&kind=dwg&needdwg=1");
-    EXPECT_NE(std::string::npos, folders.find("favorites_name=\"收藏夹1\""));
-    EXPECT_NE(std::string::npos, folders.find("filename=\"椅子.dwg\""));
+    const std::string list = q("get_u_collect", "&kind=dwg&needdwg=1");
+    EXPECT_NE(std::string::npos, list.find("favorites_name=\"收藏夹1\""));
+    EXPECT_NE(std::string::npos, list.find("filename=\"椅子.dwg\""));
 
     // Everything survives a restart of the service.
     restart();
     const std::string again = q("get_u_collect", "&kind=dwg&needdwg=1");
-    EXPECT_EQ(folders.substr(0, folders.find("dwg_url")), again.substr(0, again.find("dwg_url")));
-    const size_t at = again.find("dwg_url=\"") + 9;
-    const std::string url = again.substr(at, again.find('"', at) - at);
-    auto res = client().Get(url.substr(m_service.baseUrl().size()));
+    EXPECT_EQ(list.substr(0, list.find("dwg_url")), again.substr(0, again.find("dwg_url")));
+    auto res = fetchUrl(Between(again, "dwg_url=\"", "\""));
     ASSERT_TRUE(res);
     EXPECT_EQ(block, res->body);
 }
 
 TEST_F(CollectionTest, BlocksFromBoutiqueGalleriesAreMarked) {
-    service::LibraryCatalog catalog;
-    std::string error;
-    ASSERT_TRUE(catalog.load(m_data, error));
     std::string boutique, plain;
-    for (const auto& g : catalog.galleries())
+    for (const auto& g : m_catalog.galleries())
         (g.boutique ? boutique : plain) = g.classes[0].blocks[0].fileName;
     ASSERT_FALSE(boutique.empty());
     ASSERT_FALSE(plain.empty());
@@ -191,9 +168,70 @@ TEST_F(CollectionTest, BlocksFromBoutiqueGalleriesAreMarked) {
     EXPECT_EQ("1", collect(folder, boutique, block, "0"));
     EXPECT_EQ("1", collect(folder, plain, block, "0"));
     const std::string list = q("get_u_collect", "&kind=dwg&needdwg=1");
-    EXPECT_NE(std::string::npos, list.find("filename=\"" + boutique + "\"")) << list;
     const size_t b = list.find("filename=\"" + boutique + "\"");
-    const size_t p = list.find("filename=\"" + plain + "\"");
+    EXPECT_NE(std::string::npos, b) << list;
     EXPECT_EQ("1", Between(list, "gv=\"", "\"", b));
-    EXPECT_EQ("0", Between(list, "gv=\"", "\"", p));
+    EXPECT_EQ("0", Between(list, "gv=\"", "\"", list.find("filename=\"" + plain + "\"")));
+}
+
+TEST_F(CollectionTest, ArchiveIsTakenInBehindPolls) {
+    const std::string drawing = "AC1015" + std::string(2000, 'x');
+    // Something in the cloud before: the archive replaces it.
+    ASSERT_NE("error", q("favorite", "&operate=add&favorites=old"));
+    EXPECT_EQ("0", syncStatus()) << "nothing running";
+    EXPECT_EQ("success", post("/gallery/lfsync?usertoken=" + DemoToken() + "&fs=" + Enc("门窗*家具*空的")));
+    admin("/admin/set?uploadwork=400");
+    const std::string archive = MakeZip(m_home->file("up.zip"), {{"10001//门窗/", ""},
+                                                                 {"10001//门窗//单开门.dwg", drawing},
+                                                                 {"10001//门窗//notes.txt", "not a block"},
+                                                                 {"10001//家具//沙发.DWG", drawing}});
+    ASSERT_FALSE(archive.empty());
+    EXPECT_EQ("", upload(archive)) << "the service still works: an empty reply";
+    EXPECT_EQ("1", syncStatus());
+    EXPECT_EQ("error", upload(archive)) << "one archive at a time";
+    std::string last = "1";
+    for (int i = 0; i < 200 && last == "1"; ++i) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        last = syncStatus();
+    }
+    EXPECT_EQ("0", last);
+    const std::string list = q("get_u_collect", "&kind=dwg&needdwg=1");
+    EXPECT_EQ(std::string::npos, list.find("favorites_name=\"old\""));
+    EXPECT_NE(std::string::npos, list.find("favorites_name=\"空的\"")) << "announced folders exist even when empty";
+    EXPECT_NE(std::string::npos, list.find("filename=\"单开门.dwg\" dwg_info=\"门窗\""));
+    EXPECT_NE(std::string::npos, list.find("filename=\"沙发.DWG\" dwg_info=\"家具\""));
+    EXPECT_EQ(std::string::npos, list.find("notes.txt"));
+    EXPECT_EQ("done\t2\t0\t门窗*家具*空的\n", admin("/admin/sync?usertoken=" + DemoToken()));
+    EXPECT_EQ("success", post("/gallery/lfupload_end?usertoken=" + DemoToken()));
+    EXPECT_EQ("idle\t2\t1\t门窗*家具*空的\n", admin("/admin/sync?usertoken=" + DemoToken()));
+
+    // With time to finish inside the upload request, the reply is "success";
+    // and the word after the work can be switched to what a client polls for.
+    admin("/admin/set?uploadwork=0&uploadwait=2000&donestatus=success");
+    EXPECT_EQ("success", upload(archive));
+    EXPECT_EQ("success", syncStatus());
+}
+
+TEST_F(CollectionTest, RefusedArchivesAndBadTokens) {
+    EXPECT_EQ("error", upload("this is no zip"));
+    // Another user's number at the top, or an unknown one.
+    ASSERT_EQ("ok", admin("/admin/user?number=20002&token=other"));
+    EXPECT_EQ("error", upload(MakeZip(m_home->file("f.zip"), {{"10001//a//x.dwg", "AC1015xxxx"}, {"20002//a//y.dwg", "AC1015yyyy"}})))
+        << "mixed users";
+    EXPECT_EQ("error", upload(MakeZip(m_home->file("u.zip"), {{"777//a//x.dwg", "AC1015xxxx"}})));
+    EXPECT_EQ("0", syncStatus()) << "a refused archive starts nothing";
+    EXPECT_EQ(400, postStatus("/gallery/lfstatu?usertoken=nobody"));
+    EXPECT_EQ(400, postStatus("/gallery/lfsync?fs=a"));
+    EXPECT_EQ(400, postStatus("/gallery/lfupload_end?usertoken="));
+}
+
+TEST_F(CollectionTest, UploadCutByRestartIsReportedFailed) {
+    admin("/admin/set?uploadwork=5000");
+    const std::string archive = MakeZip(m_home->file("up.zip"), {{"10001//a//x.dwg", "AC1015xxxx"}});
+    EXPECT_EQ("", upload(archive));
+    EXPECT_EQ("1", syncStatus());
+    restart();  // the stop ends the work; the next start finds it unfinished
+    EXPECT_EQ("error", syncStatus());
+    EXPECT_EQ("success", post("/gallery/lfupload_end?usertoken=" + DemoToken()));
+    EXPECT_EQ("0", syncStatus());
 }

@@ -1,44 +1,18 @@
 // Reply shapes of the read-only endpoints, the block files behind the
 // addresses they hand out, and the answers to bad queries.
 
-#include "library_catalog.h"
 #include "request_counters.h"
 #include "service_fixture.h"
 #include "support/test_paths.h"
 
-#include <regex>
 #include <thread>
 
 using namespace marrowfin;
 using namespace marrowfin::test;
 
-namespace {
-
-std::string Attr(const std::string& xml, const std::string& element, const std::string& name, size_t from = 0) {
-    const size_t at = xml.find("<" + element + " ", from);
-    if (at == std::string::npos) return "<none>";
-    const size_t close = xml.find('>', at);
-    const std::string tag = xml.substr(at, close - at);
-    const size_t a = tag.find(" " + name + "=\"");
-    if (a == std::string::npos) return "<none>";
-    const size_t start = a + name.size() + 3;
-    return tag.substr(start, tag.find('"', start) - start);
-}
-
-int Count(const std::string& text, const std::string& what) {
-    int n = 0;
-    for (size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + 1)) ++n;
-    return n;
-}
-
-}  // namespace
-
 TEST_F(ServiceTest, GalleryRepliesCarryClassesVersionsAndBlocks) {
-    service::LibraryCatalog catalog;
-    std::string error;
-    ASSERT_TRUE(catalog.load(m_data, error));
-    const service::CatalogGallery& g0 = catalog.galleries()[0];
-    const service::CatalogGallery& g1 = catalog.galleries()[1];
+    const service::CatalogGallery& g0 = m_catalog.galleries()[0];
+    const service::CatalogGallery& g1 = m_catalog.galleries()[1];
 
     // All galleries: unknown names and repeats are left out, order is the query's.
     const std::string all = post("/gallery/g_all_s?gallery_name=" + Enc(g1.name + ",nope," + g0.name + "," + g1.name));
@@ -83,13 +57,9 @@ TEST_F(ServiceTest, GalleryRepliesCarryClassesVersionsAndBlocks) {
     }
 
     // Bad queries: a reason with HTTP 400, never a crash; missing files 404.
-    int status = 0;
-    post("/gallery/g_all?gallery_name=nope", &status);
-    EXPECT_EQ(400, status);
-    post("/gallery/g_cs?gallery_name=" + Enc(g0.name) + "&cs=nope", &status);
-    EXPECT_EQ(400, status);
-    post("/gallery/g_all_s", &status);
-    EXPECT_EQ(400, status);
+    EXPECT_EQ(400, postStatus("/gallery/g_all?gallery_name=nope"));
+    EXPECT_EQ(400, postStatus("/gallery/g_cs?gallery_name=" + Enc(g0.name) + "&cs=nope"));
+    EXPECT_EQ(400, postStatus("/gallery/g_all_s"));
     EXPECT_EQ(404, client().Get("/files/../library.tsv")->status);
     EXPECT_EQ(404, client().Get(("/files/" + Enc(g0.name) + "/x/none.dwg").c_str())->status);
     EXPECT_EQ(200, client().Get("/gallery/g_cs_s?gallery_name=" + Enc(g0.name))->status) << "GET works as POST";
@@ -107,10 +77,7 @@ TEST_F(ServiceTest, ClassTableHotWordsSearchTilesAndShares) {
     EXPECT_NE(std::string::npos, post("/gallery/gethotwords").find("<default>"));
 
     // Search: ver elements first, then items; hidden blocks are never found.
-    service::LibraryCatalog catalog;
-    std::string error;
-    ASSERT_TRUE(catalog.load(m_data, error));
-    const service::CatalogClass& c = catalog.galleries()[0].classes[0];
+    const service::CatalogClass& c = m_catalog.galleries()[0].classes[0];
     const std::string found = post("/gallery/search_g?search_content=" + Enc(c.name) + "&excepts=");
     EXPECT_EQ("1", Attr(found, "root", "nom"));
     ASSERT_NE(std::string::npos, found.find("<ver t=\"" + std::to_string(c.version) + "\">" + c.name + "</ver>"));
@@ -120,9 +87,8 @@ TEST_F(ServiceTest, ClassTableHotWordsSearchTilesAndShares) {
     EXPECT_GE(Count(found, "<item "), visible);
     for (const auto& b : c.blocks)
         EXPECT_EQ(!b.hidden, found.find("filename=\"" + b.fileName + "\"") != std::string::npos) << b.fileName;
-    EXPECT_EQ(catalog.galleries()[0].name, Attr(found, "item", "classify"));
-    const std::string url = Attr(found, "item", "download_url");
-    EXPECT_EQ(200, client().Get(url.substr(m_service.baseUrl().size()))->status);
+    EXPECT_EQ(m_catalog.galleries()[0].name, Attr(found, "item", "classify"));
+    EXPECT_EQ(200, fetchUrl(Attr(found, "item", "download_url"))->status);
     EXPECT_EQ(0, Count(post("/gallery/search_g?search_content=zzzqqq&excepts="), "<item "));
     admin("/admin/set?nom=0");
     EXPECT_EQ("0", Attr(post("/gallery/search_g?search_content=a&excepts="), "root", "nom"));
@@ -131,28 +97,21 @@ TEST_F(ServiceTest, ClassTableHotWordsSearchTilesAndShares) {
     const std::string tiles = post("/gallery/gad?type=" + Enc("渠道") + "&img_type=0");
     EXPECT_EQ(3, Count(tiles, "<item "));
     EXPECT_NE(std::string::npos, tiles.find("on=\"0\"")) << "a switched-off tile is still listed";
-    const std::string picture = Attr(tiles, "item", "url");
-    auto png = client().Get(picture.substr(m_service.baseUrl().size()));
+    auto png = fetchUrl(Attr(tiles, "item", "url"));
     ASSERT_TRUE(png);
     EXPECT_EQ(0u, png->body.rfind("\x89PNG", 0));
 
     // Sharing is remembered per user; a bad token is refused.
     EXPECT_EQ("success", post("/gallery/sharef?usertoken=" + DemoToken()));
     EXPECT_EQ("1", admin("/admin/shares?usertoken=" + DemoToken()));
-    int status = 0;
-    post("/gallery/sharef?usertoken=wrong", &status);
-    EXPECT_EQ(400, status);
-    post("/gallery/sharef", &status);
-    EXPECT_EQ(400, status);
+    EXPECT_EQ(400, postStatus("/gallery/sharef?usertoken=wrong"));
+    EXPECT_EQ(400, postStatus("/gallery/sharef"));
 }
 
 TEST_F(ServiceTest, AnswersConcurrentlyAndCountsThePeak) {
     // Eight downloads held at once: they all run together, and the group
     // counter of block files sees all eight.
-    service::LibraryCatalog catalog;
-    std::string error;
-    ASSERT_TRUE(catalog.load(m_data, error));
-    const auto& g = catalog.galleries()[0];
+    const auto& g = m_catalog.galleries()[0];
     ASSERT_EQ("ok", admin("/admin/fault?path=/files/*&hold=3000"));
     std::vector<std::thread> threads;
     std::atomic<int> okCount{0};
@@ -169,8 +128,7 @@ TEST_F(ServiceTest, AnswersConcurrentlyAndCountsThePeak) {
     admin("/admin/release");
     for (auto& t : threads) t.join();
     EXPECT_EQ(8, okCount);
-    const std::string counters = admin("/admin/counters?path=/files/*");
-    EXPECT_EQ("/files/*\t8\t8\t0\n", counters);
+    EXPECT_EQ("/files/*\t8\t8\t0\n", admin("/admin/counters?path=/files/*"));
     admin("/admin/counters?reset=1");
     EXPECT_EQ(0, m_service.counters().get("/files/*").count);
 }

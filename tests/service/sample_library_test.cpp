@@ -1,12 +1,15 @@
 // The generated library on disk: the .dwg preview section against real
-// drawings, the pictures in it, determinism, and the library's contents.
+// drawings, the pictures in it, determinism, and the library's contents; and
+// the archive reader on good, damaged and random input.
 
+#include "archive_reader.h"
 #include "dwg_writer.h"
 #include "library_catalog.h"
 #include "sample_generator.h"
 #include "symbol_painter.h"
 #include "support/temp_home.h"
 #include "support/test_paths.h"
+#include "zip_maker.h"
 
 #include <QImage>
 
@@ -111,11 +114,7 @@ TEST(SampleLibrary, PreviewSectionFollowsRealDrawings) {
 TEST(SampleLibrary, BlocksCarryDecodablePreviewsOfDrawnSymbols) {
     test::TempHome home;
     const std::string out = home.file("lib");
-    SampleOptions options;
-    options.galleries = 2;
-    options.classes = 4;
-    options.blocks = 10;
-    ASSERT_TRUE(GenerateSample(out, options).ok);
+    ASSERT_TRUE(GenerateSample(out, SampleOptions{2, 4, 10}).ok);
     int bmp = 0, png = 0;
     for (const auto& f : fs::recursive_directory_iterator(out + "/blocks")) {
         if (!f.is_regular_file()) continue;
@@ -157,11 +156,7 @@ TEST(SampleLibrary, BlocksCarryDecodablePreviewsOfDrawnSymbols) {
 
 TEST(SampleLibrary, SameSeedSameBytesOtherSeedOtherLibrary) {
     test::TempHome home;
-    SampleOptions options;
-    options.galleries = 3;
-    options.classes = 2;
-    options.blocks = 3;
-    options.seed = 42;
+    SampleOptions options{3, 2, 3, 42};
     ASSERT_TRUE(GenerateSample(home.file("a"), options).ok);
     ASSERT_TRUE(GenerateSample(home.file("b"), options).ok);
     options.seed = 43;
@@ -246,4 +241,56 @@ TEST(SampleLibrary, EverySymbolKindDrawsItsOwnPicture) {
         }
     }
     sheet.save(QString::fromStdString(ArtifactDir() + "/symbols.png"));
+}
+
+TEST(ArchiveReader, SplitsDoubleSlashNamesAndKeepsOrder) {
+    test::TempHome home;
+    const std::string path = home.file("a.zip");
+    const std::string big(200000, 'q');  // more than one read buffer
+    ASSERT_FALSE(test::MakeZip(path, {{"10001//门窗/", ""}, {"10001//门窗//单开门.dwg", big}, {"10001/top.dwg", "x"}}).empty());
+    std::vector<ArchiveEntry> entries;
+    std::string error;
+    ASSERT_TRUE(ReadArchive(path, entries, error)) << error;
+    ASSERT_EQ(3u, entries.size());
+    EXPECT_TRUE(entries[0].directory);
+    EXPECT_EQ((std::vector<std::string>{"10001", "门窗"}), entries[0].parts);
+    EXPECT_EQ((std::vector<std::string>{"10001", "门窗", "单开门.dwg"}), entries[1].parts);
+    EXPECT_EQ(big, entries[1].data);
+    EXPECT_EQ((std::vector<std::string>{"10001", "top.dwg"}), entries[2].parts);
+
+    EXPECT_FALSE(ReadArchive(home.file("missing.zip"), entries, error));
+    test::WriteBytes(home.file("empty.zip"), "");
+    EXPECT_FALSE(ReadArchive(home.file("empty.zip"), entries, error));
+}
+
+TEST(ArchiveReader, DamagedArchivesNeverCrash) {
+    // Deterministic mutations of a good archive: flipped bytes, cut tails.
+    test::TempHome home;
+    const std::string bytes =
+        test::MakeZip(home.file("good.zip"), {{"1//a//x.dwg", std::string(3000, 'x')}, {"1//b/", ""}, {"1//b//y.dwg", "AC1015 yyyyyyyyyyyy"}});
+    ASSERT_GT(bytes.size(), 100u);
+    uint64_t state = 12345;
+    auto next = [&state] {
+        state = state * 6364136223846793005ull + 1442695040888963407ull;
+        return static_cast<uint32_t>(state >> 33);
+    };
+    int refused = 0;
+    const std::string bad = home.file("bad.zip");
+    for (int round = 0; round < 400; ++round) {
+        std::string copy = bytes;
+        if (round % 4 == 3) {
+            copy.resize(next() % copy.size());
+        } else {
+            for (int i = 0; i < 1 + round % 5; ++i) copy[next() % copy.size()] = static_cast<char>(next());
+        }
+        test::WriteBytes(bad, copy);
+        std::vector<ArchiveEntry> entries;
+        std::string error;
+        if (!ReadArchive(bad, entries, error)) {
+            ++refused;
+            EXPECT_FALSE(error.empty());
+        }
+    }
+    // Cut archives lose their directory, so many rounds must be refused.
+    EXPECT_GT(refused, 100);
 }
