@@ -19,6 +19,9 @@
 #include "support/temp_home.h"
 #include "test_store.h"
 
+// Faults are written as designated initializers: the unnamed fields keep their defaults.
+#pragma GCC diagnostic ignored "-Wmissing-field-initializers"
+
 using namespace marrowfin;
 using marrowfin::test::TempHome;
 using marrowfin::test::TestStore;
@@ -47,12 +50,6 @@ std::vector<GalleryNode*> AllBlocks(GalleryStore& store) {
     return blocks;
 }
 
-service::Fault Latency(int ms) {
-    service::Fault f;
-    f.latencyMs = ms;
-    return f;
-}
-
 // A tree of two galleries from the service, with files not yet fetched.
 struct QueueWorld {
     TempHome home;
@@ -73,7 +70,7 @@ TEST(LiveQueue, ABurstNeverRunsMoreThanSixAndEveryPathLeaves) {
     QueueWorld w;
     const auto blocks = AllBlocks(w.store);
     ASSERT_GE(blocks.size(), 50u);
-    w.svc.faults().set("/files/*", Latency(60));
+    w.svc.faults().set("/files/*", {.latencyMs = 60});
     for (size_t i = 0; i < 50; ++i) {
         EnqueueDownload(w.store, blocks[i]->path);
         if (i % 5 == 0) EnqueueDownload(w.store, blocks[i]->path);  // duplicates are fetched once
@@ -113,9 +110,7 @@ TEST(LiveQueue, FailuresLeaveNoFileAndPresentFilesNeedNoTraffic) {
     EXPECT_EQ(w.windows.Messages(MsgFileReady)[0].text, blocks[0]->path);
 
     // 1,024 bytes is an error page, 1,025 a block.
-    service::Fault page;
-    page.body = std::string(1024, 'p');
-    page.remaining = 1;
+    service::Fault page{.body = std::string(1024, 'p'), .remaining = 1};
     w.svc.faults().set("/files/*", page);
     EnqueueDownload(w.store, blocks[1]->path);
     ASSERT_TRUE(WaitIdle(w.store));
@@ -128,27 +123,25 @@ TEST(LiveQueue, FailuresLeaveNoFileAndPresentFilesNeedNoTraffic) {
 
     // Broken transfers of every kind leave nothing behind and no notice.
     const size_t noticesBefore = w.windows.Messages(MsgFileReady).size();
-    for (auto set : {+[](service::Fault& f) { f.status = 404; }, +[](service::Fault& f) { f.status = 500; },
-                     +[](service::Fault& f) { f.truncateAt = 300; }, +[](service::Fault& f) { f.drop = true; },
-                     +[](service::Fault& f) { f.emptyBody = true; }}) {
-        service::Fault f;
-        set(f);
-        w.svc.faults().set("/files/*", f);
-        for (int i = 2; i < 6; ++i) EnqueueDownload(w.store, blocks[static_cast<size_t>(i)]->path);
+    const service::Fault broken[] = {
+        {.status = 404}, {.status = 500}, {.truncateAt = 300}, {.drop = true}, {.emptyBody = true}};
+    for (const service::Fault& fault : broken) {
+        w.svc.faults().set("/files/*", fault);
+        for (size_t i = 2; i < 6; ++i) EnqueueDownload(w.store, blocks[i]->path);
         ASSERT_TRUE(WaitIdle(w.store));
-        for (int i = 2; i < 6; ++i) EXPECT_FALSE(PathExists(blocks[static_cast<size_t>(i)]->path));
+        for (size_t i = 2; i < 6; ++i) EXPECT_FALSE(PathExists(blocks[i]->path));
     }
     EXPECT_EQ(w.windows.Messages(MsgFileReady).size(), noticesBefore);
     // After the faults clear, the same blocks can be asked for again.
     w.svc.faults().clearAll();
-    for (int i = 2; i < 6; ++i) EnqueueDownload(w.store, blocks[static_cast<size_t>(i)]->path);
+    for (size_t i = 2; i < 6; ++i) EnqueueDownload(w.store, blocks[i]->path);
     ASSERT_TRUE(WaitIdle(w.store));
-    for (int i = 2; i < 6; ++i) EXPECT_GE(FileSize(blocks[static_cast<size_t>(i)]->path), kMinBlockFileSize);
+    for (size_t i = 2; i < 6; ++i) EXPECT_GE(FileSize(blocks[i]->path), kMinBlockFileSize);
 }
 
 TEST(LiveQueue, ResolvingStaysSafeWhileTheTreeIsRebuilt) {
     QueueWorld w;
-    w.svc.faults().set("/files/*", Latency(5));
+    w.svc.faults().set("/files/*", {.latencyMs = 5});
     // Downloads keep resolving paths on workers while the tree is rebuilt on this thread.
     for (int round = 0; round < 3; ++round) {
         for (GalleryNode* b : AllBlocks(w.store)) EnqueueDownload(w.store, b->path);

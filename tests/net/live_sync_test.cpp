@@ -23,6 +23,9 @@
 #include "support/temp_home.h"
 #include "test_store.h"
 
+// Faults are written as designated initializers: the unnamed fields keep their defaults.
+#pragma GCC diagnostic ignored "-Wmissing-field-initializers"
+
 using namespace marrowfin;
 using marrowfin::test::TempHome;
 using marrowfin::test::TestStore;
@@ -34,12 +37,6 @@ size_t CountBlocks(const GalleryNode* gallery) {
     for (const GalleryNode* cls : gallery->dirChildren)
         if (cls) n += cls->fileChildren.size();
     return n;
-}
-
-service::Fault Status(int status) {
-    service::Fault f;
-    f.status = status;
-    return f;
 }
 
 // A fresh home with the service running and the sample's first gallery listed.
@@ -86,7 +83,7 @@ TEST(LiveSync, FirstTreeFromTheServiceThenFromCataloguesOffline) {
     const size_t blocks = CountBlocks(gallery);
 
     // No network: the same tree comes back from the catalogues.
-    svc.faults().set("*", Status(500));
+    svc.faults().set("*", {.status = 500});
     TestStore offline;
     BuildFirstTree(offline);
     ASSERT_EQ(offline.root->dirChildren.size(), 3u);
@@ -131,15 +128,13 @@ TEST(LiveSync, ForcedRefreshRemovesDownloadedClassesOnce) {
 
 TEST(LiveSync, SummaryMarksStaleClassesAndOpenClassFetchesThem) {
     OneGalleryWorld w;
-    const auto& names = w.names;
-    auto& svc = w.svc;
     TestStore store;
     BuildFirstTree(store);
     GalleryNode* gallery = store.root->dirChildren[0];
 
     // Within the hour nothing is sent.
-    RefreshClassSummary(store, names[0]);
-    EXPECT_EQ(svc.counters().get("/gallery/g_cs_s").count, 0);
+    RefreshClassSummary(store, w.names[0]);
+    EXPECT_EQ(w.svc.counters().get("/gallery/g_cs_s").count, 0);
 
     // An hour and a millisecond later the summary goes out; make one class look old locally.
     GalleryNode* cls = gallery->dirChildren[0];
@@ -147,8 +142,8 @@ TEST(LiveSync, SummaryMarksStaleClassesAndOpenClassFetchesThem) {
     const size_t blocks = cls->fileChildren.size();
     cls->version -= 1;
     gallery->refreshTick -= kGalleryFreshMs + 1;
-    RefreshClassSummary(store, names[0]);
-    EXPECT_EQ(svc.counters().get("/gallery/g_cs_s").count, 1);
+    RefreshClassSummary(store, w.names[0]);
+    EXPECT_EQ(w.svc.counters().get("/gallery/g_cs_s").count, 1);
     ASSERT_EQ(store.staleClasses.count(clsPath), 1u);
     cls = FindNodeByPath(store.root, clsPath);
     ASSERT_NE(cls, nullptr);
@@ -158,52 +153,50 @@ TEST(LiveSync, SummaryMarksStaleClassesAndOpenClassFetchesThem) {
     // Opening it fetches the class; its folder goes; the catalogue is rewritten.
     ASSERT_TRUE(CreateDirectories(clsPath));
     OpenClass(store, clsPath);
-    EXPECT_EQ(svc.counters().get("/gallery/g_cs").count, 1);
+    EXPECT_EQ(w.svc.counters().get("/gallery/g_cs").count, 1);
     EXPECT_EQ(store.staleClasses.count(clsPath), 0u);
     EXPECT_FALSE(DirectoryExists(clsPath));
     EXPECT_EQ(cls->fileChildren.size(), blocks);
     for (const GalleryNode* b : cls->fileChildren) EXPECT_FALSE(b->boutique);
     OpenClass(store, clsPath);  // not stale any more: nothing is sent
-    EXPECT_EQ(svc.counters().get("/gallery/g_cs").count, 1);
+    EXPECT_EQ(w.svc.counters().get("/gallery/g_cs").count, 1);
 
     // A failed class request leaves the class as it was.
-    svc.faults().set("/gallery/g_cs", Status(500));
+    w.svc.faults().set("/gallery/g_cs", {.status = 500});
     FetchClassItems(store, clsPath);
     EXPECT_EQ(cls->fileChildren.size(), blocks);
 }
 
 TEST(LiveSync, FullFetchAndAddedGalleryFollowTheHourRule) {
     OneGalleryWorld w;
-    const auto& names = w.names;
-    auto& svc = w.svc;
     TestStore store;
     BuildFirstTree(store);
 
-    EXPECT_FALSE(FetchGalleryFull(store, names[1], false));  // not in the tree
-    EXPECT_TRUE(FetchGalleryFull(store, names[1], true));
+    EXPECT_FALSE(FetchGalleryFull(store, w.names[1], false));  // not in the tree
+    EXPECT_TRUE(FetchGalleryFull(store, w.names[1], true));
     ASSERT_EQ(store.root->dirChildren.size(), 2u);
     EXPECT_FALSE(store.root->dirChildren[1]->dirChildren.empty());
-    EXPECT_TRUE(FileExists(CataloguePath(names[1])));
+    EXPECT_TRUE(FileExists(CataloguePath(w.names[1])));
 
     // A failed fetch keeps the classes the gallery has.
     const size_t classes = store.root->dirChildren[1]->dirChildren.size();
-    svc.faults().set("/gallery/g_all", Status(500));
-    EXPECT_FALSE(FetchGalleryFull(store, names[1], false));
+    w.svc.faults().set("/gallery/g_all", {.status = 500});
+    EXPECT_FALSE(FetchGalleryFull(store, w.names[1], false));
     EXPECT_EQ(store.root->dirChildren[1]->dirChildren.size(), classes);
-    svc.faults().clearAll();
+    w.svc.faults().clearAll();
 
     // OpenAddedGallery reads the catalogue within the hour, and fetches after it.
     GalleryNode* gallery = store.root->dirChildren[1];
     ClearChildren(gallery);
-    const long before = svc.counters().get("/gallery/g_all").count;
-    store.galleryFetchTicks[names[1]] = GetTickCount() - kGalleryFreshMs + 50;
-    OpenAddedGallery(store, names[1]);
-    EXPECT_EQ(svc.counters().get("/gallery/g_all").count, before);
+    const long before = w.svc.counters().get("/gallery/g_all").count;
+    store.galleryFetchTicks[w.names[1]] = GetTickCount() - kGalleryFreshMs + 50;
+    OpenAddedGallery(store, w.names[1]);
+    EXPECT_EQ(w.svc.counters().get("/gallery/g_all").count, before);
     EXPECT_EQ(gallery->dirChildren.size(), classes);
     ClearChildren(gallery);
-    store.galleryFetchTicks[names[1]] = GetTickCount() - kGalleryFreshMs - 50;
-    OpenAddedGallery(store, names[1]);
-    EXPECT_EQ(svc.counters().get("/gallery/g_all").count, before + 1);
+    store.galleryFetchTicks[w.names[1]] = GetTickCount() - kGalleryFreshMs - 50;
+    OpenAddedGallery(store, w.names[1]);
+    EXPECT_EQ(w.svc.counters().get("/gallery/g_all").count, before + 1);
     EXPECT_EQ(gallery->dirChildren.size(), classes);
 }
 
@@ -233,8 +226,6 @@ TEST(LiveSync, FirstStartWithoutNetworkGivesEmptyGalleries) {
 
 TEST(LiveSync, EveryBrokenReplyFallsBackAndKeepsWhatTheTreeHad) {
     OneGalleryWorld w;
-    const auto& names = w.names;
-    auto& svc = w.svc;
     CurlTimeouts shortWait;
     shortWait.lowSpeedTime = std::chrono::seconds(1);
     CurlStack::SetTimeouts(shortWait);
@@ -244,35 +235,33 @@ TEST(LiveSync, EveryBrokenReplyFallsBackAndKeepsWhatTheTreeHad) {
     const std::u16string clsPath = reference.root->dirChildren[0]->dirChildren[0]->path;
     const size_t classBlocks = reference.root->dirChildren[0]->dirChildren[0]->fileChildren.size();
 
-    struct Case { const char* what; void (*set)(service::Fault&); };
+    struct Case { const char* what; service::Fault fault; };
     const Case cases[] = {
-        {"404", [](service::Fault& f) { f.status = 404; }},
-        {"500", [](service::Fault& f) { f.status = 500; }},
-        {"empty", [](service::Fault& f) { f.emptyBody = true; }},
-        {"truncated", [](service::Fault& f) { f.truncateAt = 200; }},
-        {"dropped", [](service::Fault& f) { f.drop = true; }},
-        {"not xml", [](service::Fault& f) { f.body = "<html><body>busy</body>"; }},
-        {"hold past the time-out", [](service::Fault& f) { f.holdMs = 3000; }},
+        {"404", {.status = 404}},
+        {"500", {.status = 500}},
+        {"empty", {.emptyBody = true}},
+        {"truncated", {.truncateAt = 200}},
+        {"dropped", {.drop = true}},
+        {"not xml", {.body = "<html><body>busy</body>"}},
+        {"hold past the time-out", {.holdMs = 3000}},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.what);
-        service::Fault fault;
-        c.set(fault);
-        svc.faults().set("/gallery/*", fault);
+        w.svc.faults().set("/gallery/*", c.fault);
         TestStore store;
         BuildFirstTree(store);  // from the catalogue
         EXPECT_EQ(store.syncBusy.load(), 0);
         ASSERT_EQ(store.root->dirChildren.size(), 1u);
         EXPECT_EQ(CountBlocks(store.root->dirChildren[0]), blocks);
-        EXPECT_FALSE(FetchGalleryFull(store, names[0], false));
+        EXPECT_FALSE(FetchGalleryFull(store, w.names[0], false));
         EXPECT_EQ(CountBlocks(store.root->dirChildren[0]), blocks);
         FetchClassItems(store, clsPath);
         EXPECT_EQ(FindNodeByPath(store.root, clsPath)->fileChildren.size(), classBlocks);
         store.root->dirChildren[0]->refreshTick -= kGalleryFreshMs + 1;
-        RefreshClassSummary(store, names[0]);
+        RefreshClassSummary(store, w.names[0]);
         EXPECT_EQ(store.root->dirChildren[0]->dirChildren.size(), reference.root->dirChildren[0]->dirChildren.size());
         EXPECT_TRUE(store.staleClasses.empty());
-        svc.faults().releaseHeld();
+        w.svc.faults().releaseHeld();
     }
     CurlStack::SetTimeouts(CurlTimeouts{});
 }

@@ -12,6 +12,9 @@
 #include "support/temp_home.h"
 #include "support/test_paths.h"
 
+// Faults are written as designated initializers: the unnamed fields keep their defaults.
+#pragma GCC diagnostic ignored "-Wmissing-field-initializers"
+
 using namespace marrowfin;
 using marrowfin::test::TempHome;
 
@@ -26,12 +29,6 @@ struct ShortTimeouts {
     }
     ~ShortTimeouts() { CurlStack::SetTimeouts(CurlTimeouts{}); }
 };
-
-service::Fault FaultOf(void (*set)(service::Fault&)) {
-    service::Fault f;
-    set(f);
-    return f;
-}
 
 }  // namespace
 
@@ -49,14 +46,14 @@ TEST(LiveTransport, FormPostsReachTheServiceAndEveryFaultIsAFailure) {
 
     struct Case { const char* what; service::Fault fault; bool ok; };
     const Case cases[] = {
-        {"404", FaultOf([](service::Fault& f) { f.status = 404; }), false},
-        {"500", FaultOf([](service::Fault& f) { f.status = 500; }), false},
-        {"truncated", FaultOf([](service::Fault& f) { f.truncateAt = 10; }), false},
-        {"dropped", FaultOf([](service::Fault& f) { f.drop = true; }), false},
-        {"hold past the time-out", FaultOf([](service::Fault& f) { f.holdMs = 4000; }), false},
-        {"empty", FaultOf([](service::Fault& f) { f.emptyBody = true; }), true},
-        {"slow but moving", FaultOf([](service::Fault& f) { f.dripBytesPerSecond = 4000; }), true},
-        {"latency", FaultOf([](service::Fault& f) { f.latencyMs = 300; }), true},
+        {"404", {.status = 404}, false},
+        {"500", {.status = 500}, false},
+        {"truncated", {.truncateAt = 10}, false},
+        {"dropped", {.drop = true}, false},
+        {"hold past the time-out", {.holdMs = 4000}, false},
+        {"empty", {.emptyBody = true}, true},
+        {"slow but moving", {.dripBytesPerSecond = 4000}, true},
+        {"latency", {.latencyMs = 300}, true},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.what);
@@ -104,9 +101,9 @@ TEST(LiveTransport, DownloadsLandWholeOrNotAtAll) {
     EXPECT_EQ(progress.back().wParam, 7u << 16);
     EXPECT_EQ(progress.back().lParam, FileSize(target));
 
-    for (auto set : {+[](service::Fault& f) { f.status = 404; }, +[](service::Fault& f) { f.truncateAt = 100; },
-                     +[](service::Fault& f) { f.drop = true; }, +[](service::Fault& f) { f.holdMs = 4000; }}) {
-        svc.faults().set("/files/*", FaultOf(set));
+    const service::Fault broken[] = {{.status = 404}, {.truncateAt = 100}, {.drop = true}, {.holdMs = 4000}};
+    for (const service::Fault& fault : broken) {
+        svc.faults().set("/files/*", fault);
         const std::u16string fresh = W(home.file("fresh.dwg"));
         EXPECT_FALSE(DownloadFile(url, fresh, 0, 0));
         EXPECT_FALSE(PathExists(fresh));  // nothing left that could pass for a block
@@ -145,6 +142,6 @@ TEST(LiveTransport, UploadSendsTheFileAsMultipart) {
         }
     }
     EXPECT_EQ(progress.back().lParam, 100);
-    svc.faults().set("/gallery/lfupload", FaultOf([](service::Fault& f) { f.status = 500; }));
+    svc.faults().set("/gallery/lfupload", {.status = 500});
     EXPECT_FALSE(UploadFile(ServiceBaseUrl() + u"/gallery/lfupload", u"", W(home.file("12345.zip")), out, 0));
 }
