@@ -3,6 +3,7 @@
 #include <map>
 #include <mutex>
 #include <optional>
+#include <utility>
 #include <vector>
 
 #include "markup/markup_document.h"
@@ -29,6 +30,7 @@ namespace marrowfin {
 namespace {
 
 using sync_detail::CatalogueWrites;
+using sync_detail::SubtreeRelease;
 using sync_detail::ClassVersions;
 using sync_detail::ReadCatalogueVersionsAt;
 using sync_detail::VersionsReadAhead;
@@ -178,10 +180,12 @@ void ReadFullGallery(GalleryStore& store, MarkupDocument& doc, GalleryNode* gall
 void BuildFirstTree(GalleryStore& store) {
     store.syncBusy.store(1);
     std::u16string query;
+    std::optional<SubtreeRelease> previous;
     {
         ExclusiveTree lock(TreeLock());
         if (store.root) {
-            FreeClasses(store.root);  // the galleries go; the recent list stays loaded
+            // The galleries go (freed beside the request); the recent list stays loaded.
+            previous.emplace(std::exchange(store.root->dirChildren, {}));
         } else {
             const std::u16string rootPath = StoreRoot();
             if (!DirectoryExists(rootPath)) (void)CreateDirectories(rootPath);
@@ -193,8 +197,13 @@ void BuildFirstTree(GalleryStore& store) {
     const int32_t downver = GetOptionInt(u"downver", -1);
     const std::vector<ShowItem> names = ReadShowList(true);
     std::optional<VersionsReadAhead> ahead;
-    if (names.empty()) {
+    // Every helper is done before the run reports itself finished.
+    auto finish = [&] {
+        if (previous) previous->Join();
         store.syncBusy.store(0);
+    };
+    if (names.empty()) {
+        finish();
         return;
     }
     {
@@ -218,7 +227,7 @@ void BuildFirstTree(GalleryStore& store) {
     if (!usable) {
         for (GalleryNode* gallery : store.root->dirChildren)
             if (gallery) (void)ReadCatalogue(store, gallery->name);
-        store.syncBusy.store(0);
+        finish();
         return;
     }
     const bool forceRefresh = doc.GetAttribute(u"dv") == u"1" && downver == -1;
@@ -248,7 +257,7 @@ void BuildFirstTree(GalleryStore& store) {
         store.galleryFetchTicks[gallery->name] = gallery->refreshTick;
     }
     writes.Finish();
-    store.syncBusy.store(0);
+    finish();
 }
 
 void WaitForSync(GalleryStore& store) {

@@ -1,8 +1,8 @@
 #pragma once
-// The two helper threads of the first synchronisation: one reads the old
-// class versions while the request is on the wire, one puts the new
-// catalogues on disk while the next galleries are read. Used by
-// gallery_sync.cpp only.
+// The helper threads of the first synchronisation: while the request is on
+// the wire one reads the old class versions and one frees the previous
+// tree's galleries; one composes the new catalogues and puts them on disk
+// while the next galleries are read. Used by gallery_sync.cpp only.
 
 #include <atomic>
 #include <condition_variable>
@@ -21,6 +21,7 @@
 #include "platform/ini_file.h"
 #include "store/catalogue.h"
 #include "store/gallery_node.h"
+#include "store/gallery_tree.h"
 
 namespace marrowfin::sync_detail {
 
@@ -100,6 +101,42 @@ private:
     };
     std::vector<Entry> m_entries;
     std::atomic<bool> m_stop{false};
+    std::thread m_worker;
+};
+
+// Frees the galleries of the previous tree on a helper thread while the
+// request is on the wire: a large library is hundreds of thousands of nodes,
+// and freeing them under the tree lock kept the panel waiting. The nodes
+// are out of the tree when handed over, and nothing else points into them.
+class SubtreeRelease {
+public:
+    explicit SubtreeRelease(std::vector<GalleryNode*> nodes) : m_nodes(std::move(nodes)) {
+        if (m_nodes.empty()) return;
+        try {
+            m_worker = std::thread([this] { FreeAll(); });
+        } catch (const std::system_error&) {
+            FreeAll();
+        }
+    }
+    ~SubtreeRelease() { Join(); }
+    SubtreeRelease(const SubtreeRelease&) = delete;
+    SubtreeRelease& operator=(const SubtreeRelease&) = delete;
+
+    void Join() {
+        if (m_worker.joinable()) m_worker.join();
+    }
+
+private:
+    void FreeAll() {
+        for (GalleryNode* node : m_nodes) {
+            if (!node) continue;
+            DestroySubtree(node);
+            delete node;
+        }
+        m_nodes.clear();
+    }
+
+    std::vector<GalleryNode*> m_nodes;
     std::thread m_worker;
 };
 
