@@ -27,22 +27,21 @@ long MsSince(Clock::time_point t) {
 TEST_F(ServiceTest, StatusEmptyBodyAndCountedFaults) {
     const std::string path = "/gallery/gethotwords";
     ASSERT_EQ("ok", admin("/admin/fault?path=" + path + "&status=503&count=2"));
-    RawReply r = RawGet(m_service.port(), path);
-    EXPECT_EQ(503, r.status);
-    EXPECT_EQ(503, RawGet(m_service.port(), path).status);
-    r = RawGet(m_service.port(), path);
+    EXPECT_EQ(503, raw(path).status);
+    EXPECT_EQ(503, raw(path).status);
+    RawReply r = raw(path);
     EXPECT_EQ(200, r.status) << "a counted fault ends after its count";
     EXPECT_NE(std::string::npos, r.body.find("<hot_words>"));
 
     admin("/admin/fault?path=" + path + "&empty=1");
-    r = RawGet(m_service.port(), path);
+    r = raw(path);
     EXPECT_EQ(200, r.status);
     EXPECT_EQ(0, r.contentLength);
     EXPECT_EQ("", r.body);
     admin("/admin/fault?path=" + path + "&body=error");
-    EXPECT_EQ("error", RawGet(m_service.port(), path).body);
+    EXPECT_EQ("error", raw(path).body);
     admin("/admin/clear?path=" + path);
-    EXPECT_NE(std::string::npos, RawGet(m_service.port(), path).body.find("<hot_words>"));
+    EXPECT_NE(std::string::npos, raw(path).body.find("<hot_words>"));
 
     // Bad switches are refused with a reason and change nothing.
     httplib::Client c = client();
@@ -57,11 +56,11 @@ TEST_F(ServiceTest, StatusEmptyBodyAndCountedFaults) {
 
 TEST_F(ServiceTest, TruncatedBodiesAndDroppedConnections) {
     const std::string path = "/gallery/selpageinfo?sort=def";
-    const std::string full = RawGet(m_service.port(), path).body;
+    const std::string full = raw(path).body;
     ASSERT_GT(full.size(), 100u);
 
     admin("/admin/fault?path=/gallery/selpageinfo&truncate=40");
-    RawReply r = RawGet(m_service.port(), path);
+    RawReply r = raw(path);
     EXPECT_EQ(200, r.status);
     EXPECT_EQ(static_cast<long>(full.size()), r.contentLength) << "the head promises the whole body";
     EXPECT_EQ(full.substr(0, 40), r.body) << "and the connection ends after 40 bytes";
@@ -69,33 +68,33 @@ TEST_F(ServiceTest, TruncatedBodiesAndDroppedConnections) {
     EXPECT_FALSE(client().Get(path.c_str()));
 
     admin("/admin/fault?path=/gallery/selpageinfo&drop=1");
-    r = RawGet(m_service.port(), path);
+    r = raw(path);
     EXPECT_TRUE(r.connected);
     EXPECT_EQ("", r.bytes) << "no byte of an answer";
     EXPECT_FALSE(client().Get(path.c_str()));
     admin("/admin/clear");
-    EXPECT_EQ(full, RawGet(m_service.port(), path).body) << "the server lives on";
+    EXPECT_EQ(full, raw(path).body) << "the server lives on";
 }
 
 TEST_F(ServiceTest, LatencyDripAndHold) {
     const std::string path = "/gallery/gethotwords";
-    const size_t size = RawGet(m_service.port(), path).body.size();
+    const size_t size = raw(path).body.size();
     admin("/admin/fault?path=" + path + "&latency=300");
     auto start = Clock::now();
-    EXPECT_EQ(200, RawGet(m_service.port(), path).status);
+    EXPECT_EQ(200, raw(path).status);
     EXPECT_GE(MsSince(start), 300);
 
     // 20 bytes every 100 ms: the whole body arrives, and not before its time.
     admin("/admin/fault?path=" + path + "&drip=200");
     start = Clock::now();
-    RawReply r = RawGet(m_service.port(), path);
+    RawReply r = raw(path);
     EXPECT_EQ(size, r.body.size());
     EXPECT_GE(MsSince(start), static_cast<long>((size / 20 - 1) * 100));
 
     // A hold answers when released, or at its bound.
     admin("/admin/fault?path=" + path + "&hold=5000");
     start = Clock::now();
-    std::thread held([&] { r = RawGet(m_service.port(), path); });
+    std::thread held([&] { r = raw(path); });
     while (m_service.counters().get(path).active == 0 && MsSince(start) < 3000) std::this_thread::sleep_for(std::chrono::milliseconds(5));
     EXPECT_EQ("ok", admin("/admin/release"));
     held.join();
@@ -103,21 +102,18 @@ TEST_F(ServiceTest, LatencyDripAndHold) {
     EXPECT_LT(MsSince(start), 4000);
     admin("/admin/fault?path=" + path + "&hold=200");
     start = Clock::now();
-    EXPECT_EQ(200, RawGet(m_service.port(), path).status);
+    EXPECT_EQ(200, raw(path).status);
     EXPECT_GE(MsSince(start), 200);
 }
 
 TEST(FaultTable, MostSpecificMatchWins) {
     service::FaultTable table;
-    service::Fault global, prefix, exact, longer;
-    global.status = 500;
-    prefix.status = 501;
-    longer.status = 502;
-    exact.status = 503;
-    table.set("*", global);
-    table.set("/files/*", prefix);
-    table.set("/files/a/*", longer);
-    table.set("/files/a/b.dwg", exact);
+    const std::pair<const char*, int> patterns[] = {{"*", 500}, {"/files/*", 501}, {"/files/a/*", 502}, {"/files/a/b.dwg", 503}};
+    for (const auto& [pattern, status] : patterns) {
+        service::Fault fault;
+        fault.status = status;
+        table.set(pattern, fault);
+    }
     EXPECT_EQ(503, table.take("/files/a/b.dwg").status);
     EXPECT_EQ(502, table.take("/files/a/c.dwg").status);
     EXPECT_EQ(501, table.take("/files/z.dwg").status);
@@ -190,7 +186,7 @@ TEST_F(ServiceTest, MalformedRequestsLeaveTheServerStanding) {
         EXPECT_TRUE(r.connected);
         EXPECT_EQ(std::string::npos, r.body.find("root:x:")) << "no file outside the data folder";
     }
-    EXPECT_EQ(404, RawGet(m_service.port(), "/files/%2e%2e/library.tsv").status);
-    EXPECT_EQ("error", RawGet(m_service.port(), "/gallery/lfupload").body) << "an upload without a file is refused";
-    EXPECT_EQ(200, RawGet(m_service.port(), "/gallery/gethotwords").status);
+    EXPECT_EQ(404, raw("/files/%2e%2e/library.tsv").status);
+    EXPECT_EQ("error", raw("/gallery/lfupload").body) << "an upload without a file is refused";
+    EXPECT_EQ(200, raw("/gallery/gethotwords").status);
 }

@@ -77,6 +77,18 @@ QImage DecodeDib(const std::string& dib) {
     return QImage::fromData(reinterpret_cast<const uchar*>(file.data()), static_cast<int>(file.size()), "BMP");
 }
 
+// Pixels darker than 80 and lighter than 240 in grey.
+std::pair<int, int> DarkAndWhite(const QImage& image) {
+    int dark = 0, white = 0;
+    for (int y = 0; y < image.height(); ++y)
+        for (int x = 0; x < image.width(); ++x) {
+            const int g = qGray(image.pixel(x, y));
+            dark += g < 80;
+            white += g > 240;
+        }
+    return {dark, white};
+}
+
 std::string ArtifactDir() {
     const std::string dir = fs::temp_directory_path() / "marrowfin-service-artifacts";
     fs::create_directories(dir);
@@ -94,8 +106,6 @@ TEST(SampleLibrary, PreviewSectionFollowsRealDrawings) {
         EXPECT_EQ(1, e[0].code);
         EXPECT_EQ(80u, e[0].size);
     }
-    QImage symbol(180, 120, QImage::Format_RGB32);
-    symbol.fill(Qt::white);
     const std::string bmpFile = BuildDwgContainer(PreviewKind::Bmp8, std::string(40 + 1024 + 180 * 120, '\x07'));
     std::vector<Entry> e = ReadPreview(bmpFile, "generated bmp");
     ASSERT_EQ(2u, e.size());
@@ -140,13 +150,7 @@ TEST(SampleLibrary, BlocksCarryDecodablePreviewsOfDrawnSymbols) {
         }
         ASSERT_FALSE(image.isNull()) << f.path();
         // A drawn symbol: mostly white paper with dark lines on it.
-        int dark = 0, white = 0;
-        for (int y = 0; y < image.height(); ++y)
-            for (int x = 0; x < image.width(); ++x) {
-                const int g = qGray(image.pixel(x, y));
-                dark += g < 80;
-                white += g > 240;
-            }
+        const auto [dark, white] = DarkAndWhite(image);
         EXPECT_GT(dark, 50) << f.path();
         EXPECT_GT(white, image.width() * image.height() / 2) << f.path();
     }
@@ -230,10 +234,7 @@ TEST(SampleLibrary, EverySymbolKindDrawsItsOwnPicture) {
     for (int k = 0; k < kinds; ++k) {
         for (uint32_t variant = 0; variant < 2; ++variant) {
             const QImage image = DrawSymbol(static_cast<SymbolKind>(k), variant, 180, 120);
-            int dark = 0;
-            for (int y = 0; y < image.height(); ++y)
-                for (int x = 0; x < image.width(); ++x) dark += qGray(image.pixel(x, y)) < 80;
-            EXPECT_GT(dark, 100) << "kind " << k << " variant " << variant;
+            EXPECT_GT(DarkAndWhite(image).first, 100) << "kind " << k << " variant " << variant;
             const std::string dib = EncodeDib8(image);
             EXPECT_TRUE(seen.insert(dib).second) << "kind " << k << " variant " << variant << " looks like another";
             for (int y = 0; y < 120; ++y)

@@ -56,6 +56,8 @@ int ServiceTest::postStatus(const std::string& pathAndQuery) const {
     return status;
 }
 
+RawReply ServiceTest::raw(const std::string& pathAndQuery) const { return RawGet(m_service.port(), pathAndQuery); }
+
 httplib::Result ServiceTest::fetchUrl(const std::string& url) const {
     const std::string base = m_service.baseUrl();
     return client().Get(url.rfind(base, 0) == 0 ? url.substr(base.size()) : url);

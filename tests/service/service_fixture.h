@@ -18,6 +18,14 @@
 
 namespace marrowfin::test {
 
+struct RawReply {
+    bool connected = false;
+    std::string bytes;     // everything read until the peer closed
+    int status = 0;
+    long contentLength = -1;
+    std::string body;      // bytes after the head
+};
+
 class ServiceTest : public ::testing::Test {
 protected:
     void SetUp() override;
@@ -28,6 +36,7 @@ protected:
     std::string post(const std::string& pathAndQuery, int* status = nullptr) const;
     int postStatus(const std::string& pathAndQuery) const;
     std::string admin(const std::string& pathAndQuery) const;
+    RawReply raw(const std::string& pathAndQuery) const;
     // GET of an address the service handed out, through its path.
     httplib::Result fetchUrl(const std::string& url) const;
 
@@ -35,14 +44,6 @@ protected:
     std::string m_data;
     service::LibraryCatalog m_catalog;  // of the sample the service serves
     service::ServiceHandle m_service;
-};
-
-struct RawReply {
-    bool connected = false;
-    std::string bytes;     // everything read until the peer closed
-    int status = 0;
-    long contentLength = -1;
-    std::string body;      // bytes after the head
 };
 
 // Sends the request text as it stands and reads until the connection ends.
