@@ -5,12 +5,10 @@
 #include <gtest/gtest.h>
 
 #include <QApplication>
-#include <QKeyEvent>
 #include <QLineEdit>
 #include <QPointer>
 #include <QTimer>
 #include <QtTest/QTest>
-#include <memory>
 
 #include "../e2e/recording_host.h"
 #include "host/panel_access.h"
@@ -20,6 +18,7 @@
 #include "panel/dialog/host_requests.h"
 #include "panel/lists/class_list_ctrl.h"
 #include "platform/profile.h"
+#include "platform/text.h"
 #include "platform/ticks.h"
 #include "platform/qt/qt_window_system.h"
 #include "platform/qt/window_message_event.h"
@@ -31,7 +30,6 @@
 
 using namespace marrowfin;
 using marrowfin::test::RecordingHost;
-using marrowfin::test::SpinUntil;
 
 namespace {
 
@@ -118,22 +116,22 @@ TEST_F(HostLink, CopyDataSetsModeTokenAndUserAsTheHostWroteThem) {
     EXPECT_EQ(CopyData(415, u"t-415"), 0);
     EXPECT_EQ(panel->userToken, u"t-415");
 
-    // 416: split at the first separator; an empty number counts as 1.
-    EXPECT_EQ(CopyData(416, u"&^&tok&^&tail"), 0);
-    EXPECT_EQ(panel->userId, 1);
-    EXPECT_EQ(panel->userToken, u"tok&^&tail");
-    EXPECT_EQ(CopyData(416, u"12345&^&abc"), 0);
-    EXPECT_EQ(panel->userId, 12345);
-    EXPECT_EQ(panel->userToken, u"abc");
-    EXPECT_EQ(CopyData(416, u"-2&^&"), 0);
-    EXPECT_EQ(panel->userId, -2);
-    EXPECT_EQ(panel->userToken, u"");
-    EXPECT_EQ(CopyData(416, u"99999999999&^&big"), 0);  // saturates rather than wrapping
-    EXPECT_EQ(panel->userId, INT32_MAX);
-    // Without the separator the text is no number and token: nothing changes.
-    EXPECT_EQ(CopyData(416, u"77&^"), 0);
-    EXPECT_EQ(panel->userId, INT32_MAX);
-    EXPECT_EQ(panel->userToken, u"big");
+    // 416: split at the first separator; an empty number counts as 1; a huge
+    // one saturates rather than wrapping; without the separator nothing changes.
+    struct Case { const char16_t* text; int32_t user; const char16_t* token; };
+    const Case cases[] = {
+        {u"&^&tok&^&tail", 1, u"tok&^&tail"},
+        {u"12345&^&abc", 12345, u"abc"},
+        {u"-2&^&", -2, u""},
+        {u"99999999999&^&big", INT32_MAX, u"big"},
+        {u"77&^", INT32_MAX, u"big"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(U8(c.text));
+        EXPECT_EQ(CopyData(416, c.text), 0);
+        EXPECT_EQ(panel->userId, c.user);
+        EXPECT_EQ(panel->userToken, c.token);
+    }
 }
 
 TEST_F(HostLink, CollectionLocationWithoutCollectionsAnswersOneAndDoesNothing) {
@@ -193,24 +191,19 @@ TEST_F(HostLink, PanelControlActsOnlyForTheHostsOwnWindow) {
 }
 
 TEST_F(HostLink, SigningOutForgetsTheUserAndLeavesTheCollections) {
-    panel->userId = 77;
-    panel->userToken = u"secret";
-    panel->m_classIndex = 1;
-    panel->m_page = PageSearch;
-    panel->m_searchEdit->setText(QStringLiteral("门"));
-    EXPECT_EQ(Control(6, 0), 0);
-    EXPECT_EQ(panel->userId, -1);
-    EXPECT_EQ(panel->userToken, u"");
-    EXPECT_TRUE(panel->m_searchEdit->text().isEmpty());
-
-    // Off the collections entry the search text stays.
-    panel->userId = 5;
-    panel->m_classIndex = 3;
-    panel->m_page = PageSearch;
-    panel->m_searchEdit->setText(QStringLiteral("窗"));
-    EXPECT_EQ(Control(6, 0), 0);
-    EXPECT_EQ(panel->userId, -1);
-    EXPECT_EQ(panel->m_searchEdit->text(), QStringLiteral("窗"));
+    // On the collections entry (class 1) the search text goes; off it, it stays.
+    for (int classIndex : {1, 3}) {
+        SCOPED_TRACE(classIndex);
+        panel->userId = 77;
+        panel->userToken = u"secret";
+        panel->m_classIndex = classIndex;
+        panel->m_page = PageSearch;
+        panel->m_searchEdit->setText(QStringLiteral("门"));
+        EXPECT_EQ(Control(6, 0), 0);
+        EXPECT_EQ(panel->userId, -1);
+        EXPECT_EQ(panel->userToken, u"");
+        EXPECT_EQ(panel->m_searchEdit->text(), classIndex == 1 ? QString() : QStringLiteral("门"));
+    }
     panel->m_page = PageBrowse;
 }
 
@@ -385,20 +378,19 @@ TEST_F(HostLink, BoutiqueAnswersFromTheTreeAndCachesIt) {
     EXPECT_TRUE(panel->m_boutiqueCache.empty());
 
     auto* root = new GalleryNode(u"", u"/d/Orsolen", u"Orsolen", kKindDir, false, false, 0);
-    auto* fine = new GalleryNode(u"Orsolen", u"/d/Orsolen/精品", u"精品", kKindDir, false, true, 0);
-    auto* door = new GalleryNode(u"精品", u"/d/Orsolen/精品/门", u"门", kKindDir, false, false, 0);
-    auto* block = new GalleryNode(u"门", u"/d/Orsolen/精品/门/a.dwg", u"a.dwg", kKindFile, false, false, 2048);
-    auto* plain = new GalleryNode(u"Orsolen", u"/d/Orsolen/普通", u"普通", kKindDir, false, false, 0);
-    auto* wall = new GalleryNode(u"普通", u"/d/Orsolen/普通/墙", u"墙", kKindDir, false, false, 0);
-    auto* other = new GalleryNode(u"墙", u"/d/Orsolen/普通/墙/b.dwg", u"b.dwg", kKindFile, false, false, 2048);
+    // A child named `name` below `parent`, with the path and owner the tree gives it.
+    auto add = [](GalleryNode* parent, const std::u16string& name, const std::u16string& kind, bool boutique) {
+        auto* n = new GalleryNode(parent->name, parent->path + u"/" + name, name, kind, false, boutique,
+                                 kind == kKindFile ? 2048 : 0);
+        AddChild(parent, n, false);
+        return n;
+    };
+    GalleryNode* fine = add(root, u"精品", kKindDir, true);
+    add(add(fine, u"门", kKindDir, false), u"a.dwg", kKindFile, false);
+    GalleryNode* plain = add(root, u"普通", kKindDir, false);
+    add(add(plain, u"墙", kKindDir, false), u"b.dwg", kKindFile, false);
     // The recent list holds a block of the boutique gallery at the root too.
     auto* recent = new GalleryNode(u"Orsolen", u"/d/Orsolen/精品/门/c.dwg", u"c.dwg", kKindFile, false, true, 2048);
-    AddChild(root, fine, false);
-    AddChild(fine, door, false);
-    AddChild(door, block, false);
-    AddChild(root, plain, false);
-    AddChild(plain, wall, false);
-    AddChild(wall, other, false);
     AddChild(root, recent, false);
     store.root = root;
 
