@@ -6,37 +6,35 @@
 
 #include "paint_support.h"
 #include "panel/paint/highlight_text.h"
-#include "panel/paint/panel_colours.h"
 #include "panel/paint/panel_painter.h"
 #include "skin/skin_fonts.h"
 
-namespace marrowfin {
+namespace marrowfin::test {
 namespace {
 
-using test::CountColour;
-using test::PaintInto;
-namespace c = panel_colours;
-
 TEST(HighlightRule, CutsTheTextAtEveryExactOccurrence) {
-    EXPECT_EQ(SplitAtKey(QStringLiteral("abcab"), QStringLiteral("ab")),
-              (QStringList{QStringLiteral("ab"), QStringLiteral("c"), QStringLiteral("ab")}));
-    EXPECT_EQ(SplitAtKey(QStringLiteral("x阀门y阀门"), QStringLiteral("阀门")),
-              (QStringList{QStringLiteral("x"), QStringLiteral("阀门"), QStringLiteral("y"), QStringLiteral("阀门")}));
-    // Occurrences do not overlap: the scan resumes behind each key.
-    EXPECT_EQ(SplitAtKey(QStringLiteral("aaa"), QStringLiteral("aa")),
-              (QStringList{QStringLiteral("aa"), QStringLiteral("a")}));
-    // Exact comparison: another case is not the key.
-    EXPECT_EQ(SplitAtKey(QStringLiteral("ABab"), QStringLiteral("ab")),
-              (QStringList{QStringLiteral("AB"), QStringLiteral("ab")}));
-    // An empty key or a text without the key is one piece; an empty text none.
-    EXPECT_EQ(SplitAtKey(QStringLiteral("共12条结果"), QString()), QStringList{QStringLiteral("共12条结果")});
-    EXPECT_EQ(SplitAtKey(QStringLiteral("共12条结果"), QStringLiteral("7")), QStringList{QStringLiteral("共12条结果")});
-    EXPECT_TRUE(SplitAtKey(QString(), QStringLiteral("a")).isEmpty());
-    EXPECT_EQ(SplitAtKey(QStringLiteral("ab"), QStringLiteral("ab")), QStringList{QStringLiteral("ab")});
+    struct Case {
+        const char *text, *key, *pieces;  // pieces joined by '|'
+    };
+    const Case cases[] = {
+        {"abcab", "ab", "ab|c|ab"},
+        {"x阀门y阀门", "阀门", "x|阀门|y|阀门"},
+        {"aaa", "aa", "aa|a"},   // no overlap: the scan resumes behind each key
+        {"ABab", "ab", "AB|ab"},  // exact comparison: another case is not the key
+        {"共12条结果", "", "共12条结果"},
+        {"共12条结果", "7", "共12条结果"},
+        {"", "a", ""},  // an empty text gives no piece
+        {"ab", "ab", "ab"},
+    };
+    for (const Case& k : cases) {
+        SCOPED_TRACE(k.text);
+        EXPECT_EQ(SplitAtKey(QString::fromUtf8(k.text), QString::fromUtf8(k.key)),
+                  QString::fromUtf8(k.pieces).split(QLatin1Char('|'), Qt::SkipEmptyParts));
+    }
 }
 
 TEST(HighlightRule, PaintsOnlyTheKeyPiecesInAccent) {
-    ASSERT_TRUE(test::UsePaintRate(1.0f));
+    ASSERT_TRUE(UsePaintRate(1.0f));
     const QFontMetrics metrics(Font(SkinFont::Normal));
     const QRect rect(10, 0, 380, 30);
     const QSize size(400, 30);
@@ -60,7 +58,6 @@ TEST(HighlightRule, PaintsOnlyTheKeyPiecesInAccent) {
         p.setPen(c::Text());
         p.drawText(rect, Qt::AlignLeft | Qt::AlignVCenter, QStringLiteral("共12条结果"));
     });
-    const QImage pieces = draw(QStringLiteral("共12条结果"), QStringLiteral("12"));
     // Glyphs may land on another sub-pixel phase, never further than one pixel off.
     auto ink = [](const QImage& img, int x, int y) {
         return x >= 0 && x < img.width() && img.pixel(x, y) != 0xffffffffu;
@@ -68,7 +65,7 @@ TEST(HighlightRule, PaintsOnlyTheKeyPiecesInAccent) {
     int misplaced = 0, inked = 0;
     for (int y = 0; y < 30; ++y) {
         for (int x = 0; x < 400; ++x) {
-            if (!ink(pieces, x, y)) continue;
+            if (!ink(count, x, y)) continue;
             ++inked;
             misplaced += !(ink(whole, x - 1, y) || ink(whole, x, y) || ink(whole, x + 1, y));
         }
@@ -78,15 +75,14 @@ TEST(HighlightRule, PaintsOnlyTheKeyPiecesInAccent) {
     QImage both(400, 60, QImage::Format_RGB32);
     {
         QPainter p(&both);
-        p.drawImage(0, 0, pieces);
+        p.drawImage(0, 0, count);
         p.drawImage(0, 30, whole);
     }
-    test::SavePng(both, QStringLiteral("highlight_pieces_whole.png"));
+    SavePng(both, QStringLiteral("highlight_pieces_whole.png"));
 
     // An empty key, or one not in the text, leaves all of it in the given colour.
-    EXPECT_EQ(CountColour(draw(QStringLiteral("共12条结果"), QString()), QRect(0, 0, 400, 30), c::Accent(), 40), 0);
-    EXPECT_EQ(CountColour(draw(QStringLiteral("共12条结果"), QStringLiteral("7")), QRect(0, 0, 400, 30), c::Accent(), 40),
-              0);
+    for (const QString& key : {QString(), QStringLiteral("7")})
+        EXPECT_EQ(CountColour(draw(QStringLiteral("共12条结果"), key), QRect(0, 0, 400, 30), c::Accent(), 40), 0);
     // Both occurrences turn accent, the dash between them does not.
     const QImage twice = draw(QStringLiteral("阀门-阀门"), QStringLiteral("阀门"));
     const int dashLeft = rect.left() + metrics.horizontalAdvance(QStringLiteral("阀门"));
@@ -100,9 +96,9 @@ TEST(HighlightRule, PaintsOnlyTheKeyPiecesInAccent) {
     const QImage cut = PaintInto(size, [&](QPainter& p) {
         DrawHighlighted(p, QStringLiteral("很长很长很长很长的名字"), QStringLiteral("长"), narrow, c::Text());
     });
-    EXPECT_GT(test::CountNot(cut, narrow, Qt::white), 0);
-    EXPECT_EQ(test::CountNot(cut, QRect(narrow.right() + 1, 0, 400, 30), Qt::white), 0);
+    EXPECT_GT(CountNot(cut, narrow, Qt::white), 0);
+    EXPECT_EQ(CountNot(cut, QRect(narrow.right() + 1, 0, 400, 30), Qt::white), 0);
 }
 
 }  // namespace
-}  // namespace marrowfin
+}  // namespace marrowfin::test

@@ -60,6 +60,10 @@ bool SameIn(const QImage& a, const QImage& b, const QRect& area) {
 
 QColor At(const QImage& image, int x, int y) { return image.pixelColor(x, y); }
 
+void ExpectPixels(const QImage& image, std::initializer_list<Probe> probes) {
+    for (const Probe& p : probes) EXPECT_EQ(At(image, p.x, p.y), p.colour) << "at " << p.x << "," << p.y;
+}
+
 QString SavePng(const QImage& image, const QString& name) {
     const QString folder = QCoreApplication::applicationDirPath() + QStringLiteral("/rendered/paint");
     QDir().mkpath(folder);
