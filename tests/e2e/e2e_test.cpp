@@ -23,10 +23,24 @@ namespace {
 
 fs::path StoreRoot() { return fs::path(World().home->documentsDir()) / "Orsolen"; }
 
+class EndToEnd : public ::testing::Test {
+protected:
+    RecordingHost& host = *World().host;
+};
+
+// The cases after the first two start from the panel as `show` leaves it.
+class ShownPanelCase : public EndToEnd {
+protected:
+    void SetUp() override {
+        panel = ShownPanel();
+        ASSERT_NE(panel, nullptr);
+    }
+    QWidget* panel = nullptr;
+};
+
 }  // namespace
 
-TEST(EndToEnd, NothingIsMadeBeforeAPanelIsAskedFor) {
-    RecordingHost& host = *World().host;
+TEST_F(EndToEnd, NothingIsMadeBeforeAPanelIsAskedFor) {
     EXPECT_EQ(GetGallery(), 0u);
     // Questions and orders that never make a panel.
     EXPECT_EQ(IsBlkBoutique(u"/home/u/Documents/Orsolen/门窗/推拉门/a.dwg"), 0);
@@ -52,8 +66,7 @@ TEST(EndToEnd, NothingIsMadeBeforeAPanelIsAskedFor) {
     EXPECT_FALSE(fs::exists(StoreRoot() / "RecentlyUse.xml"));
 }
 
-TEST(EndToEnd, ShowMakesOnePanelUnderTheMainWindowAndAsksForTheChannel) {
-    RecordingHost& host = *World().host;
+TEST_F(EndToEnd, ShowMakesOnePanelUnderTheMainWindowAndAsksForTheChannel) {
     ASSERT_TRUE(WaitForFirstTree(15000));
     show();
     const uint64_t handle = GetGallery();
@@ -80,9 +93,7 @@ TEST(EndToEnd, ShowMakesOnePanelUnderTheMainWindowAndAsksForTheChannel) {
     RenderPanel(panel, QStringLiteral("e2e_start_page_rate_1.0"));
 }
 
-TEST(EndToEnd, AHiddenPanelAnswersNothingThroughTheLoop) {
-    QWidget* panel = ShownPanel();
-    ASSERT_NE(panel, nullptr);
+TEST_F(ShownPanelCase, AHiddenPanelAnswersNothingThroughTheLoop) {
     HideGallery();
     EXPECT_FALSE(panel->isVisible());
     EXPECT_EQ(PreTranslateKey(panel, Qt::Key_Escape), 0);
@@ -94,9 +105,7 @@ TEST(EndToEnd, AHiddenPanelAnswersNothingThroughTheLoop) {
     EXPECT_TRUE(panel->isVisible());
 }
 
-TEST(EndToEnd, KeysOfThePanelAreTakenAsThePanelDefinesThem) {
-    QWidget* panel = ShownPanel();
-    ASSERT_NE(panel, nullptr);
+TEST_F(ShownPanelCase, KeysOfThePanelAreTakenAsThePanelDefinesThem) {
     QWidget* classList = FindChild(panel, "marrowfin::CClassListCtrl");
     ASSERT_NE(classList, nullptr);
     const long treeRequests = TreeRequests();
@@ -129,10 +138,7 @@ TEST(EndToEnd, KeysOfThePanelAreTakenAsThePanelDefinesThem) {
     EXPECT_TRUE(panel->isVisible());
 }
 
-TEST(EndToEnd, HostOrdersActOnlyForTheHostsWindow) {
-    RecordingHost& host = *World().host;
-    QWidget* panel = ShownPanel();
-    ASSERT_NE(panel, nullptr);
+TEST_F(ShownPanelCase, HostOrdersActOnlyForTheHostsWindow) {
     const uint64_t handle = GetGallery();
     RecordingHost stranger;
     const uint64_t strangerHandle = MarrowfinWindowOf(&stranger);
@@ -162,10 +168,7 @@ TEST(EndToEnd, HostOrdersActOnlyForTheHostsWindow) {
     EXPECT_EQ(MarrowfinSendPanelControl(handle, 1, static_cast<intptr_t>(World().hostHandle)), 0);
 }
 
-TEST(EndToEnd, CollectionLocationWithoutCollectionsAnswersOneAndDoesNothing) {
-    RecordingHost& host = *World().host;
-    QWidget* panel = ShownPanel();
-    ASSERT_NE(panel, nullptr);
+TEST_F(ShownPanelCase, CollectionLocationWithoutCollectionsAnswersOneAndDoesNothing) {
     host.records.clear();
     const QImage before = RenderPanel(panel, QStringLiteral("e2e_before_411"));
     EXPECT_EQ(MarrowfinSendCopyData(GetGallery(), 411, u"\\门窗\\推拉门"), 1);
@@ -178,10 +181,7 @@ TEST(EndToEnd, CollectionLocationWithoutCollectionsAnswersOneAndDoesNothing) {
     EXPECT_EQ(MarrowfinSendCopyData(GetGallery(), 999, u"x"), 0);
 }
 
-TEST(EndToEnd, FeedbackWaitsForTheHostAndUserAndTokenEndIt) {
-    RecordingHost& host = *World().host;
-    QWidget* panel = ShownPanel();
-    ASSERT_NE(panel, nullptr);
+TEST_F(ShownPanelCase, FeedbackWaitsForTheHostAndUserAndTokenEndIt) {
     host.records.clear();
     const uint64_t handle = GetGallery();
     bool visibleDuringWait = true;
@@ -219,9 +219,7 @@ TEST(EndToEnd, FeedbackWaitsForTheHostAndUserAndTokenEndIt) {
     show();
 }
 
-TEST(EndToEnd, PanelsOfTheSampleRenderAtRateOne) {
-    QWidget* panel = ShownPanel();
-    ASSERT_NE(panel, nullptr);
+TEST_F(ShownPanelCase, PanelsOfTheSampleRenderAtRateOne) {
     show();
     // The recent list is empty on a fresh home.
     ClickClassRow(panel, 0);
@@ -234,7 +232,6 @@ TEST(EndToEnd, PanelsOfTheSampleRenderAtRateOne) {
     // The collections entry while nobody is signed in: the panel asks the
     // host to sign in (hiding itself meanwhile); nobody does, so no token is
     // asked for and the panel goes back.
-    RecordingHost& host = *World().host;
     MarrowfinSendPanelControl(GetGallery(), 6, 0);  // whoever an earlier case signed in
     Spin(500);
     host.records.clear();
@@ -267,9 +264,7 @@ TEST(EndToEnd, PanelsOfTheSampleRenderAtRateOne) {
     show();
 }
 
-TEST(EndToEnd, SearchFromTheHostShowsTheSearchPage) {
-    QWidget* panel = ShownPanel();
-    ASSERT_NE(panel, nullptr);
+TEST_F(ShownPanelCase, SearchFromTheHostShowsTheSearchPage) {
     HideGallery();
     SearchBrindleRes(u"门", u"YL");
     EXPECT_TRUE(panel->isVisible());
@@ -285,9 +280,7 @@ TEST(EndToEnd, SearchFromTheHostShowsTheSearchPage) {
     EXPECT_TRUE(panel->isVisible());
 }
 
-TEST(EndToEnd, CloseGallerySavesTheListsAndKeepsThePanel) {
-    QWidget* panel = ShownPanel();
-    ASSERT_NE(panel, nullptr);
+TEST_F(ShownPanelCase, CloseGallerySavesTheListsAndKeepsThePanel) {
     const uint64_t handle = GetGallery();
     const fs::path recent = StoreRoot() / "RecentlyUse.xml";
     fs::remove(recent);
