@@ -10,11 +10,11 @@
 #include <QRegion>
 
 #include "panel/dialog/panel_timers.h"
-#include "request_counters.h"
 #include "panel/lists/class_list_ctrl.h"
 #include "panel/lists/dwg_list_view.h"
 #include "panel_world.h"
 #include "platform/qt/window_timers.h"
+#include "request_counters.h"
 #include "skin/skin_button.h"
 #include "skin/skin_scale.h"
 
@@ -31,30 +31,17 @@ void ShowActive(CBrindleDlg& panel) {
 }
 
 void MoveOver(CBrindleDlg& panel, QWidget* child, QPoint at) {
-    const QPoint local = child->mapTo(&panel, at);
-    QMouseEvent move(QEvent::MouseMove, QPointF(at), QPointF(panel.mapToGlobal(local)), Qt::NoButton, Qt::NoButton,
-                     Qt::NoModifier);
+    QMouseEvent move(QEvent::MouseMove, QPointF(at), QPointF(panel.mapToGlobal(child->mapTo(&panel, at))),
+                     Qt::NoButton, Qt::NoButton, Qt::NoModifier);
     EXPECT_FALSE(panel.PreTranslateMessage(child, &move));
 }
 
-void Press(CBrindleDlg& panel, QPoint at) {
-    QMouseEvent press(QEvent::MouseButtonPress, QPointF(at), QPointF(panel.mapToGlobal(at)), Qt::LeftButton,
-                      Qt::LeftButton, Qt::NoModifier);
-    QCoreApplication::sendEvent(&panel, &press);
-}
-
-void DragTo(CBrindleDlg& panel, QPoint global) {
-    const QPoint local = panel.mapFromGlobal(global);
-    QMouseEvent move(QEvent::MouseMove, QPointF(local), QPointF(global), Qt::NoButton, Qt::LeftButton,
-                     Qt::NoModifier);
-    QCoreApplication::sendEvent(&panel, &move);
-}
-
-void Release(CBrindleDlg& panel, QPoint global) {
-    const QPoint local = panel.mapFromGlobal(global);
-    QMouseEvent release(QEvent::MouseButtonRelease, QPointF(local), QPointF(global), Qt::LeftButton, Qt::NoButton,
-                        Qt::NoModifier);
-    QCoreApplication::sendEvent(&panel, &release);
+// A left-button press, move (with the button held) or release at a screen point.
+void Mouse(CBrindleDlg& panel, QEvent::Type type, QPoint global) {
+    const Qt::MouseButton button = type == QEvent::MouseMove ? Qt::NoButton : Qt::LeftButton;
+    const Qt::MouseButtons held = type == QEvent::MouseButtonRelease ? Qt::NoButton : Qt::LeftButton;
+    QMouseEvent event(type, QPointF(panel.mapFromGlobal(global)), QPointF(global), button, held, Qt::NoModifier);
+    QCoreApplication::sendEvent(&panel, &event);
 }
 
 }  // namespace
@@ -65,16 +52,17 @@ TEST(PanelInput, F5RebuildsOnlyWhileVisible) {
     const WindowHandle self = panel.Handle();
     Pump(400);  // the first class-list tick has passed
     ASSERT_FALSE(IsTimerRunning(self, kTimerBuildClassList));
-    const long before = world.service.counters().get("/gallery/g_all_s").count;
+    auto trees = [&] { return world.service.counters().get("/gallery/g_all_s").count; };
+    const long before = trees();
 
     // Hidden: the key is not the panel's.
     EXPECT_FALSE(PressKey(panel, &panel, Qt::Key_F5));
     EXPECT_FALSE(IsTimerRunning(self, kTimerBuildClassList));
-    EXPECT_EQ(world.service.counters().get("/gallery/g_all_s").count, before);
+    EXPECT_EQ(trees(), before);
 
     ShowActive(panel);
     EXPECT_TRUE(PressKey(panel, panel.m_classList, Qt::Key_F5));
-    EXPECT_EQ(world.service.counters().get("/gallery/g_all_s").count, before + 1);  // the tree was rebuilt
+    EXPECT_EQ(trees(), before + 1);  // the tree was rebuilt
     EXPECT_TRUE(IsTimerRunning(self, kTimerBuildClassList));
     EXPECT_TRUE(panel.isVisible());
 
@@ -85,19 +73,50 @@ TEST(PanelInput, F5RebuildsOnlyWhileVisible) {
     EXPECT_NE(panel.m_page, PageSearch);
 }
 
-TEST(PanelInput, EnterAndEscapeNeverCloseThePanel) {
+TEST(PanelInput, ControlTabHidesWhileEnterAndEscapeNeverClose) {
     SampleWorld world;
     CBrindleDlg& panel = *world.panel;
     ShowActive(panel);
-    const int page = panel.m_page;
+    {
+        SCOPED_TRACE("Control and Tab");
+        // Tab alone goes on to the normal processing.
+        EXPECT_FALSE(PressKey(panel, panel.m_classList, Qt::Key_Tab));
+        EXPECT_FALSE(ReleaseKey(panel, panel.m_classList, Qt::Key_Tab));
+        EXPECT_TRUE(panel.isVisible());
+        // Control alone, and Control with another key after Tab was released.
+        EXPECT_FALSE(PressKey(panel, &panel, Qt::Key_Control, Qt::ControlModifier));
+        EXPECT_FALSE(PressKey(panel, &panel, Qt::Key_A, Qt::ControlModifier));
+        EXPECT_FALSE(ReleaseKey(panel, &panel, Qt::Key_Control));
+        EXPECT_TRUE(panel.isVisible());
 
+        // Control held, then Tab: the Tab press hides.
+        EXPECT_FALSE(PressKey(panel, &panel, Qt::Key_Control, Qt::ControlModifier));
+        EXPECT_TRUE(PressKey(panel, &panel, Qt::Key_Tab, Qt::ControlModifier));
+        EXPECT_FALSE(panel.isVisible());
+        ReleaseKey(panel, &panel, Qt::Key_Tab, Qt::ControlModifier);
+        ReleaseKey(panel, &panel, Qt::Key_Control);
+
+        // Tab held, then Control: the Control press hides, wherever the focus lies.
+        ShowActive(panel);
+        panel.m_searchEdit->show();
+        EXPECT_FALSE(PressKey(panel, panel.m_searchEdit, Qt::Key_Tab));
+        EXPECT_TRUE(PressKey(panel, panel.m_searchEdit, Qt::Key_Control, Qt::ControlModifier));
+        EXPECT_FALSE(panel.isVisible());
+
+        // Hiding forgets a Tab whose release went elsewhere (the host, once hidden).
+        ShowActive(panel);
+        EXPECT_FALSE(PressKey(panel, &panel, Qt::Key_Control, Qt::ControlModifier));
+        EXPECT_TRUE(panel.isVisible());
+        ReleaseKey(panel, &panel, Qt::Key_Control);
+    }
+    SCOPED_TRACE("Enter and Escape");
+    const int page = panel.m_page;
     // Enter outside the edit: consumed, nothing runs.
     EXPECT_TRUE(PressKey(panel, panel.m_classList, Qt::Key_Return));
     EXPECT_TRUE(PressKey(panel, panel.m_classList, Qt::Key_Enter));
     EXPECT_TRUE(panel.isVisible());
     EXPECT_EQ(panel.m_page, page);
     EXPECT_EQ(panel.m_searchState, 0);
-
     EXPECT_TRUE(PressKey(panel, &panel, Qt::Key_Escape));
     EXPECT_TRUE(panel.isVisible());
 
@@ -121,107 +140,86 @@ TEST(PanelInput, EnterAndEscapeNeverCloseThePanel) {
     EXPECT_EQ(panel.m_page, PageCollectionSearch);
 }
 
-TEST(PanelInput, ControlTabHidesTabAloneDoesNot) {
+TEST(PanelInput, MouseMoveFocusesTheListUnderItAndTheTitleBandDrags) {
     SampleWorld world;
     CBrindleDlg& panel = *world.panel;
     ShowActive(panel);
-
-    // Tab alone goes on to the normal processing.
-    EXPECT_FALSE(PressKey(panel, panel.m_classList, Qt::Key_Tab));
-    EXPECT_FALSE(ReleaseKey(panel, panel.m_classList, Qt::Key_Tab));
-    EXPECT_TRUE(panel.isVisible());
-    // Control alone, and Control with another key after Tab was released.
-    EXPECT_FALSE(PressKey(panel, &panel, Qt::Key_Control, Qt::ControlModifier));
-    EXPECT_FALSE(PressKey(panel, &panel, Qt::Key_A, Qt::ControlModifier));
-    EXPECT_FALSE(ReleaseKey(panel, &panel, Qt::Key_Control));
-    EXPECT_TRUE(panel.isVisible());
-
-    // Control held, then Tab: the Tab press hides.
-    EXPECT_FALSE(PressKey(panel, &panel, Qt::Key_Control, Qt::ControlModifier));
-    EXPECT_TRUE(PressKey(panel, &panel, Qt::Key_Tab, Qt::ControlModifier));
-    EXPECT_FALSE(panel.isVisible());
-    ReleaseKey(panel, &panel, Qt::Key_Tab, Qt::ControlModifier);
-    ReleaseKey(panel, &panel, Qt::Key_Control);
-
-    // Tab held, then Control: the Control press hides, wherever the focus lies.
-    ShowActive(panel);
-    panel.m_searchEdit->show();
-    EXPECT_FALSE(PressKey(panel, panel.m_searchEdit, Qt::Key_Tab));
-    EXPECT_TRUE(PressKey(panel, panel.m_searchEdit, Qt::Key_Control, Qt::ControlModifier));
-    EXPECT_FALSE(panel.isVisible());
-
-    // Hiding forgets a Tab whose release went elsewhere (the host, once hidden).
-    ShowActive(panel);
-    EXPECT_FALSE(PressKey(panel, &panel, Qt::Key_Control, Qt::ControlModifier));
-    EXPECT_TRUE(panel.isVisible());
-}
-
-TEST(PanelInput, MouseMoveGivesFocusToTheListUnderIt) {
-    SampleWorld world;
-    CBrindleDlg& panel = *world.panel;
-    ShowActive(panel);
-    panel.m_searchEdit->show();
-    panel.m_searchEdit->setFocus();
-    Pump();
-    ASSERT_TRUE(panel.m_searchEdit->hasFocus());
-
-    // Over the background: the focus stays.
-    QMouseEvent away(QEvent::MouseMove, QPointF(400, 10), QPointF(panel.mapToGlobal(QPoint(400, 10))), Qt::NoButton,
-                     Qt::NoButton, Qt::NoModifier);
-    EXPECT_FALSE(panel.PreTranslateMessage(&panel, &away));
-    EXPECT_TRUE(panel.m_searchEdit->hasFocus());
-
-    MoveOver(panel, panel.m_classList, QPoint(20, 20));
-    EXPECT_TRUE(panel.m_classList->hasFocus());
-    MoveOver(panel, panel.m_pThumbList, QPoint(50, 50));
-    EXPECT_TRUE(panel.m_pThumbList->hasFocus());
-
-    // A hidden list takes no focus.
-    panel.m_classList->hide();
-    MoveOver(panel, panel.m_classList, QPoint(20, 20));
-    EXPECT_TRUE(panel.m_pThumbList->hasFocus());
-}
-
-TEST(PanelInput, TitleBandDragsThePanel) {
-    SampleWorld world;
-    CBrindleDlg& panel = *world.panel;
-    ShowActive(panel);
+    {
+        SCOPED_TRACE("focus");
+        panel.m_searchEdit->show();
+        panel.m_searchEdit->setFocus();
+        Pump();
+        ASSERT_TRUE(panel.m_searchEdit->hasFocus());
+        // Over the background: the focus stays.
+        MoveOver(panel, &panel, QPoint(400, 10));
+        EXPECT_TRUE(panel.m_searchEdit->hasFocus());
+        MoveOver(panel, panel.m_classList, QPoint(20, 20));
+        EXPECT_TRUE(panel.m_classList->hasFocus());
+        MoveOver(panel, panel.m_pThumbList, QPoint(50, 50));
+        EXPECT_TRUE(panel.m_pThumbList->hasFocus());
+        // A hidden list takes no focus.
+        panel.m_classList->hide();
+        MoveOver(panel, panel.m_classList, QPoint(20, 20));
+        EXPECT_TRUE(panel.m_pThumbList->hasFocus());
+    }
+    SCOPED_TRACE("drag");
     panel.move(100, 80);
     const QPoint start = panel.pos();
-
     // Just below the band: no drag.
-    Press(panel, QPoint(300, ScaleUnits(30)));
-    DragTo(panel, panel.mapToGlobal(QPoint(350, ScaleUnits(30) + 40)));
-    Release(panel, panel.mapToGlobal(QPoint(350, ScaleUnits(30) + 40)));
+    Mouse(panel, QEvent::MouseButtonPress, panel.mapToGlobal(QPoint(300, ScaleUnits(30))));
+    Mouse(panel, QEvent::MouseMove, panel.mapToGlobal(QPoint(350, ScaleUnits(30) + 40)));
+    Mouse(panel, QEvent::MouseButtonRelease, panel.mapToGlobal(QPoint(350, ScaleUnits(30) + 40)));
     EXPECT_EQ(panel.pos(), start);
 
     // In the band: the panel follows the mouse until the button is let go.
     const QPoint grab = panel.mapToGlobal(QPoint(300, ScaleUnits(30) - 1));
-    Press(panel, panel.mapFromGlobal(grab));
-    DragTo(panel, grab + QPoint(50, 30));
+    Mouse(panel, QEvent::MouseButtonPress, grab);
+    Mouse(panel, QEvent::MouseMove, grab + QPoint(50, 30));
     EXPECT_EQ(panel.pos(), start + QPoint(50, 30));
-    DragTo(panel, grab + QPoint(-20, 10));
+    Mouse(panel, QEvent::MouseMove, grab + QPoint(-20, 10));
     EXPECT_EQ(panel.pos(), start + QPoint(-20, 10));
-    Release(panel, grab + QPoint(-20, 10));
+    Mouse(panel, QEvent::MouseButtonRelease, grab + QPoint(-20, 10));
     const QPoint dropped = panel.pos();
-    DragTo(panel, grab + QPoint(200, 200));
+    Mouse(panel, QEvent::MouseMove, grab + QPoint(200, 200));
     EXPECT_EQ(panel.pos(), dropped);
 }
 
-TEST(PanelInput, ClickRegionsOfTheBackground) {
+TEST(PanelInput, SearchBoxClickRegionsAndItsRepaintOnFocus) {
     SampleWorld world;
     CBrindleDlg& panel = *world.panel;
     ShowActive(panel);
     ASSERT_EQ(panel.m_page, PageBrowse);
 
-    // Just outside the "全库搜索" box: nothing.
-    ClickPanel(panel, QPoint(ScaleUnits(127), ScaleUnits(90)));
-    ClickPanel(panel, QPoint(ScaleUnits(60), ScaleUnits(102)));
-    ClickPanel(panel, QPoint(ScaleUnits(12), ScaleUnits(90)));
+    struct PaintSpy : QObject {
+        QRegion painted;
+        bool eventFilter(QObject*, QEvent* event) override {
+            if (event->type() == QEvent::Paint) painted += static_cast<QPaintEvent*>(event)->region();
+            return false;
+        }
+    } spy;
+    const QRect box = ScaleRect(11, 39, 689, 65);
+    auto focusRound = [&] {
+        Pump(50);
+        spy.painted = QRegion();
+        panel.installEventFilter(&spy);
+        panel.m_searchEdit->setFocus();
+        Pump(50);
+        panel.setFocus();
+        Pump(50);
+        panel.removeEventFilter(&spy);
+        return spy.painted;
+    };
+    // The edit's focus repaints the box on search pages only.
+    panel.m_searchEdit->show();
+    EXPECT_FALSE(focusRound().intersects(QRect(box.left(), box.top(), 20, box.height())));
+
+    // Just outside the "全库搜索" box: nothing; its corners: the search page.
+    for (QPoint at : {QPoint(127, 90), QPoint(60, 102), QPoint(12, 90)})
+        ClickPanel(panel, QPoint(ScaleUnits(at.x()), ScaleUnits(at.y())));
     EXPECT_EQ(panel.m_page, PageBrowse);
-    // Its corners: the search page.
     ClickPanel(panel, QPoint(ScaleUnits(126), ScaleUnits(101)));
-    EXPECT_EQ(panel.m_page, PageSearch);
+    ASSERT_EQ(panel.m_page, PageSearch);
+    EXPECT_TRUE(focusRound().contains(box));
 
     // On the search page the box region no longer switches, the search box focuses the edit.
     panel.setFocus();
@@ -261,36 +259,4 @@ TEST(PanelInput, DownloadPictureActsOnlyWhileItsButtonShows) {
     panel.Button(2151)->show();
     ClickPanel(panel, picture);
     EXPECT_EQ(fetches(), before + 1);
-}
-
-TEST(PanelInput, EditFocusRepaintsTheSearchBoxOnSearchPagesOnly) {
-    SampleWorld world;
-    CBrindleDlg& panel = *world.panel;
-    ShowActive(panel);
-
-    struct PaintSpy : QObject {
-        QRegion painted;
-        bool eventFilter(QObject*, QEvent* event) override {
-            if (event->type() == QEvent::Paint) painted += static_cast<QPaintEvent*>(event)->region();
-            return false;
-        }
-    } spy;
-    const QRect box = ScaleRect(11, 39, 689, 65);
-    auto focusRound = [&] {
-        Pump(50);
-        spy.painted = QRegion();
-        panel.installEventFilter(&spy);
-        panel.m_searchEdit->setFocus();
-        Pump(50);
-        panel.setFocus();
-        Pump(50);
-        panel.removeEventFilter(&spy);
-        return spy.painted;
-    };
-
-    panel.m_searchEdit->show();
-    EXPECT_FALSE(focusRound().intersects(QRect(box.left(), box.top(), 20, box.height())));
-    panel.GoToPage(PageSearch);
-    ASSERT_EQ(panel.m_page, PageSearch);
-    EXPECT_TRUE(focusRound().contains(box));
 }
