@@ -92,8 +92,7 @@ TEST(LiveTransport, DownloadsLandWholeOrNotAtAll) {
     const std::u16string target = W(home.file("block.dwg"));
     ASSERT_TRUE(DownloadFile(url, target, test::RecordingWindows::kPanel, 7));
     EXPECT_GT(FileSize(target), 1024);
-    std::string bytes;
-    ReadWholeFile(target, bytes);
+    const std::string bytes = test::ReadBytes(U8(target));
     EXPECT_EQ(bytes.substr(0, 4), "AC10");
     // Progress went to the window with the job number in the high word.
     const auto progress = windows.Messages(MsgProgress);
@@ -109,9 +108,7 @@ TEST(LiveTransport, DownloadsLandWholeOrNotAtAll) {
         EXPECT_FALSE(PathExists(fresh));  // nothing left that could pass for a block
         // An existing file is left as it was.
         EXPECT_FALSE(DownloadFile(url, target, 0, 0));
-        std::string again;
-        ReadWholeFile(target, again);
-        EXPECT_EQ(again, bytes);
+        EXPECT_EQ(test::ReadBytes(U8(target)), bytes);
         svc.faults().releaseHeld();
     }
     svc.faults().clearAll();

@@ -10,8 +10,6 @@
 #include <thread>
 
 #include "net/http_transport.h"
-#include "platform/files.h"
-#include "platform/profile.h"
 #include "platform/text.h"
 #include "support/temp_home.h"
 #include "support/test_paths.h"
@@ -97,9 +95,7 @@ TEST(WireBytes, FormPostDownloadAndUploadAsTheServiceExpects) {
         const std::string r = server.request();
         EXPECT_EQ(r.rfind("GET /files/%e9%97%a8%20%e7%aa%97/a%20b.dwg HTTP/1.1\r\n", 0), 0u) << r;
         EXPECT_NE(r.find("\r\nUser-Agent:BRINDLE;charset=utf-8\r\n"), std::string::npos) << r;
-        std::string got;
-        ReadWholeFile(target, got);
-        EXPECT_EQ(got, body);
+        EXPECT_EQ(test::ReadBytes(U8(target)), body);
     }
     {
         test::WriteBytes(home.file("100_收藏.zip"), "PK-bytes");
