@@ -76,6 +76,12 @@ TEST(TransportRotation, StartsOnCurlThenRemembersTheWinner) {
     EXPECT_EQ(GetOptionInt(u"FNetUseInet", -2), 2);
     EXPECT_EQ(out, u"success");  // a zero byte ends the reply
     EXPECT_EQ(s.curl.lastBody, "name=\xE9\x97\xA8\xE7\xAA\x97");
+    // The bytes as they came, for a reader that decodes them itself: nothing cut.
+    std::string bytes = "stale";
+    s.log.clear();
+    EXPECT_TRUE(PostFormBytes(u"http://h/gallery/favorite?n=门", u"name=门窗", bytes));
+    EXPECT_EQ(s.log, (std::vector<int>{2}));
+    EXPECT_EQ(bytes, std::string("success\0tail", 12));
 
     // The next call starts where the last one succeeded.
     s.log.clear();
@@ -93,6 +99,12 @@ TEST(TransportRotation, FailedPageStaysInOutAndUploadsKeepTheirOrder) {
     EXPECT_FALSE(PostForm(u"http://h/x", u"", out));
     EXPECT_EQ(s.log, (std::vector<int>{0, 1, 2}));
     EXPECT_EQ(out, u"<html>500</html>");
+    std::string bytes;
+    EXPECT_FALSE(PostFormBytes(u"http://h/x", u"", bytes));
+    EXPECT_EQ(bytes, "<html>500</html>");
+    // A later attempt that fails without a page leaves the earlier page.
+    EXPECT_FALSE(PostFormBytes(u"http://h/x", u"", bytes));
+    EXPECT_EQ(bytes, "<html>500</html>");
 
     // Uploads: WinHTTP, libcurl, WinINet whatever the option says; WinINet writes nothing.
     s.log.clear();
