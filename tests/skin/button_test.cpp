@@ -118,7 +118,7 @@ TEST(SkinButton, EveryKindInEveryStateAtTwoRates) {
     for (float rate : {1.0f, 1.5f}) {
         Board board(rate);
         QImage sheet = ComposeSheet(board, rate);
-        test::SavePng(sheet, QStringLiteral("buttons_rate_%1.png").arg(rate == 1.0f ? "1.0" : "1.5"));
+        test::SaveRatePng(sheet, QStringLiteral("buttons"), rate);
         ASSERT_FALSE(SkinSheet().isNull()) << "the sheet must lie beside the test program";
     }
 }
@@ -133,9 +133,7 @@ struct One {
         button->Create(caption, true, QRect(20, 20, ScaleUnits(w), ScaleUnits(h)), &window, 1);
         button->kind = kind;
         if (cs) button->SetSheetCell(cx, cy, cs, cs);
-        test::ParkMouse();
-        window.show();
-        EXPECT_TRUE(QTest::qWaitForWindowExposed(&window));
+        EXPECT_TRUE(test::ShowExposed(&window));
         // The pointer may still rest where an earlier window had it.
         test::MoveMouseTo(&window, QPoint(1, 1));
     }
@@ -309,10 +307,8 @@ TEST(SubclassButton, CaptionRuleBarAndPostedClicks) {
             t->selected = i == 0 || i == 2;
             tabs.push_back(t);
         }
-        owner.show();
-        ASSERT_TRUE(QTest::qWaitForWindowExposed(&owner));
-        QImage shot = test::Grab(&owner);
-        test::SavePng(shot, QStringLiteral("subclass_tabs_rate_%1.png").arg(rate == 1.0f ? "1.0" : "1.5"));
+        ASSERT_TRUE(test::ShowExposed(&owner));
+        test::SaveRatePng(test::Grab(&owner), QStringLiteral("subclass_tabs"), rate);
         const int bar = ScaleUnits(3);
         QImage t0 = test::Grab(tabs[0]);
         EXPECT_EQ(PixelAt(t0, t0.width() / 2, t0.height() - 1), QColor(0x2A, 0x75, 0xE5));
@@ -357,22 +353,14 @@ struct PickerSpec {
 
 TEST(SelTypeclassButton, PickerKindsRenderAndProbe) {
     const PickerSpec specs[] = {
-        {1, 150, 40, "沙发", 0, 0, false, false, false, ""},
-        {1, 150, 40, "沙发", 1, 0, true, false, false, ""},
-        {1, 150, 40, "欧式家具", 0, 1, false, false, false, ""},
-        {1, 150, 40, "欧式家具", 1, 1, true, false, false, ""},
-        {1, 180, 40, "门窗", 0, 0, false, false, true, "平面"},
-        {1, 150, 40, "门窗", 0, 0, false, false, true, ""},
-        {2, 110, 33, "精品图库", 0, 1, false, false, false, ""},
-        {2, 110, 33, "精品图库", 1, 1, false, false, false, ""},
-        {2, 110, 33, "通用图库", 0, 0, false, false, false, ""},
-        {2, 110, 33, "通用图库", 1, 0, false, false, false, ""},
-        {3, 84, 36, "建筑", 0, 0, false, true, false, ""},
-        {3, 84, 36, "建筑", 1, 0, false, false, false, ""},
-        {3, 84, 36, "精品", 1, 1, false, false, false, ""},
-        {4, 17, 40, "<", 0, 0, false, false, false, ""},
-        {5, 84, 30, "默认排序", 0, 0, false, false, false, ""},
-        {5, 84, 30, "最新上传", 1, 0, false, false, false, ""},
+        {1, 150, 40, "沙发", 0, 0, false, false, false, ""},      {1, 150, 40, "沙发", 1, 0, true, false, false, ""},
+        {1, 150, 40, "欧式家具", 0, 1, false, false, false, ""},  {1, 150, 40, "欧式家具", 1, 1, true, false, false, ""},
+        {1, 180, 40, "门窗", 0, 0, false, false, true, "平面"},   {1, 150, 40, "门窗", 0, 0, false, false, true, ""},
+        {2, 110, 33, "精品图库", 0, 1, false, false, false, ""},  {2, 110, 33, "精品图库", 1, 1, false, false, false, ""},
+        {2, 110, 33, "通用图库", 0, 0, false, false, false, ""},  {2, 110, 33, "通用图库", 1, 0, false, false, false, ""},
+        {3, 84, 36, "建筑", 0, 0, false, true, false, ""},        {3, 84, 36, "建筑", 1, 0, false, false, false, ""},
+        {3, 84, 36, "精品", 1, 1, false, false, false, ""},       {4, 17, 40, "<", 0, 0, false, false, false, ""},
+        {5, 84, 30, "默认排序", 0, 0, false, false, false, ""},   {5, 84, 30, "最新上传", 1, 0, false, false, false, ""},
     };
     for (float rate : {1.0f, 1.5f}) {
         test::UseRate(rate);
@@ -404,20 +392,17 @@ TEST(SelTypeclassButton, PickerKindsRenderAndProbe) {
         disabled->kind = 4;
         disabled->setEnabled(false);
         window.resize(ScaleUnits(820), y + rowH + ScaleUnits(10));
-        test::ParkMouse();
-        window.show();
-        ASSERT_TRUE(QTest::qWaitForWindowExposed(&window));
+        ASSERT_TRUE(test::ShowExposed(&window));
         test::MoveMouseTo(&window, QPoint(window.width() - 1, window.height() - 1));
-        test::SavePng(test::Grab(&window), QStringLiteral("picker_buttons_rate_%1.png").arg(rate == 1.0f ? "1.0" : "1.5"));
+        test::SaveRatePng(test::Grab(&window), QStringLiteral("picker_buttons"), rate);
 
-        auto grab = [](CSelTypeclassButton* b) { return test::Grab(b); };
         const int s6 = ScaleUnits(6);
         // Class button: outline column at x 0 below y 6, face inside.
-        QImage plain = grab(buttons[0]);
+        QImage plain = test::Grab(buttons[0]);
         EXPECT_EQ(PixelAt(plain, 0, plain.height() / 2), QColor(0xD2, 0xD2, 0xD2));
         EXPECT_EQ(PixelAt(plain, 0, s6 - 1), QColor(Qt::white)) << "the outline starts at y 6";
         EXPECT_EQ(PixelAt(plain, 3, plain.height() - 3), QColor(Qt::white));
-        QImage checkedOne = grab(buttons[1]);
+        QImage checkedOne = test::Grab(buttons[1]);
         EXPECT_EQ(PixelAt(checkedOne, 0, checkedOne.height() / 2), QColor(0x00, 0x7A, 0xFF));
         EXPECT_EQ(PixelAt(checkedOne, 3, checkedOne.height() - 3), QColor(0xE8, 0xF4, 0xFE));
         const int s14 = ScaleUnits(14);
@@ -427,55 +412,55 @@ TEST(SelTypeclassButton, PickerKindsRenderAndProbe) {
                                    QColor(0xEB, 0x53, 0x50), 20))
             << "new mark";
         test::MoveMouseTo(buttons[1], QPoint(10, 20));
-        QImage checkedHover = grab(buttons[1]);
+        QImage checkedHover = test::Grab(buttons[1]);
         EXPECT_EQ(PixelAt(checkedHover, 3, checkedHover.height() - 3), QColor(0xCE, 0xE8, 0xFE));
         EXPECT_TRUE(ContainsColour(checkedHover, QRect(checkedHover.width() - s14, 0, s14, s14), QColor(0x01, 0x6A, 0xC3), 20));
         test::MoveMouseTo(buttons[0], QPoint(10, 20));
-        EXPECT_EQ(PixelAt(grab(buttons[0]), 3, plain.height() - 3), QColor(0xE5, 0xE5, 0xEA));
-        QImage gold = grab(buttons[2]);
+        EXPECT_EQ(PixelAt(test::Grab(buttons[0]), 3, plain.height() - 3), QColor(0xE5, 0xE5, 0xEA));
+        QImage gold = test::Grab(buttons[2]);
         EXPECT_EQ(PixelAt(gold, 0, gold.height() / 2), QColor(0xD6, 0xB4, 0x70));
-        EXPECT_EQ(PixelAt(grab(buttons[3]), 3, gold.height() - 3), QColor(0xFF, 0xEA, 0xCC));
+        EXPECT_EQ(PixelAt(test::Grab(buttons[3]), 3, gold.height() - 3), QColor(0xFF, 0xEA, 0xCC));
         test::MoveMouseTo(buttons[3], QPoint(10, 20));
-        EXPECT_EQ(PixelAt(grab(buttons[3]), 3, gold.height() - 3), QColor(0xFF, 0xFA, 0xEB));
+        EXPECT_EQ(PixelAt(test::Grab(buttons[3]), 3, gold.height() - 3), QColor(0xFF, 0xFA, 0xEB));
 
         // Description: the caption moves left of centre; an empty describe stays centred.
         EXPECT_GE(buttons[4]->CaptionStart(), ScaleUnits(5));
         EXPECT_LT(buttons[4]->CaptionStart(), buttons[4]->width() / 2);
         EXPECT_EQ(buttons[5]->CaptionStart(), -1);
-        EXPECT_TRUE(ContainsColour(grab(buttons[4]), buttons[4]->rect(), QColor(0x99, 0x99, 0x99), 10));
+        EXPECT_TRUE(ContainsColour(test::Grab(buttons[4]), buttons[4]->rect(), QColor(0x99, 0x99, 0x99), 10));
 
         // Section title: dark ground; the arrow follows checked and boutique.
-        QImage title = grab(buttons[6]);
+        QImage title = test::Grab(buttons[6]);
         EXPECT_EQ(PixelAt(title, title.width() / 2, 2), QColor(0x21, 0x28, 0x30));
         EXPECT_TRUE(ContainsColour(title, title.rect(), QColor(0xEE, 0xC8, 0x88), 12)) << "gold text";
         EXPECT_TRUE(ContainsColour(title, ScaleBox(7, 7, 16, 16), QColor(0xBB, 0x9D, 0x6A), 20)) << "crown";
-        EXPECT_FALSE(ContainsColour(grab(buttons[8]), ScaleBox(7, 7, 16, 16), QColor(0xBB, 0x9D, 0x6A), 20));
+        EXPECT_FALSE(ContainsColour(test::Grab(buttons[8]), ScaleBox(7, 7, 16, 16), QColor(0xBB, 0x9D, 0x6A), 20));
 
         // Kind tab: checked blue with white text, boutique gold, red dot of a new kind.
-        QImage tab = grab(buttons[10]);
+        QImage tab = test::Grab(buttons[10]);
         EXPECT_EQ(PixelAt(tab, ScaleUnits(6), tab.height() / 2), QColor(0xE5, 0xE5, 0xEA));
         EXPECT_EQ(PixelAt(tab, tab.width() / 2, ScaleUnits(4) - 1), QColor(Qt::white)) << "top lowered by 4";
         EXPECT_EQ(PixelAt(tab, tab.width() - ScaleUnits(10) + ScaleUnits(4), ScaleUnits(4)), QColor(0xEB, 0x53, 0x50));
-        QImage tabOn = grab(buttons[11]);
+        QImage tabOn = test::Grab(buttons[11]);
         EXPECT_EQ(PixelAt(tabOn, ScaleUnits(6), tabOn.height() / 2), kAccent);
         EXPECT_TRUE(ContainsColour(tabOn, tabOn.rect(), Qt::white));
-        EXPECT_EQ(PixelAt(grab(buttons[12]), ScaleUnits(6), tabOn.height() / 2), QColor(0xEE, 0xC8, 0x88));
+        EXPECT_EQ(PixelAt(test::Grab(buttons[12]), ScaleUnits(6), tabOn.height() / 2), QColor(0xEE, 0xC8, 0x88));
         test::MoveMouseTo(buttons[10], QPoint(ScaleUnits(6), tab.height() / 2));
-        EXPECT_EQ(PixelAt(grab(buttons[10]), ScaleUnits(6), tab.height() / 2), QColor(0xCE, 0xCE, 0xD2));
+        EXPECT_EQ(PixelAt(test::Grab(buttons[10]), ScaleUnits(6), tab.height() / 2), QColor(0xCE, 0xCE, 0xD2));
 
         // Arrow of a tab row: no hover look; disabled text is lighter.
         test::MoveMouseTo(buttons[13], QPoint(3, 20));
-        QImage arrow = grab(buttons[13]);
+        QImage arrow = test::Grab(buttons[13]);
         EXPECT_TRUE(ContainsColour(arrow, QRect(0, arrow.height() / 2, arrow.width(), 2), QColor(0xE5, 0xE5, 0xEA)));
         EXPECT_FALSE(ContainsColour(arrow, arrow.rect(), QColor(0xCE, 0xCE, 0xD2), 2)) << "no hover look";
-        EXPECT_TRUE(ContainsColour(grab(disabled), disabled->rect(), QColor(0xC7, 0xC7, 0xCC), 6));
-        EXPECT_FALSE(ContainsColour(grab(disabled), disabled->rect(), QColor(0x6F, 0x75, 0x7C), 6));
+        EXPECT_TRUE(ContainsColour(test::Grab(disabled), disabled->rect(), QColor(0xC7, 0xC7, 0xCC), 6));
+        EXPECT_FALSE(ContainsColour(test::Grab(disabled), disabled->rect(), QColor(0x6F, 0x75, 0x7C), 6));
 
         // Sort option: light ground and the check when checked.
-        QImage sortOn = grab(buttons[15]);
+        QImage sortOn = test::Grab(buttons[15]);
         EXPECT_EQ(PixelAt(sortOn, sortOn.width() - 2, 1), QColor(0xEE, 0xF0, 0xF3));
         EXPECT_TRUE(ContainsColour(sortOn, ScaleBox(10, 8, 14, 14), kAccent, 30));
-        EXPECT_EQ(PixelAt(grab(buttons[14]), buttons[14]->width() - 2, 1), QColor(Qt::white));
+        EXPECT_EQ(PixelAt(test::Grab(buttons[14]), buttons[14]->width() - 2, 1), QColor(Qt::white));
         test::MoveMouseTo(&window, QPoint(window.width() - 1, window.height() - 1));
     }
     test::UseRate(1.0f);

@@ -3,6 +3,7 @@
 #include <QCoreApplication>
 #include <QCursor>
 #include <QDir>
+#include <QPainter>
 #include <QPointer>
 #include <QWindow>
 #include <QtTest/QTest>
@@ -24,6 +25,34 @@ QString SavePng(const QImage& image, const QString& name) {
     const QString path = RenderFolder() + QLatin1Char('/') + name;
     image.save(path, "PNG");
     return path;
+}
+
+QString SaveRatePng(const QImage& image, const QString& stem, float rate) {
+    return SavePng(image, stem + QStringLiteral("_rate_") + QString::number(rate, 'f', 1) + QStringLiteral(".png"));
+}
+
+QImage Strip(const std::vector<QImage>& images, Qt::Orientation orientation, int gap, const QColor& ground) {
+    const bool across = orientation == Qt::Horizontal;
+    int along = gap, thick = 0;
+    for (const QImage& i : images) {
+        along += (across ? i.width() : i.height()) + gap;
+        thick = std::max(thick, across ? i.height() : i.width());
+    }
+    QImage out(across ? along : thick + 2 * gap, across ? thick + 2 * gap : along, QImage::Format_RGB32);
+    out.fill(ground);
+    QPainter p(&out);
+    int at = gap;
+    for (const QImage& i : images) {
+        p.drawImage(across ? QPoint(at, gap) : QPoint(gap, at), i);
+        at += (across ? i.width() : i.height()) + gap;
+    }
+    return out;
+}
+
+bool ShowExposed(QWidget* window) {
+    ParkMouse();
+    window->show();
+    return QTest::qWaitForWindowExposed(window);
 }
 
 bool ContainsColour(const QImage& image, const QRect& area, const QColor& colour, int tolerance) {

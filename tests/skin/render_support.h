@@ -8,6 +8,8 @@
 #include <QString>
 #include <QWidget>
 
+#include <vector>
+
 namespace marrowfin::test {
 
 // The folder the PNGs go to: <test program's folder>/rendered, made on demand.
@@ -15,6 +17,12 @@ QString RenderFolder();
 QImage Grab(QWidget* widget);
 // Saves under RenderFolder(); answers the path.
 QString SavePng(const QImage& image, const QString& name);
+// Saves as "<stem>_rate_<rate with one decimal>.png".
+QString SaveRatePng(const QImage& image, const QString& stem, float rate);
+// The pictures in a row (or a column), `gap` pixels apart and from the edge.
+QImage Strip(const std::vector<QImage>& images, Qt::Orientation orientation, int gap, const QColor& ground);
+// Parks the pointer, shows the window and waits until it is exposed.
+bool ShowExposed(QWidget* window);
 // Whether some pixel in `area` is within `tolerance` of `colour` in each channel.
 bool ContainsColour(const QImage& image, const QRect& area, const QColor& colour, int tolerance = 0);
 QColor PixelAt(const QImage& image, int x, int y);

@@ -4,7 +4,6 @@
 #include <QApplication>
 #include <QElapsedTimer>
 #include <QListWidget>
-#include <QPainter>
 #include <QScrollBar>
 #include <QWheelEvent>
 #include <functional>
@@ -67,9 +66,7 @@ struct BarFixture {
         info.nMax = nMax;
         info.nPage = nPage;
         bar->SetInfo(info);
-        test::ParkMouse();
-        owner.show();
-        EXPECT_TRUE(QTest::qWaitForWindowExposed(&owner));
+        EXPECT_TRUE(test::ShowExposed(&owner));
         QCoreApplication::processEvents();  // the posted size message makes the thumb
     }
     void Click(QPoint p, Qt::MouseButton b = Qt::LeftButton) {
@@ -102,9 +99,9 @@ TEST(ScrollBarRv, ThumbArithmeticAndZones) {
     EXPECT_EQ(f.owner.codes.back(), SB_PAGEUP);
     f.Click(QPoint(5, 5));
     EXPECT_EQ(f.Pos(), 0);
-    f.Click(QPoint(5, 5));  // at the top nothing moves and nothing is sent
     EXPECT_EQ(f.owner.codes.back(), SB_LINEUP);
     const size_t sent = f.owner.codes.size();
+    f.Click(QPoint(5, 5));  // at the top nothing moves and nothing is sent
     EXPECT_EQ(f.Pos(), 0);
     EXPECT_EQ(f.owner.codes.size(), sent);
     // Right button: the ends.
@@ -190,10 +187,7 @@ TEST(ScrollBarRv, EdgeSizesAndRanges) {
 }
 
 TEST(ScrollBarRv, RendersAtSeveralPositions) {
-    QImage strip(5 * 40, 320, QImage::Format_RGB32);
-    strip.fill(QColor(0xEE, 0xEE, 0xEE));
-    QPainter p(&strip);
-    int i = 0;
+    std::vector<QImage> shots;
     for (int pos : {0, 250, 500, 750, 1000}) {
         BarFixture f(300);
         ScrollInfo info;
@@ -205,10 +199,9 @@ TEST(ScrollBarRv, RendersAtSeveralPositions) {
         const QRect thumb = f.bar->Thumb();
         EXPECT_EQ(PixelAt(shot, 6, thumb.center().y()), QColor(0xAF, 0xAF, 0xAF)) << pos;
         EXPECT_EQ(PixelAt(shot, 6, thumb.top() - 2), QColor(Qt::white)) << pos;
-        p.drawImage(10 + 40 * i++, 10, shot);
+        shots.push_back(shot);
     }
-    p.end();
-    test::SavePng(strip, QStringLiteral("scroll_bar_rv_positions.png"));
+    test::SavePng(test::Strip(shots, Qt::Horizontal, 28, QColor(0xEE, 0xEE, 0xEE)), QStringLiteral("scroll_bar_rv_positions.png"));
 }
 
 TEST(ScrollBarEx, ListBarLookAndBehaviour) {
@@ -218,8 +211,7 @@ TEST(ScrollBarEx, ListBarLookAndBehaviour) {
     auto* bar = new CScrollBarEx;
     bar->Attach(&list);
     list.resize(200, 300);
-    list.show();
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(&list));
+    ASSERT_TRUE(test::ShowExposed(&list));
     EXPECT_EQ(list.verticalScrollBar(), bar);
     EXPECT_EQ(bar->width(), 6);
     QImage top = test::Grab(bar);
@@ -239,14 +231,7 @@ TEST(ScrollBarEx, ListBarLookAndBehaviour) {
                       Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false);
     QApplication::sendEvent(list.viewport(), &wheel);
     EXPECT_LT(bar->value(), before);
-    QImage both(40, 310, QImage::Format_RGB32);
-    both.fill(QColor(0xEE, 0xEE, 0xEE));
-    {
-        QPainter p(&both);
-        p.drawImage(8, 5, top);
-        p.drawImage(26, 5, bottom);
-    }
-    test::SavePng(both, QStringLiteral("scroll_bar_ex.png"));
+    test::SavePng(test::Strip({top, bottom}, Qt::Horizontal, 8, QColor(0xEE, 0xEE, 0xEE)), QStringLiteral("scroll_bar_ex.png"));
 }
 
 TEST(ProgressCtrlOwner, SettersColoursAndFill) {
@@ -254,8 +239,7 @@ TEST(ProgressCtrlOwner, SettersColoursAndFill) {
     window.resize(240, 60);
     auto* bar = new CProgressCtrlOwner(&window);
     bar->setGeometry(20, 20, 200, 8);
-    window.show();
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(&window));
+    ASSERT_TRUE(test::ShowExposed(&window));
     EXPECT_EQ(bar->SetPos(101), -1);
     EXPECT_EQ(bar->GetPos(), 0) << "a position above the maximum leaves the bar";
     EXPECT_EQ(bar->SetPos(-1), -1);
@@ -282,15 +266,7 @@ TEST(ProgressCtrlOwner, SettersColoursAndFill) {
     EXPECT_EQ(bar->GetPos(), 0);
     EXPECT_EQ(bar->SetPos(100), 0);
     EXPECT_EQ(bar->SetPos(101), -1);
-    QImage strip(220, 40, QImage::Format_RGB32);
-    strip.fill(Qt::white);
-    {
-        QPainter p(&strip);
-        p.drawImage(10, 6, dark);
-        p.drawImage(10, 18, part);
-        p.drawImage(10, 30, full);
-    }
-    test::SavePng(strip, QStringLiteral("progress_bar.png"));
+    test::SavePng(test::Strip({dark, part, full}, Qt::Vertical, 4, Qt::white), QStringLiteral("progress_bar.png"));
 }
 
 int RunTip(CPopTipDlg& dlg, const std::function<void()>& act) {
@@ -310,10 +286,9 @@ TEST(PopTipDlg, LayoutsAndResults) {
             EXPECT_EQ(dlg.size(), QSize(ScaleUnits(347), ScaleUnits(183)));
             EXPECT_EQ(dlg.OkButton()->geometry(), ScaleBox(133, 138, 80, 24));
             EXPECT_FALSE(dlg.CancelButton()->isVisibleTo(&dlg));
-            dlg.show();
-            ASSERT_TRUE(QTest::qWaitForWindowExposed(&dlg));
+            ASSERT_TRUE(test::ShowExposed(&dlg));
             QImage shot = test::Grab(&dlg);
-            test::SavePng(shot, QStringLiteral("tip_one_line_rate_%1.png").arg(rate == 1.0f ? "1.0" : "1.5"));
+            test::SaveRatePng(shot, QStringLiteral("tip_one_line"), rate);
             EXPECT_EQ(PixelAt(shot, 0, 0), QColor(0x88, 0x88, 0x88));
             EXPECT_EQ(PixelAt(shot, ScaleUnits(200), ScaleUnits(3)), QColor(0xF2, 0xF3, 0xF5));
             EXPECT_TRUE(ContainsColour(shot, ScaleRect(0, 76, 347, 96), QColor(0x33, 0x33, 0x33), 16));
@@ -332,10 +307,9 @@ TEST(PopTipDlg, LayoutsAndResults) {
             EXPECT_EQ(dlg.CancelButton()->geometry(), ScaleBox(247, 138, 80, 24));
             EXPECT_EQ(dlg.CloseButton()->geometry(),
                       QRect(dlg.width() - ScaleUnits(24), ScaleUnits(7), ScaleUnits(16), ScaleUnits(16)));
-            dlg.show();
-            ASSERT_TRUE(QTest::qWaitForWindowExposed(&dlg));
+            ASSERT_TRUE(test::ShowExposed(&dlg));
             QImage shot = test::Grab(&dlg);
-            test::SavePng(shot, QStringLiteral("tip_two_lines_rate_%1.png").arg(rate == 1.0f ? "1.0" : "1.5"));
+            test::SaveRatePng(shot, QStringLiteral("tip_two_lines"), rate);
             EXPECT_TRUE(ContainsColour(shot, ScaleRect(0, 64, 347, 84), QColor(0x33, 0x33, 0x33), 16));
             EXPECT_TRUE(ContainsColour(shot, ScaleRect(0, 88, 347, 108), QColor(0x33, 0x33, 0x33), 16));
             EXPECT_FALSE(ContainsColour(shot, ScaleRect(105, 4, 340, 28), QColor(0x33, 0x33, 0x33), 40))

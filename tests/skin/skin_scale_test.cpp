@@ -17,72 +17,78 @@ namespace marrowfin {
 namespace {
 
 TEST(SkinScale, OptionAndScreenRule) {
-    // Option values: kept between 1.0 and 5.0, else 1.0; junk reads as 0.
-    EXPECT_FLOAT_EQ(RateFromOption("1.19", 800, 600), 1.19f);
-    EXPECT_FLOAT_EQ(RateFromOption("1.2", 800, 600), 1.2f);
-    EXPECT_FLOAT_EQ(RateFromOption("0.5", 3840, 2160), 1.0f);
-    EXPECT_FLOAT_EQ(RateFromOption("6", 800, 600), 1.0f);
-    EXPECT_FLOAT_EQ(RateFromOption("5", 800, 600), 5.0f);
-    EXPECT_FLOAT_EQ(RateFromOption("1", 800, 600), 1.0f);
-    EXPECT_FLOAT_EQ(RateFromOption("abc", 3840, 2160), 1.0f);
-    EXPECT_FLOAT_EQ(RateFromOption("", 3840, 2160), 1.0f);
-    EXPECT_FLOAT_EQ(RateFromOption("1.5x", 800, 600), 1.5f) << "a leading number is read";
-    // The screen rule.
-    EXPECT_FLOAT_EQ(RateFromOption("-1", 1920, 1080), 1.28f);
-    EXPECT_FLOAT_EQ(RateFromOption("-1", 1800, 1200), 1.0f);
-    EXPECT_FLOAT_EQ(RateFromOption("-1", 1800, 1800), 1.0f);
-    EXPECT_FLOAT_EQ(RateFromOption("-1", 2560, 1440), 1.70f);
-    EXPECT_FLOAT_EQ(RateFromOption("-1", 3840, 2160), 2.56f);
-    EXPECT_FLOAT_EQ(RateFromOption("-1", 1900, 700), 0.87f) << "no lower bound on the screen road";
-    EXPECT_FLOAT_EQ(RateFromOption("-1", 1200, 1801), 0.8f);
+    struct Case {
+        const char* option;
+        int width, height;
+        float rate;
+    };
+    const Case cases[] = {
+        // Option values: kept between 1.0 and 5.0, else 1.0; junk reads as 0;
+        // a leading number is read.
+        {"1.19", 800, 600, 1.19f}, {"1.2", 800, 600, 1.2f}, {"0.5", 3840, 2160, 1.0f}, {"6", 800, 600, 1.0f},
+        {"5", 800, 600, 5.0f}, {"1", 800, 600, 1.0f}, {"abc", 3840, 2160, 1.0f}, {"", 3840, 2160, 1.0f},
+        {"1.5x", 800, 600, 1.5f},
+        // The screen rule, with no lower bound.
+        {"-1", 1920, 1080, 1.28f}, {"-1", 1800, 1200, 1.0f}, {"-1", 1800, 1800, 1.0f}, {"-1", 2560, 1440, 1.70f},
+        {"-1", 3840, 2160, 2.56f}, {"-1", 1900, 700, 0.87f}, {"-1", 1200, 1801, 0.8f},
+    };
+    for (const Case& c : cases) {
+        EXPECT_FLOAT_EQ(RateFromOption(c.option, c.width, c.height), c.rate) << c.option << " " << c.width << "x" << c.height;
+    }
 
-    // Buckets at their edges.
-    EXPECT_EQ(BucketForRate(1.19f).suffix, "_1");
-    EXPECT_FLOAT_EQ(BucketForRate(1.19f).sheetScale, 1.0f);
-    EXPECT_EQ(BucketForRate(1.2f).suffix, "_2");
-    EXPECT_FLOAT_EQ(BucketForRate(1.2f).sheetScale, 1.5f);
-    EXPECT_EQ(BucketForRate(1.85f).suffix, "_2");
-    EXPECT_EQ(BucketForRate(1.86f).suffix, "_3");
-    EXPECT_FLOAT_EQ(BucketForRate(1.86f).sheetScale, 2.5f);
-    EXPECT_EQ(BucketForRate(2.52f).suffix, "_3");
-    // 2.53 as a float widens to 2.5299999..., below the bound: still "_3".
-    EXPECT_EQ(BucketForRate(2.53f).suffix, "_3");
-    EXPECT_EQ(BucketForRate(2.54f).suffix, "_4");
-    EXPECT_EQ(BucketForRate(5.0f).suffix, "_4");
-    EXPECT_FLOAT_EQ(BucketForRate(5.0f).sheetScale, 3.5f);
-    EXPECT_EQ(BucketForRate(0.87f).suffix, "_1");
+    // Buckets at their edges; a sheet scale of 0 is not probed.
+    struct Bucket {
+        float rate;
+        const char* suffix;
+        float sheetScale;
+    };
+    const Bucket buckets[] = {
+        {1.19f, "_1", 1.0f}, {1.2f, "_2", 1.5f}, {1.85f, "_2", 0}, {1.86f, "_3", 2.5f}, {2.52f, "_3", 0},
+        // 2.53 as a float widens to 2.5299999..., below the bound: still "_3".
+        {2.53f, "_3", 0}, {2.54f, "_4", 0}, {5.0f, "_4", 3.5f}, {0.87f, "_1", 0},
+    };
+    for (const Bucket& b : buckets) {
+        SCOPED_TRACE(b.rate);
+        EXPECT_EQ(BucketForRate(b.rate).suffix, b.suffix);
+        if (b.sheetScale != 0) {
+            EXPECT_FLOAT_EQ(BucketForRate(b.rate).sheetScale, b.sheetScale);
+        }
+    }
     EXPECT_EQ(BucketForRate(2.56f).resourceStep, 4);
     EXPECT_EQ(BucketForRate(1.5f).resourceStep, 2);
 }
 
 TEST(SkinScale, InitReadsTheProfileAndScales) {
     test::TempHome home;
-    InitSkinScale(1920, 1080);  // no option written: "-1" and the screen rule
-    EXPECT_FLOAT_EQ(Rate(), 1.28f);
-    EXPECT_EQ(SkinSuffix(), "_2");
-    EXPECT_FLOAT_EQ(SheetScale(), 1.5f);
-    ASSERT_TRUE(WriteOptionString(u"Rate", u"5"));
-    InitSkinScale(800, 600);
-    EXPECT_FLOAT_EQ(Rate(), 5.0f);
-    EXPECT_EQ(SkinSuffix(), "_4");
-    ASSERT_TRUE(WriteOptionString(u"Rate", u"1.19"));
-    InitSkinScale(3840, 2160);
-    EXPECT_FLOAT_EQ(Rate(), 1.19f);
-    EXPECT_EQ(SkinSuffix(), "_1");
-    ASSERT_TRUE(WriteOptionString(u"Rate", u"-1"));
-    InitSkinScale(1800, 1200);
-    EXPECT_FLOAT_EQ(Rate(), 1.0f);
+    struct Step {
+        const char16_t* option;  // none written: "-1" and the screen rule
+        int width, height;
+        float rate;
+        const char* suffix;
+        float sheetScale;
+    };
+    const Step steps[] = {
+        {nullptr, 1920, 1080, 1.28f, "_2", 1.5f}, {u"5", 800, 600, 5.0f, "_4", 3.5f},
+        {u"1.19", 3840, 2160, 1.19f, "_1", 1.0f}, {u"-1", 1800, 1200, 1.0f, "_1", 1.0f},
+    };
+    for (const Step& s : steps) {
+        SCOPED_TRACE(s.rate);
+        if (s.option) {
+            ASSERT_TRUE(WriteOptionString(u"Rate", s.option));
+        }
+        InitSkinScale(s.width, s.height);
+        EXPECT_FLOAT_EQ(Rate(), s.rate);
+        EXPECT_EQ(SkinSuffix(), s.suffix);
+        EXPECT_FLOAT_EQ(SheetScale(), s.sheetScale);
+    }
 
     // Scaling truncates each number on its own.
     SetSkinRateForTest(1.5f);
     EXPECT_EQ(ScaleUnits(0), 0);
     EXPECT_EQ(ScaleUnits(7), 10);
     EXPECT_EQ(ScaleUnits(-7), -10) << "toward zero";
-    QRect r = ScaleRect(3, 5, 9, 11);  // 4, 7, 13, 16
-    EXPECT_EQ(r.left(), 4);
-    EXPECT_EQ(r.top(), 7);
-    EXPECT_EQ(r.width(), 9) << "width is the difference of two truncated edges";
-    EXPECT_EQ(r.height(), 9);
+    // Edges 4, 7, 13, 16: the width is the difference of two truncated edges.
+    EXPECT_EQ(ScaleRect(3, 5, 9, 11), QRect(4, 7, 9, 9));
     EXPECT_EQ(ScaleBox(3, 5, 6, 6).width(), 9);
     SetSkinRateForTest(1.28f);
     EXPECT_EQ(ScaleUnits(0), 0);
@@ -93,21 +99,16 @@ TEST(SkinScale, InitReadsTheProfileAndScales) {
 }
 
 TEST(SkinFonts, HeightsFollowTheRateAndTheFaceIsCjk) {
-    EXPECT_EQ(FontHeightForRate(0.87f), 18);
-    EXPECT_EQ(FontHeightForRate(1.0f), 18);
-    EXPECT_EQ(FontHeightForRate(1.5f), 22);
-    EXPECT_EQ(FontHeightForRate(1.28f), 21);  // 23 less 2
-    EXPECT_EQ(FontHeightForRate(1.99f), 26);  // 35 less 9
-    EXPECT_EQ(FontHeightForRate(2.0f), 26);
-    EXPECT_EQ(FontHeightForRate(2.56f), 36);
-    EXPECT_EQ(FontHeightForRate(5.0f), 80);
+    // 1.28 gives 23 less 2, 1.99 gives 35 less 9.
+    const std::pair<float, int> heights[] = {{0.87f, 18}, {1.0f, 18}, {1.5f, 22}, {1.28f, 21},
+                                             {1.99f, 26}, {2.0f, 26}, {2.56f, 36}, {5.0f, 80}};
+    for (const auto& [rate, height] : heights) EXPECT_EQ(FontHeightForRate(rate), height) << rate;
 
     // The heights are character cells: ascent plus descent of the face.
     SetSkinRateForTest(1.5f);
-    EXPECT_EQ(FontCellHeight(SkinFont::Normal), 22);
-    EXPECT_EQ(FontCellHeight(SkinFont::Title), 34);
-    EXPECT_EQ(FontCellHeight(SkinFont::Medium), 24);
-    EXPECT_EQ(FontCellHeight(SkinFont::LargeBold), 26);
+    const std::pair<SkinFont, int> cells[] = {
+        {SkinFont::Normal, 22}, {SkinFont::Title, 34}, {SkinFont::Medium, 24}, {SkinFont::LargeBold, 26}};
+    for (const auto& [font, cell] : cells) EXPECT_EQ(FontCellHeight(font), cell);
     const SkinFont all[] = {SkinFont::Normal, SkinFont::Underlined, SkinFont::Bold,      SkinFont::Medium,
                             SkinFont::MediumBold, SkinFont::Large, SkinFont::LargeBold, SkinFont::Title};
     for (SkinFont f : all) {
