@@ -102,9 +102,11 @@ TEST(TransportRotation, FailedPageStaysInOutAndUploadsKeepTheirOrder) {
     std::string bytes;
     EXPECT_FALSE(PostFormBytes(u"http://h/x", u"", bytes));
     EXPECT_EQ(bytes, "<html>500</html>");
-    // A later attempt that fails without a page leaves the earlier page.
+    // A call whose attempts all fail without a page leaves nothing of an earlier call.
+    s.inet.reply.clear();
     EXPECT_FALSE(PostFormBytes(u"http://h/x", u"", bytes));
-    EXPECT_EQ(bytes, "<html>500</html>");
+    EXPECT_EQ(bytes, "");
+    s.inet.reply = "<html>500</html>";
 
     // Uploads: WinHTTP, libcurl, WinINet whatever the option says; WinINet writes nothing.
     s.log.clear();
