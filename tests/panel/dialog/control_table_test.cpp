@@ -32,13 +32,12 @@ struct Control {
     bool fromRight;
 };
 const Control kButtons[] = {
-    {1000, u"", true, true},         {2002, u"添加更多分类", false, false}, {2100, u"添加图块", false, false},
-    {2101, u"新建文件夹", false, false}, {2102, u"删除图块", false, false},   {2103, u"分享收藏", false, false},
-    {2104, u"搜索收藏", false, false},   {2105, u"删除文件夹", false, false}, {2150, u"添加图块", false, false},
-    {2151, u"下载图库", false, false},   {2153, u"反馈", true, true},         {2158, u"搜索", true, true},
-    {2154, u"统计", true, true},         {2155, u"替换", false, false},       {2156, u"不替换", false, false},
-    {2157, u"重试", false, false},       {2200, u"", false, false},           {2201, u"搜索", false, false},
-    {2202, u"返回", false, false},
+    {1000, u"", true, true}, {2002, u"添加更多分类", false, false}, {2100, u"添加图块", false, false},
+    {2101, u"新建文件夹", false, false}, {2102, u"删除图块", false, false}, {2103, u"分享收藏", false, false},
+    {2104, u"搜索收藏", false, false}, {2105, u"删除文件夹", false, false}, {2150, u"添加图块", false, false},
+    {2151, u"下载图库", false, false}, {2153, u"反馈", true, true}, {2158, u"搜索", true, true}, {2154, u"统计", true, true},
+    {2155, u"替换", false, false}, {2156, u"不替换", false, false}, {2157, u"重试", false, false}, {2200, u"", false, false},
+    {2201, u"搜索", false, false}, {2202, u"返回", false, false},
 };
 
 // A base unit at a rate, truncated, computed here on its own.
@@ -89,8 +88,8 @@ void CheckControls(float rate, std::map<int, Placed>& placed) {
         EXPECT_EQ(b->text(), QString::fromUtf16(c.caption));
         EXPECT_EQ(!b->isHidden(), c.shown);
         EXPECT_EQ(b->isEnabled(), c.id != 2102);
-        placed[c.id] = {b->geometry(), QRect(b->sheetRect.left, b->sheetRect.top, b->sheetRect.right - b->sheetRect.left,
-                                             b->sheetRect.bottom - b->sheetRect.top)};
+        const auto& cell = b->sheetRect;
+        placed[c.id] = {b->geometry(), QRect(cell.left, cell.top, cell.right - cell.left, cell.bottom - cell.top)};
     }
     // Independent anchors: the close button's corner and the collection bar's row.
     EXPECT_EQ(placed[1000].place, QRect(Px(755, rate) - Px(24, rate), Px(7, rate), Px(16, rate), Px(16, rate)));

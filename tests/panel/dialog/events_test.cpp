@@ -2,17 +2,16 @@
 
 #include <gtest/gtest.h>
 
+#include <QLineEdit>
+
 #include "panel/dialog/hourly_refresh.h"
 #include "panel/dialog/panel_timers.h"
 #include "panel/lists/class_list_ctrl.h"
 #include "panel/lists/dwg_list_view.h"
 #include "panel/lists/search_list_ctrl.h"
-#include <QLineEdit>
-
 #include "panel_world.h"
 #include "platform/profile.h"
 #include "platform/qt/qt_window_system.h"
-#include "platform/qt/window_message_event.h"
 #include "platform/qt/window_timers.h"
 #include "skin/skin_button.h"
 
@@ -32,12 +31,6 @@ int ShownCollectionButtons(CBrindleDlg& panel) {
     int n = 0;
     for (CSkinButton* b : panel.m_collectionBtns) n += b->isHidden() ? 0 : 1;
     return n;
-}
-
-// Sends event 5 with a status and lets the event 4 it posts run.
-void SetStatus(CBrindleDlg& panel, int status) {
-    SendWindowMessage(panel.Handle(), MsgPanelEvent, 5, status);
-    Pump();
 }
 
 // A payload that tells when it is freed.
@@ -78,106 +71,57 @@ TEST(PanelEvents, HourlyRuleAtEveryHour) {
     EXPECT_TRUE(hour >= 0 && hour < 24);
 }
 
-TEST(PanelEvents, HourlyTimerWaitsAtBusyHoursAndEndsOnceItRuns) {
+TEST(PanelEvents, TimersEndAsTheyShouldAndMessagesReachTheirHandlers) {
     SampleWorld world;
     CBrindleDlg& panel = *world.panel;
     const WindowHandle self = panel.Handle();
-    ASSERT_TRUE(IsTimerRunning(self, kTimerHourlyRefresh));
     {
-        HourlySources at(10, 50);  // 10:30, most ticks wait
-        SendWindowMessage(self, WM_TIMER_MESSAGE, kTimerHourlyRefresh);
-        EXPECT_TRUE(IsTimerRunning(self, kTimerHourlyRefresh));
+        SCOPED_TRACE("the hourly timer waits at busy hours and ends once it runs");
+        struct Tick {
+            int hour, roll;
+            bool network;
+            bool keepsRunning;
+        };
+        const Tick ticks[] = {
+            {10, 50, true, true},    // 10:30, most ticks wait
+            {12, 99, true, false},   // 12:30 always runs
+            {14, 3, false, false},   // the refresh is off: it still ends outside the dice
+        };
+        ASSERT_TRUE(IsTimerRunning(self, kTimerHourlyRefresh));
+        for (const Tick& t : ticks) {
+            SCOPED_TRACE(t.hour);
+            if (!t.network) WriteOptionInt(u"RequestNetwork", 0);
+            if (!IsTimerRunning(self, kTimerHourlyRefresh)) {
+                ASSERT_TRUE(SetTimer(self, kTimerHourlyRefresh, kHourlyRefreshMs));
+            }
+            HourlySources at(t.hour, t.roll);
+            SendWindowMessage(self, WM_TIMER_MESSAGE, kTimerHourlyRefresh);
+            EXPECT_EQ(IsTimerRunning(self, kTimerHourlyRefresh), t.keepsRunning);
+        }
     }
     {
-        HourlySources at(12, 99);  // 12:30 always runs
-        SendWindowMessage(self, WM_TIMER_MESSAGE, kTimerHourlyRefresh);
-        EXPECT_FALSE(IsTimerRunning(self, kTimerHourlyRefresh));
+        SCOPED_TRACE("one-shot timers kill themselves");
+        Pump(400);
+        for (std::uintptr_t id : {kTimerRightStrip, kTimerBuildClassList, kTimerRepaintAll, kTimerClassTableApply,
+                                  kTimerRowCheck, kTimerThumbRequest, kTimerRowUse, kTimerRowCollect,
+                                  kTimerRowClassLink}) {
+            ASSERT_TRUE(SetTimer(self, id, 60000));
+            SendWindowMessage(self, WM_TIMER_MESSAGE, id);
+            EXPECT_FALSE(IsTimerRunning(self, id)) << id;
+        }
+        // 2000: the slow switch is used up and the pending class is switched to.
+        panel.m_slowSwitch = true;
+        panel.m_pendingClass = 0;
+        ASSERT_TRUE(SetTimer(self, kTimerClassSwitch, 60000));
+        SendWindowMessage(self, WM_TIMER_MESSAGE, kTimerClassSwitch);
+        EXPECT_FALSE(IsTimerRunning(self, kTimerClassSwitch));
+        EXPECT_FALSE(panel.m_slowSwitch);
+        // A restart inside the 1011 cycle collapses into one tick.
+        for (int i = 0; i < 20; ++i) SetTimer(self, kTimerBuildClassList, 50);
+        Pump(300);
+        EXPECT_FALSE(IsTimerRunning(self, kTimerBuildClassList));
     }
-    // The refresh is off: the timer still ends at the first tick outside the dice.
-    WriteOptionInt(u"RequestNetwork", 0);
-    ASSERT_TRUE(SetTimer(self, kTimerHourlyRefresh, kHourlyRefreshMs));
-    {
-        HourlySources at(14, 3);
-        SendWindowMessage(self, WM_TIMER_MESSAGE, kTimerHourlyRefresh);
-        EXPECT_FALSE(IsTimerRunning(self, kTimerHourlyRefresh));
-    }
-}
-
-TEST(PanelEvents, OneShotTimersKillThemselves) {
-    SampleWorld world;
-    CBrindleDlg& panel = *world.panel;
-    const WindowHandle self = panel.Handle();
-    Pump(400);
-    for (std::uintptr_t id : {kTimerRightStrip, kTimerBuildClassList, kTimerRepaintAll, kTimerClassTableApply,
-                              kTimerRowCheck, kTimerThumbRequest, kTimerRowUse, kTimerRowCollect,
-                              kTimerRowClassLink}) {
-        ASSERT_TRUE(SetTimer(self, id, 60000));
-        SendWindowMessage(self, WM_TIMER_MESSAGE, id);
-        EXPECT_FALSE(IsTimerRunning(self, id)) << id;
-    }
-
-    // 2000: the slow switch is used up and the pending class is switched to.
-    panel.m_slowSwitch = true;
-    panel.m_pendingClass = 0;
-    ASSERT_TRUE(SetTimer(self, kTimerClassSwitch, 60000));
-    SendWindowMessage(self, WM_TIMER_MESSAGE, kTimerClassSwitch);
-    EXPECT_FALSE(IsTimerRunning(self, kTimerClassSwitch));
-    EXPECT_FALSE(panel.m_slowSwitch);
-
-    // A restart inside the 1011 cycle collapses into one tick.
-    for (int i = 0; i < 20; ++i) SetTimer(self, kTimerBuildClassList, 50);
-    Pump(300);
-    EXPECT_FALSE(IsTimerRunning(self, kTimerBuildClassList));
-}
-
-TEST(PanelEvents, StatusEventsLayOutTheCollectionButtons) {
-    SampleWorld world;
-    CBrindleDlg& panel = *world.panel;
-    panel.m_classIndex = 1;
-    panel.m_itemCount = 0;
-
-    SetStatus(panel, -1);  // empty collection
-    EXPECT_EQ(panel.m_syncStatus, -1);
-    EXPECT_EQ(ShownStatusButtons(panel), std::vector<int>{2150});
-    EXPECT_EQ(ShownCollectionButtons(panel), 6);
-
-    SetStatus(panel, 0);  // differs from the cloud
-    EXPECT_EQ(ShownStatusButtons(panel), (std::vector<int>{2155, 2156}));
-    EXPECT_EQ(ShownCollectionButtons(panel), 0);
-
-    SetStatus(panel, 3);
-    EXPECT_EQ(ShownStatusButtons(panel), std::vector<int>{2157});
-    SetStatus(panel, 4);
-    EXPECT_EQ(ShownStatusButtons(panel), std::vector<int>{2157});
-    SetStatus(panel, 1);
-    EXPECT_TRUE(ShownStatusButtons(panel).empty());
-    SetStatus(panel, 0);
-    SetStatus(panel, -2);
-    EXPECT_TRUE(ShownStatusButtons(panel).empty());
-    EXPECT_EQ(ShownCollectionButtons(panel), 0);
-
-    // With blocks shown, or off the collections row, no status button.
-    panel.m_itemCount = 3;
-    SetStatus(panel, -1);
-    EXPECT_TRUE(ShownStatusButtons(panel).empty());
-    EXPECT_EQ(ShownCollectionButtons(panel), 6);
-    panel.m_itemCount = 0;
-    panel.m_classIndex = 0;
-    SetStatus(panel, 0);
-    EXPECT_TRUE(ShownStatusButtons(panel).empty());
-
-    // Event 4 on its own follows the stored status.
-    panel.m_classIndex = 1;
-    panel.m_syncStatus = 3;
-    SendWindowMessage(panel.Handle(), MsgPanelEvent, 4, 0);
-    EXPECT_EQ(ShownStatusButtons(panel), std::vector<int>{2157});
-}
-
-TEST(PanelEvents, MessagesReachTheirHandlersAndPayloadsAreFreed) {
-    SampleWorld world;
-    CBrindleDlg& panel = *world.panel;
-    const WindowHandle self = panel.Handle();
-
+    SCOPED_TRACE("messages");
     int freed = 0;
     // Codes that join later, a finished file and a progress report: the payload goes.
     EXPECT_TRUE(PostWindowMessage(self, MsgPanelEvent, 1, 0, std::make_unique<Tracked>(&freed)));
@@ -199,20 +143,53 @@ TEST(PanelEvents, MessagesReachTheirHandlersAndPayloadsAreFreed) {
     EXPECT_EQ(SendWindowMessage(self, GalleryPanelControl, MARROWFIN_CONTROL_SET_USER, 42), 0);
     EXPECT_EQ(panel.userId, 42);
     EXPECT_EQ(SendWindowMessage(self, 0x7777, 1, 2), 0);
+
+    // The panel's own windows are itself and its three lists.
+    using Widgets = std::initializer_list<QWidget*>;
+    for (QWidget* own : Widgets{&panel, panel.m_pThumbList, panel.m_searchList, panel.m_classList})
+        EXPECT_TRUE(panel.IsOwnWindow(HandleOf(own)));
+    for (QWidget* other : Widgets{panel.Button(1000), panel.m_searchEdit, &world.host})
+        EXPECT_FALSE(panel.IsOwnWindow(HandleOf(other)));
+    EXPECT_FALSE(panel.IsOwnWindow(0));
+    EXPECT_FALSE(panel.IsOwnWindow(0x7fffffff));
 }
 
-TEST(PanelEvents, OwnWindowsAreThePanelAndItsThreeLists) {
+TEST(PanelEvents, StatusEventsLayOutTheCollectionButtons) {
     SampleWorld world;
     CBrindleDlg& panel = *world.panel;
-    EXPECT_TRUE(panel.IsOwnWindow(panel.Handle()));
-    EXPECT_TRUE(panel.IsOwnWindow(HandleOf(panel.m_pThumbList)));
-    EXPECT_TRUE(panel.IsOwnWindow(HandleOf(panel.m_searchList)));
-    EXPECT_TRUE(panel.IsOwnWindow(HandleOf(panel.m_classList)));
-    EXPECT_FALSE(panel.IsOwnWindow(0));
-    EXPECT_FALSE(panel.IsOwnWindow(HandleOf(panel.Button(1000))));
-    EXPECT_FALSE(panel.IsOwnWindow(HandleOf(panel.m_searchEdit)));
-    EXPECT_FALSE(panel.IsOwnWindow(HandleOf(&world.host)));
-    EXPECT_FALSE(panel.IsOwnWindow(0x7fffffff));
+    struct Step {
+        int classIndex, itemCount, status;
+        std::vector<int> statusButtons;
+        int collectionButtons;  // -1: not looked at
+    };
+    const Step steps[] = {
+        {1, 0, -1, {2150}, 6},        // empty collection
+        {1, 0, 0, {2155, 2156}, 0},   // differs from the cloud
+        {1, 0, 3, {2157}, -1},
+        {1, 0, 4, {2157}, -1},
+        {1, 0, 1, {}, -1},
+        {1, 0, 0, {2155, 2156}, -1},
+        {1, 0, -2, {}, 0},
+        {1, 3, -1, {}, 6},            // with blocks shown, no status button
+        {0, 0, 0, {}, -1},            // off the collections row neither
+    };
+    for (const Step& s : steps) {
+        SCOPED_TRACE(testing::Message() << "row " << s.classIndex << ", items " << s.itemCount << ", " << s.status);
+        panel.m_classIndex = s.classIndex;
+        panel.m_itemCount = s.itemCount;
+        SendWindowMessage(panel.Handle(), MsgPanelEvent, 5, s.status);  // it posts event 4
+        Pump();
+        EXPECT_EQ(panel.m_syncStatus, s.status);
+        EXPECT_EQ(ShownStatusButtons(panel), s.statusButtons);
+        if (s.collectionButtons >= 0) {
+            EXPECT_EQ(ShownCollectionButtons(panel), s.collectionButtons);
+        }
+    }
+    // Event 4 on its own follows the stored status.
+    panel.m_classIndex = 1;
+    panel.m_syncStatus = 3;
+    SendWindowMessage(panel.Handle(), MsgPanelEvent, 4, 0);
+    EXPECT_EQ(ShownStatusButtons(panel), std::vector<int>{2157});
 }
 
 TEST(PanelEvents, ProgressMovesTheRowPercentOnlyInStepsAboveOne) {

@@ -188,7 +188,8 @@ GalleryNode* PanelWorld::AddCollections(int user, const std::vector<std::u16stri
     auto* collections = new GalleryNode(kRootName, path, u"我的收藏", kKindDir, false, false, 0);
     AddChild(root(), collections, true);
     CreateDirectories(path);
-    for (const std::u16string& folder : folders) CreateDirectories(AddClass(collections, folder, blocksPerFolder)->path);
+    for (const std::u16string& folder : folders)
+        CreateDirectories(AddClass(collections, folder, blocksPerFolder)->path);
     return collections;
 }
 
