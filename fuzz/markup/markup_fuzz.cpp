@@ -1,6 +1,7 @@
-// Random bytes through SetText, LoadBytes and LoadFile; the result is walked,
-// read and edited, and the index is checked after every edit. For a text that
-// parsed well, the edited text must parse back to the same index.
+// Random bytes through SetText, SetUtf8Text (against SetText of the decoded
+// bytes), LoadBytes and LoadFile; the result is walked, read and edited, and
+// the index is checked after every edit. For a text that parsed well, the
+// edited text must parse back to the same index.
 
 #include <unistd.h>
 
@@ -107,7 +108,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const std::string bytes(reinterpret_cast<const char*>(data + 1), size - 1);
     MarkupDocument doc;
     bool ok;
-    switch (mode % 3) {
+    switch (mode % 4) {
     case 0: {
         std::u16string text(bytes.size() / 2, u'\0');
         for (size_t i = 0; i < text.size(); ++i)
@@ -116,6 +117,17 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         break;
     }
     case 1: ok = doc.LoadBytes(bytes); break;
+    case 3: {
+        // A reply's bytes read straight into the document must give what
+        // decoding them first and setting the text gives.
+        ok = doc.SetUtf8Text(bytes);
+        MarkupDocument wide;
+        const bool wideOk = wide.SetText(marrowfin::Utf8ToUtf16(bytes.substr(0, bytes.find('\0'))));
+        Check(ok == wideOk, "UTF-8 text parses as its decoded text");
+        Check(doc.Text() == wide.Text(), "UTF-8 text decodes as the platform decodes it");
+        Check(ShapeOf(doc) == ShapeOf(wide), "UTF-8 text indexes as its decoded text");
+        break;
+    }
     default: {
         static const std::u16string path = marrowfin::W("/tmp/markup_fuzz_" + std::to_string(getpid()) + ".xml");
         marrowfin::WriteFileAtomic(path, bytes);
