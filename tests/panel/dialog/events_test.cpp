@@ -12,6 +12,7 @@
 #include "panel_world.h"
 #include "platform/profile.h"
 #include "platform/qt/qt_window_system.h"
+#include "platform/qt/window_message_event.h"
 #include "platform/qt/window_timers.h"
 #include "skin/skin_button.h"
 
