@@ -5,8 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include <QAbstractButton>
-#include <QApplication>
 #include <QKeyEvent>
 #include <QLineEdit>
 #include <QtTest/QTest>

@@ -9,7 +9,6 @@
 #include "host/library_entry.h"
 #include "marrowfin/marrowfin.h"
 #include "host/string_arg.h"
-#include "markup/markup_document.h"
 #include "platform/profile.h"
 #include "store/gallery_node.h"
 #include "store/gallery_store.h"

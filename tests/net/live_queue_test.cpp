@@ -6,7 +6,6 @@
 #include "net/download_queue.h"
 #include "net/gallery_sync.h"
 #include "platform/files.h"
-#include "platform/text.h"
 #include "platform/ticks.h"
 #include "recording_windows.h"
 #include "request_counters.h"

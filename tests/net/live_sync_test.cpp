@@ -1,14 +1,11 @@
 #include <gtest/gtest.h>
 
-#include <filesystem>
 
 #include "fault_switches.h"
-#include "markup/markup_document.h"
 #include "net/curl_stack.h"
 #include "net/gallery_sync.h"
 #include "platform/files.h"
 #include "platform/profile.h"
-#include "platform/text.h"
 #include "platform/ticks.h"
 #include "request_counters.h"
 #include "service_handle.h"
