@@ -7,7 +7,6 @@
 
 #include "panel_world.h"
 #include "platform/files.h"
-#include "platform/text.h"
 #include "skin/skin_button.h"
 #include "store/gallery_node.h"
 #include "store/gallery_store.h"
@@ -39,31 +38,25 @@ std::u16string RememberABlock() {
 }  // namespace
 
 TEST(PanelClose, CloseButtonSavesTheRecentListOnlyWithAHost) {
-    {
-        WorldOptions options;
-        options.attachHost = false;
-        SampleWorld world(options);
-        const std::u16string block = RememberABlock();
-        ASSERT_FALSE(block.empty());
-        world.panel->ShowPanel();
-        world.ClickButton(1000);
-        EXPECT_FALSE(world.panel->isVisible());
-        EXPECT_FALSE(FileExists(RecentListPath()));
-    }
-    {
-        SampleWorld world;
+    for (bool attached : {false, true}) {
+        SCOPED_TRACE(attached ? "with a host" : "without a host");
+        SampleWorld world({.attachHost = attached});
         const std::u16string block = RememberABlock();
         ASSERT_FALSE(block.empty());
         world.panel->showMode = u"YL";
         world.panel->ShowPanel();
         world.ClickButton(1000);
         EXPECT_FALSE(world.panel->isVisible());
-        EXPECT_EQ(ReadListFile(RecentListPath()), std::vector<std::u16string>{block});
+        if (attached) {
+            EXPECT_EQ(ReadListFile(RecentListPath()), std::vector<std::u16string>{block});
+        } else {
+            EXPECT_FALSE(FileExists(RecentListPath()));
+        }
         EXPECT_EQ(world.panel->showMode, u"YL");  // only WM_CLOSE forgets the mode
     }
 }
 
-TEST(PanelClose, WindowCloseHidesForgetsTheModeAndSaves) {
+TEST(PanelClose, WindowCloseHidesAndForgetsTheModeAndSaveOnCloseWritesEveryList) {
     SampleWorld world;
     QPointer<CBrindleDlg> panel(world.panel.get());
     const std::u16string block = RememberABlock();
@@ -80,25 +73,18 @@ TEST(PanelClose, WindowCloseHidesForgetsTheModeAndSaves) {
     panel->ShowPanel();
     EXPECT_TRUE(panel->isVisible());
     EXPECT_EQ(panel->Button(1000)->ControlId(), 1000);
-}
 
-TEST(PanelClose, SaveOnCloseWritesEveryListAndRemovesTheSearchFolder) {
-    SampleWorld world;
-    CBrindleDlg& panel = *world.panel;
-    const std::u16string block = RememberABlock();
-    ASSERT_FALSE(block.empty());
+    // The save on CloseGallery: every list, and the search folder goes.
     GalleryNode* gallery = GalleryStore::Instance().root->dirChildren[0];
     const std::u16string common = gallery->path + u"/CommonUse.xml";
     RemoveFile(common);
-
+    RemoveFile(RecentListPath());
     const std::u16string search = SearchFolder();
     ASSERT_TRUE(CreateDirectories(search + u"/深/层"));
     ASSERT_TRUE(WriteFileAtomic(SearchVersionPath(), "[v]\nver=3\n"));
     ASSERT_TRUE(WriteFileAtomic(search + u"/深/层/a.dwg", std::string(4096, 'd')));
-
-    panel.ShowPanel();
-    panel.SaveOnClose();
-    EXPECT_FALSE(panel.isVisible());
+    panel->SaveOnClose();
+    EXPECT_FALSE(panel->isVisible());
     EXPECT_FALSE(PathExists(search));
     EXPECT_TRUE(DirectoryExists(StoreRoot()));  // only the search folder went
     EXPECT_TRUE(FileExists(block));
@@ -107,7 +93,7 @@ TEST(PanelClose, SaveOnCloseWritesEveryListAndRemovesTheSearchFolder) {
 
     // Again with no search folder: the lists are still written.
     RemoveFile(RecentListPath());
-    panel.SaveOnClose();
+    panel->SaveOnClose();
     EXPECT_TRUE(FileExists(RecentListPath()));
     EXPECT_FALSE(PathExists(search));
 }

@@ -45,6 +45,7 @@ TEST(PanelStartUp, TimersHostLinkAndTheFirstClassListBuild) {
     SampleWorld world;
     CBrindleDlg& panel = *world.panel;
     const WindowHandle self = panel.Handle();
+    EXPECT_EQ(GetOptionInt(u"RequestNetwork", -7), -7);  // no stored class table: the option is not touched
     EXPECT_NE(self, 0u);
     EXPECT_EQ(ObjectOf(self), &panel);
     EXPECT_EQ(panel.m_store, &GalleryStore::Instance());
@@ -74,79 +75,49 @@ TEST(PanelStartUp, TimersHostLinkAndTheFirstClassListBuild) {
     EXPECT_TRUE(IsTimerRunning(self, kTimerHourlyRefresh));
 }
 
-TEST(PanelStartUp, WithoutAHostWindowAndInTheUpdateMode) {
+TEST(PanelStartUp, WithoutAHostWindowInTheUpdateModeAndWithoutAFirstSync) {
     {
-        WorldOptions options;
-        options.attachHost = false;
-        SampleWorld world(options);
+        SampleWorld world({.attachHost = false});
         EXPECT_EQ(world.panel->hostWindow, 0u);
         EXPECT_TRUE(world.panel->m_hostChannel.empty());
         EXPECT_TRUE(world.host.records.empty());
         EXPECT_FALSE(world.panel->testAttribute(Qt::WA_WState_ExplicitShowHide));
     }
     {
-        WorldOptions options;
-        options.mode = u"UpdateShow";
-        SampleWorld world(options);
+        SampleWorld world({.mode = u"UpdateShow"});
         // Hidden on purpose at the end of the start-up, after the channel request.
         EXPECT_TRUE(world.panel->testAttribute(Qt::WA_WState_ExplicitShowHide));
         EXPECT_TRUE(world.panel->isHidden());
         EXPECT_EQ(world.panel->m_hostChannel, u"频道-7");
     }
-}
-
-TEST(PanelStartUp, RequestNetworkOptionFollowsTheStoredClassTable) {
-    // No stored class table: the option is not touched.
-    {
-        SampleWorld world;
-        EXPECT_EQ(GetOptionInt(u"RequestNetwork", -7), -7);
-    }
-    // A stored table with the option absent: it becomes 1.
-    {
-        WorldOptions options;
-        options.firstSync = false;
-        options.listGallery = false;
-        SampleWorld world(options);
-        ASSERT_TRUE(CreateDirectories(StoreRoot()));
-        ASSERT_TRUE(WriteFileAtomic(ClassTablePath(), "<r/>"));
-        CBrindleDlg second;
-        second.Create(nullptr);
-        EXPECT_EQ(GetOptionInt(u"RequestNetwork", -7), 1);
-        // Set to 0 by the user: stays 0.
-        ASSERT_TRUE(WriteOptionInt(u"RequestNetwork", 0));
-        CBrindleDlg third;
-        third.Create(nullptr);
-        EXPECT_EQ(GetOptionInt(u"RequestNetwork", -7), 0);
-    }
-}
-
-TEST(PanelStartUp, FirstTreeOnlyWithoutAShowList) {
     {
         // Show.xml lists a gallery: start-up leaves the tree to FirstSynchro.
-        WorldOptions options;
-        options.firstSync = false;
-        SampleWorld world(options);
+        SampleWorld world({.firstSync = false});
         EXPECT_EQ(GalleryStore::Instance().root, nullptr);
     }
-    {
-        // No Show.xml: start-up builds the tree itself (an empty one here).
-        WorldOptions options;
-        options.firstSync = false;
-        options.listGallery = false;
-        SampleWorld world(options);
-        GalleryNode* root = GalleryStore::Instance().root;
-        ASSERT_NE(root, nullptr);
-        EXPECT_EQ(root->path, StoreRoot());
-        EXPECT_TRUE(root->dirChildren.empty());
-        EXPECT_EQ(GalleryStore::Instance().syncBusy.load(), 0);
-    }
+    // No Show.xml: start-up builds the tree itself (an empty one here).
+    SampleWorld world({.listGallery = false, .firstSync = false});
+    GalleryNode* root = GalleryStore::Instance().root;
+    ASSERT_NE(root, nullptr);
+    EXPECT_EQ(root->path, StoreRoot());
+    EXPECT_TRUE(root->dirChildren.empty());
+    EXPECT_EQ(GalleryStore::Instance().syncBusy.load(), 0);
+
+    // A stored class table with the option absent: it becomes 1; set to 0 by the user, it stays 0.
+    ASSERT_TRUE(CreateDirectories(StoreRoot()));
+    ASSERT_TRUE(WriteFileAtomic(ClassTablePath(), "<r/>"));
+    CBrindleDlg second;
+    second.Create(nullptr);
+    EXPECT_EQ(GetOptionInt(u"RequestNetwork", -7), 1);
+    ASSERT_TRUE(WriteOptionInt(u"RequestNetwork", 0));
+    CBrindleDlg third;
+    third.Create(nullptr);
+    EXPECT_EQ(GetOptionInt(u"RequestNetwork", -7), 0);
 }
 
 TEST(PanelStartUp, WaitsForARunningSynchronisation) {
     // The panel is made while FirstSynchro's thread waits for a slow service.
-    WorldOptions options;
-    options.firstSync = false;
-    SampleWorld world(options);
+    SampleWorld world({.firstSync = false});
     ResetGalleryStore();
     service::Fault slow;
     slow.latencyMs = 1500;
