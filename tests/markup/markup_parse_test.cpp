@@ -296,23 +296,17 @@ TEST(MarkupParse, StartTagQuotingAndEmptyElements) {
 }
 
 TEST(MarkupParse, ElementTextOfMixedContent) {
-    MarkupDocument doc;
-    ASSERT_TRUE(doc.SetText(u"<a>x<!-- c -->y<![CDATA[<z>&amp;]]><?p q?></a>"));
-    ASSERT_TRUE(doc.FindElement(u"a"));
-    EXPECT_EQ(doc.GetElementText(), u"xy<z>&amp;");
-    ASSERT_TRUE(doc.SetText(u"<a><b>t</b></a>"));
-    ASSERT_TRUE(doc.FindElement(u"a"));
-    EXPECT_EQ(doc.GetElementText(), u"");
-    ASSERT_TRUE(doc.SetText(u"<a>1 &lt; 2 &amp;&amp; 3 &gt; 2</a>"));
-    ASSERT_TRUE(doc.FindElement(u"a"));
-    EXPECT_EQ(doc.GetElementText(), u"1 < 2 && 3 > 2");
     // A '>' in text splits it into two text nodes, both kept.
-    ASSERT_TRUE(doc.SetText(u"<a>b>c<!--x-->d</a>"));
-    ASSERT_TRUE(doc.FindElement(u"a"));
-    EXPECT_EQ(doc.GetElementText(), u"b>cd");
-    ASSERT_TRUE(doc.SetText(u"<a></a>"));
-    ASSERT_TRUE(doc.FindElement(u"a"));
-    EXPECT_EQ(doc.GetElementText(), u"");
+    const std::pair<const char16_t*, const char16_t*> cases[] = {
+        {u"<a>x<!-- c -->y<![CDATA[<z>&amp;]]><?p q?></a>", u"xy<z>&amp;"}, {u"<a><b>t</b></a>", u""},
+        {u"<a>1 &lt; 2 &amp;&amp; 3 &gt; 2</a>", u"1 < 2 && 3 > 2"}, {u"<a>b>c<!--x-->d</a>", u"b>cd"}, {u"<a></a>", u""},
+    };
+    MarkupDocument doc;
+    for (const auto& [text, expected] : cases) {
+        ASSERT_TRUE(doc.SetText(text)) << U8(text);
+        ASSERT_TRUE(doc.FindElement(u"a"));
+        EXPECT_EQ(doc.GetElementText(), expected) << U8(text);
+    }
 }
 
 TEST(MarkupParse, IndexCrossesTheRecordPage) {
@@ -477,20 +471,15 @@ TEST(MarkupParse, ScannedStretchesOfEveryLength) {
         EXPECT_EQ(doc.GetElementText(), u"");
         ASSERT_TRUE(doc.FindChildElement(u"c"));
         EXPECT_EQ(doc.Record(doc.ChildCursor()).start, text.size() - 8);
-        // Cut inside the value: the start tag is reported unterminated.
-        const size_t cut = text.find(u"<r a=\"") + 6 + n;
-        EXPECT_FALSE(doc.SetText(text.substr(0, cut)));
-        EXPECT_TRUE(HasRecord(doc, "unterminated_tag_syntax type=\"start_tag\"")) << ResultOf(doc);
-        // Cut inside the comment, the CDATA section and the declaration.
-        const size_t comment = text.find(u"<!--") + 4 + n;
-        EXPECT_FALSE(doc.SetText(text.substr(0, comment)));
-        EXPECT_TRUE(HasRecord(doc, "type=\"comment\"")) << ResultOf(doc);
-        const size_t cdata = text.find(u"<![CDATA[") + 9 + n;
-        EXPECT_FALSE(doc.SetText(text.substr(0, cdata)));
-        EXPECT_TRUE(HasRecord(doc, "type=\"cdata_section\"")) << ResultOf(doc);
-        const size_t entity = text.find(u"<!ENTITY e \"") + 12 + n;
-        EXPECT_FALSE(doc.SetText(text.substr(0, entity)));
-        EXPECT_TRUE(HasRecord(doc, "type=\"document_type\"")) << ResultOf(doc);
+        // Cut inside the value (the start tag is unterminated), the comment,
+        // the CDATA section and the declaration.
+        const std::pair<std::u16string_view, const char*> cuts[] = {
+            {u"<r a=\"", "unterminated_tag_syntax type=\"start_tag\""}, {u"<!--", "type=\"comment\""},
+            {u"<![CDATA[", "type=\"cdata_section\""}, {u"<!ENTITY e \"", "type=\"document_type\""}};
+        for (const auto& [opener, record] : cuts) {
+            EXPECT_FALSE(doc.SetText(text.substr(0, text.find(opener) + opener.size() + n)));
+            EXPECT_TRUE(HasRecord(doc, record)) << ResultOf(doc);
+        }
     }
 }
 
