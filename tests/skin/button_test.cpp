@@ -331,13 +331,10 @@ TEST(SubclassButton, CaptionRuleBarAndPostedClicks) {
         QTest::mouseRelease(tabs[1], Qt::RightButton, {}, QPoint(5, 5));
         EXPECT_TRUE(owner.seen.empty()) << "posted, not sent";
         QCoreApplication::processEvents();
+        using Seen = std::tuple<uint32_t, std::uintptr_t, std::intptr_t>;
         ASSERT_EQ(owner.seen.size(), 2u);
-        EXPECT_EQ(std::get<0>(owner.seen[0]), MsgPanelCommand);
-        EXPECT_EQ(std::get<1>(owner.seen[0]), 2u);
-        EXPECT_EQ(ObjectOf(static_cast<WindowHandle>(std::get<2>(owner.seen[0]))), tabs[3]);
-        EXPECT_EQ(std::get<0>(owner.seen[1]), MsgPanelEvent);
-        EXPECT_EQ(std::get<1>(owner.seen[1]), 9u);
-        EXPECT_EQ(ObjectOf(static_cast<WindowHandle>(std::get<2>(owner.seen[1]))), tabs[1]);
+        EXPECT_EQ(owner.seen[0], Seen(MsgPanelCommand, 2u, static_cast<std::intptr_t>(HandleOf(tabs[3]))));
+        EXPECT_EQ(owner.seen[1], Seen(MsgPanelEvent, 9u, static_cast<std::intptr_t>(HandleOf(tabs[1]))));
     }
     test::UseRate(1.0f);
 }

@@ -6,6 +6,8 @@
 #include <QImage>
 #include <QPainter>
 
+#include <tuple>
+
 #include "platform/profile.h"
 #include "skin/measure_text.h"
 #include "skin/skin_fonts.h"
@@ -17,12 +19,7 @@ namespace marrowfin {
 namespace {
 
 TEST(SkinScale, OptionAndScreenRule) {
-    struct Case {
-        const char* option;
-        int width, height;
-        float rate;
-    };
-    const Case cases[] = {
+    const std::tuple<const char*, int, int, float> cases[] = {
         // Option values: kept between 1.0 and 5.0, else 1.0; junk reads as 0;
         // a leading number is read.
         {"1.19", 800, 600, 1.19f}, {"1.2", 800, 600, 1.2f}, {"0.5", 3840, 2160, 1.0f}, {"6", 800, 600, 1.0f},
@@ -32,27 +29,18 @@ TEST(SkinScale, OptionAndScreenRule) {
         {"-1", 1920, 1080, 1.28f}, {"-1", 1800, 1200, 1.0f}, {"-1", 1800, 1800, 1.0f}, {"-1", 2560, 1440, 1.70f},
         {"-1", 3840, 2160, 2.56f}, {"-1", 1900, 700, 0.87f}, {"-1", 1200, 1801, 0.8f},
     };
-    for (const Case& c : cases) {
-        EXPECT_FLOAT_EQ(RateFromOption(c.option, c.width, c.height), c.rate) << c.option << " " << c.width << "x" << c.height;
-    }
+    for (const auto& [option, width, height, rate] : cases)
+        EXPECT_FLOAT_EQ(RateFromOption(option, width, height), rate) << option << " " << width << "x" << height;
 
     // Buckets at their edges; a sheet scale of 0 is not probed.
-    struct Bucket {
-        float rate;
-        const char* suffix;
-        float sheetScale;
-    };
-    const Bucket buckets[] = {
+    const std::tuple<float, const char*, float> buckets[] = {
         {1.19f, "_1", 1.0f}, {1.2f, "_2", 1.5f}, {1.85f, "_2", 0}, {1.86f, "_3", 2.5f}, {2.52f, "_3", 0},
         // 2.53 as a float widens to 2.5299999..., below the bound: still "_3".
         {2.53f, "_3", 0}, {2.54f, "_4", 0}, {5.0f, "_4", 3.5f}, {0.87f, "_1", 0},
     };
-    for (const Bucket& b : buckets) {
-        SCOPED_TRACE(b.rate);
-        EXPECT_EQ(BucketForRate(b.rate).suffix, b.suffix);
-        if (b.sheetScale != 0) {
-            EXPECT_FLOAT_EQ(BucketForRate(b.rate).sheetScale, b.sheetScale);
-        }
+    for (const auto& [rate, suffix, sheetScale] : buckets) {
+        EXPECT_EQ(BucketForRate(rate).suffix, suffix) << rate;
+        if (sheetScale != 0) EXPECT_FLOAT_EQ(BucketForRate(rate).sheetScale, sheetScale) << rate;
     }
     EXPECT_EQ(BucketForRate(2.56f).resourceStep, 4);
     EXPECT_EQ(BucketForRate(1.5f).resourceStep, 2);
@@ -60,26 +48,18 @@ TEST(SkinScale, OptionAndScreenRule) {
 
 TEST(SkinScale, InitReadsTheProfileAndScales) {
     test::TempHome home;
-    struct Step {
-        const char16_t* option;  // none written: "-1" and the screen rule
-        int width, height;
-        float rate;
-        const char* suffix;
-        float sheetScale;
-    };
-    const Step steps[] = {
+    // Option, screen, rate, suffix, sheet scale; no option written: "-1" and the screen rule.
+    const std::tuple<const char16_t*, int, int, float, const char*, float> steps[] = {
         {nullptr, 1920, 1080, 1.28f, "_2", 1.5f}, {u"5", 800, 600, 5.0f, "_4", 3.5f},
         {u"1.19", 3840, 2160, 1.19f, "_1", 1.0f}, {u"-1", 1800, 1200, 1.0f, "_1", 1.0f},
     };
-    for (const Step& s : steps) {
-        SCOPED_TRACE(s.rate);
-        if (s.option) {
-            ASSERT_TRUE(WriteOptionString(u"Rate", s.option));
-        }
-        InitSkinScale(s.width, s.height);
-        EXPECT_FLOAT_EQ(Rate(), s.rate);
-        EXPECT_EQ(SkinSuffix(), s.suffix);
-        EXPECT_FLOAT_EQ(SheetScale(), s.sheetScale);
+    for (const auto& [option, width, height, rate, suffix, sheetScale] : steps) {
+        SCOPED_TRACE(rate);
+        if (option) ASSERT_TRUE(WriteOptionString(u"Rate", option));
+        InitSkinScale(width, height);
+        EXPECT_FLOAT_EQ(Rate(), rate);
+        EXPECT_EQ(SkinSuffix(), suffix);
+        EXPECT_FLOAT_EQ(SheetScale(), sheetScale);
     }
 
     // Scaling truncates each number on its own.
