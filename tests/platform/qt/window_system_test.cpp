@@ -54,7 +54,6 @@ void Pump(int ms) {
 }
 
 TEST(QtWindowSystem, HandlesLiveAndDieWithTheirObjects) {
-    InstallQtWindowSystem();
     EXPECT_FALSE(IsWindow(0));
     auto* a = new Receiver;
     auto* b = new Receiver;
@@ -78,7 +77,6 @@ TEST(QtWindowSystem, HandlesLiveAndDieWithTheirObjects) {
 }
 
 TEST(QtWindowSystem, SendAnswersAtOncePostWaitsForTheLoop) {
-    InstallQtWindowSystem();
     Receiver r;
     WindowHandle h = HandleOf(&r);
     EXPECT_EQ(SendWindowMessage(h, 0x9dc, 21, 7), 42);
@@ -104,7 +102,6 @@ TEST(QtWindowSystem, SendAnswersAtOncePostWaitsForTheLoop) {
 }
 
 TEST(QtWindowSystem, PostsFromWorkersArriveInOrderPerThread) {
-    InstallQtWindowSystem();
     Receiver r;
     WindowHandle h = HandleOf(&r);
     constexpr int kThreads = 4;
@@ -132,7 +129,6 @@ TEST(QtWindowSystem, PostsFromWorkersArriveInOrderPerThread) {
 }
 
 TEST(QtWindowSystem, PayloadsOfDroppedMessagesAreFreed) {
-    InstallQtWindowSystem();
     // Posted to a window that dies before the loop runs: Qt drops the event.
     auto* r = new Receiver;
     WindowHandle h = HandleOf(r);
@@ -171,7 +167,6 @@ TEST(QtWindowSystem, PayloadsOfDroppedMessagesAreFreed) {
 }
 
 TEST(WindowTimers, RestartingAnIdCollapsesABurstIntoOneTick) {
-    InstallQtWindowSystem();
     Receiver r;
     WindowHandle h = HandleOf(&r);
     EXPECT_FALSE(SetTimer(0, 1008, 10));
@@ -225,7 +220,6 @@ protected:
 };
 
 TEST(WindowTimers, HandlersMayKillAndRestartTheirOwnTimerAndDeathEndsThem) {
-    InstallQtWindowSystem();
     OneShot s;
     SetTimer(HandleOf(&s), 7, 10);
     Pump(150);
@@ -246,6 +240,7 @@ TEST(WindowTimers, HandlersMayKillAndRestartTheirOwnTimerAndDeathEndsThem) {
 
 int main(int argc, char** argv) {
     QCoreApplication app(argc, argv);
+    marrowfin::InstallQtWindowSystem();
     ::testing::InitGoogleTest(&argc, argv);
     return RUN_ALL_TESTS();
 }
