@@ -48,12 +48,16 @@ public:
     }
 };
 
-struct ScriptedService {
-    ReplyStack stack;
-    ScriptedService() {
+// A fresh home whose every request is answered by `stack`.
+class FirstTreeReply : public ::testing::Test {
+protected:
+    FirstTreeReply() {
         for (int32_t n = 0; n < StackCount; ++n) InstallHttpStack(n, &stack);
     }
-    ~ScriptedService() { RestoreDefaultHttpStacks(); }
+    ~FirstTreeReply() override { RestoreDefaultHttpStacks(); }
+    TempHome home;
+    ReplyStack stack;
+    TestStore store;
 };
 
 // One line per node, for comparing whole trees.
@@ -91,18 +95,15 @@ const char kFirstReply[] =
 
 }  // namespace
 
-TEST(FirstTreeReply, EachGalleryGetsItsOwnElementsAndItsCatalogue) {
-    TempHome home;
-    ScriptedService service;
-    service.stack.reply = kFirstReply;
+TEST_F(FirstTreeReply, EachGalleryGetsItsOwnElementsAndItsCatalogue) {
+    stack.reply = kFirstReply;
     for (const char16_t* name : {u"石", u"石材", u"石材10", u"空"}) ASSERT_TRUE(AddGalleryToShowList(name));
 
-    TestStore store;
     BuildFirstTree(store);
     EXPECT_EQ(store.syncBusy.load(), 0);
-    ASSERT_EQ(service.stack.urls.size(), 1u);
+    ASSERT_EQ(stack.urls.size(), 1u);
     const std::string query = "/gallery/g_all_s?gallery_name=" + EscapeRequestUrl(u"石,石材,石材10,空");
-    EXPECT_EQ(service.stack.urls[0].substr(service.stack.urls[0].size() - query.size()), query);
+    EXPECT_EQ(stack.urls[0].substr(stack.urls[0].size() - query.size()), query);
 
     GalleryNode* root = store.root;
     ASSERT_NE(root, nullptr);
@@ -150,7 +151,7 @@ TEST(FirstTreeReply, EachGalleryGetsItsOwnElementsAndItsCatalogue) {
               std::string::npos);
 
     // The catalogues alone rebuild the same galleries when the service is gone.
-    service.stack.reply = "";
+    stack.reply = "";
     TestStore offline;
     BuildFirstTree(offline);
     ASSERT_NE(offline.root, nullptr);
@@ -165,12 +166,9 @@ TEST(FirstTreeReply, EachGalleryGetsItsOwnElementsAndItsCatalogue) {
     }
 }
 
-TEST(FirstTreeReply, ASecondRunOnItsOwnThreadRebuildsInPlace) {
-    TempHome home;
-    ScriptedService service;
-    service.stack.reply = kFirstReply;
+TEST_F(FirstTreeReply, ASecondRunOnItsOwnThreadRebuildsInPlace) {
+    stack.reply = kFirstReply;
     for (const char16_t* name : {u"石", u"石材", u"石材10"}) ASSERT_TRUE(AddGalleryToShowList(name));
-    TestStore store;
     BuildFirstTree(store);
     ASSERT_NE(store.root, nullptr);
     GalleryNode* const root = store.root;
@@ -186,7 +184,7 @@ TEST(FirstTreeReply, ASecondRunOnItsOwnThreadRebuildsInPlace) {
     std::string second = kFirstReply;
     second.replace(second.find("ver=\"2\""), 7, "ver=\"3\"");
     second.replace(second.find("<dwg fn=\"f.dwg\""), 0, "<dwg fn=\"g.dwg\" size=\"7\" hi=\"1\"/>");
-    service.stack.reply = second;
+    stack.reply = second;
 
     std::atomic<bool> finished{false};
     std::thread sync([&] {
@@ -214,22 +212,19 @@ TEST(FirstTreeReply, ASecondRunOnItsOwnThreadRebuildsInPlace) {
     EXPECT_TRUE(FileExists(kept));
     EXPECT_EQ(ReadGalleryVersion(u"石"), 3);
     EXPECT_NE(test::ReadBytes(U8(r + u"/石/石.xdb")).find("<sub n=\"材10\" ver=\"3\""), std::string::npos);
-    EXPECT_EQ(service.stack.urls.size(), 2u);
+    EXPECT_EQ(stack.urls.size(), 2u);
 }
 
 // A reply that names a gallery twice: the second element compares against
 // the catalogue the first one has just written, not the one on disk before
 // the run, whatever was read while the request was on the wire.
-TEST(FirstTreeReply, AGalleryNamedTwiceComparesWithItsNewCatalogue) {
-    TempHome home;
-    ScriptedService service;
+TEST_F(FirstTreeReply, AGalleryNamedTwiceComparesWithItsNewCatalogue) {
     ASSERT_TRUE(AddGalleryToShowList(u"G"));
-    service.stack.reply =
+    stack.reply =
         "<root dv=\"0\"><gallery gn=\"G\" gv=\"0\">"
         "<item cs=\"A\" b_u=\"http://h/a\" ver=\"1\"><dwg fn=\"x.dwg\" size=\"1\" hi=\"0\"/></item>"
         "<item cs=\"B\" b_u=\"http://h/b\" ver=\"1\"><dwg fn=\"y.dwg\" size=\"1\" hi=\"0\"/></item>"
         "</gallery></root>";
-    TestStore store;
     BuildFirstTree(store);
     ASSERT_NE(store.root, nullptr);
     const std::u16string g = store.root->path + u"/G";
@@ -242,7 +237,7 @@ TEST(FirstTreeReply, AGalleryNamedTwiceComparesWithItsNewCatalogue) {
 
     // First element: A unchanged, the catalogue now holds A only. Second
     // element: B at 2 is new against that catalogue, so its folder stays.
-    service.stack.reply =
+    stack.reply =
         "<root dv=\"0\"><gallery gn=\"G\" gv=\"0\">"
         "<item cs=\"A\" b_u=\"http://h/a\" ver=\"1\"><dwg fn=\"x.dwg\" size=\"1\" hi=\"0\"/></item></gallery>"
         "<gallery gn=\"G\" gv=\"0\">"
@@ -256,7 +251,7 @@ TEST(FirstTreeReply, AGalleryNamedTwiceComparesWithItsNewCatalogue) {
     EXPECT_NE(test::ReadBytes(U8(g + u"/G.xdb")).find("<sub n=\"B\" ver=\"2\""), std::string::npos);
 
     // A third run with B risen again against that catalogue does remove it.
-    service.stack.reply =
+    stack.reply =
         "<root dv=\"0\"><gallery gn=\"G\" gv=\"0\">"
         "<item cs=\"B\" b_u=\"http://h/b\" ver=\"3\"><dwg fn=\"y.dwg\" size=\"1\" hi=\"0\"/></item>"
         "</gallery></root>";
