@@ -32,15 +32,15 @@ TEST(SkinScale, OptionAndScreenRule) {
     for (const auto& [option, width, height, rate] : cases)
         EXPECT_FLOAT_EQ(RateFromOption(option, width, height), rate) << option << " " << width << "x" << height;
 
-    // Buckets at their edges; a sheet scale of 0 is not probed.
+    // Buckets at their edges.
     const std::tuple<float, const char*, float> buckets[] = {
-        {1.19f, "_1", 1.0f}, {1.2f, "_2", 1.5f}, {1.85f, "_2", 0}, {1.86f, "_3", 2.5f}, {2.52f, "_3", 0},
+        {1.19f, "_1", 1.0f}, {1.2f, "_2", 1.5f}, {1.85f, "_2", 1.5f}, {1.86f, "_3", 2.5f}, {2.52f, "_3", 2.5f},
         // 2.53 as a float widens to 2.5299999..., below the bound: still "_3".
-        {2.53f, "_3", 0}, {2.54f, "_4", 0}, {5.0f, "_4", 3.5f}, {0.87f, "_1", 0},
+        {2.53f, "_3", 2.5f}, {2.54f, "_4", 3.5f}, {5.0f, "_4", 3.5f}, {0.87f, "_1", 1.0f},
     };
     for (const auto& [rate, suffix, sheetScale] : buckets) {
         EXPECT_EQ(BucketForRate(rate).suffix, suffix) << rate;
-        if (sheetScale != 0) EXPECT_FLOAT_EQ(BucketForRate(rate).sheetScale, sheetScale) << rate;
+        EXPECT_FLOAT_EQ(BucketForRate(rate).sheetScale, sheetScale) << rate;
     }
     EXPECT_EQ(BucketForRate(2.56f).resourceStep, 4);
     EXPECT_EQ(BucketForRate(1.5f).resourceStep, 2);
@@ -55,7 +55,9 @@ TEST(SkinScale, InitReadsTheProfileAndScales) {
     };
     for (const auto& [option, width, height, rate, suffix, sheetScale] : steps) {
         SCOPED_TRACE(rate);
-        if (option) ASSERT_TRUE(WriteOptionString(u"Rate", option));
+        if (option) {
+            ASSERT_TRUE(WriteOptionString(u"Rate", option));
+        }
         InitSkinScale(width, height);
         EXPECT_FLOAT_EQ(Rate(), rate);
         EXPECT_EQ(SkinSuffix(), suffix);
