@@ -6,16 +6,7 @@
 
 #include "panel/dialog/hot_words.h"
 #include "panel/dialog/hourly_refresh.h"
-#include "panel/dialog/panel_timers.h"
 #include "panel_world.h"
-#include "platform/files.h"
-#include "platform/profile.h"
-#include "platform/qt/window_message_event.h"
-#include "platform/qt/window_timers.h"
-#include "request_counters.h"
-#include "store/gallery_node.h"
-#include "store/gallery_store.h"
-#include "store/store_paths.h"
 
 using namespace marrowfin;
 using namespace marrowfin::test;

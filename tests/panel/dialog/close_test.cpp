@@ -6,11 +6,6 @@
 #include <QPointer>
 
 #include "panel_world.h"
-#include "platform/files.h"
-#include "skin/skin_button.h"
-#include "store/gallery_node.h"
-#include "store/gallery_store.h"
-#include "store/store_paths.h"
 #include "store/usage_lists.h"
 
 using namespace marrowfin;

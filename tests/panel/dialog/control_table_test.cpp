@@ -5,18 +5,11 @@
 #include <gtest/gtest.h>
 
 #include <QGuiApplication>
-#include <QLineEdit>
 #include <QScreen>
 #include <map>
 
-#include "panel/lists/class_list_ctrl.h"
-#include "panel/lists/dwg_list_view.h"
-#include "panel/lists/search_list_ctrl.h"
 #include "panel_world.h"
 #include "skin/progress_ctrl_owner.h"
-#include "skin/skin_button.h"
-#include "skin/skin_scale.h"
-#include "skin/subclass_button.h"
 
 using namespace marrowfin;
 using namespace marrowfin::test;

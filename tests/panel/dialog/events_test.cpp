@@ -2,19 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include <QLineEdit>
-
 #include "panel/dialog/hourly_refresh.h"
-#include "panel/dialog/panel_timers.h"
-#include "panel/lists/class_list_ctrl.h"
-#include "panel/lists/dwg_list_view.h"
-#include "panel/lists/search_list_ctrl.h"
 #include "panel_world.h"
-#include "platform/profile.h"
-#include "platform/qt/qt_window_system.h"
-#include "platform/qt/window_message_event.h"
-#include "platform/qt/window_timers.h"
-#include "skin/skin_button.h"
 
 using namespace marrowfin;
 using namespace marrowfin::test;

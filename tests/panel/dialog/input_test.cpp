@@ -4,19 +4,11 @@
 #include <gtest/gtest.h>
 
 #include <QApplication>
-#include <QLineEdit>
 #include <QMouseEvent>
 #include <QPaintEvent>
 #include <QRegion>
 
-#include "panel/dialog/panel_timers.h"
-#include "panel/lists/class_list_ctrl.h"
-#include "panel/lists/dwg_list_view.h"
 #include "panel_world.h"
-#include "platform/qt/window_timers.h"
-#include "request_counters.h"
-#include "skin/skin_button.h"
-#include "skin/skin_scale.h"
 
 using namespace marrowfin;
 using namespace marrowfin::test;

@@ -4,14 +4,10 @@
 
 #include <gtest/gtest.h>
 
-#include <QImage>
-
 #include "panel/dialog/hot_words.h"
 #include "panel_world.h"
 #include "platform/window_messages.h"
-#include "skin/skin_button.h"
 #include "skin/skin_messages.h"
-#include "skin/skin_scale.h"
 
 using namespace marrowfin;
 using namespace marrowfin::test;

@@ -5,19 +5,8 @@
 
 #include <thread>
 
-#include "fault_switches.h"
 #include "net/gallery_sync.h"
-#include "panel/dialog/panel_timers.h"
-#include "request_counters.h"
 #include "panel_world.h"
-#include "platform/files.h"
-#include "platform/profile.h"
-#include "platform/qt/qt_window_system.h"
-#include "platform/qt/window_message_event.h"
-#include "platform/qt/window_timers.h"
-#include "store/gallery_node.h"
-#include "store/gallery_store.h"
-#include "store/store_paths.h"
 
 using namespace marrowfin;
 using namespace marrowfin::test;

@@ -8,20 +8,11 @@
 #include <QtTest/QTest>
 #include <algorithm>
 
-#include "fault_switches.h"
 #include "marrowfin/marrowfin.h"
 #include "net/download_queue.h"
 #include "net/gallery_sync.h"
-#include "panel/dialog/panel_timers.h"
-#include "panel/lists/dwg_list_view.h"
 #include "panel_world.h"
-#include "platform/files.h"
-#include "platform/qt/qt_window_system.h"
-#include "platform/qt/window_timers.h"
-#include "request_counters.h"
-#include "service_handle.h"
 #include "skin/pop_tip_dlg.h"
-#include "skin/skin_button.h"
 #include "store/gallery_tree.h"
 #include "store/show_list.h"
 #include "support/live_service.h"

@@ -3,16 +3,8 @@
 
 #include <QCoreApplication>
 
-#include "panel/lists/class_list_ctrl.h"
-#include "panel/lists/dwg_list_view.h"
 #include "panel/model/panel_messages.h"
 #include "panel_world.h"
-#include "platform/qt/window_message_event.h"
-#include "platform/qt/window_timers.h"
-#include "platform/ticks.h"
-#include "skin/skin_button.h"
-#include "skin/skin_scale.h"
-#include "skin/subclass_button.h"
 
 using namespace marrowfin;
 using namespace marrowfin::test;

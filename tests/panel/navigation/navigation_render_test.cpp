@@ -2,14 +2,7 @@
 // recent list. The PNGs go to <build>/tests/panel/navigation/rendered-navigation.
 #include <gtest/gtest.h>
 
-#include "panel/lists/class_list_ctrl.h"
-#include "panel/lists/dwg_list_view.h"
 #include "panel_world.h"
-#include "platform/files.h"
-#include "skin/skin_button.h"
-#include "skin/skin_scale.h"
-#include "skin/subclass_button.h"
-#include "store/store_paths.h"
 
 using namespace marrowfin;
 using namespace marrowfin::test;

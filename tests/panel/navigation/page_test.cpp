@@ -2,32 +2,17 @@
 #include <gtest/gtest.h>
 
 #include <QApplication>
-#include <QLineEdit>
 #include <QTimer>
 #include <QtTest/QTest>
 
-#include "fault_switches.h"
 #include "marrowfin/marrowfin.h"
 #include "net/gallery_sync.h"
 #include "panel/dialog/host_requests.h"
-#include "platform/qt/qt_window_system.h"
 #include "store/store_ini.h"
 #include "panel/dialog/hot_words.h"
-#include "panel/lists/class_list_ctrl.h"
-#include "panel/lists/dwg_list_view.h"
-#include "panel/lists/search_list_ctrl.h"
 #include "panel_world.h"
-#include "platform/files.h"
-#include "platform/qt/window_timers.h"
 #include "platform/text.h"
-#include "platform/ticks.h"
-#include "request_counters.h"
-#include "service_handle.h"
 #include "skin/pop_tip_dlg.h"
-#include "skin/skin_scale.h"
-#include "skin/skin_button.h"
-#include "skin/subclass_button.h"
-#include "store/store_paths.h"
 #include "support/live_service.h"
 #include "support/test_paths.h"
 #include "user_state.h"

@@ -1,18 +1,9 @@
 // Routes, target classes and the command table.
 #include <gtest/gtest.h>
 
-#include "panel/lists/class_list_ctrl.h"
-#include "panel/lists/dwg_list_view.h"
 #include "panel/model/panel_messages.h"
 #include "panel_world.h"
-#include "platform/files.h"
-#include "platform/qt/window_timers.h"
-#include "platform/ticks.h"
-#include "skin/skin_button.h"
-#include "skin/skin_scale.h"
-#include "skin/subclass_button.h"
 #include "store/show_list.h"
-#include "store/store_paths.h"
 
 using namespace marrowfin;
 using namespace marrowfin::test;

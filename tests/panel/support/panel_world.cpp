@@ -11,17 +11,9 @@
 #include "net/download_queue.h"
 #include "net/gallery_sync.h"
 #include "panel/dialog/host_requests.h"
-#include "panel/lists/class_list_ctrl.h"
-#include "platform/files.h"
-#include "platform/profile.h"
-#include "platform/qt/window_timers.h"
 #include "platform/text.h"
-#include "platform/ticks.h"
-#include "skin/skin_button.h"
-#include "skin/subclass_button.h"
 #include "store/gallery_tree.h"
 #include "store/show_list.h"
-#include "store/store_paths.h"
 #include "support/live_service.h"
 
 namespace marrowfin::test {

@@ -5,6 +5,7 @@
 // that drive the panel.
 
 #include <QImage>
+#include <QLineEdit>
 #include <QPoint>
 #include <QString>
 #include <QWidget>
@@ -13,10 +14,27 @@
 #include <string>
 #include <vector>
 
+// The panel's parts and the platform the panel tests look at.
+#include "fault_switches.h"
 #include "panel/dialog/brindle_dlg.h"
+#include "panel/dialog/panel_timers.h"
+#include "panel/lists/class_list_ctrl.h"
+#include "panel/lists/dwg_list_view.h"
+#include "panel/lists/search_list_ctrl.h"
+#include "platform/files.h"
+#include "platform/profile.h"
+#include "platform/qt/qt_window_system.h"
+#include "platform/qt/window_message_event.h"
+#include "platform/qt/window_timers.h"
+#include "platform/ticks.h"
+#include "request_counters.h"
 #include "service_handle.h"
+#include "skin/skin_button.h"
+#include "skin/skin_scale.h"
+#include "skin/subclass_button.h"
 #include "store/gallery_node.h"
 #include "store/gallery_store.h"
+#include "store/store_paths.h"
 #include "support/temp_home.h"
 
 namespace marrowfin::test {
