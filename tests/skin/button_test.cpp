@@ -2,10 +2,8 @@
 // events, rendered to PNG and probed at fixed points.
 #include <gtest/gtest.h>
 
-#include <QApplication>
 #include <QPainter>
 #include <QtTest/QTest>
-#include <memory>
 #include <vector>
 
 #include "platform/qt/qt_window_system.h"
