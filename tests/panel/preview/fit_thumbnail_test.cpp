@@ -10,10 +10,10 @@
 #include "dwg_writer.h"
 #include "panel/preview/dwg_preview.h"
 #include "panel/preview/fit_thumbnail.h"
-#include "support/test_paths.h"
+#include "preview_test_files.h"
 #include "symbol_painter.h"
 
-namespace marrowfin {
+namespace marrowfin::test {
 namespace {
 
 QImage Filled(int w, int h, QRgb colour) {
@@ -118,9 +118,8 @@ TEST(FitThumbnail, ThinLinesSurviveShrinkingOnTheirGround) {
 TEST(FitThumbnail, ContactSheetOfRealAndSamplePreviews) {
   std::vector<std::pair<QString, QImage>> pictures;
   for (const char* name : {"bmp8_ac1014.dwg", "bmp8_ac1015.dwg", "bmp8_ac1024.dwg", "png_ac1027.dwg",
-                           "png_ac1032.dwg", "header_only_ac1032.dwg", "no_preview_ac1009.dwg"}) {
-    pictures.emplace_back(name, LoadDwgPreview(QString::fromStdString(test::SharedDir() + "/testdata/dwg/" + name)));
-  }
+                           "png_ac1032.dwg", "header_only_ac1032.dwg", "no_preview_ac1009.dwg"})
+    pictures.emplace_back(name, LoadDwgPreview(RealPath(name)));
   using namespace marrowfin::service;
   for (int k = 0; k < int(SymbolKind::Count); ++k) {
     const bool png = k % 3 == 2;
@@ -154,4 +153,4 @@ TEST(FitThumbnail, ContactSheetOfRealAndSamplePreviews) {
 }
 
 }  // namespace
-}  // namespace marrowfin
+}  // namespace marrowfin::test

@@ -9,11 +9,8 @@
 #include "panel/preview/dwg_preview_reader.h"
 #include "preview_test_files.h"
 
-namespace marrowfin {
+namespace marrowfin::test {
 namespace {
-
-using test::MakeDib;
-using test::PutLe32;
 
 // 11 x 5: odd width so that rows need padding and low depths end mid-byte;
 // a distinct colour in each corner so that row order and mirroring show.
@@ -76,42 +73,40 @@ TEST(DwgPreviewBitmap, EveryDepthDecodesToTheSamePicture) {
 TEST(DwgPreviewBitmap, HostileHeadersAreRefused) {
   const std::string dib = MakeDib(Pattern(), 24);
   ASSERT_EQ(DecodePreviewBitmap(dib).error, DwgPreviewError::None);
-  auto with = [&](size_t offset, uint32_t value) {
-    std::string bad = dib;
-    PutLe32(bad, offset, value);
-    return DecodePreviewBitmap(bad).error;
-  };
-  EXPECT_EQ(DecodePreviewBitmap(dib.substr(0, 39)).error, DwgPreviewError::BadBitmapHeader);
-  EXPECT_EQ(with(0, 12), DwgPreviewError::BadBitmapHeader);          // header too small
-  EXPECT_EQ(with(0, 0x7fffffff), DwgPreviewError::BadBitmapHeader);  // header past the entry
-  EXPECT_EQ(with(4, 0), DwgPreviewError::BadBitmapHeader);
-  EXPECT_EQ(with(4, 0xfffffff5u), DwgPreviewError::BadBitmapHeader);  // negative width
-  EXPECT_EQ(with(8, 0), DwgPreviewError::BadBitmapHeader);
-  EXPECT_EQ(with(8, 0x80000000u), DwgPreviewError::BadBitmapHeader);
-  EXPECT_EQ(with(4, 0x7fffffff), DwgPreviewError::TooLarge);
-  EXPECT_EQ(with(8, 0x7fffffff), DwgPreviewError::TooLarge);
-  EXPECT_EQ(with(8, uint32_t(-5000)), DwgPreviewError::TooLarge);
-  EXPECT_EQ(with(4, 4096), DwgPreviewError::PixelsTruncated);  // allowed size, rows missing
-  EXPECT_EQ(with(16, 1), DwgPreviewError::UnsupportedBitmap);  // run-length coded
-  std::string planes = dib;
-  planes[12] = 2;
-  EXPECT_EQ(DecodePreviewBitmap(planes).error, DwgPreviewError::BadBitmapHeader);
-  for (char bits : {'\0', '\x02', '\x10', '\x30'}) {
-    std::string depth = dib;
-    depth[14] = bits;
-    EXPECT_EQ(DecodePreviewBitmap(depth).error, DwgPreviewError::UnsupportedBitmap) << int(bits);
-  }
   // The last row may leave out its padding; one byte less than that is short.
   const size_t rowBytes = 11 * 3, stride = 36;
   const std::string unpadded = dib.substr(0, dib.size() - (stride - rowBytes));
-  EXPECT_EQ(DecodePreviewBitmap(unpadded).error, DwgPreviewError::None);
-  EXPECT_EQ(DecodePreviewBitmap(unpadded.substr(0, unpadded.size() - 1)).error,
-            DwgPreviewError::PixelsTruncated);
-  // An 8-bit header with a colour count that overstates the table.
-  std::string colours = MakeDib(Pattern(), 8, {qRgb(0, 0, 0), qRgb(255, 255, 255)});
-  PutLe32(colours, 32, 100000);
-  EXPECT_EQ(DecodePreviewBitmap(colours).error, DwgPreviewError::PixelsTruncated);
+  struct Case {
+    const char* name;
+    std::string bytes;
+    DwgPreviewError error;
+  };
+  const Case cases[] = {
+      {"cut header", dib.substr(0, 39), DwgPreviewError::BadBitmapHeader},
+      {"header too small", Patched(dib, 0, 12), DwgPreviewError::BadBitmapHeader},
+      {"header past the entry", Patched(dib, 0, 0x7fffffff), DwgPreviewError::BadBitmapHeader},
+      {"no width", Patched(dib, 4, 0), DwgPreviewError::BadBitmapHeader},
+      {"negative width", Patched(dib, 4, 0xfffffff5u), DwgPreviewError::BadBitmapHeader},
+      {"no height", Patched(dib, 8, 0), DwgPreviewError::BadBitmapHeader},
+      {"lowest height", Patched(dib, 8, 0x80000000u), DwgPreviewError::BadBitmapHeader},
+      {"two planes", WithByte(dib, 12, 2), DwgPreviewError::BadBitmapHeader},
+      {"huge width", Patched(dib, 4, 0x7fffffff), DwgPreviewError::TooLarge},
+      {"huge height", Patched(dib, 8, 0x7fffffff), DwgPreviewError::TooLarge},
+      {"huge top-down height", Patched(dib, 8, uint32_t(-5000)), DwgPreviewError::TooLarge},
+      {"allowed size, rows missing", Patched(dib, 4, 4096), DwgPreviewError::PixelsTruncated},
+      {"run-length coded", Patched(dib, 16, 1), DwgPreviewError::UnsupportedBitmap},
+      {"0 bits", WithByte(dib, 14, '\0'), DwgPreviewError::UnsupportedBitmap},
+      {"2 bits", WithByte(dib, 14, '\x02'), DwgPreviewError::UnsupportedBitmap},
+      {"16 bits", WithByte(dib, 14, '\x10'), DwgPreviewError::UnsupportedBitmap},
+      {"48 bits", WithByte(dib, 14, '\x30'), DwgPreviewError::UnsupportedBitmap},
+      {"last row unpadded", unpadded, DwgPreviewError::None},
+      {"last row short", unpadded.substr(0, unpadded.size() - 1), DwgPreviewError::PixelsTruncated},
+      // An 8-bit header with a colour count that overstates the table.
+      {"colour count", Patched(MakeDib(Pattern(), 8, {qRgb(0, 0, 0), qRgb(255, 255, 255)}), 32, 100000),
+       DwgPreviewError::PixelsTruncated},
+  };
+  for (const Case& c : cases) EXPECT_EQ(DecodePreviewBitmap(c.bytes).error, c.error) << c.name;
 }
 
 }  // namespace
-}  // namespace marrowfin
+}  // namespace marrowfin::test

@@ -8,33 +8,17 @@
 #include <algorithm>
 #include <cstring>
 
-#include "platform/text.h"
-
 #include "dwg_writer.h"
 #include "panel/preview/dwg_preview.h"
 #include "panel/preview/dwg_preview_reader.h"
+#include "platform/text.h"
 #include "preview_test_files.h"
 #include "support/temp_home.h"
 #include "support/test_paths.h"
 #include "symbol_painter.h"
 
-namespace marrowfin {
+namespace marrowfin::test {
 namespace {
-
-using test::EntryOffset;
-using test::MakeBmpFile;
-using test::MakeDrawing;
-using test::PutLe32;
-
-std::string RealFile(const char* name) {
-  const std::string bytes = test::ReadBytes(test::SharedDir() + "/testdata/dwg/" + name);
-  EXPECT_FALSE(bytes.empty()) << name;
-  return bytes;
-}
-
-QString RealPath(const char* name) {
-  return QString::fromStdString(test::SharedDir() + "/testdata/dwg/" + name);
-}
 
 int MaxChannelDifference(const QImage& a, const QImage& b) {
   int worst = 0;
@@ -65,12 +49,11 @@ TEST(DwgPreviewReader, RealBmpDrawingsMatchQtsOwnBmpDecoder) {
     EXPECT_EQ(preview.palette.size(), 256u);
 
     // The same DIB as a standalone .bmp, read by Qt, is the reference.
-    const uint32_t address = uint32_t(uint8_t(bytes[13])) | uint32_t(uint8_t(bytes[14])) << 8 |
-                             uint32_t(uint8_t(bytes[15])) << 16 | uint32_t(uint8_t(bytes[16])) << 24;
+    uint32_t address = 0, start = 0, size = 0;
+    std::memcpy(&address, bytes.data() + 13, 4);
     // Entry 1 of each of these files is the BMP.
     const size_t entry = EntryOffset(address, 1);
     ASSERT_EQ(bytes[entry], 2);
-    uint32_t start = 0, size = 0;
     std::memcpy(&start, bytes.data() + entry + 1, 4);
     std::memcpy(&size, bytes.data() + entry + 5, 4);
     QImage reference;
@@ -133,66 +116,56 @@ TEST(DwgPreviewReader, ServiceBlockFilesGiveTheirSymbols) {
 }
 
 TEST(DwgPreviewReader, FilesOnDiskAndMissingFiles) {
-  test::TempHome home;
+  TempHome home;
   EXPECT_TRUE(LoadDwgPreview(QString::fromStdString(home.file("missing.dwg"))).isNull());
   EXPECT_EQ(ReadDwgPreviewFile(W(home.file("missing.dwg"))).error, DwgPreviewError::ReadFailed);
   const std::string path = home.file("单开门 01.dwg");
-  test::WriteBytes(path, RealFile("bmp8_ac1015.dwg"));
-  const QImage picture = LoadDwgPreview(QString::fromStdString(path));
-  EXPECT_EQ(picture.size(), QSize(180, 88));
+  const std::string drawing = RealFile("bmp8_ac1015.dwg");
+  WriteBytes(path, drawing);
+  EXPECT_EQ(LoadDwgPreview(QString::fromStdString(path)).size(), QSize(180, 88));
   // A file cut inside the picture entry reads as no picture.
-  test::WriteBytes(path, RealFile("bmp8_ac1015.dwg").substr(0, 0x153 + 1000));
+  WriteBytes(path, drawing.substr(0, 0x153 + 1000));
   EXPECT_EQ(ReadDwgPreviewFile(W(path)).error, DwgPreviewError::EntryOutOfFile);
   EXPECT_TRUE(LoadDwgPreview(QString::fromStdString(path)).isNull());
 }
 
 TEST(DwgPreviewReader, SectionAndTableFailures) {
-  const QImage red(4, 2, QImage::Format_RGB32);
-  const std::string dib = test::MakeDib(red, 24);
+  const std::string dib = MakeDib(QImage(4, 2, QImage::Format_RGB32), 24);
   const std::string good = MakeDrawing({{1, std::string(80, '\0')}, {2, dib}});
   ASSERT_EQ(ReadDwgPreview(good).kind, DwgPreviewKind::Bmp);
-
-  EXPECT_EQ(ReadDwgPreview("").error, DwgPreviewError::ShortFile);
-  EXPECT_EQ(ReadDwgPreview(good.substr(0, 16)).error, DwgPreviewError::ShortFile);
-  // The section head must lie wholly inside the file.
-  EXPECT_EQ(ReadDwgPreview(good.substr(0, 0x100 + 20)).error, DwgPreviewError::SectionOutOfFile);
-  std::string far = good;
-  PutLe32(far, 0x0D, 0xFFFFFFFFu);
-  EXPECT_EQ(ReadDwgPreview(far).error, DwgPreviewError::SectionOutOfFile);
-  PutLe32(far, 0x0D, uint32_t(good.size() - 20));
-  EXPECT_EQ(ReadDwgPreview(far).error, DwgPreviewError::SectionOutOfFile);
-  std::string sentinel = good;
-  sentinel[0x100 + 15] ^= 1;
-  EXPECT_EQ(ReadDwgPreview(sentinel).error, DwgPreviewError::BadSentinel);
-  std::string none = good;
-  none[0x100 + 20] = 0;
-  EXPECT_EQ(ReadDwgPreview(none).error, DwgPreviewError::NoEntries);
-  // A count of 255 runs past the end of a short file: the BMP entry in the
-  // part that is there still counts.
-  std::string many = good.substr(0, EntryOffset(0x100, 2));
-  many[0x100 + 20] = char(255);
-  // Its data is gone now, so the entry points out of the file.
-  EXPECT_EQ(ReadDwgPreview(many).error, DwgPreviewError::EntryOutOfFile);
-  std::string headerOnly = MakeDrawing({{1, std::string(80, '\0')}});
-  headerOnly[0x100 + 20] = char(200);
-  EXPECT_EQ(ReadDwgPreview(headerOnly).error, DwgPreviewError::TableTruncated);
-  EXPECT_EQ(ReadDwgPreview(MakeDrawing({{1, "x"}, {3, "wmf"}})).error, DwgPreviewError::NoPicture);
-
-  // Entry starts and sizes past the end, and a sum that wraps in 32 bits.
-  const size_t entry = EntryOffset(0x100, 1);
-  for (auto [start, size] : {std::pair<uint32_t, uint32_t>{uint32_t(good.size()), 1},
-                             {0, uint32_t(good.size() + 1)},
-                             {0xFFFFFFF0u, 0x20},
-                             {16, 0xFFFFFFFFu}}) {
-    std::string bad = good;
-    PutLe32(bad, entry + 1, start);
-    PutLe32(bad, entry + 5, size);
-    EXPECT_EQ(ReadDwgPreview(bad).error, DwgPreviewError::EntryOutOfFile) << start << " " << size;
-  }
-  // An entry that lies inside the file but is too short for its own rows.
-  std::string shortEntry = good;
-  PutLe32(shortEntry, entry + 5, uint32_t(dib.size() - 1));
-  EXPECT_EQ(ReadDwgPreview(shortEntry).error, DwgPreviewError::PixelsTruncated);
+  const size_t count = 0x100 + 20, entry = EntryOffset(0x100, 1);
+  // A count of 255 over a file cut behind the BMP entry: the entry in the
+  // part that is there still counts, but its data is gone.
+  const std::string many = WithByte(good.substr(0, EntryOffset(0x100, 2)), count, char(255));
+  auto entryAt = [&](uint32_t start, uint32_t size) { return Patched(Patched(good, entry + 1, start), entry + 5, size); };
+  struct Case {
+    const char* name;
+    std::string bytes;
+    DwgPreviewError error;
+  };
+  const Case cases[] = {
+      {"empty", "", DwgPreviewError::ShortFile},
+      {"cut in the file head", good.substr(0, 16), DwgPreviewError::ShortFile},
+      // The section head must lie wholly inside the file.
+      {"cut in the section head", good.substr(0, 0x100 + 20), DwgPreviewError::SectionOutOfFile},
+      {"section far out", Patched(good, 0x0D, 0xFFFFFFFFu), DwgPreviewError::SectionOutOfFile},
+      {"section at the end", Patched(good, 0x0D, uint32_t(good.size() - 20)), DwgPreviewError::SectionOutOfFile},
+      {"sentinel", WithByte(good, 0x100 + 15, char(good[0x100 + 15] ^ 1)), DwgPreviewError::BadSentinel},
+      {"no entries", WithByte(good, count, 0), DwgPreviewError::NoEntries},
+      {"count past a short file", many, DwgPreviewError::EntryOutOfFile},
+      {"count past the table", WithByte(MakeDrawing({{1, std::string(80, '\0')}}), count, char(200)),
+       DwgPreviewError::TableTruncated},
+      {"only a header and a metafile", MakeDrawing({{1, "x"}, {3, "wmf"}}), DwgPreviewError::NoPicture},
+      // Entry starts and sizes past the end, and sums that wrap in 32 bits.
+      {"entry starts at the end", entryAt(uint32_t(good.size()), 1), DwgPreviewError::EntryOutOfFile},
+      {"entry one byte too long", entryAt(0, uint32_t(good.size() + 1)), DwgPreviewError::EntryOutOfFile},
+      {"entry start wraps", entryAt(0xFFFFFFF0u, 0x20), DwgPreviewError::EntryOutOfFile},
+      {"entry size wraps", entryAt(16, 0xFFFFFFFFu), DwgPreviewError::EntryOutOfFile},
+      // Inside the file but too short for its own rows.
+      {"entry short of its rows", Patched(good, entry + 5, uint32_t(dib.size() - 1)),
+       DwgPreviewError::PixelsTruncated},
+  };
+  for (const Case& c : cases) EXPECT_EQ(ReadDwgPreview(c.bytes).error, c.error) << c.name;
 }
 
 TEST(DwgPreviewReader, ReadsOnlyWhatItNeedsFromAHugeFile) {
@@ -216,15 +189,10 @@ TEST(DwgPreviewReader, ReadsOnlyWhatItNeedsFromAHugeFile) {
 }
 
 TEST(DwgPreviewReader, BmpEntryWinsOverPngAndGarbagePngIsNoPicture) {
-  const QImage blue = [] {
-    QImage i(3, 3, QImage::Format_RGB32);
-    i.fill(QColor(0, 0, 255));
-    return i;
-  }();
+  QImage blue(3, 3, QImage::Format_RGB32);
+  blue.fill(QColor(0, 0, 255));
   const std::string png = service::EncodePng(blue);
-  const std::string dib = test::MakeDib(blue, 24);
-  const DwgPreview both = ReadDwgPreview(MakeDrawing({{6, png}, {1, "h"}, {2, dib}}));
-  EXPECT_EQ(both.kind, DwgPreviewKind::Bmp);
+  EXPECT_EQ(ReadDwgPreview(MakeDrawing({{6, png}, {1, "h"}, {2, MakeDib(blue, 24)}})).kind, DwgPreviewKind::Bmp);
   const DwgPreview onlyPng = ReadDwgPreview(MakeDrawing({{1, "h"}, {6, png}}));
   EXPECT_EQ(onlyPng.kind, DwgPreviewKind::Png);
   EXPECT_EQ(PreviewToImage(onlyPng).pixel(1, 1), qRgb(0, 0, 255));
@@ -241,8 +209,7 @@ TEST(DwgPreviewReader, BmpEntryWinsOverPngAndGarbagePngIsNoPicture) {
             DwgPreviewError::BadPng);
   // A good signature and header with broken data behind: the reader passes
   // it on, the image step refuses it.
-  std::string broken = png.substr(0, 33) + std::string(64, '\x5a');
-  const DwgPreview garbage = ReadDwgPreview(MakeDrawing({{6, broken}}));
+  const DwgPreview garbage = ReadDwgPreview(MakeDrawing({{6, png.substr(0, 33) + std::string(64, '\x5a')}}));
   ASSERT_EQ(garbage.kind, DwgPreviewKind::Png);
   EXPECT_TRUE(PreviewToImage(garbage).isNull());
   // A header that claims a picture of 100000 x 100000 is refused before decoding.
@@ -260,9 +227,7 @@ TEST(DwgPreviewReader, MutatedRealFilesNeverCrash) {
     int pictures = 0, failures = 0;
     for (size_t at = 0; at < bytes.size(); at += (at >= 13 && at < address + 60) ? 1 : 97) {
       for (char value : {'\0', '\x7f', '\x80', '\xff'}) {
-        std::string mutated = bytes;
-        mutated[at] = value;
-        const DwgPreview preview = ReadDwgPreview(mutated);
+        const DwgPreview preview = ReadDwgPreview(WithByte(bytes, at, value));
         (preview.HasPicture() ? pictures : failures)++;
         if (preview.kind == DwgPreviewKind::Bmp) {
           EXPECT_EQ(preview.pixels.size(), size_t(preview.width) * size_t(preview.height));
@@ -276,4 +241,4 @@ TEST(DwgPreviewReader, MutatedRealFilesNeverCrash) {
 }
 
 }  // namespace
-}  // namespace marrowfin
+}  // namespace marrowfin::test

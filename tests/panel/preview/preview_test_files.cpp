@@ -1,10 +1,34 @@
 #include "preview_test_files.h"
 
+#include <gtest/gtest.h>
+
+#include <QString>
+
+#include "support/test_paths.h"
+
 namespace marrowfin::test {
 
 void PutLe32(std::string& bytes, size_t offset, uint32_t value) {
   for (int i = 0; i < 4; ++i) bytes[offset + i] = char((value >> (8 * i)) & 0xff);
 }
+
+std::string Patched(std::string bytes, size_t offset, uint32_t value) {
+  PutLe32(bytes, offset, value);
+  return bytes;
+}
+
+std::string WithByte(std::string bytes, size_t offset, char value) {
+  bytes[offset] = value;
+  return bytes;
+}
+
+std::string RealFile(const char* name) {
+  const std::string bytes = ReadBytes(SharedDir() + "/testdata/dwg/" + name);
+  EXPECT_FALSE(bytes.empty()) << name;
+  return bytes;
+}
+
+QString RealPath(const char* name) { return QString::fromStdString(SharedDir() + "/testdata/dwg/" + name); }
 
 namespace {
 

@@ -1,5 +1,6 @@
 #pragma once
-// Builders of preview pictures and drawing files for the preview tests.
+// Builders of preview pictures and drawing files for the preview tests, and
+// the shared sample drawings.
 
 #include <QImage>
 #include <cstdint>
@@ -29,5 +30,12 @@ std::string MakeDrawing(const std::vector<TestEntry>& entries, uint32_t address 
 inline size_t EntryOffset(uint32_t address, int index) { return address + 21 + 9 * size_t(index); }
 
 void PutLe32(std::string& bytes, size_t offset, uint32_t value);
+// Copies of `bytes` with a little-endian word, or one byte, replaced.
+std::string Patched(std::string bytes, size_t offset, uint32_t value);
+std::string WithByte(std::string bytes, size_t offset, char value);
+
+// The shared sample drawings: the bytes (a test failure when missing) and the path.
+std::string RealFile(const char* name);
+QString RealPath(const char* name);
 
 }  // namespace marrowfin::test
