@@ -19,15 +19,13 @@
 #include "skin/skin_scale.h"
 #include "support/test_paths.h"
 
-namespace marrowfin {
+namespace marrowfin::test {
 namespace {
-
-using test::Recorded;
 
 enum class Make { Preview, PngPreview, NoPreview, Cut, Missing };
 
 std::string Drawing(const char* name) {
-    return test::ReadBytes(test::SharedDir() + "/testdata/dwg/" + name);
+    return ReadBytes(SharedDir() + "/testdata/dwg/" + name);
 }
 
 // A folder of drawings in the order of `kinds`, named b000.dwg and so on.
@@ -43,25 +41,25 @@ struct BlockFolder {
             const std::string path = dir.path().toStdString() + "/" + QString::asprintf("b%03zu.dwg", i).toStdString();
             paths.push_back(QString::fromStdString(path).toStdU16String());
             switch (kinds[i]) {
-                case Make::Preview: test::WriteBytes(path, bmp); break;
-                case Make::PngPreview: test::WriteBytes(path, png); break;
-                case Make::NoPreview: test::WriteBytes(path, none); break;
-                case Make::Cut: test::WriteBytes(path, std::string(600, 'x')); break;
+                case Make::Preview: WriteBytes(path, bmp); break;
+                case Make::PngPreview: WriteBytes(path, png); break;
+                case Make::NoPreview: WriteBytes(path, none); break;
+                case Make::Cut: WriteBytes(path, std::string(600, 'x')); break;
                 case Make::Missing: break;
             }
         }
     }
     void Arrive(size_t i) {
-        test::WriteBytes(QString::fromStdU16String(paths[i]).toStdString(), Drawing("bmp8_ac1015.dwg"));
+        WriteBytes(QString::fromStdU16String(paths[i]).toStdString(), Drawing("bmp8_ac1015.dwg"));
     }
 };
 
 // A recording owner holding the grid at the panel's size for the list.
 struct GridWorld {
-    test::RecordingOwner owner;
+    RecordingOwner owner;
     CDWGListView* view;
     explicit GridWorld(float rate = 1.0f) {
-        test::UseRate(rate);
+        UseRate(rate);
         owner.resize(ScaleUnits(640), ScaleUnits(360));
         view = new CDWGListView(&owner);
         view->setGeometry(ScaleBox(0, 0, 617, 343));
@@ -96,7 +94,7 @@ TEST(DwgListView, ShownRangeLoadsPreviewsReportsMissingFilesAndKeepsStates) {
     GridWorld w;
     w.view->SetPaths(blocks.paths);
     EXPECT_EQ(w.view->PreviewReads(), 0) << "filling reads nothing";
-    ASSERT_TRUE(test::ShowAndWait(&w.owner));
+    ASSERT_TRUE(ShowAndWait(&w.owner));
     w.Repaint();
 
     EXPECT_EQ(w.view->Columns(), 4);
@@ -125,13 +123,13 @@ TEST(DwgListView, ShownRangeLoadsPreviewsReportsMissingFilesAndKeepsStates) {
 
     // Scrolling away and back: the cells come back from the cache.
     (void)w.Missing();
-    test::WheelAt(w.view, QPoint(50, 50), -120);
+    WheelAt(w.view, QPoint(50, 50), -120);
     w.Repaint();
     EXPECT_GT(w.view->FirstVisibleItem(), 0);
     EXPECT_GE(w.view->LastVisibleItem(), 25);
     EXPECT_EQ(w.Missing(), (std::vector<int>{25})) << "the missing file scrolled in is reported";
     const int afterScroll = w.view->PreviewReads();
-    test::WheelAt(w.view, QPoint(50, 50), 120);
+    WheelAt(w.view, QPoint(50, 50), 120);
     w.Repaint();
     EXPECT_EQ(w.view->FirstVisibleItem(), 0);
     EXPECT_EQ(w.view->PreviewReads(), afterScroll) << "state 1 cells are not read again";
@@ -163,12 +161,12 @@ TEST(DwgListView, CacheStaysBoundedOverALongList) {
     BlockFolder blocks(std::vector<Make>(300, Make::Preview));
     GridWorld w;
     w.view->SetPaths(blocks.paths);
-    ASSERT_TRUE(test::ShowAndWait(&w.owner));
+    ASSERT_TRUE(ShowAndWait(&w.owner));
     w.Repaint();
     const int shown = w.view->LastVisibleItem() - w.view->FirstVisibleItem() + 1;
     int peak = 0;
     for (int step = 0; step < 40 && w.view->LastVisibleItem() < 299; ++step) {
-        test::WheelAt(w.view, QPoint(50, 50), -120);
+        WheelAt(w.view, QPoint(50, 50), -120);
         w.Repaint();
         peak = std::max(peak, w.view->CachedPictures());
     }
@@ -190,32 +188,32 @@ TEST(DwgListView, MouseAndKeysPostCommandsToTheOwner) {
     BlockFolder blocks({Make::Preview, Make::Missing, Make::Preview, Make::NoPreview, Make::Preview, Make::Preview});
     GridWorld w;
     w.view->SetPaths(blocks.paths);
-    ASSERT_TRUE(test::ShowAndWait(&w.owner));
+    ASSERT_TRUE(ShowAndWait(&w.owner));
     w.Repaint();
     (void)w.Commands();
 
     const QPoint onPicture2 = w.view->IconRect(2).center();
-    test::ClickAt(w.view, onPicture2);
+    ClickAt(w.view, onPicture2);
     EXPECT_EQ(w.view->GetSelectedItem(), 2);
     EXPECT_EQ(w.Commands(), (std::vector<Recorded>{{MsgPanelCommand, 1, 2}, {MsgPanelCommand, 22, 2}}));
 
-    test::DoubleClickAt(w.view, w.view->IconRect(4).center());
+    DoubleClickAt(w.view, w.view->IconRect(4).center());
     std::vector<Recorded> got = w.Commands();
     EXPECT_NE(std::find(got.begin(), got.end(), Recorded{MsgPanelCommand, 3, 4}), got.end());
-    test::DoubleClickAt(w.view, w.view->LabelRect(4).center());
+    DoubleClickAt(w.view, w.view->LabelRect(4).center());
     got = w.Commands();
     EXPECT_NE(std::find(got.begin(), got.end(), Recorded{MsgPanelCommand, 4, 4}), got.end());
     EXPECT_EQ(std::find(got.begin(), got.end(), Recorded{MsgPanelCommand, 3, 4}), got.end());
 
     // Right clicks: a menu for tried items only.
-    test::ClickAt(w.view, w.view->IconRect(1).center(), Qt::RightButton);
-    test::ClickAt(w.view, w.view->IconRect(3).center(), Qt::RightButton);
-    test::ClickAt(w.view, w.view->IconRect(0).center(), Qt::RightButton);
+    ClickAt(w.view, w.view->IconRect(1).center(), Qt::RightButton);
+    ClickAt(w.view, w.view->IconRect(3).center(), Qt::RightButton);
+    ClickAt(w.view, w.view->IconRect(0).center(), Qt::RightButton);
     got = w.Commands();
     EXPECT_EQ(got, (std::vector<Recorded>{{MsgPanelEvent, 8, 3}, {MsgPanelEvent, 8, 0}}));
 
     // A click beside the items clears the selection and tells nobody.
-    test::ClickAt(w.view, QPoint(w.view->ItemRect(3).center().x(), w.view->ItemRect(5).bottom() + 20));
+    ClickAt(w.view, QPoint(w.view->ItemRect(3).center().x(), w.view->ItemRect(5).bottom() + 20));
     EXPECT_EQ(w.view->GetSelectedItem(), -1);
     EXPECT_TRUE(w.Commands().empty());
 
@@ -232,7 +230,7 @@ TEST(DwgListView, MouseAndKeysPostCommandsToTheOwner) {
 
 TEST(DwgListView, NamesFitTheCell) {
     for (float rate : {1.0f, 1.5f}) {
-        test::UseRate(rate);
+        UseRate(rate);
         // Grow a name of wide characters and narrow ones until it has the cell's width.
         QString exact;
         while (MeasureText(exact + QStringLiteral("D")) <= ScaleUnits(132)) exact += QStringLiteral("D");
@@ -244,7 +242,7 @@ TEST(DwgListView, NamesFitTheCell) {
         EXPECT_TRUE(longer.startsWith(fitted.chopped(3)));
         EXPECT_LE(MeasureText(fitted.chopped(3)), ScaleUnits(132 - 5));
     }
-    test::UseRate(1.0f);
+    UseRate(1.0f);
     EXPECT_EQ(CDWGListView::TitleOf(u"/store/建筑/门.窗.dwg"), QStringLiteral("门.窗"));
     EXPECT_EQ(CDWGListView::TitleOf(u"/store/建筑/无扩展名"), QStringLiteral("无扩展名"));
     EXPECT_EQ(CDWGListView::TitleOf(u"单独"), QStringLiteral("单独"));
@@ -258,25 +256,25 @@ TEST(DwgListView, RendersArrivedMissingAndSelectedBoutiqueCells) {
         GridWorld w(rate);
         w.view->isBoutique = [](int item) { return item == 4 || item == 6; };
         w.view->SetPaths(blocks.paths);
-        ASSERT_TRUE(test::ShowAndWait(&w.owner));
+        ASSERT_TRUE(ShowAndWait(&w.owner));
         w.Repaint();
         w.view->RedrawItem(3);  // the second try: final page mark
-        test::ClickAt(w.view, w.view->IconRect(4).center());
+        ClickAt(w.view, w.view->IconRect(4).center());
         w.Repaint();
-        const QImage shot = test::Grab(w.view);
-        test::SavePng(shot, QString::asprintf("thumbs_grid_rate%.1f.png", rate));
+        const QImage shot = Grab(w.view);
+        SavePng(shot, QString::asprintf("thumbs_grid_rate%.1f.png", rate));
 
         // The selected boutique item: gold bar under its label, the crown on its picture.
         const QRect label = w.view->LabelRect(4);
-        EXPECT_EQ(test::PixelAt(shot, label.center().x(), label.bottom() + 2), QColor(0xbb, 0x9d, 0x6a));
+        EXPECT_EQ(PixelAt(shot, label.center().x(), label.bottom() + 2), QColor(0xbb, 0x9d, 0x6a));
         const QRect icon = w.view->IconRect(4);
-        EXPECT_TRUE(test::ContainsColour(shot, QRect(icon.x() + ScaleUnits(12), icon.y() + ScaleUnits(7),
+        EXPECT_TRUE(ContainsColour(shot, QRect(icon.x() + ScaleUnits(12), icon.y() + ScaleUnits(7),
                                                      ScaleUnits(16), ScaleUnits(16)),
                                          QColor(0xbb, 0x9d, 0x6a), 60))
             << "the crown";
         // The frame of a fitted cell on every picture, placeholder or not.
         for (int i : {0, 2, 3})
-            EXPECT_EQ(test::PixelAt(shot, w.view->IconRect(i).x(), w.view->IconRect(i).center().y()),
+            EXPECT_EQ(PixelAt(shot, w.view->IconRect(i).x(), w.view->IconRect(i).center().y()),
                       QColor(0x29, 0x75, 0xe6))
                 << i;
         // Placeholders A and B differ from each other and from a preview.
@@ -285,8 +283,8 @@ TEST(DwgListView, RendersArrivedMissingAndSelectedBoutiqueCells) {
         EXPECT_NE(shot.copy(w.view->IconRect(0)), b);
         EXPECT_EQ(b, shot.copy(w.view->IconRect(5))) << "one spinner for every missing file";
     }
-    test::UseRate(1.0f);
+    UseRate(1.0f);
 }
 
 }  // namespace
-}  // namespace marrowfin
+}  // namespace marrowfin::test

@@ -7,8 +7,20 @@
 #include <QtTest/QTest>
 
 #include "platform/qt/window_message_event.h"
+#include "render_support.h"
 
 namespace marrowfin::test {
+
+namespace {
+
+const char* const kClassTexts[] = {"最近使用", "我的收藏", "建筑", "精品家具", "机械", "电气", "给排水",
+                                   "暖通",     "园林",     "室内", "结构",     "市政", "道路", "桥梁"};
+
+void InsertClasses(CClassListCtrl* list, int rows) {
+    for (int i = 0; i < rows; ++i) list->InsertItem(i, QString::fromUtf8(kClassTexts[i % 14]));
+}
+
+}  // namespace
 
 std::vector<Recorded> RecordingOwner::Take() {
     QCoreApplication::processEvents();
@@ -26,15 +38,56 @@ bool RecordingOwner::event(QEvent* event) {
     return QWidget::event(event);
 }
 
-void ClickAt(QWidget* widget, QPoint pos, Qt::MouseButton button) {
-    QWidget* top = widget->window();
-    QTest::mouseClick(top->windowHandle(), button, {}, widget->mapTo(top, pos));
-    QCoreApplication::processEvents();
+ClassBoard::ClassBoard(float rate, int rows, int left) {
+    UseRate(rate);
+    ParkMouse();
+    owner.resize(ScaleUnits(300), ScaleUnits(330));
+    list = Add(left, rows);
 }
 
-void DoubleClickAt(QWidget* widget, QPoint pos) {
+CClassListCtrl* ClassBoard::Add(int left, int rows) {
+    auto* l = new CClassListCtrl(&owner);
+    l->setGeometry(left, ScaleUnits(12), ScaleUnits(132), ScaleUnits(295));
+    InsertClasses(l, rows);
+    return l;
+}
+
+void ClassBoard::Fill(int rows) {
+    list->DeleteAllItems();
+    InsertClasses(list, rows);
+}
+
+SearchBoard::SearchBoard(float rate, int rowCount, int heightUnits) {
+    UseRate(rate);
+    ParkMouse();
+    owner.resize(ScaleUnits(760), ScaleUnits(heightUnits + 30));
+    list = new CSearchListCtrl(&owner);
+    list->setGeometry(ScaleUnits(7), ScaleUnits(12), ScaleUnits(740), ScaleUnits(heightUnits));
+    if (rowCount > 0) Fill(rowCount);
+}
+
+void SearchBoard::Fill(int count) {
+    rows.assign(count, MakeRow("单开门.dwg", "门窗..平开门", RowFresh));
+    list->SetRows(&rows);
+}
+
+BlockRow MakeRow(const char* name, const char* subclass, int state) {
+    BlockRow r;
+    r.name = QString::fromUtf8(name);
+    r.klass = QStringLiteral("建筑");
+    r.subclass = QString::fromUtf8(subclass);
+    r.url = QStringLiteral("http://127.0.0.1/") + r.name;
+    r.state = state;
+    return r;
+}
+
+void ClickAt(QWidget* widget, QPoint pos, Qt::MouseButton button, bool twice) {
     QWidget* top = widget->window();
-    QTest::mouseDClick(top->windowHandle(), Qt::LeftButton, {}, widget->mapTo(top, pos));
+    if (twice) {
+        QTest::mouseDClick(top->windowHandle(), button, {}, widget->mapTo(top, pos));
+    } else {
+        QTest::mouseClick(top->windowHandle(), button, {}, widget->mapTo(top, pos));
+    }
     QCoreApplication::processEvents();
 }
 
@@ -60,10 +113,7 @@ bool ShowAndWait(QWidget* window) {
 
 bool Differs(const QImage& a, const QImage& b, const QRect& area) {
     const QRect r = area.intersected(a.rect()).intersected(b.rect());
-    for (int y = r.top(); y <= r.bottom(); ++y)
-        for (int x = r.left(); x <= r.right(); ++x)
-            if (a.pixel(x, y) != b.pixel(x, y)) return true;
-    return false;
+    return a.copy(r) != b.copy(r);
 }
 
 bool SameBlock(const QImage& a, const QRect& area, const QImage& b, QPoint atB) {
