@@ -123,26 +123,21 @@ TEST(MarkupEdit, SetAttributeReplacesOrAppends) {
 
     // Tags whose quoting the attribute scan and the tokeniser read apart:
     // edits stay inside the tag and keep it empty or not as it was.
-    struct Case {
-        const char16_t* text;
-        const char16_t* name;
-        const char16_t* expected;
-    };
-    const Case cases[] = {
+    const std::tuple<const char16_t*, const char16_t*, const char16_t*> cases[] = {
         {u"<r><a =a=' 1 g/></r>", u"n", u"<r><a =a=' 1 g n=\"v\"/></r>"},
         {u"<r><a =a=' 1 g/></r>", u"a", u"<r><a =a=\"v\"/></r>"},
         {u"<r><a b=c/></a></r>", u"n", u"<r><a b=c/ n=\"v\"></a></r>"},
         {u"<r><a b=c\"/></r>", u"n", u"<r><a b=c\" n=\"v\"/></r>"},
         {u"<r><a  ></a></r>", u"n", u"<r><a n=\"v\"  ></a></r>"},
     };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(U8(c.text));
-        doc.SetText(c.text);
+    for (const auto& [text, name, expected] : cases) {
+        SCOPED_TRACE(U8(text));
+        doc.SetText(text);
         ASSERT_TRUE(doc.FindElement(u"r"));
         ASSERT_TRUE(doc.EnterElement());
         ASSERT_TRUE(doc.FindElement(u"a"));
-        ASSERT_TRUE(doc.SetAttribute(c.name, u"v"));
-        EXPECT_EQ(doc.Text(), c.expected);
+        ASSERT_TRUE(doc.SetAttribute(name, u"v"));
+        EXPECT_EQ(doc.Text(), expected);
         MarkupDocument again;
         again.SetText(doc.Text());
         EXPECT_EQ(ShapeOf(again), ShapeOf(doc));

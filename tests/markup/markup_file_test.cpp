@@ -82,32 +82,28 @@ TEST(MarkupFile, ReadsAndWritesEveryFormWithAndWithoutMarks) {
 TEST(MarkupFile, DeclaredCodePagesRoundTrip) {
     test::TempHome home;
     const std::string path = home.file("gbk.xml");
-    struct Page {
-        const char* name;
-        std::u16string text;
-    };
-    const Page pages[] = {
+    const std::pair<const char*, std::u16string> pages[] = {
         {"GBK", u"图块库"}, {"gb2312", u"图块"}, {"big5", u"圖塊"}, {"Shift_JIS", u"ブロック"},
         {"ISO-8859-1", u"Ølé"}, {"windows-1251", u"Блок"}, {"cp1252", u"€uro"},
     };
-    for (const Page& p : pages) {
-        SCOPED_TRACE(p.name);
-        const std::u16string text = u"<?xml version=\"1.0\" encoding=\"" + W(p.name) + u"\"?>\r\n<r n=\"" + p.text +
-                                    u"\">" + p.text + u"</r>";
+    for (const auto& [name, sample] : pages) {
+        SCOPED_TRACE(name);
+        const std::u16string text = u"<?xml version=\"1.0\" encoding=\"" + W(name) + u"\"?>\r\n<r n=\"" + sample +
+                                    u"\">" + sample + u"</r>";
         MarkupDocument doc;
         ASSERT_TRUE(doc.SetText(text));
         ASSERT_TRUE(doc.SaveFile(W(path))) << ResultOf(doc);
         const std::string bytes = ReadBytes(path);
         std::string expected;
-        ASSERT_TRUE(Utf16ToCodePage(text, MarkupDocument::CodePageOfEncodingName(W(p.name)), expected));
+        ASSERT_TRUE(Utf16ToCodePage(text, MarkupDocument::CodePageOfEncodingName(W(name)), expected));
         EXPECT_EQ(bytes, expected);
-        EXPECT_EQ(bytes.find(U8(p.text)), std::string::npos);  // not UTF-8 on disk
+        EXPECT_EQ(bytes.find(U8(sample)), std::string::npos);  // not UTF-8 on disk
         EXPECT_TRUE(HasRecord(doc, "converted_from encoding=\"UTF-16\"")) << ResultOf(doc);
         MarkupDocument back;
         ASSERT_TRUE(back.LoadFile(W(path))) << ResultOf(back);
         EXPECT_EQ(back.Text(), text);
         ASSERT_TRUE(back.FindElement(u"r"));
-        EXPECT_EQ(back.GetElementText(), p.text);
+        EXPECT_EQ(back.GetElementText(), sample);
         EXPECT_TRUE(HasRecord(back, "converted_to encoding=\"UTF-16\""));
     }
     // A character without an equivalent is recorded, and the write still happens.

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <random>
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -131,19 +132,18 @@ TEST(MarkupParse, AttributeIntoAReusedBuffer) {
     ASSERT_TRUE(doc.FindElement());
     ASSERT_TRUE(doc.EnterElement());
     ASSERT_TRUE(doc.FindElement(u"e"));
-    std::u16string buffer = u"left over from before";
-    EXPECT_TRUE(doc.GetAttribute(u"a", buffer));
-    EXPECT_EQ(buffer, u"one");
-    // Present but empty differs from absent only in the result.
-    EXPECT_TRUE(doc.GetAttribute(u"b", buffer));
-    EXPECT_EQ(buffer, u"");
-    buffer = u"stale";
-    EXPECT_FALSE(doc.GetAttribute(u"zz", buffer));
-    EXPECT_EQ(buffer, u"");
-    EXPECT_FALSE(doc.GetAttribute(u"", buffer));
-    EXPECT_TRUE(doc.GetAttribute(u"c", buffer));
-    EXPECT_EQ(buffer, u"x&y\u4E2D");
+    // Present but empty differs from absent only in the result; the buffer
+    // never keeps what it held before.
+    std::u16string buffer;
+    const std::tuple<const char16_t*, bool, const char16_t*> reads[] = {
+        {u"a", true, u"one"}, {u"b", true, u""}, {u"zz", false, u""}, {u"c", true, u"x&y\u4E2D"}};
+    for (const auto& [name, found, value] : reads) {
+        buffer = u"left over from before";
+        EXPECT_EQ(doc.GetAttribute(name, buffer), found) << U8(name);
+        EXPECT_EQ(buffer, value) << U8(name);
+    }
     EXPECT_EQ(buffer, doc.GetAttribute(u"c"));
+    EXPECT_FALSE(doc.GetAttribute(u"", buffer));
     // The next element replaces the value; its missing ones read as absent.
     ASSERT_TRUE(doc.FindElement(u"e"));
     EXPECT_TRUE(doc.GetAttribute(u"a", buffer));
@@ -215,44 +215,34 @@ TEST(MarkupParse, BrokenNestingKeepsAnIndex) {
 
 TEST(MarkupParse, EveryTokeniserCaseAndItsTruncations) {
     MarkupDocument doc;
-    struct Case {
-        const char16_t* text;
-        bool ok;
-        const char* record;  // expected record, or null
-    };
-    const Case cases[] = {
+    // Text, well-formed, the record expected (or none at all).
+    const std::tuple<const char16_t*, bool, const char*> cases[] = {
         {u"<a><?pi x?><!-- c --><![CDATA[<x>]]>t</a>", true, nullptr},
         {u"<!DOCTYPE a [ <!ELEMENT a (#PCDATA)> <!ATTLIST a x CDATA \">\"> <!-- > --> ]><a/>", true, nullptr},
         {u"<!DOCTYPE a [ <!X> ]><a/>", false, "doctype_tag_syntax offset=\"0\""},
         {u"<a><!x></a>", false, "exclamation_tag_syntax offset=\"3\""},
         {u"<a><!-x></a>", false, "comment_tag_syntax offset=\"3\""},
         {u"<a><![x></a>", false, "cdata_section_syntax offset=\"3\""},
-        {u"<a>< b</a>", false, "first_tag_syntax offset=\"3\""},
-        {u"<a><1></a>", false, "first_tag_syntax"},
+        {u"<a>< b</a>", false, "first_tag_syntax offset=\"3\""}, {u"<a><1></a>", false, "first_tag_syntax"},
         {u"<a x=\"1>", false, "unterminated_tag_syntax type=\"start_tag\" offset=\"0\""},
         {u"<a></a", false, "unterminated_tag_syntax type=\"end_tag\" offset=\"3\""},
-        {u"<a/><?pi", false, "type=\"processing_instruction\""},
-        {u"<a/><!-- c ->", false, "type=\"comment\""},
-        {u"<a/><![CDATA[ x ]>", false, "type=\"cdata_section\""},
-        {u"<!DOCTYPE a [", false, "type=\"document_type\""},
-        {u"<a/><!x", false, "type=\"tag\""},
-        {u"<a/><", false, "type=\"tag\""},
-        {u"<a/><!-->", false, "type=\"comment\""},
-        {u"<a/><?>", false, "type=\"processing_instruction\""},
-        {u"<a/><?", false, "type=\"processing_instruction\""},
+        {u"<a/><?pi", false, "type=\"processing_instruction\""}, {u"<a/><!-- c ->", false, "type=\"comment\""},
+        {u"<a/><![CDATA[ x ]>", false, "type=\"cdata_section\""}, {u"<!DOCTYPE a [", false, "type=\"document_type\""},
+        {u"<a/><!x", false, "type=\"tag\""}, {u"<a/><", false, "type=\"tag\""}, {u"<a/><!-->", false, "type=\"comment\""},
+        {u"<a/><?>", false, "type=\"processing_instruction\""}, {u"<a/><?", false, "type=\"processing_instruction\""},
         {u"<!DOCTYPE a [<!-", false, "type=\"document_type\""},
     };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(U8(c.text));
-        EXPECT_EQ(doc.SetText(c.text), c.ok) << ResultOf(doc);
-        if (c.record) {
-            EXPECT_TRUE(HasRecord(doc, c.record)) << ResultOf(doc);
+    for (const auto& [text, ok, record] : cases) {
+        SCOPED_TRACE(U8(text));
+        EXPECT_EQ(doc.SetText(text), ok) << ResultOf(doc);
+        if (record) {
+            EXPECT_TRUE(HasRecord(doc, record)) << ResultOf(doc);
         } else {
             EXPECT_EQ(doc.GetResult(), u"");
         }
         EXPECT_EQ(CheckIndex(doc), "");
         // Every prefix of the text parses without harm and keeps a sound index.
-        const std::u16string full(c.text);
+        const std::u16string full(text);
         for (size_t n = 0; n <= full.size(); ++n) {
             doc.SetText(std::u16string_view(full).substr(0, n));
             ASSERT_EQ(CheckIndex(doc), "") << n;
