@@ -2,8 +2,6 @@
 // missing files, the cache's bound, mouse commands, name fitting, and renders.
 #include <gtest/gtest.h>
 
-#include <QDir>
-#include <QFile>
 #include <QTemporaryDir>
 #include <QtTest/QTest>
 #include <algorithm>
@@ -24,46 +22,43 @@ namespace {
 
 enum class Make { Preview, PngPreview, NoPreview, Cut, Missing };
 
-std::string Drawing(const char* name) {
-    return ReadBytes(SharedDir() + "/testdata/dwg/" + name);
-}
+std::string Drawing(const char* name) { return ReadBytes(SharedDir() + "/testdata/dwg/" + name); }
 
-// A folder of drawings in the order of `kinds`, named b000.dwg and so on.
-struct BlockFolder {
+// A recording owner holding the grid at the panel's size for the list, over a
+// folder of drawings made in the order of `kinds` (b000.dwg and so on).
+struct GridWorld {
     QTemporaryDir dir;
     std::vector<std::u16string> paths;
-    explicit BlockFolder(const std::vector<Make>& kinds) {
+    RecordingOwner owner;
+    CDWGListView* view;
+
+    explicit GridWorld(const std::vector<Make>& kinds, float rate = 1.0f) {
         static const std::string bmp = Drawing("bmp8_ac1015.dwg");
         static const std::string png = Drawing("png_ac1027.dwg");
         static const std::string none = Drawing("no_preview_ac1009.dwg");
         EXPECT_GT(bmp.size(), 4096u) << "test drawings not found";
+        const std::string bytes[] = {bmp, png, none, std::string(600, 'x')};  // in the order of Make
         for (size_t i = 0; i < kinds.size(); ++i) {
-            const std::string path = dir.path().toStdString() + "/" + QString::asprintf("b%03zu.dwg", i).toStdString();
-            paths.push_back(QString::fromStdString(path).toStdU16String());
-            switch (kinds[i]) {
-                case Make::Preview: WriteBytes(path, bmp); break;
-                case Make::PngPreview: WriteBytes(path, png); break;
-                case Make::NoPreview: WriteBytes(path, none); break;
-                case Make::Cut: WriteBytes(path, std::string(600, 'x')); break;
-                case Make::Missing: break;
-            }
+            const QString path = dir.filePath(QString::asprintf("b%03zu.dwg", i));
+            paths.push_back(path.toStdU16String());
+            if (kinds[i] != Make::Missing) WriteBytes(path.toStdString(), bytes[int(kinds[i])]);
         }
-    }
-    void Arrive(size_t i) {
-        WriteBytes(QString::fromStdU16String(paths[i]).toStdString(), Drawing("bmp8_ac1015.dwg"));
-    }
-};
-
-// A recording owner holding the grid at the panel's size for the list.
-struct GridWorld {
-    RecordingOwner owner;
-    CDWGListView* view;
-    explicit GridWorld(float rate = 1.0f) {
         UseRate(rate);
         owner.resize(ScaleUnits(640), ScaleUnits(360));
         view = new CDWGListView(&owner);
         view->setGeometry(ScaleBox(0, 0, 617, 343));
     }
+    // Hands the paths over, shows the grid and paints it once.
+    bool Show() {
+        view->SetPaths(paths);
+        if (!ShowAndWait(&owner)) return false;
+        Repaint();
+        return true;
+    }
+    void Arrive(size_t i) {
+        WriteBytes(QString::fromStdU16String(paths[i]).toStdString(), Drawing("bmp8_ac1015.dwg"));
+    }
+    // The items whose missing files were reported; or the other messages.
     std::vector<int> Missing() {
         std::vector<int> out;
         for (const Recorded& r : owner.Take())
@@ -72,11 +67,9 @@ struct GridWorld {
         out.erase(std::unique(out.begin(), out.end()), out.end());
         return out;
     }
-    // The commands among the messages (shown missing cells report as well).
     std::vector<Recorded> Commands() {
-        std::vector<Recorded> out;
-        for (const Recorded& r : owner.Take())
-            if (!(r.message == MsgPanelEvent && r.wParam == 0)) out.push_back(r);
+        std::vector<Recorded> out = owner.Take();
+        std::erase_if(out, [](const Recorded& r) { return r.message == MsgPanelEvent && r.wParam == 0; });
         return out;
     }
     void Repaint() {
@@ -90,12 +83,10 @@ TEST(DwgListView, ShownRangeLoadsPreviewsReportsMissingFilesAndKeepsStates) {
     std::vector<Make> kinds = {Make::Preview, Make::NoPreview, Make::Missing, Make::Cut, Make::PngPreview};
     kinds.resize(60, Make::Preview);
     kinds[25] = Make::Missing;  // out of view at first
-    BlockFolder blocks(kinds);
-    GridWorld w;
-    w.view->SetPaths(blocks.paths);
+    GridWorld w(kinds);
+    w.view->SetPaths(w.paths);
     EXPECT_EQ(w.view->PreviewReads(), 0) << "filling reads nothing";
-    ASSERT_TRUE(ShowAndWait(&w.owner));
-    w.Repaint();
+    ASSERT_TRUE(w.Show());
 
     EXPECT_EQ(w.view->Columns(), 4);
     const int last = w.view->LastVisibleItem();
@@ -106,7 +97,7 @@ TEST(DwgListView, ShownRangeLoadsPreviewsReportsMissingFilesAndKeepsStates) {
     EXPECT_EQ(w.view->ItemState(1), CDWGListView::kStateTriedOnce);
     EXPECT_EQ(w.view->ItemState(2), CDWGListView::kStateFresh);
     EXPECT_EQ(w.view->ItemState(last + 1), CDWGListView::kStateFresh) << "nothing beyond the shown range";
-    EXPECT_FALSE(FileExists(blocks.paths[3])) << "a cut download is deleted";
+    EXPECT_FALSE(FileExists(w.paths[3])) << "a cut download is deleted";
     EXPECT_EQ(w.Missing(), (std::vector<int>{2, 3}));
     const int reads = w.view->PreviewReads();
     EXPECT_EQ(reads, last + 1 - 2);  // every present file once
@@ -143,7 +134,7 @@ TEST(DwgListView, ShownRangeLoadsPreviewsReportsMissingFilesAndKeepsStates) {
     w.view->isScanBusy = nullptr;
 
     // The file arrives: MsgListRefresh 1 redraws the cell and its preview loads.
-    blocks.Arrive(2);
+    w.Arrive(2);
     ASSERT_TRUE(PostWindowMessage(HandleOf(w.view), MsgListRefresh, 1, 2));
     QCoreApplication::processEvents();
     w.Repaint();
@@ -158,11 +149,8 @@ TEST(DwgListView, ShownRangeLoadsPreviewsReportsMissingFilesAndKeepsStates) {
 }
 
 TEST(DwgListView, CacheStaysBoundedOverALongList) {
-    BlockFolder blocks(std::vector<Make>(300, Make::Preview));
-    GridWorld w;
-    w.view->SetPaths(blocks.paths);
-    ASSERT_TRUE(ShowAndWait(&w.owner));
-    w.Repaint();
+    GridWorld w(std::vector<Make>(300, Make::Preview));
+    ASSERT_TRUE(w.Show());
     const int shown = w.view->LastVisibleItem() - w.view->FirstVisibleItem() + 1;
     int peak = 0;
     for (int step = 0; step < 40 && w.view->LastVisibleItem() < 299; ++step) {
@@ -185,15 +173,11 @@ TEST(DwgListView, CacheStaysBoundedOverALongList) {
 }
 
 TEST(DwgListView, MouseAndKeysPostCommandsToTheOwner) {
-    BlockFolder blocks({Make::Preview, Make::Missing, Make::Preview, Make::NoPreview, Make::Preview, Make::Preview});
-    GridWorld w;
-    w.view->SetPaths(blocks.paths);
-    ASSERT_TRUE(ShowAndWait(&w.owner));
-    w.Repaint();
+    GridWorld w({Make::Preview, Make::Missing, Make::Preview, Make::NoPreview, Make::Preview, Make::Preview});
+    ASSERT_TRUE(w.Show());
     (void)w.Commands();
 
-    const QPoint onPicture2 = w.view->IconRect(2).center();
-    ClickAt(w.view, onPicture2);
+    ClickAt(w.view, w.view->IconRect(2).center());
     EXPECT_EQ(w.view->GetSelectedItem(), 2);
     EXPECT_EQ(w.Commands(), (std::vector<Recorded>{{MsgPanelCommand, 1, 2}, {MsgPanelCommand, 22, 2}}));
 
@@ -209,8 +193,7 @@ TEST(DwgListView, MouseAndKeysPostCommandsToTheOwner) {
     ClickAt(w.view, w.view->IconRect(1).center(), Qt::RightButton);
     ClickAt(w.view, w.view->IconRect(3).center(), Qt::RightButton);
     ClickAt(w.view, w.view->IconRect(0).center(), Qt::RightButton);
-    got = w.Commands();
-    EXPECT_EQ(got, (std::vector<Recorded>{{MsgPanelEvent, 8, 3}, {MsgPanelEvent, 8, 0}}));
+    EXPECT_EQ(w.Commands(), (std::vector<Recorded>{{MsgPanelEvent, 8, 3}, {MsgPanelEvent, 8, 0}}));
 
     // A click beside the items clears the selection and tells nobody.
     ClickAt(w.view, QPoint(w.view->ItemRect(3).center().x(), w.view->ItemRect(5).bottom() + 20));
@@ -250,14 +233,11 @@ TEST(DwgListView, NamesFitTheCell) {
 
 TEST(DwgListView, RendersArrivedMissingAndSelectedBoutiqueCells) {
     for (float rate : {1.0f, 1.5f}) {
-        std::vector<Make> kinds = {Make::Preview, Make::PngPreview, Make::Missing, Make::NoPreview,
-                                   Make::Preview, Make::Missing, Make::Preview, Make::Missing};
-        BlockFolder blocks(kinds);
-        GridWorld w(rate);
+        GridWorld w({Make::Preview, Make::PngPreview, Make::Missing, Make::NoPreview, Make::Preview, Make::Missing,
+                     Make::Preview, Make::Missing},
+                    rate);
         w.view->isBoutique = [](int item) { return item == 4 || item == 6; };
-        w.view->SetPaths(blocks.paths);
-        ASSERT_TRUE(ShowAndWait(&w.owner));
-        w.Repaint();
+        ASSERT_TRUE(w.Show());
         w.view->RedrawItem(3);  // the second try: final page mark
         ClickAt(w.view, w.view->IconRect(4).center());
         w.Repaint();
@@ -266,17 +246,13 @@ TEST(DwgListView, RendersArrivedMissingAndSelectedBoutiqueCells) {
 
         // The selected boutique item: gold bar under its label, the crown on its picture.
         const QRect label = w.view->LabelRect(4);
-        EXPECT_EQ(PixelAt(shot, label.center().x(), label.bottom() + 2), QColor(0xbb, 0x9d, 0x6a));
+        EXPECT_EQ(PixelAt(shot, label.center().x(), label.bottom() + 2), kBoutique);
         const QRect icon = w.view->IconRect(4);
-        EXPECT_TRUE(ContainsColour(shot, QRect(icon.x() + ScaleUnits(12), icon.y() + ScaleUnits(7),
-                                                     ScaleUnits(16), ScaleUnits(16)),
-                                         QColor(0xbb, 0x9d, 0x6a), 60))
-            << "the crown";
+        const QRect crown(icon.x() + ScaleUnits(12), icon.y() + ScaleUnits(7), ScaleUnits(16), ScaleUnits(16));
+        EXPECT_TRUE(ContainsColour(shot, crown, kBoutique, 60)) << "the crown";
         // The frame of a fitted cell on every picture, placeholder or not.
         for (int i : {0, 2, 3})
-            EXPECT_EQ(PixelAt(shot, w.view->IconRect(i).x(), w.view->IconRect(i).center().y()),
-                      QColor(0x29, 0x75, 0xe6))
-                << i;
+            EXPECT_EQ(PixelAt(shot, w.view->IconRect(i).x(), w.view->IconRect(i).center().y()), kAccent) << i;
         // Placeholders A and B differ from each other and from a preview.
         const QImage a = shot.copy(w.view->IconRect(3)), b = shot.copy(w.view->IconRect(2));
         EXPECT_NE(a, b);
