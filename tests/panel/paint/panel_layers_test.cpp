@@ -145,42 +145,34 @@ TEST_P(PanelPainting, EachEmptyBrowseStatePicksItsPictureAndText) {
     struct Case {
         PanelPaintState state;
         int cellX;  // -1: no picture
-        QPoint picture;
-        const char* text;
-        QRect textUnits;  // left, top, right, bottom; right -1: the client width
-        const char* png;
+        QRect picture, text;
+        const char *words, *png;
     };
     PanelPaintState opened = Browse(3, 0);
     opened.emptySubclassOpened = true;
-    const QRect collectionText(QPoint(19, 228), QPoint(-1, 248));
-    const QRect classText(QPoint(352, 233), QPoint(422, 253));
+    const QRect collection = ScaleBox(352, 158, 70, 70), collectionText = ScaleRect(19, 228, 755, 248);
+    const QRect classText = ScaleRect(352, 233, 422, 253);
     const Case cases[] = {
-        {Browse(0, 0), 0, {353, 169}, "最近使用为空", QRect(QPoint(322, 240), QPoint(454, 269)), "recent_empty"},
-        {Browse(1, 0, -1), 70, {352, 158}, "收藏为空", collectionText, "collection_empty"},
-        {Browse(1, 0, 0), 552, {352, 158}, "本地收藏与云端不一致，是否同步替换云端数据？", collectionText,
+        {Browse(0, 0), 0, ScaleBox(353, 169, 70, 70), ScaleRect(322, 240, 454, 269), "最近使用为空", "recent_empty"},
+        {Browse(1, 0, -1), 70, collection, collectionText, "收藏为空", "collection_empty"},
+        {Browse(1, 0, 0), 552, collection, collectionText, "本地收藏与云端不一致，是否同步替换云端数据？",
          "collection_differs"},
-        {Browse(1, 0, 1), 434, {352, 158}, "加载中，请稍候...", collectionText, "collection_loading"},
-        {Browse(1, 0, 2), 434, {352, 158}, "同步中，请稍候...", collectionText, "collection_syncing"},
-        {Browse(1, 0, 3), 364, {352, 158}, "加载失败，请连接网络后重试", collectionText, "collection_load_failed"},
-        {Browse(1, 0, 4), 364, {352, 158}, "同步失败，请连接网络后重试", collectionText, "collection_sync_failed"},
-        {opened, 210, {352, 158}, "暂无图块", classText, "class_opened_empty"},
-        {Browse(3, 0), -1, {}, "常用为空", classText, "class_common_empty"},
+        {Browse(1, 0, 1), 434, collection, collectionText, "加载中，请稍候...", "collection_loading"},
+        {Browse(1, 0, 2), 434, collection, collectionText, "同步中，请稍候...", "collection_syncing"},
+        {Browse(1, 0, 3), 364, collection, collectionText, "加载失败，请连接网络后重试", "collection_load_failed"},
+        {Browse(1, 0, 4), 364, collection, collectionText, "同步失败，请连接网络后重试", "collection_sync_failed"},
+        {opened, 210, collection, classText, "暂无图块", "class_opened_empty"},
+        {Browse(3, 0), -1, QRect(), classText, "常用为空", "class_common_empty"},
     };
     for (const Case& k : cases) {
         SCOPED_TRACE(k.png);
         const QImage img = Panel(k.state);
-        const QRect u = k.textUnits;
-        const QRect text = u.right() == -1 ? QRect(ScaleUnits(u.left()), ScaleUnits(u.top()),
-                                                   img.width() - ScaleUnits(u.left()),
-                                                   ScaleUnits(u.bottom()) - ScaleUnits(u.top()))
-                                           : ScaleRect(u.left(), u.top(), u.right(), u.bottom());
-        const QRect textArea = TextBand(text).intersected(QRect(1, 0, img.width() - 2, img.height()));
-        EXPECT_TRUE(SameIn(img, TextAlone(QString::fromUtf8(k.text), text, c::GreyText()), textArea));
+        const QRect textArea = TextBand(k.text).intersected(QRect(1, 0, img.width() - 2, img.height()));
+        EXPECT_TRUE(SameIn(img, TextAlone(QString::fromUtf8(k.words), k.text, c::GreyText()), textArea));
         EXPECT_TRUE(HasColour(img, textArea, c::GreyText(), 6));
-        const QRect picture = ScaleBox(k.picture.x(), k.picture.y(), 70, 70);
         if (k.cellX >= 0) {
-            EXPECT_TRUE(SameIn(img, CellAlone(picture, k.cellX, 0, 70), picture));
-            EXPECT_GT(CountNot(img, picture, Qt::white), picture.width() * picture.height() / 20);
+            EXPECT_TRUE(SameIn(img, CellAlone(k.picture, k.cellX, 0, 70), k.picture));
+            EXPECT_GT(CountNot(img, k.picture, Qt::white), k.picture.width() * k.picture.height() / 20);
         } else {
             EXPECT_EQ(CountNot(img, ScaleRect(190, 110, 580, 230), Qt::white), 0);
         }
@@ -189,7 +181,7 @@ TEST_P(PanelPainting, EachEmptyBrowseStatePicksItsPictureAndText) {
         {
             QPainter p(&rest);
             p.fillRect(textArea, Qt::white);
-            if (k.cellX >= 0) p.fillRect(picture, Qt::white);
+            p.fillRect(k.picture, Qt::white);
         }
         EXPECT_EQ(CountNot(rest, ScaleRect(190, 110, 580, 300), Qt::white), 0);
         if (firstRate()) SavePng(img, QStringLiteral("browse_%1.png").arg(QLatin1String(k.png)));
@@ -199,9 +191,7 @@ TEST_P(PanelPainting, EachEmptyBrowseStatePicksItsPictureAndText) {
         SCOPED_TRACE(testing::Message() << s.classIndex << "/" << s.syncStatus);
         const QImage img = Panel(s);
         EXPECT_EQ(CountNot(img, ScaleRect(190, 110, 580, 300), Qt::white), 0);
-        const QRect table(ScaleUnits(130), ScaleUnits(100), img.width() - ScaleUnits(130) - 2,
-                          ScaleUnits(420) - ScaleUnits(100));
-        EXPECT_EQ(CountNot(img, table, Qt::white), 0);
+        EXPECT_EQ(CountNot(img, ScaleRect(130, 100, 755, 420).adjusted(0, 0, -2, 0), Qt::white), 0);
         if (firstRate() && s.syncStatus == -2) SavePng(img, QStringLiteral("browse_collection_hidden.png"));
     }
 }
@@ -263,8 +253,7 @@ TEST_P(PanelPainting, SearchLayerBoxEmptyStatesHintAndDefaultWord) {
     // The default word from 30 units into the box, in the placeholder grey, on the search page only.
     const QRect word = ScaleRect(42, 40, 686, 64).adjusted(0, 2, -2, -2);
     EXPECT_TRUE(HasColour(img, word, c::Placeholder(), 4));
-    const QRect beforeWord(ScaleUnits(34), box.top() + 2, ScaleUnits(42) - ScaleUnits(34), box.height() - 4);
-    EXPECT_EQ(CountNot(img, beforeWord, Qt::white), 0);
+    EXPECT_EQ(CountNot(img, ScaleRect(34, 40, 42, 64).adjusted(0, 2, 0, -2), Qt::white), 0);
     SavePng(img, QStringLiteral("search_rows_%1.png").arg(rate()));
     withRows.page = PageCollectionSearch;
     EXPECT_EQ(CountNot(Panel(withRows), word, Qt::white), 0);
