@@ -3,16 +3,12 @@
 // (insertion request, recent and common-use lists, the tip for a missing file).
 #include <gtest/gtest.h>
 
-#include <QApplication>
-#include <QTimer>
 #include <QtTest/QTest>
 #include <algorithm>
 
-#include "marrowfin/marrowfin.h"
 #include "net/download_queue.h"
 #include "net/gallery_sync.h"
 #include "panel_world.h"
-#include "skin/pop_tip_dlg.h"
 #include "store/gallery_tree.h"
 #include "store/show_list.h"
 #include "support/live_service.h"
@@ -47,14 +43,12 @@ bool AllStatesFinal(CDWGListView* list) {
 }
 
 TEST(ThumbnailRoad, ALargeClassShowsPlaceholdersThenPicturesFetchingOnlyWhatIsInView) {
-    PanelWorld w(false);
-    const std::string data = test::SampleLibrary({1, 1, 300});
-    service::ServiceHandle svc = test::StartLiveService(data);
-    ASSERT_TRUE(svc.ok()) << svc.error();
-    const std::u16string gallery = test::GalleryNames(data).at(0);
+    PanelWorld w(test::SampleLibrary({1, 1, 300}));
+    ASSERT_TRUE(w.service.ok()) << w.service.error();
+    const std::u16string gallery = w.galleries.at(0);
     AddGalleryToShowList(gallery);
     BuildFirstTree(w.store);
-    svc.faults().set("/files/*", [] {
+    w.service.faults().set("/files/*", [] {
         service::Fault f;
         f.latencyMs = 80;  // the six places fill up
         return f;
@@ -69,13 +63,13 @@ TEST(ThumbnailRoad, ALargeClassShowsPlaceholdersThenPicturesFetchingOnlyWhatIsIn
     // Placeholders first: nothing is on disk, nothing asked yet.
     EXPECT_EQ(list->ItemState(0), CDWGListView::kStateFresh);
     EXPECT_TRUE(IsTimerRunning(w.panel->Handle(), kTimerThumbRequest));
-    EXPECT_EQ(svc.counters().get("/files/*").count, 0);
+    EXPECT_EQ(w.service.counters().get("/files/*").count, 0);
     w.Render(QStringLiteral("thumbs_class_waiting"));
 
     ASSERT_TRUE(PumpUntil([&] { return AllStatesFinal(list); }, 20000));
     ASSERT_TRUE(WaitForDownloadWorkers(std::chrono::milliseconds(5000)));
     const int shown = list->LastVisibleItem() - list->FirstVisibleItem() + 1;
-    const auto files = svc.counters().get("/files/*");
+    const auto files = w.service.counters().get("/files/*");
     EXPECT_EQ(files.count, shown) << "only the files in view are fetched";
     EXPECT_LE(files.peak, 6);
     EXPECT_GE(files.peak, 2);
@@ -88,8 +82,8 @@ TEST(ThumbnailRoad, ALargeClassShowsPlaceholdersThenPicturesFetchingOnlyWhatIsIn
     test::Pump(50);
     ASSERT_TRUE(PumpUntil([&] { return AllStatesFinal(list); }, 20000));
     ASSERT_TRUE(WaitForDownloadWorkers(std::chrono::milliseconds(5000)));
-    EXPECT_EQ(svc.counters().get("/files/*").count, shown + (list->LastVisibleItem() - list->FirstVisibleItem() + 1));
-    EXPECT_LE(svc.counters().get("/files/*").peak, 6);
+    EXPECT_EQ(w.service.counters().get("/files/*").count, shown + (list->LastVisibleItem() - list->FirstVisibleItem() + 1));
+    EXPECT_LE(w.service.counters().get("/files/*").peak, 6);
 }
 
 TEST(ThumbnailRoad, ABurstOfReportsMakesOneRequestRun) {
@@ -187,20 +181,13 @@ TEST(ThumbnailRoad, DoubleClickInsertsAndHeadsTheUsageLists) {
     test::Pump(700);
     RemoveFile(p1);
     w.panel->m_thumbsToCheck.clear();
-    bool tipShown = false, tipHasCancel = false;
-    QTimer::singleShot(100, [&] {
-        auto* tip = qobject_cast<CPopTipDlg*>(QApplication::activeModalWidget());
-        tipShown = tip != nullptr;
-        if (tip) {
-            tipHasCancel = tip->CancelButton() && tip->CancelButton()->isVisible();
-            tip->grab().save(test::RenderFolder() + QStringLiteral("/thumbs_missing_tip.png"));
-            tip->reject();
-        }
-    });
-    DoubleClickItem(list, 1);
-    test::Pump(30);
-    EXPECT_TRUE(tipShown);
-    EXPECT_TRUE(tipHasCancel) << "the tip offers 确定 and 取消";
+    {
+        test::TipWatcher tip(QStringLiteral("thumbs_missing_tip"), /*accept*/ false);
+        DoubleClickItem(list, 1);
+        test::Pump(30);
+        EXPECT_EQ(tip.seen, 1);
+        EXPECT_TRUE(tip.cancelShown) << "the tip offers 确定 and 取消";
+    }
     EXPECT_EQ(insertions().size(), 4u);
     EXPECT_NE(std::find(w.panel->m_thumbsToCheck.begin(), w.panel->m_thumbsToCheck.end(), 1),
               w.panel->m_thumbsToCheck.end());

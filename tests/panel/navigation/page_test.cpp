@@ -1,7 +1,6 @@
 // Pages, the search commands and the buttons that talk to the service.
 #include <gtest/gtest.h>
 
-#include <QApplication>
 #include <QTimer>
 #include <QtTest/QTest>
 
@@ -12,7 +11,6 @@
 #include "panel/dialog/hot_words.h"
 #include "panel_world.h"
 #include "platform/text.h"
-#include "skin/pop_tip_dlg.h"
 #include "support/live_service.h"
 #include "support/test_paths.h"
 #include "user_state.h"
@@ -44,31 +42,6 @@ void ExpectPage(PanelWorld& w, int page) {
         EXPECT_FALSE(w.ButtonShown(2151));
     }
 }
-
-// Answers the skin's message box when it comes up: notes it, renders it and
-// presses its first button.
-class TipWatcher {
-public:
-    explicit TipWatcher(const QString& png) {
-        m_timer.setInterval(20);
-        QObject::connect(&m_timer, &QTimer::timeout, [this, png] {
-            auto* tip = qobject_cast<CPopTipDlg*>(QApplication::activeModalWidget());
-            if (!tip || !tip->isVisible()) return;
-            ++seen;
-            okText = tip->OkButton() ? tip->OkButton()->text() : QString();
-            cancelShown = tip->CancelButton() && tip->CancelButton()->isVisible();
-            tip->grab().toImage().save(RenderFolder() + u'/' + png + QStringLiteral(".png"));
-            QTest::mouseClick(tip->OkButton(), Qt::LeftButton);
-        });
-        m_timer.start();
-    }
-    int seen = 0;
-    QString okText;
-    bool cancelShown = true;
-
-private:
-    QTimer m_timer;
-};
 
 }  // namespace
 
@@ -187,11 +160,10 @@ TEST(Pages, SearchCommandsAreDampedAndAnEmptyBoxTakesTheDefaultWord) {
 }
 
 TEST(LivePages, CollectionSearchListsTheCloudBlocksAndFiltersThem) {
-    PanelWorld w(/*offline*/ false);
-    service::ServiceHandle svc = StartLiveService(SampleLibrary());
-    ASSERT_TRUE(svc.users().addUser(42, "tok-42"));
+    PanelWorld w(SampleLibrary());
+    ASSERT_TRUE(w.service.users().addUser(42, "tok-42"));
     int64_t folder = 0;
-    ASSERT_EQ(svc.users().addFolder(42, "收藏夹1", &folder), "");
+    ASSERT_EQ(w.service.users().addFolder(42, "收藏夹1", &folder), "");
     for (const char* name : {"螺栓M8.dwg", "螺母.dwg", "Bolt-Large.dwg"}) {
         service::UserBlock block;
         block.folder = folder;
@@ -199,7 +171,7 @@ TEST(LivePages, CollectionSearchListsTheCloudBlocksAndFiltersThem) {
         block.info = "收藏夹1";
         block.size = 3000;
         block.boutique = std::string(name) == "螺母.dwg";
-        svc.users().addBlock(block);
+        w.service.users().addBlock(block);
     }
     GalleryNode* mine = w.AddCollections(42, {u"收藏夹1"}, 0);
     WriteBytes(U8(mine->dirChildren[0]->path) + "/螺母.dwg", std::string(2000, 'x'));
@@ -213,7 +185,7 @@ TEST(LivePages, CollectionSearchListsTheCloudBlocksAndFiltersThem) {
 
     w.ClickButton(2104);
     ASSERT_EQ(p.m_page, PageCollectionSearch);
-    EXPECT_EQ(svc.counters().get("/gallery/get_u_collect").count, 1);
+    EXPECT_EQ(w.service.counters().get("/gallery/get_u_collect").count, 1);
     ASSERT_EQ(p.m_collectionRows.size(), 3u);
     const BlockRow* nut = nullptr;
     for (const BlockRow& row : p.m_collectionRows) {
@@ -263,18 +235,16 @@ TEST(LivePages, CollectionSearchListsTheCloudBlocksAndFiltersThem) {
     ASSERT_TRUE(w.WaitForSwitch());
     service::Fault fault;
     fault.status = 500;
-    svc.faults().set("/gallery/get_u_collect", fault);
+    w.service.faults().set("/gallery/get_u_collect", fault);
     w.ClickButton(2104);
     EXPECT_EQ(p.m_page, PageCollectionSearch);
     EXPECT_TRUE(p.m_collectionRows.empty());
-    EXPECT_EQ(svc.counters().get("/gallery/get_u_collect").count, 2);
+    EXPECT_EQ(w.service.counters().get("/gallery/get_u_collect").count, 2);
 }
 
 TEST(LivePages, DownloadGalleryButtonTipsOnFailureAndFillsTheGalleryOnSuccess) {
-    PanelWorld w(/*offline*/ false);
-    const std::string data = SampleLibrary();
-    service::ServiceHandle svc = StartLiveService(data);
-    const std::u16string name = GalleryNames(data)[0];
+    PanelWorld w(SampleLibrary());
+    const std::u16string name = w.galleries[0];
     GalleryNode* gallery = w.AddGallery({name, 0, 0});
     w.MakePanel();
     CBrindleDlg& p = *w.panel;
@@ -284,7 +254,7 @@ TEST(LivePages, DownloadGalleryButtonTipsOnFailureAndFillsTheGalleryOnSuccess) {
 
     service::Fault fault;
     fault.status = 500;
-    svc.faults().set("/gallery/g_all", fault);
+    w.service.faults().set("/gallery/g_all", fault);
     {
         TipWatcher watcher(QStringLiteral("download_failed_tip"));
         w.ClickButton(2151);
@@ -292,13 +262,13 @@ TEST(LivePages, DownloadGalleryButtonTipsOnFailureAndFillsTheGalleryOnSuccess) {
         EXPECT_EQ(watcher.okText, QStringLiteral("确定"));
         EXPECT_FALSE(watcher.cancelShown);
     }
-    EXPECT_EQ(svc.counters().get("/gallery/g_all").count, 1);
+    EXPECT_EQ(w.service.counters().get("/gallery/g_all").count, 1);
     EXPECT_TRUE(gallery->dirChildren.empty());
     EXPECT_TRUE(IsTimerRunning(p.Handle(), 1011));
     ASSERT_TRUE(w.WaitForSwitch());
     EXPECT_TRUE(w.ButtonShown(2151));  // still empty
 
-    svc.faults().clearAll();
+    w.service.faults().clearAll();
     {
         TipWatcher watcher(QStringLiteral("download_unexpected_tip"));
         w.ClickButton(2151);
@@ -383,10 +353,8 @@ TEST(Pages, CollectionsRowWithoutUserOrFolderAndTheHostButtons) {
 }
 
 TEST(LivePages, SwitchingRefreshesAStaleGalleryAndOpeningAStaleClassFetchesItsBlocks) {
-    PanelWorld w(/*offline*/ false);
-    const std::string data = SampleLibrary();
-    service::ServiceHandle svc = StartLiveService(data);
-    const std::u16string name = GalleryNames(data)[1];
+    PanelWorld w(SampleLibrary());
+    const std::u16string name = w.galleries[1];
     GalleryNode* gallery = w.AddGallery({name, 0, 0});
     ASSERT_TRUE(FetchGalleryFull(w.store, name, false));
     ASSERT_GE(gallery->dirChildren.size(), 2u);
@@ -396,20 +364,20 @@ TEST(LivePages, SwitchingRefreshesAStaleGalleryAndOpeningAStaleClassFetchesItsBl
     const size_t blocks = second->fileChildren.size();
     ASSERT_GT(blocks, 0u);
     w.store.staleClasses[second->path] = second->version + 1;
-    svc.counters().reset();
+    w.service.counters().reset();
     w.MakePanel();
     CBrindleDlg& p = *w.panel;
 
     w.ClickClassRow(2);
     ASSERT_TRUE(w.WaitForSwitch());
-    EXPECT_EQ(svc.counters().get("/gallery/g_cs_s").count, 1);
-    EXPECT_EQ(svc.counters().get("/gallery/g_cs").count, 0);  // the first class is up to date
+    EXPECT_EQ(w.service.counters().get("/gallery/g_cs_s").count, 1);
+    EXPECT_EQ(w.service.counters().get("/gallery/g_cs").count, 0);  // the first class is up to date
     EXPECT_EQ(w.VisibleSubclassButtons(), static_cast<int>(gallery->dirChildren.size()));
     ASSERT_EQ(p.m_subclassBtns[1]->data, QString::fromStdU16String(second->path));
 
     ShiftTicksForTest(400);
     w.ClickButton(2081);
-    EXPECT_EQ(svc.counters().get("/gallery/g_cs").count, 1);
+    EXPECT_EQ(w.service.counters().get("/gallery/g_cs").count, 1);
     EXPECT_EQ(w.store.staleClasses.count(p.m_curClassPath), 0u);
     EXPECT_EQ(p.m_pThumbList->GetItemCount(), static_cast<int>(blocks));
     EXPECT_EQ(p.m_listNodes.size(), blocks);
@@ -418,5 +386,5 @@ TEST(LivePages, SwitchingRefreshesAStaleGalleryAndOpeningAStaleClassFetchesItsBl
     ShiftTicksForTest(400);
     w.ClickClassRow(2);
     ASSERT_TRUE(w.WaitForSwitch());
-    EXPECT_EQ(svc.counters().get("/gallery/g_cs_s").count, 1);
+    EXPECT_EQ(w.service.counters().get("/gallery/g_cs_s").count, 1);
 }

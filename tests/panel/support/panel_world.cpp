@@ -1,6 +1,6 @@
 #include "panel_world.h"
 
-#include <QCoreApplication>
+#include <QApplication>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QKeyEvent>
@@ -11,6 +11,7 @@
 #include "net/download_queue.h"
 #include "net/gallery_sync.h"
 #include "panel/dialog/host_requests.h"
+#include "skin/pop_tip_dlg.h"
 #include "platform/text.h"
 #include "store/gallery_tree.h"
 #include "store/show_list.h"
@@ -44,6 +45,11 @@ std::vector<RecordingHost::Record> RecordingHost::Requests(uintptr_t first, uint
     for (const Record& r : records)
         if (r.message == MARROWFIN_GALLERY_HOST_REQUEST && r.wParam >= first && r.wParam <= last) out.push_back(r);
     return out;
+}
+
+void PanelHarness::Serve(const std::string& library) {
+    galleries = GalleryNames(library);
+    service = StartLiveService(library);
 }
 
 void PanelHarness::DestroyPanel() {
@@ -97,9 +103,7 @@ QImage PanelHarness::Render(const QString& name) {
 
 SampleWorld::SampleWorld(const WorldOptions& options) {
     ResetGalleryStore();
-    const std::string& data = SampleLibrary();
-    galleries = GalleryNames(data);
-    service = StartLiveService(data);
+    Serve(SampleLibrary());
     WriteRate(options.rate);
     if (options.listGallery && !galleries.empty()) AddGalleryToShowList(galleries[0]);
     if (options.firstSync) BuildFirstTree(GalleryStore::Instance());
@@ -123,8 +127,12 @@ OwnedStore::~OwnedStore() {
     }
 }
 
-PanelWorld::PanelWorld(bool offline) {
-    if (offline) WriteOptionString(u"ServiceBase", u"http://127.0.0.1:9");
+PanelWorld::PanelWorld(const std::string& library) {
+    if (library.empty()) {
+        WriteOptionString(u"ServiceBase", u"http://127.0.0.1:9");
+    } else {
+        Serve(library);
+    }
     store.root = new GalleryNode();
     store.root->name = kRootName;
     store.root->path = StoreRoot();
@@ -209,6 +217,24 @@ void PanelWorld::MakePanel(bool waitForStart, float rate) {
         PumpUntil([&] { return panel->m_classesReady; }, 3000);
         WaitForSwitch();
     }
+}
+
+TipWatcher::TipWatcher(const QString& png, bool accept) {
+    m_timer.setInterval(20);
+    QObject::connect(&m_timer, &QTimer::timeout, [this, png, accept] {
+        auto* tip = qobject_cast<CPopTipDlg*>(QApplication::activeModalWidget());
+        if (!tip || !tip->isVisible()) return;
+        ++seen;
+        okText = tip->OkButton() ? tip->OkButton()->text() : QString();
+        cancelShown = tip->CancelButton() && tip->CancelButton()->isVisible();
+        tip->grab().toImage().save(RenderFolder() + u'/' + png + QStringLiteral(".png"));
+        if (accept) {
+            QTest::mouseClick(tip->OkButton(), Qt::LeftButton);
+        } else {
+            tip->reject();
+        }
+    });
+    m_timer.start();
 }
 
 void ResetGalleryStore() {

@@ -8,6 +8,7 @@
 #include <QLineEdit>
 #include <QPoint>
 #include <QString>
+#include <QTimer>
 #include <QWidget>
 #include <functional>
 #include <memory>
@@ -67,6 +68,9 @@ public:
     PanelHarness& operator=(const PanelHarness&) = delete;
 
     TempHome home;
+    // The stand-in service and the names of the galleries it serves, when started.
+    service::ServiceHandle service;
+    std::vector<std::u16string> galleries;
     std::unique_ptr<CBrindleDlg> panel;
 
     void ClickClassRow(int row);
@@ -81,6 +85,8 @@ public:
     QImage Render(const QString& name);
 
 protected:
+    // Starts the stand-in service on `library` and points the profile at it.
+    void Serve(const std::string& library);
     // Hidden first, so that focus leaves the search edit while the panel is
     // still whole (the host never destroys the panel while it runs).
     void DestroyPanel();
@@ -102,8 +108,6 @@ public:
     explicit SampleWorld(const WorldOptions& options = {});
     ~SampleWorld();
 
-    std::vector<std::u16string> galleries;
-    service::ServiceHandle service;
     RecordingHost host;
 };
 
@@ -124,10 +128,9 @@ struct GallerySpec {
 // panel made and shown offscreen by MakePanel.
 class PanelWorld : public PanelHarness {
 public:
-    // `offline` points the service at a closed loopback port so that no
-    // request leaves the machine; tests with the stand-in service pass false
-    // and start it before making the panel.
-    explicit PanelWorld(bool offline = true);
+    // Without a `library` the service is a closed loopback port, so that no
+    // request leaves the machine; with one the stand-in service serves it.
+    explicit PanelWorld(const std::string& library = {});
     ~PanelWorld();
 
     OwnedStore store;
@@ -143,6 +146,19 @@ public:
     // Makes, shows and starts the panel over this store: waits for the first
     // class list (the recent list opened) unless `waitForStart` is false.
     void MakePanel(bool waitForStart = true, float rate = 1.0f);
+};
+
+// Answers the skin's message box whenever it comes up: notes it, renders it
+// to rendered/<png>.png and presses its first button, or closes it.
+class TipWatcher {
+public:
+    explicit TipWatcher(const QString& png, bool accept = true);
+    int seen = 0;
+    QString okText;
+    bool cancelShown = true;
+
+private:
+    QTimer m_timer;
 };
 
 // Frees the process-wide store's tree, so that a test starts with none.
