@@ -295,8 +295,7 @@ TEST(PopTipDlg, LayoutsAndResults) {
             EXPECT_FALSE(ContainsColour(shot, ScaleRect(0, 62, 347, 74), QColor(0x33, 0x33, 0x33), 16))
                 << "one line sits at 76";
             dlg.hide();
-            CSkinButton* ok = dlg.OkButton();
-            EXPECT_EQ(RunTip(dlg, [ok] { QTest::mouseClick(ok, Qt::LeftButton, {}, QPoint(5, 5)); }), 1);
+            EXPECT_EQ(RunTip(dlg, [&dlg] { QTest::mouseClick(dlg.OkButton(), Qt::LeftButton, {}, QPoint(5, 5)); }), 1);
         }
         {
             CPopTipDlg dlg;
@@ -315,10 +314,8 @@ TEST(PopTipDlg, LayoutsAndResults) {
             EXPECT_FALSE(ContainsColour(shot, ScaleRect(105, 4, 340, 28), QColor(0x33, 0x33, 0x33), 40))
                 << "the title is cut behind 104";
             dlg.hide();
-            CSkinButton* cancel = dlg.CancelButton();
-            CSkinButton* close = dlg.CloseButton();
-            EXPECT_EQ(RunTip(dlg, [cancel] { QTest::mouseClick(cancel, Qt::LeftButton, {}, QPoint(5, 5)); }), 2);
-            EXPECT_EQ(RunTip(dlg, [close] { QTest::mouseClick(close, Qt::LeftButton, {}, QPoint(3, 3)); }), 2);
+            EXPECT_EQ(RunTip(dlg, [&dlg] { QTest::mouseClick(dlg.CancelButton(), Qt::LeftButton, {}, QPoint(5, 5)); }), 2);
+            EXPECT_EQ(RunTip(dlg, [&dlg] { QTest::mouseClick(dlg.CloseButton(), Qt::LeftButton, {}, QPoint(3, 3)); }), 2);
             EXPECT_EQ(RunTip(dlg, [&dlg] { QTest::keyClick(&dlg, Qt::Key_Escape); }), 2);
         }
         {
