@@ -54,8 +54,7 @@ TEST(ThumbnailRoad, ALargeClassShowsPlaceholdersThenPicturesFetchingOnlyWhatIsIn
         return f;
     }());
     w.MakePanel();
-    w.ClickClassRow(w.RowOf(gallery));
-    ASSERT_TRUE(w.WaitForSwitch());
+    ASSERT_TRUE(w.OpenRow(w.RowOf(gallery)));
     CDWGListView* list = w.panel->m_pThumbList;
     ASSERT_TRUE(PumpUntil([&] { return list->GetItemCount() == 300; }, 5000));
     test::Pump(50);
@@ -90,8 +89,7 @@ TEST(ThumbnailRoad, ABurstOfReportsMakesOneRequestRun) {
     PanelWorld w;
     w.AddGallery({u"建筑", 2, 120});
     w.MakePanel();
-    w.ClickClassRow(w.RowOf(u"建筑"));
-    ASSERT_TRUE(w.WaitForSwitch());
+    ASSERT_TRUE(w.OpenRow(w.RowOf(u"建筑")));
     test::Pump(700);  // the first round of reports from the opened class runs out
     PumpUntil([&] { return !IsTimerRunning(w.panel->Handle(), kTimerThumbRequest); }, 2000);
     w.panel->m_thumbsToCheck.clear();
@@ -131,8 +129,7 @@ TEST(ThumbnailRoad, DoubleClickInsertsAndHeadsTheUsageLists) {
     w.panel->hostWindow = HandleOf(&host);
     CDWGListView* list = w.panel->m_pThumbList;
 
-    w.ClickClassRow(w.RowOf(u"机械"));
-    ASSERT_TRUE(w.WaitForSwitch());
+    ASSERT_TRUE(w.OpenRow(w.RowOf(u"机械")));
     ASSERT_EQ(PathsOf(w.panel->m_listNodes), PathsOf(cls->fileChildren));
     const std::u16string p2 = cls->fileChildren[2]->path, p1 = cls->fileChildren[1]->path;
 
@@ -164,8 +161,7 @@ TEST(ThumbnailRoad, DoubleClickInsertsAndHeadsTheUsageLists) {
     // On the recent list the order stays as it is.
     w.panel->showMode.clear();
     const std::vector<std::u16string> recentBefore = PathsOf(w.root()->fileChildren);
-    w.ClickClassRow(0);
-    ASSERT_TRUE(w.WaitForSwitch());
+    ASSERT_TRUE(w.OpenRow(0));
     ASSERT_EQ(PathsOf(w.panel->m_listNodes), recentBefore);
     DoubleClickItem(list, 2);
     test::Pump(30);
@@ -174,8 +170,7 @@ TEST(ThumbnailRoad, DoubleClickInsertsAndHeadsTheUsageLists) {
     EXPECT_EQ(PathsOf(w.root()->fileChildren), recentBefore);
 
     // A file that is not there: the tip, no insertion, and the file is asked for.
-    w.ClickClassRow(w.RowOf(u"机械"));
-    ASSERT_TRUE(w.WaitForSwitch());
+    ASSERT_TRUE(w.OpenRow(w.RowOf(u"机械")));
     // The gallery opens on its "常用" list now, the blocks used above.
     ASSERT_EQ(PathsOf(w.panel->m_listNodes), (std::vector<std::u16string>{p2, p1}));
     test::Pump(700);
@@ -212,8 +207,7 @@ TEST(ThumbnailRoad, RendersASelectedBoutiqueBlockAndMissingFiles) {
         for (size_t i = 0; i < cls->fileChildren.size(); ++i)
             if (i % 3 != 2) WriteFileAtomic(cls->fileChildren[i]->path, drawing);
         w.MakePanel(true, rate);
-        w.ClickClassRow(w.RowOf(u"精品家具"));
-        ASSERT_TRUE(w.WaitForSwitch());
+        ASSERT_TRUE(w.OpenRow(w.RowOf(u"精品家具")));
         CDWGListView* list = w.panel->m_pThumbList;
         QTest::mouseClick(list->window()->windowHandle(), Qt::LeftButton, {},
                           list->mapTo(list->window(), list->IconRect(4).center()));

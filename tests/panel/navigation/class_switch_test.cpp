@@ -76,8 +76,7 @@ TEST(ClassSwitch, SubclassButtonsAreDampedAndAnOpenButtonStaysUnlessForced) {
     w.AddClass(gallery, u"垫圈", 3);
     w.AddClass(gallery, u"..隐藏", 0);
     w.MakePanel();
-    w.ClickClassRow(2);
-    ASSERT_TRUE(w.WaitForSwitch());
+    ASSERT_TRUE(w.OpenRow(2));
     CBrindleDlg& p = *w.panel;
     ASSERT_EQ(w.VisibleSubclassButtons(), 3);
     EXPECT_EQ(Caption(p, 0), QStringLiteral("螺栓..六角"));
@@ -92,8 +91,7 @@ TEST(ClassSwitch, SubclassButtonsAreDampedAndAnOpenButtonStaysUnlessForced) {
     EXPECT_EQ(p.m_curClassPath, gallery->dirChildren[0]->path);
     EXPECT_FALSE(p.m_subclassBtns[1]->selected);
 
-    ShiftTicksForTest(400);
-    w.ClickButton(2081);
+    w.ClickButton(2081, 400);
     Pump(30);
     EXPECT_EQ(p.m_curClassPath, gallery->dirChildren[1]->path);
     EXPECT_TRUE(p.m_subclassBtns[1]->selected);
@@ -104,19 +102,16 @@ TEST(ClassSwitch, SubclassButtonsAreDampedAndAnOpenButtonStaysUnlessForced) {
 
     // The open button again: nothing is listed anew, the selection stays.
     p.m_pThumbList->SetSelectedItem(2);
-    ShiftTicksForTest(400);
-    w.ClickButton(2081);
+    w.ClickButton(2081, 400);
     EXPECT_EQ(p.m_pThumbList->GetSelectedItem(), 2);
     // ... unless a rebuild is forced.
     p.m_forceList = true;
-    ShiftTicksForTest(400);
-    w.ClickButton(2081);
+    w.ClickButton(2081, 400);
     EXPECT_EQ(p.m_pThumbList->GetSelectedItem(), 0);
     EXPECT_FALSE(p.m_forceList);
 
     // A subclass without blocks: the empty page offers "下载图库".
-    ShiftTicksForTest(400);
-    w.ClickButton(2082);
+    w.ClickButton(2082, 400);
     Pump(30);
     EXPECT_EQ(p.m_itemCount, 0);
     EXPECT_FALSE(w.Shown(p.m_pThumbList));
@@ -149,8 +144,7 @@ TEST(ClassSwitch, ButtonsAndThumbnailListFollowTheNumberOfSubclasses) {
         SCOPED_TRACE(QString::fromUtf16(c.name).toStdString());
         const int row = w.RowOf(c.name);
         ASSERT_GE(row, 2);
-        w.ClickClassRow(row);
-        ASSERT_TRUE(w.WaitForSwitch());
+        ASSERT_TRUE(w.OpenRow(row));
         GalleryNode* gallery = w.root()->dirChildren[row - 2];
         EXPECT_EQ(p.m_classIndex, row);
         EXPECT_EQ(w.VisibleSubclassButtons(), c.buttons);

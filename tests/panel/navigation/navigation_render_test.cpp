@@ -32,13 +32,11 @@ void RenderAt(float rate, const QString& suffix) {
     EXPECT_EQ(w.VisibleSubclassButtons(), 0);
     w.Render(QStringLiteral("recent_") + suffix);
 
-    w.ClickClassRow(2);
-    ASSERT_TRUE(w.WaitForSwitch());
+    ASSERT_TRUE(w.OpenRow(2));
     ASSERT_EQ(w.VisibleSubclassButtons(), 3);
     w.Render(QStringLiteral("few_subclasses_") + suffix);
 
-    w.ClickClassRow(3);
-    ASSERT_TRUE(w.WaitForSwitch());
+    ASSERT_TRUE(w.OpenRow(3));
     ASSERT_EQ(w.VisibleSubclassButtons(), 18);
     const QRect client = p.rect();
     for (CSubclassButton* button : p.m_subclassBtns) {
@@ -50,10 +48,8 @@ void RenderAt(float rate, const QString& suffix) {
     w.Render(QStringLiteral("many_subclasses_") + suffix);
 
     // The collections: the bar above, the folders one row lower, the list below them.
-    p.userId = 7;
-    p.userToken = u"token-7";
-    w.ClickClassRow(1);
-    ASSERT_TRUE(w.WaitForSwitch());
+    w.SignIn(7);
+    ASSERT_TRUE(w.OpenRow(1));
     ASSERT_EQ(w.VisibleSubclassButtons(), 3);
     for (CSkinButton* bar : p.m_collectionBtns) {
         ASSERT_TRUE(w.Shown(bar));

@@ -51,8 +51,7 @@ TEST(Pages, EachPageShowsItsWidgetsAndLeavingASearchReopensTheClass) {
     GalleryNode* mine = w.AddCollections(7, {u"夹1"}, 2);
     w.MakePanel();
     CBrindleDlg& p = *w.panel;
-    w.ClickClassRow(2);
-    ASSERT_TRUE(w.WaitForSwitch());
+    ASSERT_TRUE(w.OpenRow(2));
     ExpectPage(w, PageBrowse);
     EXPECT_EQ(w.VisibleSubclassButtons(), 3);
 
@@ -74,11 +73,8 @@ TEST(Pages, EachPageShowsItsWidgetsAndLeavingASearchReopensTheClass) {
     EXPECT_EQ(w.VisibleSubclassButtons(), 3);
     EXPECT_TRUE(w.Shown(p.m_pThumbList));
 
-    p.userId = 7;
-
-    p.userToken = u"token-7";
-    w.ClickClassRow(1);
-    ASSERT_TRUE(w.WaitForSwitch());
+    w.SignIn(7);
+    ASSERT_TRUE(w.OpenRow(1));
     ExpectPage(w, PageCollection);
     EXPECT_EQ(p.m_curClassPath, mine->dirChildren[0]->path);
     // A browse argument on a browse page changes nothing.
@@ -89,8 +85,7 @@ TEST(Pages, EachPageShowsItsWidgetsAndLeavingASearchReopensTheClass) {
     w.ClickButton(2104);
     ExpectPage(w, PageCollectionSearch);
     EXPECT_TRUE(p.m_collectionRows.empty());
-    ShiftTicksForTest(500);
-    w.ClickButton(2202);
+    w.ClickButton(2202, 500);
     ExpectPage(w, PageCollection);
     ASSERT_TRUE(w.WaitForSwitch());
     EXPECT_EQ(p.m_curClassPath, mine->dirChildren[0]->path);
@@ -99,8 +94,7 @@ TEST(Pages, EachPageShowsItsWidgetsAndLeavingASearchReopensTheClass) {
     // The whole-library search from the collections, and back.
     w.ClickButton(2158);
     ExpectPage(w, PageSearch);
-    ShiftTicksForTest(500);
-    w.ClickButton(2202);
+    w.ClickButton(2202, 500);
     ASSERT_TRUE(w.WaitForSwitch());
     ExpectPage(w, PageCollection);
     EXPECT_EQ(p.m_subclassBtns[0]->geometry().topLeft(), ScaleBox(136, 79, 65, 24).topLeft());
@@ -126,8 +120,7 @@ TEST(Pages, SearchCommandsAreDampedAndAnEmptyBoxTakesTheDefaultWord) {
     QTest::keyClicks(p.m_searchEdit, QStringLiteral("de"));
     w.ClickButton(2200);
     EXPECT_EQ(p.m_searchEdit->text(), QStringLiteral("de"));
-    ShiftTicksForTest(460);
-    w.ClickButton(2200);
+    w.ClickButton(2200, 460);
     EXPECT_TRUE(p.m_searchEdit->text().isEmpty());
 
     // "搜索" forgets the last press and runs at once; the empty box searches the default word.
@@ -147,10 +140,8 @@ TEST(Pages, SearchCommandsAreDampedAndAnEmptyBoxTakesTheDefaultWord) {
 
     // In the collections an empty box stops: no default word.
     ASSERT_TRUE(w.WaitForSwitch());
-    p.userId = 7;
-    p.userToken = u"token-7";
-    w.ClickClassRow(1);
-    ASSERT_TRUE(w.WaitForSwitch());
+    w.SignIn(7);
+    ASSERT_TRUE(w.OpenRow(1));
     w.ClickButton(2104);
     ASSERT_EQ(p.m_page, PageCollectionSearch);
     w.ClickButton(2201);
@@ -161,7 +152,7 @@ TEST(Pages, SearchCommandsAreDampedAndAnEmptyBoxTakesTheDefaultWord) {
 
 TEST(LivePages, CollectionSearchListsTheCloudBlocksAndFiltersThem) {
     PanelWorld w(SampleLibrary());
-    ASSERT_TRUE(w.service.users().addUser(42, "tok-42"));
+    ASSERT_TRUE(w.service.users().addUser(42, "token-42"));
     int64_t folder = 0;
     ASSERT_EQ(w.service.users().addFolder(42, "收藏夹1", &folder), "");
     for (const char* name : {"螺栓M8.dwg", "螺母.dwg", "Bolt-Large.dwg"}) {
@@ -177,10 +168,8 @@ TEST(LivePages, CollectionSearchListsTheCloudBlocksAndFiltersThem) {
     WriteBytes(U8(mine->dirChildren[0]->path) + "/螺母.dwg", std::string(2000, 'x'));
     w.MakePanel();
     CBrindleDlg& p = *w.panel;
-    p.userId = 42;
-    p.userToken = u"tok-42";
-    w.ClickClassRow(1);
-    ASSERT_TRUE(w.WaitForSwitch());
+    w.SignIn(42);
+    ASSERT_TRUE(w.OpenRow(1));
     ASSERT_EQ(p.m_page, PageCollection);
 
     w.ClickButton(2104);
@@ -230,8 +219,7 @@ TEST(LivePages, CollectionSearchListsTheCloudBlocksAndFiltersThem) {
     EXPECT_FALSE(w.Shown(p.m_searchList));
 
     // A failing service leaves the page open with nothing to filter.
-    ShiftTicksForTest(500);
-    w.ClickButton(2202);
+    w.ClickButton(2202, 500);
     ASSERT_TRUE(w.WaitForSwitch());
     service::Fault fault;
     fault.status = 500;
@@ -248,8 +236,7 @@ TEST(LivePages, DownloadGalleryButtonTipsOnFailureAndFillsTheGalleryOnSuccess) {
     GalleryNode* gallery = w.AddGallery({name, 0, 0});
     w.MakePanel();
     CBrindleDlg& p = *w.panel;
-    w.ClickClassRow(2);
-    ASSERT_TRUE(w.WaitForSwitch());
+    ASSERT_TRUE(w.OpenRow(2));
     ASSERT_TRUE(w.ButtonShown(2151));
 
     service::Fault fault;
@@ -304,14 +291,12 @@ TEST(Pages, CollectionsRowWithoutUserOrFolderAndTheHostButtons) {
     w.MakePanel();
     CBrindleDlg& p = *w.panel;
     ASSERT_EQ(p.hostWindow, HandleOf(&host));
-    w.ClickClassRow(2);
-    ASSERT_TRUE(w.WaitForSwitch());
+    ASSERT_TRUE(w.OpenRow(2));
     const int gallery = p.m_classIndex;
 
     // Not signed in and the host signs nobody in: the collections cannot be
     // read, so the panel goes back to the gallery it came from.
-    w.ClickClassRow(1);
-    ASSERT_TRUE(w.WaitForSwitch());
+    ASSERT_TRUE(w.OpenRow(1));
     EXPECT_EQ(notices.signIns, 1);
     EXPECT_EQ(p.m_page, PageBrowse);
     EXPECT_EQ(p.m_classIndex, gallery);
@@ -319,10 +304,8 @@ TEST(Pages, CollectionsRowWithoutUserOrFolderAndTheHostButtons) {
     EXPECT_FALSE(w.ButtonShown(2100));
 
     // Signed in without a mirror folder: the empty collection offers "添加图块".
-    p.userId = 8;
-    p.userToken = u"token-8";
-    w.ClickClassRow(1);
-    ASSERT_TRUE(w.WaitForSwitch());
+    w.SignIn(8);
+    ASSERT_TRUE(w.OpenRow(1));
     EXPECT_EQ(p.m_classIndex, 1);
     EXPECT_EQ(p.m_curClassPath, NumberedCollectionFolder(8));
     EXPECT_TRUE(w.ButtonShown(2150));
@@ -368,15 +351,13 @@ TEST(LivePages, SwitchingRefreshesAStaleGalleryAndOpeningAStaleClassFetchesItsBl
     w.MakePanel();
     CBrindleDlg& p = *w.panel;
 
-    w.ClickClassRow(2);
-    ASSERT_TRUE(w.WaitForSwitch());
+    ASSERT_TRUE(w.OpenRow(2));
     EXPECT_EQ(w.service.counters().get("/gallery/g_cs_s").count, 1);
     EXPECT_EQ(w.service.counters().get("/gallery/g_cs").count, 0);  // the first class is up to date
     EXPECT_EQ(w.VisibleSubclassButtons(), static_cast<int>(gallery->dirChildren.size()));
     ASSERT_EQ(p.m_subclassBtns[1]->data, QString::fromStdU16String(second->path));
 
-    ShiftTicksForTest(400);
-    w.ClickButton(2081);
+    w.ClickButton(2081, 400);
     EXPECT_EQ(w.service.counters().get("/gallery/g_cs").count, 1);
     EXPECT_EQ(w.store.staleClasses.count(p.m_curClassPath), 0u);
     EXPECT_EQ(p.m_pThumbList->GetItemCount(), static_cast<int>(blocks));
@@ -384,7 +365,6 @@ TEST(LivePages, SwitchingRefreshesAStaleGalleryAndOpeningAStaleClassFetchesItsBl
 
     // A second switch within the hour asks nothing.
     ShiftTicksForTest(400);
-    w.ClickClassRow(2);
-    ASSERT_TRUE(w.WaitForSwitch());
+    ASSERT_TRUE(w.OpenRow(2));
     EXPECT_EQ(w.service.counters().get("/gallery/g_cs_s").count, 1);
 }

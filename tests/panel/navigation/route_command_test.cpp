@@ -50,8 +50,7 @@ TEST(Routes, OpenClassesWithAndWithoutTheCollectionPrefix) {
     // The collections need a signed-in user.
     p.OpenRoute(u"/我的收藏/夹2");
     EXPECT_FALSE(IsTimerRunning(p.Handle(), 2000));
-    p.userId = 7;
-    p.userToken = u"token-7";
+    w.SignIn(7);
     p.OpenRoute(u"/我的收藏/夹2");
     ASSERT_TRUE(w.WaitForSwitch());
     EXPECT_EQ(p.m_classIndex, 1);
@@ -83,8 +82,7 @@ TEST(Routes, OpenClassesWithAndWithoutTheCollectionPrefix) {
     EXPECT_EQ(p.m_curClassPath, g1->dirChildren[0]->path);  // the rebuild reopened the class
 
     // From a search page a route goes back to browsing first.
-    ShiftTicksForTest(500);
-    w.ClickButton(2158);
+    w.ClickButton(2158, 500);
     ASSERT_EQ(p.m_page, PageSearch);
     p.OpenRoute(u"");
     EXPECT_FALSE(IsTimerRunning(p.Handle(), 1011));
@@ -178,8 +176,7 @@ TEST(Commands, ShowListDecidesTheGalleriesAndTheirOrder) {
     w.AddCollections(7, {u"夹1"}, 1);
     w.MakePanel();
     CBrindleDlg& p = *w.panel;
-    w.ClickClassRow(w.RowOf(u"电气"));
-    ASSERT_TRUE(w.WaitForSwitch());
+    ASSERT_TRUE(w.OpenRow(w.RowOf(u"电气")));
     ASSERT_EQ(p.m_curClassPath, g3->dirChildren[0]->path);
 
     // The user dropped 电气, added 新图库 and put 家具 first.
@@ -207,7 +204,6 @@ TEST(Commands, ShowListDecidesTheGalleriesAndTheirOrder) {
     // Button 2002: without the class manager the list is applied as it stands.
     RemoveFile(ShowListPath());
     AddGalleryToShowList(u"五金");
-    ShiftTicksForTest(400);
-    w.ClickButton(2002);
+    w.ClickButton(2002, 400);
     EXPECT_EQ(ChildNames(w.root()), (std::vector<std::u16string>{u"我的收藏", u"五金"}));
 }

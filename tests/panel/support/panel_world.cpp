@@ -64,7 +64,8 @@ void PanelHarness::ClickClassRow(int row) {
     QCoreApplication::processEvents();  // the list's posted command reaches the panel
 }
 
-void PanelHarness::ClickButton(int id) {
+void PanelHarness::ClickButton(int id, int laterMs) {
+    if (laterMs) ShiftTicksForTest(laterMs);
     CSkinButton* button = panel->Button(id);
     if (!button) return;
     QTest::mouseClick(button, Qt::LeftButton, Qt::NoModifier, button->rect().center());
@@ -76,6 +77,16 @@ bool PanelHarness::WaitForSwitch(int timeoutMs) {
     const bool ok = PumpUntil([&] { return !IsTimerRunning(h, 2000) && !IsTimerRunning(h, 1011); }, timeoutMs);
     Pump(30);  // the commands the switch posted
     return ok;
+}
+
+bool PanelHarness::OpenRow(int row) {
+    ClickClassRow(row);
+    return WaitForSwitch();
+}
+
+void PanelHarness::SignIn(int user) {
+    panel->userId = user;
+    panel->userToken = u"token-" + QString::number(user).toStdU16String();
 }
 
 int PanelHarness::RowOf(const std::u16string& text) const {

@@ -74,9 +74,14 @@ public:
     std::unique_ptr<CBrindleDlg> panel;
 
     void ClickClassRow(int row);
-    void ClickButton(int id);
+    // A click `laterMs` after the last one, as far as the damping clocks know.
+    void ClickButton(int id, int laterMs = 0);
     // Waits until the class switch timer has run and nothing is pending.
     bool WaitForSwitch(int timeoutMs = 3000);
+    // Clicks a row of the class column and waits for the switch.
+    bool OpenRow(int row);
+    // The host has signed in `user` with the token "token-<user>".
+    void SignIn(int user);
     int RowOf(const std::u16string& text) const;
     int VisibleSubclassButtons() const;
     bool Shown(QWidget* widget) const;
