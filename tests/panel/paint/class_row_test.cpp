@@ -82,23 +82,14 @@ TEST_P(ClassRow, FontAndColourByHoverSelectionAndBoutique) {
     const QString longText = QStringLiteral("建筑给排水暖通电气结构园林景观");
     const QImage longName = DrawRow(3, longText, false, true, false);
     EXPECT_EQ(At(longName, item.right() + 1, item.center().y()), kGround);
-    const QImage elided = PaintInto(Canvas(), [&](QPainter& p) {
-        p.setFont(Font(SkinFont::Bold));
-        p.setPen(c::Accent());
-        p.drawText(text, Qt::AlignLeft | Qt::AlignVCenter,
-                   QFontMetrics(Font(SkinFont::Bold)).elidedText(longText, Qt::ElideRight, text.width()));
-    });
-    EXPECT_TRUE(SameIn(longName, elided, text));
+    const QString elided = QFontMetrics(Font(SkinFont::Bold)).elidedText(longText, Qt::ElideRight, text.width());
+    EXPECT_TRUE(SameIn(longName, TextAlone(Canvas(), text, elided, SkinFont::Bold, c::Accent()), text));
     if (!firstRate()) return;
-    QImage sheet(Canvas().width() * 2 + 10, Canvas().height() * 4, QImage::Format_RGB32);
-    sheet.fill(Qt::lightGray);
-    QPainter p(&sheet);
-    const QImage all[] = {normal,       hover,     selected,         boutiqueSelected,
-                          DrawRow(0, QStringLiteral("最近使用"), false, true, false),
-                          DrawRow(1, QStringLiteral("我的收藏"), false, false, true),
-                          DrawRow(6, QStringLiteral("精品图库"), true, false, false), longName};
-    for (int i = 0; i < 8; ++i) p.drawImage((i % 2) * (Canvas().width() + 10), (i / 2) * Canvas().height(), all[i]);
-    p.end();
+    const QImage sheet = Stacked({normal, hover, selected, boutiqueSelected,
+                                  DrawRow(0, QStringLiteral("最近使用"), false, true, false),
+                                  DrawRow(1, QStringLiteral("我的收藏"), false, false, true),
+                                  DrawRow(6, QStringLiteral("精品图库"), true, false, false), longName},
+                                 2, 10);
     SavePng(sheet, QStringLiteral("class_rows.png"));
 }
 

@@ -53,11 +53,7 @@ TEST(HighlightRule, PaintsOnlyTheKeyPiecesInAccent) {
     EXPECT_GT(CountColour(count, QRect(0, 0, keyLeft, 30), c::Text(), 8), 0);
 
     // Cut into pieces, the text stands where it would stand whole.
-    const QImage whole = PaintInto(size, [&](QPainter& p) {
-        p.setFont(Font(SkinFont::Normal));
-        p.setPen(c::Text());
-        p.drawText(rect, Qt::AlignLeft | Qt::AlignVCenter, QStringLiteral("共12条结果"));
-    });
+    const QImage whole = TextAlone(size, rect, QStringLiteral("共12条结果"), SkinFont::Normal, c::Text());
     // Glyphs may land on another sub-pixel phase, never further than one pixel off.
     auto ink = [](const QImage& img, int x, int y) {
         return x >= 0 && x < img.width() && img.pixel(x, y) != 0xffffffffu;
@@ -72,13 +68,7 @@ TEST(HighlightRule, PaintsOnlyTheKeyPiecesInAccent) {
     }
     EXPECT_GT(inked, 100);
     EXPECT_EQ(misplaced, 0);
-    QImage both(400, 60, QImage::Format_RGB32);
-    {
-        QPainter p(&both);
-        p.drawImage(0, 0, count);
-        p.drawImage(0, 30, whole);
-    }
-    SavePng(both, QStringLiteral("highlight_pieces_whole.png"));
+    SavePng(Stacked({count, whole}), QStringLiteral("highlight_pieces_whole.png"));
 
     // An empty key, or one not in the text, leaves all of it in the given colour.
     for (const QString& key : {QString(), QStringLiteral("7")})

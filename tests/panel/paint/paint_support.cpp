@@ -25,6 +25,27 @@ QImage PaintInto(const QSize& size, const std::function<void(QPainter&)>& paint,
     return image;
 }
 
+QImage TextAlone(const QSize& size, const QRect& rect, const QString& text, SkinFont font, const QColor& colour,
+                 int flags) {
+    return PaintInto(size, [&](QPainter& p) {
+        p.setFont(Font(font));
+        p.setPen(colour);
+        p.drawText(rect, flags, text);
+    });
+}
+
+QImage Stacked(const std::vector<QImage>& images, int columns, int gap) {
+    const QSize one = images.front().size();
+    const int rows = (int(images.size()) + columns - 1) / columns;
+    return PaintInto(
+        QSize(columns * one.width() + (columns - 1) * gap, rows * one.height()),
+        [&](QPainter& p) {
+            for (size_t i = 0; i < images.size(); ++i)
+                p.drawImage(int(i % columns) * (one.width() + gap), int(i / columns) * one.height(), images[i]);
+        },
+        Qt::lightGray);
+}
+
 QSize PanelClient() { return QSize(ScaleUnits(755), ScaleUnits(454)); }
 
 int CountColour(const QImage& image, const QRect& area, const QColor& colour, int tolerance) {

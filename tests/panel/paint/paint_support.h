@@ -10,8 +10,10 @@
 #include <QString>
 #include <functional>
 #include <initializer_list>
+#include <vector>
 
 #include "panel/paint/panel_colours.h"
+#include "skin/skin_fonts.h"
 
 class QPainter;
 
@@ -42,6 +44,11 @@ protected:
 
 // A white RGB32 image of the given size with `paint` run on it.
 QImage PaintInto(const QSize& size, const std::function<void(QPainter&)>& paint, QColor ground = Qt::white);
+// `text` alone in the skin's `font` and `colour`, placed in `rect` by Qt's own drawText.
+QImage TextAlone(const QSize& size, const QRect& rect, const QString& text, SkinFont font, const QColor& colour,
+                 int flags = Qt::AlignLeft | Qt::AlignVCenter);
+// Same-sized images side by side in `columns`, `gap` pixels apart across, on light grey.
+QImage Stacked(const std::vector<QImage>& images, int columns = 1, int gap = 0);
 // The client size of the panel at the current rate.
 QSize PanelClient();
 // Number of pixels in `area` within `tolerance` of `colour` in each channel.

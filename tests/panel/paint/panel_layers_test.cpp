@@ -25,13 +25,10 @@ QImage Panel(const PanelPaintState& state) {
     return PaintInto(PanelClient(), [&](QPainter& p) { PaintPanel(p, PanelClient(), state); });
 }
 
-// The text alone, centred in `rect` by Qt's own placement, on white.
-QImage TextAlone(const QString& text, const QRect& rect, const QColor& colour) {
-    return PaintInto(PanelClient(), [&](QPainter& p) {
-        p.setFont(Font(SkinFont::Normal));
-        p.setPen(colour);
-        p.drawText(rect, Qt::AlignHCenter | Qt::AlignVCenter | Qt::TextDontClip, text);
-    });
+// The grey text of an empty state alone, centred in `rect`.
+QImage GreyTextAlone(const char* text, const QRect& rect) {
+    return TextAlone(PanelClient(), rect, QString::fromUtf8(text), SkinFont::Normal, c::GreyText(),
+                     Qt::AlignHCenter | Qt::AlignVCenter | Qt::TextDontClip);
 }
 
 // A square skin cell alone, on `ground`.
@@ -168,7 +165,7 @@ TEST_P(PanelPainting, EachEmptyBrowseStatePicksItsPictureAndText) {
         SCOPED_TRACE(k.png);
         const QImage img = Panel(k.state);
         const QRect textArea = TextBand(k.text).intersected(QRect(1, 0, img.width() - 2, img.height()));
-        EXPECT_TRUE(SameIn(img, TextAlone(QString::fromUtf8(k.words), k.text, c::GreyText()), textArea));
+        EXPECT_TRUE(SameIn(img, GreyTextAlone(k.words, k.text), textArea));
         EXPECT_TRUE(HasColour(img, textArea, c::GreyText(), 6));
         if (k.cellX >= 0) {
             EXPECT_TRUE(SameIn(img, CellAlone(k.picture, k.cellX, 0, 70), k.picture));
@@ -221,7 +218,7 @@ TEST_P(PanelPainting, SearchLayerBoxEmptyStatesHintAndDefaultWord) {
             s.searchUntouched = k.untouched;
             s.defaultHotWord = QStringLiteral("门窗");
             const QImage img = Panel(s);
-            EXPECT_TRUE(SameIn(img, TextAlone(QString::fromUtf8(k.text), text, c::GreyText()), TextBand(text)));
+            EXPECT_TRUE(SameIn(img, GreyTextAlone(k.text, text), TextBand(text)));
             EXPECT_TRUE(HasColour(img, TextBand(text), c::GreyText(), 6));
             EXPECT_TRUE(SameIn(img, CellAlone(picture, k.cellX, 0, 70), picture));
             EXPECT_EQ(CountColour(img, hint, c::Accent(), 60), 0);
@@ -273,11 +270,8 @@ TEST_P(PanelPainting, StatusLineNameOrCount) {
     // The hint is whole and inside the frame: as many accent pixels as the hint drawn alone.
     const QString hintText = QStringLiteral("注：双击缩略图快速插入图块");
     const int hintWidth = QFontMetrics(Font(SkinFont::Bold)).horizontalAdvance(hintText);
-    const QImage hintAlone = PaintInto(QSize(hintWidth + 20, hint.height() + 20), [&](QPainter& p) {
-        p.setFont(Font(SkinFont::Bold));
-        p.setPen(c::Accent());
-        p.drawText(QRect(10, 10, hintWidth, hint.height()), Qt::AlignLeft | Qt::AlignVCenter, hintText);
-    });
+    const QImage hintAlone = TextAlone(QSize(hintWidth + 20, hint.height() + 20), QRect(10, 10, hintWidth, hint.height()),
+                                       hintText, SkinFont::Bold, c::Accent());
     const QRect band(ScaleUnits(530), hint.top() - 4, named.width() - ScaleUnits(530), hint.height() + 8);
     EXPECT_EQ(CountColour(named, band, c::Accent()), CountColour(hintAlone, hintAlone.rect(), c::Accent()));
     EXPECT_EQ(CountNot(named, QRect(named.width() - 3, hint.top(), 2, hint.height()), c::Band()), 0);

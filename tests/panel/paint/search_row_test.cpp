@@ -176,15 +176,9 @@ TEST_P(SearchRowPainting, ButtonsByStateAndHover) {
     downloading.percent = 3;
     BlockRow boutiqueFailed = Row(RowFailed);
     boutiqueFailed.boutique = true;
-    const QImage sheetRows[] = {DrawRow(Row(RowFresh)),         DrawRow(Row(RowCollected)), pre,
-                                DrawRow(downloading),           failed,                     DrawRow(Row(RowFetched)),
-                                DrawRow(Row(RowRemote), onUse), hover,
-                                DrawRow(boutiqueFailed, {.selected = true, .key = QStringLiteral("门")})};
-    QImage sheet(Canvas().width(), Canvas().height() * 9, QImage::Format_RGB32);
-    {
-        QPainter p(&sheet);
-        for (int i = 0; i < 9; ++i) p.drawImage(0, i * Canvas().height(), sheetRows[i]);
-    }
+    const QImage sheet = Stacked({DrawRow(Row(RowFresh)), DrawRow(Row(RowCollected)), pre, DrawRow(downloading), failed,
+                                  DrawRow(Row(RowFetched)), DrawRow(Row(RowRemote), onUse), hover,
+                                  DrawRow(boutiqueFailed, {.selected = true, .key = QStringLiteral("门")})});
     SavePng(sheet, QStringLiteral("rows_all_%1.png").arg(rate()));
 }
 
