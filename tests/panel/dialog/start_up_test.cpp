@@ -11,24 +11,6 @@
 using namespace marrowfin;
 using namespace marrowfin::test;
 
-namespace {
-
-// Records the panel commands posted to a window before it handles them.
-class CommandSpy : public QObject {
-public:
-    std::vector<std::uintptr_t> commands;
-
-protected:
-    bool eventFilter(QObject* watched, QEvent* event) override {
-        if (event->type() == WindowMessageEvent::EventType()) {
-            auto* message = static_cast<WindowMessageEvent*>(event);
-            if (message->Message() == MsgPanelCommand) commands.push_back(message->WParam());
-        }
-        return QObject::eventFilter(watched, event);
-    }
-};
-
-}  // namespace
 
 TEST(PanelStartUp, TimersHostLinkAndTheFirstClassListBuild) {
     SampleWorld world;
@@ -44,10 +26,7 @@ TEST(PanelStartUp, TimersHostLinkAndTheFirstClassListBuild) {
 
     // The host window was taken and asked once for its channel text.
     EXPECT_EQ(panel.hostWindow, HandleOf(&world.host));
-    int channelRequests = 0;
-    for (const auto& r : world.host.records)
-        if (r.message == MARROWFIN_GALLERY_HOST_REQUEST && r.wParam == MARROWFIN_REQUEST_CHANNEL) ++channelRequests;
-    EXPECT_EQ(channelRequests, 1);
+    EXPECT_EQ(world.host.Requests(MARROWFIN_REQUEST_CHANNEL, MARROWFIN_REQUEST_CHANNEL).size(), 1u);
     EXPECT_EQ(panel.m_hostChannel, u"频道-7");
 
     // Created, not shown, never hidden by hand in the ordinary mode.
@@ -55,12 +34,10 @@ TEST(PanelStartUp, TimersHostLinkAndTheFirstClassListBuild) {
     EXPECT_FALSE(panel.testAttribute(Qt::WA_WState_ExplicitShowHide));
 
     // 250 ms later timer 1011 has killed itself and posted command 0, once.
-    CommandSpy spy;
-    panel.installEventFilter(&spy);
+    MessageSpy spy(&panel);
     Pump(600);
-    panel.removeEventFilter(&spy);
     EXPECT_FALSE(IsTimerRunning(self, kTimerBuildClassList));
-    EXPECT_EQ(std::count(spy.commands.begin(), spy.commands.end(), 0u), 1);
+    EXPECT_EQ(spy.Count(MsgPanelCommand, 0), 1);
     EXPECT_TRUE(IsTimerRunning(self, kTimerHourlyRefresh));
 }
 

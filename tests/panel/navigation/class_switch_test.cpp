@@ -1,8 +1,6 @@
 // The class column, the subclass buttons and the thumbnail list's place.
 #include <gtest/gtest.h>
 
-#include <QCoreApplication>
-
 #include "panel/model/panel_messages.h"
 #include "panel_world.h"
 
@@ -10,22 +8,6 @@ using namespace marrowfin;
 using namespace marrowfin::test;
 
 namespace {
-
-// Counts MsgPanelEvent 4 as it reaches the panel: every class switch posts
-// it exactly once, and nothing else in these tests does.
-class SwitchCounter : public QObject {
-public:
-    int switches = 0;
-
-protected:
-    bool eventFilter(QObject*, QEvent* event) override {
-        if (event->type() == WindowMessageEvent::EventType()) {
-            auto* message = static_cast<WindowMessageEvent*>(event);
-            if (message->Message() == MsgPanelEvent && message->WParam() == 4) ++switches;
-        }
-        return false;
-    }
-};
 
 QString Caption(CBrindleDlg& panel, int index) { return panel.m_subclassBtns[index]->text(); }
 
@@ -40,15 +22,13 @@ TEST(ClassSwitch, ABurstOfClicksOnTheClassColumnEndsInOneSwitch) {
     ASSERT_EQ(w.panel->m_classList->GetItemCount(), 6);
     EXPECT_EQ(w.panel->m_classList->GetItemText(1), QStringLiteral("我的收藏"));
 
-    SwitchCounter counter;
-    w.panel->installEventFilter(&counter);
+    // Every class switch posts event 4 exactly once, and nothing else here does.
+    MessageSpy spy(w.panel.get());
     for (int row : {2, 3, 4, 5, 3}) w.ClickClassRow(row);
     EXPECT_TRUE(IsTimerRunning(w.panel->Handle(), 2000));
     EXPECT_EQ(w.panel->m_classIndex, 0);  // nothing switched while the clicks came
     ASSERT_TRUE(w.WaitForSwitch());
-    w.panel->removeEventFilter(&counter);
-
-    EXPECT_EQ(counter.switches, 1);
+    EXPECT_EQ(spy.Count(MsgPanelEvent, 4), 1);
     EXPECT_EQ(w.panel->m_classIndex, 3);
     EXPECT_EQ(w.panel->m_classList->GetSelectedRow(), 3);
     EXPECT_EQ(w.panel->m_curClassPath, w.root()->dirChildren[1]->dirChildren[0]->path);
@@ -56,12 +36,10 @@ TEST(ClassSwitch, ABurstOfClicksOnTheClassColumnEndsInOneSwitch) {
     // After a quiet spell the next click switches quickly; clicks that follow
     // it closely wait the long time again.
     EXPECT_FALSE(w.panel->m_slowSwitch);
-    w.panel->installEventFilter(&counter);
     w.ClickClassRow(3);  // the row that is shown switches again (and lists anew)
     EXPECT_TRUE(w.panel->m_slowSwitch);
     ASSERT_TRUE(w.WaitForSwitch());
-    w.panel->removeEventFilter(&counter);
-    EXPECT_EQ(counter.switches, 2);
+    EXPECT_EQ(spy.Count(MsgPanelEvent, 4), 2);
     EXPECT_EQ(w.panel->m_classIndex, 3);
 
     // A subclass press right after a switch is damped: the switch's opening counts.

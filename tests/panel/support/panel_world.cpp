@@ -6,6 +6,7 @@
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QThread>
+#include <algorithm>
 #include <QtTest/QTest>
 
 #include "net/download_queue.h"
@@ -228,6 +229,22 @@ void PanelWorld::MakePanel(bool waitForStart, float rate) {
         PumpUntil([&] { return panel->m_classesReady; }, 3000);
         WaitForSwitch();
     }
+}
+
+MessageSpy::MessageSpy(QObject* target) : m_target(target) { m_target->installEventFilter(this); }
+
+MessageSpy::~MessageSpy() { m_target->removeEventFilter(this); }
+
+int MessageSpy::Count(uint32_t message, std::uintptr_t wParam) const {
+    return static_cast<int>(std::count(m_seen.begin(), m_seen.end(), std::make_pair(message, wParam)));
+}
+
+bool MessageSpy::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() == WindowMessageEvent::EventType()) {
+        auto* message = static_cast<WindowMessageEvent*>(event);
+        m_seen.emplace_back(message->Message(), message->WParam());
+    }
+    return QObject::eventFilter(watched, event);
 }
 
 TipWatcher::TipWatcher(const QString& png, bool accept) {

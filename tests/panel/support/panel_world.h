@@ -153,6 +153,21 @@ public:
     void MakePanel(bool waitForStart = true, float rate = 1.0f);
 };
 
+// Records the window messages that reach `target` while the spy lives.
+class MessageSpy : public QObject {
+public:
+    explicit MessageSpy(QObject* target);
+    ~MessageSpy() override;
+    int Count(uint32_t message, std::uintptr_t wParam) const;
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+    QObject* m_target;
+    std::vector<std::pair<uint32_t, std::uintptr_t>> m_seen;
+};
+
 // Answers the skin's message box whenever it comes up: notes it, renders it
 // to rendered/<png>.png and presses its first button, or closes it.
 class TipWatcher {
