@@ -195,28 +195,29 @@ TEST(LivePages, CollectionSearchListsTheCloudBlocksAndFiltersThem) {
     EXPECT_EQ(nut->state, RowCollected);  // its file is in the mirror
     EXPECT_TRUE(nut->boutique);
 
-    // The filter folds case and shows the hits.
-    QTest::keyClicks(p.m_searchEdit, QStringLiteral("BOLT"));
-    w.ClickButton(2201);
-    Pump(30);
-    EXPECT_EQ(p.m_lastSearch, QStringLiteral("bolt"));
-    ASSERT_EQ(p.m_rows.size(), 1u);
-    EXPECT_EQ(p.m_rows[0].name, QStringLiteral("Bolt-Large.dwg"));
-    EXPECT_EQ(p.m_searchState, 0);
-    EXPECT_TRUE(w.Shown(p.m_searchList));
-    EXPECT_EQ(p.m_searchList->GetItemCount(), 1);
-
-    // Nothing found: the state says so and the old hits go.
-    p.m_searchEdit->setText(QStringLiteral("螺"));
-    w.ClickButton(2201);
-    Pump(30);
-    EXPECT_EQ(p.m_rows.size(), 2u);
-    p.m_searchEdit->setText(QStringLiteral("垫圈"));
-    w.ClickButton(2201);
-    Pump(30);
-    EXPECT_EQ(p.m_searchState, 3);
-    EXPECT_TRUE(p.m_rows.empty());
-    EXPECT_FALSE(w.Shown(p.m_searchList));
+    // The filter folds case and shows the hits; nothing found, the state says so and the old hits go.
+    struct Query {
+        const char16_t* text;
+        size_t hits;
+        int state;
+    };
+    for (const Query& q : {Query{u"BOLT", 1, 0}, Query{u"螺", 2, 0}, Query{u"垫圈", 0, 3}}) {
+        SCOPED_TRACE(QString::fromUtf16(q.text).toStdString());
+        const QString text = QString::fromUtf16(q.text);
+        p.m_searchEdit->clear();
+        // Typed where the test keyboard has the keys.
+        text.front().unicode() < 0x80 ? QTest::keyClicks(p.m_searchEdit, text) : p.m_searchEdit->setText(text);
+        w.ClickButton(2201);
+        Pump(30);
+        EXPECT_EQ(p.m_lastSearch, text.toLower());
+        EXPECT_EQ(p.m_rows.size(), q.hits);
+        EXPECT_EQ(p.m_searchState, q.state);
+        EXPECT_EQ(w.Shown(p.m_searchList), q.hits > 0);
+        EXPECT_EQ(p.m_searchList->GetItemCount(), static_cast<int>(q.hits));
+        if (q.hits == 1) {
+            EXPECT_EQ(p.m_rows[0].name, QStringLiteral("Bolt-Large.dwg"));
+        }
+    }
 
     // A failing service leaves the page open with nothing to filter.
     w.ClickButton(2202, 500);
@@ -270,22 +271,8 @@ TEST(LivePages, DownloadGalleryButtonTipsOnFailureAndFillsTheGalleryOnSuccess) {
 }
 
 TEST(Pages, CollectionsRowWithoutUserOrFolderAndTheHostButtons) {
-    QWidget host;
-    struct Notices : QObject {
-        std::vector<std::intptr_t> seen;
-        int signIns = 0;
-        bool eventFilter(QObject*, QEvent* event) override {
-            if (event->type() == MarrowfinHostEventType) {
-                auto* e = static_cast<MarrowfinHostEvent*>(event);
-                if (e->message == MARROWFIN_GALLERY_HOST_NOTICE) seen.push_back(e->lParam);
-                if (e->message == MARROWFIN_GALLERY_HOST_REQUEST && e->wParam == MARROWFIN_REQUEST_SIGN_IN) ++signIns;
-            }
-            return false;
-        }
-    } notices;
-    host.installEventFilter(&notices);
+    RecordingHost host;
     SetApplicationMainWindow(&host);
-
     PanelWorld w;
     w.AddGallery({u"五金", 2, 2});
     w.MakePanel();
@@ -297,7 +284,7 @@ TEST(Pages, CollectionsRowWithoutUserOrFolderAndTheHostButtons) {
     // Not signed in and the host signs nobody in: the collections cannot be
     // read, so the panel goes back to the gallery it came from.
     ASSERT_TRUE(w.OpenRow(1));
-    EXPECT_EQ(notices.signIns, 1);
+    EXPECT_EQ(host.Requests(MARROWFIN_REQUEST_SIGN_IN, MARROWFIN_REQUEST_SIGN_IN).size(), 1u);
     EXPECT_EQ(p.m_page, PageBrowse);
     EXPECT_EQ(p.m_classIndex, gallery);
     EXPECT_EQ(p.m_classList->GetSelectedRow(), gallery);
@@ -324,14 +311,14 @@ TEST(Pages, CollectionsRowWithoutUserOrFolderAndTheHostButtons) {
     // "统计" and "反馈" are notices to the host; the feedback wait ends when the host sets the user.
     w.ClickButton(2154);
     Pump(30);
-    EXPECT_EQ(notices.seen, (std::vector<std::intptr_t>{16}));
+    EXPECT_EQ(host.Notices(), (std::vector<std::intptr_t>{16}));
     QTimer::singleShot(150, [&] { p.userId = 8; });
     w.ClickButton(2153);
     Pump(30);
     EXPECT_EQ(p.userId, 8);
     EXPECT_TRUE(p.isEnabled());
-    ASSERT_GE(notices.seen.size(), 2u);
-    EXPECT_EQ(notices.seen[1], 13);
+    ASSERT_GE(host.Notices().size(), 2u);
+    EXPECT_EQ(host.Notices()[1], 13);
     SetApplicationMainWindow(nullptr);
 }
 

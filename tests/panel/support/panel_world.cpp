@@ -48,6 +48,13 @@ std::vector<RecordingHost::Record> RecordingHost::Requests(uintptr_t first, uint
     return out;
 }
 
+std::vector<intptr_t> RecordingHost::Notices() const {
+    std::vector<intptr_t> out;
+    for (const Record& r : records)
+        if (r.message == MARROWFIN_GALLERY_HOST_NOTICE) out.push_back(r.lParam);
+    return out;
+}
+
 void PanelHarness::Serve(const std::string& library) {
     galleries = GalleryNames(library);
     service = StartLiveService(library);

@@ -55,6 +55,8 @@ public:
 
     // The requests with a code from `first` to `last`.
     std::vector<Record> Requests(uintptr_t first, uintptr_t last) const;
+    // The codes of the notices.
+    std::vector<intptr_t> Notices() const;
 
 protected:
     bool event(QEvent* event) override;
