@@ -220,22 +220,19 @@ TEST(PanelEvents, ProgressMovesTheRowPercentOnlyInStepsAboveOne) {
     SendWindowMessage(self, MsgProgress, std::uintptr_t{0x1235} << 16, 900);
     SendWindowMessage(self, MsgProgress, 0x1234, 900);
     EXPECT_EQ(percent(), 20);
-    panel.m_rows[1].prefetch = true;
-    SendWindowMessage(self, MsgProgress, id, 900);
-    EXPECT_EQ(percent(), 20);
-    panel.m_rows[1].prefetch = false;
-    panel.m_searchList->hide();
-    SendWindowMessage(self, MsgProgress, id, 900);
-    EXPECT_EQ(percent(), 20);
-    panel.m_searchList->show();
-    panel.m_rows[1].size = 0;
-    SendWindowMessage(self, MsgProgress, id, 900);
-    EXPECT_EQ(percent(), 20);
-    panel.m_rows[1].size = 1000;
-    panel.m_rows[1].path = QStringLiteral("/tmp/elsewhere.dwg");
-    SendWindowMessage(self, MsgProgress, id, 900);
-    EXPECT_EQ(percent(), 20);
-    panel.m_rows[1].path = row.path;
+    const std::pair<const char*, std::function<void(bool)>> quiet[] = {
+        {"a background fetch", [&](bool on) { panel.m_rows[1].prefetch = on; }},
+        {"a hidden list", [&](bool on) { panel.m_searchList->setVisible(!on); }},
+        {"a row without a size", [&](bool on) { panel.m_rows[1].size = on ? 0 : 1000; }},
+        {"a row of another file", [&](bool on) { panel.m_rows[1].path = on ? QStringLiteral("/tmp/x.dwg") : row.path; }},
+    };
+    for (const auto& [name, set] : quiet) {
+        SCOPED_TRACE(name);
+        set(true);
+        SendWindowMessage(self, MsgProgress, id, 900);
+        EXPECT_EQ(percent(), 20);
+        set(false);
+    }
     // Posted, as the HTTP clients do, it arrives the same way.
     PostWindowMessage(self, MsgProgress, id, 900);
     Pump();

@@ -65,10 +65,6 @@ protected:
 // A panel on a fresh home, and real input to it.
 class PanelHarness {
 public:
-    PanelHarness() = default;
-    PanelHarness(const PanelHarness&) = delete;
-    PanelHarness& operator=(const PanelHarness&) = delete;
-
     TempHome home;
     // The stand-in service and the names of the galleries it serves, when started.
     service::ServiceHandle service;
