@@ -23,10 +23,10 @@ std::vector<std::u16string> ChildNames(GalleryNode* node) {
 
 }  // namespace
 
-TEST(Routes, OpenClassesWithAndWithoutTheCollectionPrefix) {
+TEST(Routes, RoutesWithAndWithoutTheCollectionPrefixAndTheSelectionCommands) {
     PanelWorld w;
     GalleryNode* g1 = w.AddGallery({u"五金", 3, 2});
-    GalleryNode* g2 = w.AddGallery({u"家具", 3, 2});
+    GalleryNode* g2 = w.AddGallery({u"家具", 3, 6});
     GalleryNode* mine = w.AddCollections(7, {u"夹1", u"夹2"}, 2);
     w.MakePanel();
     CBrindleDlg& p = *w.panel;
@@ -91,35 +91,6 @@ TEST(Routes, OpenClassesWithAndWithoutTheCollectionPrefix) {
     EXPECT_EQ(p.m_page, PageBrowse);
     EXPECT_TRUE(w.Shown(p.m_classList));
     EXPECT_EQ(p.m_curClassPath, g2->dirChildren[1]->path);
-}
-
-TEST(Routes, TargetClassBeforeTheFirstClassListBuildsItFirst) {
-    PanelWorld w;
-    w.AddGallery({u"五金", 2, 2});
-    GalleryNode* g2 = w.AddGallery({u"家具", 3, 2});
-    w.MakePanel(/*waitForStart*/ false);
-    CBrindleDlg& p = *w.panel;
-    ASSERT_FALSE(p.m_classesReady);
-    ASSERT_TRUE(IsTimerRunning(p.Handle(), 1011));
-
-    p.m_targetClass = u"/家具/类B";
-    p.OpenTargetClass();
-    EXPECT_TRUE(p.m_classesReady);
-    EXPECT_EQ(p.m_classList->GetItemCount(), 4);
-    EXPECT_FALSE(IsTimerRunning(p.Handle(), 1011));  // the start tick is not needed any more
-    EXPECT_TRUE(IsTimerRunning(p.Handle(), 2000));
-    ASSERT_TRUE(w.WaitForSwitch());
-    EXPECT_EQ(p.m_classIndex, w.RowOf(u"家具"));
-    EXPECT_EQ(p.m_curClassPath, g2->dirChildren[1]->path);
-    EXPECT_TRUE(p.m_subclassBtns[1]->selected);
-}
-
-TEST(Commands, SelectionRowsFocusRecordAndTheButtonOfDeletion) {
-    PanelWorld w;
-    w.AddGallery({u"五金", 2, 2});
-    GalleryNode* g2 = w.AddGallery({u"家具", 3, 6});
-    w.MakePanel();
-    CBrindleDlg& p = *w.panel;
 
     // 21: a row that does not exist does nothing; a real one schedules the switch.
     Command(p, 21, 9);
@@ -166,6 +137,28 @@ TEST(Commands, SelectionRowsFocusRecordAndTheButtonOfDeletion) {
     Command(p, 8, 0);
     ASSERT_TRUE(w.WaitForSwitch());
     EXPECT_EQ(p.m_curClassPath, g2->dirChildren[0]->path);
+}
+
+
+TEST(Routes, TargetClassBeforeTheFirstClassListBuildsItFirst) {
+    PanelWorld w;
+    w.AddGallery({u"五金", 2, 2});
+    GalleryNode* g2 = w.AddGallery({u"家具", 3, 2});
+    w.MakePanel(/*waitForStart*/ false);
+    CBrindleDlg& p = *w.panel;
+    ASSERT_FALSE(p.m_classesReady);
+    ASSERT_TRUE(IsTimerRunning(p.Handle(), 1011));
+
+    p.m_targetClass = u"/家具/类B";
+    p.OpenTargetClass();
+    EXPECT_TRUE(p.m_classesReady);
+    EXPECT_EQ(p.m_classList->GetItemCount(), 4);
+    EXPECT_FALSE(IsTimerRunning(p.Handle(), 1011));  // the start tick is not needed any more
+    EXPECT_TRUE(IsTimerRunning(p.Handle(), 2000));
+    ASSERT_TRUE(w.WaitForSwitch());
+    EXPECT_EQ(p.m_classIndex, w.RowOf(u"家具"));
+    EXPECT_EQ(p.m_curClassPath, g2->dirChildren[1]->path);
+    EXPECT_TRUE(p.m_subclassBtns[1]->selected);
 }
 
 TEST(Commands, ShowListDecidesTheGalleriesAndTheirOrder) {
