@@ -1,5 +1,5 @@
 // The browse page rendered at two rates: few and many subclasses and the
-// recent list. The PNGs go to <build>/tests/panel/navigation/rendered-navigation.
+// recent list. The PNGs go to <build>/tests/panel/navigation/rendered.
 #include <gtest/gtest.h>
 
 #include "panel_world.h"
