@@ -6,27 +6,19 @@
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QThread>
-#include <algorithm>
 #include <QtTest/QTest>
+#include <algorithm>
 
 #include "net/download_queue.h"
 #include "net/gallery_sync.h"
 #include "panel/dialog/host_requests.h"
-#include "skin/pop_tip_dlg.h"
 #include "platform/text.h"
+#include "skin/pop_tip_dlg.h"
 #include "store/gallery_tree.h"
 #include "store/show_list.h"
 #include "support/live_service.h"
 
 namespace marrowfin::test {
-
-namespace {
-
-void WriteRate(float rate) {
-    WriteOptionString(u"Rate", rate == 1.0f ? std::u16string(u"1") : QString::number(rate).toStdU16String());
-}
-
-}  // namespace
 
 bool RecordingHost::event(QEvent* event) {
     if (event->type() == MarrowfinHostEventType) {
@@ -123,7 +115,7 @@ QImage PanelHarness::Render(const QString& name) {
 SampleWorld::SampleWorld(const WorldOptions& options) {
     ResetGalleryStore();
     Serve(SampleLibrary());
-    WriteRate(options.rate);
+    WriteOptionString(u"Rate", QString::number(options.rate).toStdU16String());
     if (options.listGallery && !galleries.empty()) AddGalleryToShowList(galleries[0]);
     if (options.firstSync) BuildFirstTree(GalleryStore::Instance());
     SetApplicationMainWindow(options.attachHost ? &host : nullptr);
@@ -213,7 +205,7 @@ GalleryNode* PanelWorld::AddCollections(int user, const std::vector<std::u16stri
 }
 
 void PanelWorld::MakePanel(bool waitForStart, float rate) {
-    WriteRate(rate);
+    WriteOptionString(u"Rate", QString::number(rate).toStdU16String());
     if (!FileExists(ShowListPath()))
         WriteFileAtomic(ShowListPath(), "\xEF\xBB\xBF<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r<root>\r</root>\r");
     // The panel takes the boutique galleries from the class table: list the
