@@ -107,6 +107,9 @@ void CheckControls(float rate, std::map<int, Placed>& placed) {
     }
     for (int id : {2098, 2079, 3000, 0}) EXPECT_EQ(panel.Button(id), nullptr) << id;
 
+    for (QWidget* part : std::initializer_list<QWidget*>{panel.m_searchEdit, panel.m_progress, panel.m_classList,
+                                                          panel.m_searchList, panel.m_pThumbList})
+        ASSERT_NE(part, nullptr);
     // The edit: frameless, three units wide, hidden.
     EXPECT_FALSE(panel.m_searchEdit->hasFrame());
     EXPECT_TRUE(panel.m_searchEdit->isHidden());
