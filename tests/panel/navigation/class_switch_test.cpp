@@ -13,13 +13,17 @@ QString Caption(CBrindleDlg& panel, int index) { return panel.m_subclassBtns[ind
 
 }  // namespace
 
-TEST(ClassSwitch, ABurstOfClicksOnTheClassColumnEndsInOneSwitch) {
+TEST(ClassSwitch, BurstsOfClicksEndInOneSwitchAndSubclassButtonsAreDampedAndStayOpenUnlessForced) {
     PanelWorld w;
     for (const char16_t* name : {u"五金", u"家具", u"电气", u"管道"}) w.AddGallery({name, 3, 4});
+    GalleryNode* gallery = w.AddGallery({u"紧固件", 0, 0});
+    w.AddClass(gallery, u"螺栓..六角", 5);
+    w.AddClass(gallery, u"垫圈", 3);
+    w.AddClass(gallery, u"..隐藏", 0);
     w.MakePanel();
     ASSERT_TRUE(w.panel->m_classesReady);
     EXPECT_EQ(w.panel->m_classIndex, 0);  // the recent list is the start page
-    ASSERT_EQ(w.panel->m_classList->GetItemCount(), 6);
+    ASSERT_EQ(w.panel->m_classList->GetItemCount(), 7);
     EXPECT_EQ(w.panel->m_classList->GetItemText(1), QStringLiteral("我的收藏"));
 
     // Every class switch posts event 4 exactly once, and nothing else here does.
@@ -45,16 +49,8 @@ TEST(ClassSwitch, ABurstOfClicksOnTheClassColumnEndsInOneSwitch) {
     // A subclass press right after a switch is damped: the switch's opening counts.
     w.ClickButton(2081);
     EXPECT_EQ(w.panel->m_curClassPath, w.root()->dirChildren[1]->dirChildren[0]->path);
-}
 
-TEST(ClassSwitch, SubclassButtonsAreDampedAndAnOpenButtonStaysUnlessForced) {
-    PanelWorld w;
-    GalleryNode* gallery = w.AddGallery({u"五金", 0, 0});
-    w.AddClass(gallery, u"螺栓..六角", 5);
-    w.AddClass(gallery, u"垫圈", 3);
-    w.AddClass(gallery, u"..隐藏", 0);
-    w.MakePanel();
-    ASSERT_TRUE(w.OpenRow(2));
+    ASSERT_TRUE(w.OpenRow(w.RowOf(u"紧固件")));
     CBrindleDlg& p = *w.panel;
     ASSERT_EQ(w.VisibleSubclassButtons(), 3);
     EXPECT_EQ(Caption(p, 0), QStringLiteral("螺栓..六角"));
