@@ -45,13 +45,25 @@ bool HasCjkFont() {
     return metrics.inFont(QChar(0x753B));  // 画
 }
 
+namespace {
+// Microsoft YaHei's cell (Windows ascent plus descent) over its em. The panel's
+// captions were laid out for that face; a stand-in with a tighter cell would
+// get a larger em from the same cell height and run wider than the room left
+// for them.
+constexpr int kYaHeiCellPer100Em = 132;
+}  // namespace
+
 int PixelSizeForCellHeight(int cellHeight) {
     // A positive height names the character cell (ascent plus descent), not
-    // the em: find the largest pixel size whose cell still fits.
+    // the em: find the largest pixel size whose cell still fits, and for a
+    // stand-in face no larger than YaHei's em in that cell.
+    int largest = std::max(1, cellHeight);
+    if (SkinFontFamily().compare(QStringLiteral("Microsoft YaHei"), Qt::CaseInsensitive) != 0)
+        largest = std::max(1, cellHeight * 100 / kYaHeiCellPer100Em);
     QFont probe(SkinFontFamily());
     probe.setPixelSize(100);
     const int cellAt100 = std::max(1, QFontMetrics(probe).height());
-    int size = std::max(1, cellHeight * 100 / cellAt100 + 1);
+    int size = std::min(largest, std::max(1, cellHeight * 100 / cellAt100 + 1));
     while (size > 1) {
         probe.setPixelSize(size);
         if (QFontMetrics(probe).height() <= cellHeight) break;

@@ -17,7 +17,9 @@ QString SkinFontFamily();
 // True when the family in use is one of the CJK faces and draws "画".
 bool HasCjkFont();
 
-// The pixel (em) size whose character cell is at most `cellHeight` high.
+// The pixel (em) size whose character cell is at most `cellHeight` high; for
+// a face other than Microsoft YaHei also at most YaHei's em in that cell
+// (cell * 100 / 132), so that texts are no wider than the layout expects.
 int PixelSizeForCellHeight(int cellHeight);
 // The cell height of a named font at the current rate: h, h+2, h+4 or h+12.
 int FontCellHeight(SkinFont which);

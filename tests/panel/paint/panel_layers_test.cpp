@@ -90,7 +90,7 @@ TEST_P(PanelPainting, FrameBandsTitleAndSeparator) {
         if (CountNot(img, QRect(x, 2, 1, band - 2), c::Band()) > 0) lastInk = x;
     EXPECT_GE(lastInk, hintRight - metrics.horizontalAdvance(QStringLiteral("）")));
     EXPECT_LE(lastInk, hintRight + 1);
-    if (firstRate()) {
+    if (hintRight > ScaleUnits(210) + metrics.horizontalAdvance(QStringLiteral("）"))) {
         EXPECT_GT(lastInk, ScaleUnits(210));
     }
     EXPECT_EQ(CountNot(img, QRect(hintRight + 2, 2, sx - hintRight - 3, band - 2), c::Band()), 0);
@@ -290,7 +290,9 @@ TEST_P(PanelPainting, StatusLineNameOrCount) {
     const PanelPaintState ended = Search(PageSearch, 3, 0, true);
     const QImage zero = Panel(ended);
     EXPECT_TRUE(ShowsResultCount(ended));
-    EXPECT_TRUE(HasColour(zero, count, c::Accent()));
+    // Glyph strokes are sampled with the text probes' tolerance: at rate 1 a
+    // thin stroke may never cover a whole pixel.
+    EXPECT_TRUE(HasColour(zero, count, c::Accent(), 6));
     EXPECT_TRUE(HasColour(zero, count, c::Text(), 6));
     PanelPaintState fresh = ended;
     fresh.searchUntouched = true;

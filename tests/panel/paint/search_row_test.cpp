@@ -199,9 +199,9 @@ TEST_P(SearchRowPainting, NameClassLineAndLinkHover) {
     // The key turns accent in the name and in the class line.
     int width = 0;
     const QImage keyed = DrawRow(Row(RowCollected), {.key = QStringLiteral("门")}, &width);
-    EXPECT_TRUE(HasColour(keyed, name, c::Accent()));
+    EXPECT_TRUE(HasColour(keyed, name, c::Accent(), 6));
     EXPECT_TRUE(HasColour(keyed, name, c::Text(), 6));
-    EXPECT_TRUE(HasColour(keyed, line, c::Accent()));
+    EXPECT_TRUE(HasColour(keyed, line, c::Accent(), 6));
     EXPECT_TRUE(HasColour(keyed, line, c::GreyText(), 6));
     // The answered width is that of the drawn class line.
     const QFontMetrics metrics(Font(SkinFont::Normal));
