@@ -9,6 +9,7 @@
 #include "platform/ticks.h"
 #include "request_counters.h"
 #include "service_handle.h"
+#include "short_timeouts.h"
 #include "store/catalogue.h"
 #include "store/gallery_node.h"
 #include "store/gallery_store.h"
@@ -223,9 +224,7 @@ TEST(LiveSync, FirstStartWithoutNetworkGivesEmptyGalleries) {
 
 TEST(LiveSync, EveryBrokenReplyFallsBackAndKeepsWhatTheTreeHad) {
     OneGalleryWorld w;
-    CurlTimeouts shortWait;
-    shortWait.lowSpeedTime = std::chrono::seconds(1);
-    CurlStack::SetTimeouts(shortWait);
+    test::ShortTimeouts timeouts;
     TestStore reference;
     BuildFirstTree(reference);
     const size_t blocks = CountBlocks(reference.root->dirChildren[0]);
@@ -260,5 +259,4 @@ TEST(LiveSync, EveryBrokenReplyFallsBackAndKeepsWhatTheTreeHad) {
         EXPECT_TRUE(store.staleClasses.empty());
         w.svc.faults().releaseHeld();
     }
-    CurlStack::SetTimeouts(CurlTimeouts{});
 }

@@ -8,6 +8,7 @@
 #include "platform/text.h"
 #include "recording_windows.h"
 #include "request_counters.h"
+#include "short_timeouts.h"
 #include "support/live_service.h"
 #include "support/temp_home.h"
 #include "support/test_paths.h"
@@ -20,15 +21,7 @@ using marrowfin::test::TempHome;
 
 namespace {
 
-struct ShortTimeouts {
-    ShortTimeouts() {
-        CurlTimeouts t;
-        t.connect = std::chrono::milliseconds(2000);
-        t.lowSpeedTime = std::chrono::seconds(1);
-        CurlStack::SetTimeouts(t);
-    }
-    ~ShortTimeouts() { CurlStack::SetTimeouts(CurlTimeouts{}); }
-};
+using marrowfin::test::ShortTimeouts;
 
 }  // namespace
 
