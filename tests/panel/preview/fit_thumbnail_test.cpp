@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 #include <QDir>
 #include <QImage>
 #include <QPainter>
@@ -148,7 +150,13 @@ TEST(FitThumbnail, ContactSheetOfRealAndSamplePreviews) {
     EXPECT_EQ(!Drawn(list).isNull(), !pictures[i].second.isNull()) << pictures[i].first.toStdString();
   }
   painter.end();
-  const QString out = QDir::current().filePath("preview_contact_sheet.png");
+  // In a folder beside the program, as the other programs keep their
+  // pictures, not wherever the test was started (this program makes no
+  // application object, so the program's own path is asked of the system).
+  const QString folder =
+      QString::fromStdString((std::filesystem::read_symlink("/proc/self/exe").parent_path() / "rendered").string());
+  ASSERT_TRUE(QDir().mkpath(folder));
+  const QString out = folder + QStringLiteral("/preview_contact_sheet.png");
   ASSERT_TRUE(sheet.save(out)) << out.toStdString();
 }
 
