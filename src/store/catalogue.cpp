@@ -150,20 +150,15 @@ std::u16string CatalogueFile(const GalleryNode& gallery) {
     return file;
 }
 
-void WriteCatalogue(const GalleryStore& store, std::u16string_view galleryName, const CatalogueSink& write) {
+void WriteCatalogue(const GalleryStore& store, std::u16string_view galleryName) {
     const GalleryNode* root = store.root;
     if (!root) return;
     for (const GalleryNode* gallery : root->dirChildren) {
         if (!gallery || (!galleryName.empty() && gallery->name != galleryName)) continue;
         if (!DirectoryExists(gallery->path)) (void)CreateDirectories(gallery->path);
-        write(CatalogueFile(*gallery), ComposeCatalogue(store, *gallery));
+        // A failed write leaves the old file; the tree is not affected.
+        (void)WriteFileAtomic(CatalogueFile(*gallery), ComposeCatalogue(store, *gallery));
     }
-}
-
-void WriteCatalogue(const GalleryStore& store, std::u16string_view galleryName) {
-    // A failed write leaves the old file; the tree is not affected.
-    WriteCatalogue(store, galleryName,
-                   [](std::u16string file, std::string bytes) { (void)WriteFileAtomic(file, bytes); });
 }
 
 bool ReadCatalogue(GalleryStore& store, std::u16string_view galleryName) {

@@ -4,7 +4,6 @@
 // element carries a seal that ties the file to its gallery.
 
 #include <cstdint>
-#include <functional>
 #include <map>
 #include <string>
 #include <string_view>
@@ -26,10 +25,6 @@ std::u16string CatalogueFile(const GalleryNode& gallery);
 // Writes the catalogue of the named gallery, or of every gallery for an empty
 // name, creating the gallery's folder first. Nothing without a root.
 void WriteCatalogue(const GalleryStore& store, std::u16string_view galleryName);
-// The same, but each composed file is handed to `write` (its path and bytes)
-// to be put on disk, after its folder has been made.
-using CatalogueSink = std::function<void(std::u16string file, std::string bytes)>;
-void WriteCatalogue(const GalleryStore& store, std::u16string_view galleryName, const CatalogueSink& write);
 // Appends the classes and blocks of <root>/<name>/<name>.xdb to the gallery,
 // making the gallery when the tree lacks it. A missing or broken file, a
 // missing root element, or a seal that does not decode to the name leaves
