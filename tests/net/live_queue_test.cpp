@@ -18,9 +18,6 @@
 #include "support/temp_home.h"
 #include "test_store.h"
 
-// Faults are written as designated initializers: the unnamed fields keep their defaults.
-#pragma GCC diagnostic ignored "-Wmissing-field-initializers"
-
 using namespace marrowfin;
 using marrowfin::test::TempHome;
 using marrowfin::test::TestStore;
@@ -125,6 +122,7 @@ TEST(LiveQueue, FailuresLeaveNoFileAndPresentFilesNeedNoTraffic) {
     const service::Fault broken[] = {
         {.status = 404}, {.status = 500}, {.truncateAt = 300}, {.drop = true}, {.emptyBody = true}};
     for (const service::Fault& fault : broken) {
+        SCOPED_TRACE(service::FaultText(fault));
         w.svc.faults().set("/files/*", fault);
         for (size_t i = 2; i < 6; ++i) EnqueueDownload(w.store, blocks[i]->path);
         ASSERT_TRUE(WaitIdle(w.store));

@@ -21,9 +21,6 @@
 #include "support/temp_home.h"
 #include "test_store.h"
 
-// Faults are written as designated initializers: the unnamed fields keep their defaults.
-#pragma GCC diagnostic ignored "-Wmissing-field-initializers"
-
 using namespace marrowfin;
 using marrowfin::test::TempHome;
 using marrowfin::test::TestStore;

@@ -13,9 +13,6 @@
 #include "support/temp_home.h"
 #include "support/test_paths.h"
 
-// Faults are written as designated initializers: the unnamed fields keep their defaults.
-#pragma GCC diagnostic ignored "-Wmissing-field-initializers"
-
 using namespace marrowfin;
 using marrowfin::test::TempHome;
 
@@ -95,6 +92,7 @@ TEST(LiveTransport, DownloadsLandWholeOrNotAtAll) {
 
     const service::Fault broken[] = {{.status = 404}, {.truncateAt = 100}, {.drop = true}, {.holdMs = 4000}};
     for (const service::Fault& fault : broken) {
+        SCOPED_TRACE(service::FaultText(fault));
         svc.faults().set("/files/*", fault);
         const std::u16string fresh = W(home.file("fresh.dwg"));
         EXPECT_FALSE(DownloadFile(url, fresh, 0, 0));

@@ -130,6 +130,20 @@ TEST(FaultTable, MostSpecificMatchWins) {
     EXPECT_TRUE(parsed.drop);
     EXPECT_EQ("x", parsed.body.value_or(""));
     EXPECT_FALSE(service::ParseFaultSwitch("*?hold=-1", path, parsed, error));
+
+    // A fault's text parses back to the same switches.
+    const service::Fault faults[] = {{}, {.latencyMs = 25, .status = 404}, {.emptyBody = true, .remaining = 2},
+                                     {.truncateAt = 0, .drop = true}, {.dripBytesPerSecond = 100, .holdMs = 4000}};
+    for (const service::Fault& fault : faults) {
+        const std::string text = service::FaultText(fault);
+        SCOPED_TRACE(text);
+        ASSERT_TRUE(service::ParseFaultSwitch("*?" + text, path, parsed, error)) << error;
+        EXPECT_EQ(std::tie(parsed.latencyMs, parsed.status, parsed.emptyBody, parsed.truncateAt, parsed.drop,
+                           parsed.dripBytesPerSecond, parsed.holdMs, parsed.remaining),
+                  std::tie(fault.latencyMs, fault.status, fault.emptyBody, fault.truncateAt, fault.drop,
+                           fault.dripBytesPerSecond, fault.holdMs, fault.remaining));
+    }
+    EXPECT_EQ(service::FaultText({.status = 500, .truncateAt = 10}), "status=500&truncate=10");
 }
 
 TEST(ServiceProgram, RunsAsAChildWithCommandLineFaults) {

@@ -53,6 +53,21 @@ bool ParseFault(const std::multimap<std::string, std::string>& params, Fault& ou
     return true;
 }
 
+std::string FaultText(const Fault& fault) {
+    std::string out;
+    auto add = [&out](const std::string& pair) { out += (out.empty() ? "" : "&") + pair; };
+    if (fault.latencyMs > 0) add("latency=" + std::to_string(fault.latencyMs));
+    if (fault.status > 0) add("status=" + std::to_string(fault.status));
+    if (fault.emptyBody) add("empty=1");
+    if (fault.truncateAt >= 0) add("truncate=" + std::to_string(fault.truncateAt));
+    if (fault.drop) add("drop=1");
+    if (fault.dripBytesPerSecond > 0) add("drip=" + std::to_string(fault.dripBytesPerSecond));
+    if (fault.holdMs > 0) add("hold=" + std::to_string(fault.holdMs));
+    if (fault.body) add("body=" + *fault.body);
+    if (fault.remaining >= 0) add("count=" + std::to_string(fault.remaining));
+    return out;
+}
+
 bool ParseFaultSwitch(const std::string& text, std::string& path, Fault& out, std::string& error) {
     const size_t q = text.find('?');
     path = text.substr(0, q);

@@ -18,7 +18,7 @@ struct Fault {
     bool drop = false;       // close the connection without any answer
     int dripBytesPerSecond = 0;  // send the body this slowly (0: off)
     int holdMs = 0;          // hold the answer until released, at most this long
-    std::optional<std::string> body;  // replace the body with this text
+    std::optional<std::string> body{};  // replace the body with this text
     int remaining = -1;      // applies to this many requests; -1: until cleared
 
     bool active() const {
@@ -30,6 +30,9 @@ struct Fault {
 // Parses "latency=200&status=500&empty=1&truncate=10&drop=1&drip=100&hold=2000
 // &body=TEXT&count=N" style pairs; unknown keys or bad numbers fail.
 bool ParseFault(const std::multimap<std::string, std::string>& params, Fault& out, std::string& error);
+// The fault as those pairs, only the switches that are on ("" for none): for
+// logs and for naming a fault in a failed check.
+std::string FaultText(const Fault& fault);
 // Parses a command-line switch "PATH?pairs" ("*" or an empty path: global).
 bool ParseFaultSwitch(const std::string& text, std::string& path, Fault& out, std::string& error);
 
