@@ -88,16 +88,9 @@ std::u16string IniGetString(std::u16string_view file, std::u16string_view sectio
 }
 
 int32_t ParseProfileInt(std::u16string_view text) {
-    size_t i = 0;
-    while (i < text.size() && (text[i] == u' ' || text[i] == u'\t')) ++i;
-    bool negative = false;
-    if (i < text.size() && (text[i] == u'-' || text[i] == u'+')) negative = text[i++] == u'-';
-    int64_t value = 0;
-    for (; i < text.size() && text[i] >= u'0' && text[i] <= u'9'; ++i) {
-        value = value * 10 + (text[i] - u'0');
-        if (value > 0xFFFFFFFFll) value = 0xFFFFFFFFll;  // wraps like the 32-bit original
-    }
-    return static_cast<int32_t>(static_cast<uint32_t>(negative ? -value : value));
+    // Wraps like the 32-bit original.
+    const LeadingInteger n = ScanLeadingInteger(text, 0xFFFFFFFFll);
+    return static_cast<int32_t>(static_cast<uint32_t>(n.negative ? -n.magnitude : n.magnitude));
 }
 
 int32_t IniGetInt(std::u16string_view file, std::u16string_view section, std::u16string_view key,

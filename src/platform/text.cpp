@@ -2,6 +2,7 @@
 
 #include <iconv.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -329,6 +330,16 @@ bool ContainsFolded(std::u16string_view haystack, std::u16string_view needle) {
         if (k == needle.size()) return true;
     }
     return false;
+}
+
+LeadingInteger ScanLeadingInteger(std::u16string_view text, int64_t cap) {
+    LeadingInteger out;
+    size_t i = 0;
+    while (i < text.size() && (text[i] == u' ' || text[i] == u'\t')) ++i;
+    if (i < text.size() && (text[i] == u'-' || text[i] == u'+')) out.negative = text[i++] == u'-';
+    for (; i < text.size() && text[i] >= u'0' && text[i] <= u'9'; ++i)
+        out.magnitude = std::min(cap, out.magnitude * 10 + (text[i] - u'0'));
+    return out;
 }
 
 }  // namespace marrowfin

@@ -61,6 +61,15 @@ std::u16string ToLowerFold(std::u16string_view text);
 // Whether `haystack` contains `needle`, both case folded.
 bool ContainsFolded(std::u16string_view haystack, std::u16string_view needle);
 
+// The leading integer of a text: blanks and tabs, a sign, then digits; what
+// follows is ignored and no digits give 0. The magnitude stops growing at
+// `cap`, so that each reader applies its own overflow rule.
+struct LeadingInteger {
+    bool negative = false;
+    int64_t magnitude = 0;
+};
+LeadingInteger ScanLeadingInteger(std::u16string_view text, int64_t cap);
+
 // Short helpers for literals and std::string at the edges.
 inline std::u16string W(std::string_view utf8) { return Utf8ToUtf16(utf8); }
 inline std::string U8(std::u16string_view text) { return Utf16ToUtf8(text); }

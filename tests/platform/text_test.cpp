@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "platform/ini_file.h"
 #include "platform/text.h"
 
 using namespace marrowfin;
@@ -88,4 +89,26 @@ TEST(CaseFolding, LatinFoldsAndCjkStays) {
     EXPECT_TRUE(ContainsFolded(u"anything", u""));
     EXPECT_FALSE(ContainsFolded(u"do", u"door"));
     EXPECT_TRUE(ContainsFolded(u"沙发Sofa", u"发s"));
+}
+
+TEST(LeadingInteger, BlanksSignDigitsAndEachReadersOverflow) {
+    struct Case {
+        const char16_t* text;
+        bool negative;
+        int64_t magnitude;
+    };
+    const Case cases[] = {{u"", false, 0},        {u" \t-12x", true, 12}, {u"+7", false, 7},
+                          {u"- 3", true, 0},      {u"x5", false, 0},      {u"1000", false, 999},
+                          {u"99", false, 99}};
+    for (const Case& c : cases) {
+        SCOPED_TRACE(U8(c.text));
+        const LeadingInteger n = ScanLeadingInteger(c.text, 999);
+        EXPECT_EQ(n.negative, c.negative);
+        EXPECT_EQ(n.magnitude, c.magnitude);
+    }
+    // The profile's reader wraps as a 32-bit number would.
+    EXPECT_EQ(ParseProfileInt(u"4294967295"), -1);
+    EXPECT_EQ(ParseProfileInt(u"99999999999"), -1);
+    EXPECT_EQ(ParseProfileInt(u"2147483648"), INT32_MIN);
+    EXPECT_EQ(ParseProfileInt(u" -42 "), -42);
 }

@@ -4,12 +4,14 @@
 // question of the export IsBlkBoutique.
 
 #include <QLineEdit>
+#include <algorithm>
 #include <cstdint>
 
 #include "panel/dialog/brindle_dlg.h"
 #include "panel/dialog/host_requests.h"
 #include "panel/lists/class_list_ctrl.h"
 #include "platform/paths.h"
+#include "platform/text.h"
 #include "platform/ticks.h"
 #include "platform/qt/window_timers.h"
 #include "store/gallery_node.h"
@@ -30,19 +32,10 @@ bool Contains(std::u16string_view text, std::u16string_view part) { return text.
 // The integer value of a text as the host writes it: leading blanks, a sign,
 // digits; what follows the digits is ignored and no digits give 0.
 int32_t IntegerOf(std::u16string_view text) {
-    std::size_t i = 0;
-    while (i < text.size() && (text[i] == u' ' || text[i] == u'\t')) ++i;
-    bool negative = false;
-    if (i < text.size() && (text[i] == u'-' || text[i] == u'+')) negative = text[i++] == u'-';
-    int64_t value = 0;
-    for (; i < text.size() && text[i] >= u'0' && text[i] <= u'9'; ++i) {
-        value = value * 10 + (text[i] - u'0');
-        if (value > INT32_MAX) value = int64_t(INT32_MAX) + 1;  // saturate; the sign settles it below
-    }
-    if (negative) value = -value;
-    if (value > INT32_MAX) value = INT32_MAX;
-    if (value < INT32_MIN) value = INT32_MIN;
-    return static_cast<int32_t>(value);
+    // Saturates; the sign settles which end.
+    const LeadingInteger n = ScanLeadingInteger(text, int64_t(INT32_MAX) + 1);
+    const int64_t value = n.negative ? -n.magnitude : n.magnitude;
+    return static_cast<int32_t>(std::clamp<int64_t>(value, INT32_MIN, INT32_MAX));
 }
 
 // Handles are compared on their low 32 bits, as the host may have truncated them.
