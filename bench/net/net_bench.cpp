@@ -15,6 +15,7 @@
 #include "markup/markup_document.h"
 #include "net/download_queue.h"
 #include "net/gallery_sync.h"
+#include "store/tree_update.h"
 #include "net/http_transport.h"
 #include "platform/files.h"
 #include "platform/paths.h"
@@ -106,6 +107,7 @@ void BM_BuildFirstTree_101x30x100(benchmark::State& state) {
     for (auto _ : state) {
         GalleryStore store;
         BuildFirstTree(store);
+        AdoptTreeUpdates(store);
         state.PauseTiming();
         blocks = 0;
         for (GalleryNode* g : store.root->dirChildren)
@@ -126,7 +128,12 @@ void BM_RebuildFirstTree_101x30x100(benchmark::State& state) {
     BigLibrary::Get();
     GalleryStore store;
     BuildFirstTree(store);
-    for (auto _ : state) BuildFirstTree(store);
+    AdoptTreeUpdates(store);
+    for (auto _ : state) {
+        BuildFirstTree(store);
+        AdoptTreeUpdates(store);
+    }
+    WaitForReleases();
     FreeTree(store);
 }
 
@@ -194,6 +201,7 @@ GalleryStore& BuiltStore() {
         BigLibrary::Get();
         auto* built = new GalleryStore;
         BuildFirstTree(*built);
+        AdoptTreeUpdates(*built);
         return built;
     }();
     return *store;
@@ -267,6 +275,7 @@ void BM_DownloadQueue_600x32KB_25ms(benchmark::State& state) {
     AddGalleryToShowList(Utf8ToUtf16(bench::GalleryName(0)));
     GalleryStore store;
     BuildFirstTree(store);
+    AdoptTreeUpdates(store);
     std::vector<std::u16string> paths;
     for (GalleryNode* c : store.root->dirChildren[0]->dirChildren)
         for (GalleryNode* b : c->fileChildren) paths.push_back(b->path);

@@ -11,15 +11,10 @@ CBrindleDlg*& PanelSingleton() {
     return panel;
 }
 
-std::thread StartFirstSynchro(GalleryStore& store) {
-    // Marked busy before the thread runs, so that a panel started right after
-    // this call already sees the synchronisation and waits for it.
-    store.syncBusy.store(1);
-    return std::thread([&store] { BuildFirstTree(store); });
-}
-
 }  // namespace marrowfin
 
 extern "C" MARROWFIN_API void FirstSynchro(void) {
-    marrowfin::StartFirstSynchro(marrowfin::GalleryStore::Instance()).detach();
+    // Marked busy before the worker runs, so that a panel started right after
+    // this call already waits for its tree.
+    (void)marrowfin::StartFirstTree(marrowfin::GalleryStore::Instance());
 }

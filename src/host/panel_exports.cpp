@@ -45,9 +45,9 @@ extern "C" MARROWFIN_API void ShowGallery(const char16_t* location, const char16
         }
         panel.HidePanel();
         const bool toSearch = panel.RunClassManager();
-        // The picker may have changed Show.xml: the tree is rebuilt here, on
-        // the host's thread, before the panel is used again.
-        BuildFirstTree(GalleryStore::Instance());
+        // The picker may have changed Show.xml: the tree is rebuilt on a
+        // worker, and its arrival rebuilds the class list.
+        panel.RebuildTree();
         if (toSearch) panel.GoToPage(PageSearch);
     });
 }

@@ -6,7 +6,6 @@
 #include <thread>
 
 #include "net/http_transport.h"
-#include "net/tree_lock.h"
 #include "platform/files.h"
 #include "platform/ticks.h"
 #include "store/gallery_node.h"
@@ -24,14 +23,11 @@ bool Holds(const std::vector<std::u16string>& list, std::u16string_view path) {
     return std::find(list.begin(), list.end(), path) != list.end();
 }
 
-void RunDownloadJob(GalleryStore& store, std::u16string path) {
-    std::u16string url;
-    if (!ResolveDownload(store, path, url)) {
-        FinishDownload(store, false, path);
-        return;
-    }
+void RunDownloadJob(GalleryStore& store, std::u16string path, DownloadTarget target) {
+    if (!DirectoryExists(target.galleryPath)) (void)CreateDirectories(target.galleryPath);
+    if (!DirectoryExists(target.classPath)) (void)CreateDirectories(target.classPath);
     const bool present = FileExists(path);
-    const bool fetched = present || DownloadFile(url, path, 0, 0);
+    const bool fetched = present || DownloadFile(target.url, path, 0, 0);
     if (fetched && FileSize(path) >= kMinBlockFileSize) {
         FinishDownload(store, true, path);
         return;
@@ -43,24 +39,25 @@ void RunDownloadJob(GalleryStore& store, std::u16string path) {
 
 }  // namespace
 
-std::shared_mutex& TreeLock() {
-    static std::shared_mutex lock;
-    return lock;
-}
-
 void SetDownloadNotifyWindow(WindowHandle window) { g_notifyWindow.store(window); }
 
 void EnqueueDownload(GalleryStore& store, std::u16string_view path) {
+    // The target is read from the tree here, on its owner's thread.
+    DownloadTarget target;
+    if (!ResolveDownload(store, std::u16string(path), target)) return;
     {
         std::lock_guard<std::mutex> lock(store.downloadLock);
-        if (!Holds(store.downloadsWaiting, path) && !Holds(store.downloadsRunning, path))
+        if (!Holds(store.downloadsWaiting, path) && !Holds(store.downloadsRunning, path)) {
             store.downloadsWaiting.emplace_back(path);
+            store.downloadTargets[std::u16string(path)] = std::move(target);
+        }
     }
     PumpDownloads(store);
 }
 
 void PumpDownloads(GalleryStore& store) {
     std::u16string path;
+    DownloadTarget target;
     {
         // The size test, the read of the first entry and the move happen under
         // one lock: workers pump from their own threads.
@@ -69,10 +66,14 @@ void PumpDownloads(GalleryStore& store) {
         path = std::move(store.downloadsWaiting.front());
         store.downloadsWaiting.erase(store.downloadsWaiting.begin());
         store.downloadsRunning.push_back(path);
+        if (auto it = store.downloadTargets.find(path); it != store.downloadTargets.end()) {
+            target = std::move(it->second);
+            store.downloadTargets.erase(it);
+        }
     }
     ++g_liveWorkers;
-    std::thread([&store, path = std::move(path)]() mutable {
-        RunDownloadJob(store, std::move(path));
+    std::thread([&store, path = std::move(path), target = std::move(target)]() mutable {
+        RunDownloadJob(store, std::move(path), std::move(target));
         --g_liveWorkers;  // the last touch of shared state
     }).detach();
 }
@@ -87,23 +88,14 @@ void FinishDownload(GalleryStore& store, bool succeeded, const std::u16string& p
     PumpDownloads(store);
 }
 
-bool ResolveDownload(GalleryStore& store, const std::u16string& path, std::u16string& url) {
-    url.clear();
-    std::u16string galleryPath, classPath;
-    {
-        // This runs on a worker while the user may rebuild the tree (F5) on the
-        // panel's thread: the walk and the copies are made under the shared
-        // tree lock, which every rebuild that frees nodes takes exclusively.
-        std::shared_lock<std::shared_mutex> lock(TreeLock());
-        if (!store.root) return false;
-        const GalleryNode* block = FindBlockByPath(store.root, path, true);
-        if (!block || !block->parent || !block->parent->parent) return false;
-        galleryPath = block->parent->parent->path;
-        classPath = block->parent->path;
-        url = block->remoteBase;
-    }
-    if (!DirectoryExists(galleryPath)) (void)CreateDirectories(galleryPath);
-    if (!DirectoryExists(classPath)) (void)CreateDirectories(classPath);
+bool ResolveDownload(const GalleryStore& store, const std::u16string& path, DownloadTarget& target) {
+    target = DownloadTarget{};
+    if (!store.root) return false;
+    const GalleryNode* block = FindBlockByPath(store.root, path, true);
+    if (!block || !block->parent || !block->parent->parent) return false;
+    target.galleryPath = block->parent->parent->path;
+    target.classPath = block->parent->path;
+    target.url = block->remoteBase;
     return true;
 }
 

@@ -13,6 +13,7 @@
 namespace marrowfin {
 
 struct GalleryStore;
+struct DownloadTarget;
 
 inline constexpr uint32_t MsgFileReady = 2526;
 inline constexpr size_t kMaxRunningDownloads = 6;
@@ -22,13 +23,14 @@ inline constexpr int64_t kMinBlockFileSize = 1025;
 // The window told of each finished block (the panel's); 0 for none.
 void SetDownloadNotifyWindow(WindowHandle window);
 
+// Owner thread. A block that is not in the tree is not queued.
 void EnqueueDownload(GalleryStore& store, std::u16string_view path);
 // Starts at most one worker.
 void PumpDownloads(GalleryStore& store);
 void FinishDownload(GalleryStore& store, bool succeeded, const std::u16string& path);
-// Finds the block below a class, creates its gallery and class folders and
-// gives its download URL. False when the block is not in the tree or not below a class.
-bool ResolveDownload(GalleryStore& store, const std::u16string& path, std::u16string& url);
+// Finds the block below a class and gives its download URL and folders (owner
+// thread). False when the block is not in the tree or not below a class.
+bool ResolveDownload(const GalleryStore& store, const std::u16string& path, DownloadTarget& target);
 
 // Workers that have not yet returned; for an orderly end of tests and benchmarks.
 size_t LiveDownloadWorkers();

@@ -1,15 +1,15 @@
 #include "net/gallery_sync.h"
 
 #include <map>
-#include <mutex>
 #include <optional>
+#include <system_error>
+#include <thread>
 #include <utility>
 #include <vector>
 
 #include "markup/markup_document.h"
 #include "net/gallery_sync_workers.h"
 #include "net/http_transport.h"
-#include "net/tree_lock.h"
 #include "platform/files.h"
 #include "platform/ini_file.h"
 #include "platform/profile.h"
@@ -30,11 +30,9 @@ namespace marrowfin {
 namespace {
 
 using sync_detail::CatalogueWrites;
-using sync_detail::SubtreeRelease;
 using sync_detail::ClassVersions;
 using sync_detail::ReadCatalogueVersionsAt;
 using sync_detail::VersionsReadAhead;
-using ExclusiveTree = std::unique_lock<std::shared_mutex>;
 
 int32_t ToInt(std::u16string_view text) { return ParseProfileInt(text); }
 
@@ -55,9 +53,11 @@ bool FetchReply(std::u16string_view pathAndQuery, MarkupDocument& doc) {
     return doc.FindElement(u"root");
 }
 
-GalleryNode* FindGallery(GalleryStore& store, std::u16string_view name) {
+const GalleryNode* FindGallery(const GalleryStore& store, std::u16string_view name) {
     if (!store.root) return nullptr;
-    return FindNodeByPath(store.root, store.root->path + u"/" + std::u16string(name));
+    for (const GalleryNode* gallery : store.root->dirChildren)
+        if (gallery && gallery->name == name) return gallery;
+    return nullptr;
 }
 
 // FindNodeByPath from the root while the first tree is built. There every
@@ -78,18 +78,20 @@ GalleryNode* FindGalleryOfRun(GalleryNode* root, std::u16string_view path) {
 }
 
 GalleryNode* NewGalleryNode(const GalleryNode& root, std::u16string_view name) {
-    return new GalleryNode(root.name, root.path + u"/" + std::u16string(name), std::u16string(name), kKindDir, false,
-                           false, 0);
+    return new GalleryNode(root.name, JoinPath(root.path, name), std::u16string(name), kKindDir, false, false, 0);
 }
 
-void FreeClasses(GalleryNode* gallery) {
-    for (GalleryNode*& cls : gallery->dirChildren) {
-        if (!cls) continue;
-        DestroySubtree(cls);
-        delete cls;
-        cls = nullptr;
-    }
-    gallery->dirChildren.clear();
+// A detached root of the given identity, for a worker to build under.
+OwnedNode ScratchRoot(std::u16string_view name, std::u16string_view path) {
+    return OwnedNode(new GalleryNode(u"", std::u16string(path), std::u16string(name), kKindDir, false, false, 0));
+}
+
+// Hangs a gallery under a detached root without reading its common-use list:
+// the owner keeps the one it has.
+GalleryNode* AttachBare(GalleryNode& parent, GalleryNode* child) {
+    child->parent = &parent;
+    parent.dirChildren.push_back(child);
+    return child;
 }
 
 // The class versions a gallery's catalogue holds; the seal is not checked.
@@ -98,22 +100,13 @@ ClassVersions ReadCatalogueVersions(const GalleryNode& gallery) {
     return ReadCatalogueVersionsAt(CatalogueFile(gallery), existed);
 }
 
-// Raises the gallery's highest version, in memory and in version.ini at once.
-void NoteClassVersion(GalleryStore& store, const GalleryNode& gallery, int32_t version, int32_t& highest) {
+// Raises the gallery's highest version, in version.ini at once and in the
+// store's map when the update is applied.
+void NoteClassVersion(TreeUpdate& update, const GalleryNode& gallery, int32_t version, int32_t& highest) {
     if (version <= highest) return;
     highest = version;
-    store.galleryVersions[gallery.name] = version;
+    update.galleryVersions[gallery.name] = version;
     (void)WriteGalleryVersion(gallery.name, version);
-}
-
-// The store's stale classes that lie in the gallery.
-StaleClasses StaleClassesOf(const GalleryStore& store, const GalleryNode& gallery) {
-    StaleClasses stale;
-    if (store.staleClasses.empty()) return stale;
-    for (const GalleryNode* cls : gallery.dirChildren)
-        if (cls)
-            if (auto it = store.staleClasses.find(cls->path); it != store.staleClasses.end()) stale.insert(*it);
-    return stale;
 }
 
 // Reads the block elements (`tag`) below the current main element into `cls`.
@@ -122,8 +115,7 @@ StaleClasses StaleClassesOf(const GalleryStore& store, const GalleryNode& galler
 void ReadBlocks(MarkupDocument& doc, std::u16string_view tag, GalleryNode* cls, bool boutique) {
     static const std::u16string kFileKind(kKindFile);
     // The block array is left to grow by itself: reserving each class's
-    // array whole made freeing the tree much slower (measured on the rebuild
-    // road) and building it no faster.
+    // array whole made freeing the tree much slower and building it no faster.
     // The size and hidden flag are read into buffers kept across the loop;
     // only the file name, which moves into the node, is a string per block.
     std::u16string size;
@@ -148,7 +140,7 @@ void ReadBlocks(MarkupDocument& doc, std::u16string_view tag, GalleryNode* cls, 
 
 // The classes of one gallery element (or of the root of a one-gallery reply)
 // with their blocks, as the full replies give them.
-void ReadFullGallery(GalleryStore& store, MarkupDocument& doc, GalleryNode* gallery, const ClassVersions& old,
+void ReadFullGallery(TreeUpdate& update, MarkupDocument& doc, GalleryNode* gallery, const ClassVersions& old,
                      int32_t& highest, CatalogueWrites* writes = nullptr) {
     doc.EnterElement();
     while (doc.FindElement(u"item")) {
@@ -169,76 +161,55 @@ void ReadFullGallery(GalleryStore& store, MarkupDocument& doc, GalleryNode* gall
             continue;
         }
         ReadBlocks(doc, u"dwg", cls, gallery->boutique);
-        store.staleClasses.erase(cls->path);
-        NoteClassVersion(store, *gallery, cls->version, highest);
+        update.freshClasses.push_back(cls->path);
+        NoteClassVersion(update, *gallery, cls->version, highest);
     }
     doc.LeaveElement();
 }
 
-}  // namespace
-
-void BuildFirstTree(GalleryStore& store) {
-    store.syncBusy.store(1);
-    std::u16string query;
-    std::optional<SubtreeRelease> previous;
-    {
-        ExclusiveTree lock(TreeLock());
-        if (store.root) {
-            // The galleries go (freed beside the request); the recent list stays loaded.
-            previous.emplace(std::exchange(store.root->dirChildren, {}));
-        } else {
-            const std::u16string rootPath = StoreRoot();
-            if (!DirectoryExists(rootPath)) (void)CreateDirectories(rootPath);
-            store.root = new GalleryNode(u"", rootPath, kRootName, kKindDir, false, false, 0);
-        }
-        if (store.root->fileChildren.empty()) LoadRecentList(store);
-        if (!FileExists(ShowListPath())) MoveFromPreviousGeneration();
-    }
+// The first tree, detached: the galleries of Show.xml under a stand-in root
+// that also holds the recent list (used only by a store without a root).
+TreeUpdate ComposeFirstTree() {
+    TreeUpdate update;
+    update.kind = TreeUpdateKind::FirstTree;
+    const std::u16string rootPath = StoreRoot();
+    if (!DirectoryExists(rootPath)) (void)CreateDirectories(rootPath);
+    update.scratch = ScratchRoot(kRootName, rootPath);
+    GalleryNode* root = update.scratch.get();
+    LoadRecentListInto(*root);
+    if (!FileExists(ShowListPath())) MoveFromPreviousGeneration();
     const int32_t downver = GetOptionInt(u"downver", -1);
     const std::vector<ShowItem> names = ReadShowList(true);
-    std::optional<VersionsReadAhead> ahead;
-    // Every helper is done before the run reports itself finished.
-    auto finish = [&] {
-        if (previous) previous->Join();
-        store.syncBusy.store(0);
-    };
-    if (names.empty()) {
-        finish();
-        return;
-    }
-    {
-        ExclusiveTree lock(TreeLock());
-        for (const ShowItem& item : names) {
-            if (!query.empty()) query += u',';
-            query += item.name;
-            GalleryNode* gallery = NewGalleryNode(*store.root, item.name);
-            if (!AddChild(store.root, gallery, false)) delete gallery;
-        }
-        ahead.emplace(*store.root);
-    }
+    if (names.empty()) return update;
 
-    MarkupDocument doc;
-    const bool usable = FetchReply(u"/gallery/g_all_s?gallery_name=" + query, doc);
-    if (usable)
-        ahead->Join();
-    else
-        ahead->Stop();
-    ExclusiveTree lock(TreeLock());
-    if (!usable) {
-        for (GalleryNode* gallery : store.root->dirChildren)
-            if (gallery) (void)ReadCatalogue(store, gallery->name);
-        finish();
-        return;
+    std::u16string query;
+    for (const ShowItem& item : names) {
+        if (!query.empty()) query += u',';
+        query += item.name;
+        GalleryNode* gallery = NewGalleryNode(*root, item.name);
+        if (!AddChild(root, gallery, false)) delete gallery;
     }
+    VersionsReadAhead ahead(*root);
+    MarkupDocument doc;
+    update.usable = FetchReply(u"/gallery/g_all_s?gallery_name=" + query, doc);
+    if (!update.usable) {
+        ahead.Stop();
+        for (GalleryNode* gallery : root->dirChildren)
+            if (gallery) (void)ReadCatalogueInto(*root, gallery->name);
+        return update;
+    }
+    ahead.Join();
     const bool forceRefresh = doc.GetAttribute(u"dv") == u"1" && downver == -1;
+    // The writer reads a handed-over gallery while the next ones are built;
+    // nothing else can see this tree until it is deposited.
     CatalogueWrites writes;
     doc.EnterElement();
     while (doc.FindElement(u"gallery")) {
         const std::u16string gn = doc.GetAttribute(u"gn");
-        GalleryNode* gallery = FindGalleryOfRun(store.root, JoinPath(store.root->path, gn));
-        if (!gallery || gallery == store.root) continue;
+        GalleryNode* gallery = FindGalleryOfRun(root, JoinPath(root->path, gn));
+        if (!gallery || gallery == root) continue;
         ClassVersions old;
-        if (!ahead->Take(*gallery, old)) {
+        if (!ahead.Take(*gallery, old)) {
             // A gallery seen twice: its first catalogue is composed from it, so
             // it stays as it is until that write is done.
             writes.Settle(CatalogueFile(*gallery));
@@ -252,56 +223,192 @@ void BuildFirstTree(GalleryStore& store) {
         }
         gallery->refreshTick = GetTickCount();
         int32_t highest = ReadGalleryVersion(gallery->name);
-        ReadFullGallery(store, doc, gallery, old, highest, &writes);
-        writes.Add(*gallery, StaleClassesOf(store, *gallery));
-        store.galleryFetchTicks[gallery->name] = gallery->refreshTick;
+        ReadFullGallery(update, doc, gallery, old, highest, &writes);
+        // Every class of a gallery read whole is fresh.
+        writes.Add(*gallery, StaleClasses{});
+        update.fetchTicks[gallery->name] = gallery->refreshTick;
     }
     writes.Finish();
-    finish();
+    return update;
 }
 
-void WaitForSync(GalleryStore& store) {
-    for (int step = 0; step < kWaitForSyncSteps && store.syncBusy.load() != 0; ++step) SleepMs(kWaitForSyncStepMs);
+TreeUpdate RunGalleryFull(const TreeRequest& request) {
+    TreeUpdate update;
+    update.kind = TreeUpdateKind::GalleryFull;
+    update.gallery = request.gallery;
+    update.createIfMissing = request.createIfMissing;
+    update.scratch = ScratchRoot(request.rootName, request.rootPath);
+    GalleryNode* gallery = AttachBare(*update.scratch, NewGalleryNode(*update.scratch, request.gallery));
+    MarkupDocument doc;
+    update.usable = FetchReply(u"/gallery/g_all?gallery_name=" + request.gallery, doc) &&
+                    doc.GetAttribute(u"gn") == request.gallery;
+    if (!update.usable) {
+        if (!request.hadClasses) (void)ReadCatalogueInto(*update.scratch, request.gallery);
+        return update;
+    }
+    update.tick = GetTickCount();
+    update.boutique = doc.GetAttribute(u"gv") == u"1";
+    gallery->boutique = update.boutique;
+    int32_t highest = ReadGalleryVersion(gallery->name);
+    ReadFullGallery(update, doc, gallery, request.oldVersions, highest);
+    update.fetchTicks[gallery->name] = update.tick;
+    return update;
+}
+
+TreeUpdate RunClassSummary(const TreeRequest& request) {
+    TreeUpdate update;
+    update.kind = TreeUpdateKind::ClassSummary;
+    update.gallery = request.gallery;
+    MarkupDocument doc;
+    if (!FetchReply(u"/gallery/g_cs_s?gallery_name=" + request.gallery, doc)) return update;
+    if (doc.GetAttribute(u"gn") != request.gallery) return update;
+    update.usable = true;
+    update.boutique = doc.GetAttribute(u"gv") == u"1";
+    const std::u16string galleryPath = JoinPath(request.rootPath, request.gallery);
+    update.scratch.reset(new GalleryNode(request.rootName, galleryPath, request.gallery, kKindDir, false, false, 0));
+    GalleryNode* gallery = update.scratch.get();
+    int32_t highest = ReadGalleryVersion(request.gallery);
+    doc.EnterElement();
+    while (doc.FindElement(u"item")) {
+        const std::u16string cs = doc.GetAttribute(u"cs");
+        auto* cls = new GalleryNode(request.gallery, JoinPath(galleryPath, cs), cs, kKindDir, false, false, 0);
+        cls->version = ToInt(doc.GetAttribute(u"ver"));
+        AttachBare(*gallery, cls);
+        NoteClassVersion(update, *gallery, cls->version, highest);
+    }
+    doc.LeaveElement();
+    update.tick = GetTickCount();
+    return update;
+}
+
+TreeUpdate RunClassItems(const TreeRequest& request) {
+    TreeUpdate update;
+    update.kind = TreeUpdateKind::ClassItems;
+    update.gallery = request.gallery;
+    update.classPath = request.classPath;
+    MarkupDocument doc;
+    if (!FetchReply(u"/gallery/g_cs?gallery_name=" + request.gallery + u"&cs=" + request.className, doc))
+        return update;
+    update.usable = true;
+    update.remoteBase = doc.GetAttribute(u"b_u");
+    update.version = ToInt(doc.GetAttribute(u"ver"));
+    update.scratch.reset(
+        new GalleryNode(request.gallery, request.classPath, request.className, kKindDir, false, false, 0));
+    update.scratch->remoteBase = update.remoteBase;
+    ReadBlocks(doc, u"item", update.scratch.get(), false);
+    update.freshClasses.push_back(request.classPath);
+    // A refetched class discards its downloaded blocks.
+    if (DirectoryExists(request.classPath)) RemoveDirectoryTree(request.classPath);
+    return update;
+}
+
+// Runs `work` on a detached worker; false (and nothing run) when none starts.
+template <class Work>
+bool StartWorker(Work work) {
+    try {
+        std::thread(std::move(work)).detach();
+        return true;
+    } catch (const std::system_error&) {
+        return false;
+    }
+}
+
+}  // namespace
+
+void BuildFirstTree(GalleryStore& store) {
+    store.syncBusy.store(1);
+    TreeUpdate update = ComposeFirstTree();
+    DepositTreeUpdate(store, std::move(update));
+    // Cleared only once the tree waits for the owner, so that "busy or
+    // waiting" never looks idle in between.
+    store.syncBusy.store(0);
+}
+
+bool StartFirstTree(GalleryStore& store) {
+    int32_t idle = 0;
+    // A run already under way will deliver the newest Show.xml's tree or be
+    // followed by the next request of the user.
+    if (!store.syncBusy.compare_exchange_strong(idle, 1)) return true;
+    if (StartWorker([&store] { BuildFirstTree(store); })) return true;
+    store.syncBusy.store(0);
+    return false;
+}
+
+std::optional<TreeRequest> PrepareGalleryFull(const GalleryStore& store, std::u16string_view name,
+                                              bool createIfMissing) {
+    if (!store.root) return std::nullopt;
+    const GalleryNode* gallery = FindGallery(store, name);
+    if (!gallery && !createIfMissing) return std::nullopt;
+    TreeRequest request;
+    request.kind = TreeUpdateKind::GalleryFull;
+    request.rootName = store.root->name;
+    request.rootPath = store.root->path;
+    request.gallery = std::u16string(name);
+    request.createIfMissing = createIfMissing;
+    if (gallery) {
+        for (const GalleryNode* cls : gallery->dirChildren) {
+            if (!cls) continue;
+            request.oldVersions[cls->name] = cls->version;
+            request.hadClasses = true;
+        }
+    }
+    return request;
+}
+
+std::optional<TreeRequest> PrepareClassSummary(const GalleryStore& store, std::u16string_view name) {
+    const GalleryNode* gallery = FindGallery(store, name);
+    if (!gallery || TicksSince(gallery->refreshTick) <= kGalleryFreshMs) return std::nullopt;
+    TreeRequest request;
+    request.kind = TreeUpdateKind::ClassSummary;
+    request.rootName = store.root->name;
+    request.rootPath = store.root->path;
+    request.gallery = std::u16string(name);
+    return request;
+}
+
+std::optional<TreeRequest> PrepareClassItems(const GalleryStore& store, std::u16string_view path) {
+    if (!store.root) return std::nullopt;
+    const GalleryNode* cls = FindNodeByPath(store.root, path);
+    if (!cls || IsFile(*cls) || !cls->parent || !cls->parent->parent) return std::nullopt;
+    TreeRequest request;
+    request.kind = TreeUpdateKind::ClassItems;
+    request.rootName = store.root->name;
+    request.rootPath = store.root->path;
+    request.gallery = cls->parent->name;
+    request.className = cls->name;
+    request.classPath = cls->path;
+    return request;
+}
+
+TreeUpdate RunTreeRequest(const TreeRequest& request) {
+    switch (request.kind) {
+        case TreeUpdateKind::GalleryFull:
+            return RunGalleryFull(request);
+        case TreeUpdateKind::ClassSummary:
+            return RunClassSummary(request);
+        case TreeUpdateKind::ClassItems:
+            return RunClassItems(request);
+        case TreeUpdateKind::FirstTree:
+            break;
+    }
+    return ComposeFirstTree();
+}
+
+bool StartTreeRequest(GalleryStore& store, TreeRequest request) {
+    return StartWorker(
+        [&store, request = std::move(request)] { DepositTreeUpdate(store, RunTreeRequest(request)); });
 }
 
 bool FetchGalleryFull(GalleryStore& store, std::u16string_view name, bool createIfMissing) {
-    if (!store.root) return false;
-    GalleryNode* gallery = FindGallery(store, name);
-    if (!gallery || gallery == store.root) {
-        if (!createIfMissing) return false;
-        ExclusiveTree lock(TreeLock());
-        gallery = NewGalleryNode(*store.root, name);
-        if (!AddChild(store.root, gallery, false)) {
-            delete gallery;
-            return false;
-        }
-    }
-    MarkupDocument doc;
-    const bool usable = FetchReply(u"/gallery/g_all?gallery_name=" + std::u16string(name), doc);
-    ExclusiveTree lock(TreeLock());
-    if (!usable || doc.GetAttribute(u"gn") != name) {
-        // The catalogue appends: a gallery that still has its classes keeps them
-        // as they are rather than getting a second copy.
-        if (gallery->dirChildren.empty()) (void)ReadCatalogue(store, name);
-        return false;
-    }
-    ClassVersions old;
-    for (const GalleryNode* cls : gallery->dirChildren)
-        if (cls) old[cls->name] = cls->version;
-    FreeClasses(gallery);
-    gallery->refreshTick = GetTickCount();
-    gallery->boutique = doc.GetAttribute(u"gv") == u"1";
-    int32_t highest = ReadGalleryVersion(gallery->name);
-    ReadFullGallery(store, doc, gallery, old, highest);
-    (void)WriteCatalogue(store, gallery->name);
-    store.galleryFetchTicks[gallery->name] = gallery->refreshTick;
-    return true;
+    const std::optional<TreeRequest> request = PrepareGalleryFull(store, name, createIfMissing);
+    if (!request) return false;
+    TreeUpdate update = RunTreeRequest(*request);
+    return ApplyTreeUpdate(store, update).ok;
 }
 
 void OpenAddedGallery(GalleryStore& store, std::u16string_view name) {
     const auto it = store.galleryFetchTicks.find(std::u16string(name));
     if (it != store.galleryFetchTicks.end() && TicksSince(it->second) <= kGalleryFreshMs) {
-        ExclusiveTree lock(TreeLock());
         (void)ReadCatalogue(store, name);
         return;
     }
@@ -309,55 +416,26 @@ void OpenAddedGallery(GalleryStore& store, std::u16string_view name) {
 }
 
 void RefreshClassSummary(GalleryStore& store, std::u16string_view name) {
-    GalleryNode* gallery = FindGallery(store, name);
-    if (!gallery || gallery == store.root) return;
-    if (TicksSince(gallery->refreshTick) <= kGalleryFreshMs) return;
-    MarkupDocument doc;
-    if (!FetchReply(u"/gallery/g_cs_s?gallery_name=" + std::u16string(name), doc)) return;
-    if (doc.GetAttribute(u"gn") != name) return;
-    ExclusiveTree lock(TreeLock());
-    gallery->boutique = doc.GetAttribute(u"gv") == u"1";
-    int32_t highest = ReadGalleryVersion(gallery->name);
-    std::vector<GalleryNode*> candidates;
-    doc.EnterElement();
-    while (doc.FindElement(u"item")) {
-        const std::u16string cs = doc.GetAttribute(u"cs");
-        auto* cls = new GalleryNode(gallery->name, gallery->path + u"/" + cs, cs, kKindDir, false, false, 0);
-        cls->version = ToInt(doc.GetAttribute(u"ver"));
-        candidates.push_back(cls);
-        NoteClassVersion(store, *gallery, cls->version, highest);
-    }
-    doc.LeaveElement();
-    RebuildClassList(store, gallery, std::move(candidates));
-    gallery->refreshTick = GetTickCount();
+    const std::optional<TreeRequest> request = PrepareClassSummary(store, name);
+    if (!request) return;
+    TreeUpdate update = RunTreeRequest(*request);
+    (void)ApplyTreeUpdate(store, update);
+}
+
+bool ClassIsStale(const GalleryStore& store, std::u16string_view path) {
+    return store.staleClasses.count(std::u16string(path)) != 0;
 }
 
 void OpenClass(GalleryStore& store, std::u16string_view path) {
     if (!store.root || !FindNodeByPath(store.root, path)) return;
-    if (store.staleClasses.count(std::u16string(path))) FetchClassItems(store, path);
+    if (ClassIsStale(store, path)) FetchClassItems(store, path);
 }
 
 void FetchClassItems(GalleryStore& store, std::u16string_view path) {
-    if (!store.root) return;
-    GalleryNode* cls = FindNodeByPath(store.root, path);
-    if (!cls || IsFile(*cls) || !cls->parent || !cls->parent->parent) return;
-    MarkupDocument doc;
-    if (!FetchReply(u"/gallery/g_cs?gallery_name=" + cls->parent->name + u"&cs=" + cls->name, doc)) return;
-    ExclusiveTree lock(TreeLock());
-    for (GalleryNode*& block : cls->fileChildren) {
-        if (!block) continue;
-        DestroySubtree(block);
-        delete block;
-        block = nullptr;
-    }
-    cls->fileChildren.clear();
-    cls->remoteBase = doc.GetAttribute(u"b_u");
-    cls->version = ToInt(doc.GetAttribute(u"ver"));
-    ReadBlocks(doc, u"item", cls, false);
-    store.staleClasses.erase(cls->path);
-    // A refetched class discards its downloaded blocks.
-    if (DirectoryExists(cls->path)) RemoveDirectoryTree(cls->path);
-    (void)WriteCatalogue(store, cls->parent->name);
+    const std::optional<TreeRequest> request = PrepareClassItems(store, path);
+    if (!request) return;
+    TreeUpdate update = RunTreeRequest(*request);
+    (void)ApplyTreeUpdate(store, update);
 }
 
 }  // namespace marrowfin

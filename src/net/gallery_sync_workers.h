@@ -1,8 +1,8 @@
 #pragma once
 // The helper threads of the first synchronisation: while the request is on
-// the wire one reads the old class versions and one frees the previous
-// tree's galleries; one composes the new catalogues and puts them on disk
-// while the next galleries are read. Used by gallery_sync.cpp only.
+// the wire one reads the old class versions; one composes the new catalogues
+// and puts them on disk while the next galleries are read. Used by
+// gallery_sync.cpp only.
 
 #include <atomic>
 #include <condition_variable>
@@ -104,53 +104,16 @@ private:
     std::thread m_worker;
 };
 
-// Frees the galleries of the previous tree on a helper thread while the
-// request is on the wire: a large library is hundreds of thousands of nodes,
-// and freeing them under the tree lock kept the panel waiting. The nodes
-// are out of the tree when handed over, and nothing else points into them.
-class SubtreeRelease {
-public:
-    explicit SubtreeRelease(std::vector<GalleryNode*> nodes) : m_nodes(std::move(nodes)) {
-        if (m_nodes.empty()) return;
-        try {
-            m_worker = std::thread([this] { FreeAll(); });
-        } catch (const std::system_error&) {
-            FreeAll();
-        }
-    }
-    ~SubtreeRelease() { Join(); }
-    SubtreeRelease(const SubtreeRelease&) = delete;
-    SubtreeRelease& operator=(const SubtreeRelease&) = delete;
-
-    void Join() {
-        if (m_worker.joinable()) m_worker.join();
-    }
-
-private:
-    void FreeAll() {
-        for (GalleryNode* node : m_nodes) {
-            if (!node) continue;
-            DestroySubtree(node);
-            delete node;
-        }
-        m_nodes.clear();
-    }
-
-    std::vector<GalleryNode*> m_nodes;
-    std::thread m_worker;
-};
-
 // Composes the first tree's catalogues and puts them on disk on a helper
 // thread, in the order given, while the next galleries are read: composing a
 // large gallery and the file system's share of a write (a temporary file, the
 // rename over the old one) cost about as much as reading it.
 // The helper reads a handed-over gallery's subtree while the caller builds
-// other galleries, under the tree lock the caller holds all along: the caller
-// changes neither that gallery nor anything below it until Settle has waited
-// for its catalogue file, and Finish comes before the lock is let go. The
-// gallery's stale classes are handed over as a copy, since the caller keeps
-// changing the store's list. Callers settle a folder before they read or
-// remove what lies in it, and every write is done before the run ends.
+// other galleries of the same detached tree: the caller changes neither that
+// gallery nor anything below it until Settle has waited for its catalogue
+// file, and Finish comes before the tree is handed to its owner. Callers
+// settle a folder before they read or remove what lies in it, and every
+// write is done before the run ends.
 class CatalogueWrites {
 public:
     CatalogueWrites() {

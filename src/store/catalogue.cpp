@@ -162,9 +162,12 @@ void WriteCatalogue(const GalleryStore& store, std::u16string_view galleryName) 
 }
 
 bool ReadCatalogue(GalleryStore& store, std::u16string_view galleryName) {
+    return store.root && ReadCatalogueInto(*store.root, galleryName);
+}
+
+bool ReadCatalogueInto(GalleryNode& rootNode, std::u16string_view galleryName) {
     static const std::u16string kFileKind(kKindFile);
-    GalleryNode* root = store.root;
-    if (!root) return false;
+    GalleryNode* root = &rootNode;
     const std::u16string galleryPath = root->path + u"/" + std::u16string(galleryName);
     const std::u16string file = galleryPath + u"/" + std::u16string(galleryName) + u".xdb";
     if (!FileExists(file)) return false;

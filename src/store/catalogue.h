@@ -30,5 +30,7 @@ void WriteCatalogue(const GalleryStore& store, std::u16string_view galleryName);
 // missing root element, or a seal that does not decode to the name leaves
 // the tree untouched and answers false.
 bool ReadCatalogue(GalleryStore& store, std::u16string_view galleryName);
+// The same below any root node, such as a worker's detached one.
+bool ReadCatalogueInto(GalleryNode& root, std::u16string_view galleryName);
 
 }  // namespace marrowfin

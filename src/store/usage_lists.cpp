@@ -94,9 +94,10 @@ void SaveCommonLists(GalleryStore& store) {
 }
 
 void LoadRecentList(GalleryStore& store) {
-    if (!store.root) return;
-    AppendEntries(store.root, store.root->path + u"/" + kRecentListFile, kRootName);
+    if (store.root) LoadRecentListInto(*store.root);
 }
+
+void LoadRecentListInto(GalleryNode& root) { AppendEntries(&root, root.path + u"/" + kRecentListFile, kRootName); }
 
 void ReloadRecentList(GalleryStore& store) {
     if (!store.root) return;

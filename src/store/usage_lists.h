@@ -34,6 +34,8 @@ void SaveRecentList(GalleryStore& store);
 void SaveCommonLists(GalleryStore& store);
 // Appends the entries of <root>/RecentlyUse.xml to the root's file children.
 void LoadRecentList(GalleryStore& store);
+// The same below any root node, such as a worker's detached one.
+void LoadRecentListInto(GalleryNode& root);
 // The panel's reload of "最近使用": the entries in memory go, the file is read anew.
 void ReloadRecentList(GalleryStore& store);
 // Appends the entries of <gallery path>/CommonUse.xml to the gallery's file children.

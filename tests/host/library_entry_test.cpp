@@ -12,7 +12,9 @@
 #include "platform/profile.h"
 #include "store/gallery_node.h"
 #include "store/gallery_store.h"
+#include "net/gallery_sync.h"
 #include "store/gallery_tree.h"
+#include "store/tree_update.h"
 #include "store/show_list.h"
 #include "support/temp_home.h"
 
@@ -24,9 +26,11 @@ TEST(LibraryEntry, FirstSynchroBuildsTheTreeOnItsThread) {
     AddGalleryToShowList(u"门窗");
     EXPECT_EQ(PanelSingleton(), nullptr);  // no panel until an export makes one
     GalleryStore store;
-    std::thread t = StartFirstSynchro(store);
-    t.join();
-    EXPECT_EQ(store.syncBusy.load(), 0);
+    ASSERT_TRUE(StartFirstTree(store));
+    EXPECT_EQ(store.syncBusy.load(), 1);  // busy before the worker runs
+    while (store.syncBusy.load() != 0) std::this_thread::yield();
+    EXPECT_EQ(store.root, nullptr);  // nothing reaches the tree before its owner takes it
+    ASSERT_EQ(AdoptTreeUpdates(store).size(), 1u);
     ASSERT_NE(store.root, nullptr);
     ASSERT_EQ(store.root->dirChildren.size(), 1u);
     EXPECT_EQ(store.root->dirChildren[0]->name, u"门窗");

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "net/gallery_sync.h"
+#include "store/tree_update.h"
 #include "net/http_stack.h"
 #include "net/http_transport.h"
 #include "platform/files.h"
@@ -100,6 +101,7 @@ TEST_F(FirstTreeReply, EachGalleryGetsItsOwnElementsAndItsCatalogue) {
     for (const char16_t* name : {u"石", u"石材", u"石材10", u"空"}) ASSERT_TRUE(AddGalleryToShowList(name));
 
     BuildFirstTree(store);
+    AdoptTreeUpdates(store);
     EXPECT_EQ(store.syncBusy.load(), 0);
     ASSERT_EQ(stack.urls.size(), 1u);
     const std::string query = "/gallery/g_all_s?gallery_name=" + EscapeRequestUrl(u"石,石材,石材10,空");
@@ -154,6 +156,7 @@ TEST_F(FirstTreeReply, EachGalleryGetsItsOwnElementsAndItsCatalogue) {
     stack.reply = "";
     TestStore offline;
     BuildFirstTree(offline);
+    AdoptTreeUpdates(offline);
     ASSERT_NE(offline.root, nullptr);
     ASSERT_EQ(offline.root->dirChildren.size(), 4u);
     for (size_t i = 0; i < 4; ++i) {
@@ -170,6 +173,7 @@ TEST_F(FirstTreeReply, ASecondRunOnItsOwnThreadRebuildsInPlace) {
     stack.reply = kFirstReply;
     for (const char16_t* name : {u"石", u"石材", u"石材10"}) ASSERT_TRUE(AddGalleryToShowList(name));
     BuildFirstTree(store);
+    AdoptTreeUpdates(store);
     ASSERT_NE(store.root, nullptr);
     GalleryNode* const root = store.root;
     const std::u16string r = root->path;
@@ -186,17 +190,18 @@ TEST_F(FirstTreeReply, ASecondRunOnItsOwnThreadRebuildsInPlace) {
     second.replace(second.find("<dwg fn=\"f.dwg\""), 0, "<dwg fn=\"g.dwg\" size=\"7\" hi=\"1\"/>");
     stack.reply = second;
 
-    std::atomic<bool> finished{false};
-    std::thread sync([&] {
-        BuildFirstTree(store);
-        finished.store(true);
-    });
-    // The panel's wait beside the synchronisation thread: once the run has
-    // begun, the wait ends only when it is over.
-    while (store.syncBusy.load() == 0 && !finished.load()) std::this_thread::yield();
-    WaitForSync(store);
-    EXPECT_EQ(store.syncBusy.load(), 0);
+    // The run builds beside the owner, which keeps reading its own tree: that
+    // tree changes only when the owner adopts the new one.
+    GalleryNode* const oldStone = Child(root, 0);
+    const uint64_t epoch = store.treeEpoch;
+    std::thread sync([&] { BuildFirstTree(store); });
+    while (store.syncBusy.load() != 0 || !TreeUpdatesWaiting(store))
+        EXPECT_EQ(Child(root, 0)->dirChildren[0]->version, 2);
     sync.join();
+    EXPECT_EQ(Child(root, 0), oldStone);
+    EXPECT_EQ(store.treeEpoch, epoch);
+    ASSERT_EQ(AdoptTreeUpdates(store).size(), 1u);
+    EXPECT_GT(store.treeEpoch, epoch);  // handles into the old galleries are void
 
     EXPECT_EQ(store.root, root);  // the root survives
     ASSERT_EQ(root->dirChildren.size(), 3u);
@@ -226,6 +231,7 @@ TEST_F(FirstTreeReply, AGalleryNamedTwiceComparesWithItsNewCatalogue) {
         "<item cs=\"B\" b_u=\"http://h/b\" ver=\"1\"><dwg fn=\"y.dwg\" size=\"1\" hi=\"0\"/></item>"
         "</gallery></root>";
     BuildFirstTree(store);
+    AdoptTreeUpdates(store);
     ASSERT_NE(store.root, nullptr);
     const std::u16string g = store.root->path + u"/G";
     ASSERT_TRUE(FileExists(g + u"/G.xdb"));
@@ -244,6 +250,7 @@ TEST_F(FirstTreeReply, AGalleryNamedTwiceComparesWithItsNewCatalogue) {
         "<item cs=\"B\" b_u=\"http://h/b\" ver=\"2\"><dwg fn=\"y.dwg\" size=\"1\" hi=\"0\"/></item></gallery>"
         "</root>";
     BuildFirstTree(store);
+    AdoptTreeUpdates(store);
     EXPECT_TRUE(FileExists(g + u"/A/x.dwg"));
     EXPECT_TRUE(FileExists(g + u"/B/y.dwg"));
     ASSERT_EQ(store.root->dirChildren.size(), 1u);
@@ -256,6 +263,7 @@ TEST_F(FirstTreeReply, AGalleryNamedTwiceComparesWithItsNewCatalogue) {
         "<item cs=\"B\" b_u=\"http://h/b\" ver=\"3\"><dwg fn=\"y.dwg\" size=\"1\" hi=\"0\"/></item>"
         "</gallery></root>";
     BuildFirstTree(store);
+    AdoptTreeUpdates(store);
     EXPECT_FALSE(FileExists(g + u"/B/y.dwg"));
     EXPECT_TRUE(FileExists(g + u"/A/x.dwg"));
 }

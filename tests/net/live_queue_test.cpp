@@ -5,6 +5,7 @@
 #include "fault_switches.h"
 #include "net/download_queue.h"
 #include "net/gallery_sync.h"
+#include "store/tree_update.h"
 #include "platform/files.h"
 #include "platform/ticks.h"
 #include "recording_windows.h"
@@ -55,6 +56,7 @@ struct QueueWorld {
     QueueWorld() : svc(test::StartLiveService(test::SampleLibrary({2, 3, 20}))) {
         for (const auto& name : test::GalleryNames(test::SampleLibrary({2, 3, 20}))) AddGalleryToShowList(name);
         BuildFirstTree(store);
+        AdoptTreeUpdates(store);
         SetDownloadNotifyWindow(test::RecordingWindows::kPanel);
     }
     ~QueueWorld() { SetDownloadNotifyWindow(0); }
@@ -143,6 +145,7 @@ TEST(LiveQueue, ResolvingStaysSafeWhileTheTreeIsRebuilt) {
     for (int round = 0; round < 3; ++round) {
         for (GalleryNode* b : AllBlocks(w.store)) EnqueueDownload(w.store, b->path);
         BuildFirstTree(w.store);
+        AdoptTreeUpdates(w.store);
     }
     ASSERT_TRUE(WaitIdle(w.store));
     // Every block announced is whole on disk, whatever tree it was resolved in.

@@ -4,6 +4,7 @@
 #include "fault_switches.h"
 #include "net/curl_stack.h"
 #include "net/gallery_sync.h"
+#include "store/tree_update.h"
 #include "platform/files.h"
 #include "platform/profile.h"
 #include "platform/ticks.h"
@@ -57,6 +58,7 @@ TEST(LiveSync, FirstTreeFromTheServiceThenFromCataloguesOffline) {
 
     TestStore store;
     BuildFirstTree(store);
+    AdoptTreeUpdates(store);
     EXPECT_EQ(store.syncBusy.load(), 0);
     ASSERT_NE(store.root, nullptr);
     ASSERT_EQ(store.root->dirChildren.size(), 3u);
@@ -81,6 +83,7 @@ TEST(LiveSync, FirstTreeFromTheServiceThenFromCataloguesOffline) {
     svc.faults().set("*", {.status = 500});
     TestStore offline;
     BuildFirstTree(offline);
+    AdoptTreeUpdates(offline);
     ASSERT_EQ(offline.root->dirChildren.size(), 3u);
     EXPECT_EQ(CountBlocks(offline.root->dirChildren[2]), blocks);
     EXPECT_EQ(offline.root->dirChildren[2]->dirChildren.size(), gallery->dirChildren.size());
@@ -90,6 +93,7 @@ TEST(LiveSync, FirstTreeFromTheServiceThenFromCataloguesOffline) {
     svc.faults().clearAll();
     GalleryNode* firstRoot = store.root;
     BuildFirstTree(store);
+    AdoptTreeUpdates(store);
     EXPECT_EQ(store.root, firstRoot);
     EXPECT_EQ(store.root->dirChildren.size(), 3u);
 }
@@ -103,6 +107,7 @@ TEST(LiveSync, ForcedRefreshRemovesDownloadedClassesOnce) {
     // First run without catalogues: nothing to force, the refresh stays open.
     TestStore first;
     BuildFirstTree(first);
+    AdoptTreeUpdates(first);
     EXPECT_EQ(GetOptionInt(u"downver", -1), -1);
     const std::u16string classPath = first.root->dirChildren[0]->dirChildren[0]->path;
     ASSERT_TRUE(CreateDirectories(classPath));
@@ -111,6 +116,7 @@ TEST(LiveSync, ForcedRefreshRemovesDownloadedClassesOnce) {
     // Second run: the catalogue's classes look outdated, their folders go, downver becomes 1.
     TestStore second;
     BuildFirstTree(second);
+    AdoptTreeUpdates(second);
     EXPECT_FALSE(DirectoryExists(classPath));
     EXPECT_EQ(GetOptionInt(u"downver", -1), 1);
 
@@ -118,6 +124,7 @@ TEST(LiveSync, ForcedRefreshRemovesDownloadedClassesOnce) {
     ASSERT_TRUE(CreateDirectories(classPath));
     TestStore third;
     BuildFirstTree(third);
+    AdoptTreeUpdates(third);
     EXPECT_TRUE(DirectoryExists(classPath));
 }
 
@@ -125,6 +132,7 @@ TEST(LiveSync, SummaryMarksStaleClassesAndOpenClassFetchesThem) {
     OneGalleryWorld w;
     TestStore store;
     BuildFirstTree(store);
+    AdoptTreeUpdates(store);
     GalleryNode* gallery = store.root->dirChildren[0];
 
     // Within the hour nothing is sent.
@@ -166,6 +174,7 @@ TEST(LiveSync, FullFetchAndAddedGalleryFollowTheHourRule) {
     OneGalleryWorld w;
     TestStore store;
     BuildFirstTree(store);
+    AdoptTreeUpdates(store);
 
     EXPECT_FALSE(FetchGalleryFull(store, w.names[1], false));  // not in the tree
     EXPECT_TRUE(FetchGalleryFull(store, w.names[1], true));
@@ -203,6 +212,7 @@ TEST(LiveSync, FirstStartWithoutNetworkGivesEmptyGalleries) {
     AddGalleryToShowList(u"Furniture");
     TestStore store;
     BuildFirstTree(store);
+    AdoptTreeUpdates(store);
     EXPECT_EQ(store.syncBusy.load(), 0);
     ASSERT_EQ(store.root->dirChildren.size(), 2u);
     for (const GalleryNode* g : store.root->dirChildren) {
@@ -214,6 +224,7 @@ TEST(LiveSync, FirstStartWithoutNetworkGivesEmptyGalleries) {
     TempHome other;
     TestStore empty;
     BuildFirstTree(empty);
+    AdoptTreeUpdates(empty);
     ASSERT_NE(empty.root, nullptr);
     EXPECT_TRUE(empty.root->dirChildren.empty());
     EXPECT_TRUE(DirectoryExists(StoreRoot()));
@@ -224,6 +235,7 @@ TEST(LiveSync, EveryBrokenReplyFallsBackAndKeepsWhatTheTreeHad) {
     test::ShortTimeouts timeouts;
     TestStore reference;
     BuildFirstTree(reference);
+    AdoptTreeUpdates(reference);
     const size_t blocks = CountBlocks(reference.root->dirChildren[0]);
     const std::u16string clsPath = reference.root->dirChildren[0]->dirChildren[0]->path;
     const size_t classBlocks = reference.root->dirChildren[0]->dirChildren[0]->fileChildren.size();
@@ -242,7 +254,8 @@ TEST(LiveSync, EveryBrokenReplyFallsBackAndKeepsWhatTheTreeHad) {
         SCOPED_TRACE(c.what);
         w.svc.faults().set("/gallery/*", c.fault);
         TestStore store;
-        BuildFirstTree(store);  // from the catalogue
+        BuildFirstTree(store);
+        AdoptTreeUpdates(store);
         EXPECT_EQ(store.syncBusy.load(), 0);
         ASSERT_EQ(store.root->dirChildren.size(), 1u);
         EXPECT_EQ(CountBlocks(store.root->dirChildren[0]), blocks);

@@ -4,7 +4,6 @@
 #include <set>
 #include <shared_mutex>
 
-#include "net/tree_lock.h"
 #include "panel/classes/class_table_refresh.h"
 #include "panel/dialog/brindle_dlg.h"
 #include "panel/dialog/start_up.h"
@@ -19,6 +18,7 @@
 #include "store/gallery_node.h"
 #include "store/gallery_store.h"
 #include "store/gallery_tree.h"
+#include "store/tree_update.h"
 #include "store/show_list.h"
 #include "store/store_paths.h"
 
@@ -124,8 +124,9 @@ void CBrindleDlg::SelectionChanged(std::intptr_t item) {
     m_selectedName.clear();
     if (item >= 0) {
         const size_t i = static_cast<size_t>(item);
-        const std::vector<GalleryNode*>& nodes = IsSearchPage(m_page) ? m_localHits : m_listNodes;
-        if (i < nodes.size() && nodes[i]) m_selectedName = QString::fromStdU16String(nodes[i]->name);
+        const NodeList& nodes = IsSearchPage(m_page) ? m_localHits : m_listNodes;
+        if (const GalleryNode* node = m_store ? nodes.At(*m_store, i) : nullptr)
+            m_selectedName = QString::fromStdU16String(node->name);
         if (m_classIndex == 1) PostWindowMessage(Handle(), MsgPanelCommand, 5, 0);
     } else if (m_classIndex == 1) {
         PostWindowMessage(Handle(), MsgPanelCommand, 5, -1);
@@ -182,11 +183,9 @@ void CBrindleDlg::ApplyShowList(std::intptr_t force) {
         if (!item.name.empty() && listed.insert(item.name).second) names.push_back(item.name);
 
     {
-        // The download worker reads block nodes under this lock while it resolves a URL.
-        std::unique_lock<std::shared_mutex> lock(TreeLock());
         GalleryNode* collection = nullptr;
+        std::vector<GalleryNode*> dropped;
         std::map<std::u16string, GalleryNode*> kept;
-        bool dropped = false;
         for (GalleryNode* child : root->dirChildren) {
             if (!child) continue;
             if (child->name == kCollectionText && !collection) {
@@ -194,13 +193,15 @@ void CBrindleDlg::ApplyShowList(std::intptr_t force) {
             } else if (listed.count(child->name) && !kept.count(child->name)) {
                 kept[child->name] = child;
             } else {
-                DestroySubtree(child);
-                delete child;
-                dropped = true;
+                dropped.push_back(child);
             }
         }
         root->dirChildren.clear();
-        if (dropped) m_listNodes.clear();  // they may point into a gallery that went
+        if (!dropped.empty()) {
+            // Handles into the galleries that go are stale from here on.
+            ++m_store->treeEpoch;
+            ReleaseSubtreesLater(std::move(dropped));
+        }
         if (collection) root->dirChildren.push_back(collection);
         for (const std::u16string& name : names) {
             if (auto it = kept.find(name); it != kept.end()) {
@@ -217,6 +218,7 @@ void CBrindleDlg::ApplyShowList(std::intptr_t force) {
         }
     }
 
+    RelistNodes();
     SetTimer(Handle(), kTimerBuildClassList, kClassListMs);
     PostWindowMessage(Handle(), MsgPanelCommand, 19, 0);
 }

@@ -6,6 +6,8 @@
 #include <QPainter>
 #include <QScreen>
 
+#include <unordered_map>
+
 #include "net/download_queue.h"
 #include "net/gallery_sync.h"
 #include "net/http_stack.h"
@@ -16,15 +18,21 @@
 #include "panel/dialog/panel_timers.h"
 #include "panel/dialog/start_up.h"
 #include "panel/dialog/thumbnail_road.h"
+#include "panel/lists/class_list_ctrl.h"
+#include "panel/lists/dwg_list_view.h"
 #include "panel/paint/panel_painter.h"
 #include "platform/files.h"
 #include "platform/profile.h"
 #include "platform/qt/qt_window_system.h"
 #include "platform/qt/window_message_event.h"
 #include "platform/qt/window_timers.h"
+#include "skin/pop_tip_dlg.h"
+#include "skin/skin_button.h"
 #include "skin/skin_scale.h"
 #include "skin/skin_sheet.h"
 #include "store/gallery_store.h"
+#include "store/gallery_tree.h"
+#include "store/tree_update.h"
 #include "store/store_paths.h"
 
 namespace marrowfin {
@@ -96,6 +104,9 @@ std::intptr_t CBrindleDlg::OnMessage(uint32_t message, std::uintptr_t wParam, st
         case MsgClassTableRefresh:
             OnClassTableRefresh(wParam, std::move(payload));
             return 0;
+        case MsgTreeUpdate:
+            OnTreeUpdate();
+            return 0;
         case MsgFileReady:
             // The store's queue hands over the path; it is freed on return.
             if (auto* path = dynamic_cast<OwnedText*>(payload.get())) ThumbFileReady(*this, path->value);
@@ -133,15 +144,18 @@ void CBrindleDlg::OnInitDialog() {
     CreateControls();
     WireThumbList(*this);
 
-    // 13. Wait for a running first synchronisation (about 20 s at most).
+    // 13. The first tree: taken now if it came, else its arrival (MsgTreeUpdate)
+    // continues the start, and the panel stays usable meanwhile.
     m_store = &GalleryStore::Instance();
-    WaitForSync(*m_store);
+    SetTreeNotifyWindow(Handle());
+    (void)AdoptTreeUpdates(*m_store);
+    m_treeWaiting = m_store->syncBusy.load() != 0;
 
     // 14. No Show.xml yet: the user has picked no gallery.
     if (!FileExists(ShowListPath())) {
         // The class manager dialog joins later; until then the tree is built
         // as it would be after the dialog closed without a change.
-        BuildFirstTree(*m_store);
+        RebuildTree();
     }
 
     // 15. The host's main window and its channel text.
@@ -159,6 +173,70 @@ void CBrindleDlg::OnInitDialog() {
 
     // 18.
     if (showMode == u"UpdateShow") HidePanel();
+}
+
+void CBrindleDlg::RebuildTree() {
+    if (!m_store) return;
+    if (!StartFirstTree(*m_store)) return;  // no worker: the tree in hand stays
+    m_treeWaiting = true;
+}
+
+void CBrindleDlg::OnTreeUpdate() {
+    if (!m_store) return;
+    for (const TreeChange& change : AdoptTreeUpdates(*m_store)) {
+        switch (change.kind) {
+            case TreeUpdateKind::FirstTree:
+                m_treeWaiting = false;
+                // The class list is rebuilt from the new galleries and the class reopened.
+                SetTimer(Handle(), kTimerBuildClassList, kClassListMs);
+                break;
+            case TreeUpdateKind::GalleryFull:
+                if (!m_galleryFetchPending) break;
+                m_galleryFetchPending = false;
+                if (CSkinButton* download = Button(2151)) download->setEnabled(true);
+                if (!change.ok) {
+                    CPopTipDlg tip(this);
+                    tip.Configure(QStringLiteral("Ombrel"), false, QStringLiteral("下载图库失败，请检查网络后重试"),
+                                  QString(), QStringLiteral("确定"), QString());
+                    (void)tip.DoModal();  // one button: the answer changes nothing
+                }
+                SetTimer(Handle(), kTimerBuildClassList, kClassListMs);
+                break;
+            case TreeUpdateKind::ClassSummary:
+                if (change.gallery != m_summaryPending) break;
+                m_summaryPending.clear();
+                // Still on that gallery: its classes are shown now, fetched or not.
+                if (m_classList && m_classIndex >= 2 &&
+                    m_classList->GetItemText(m_classIndex).toStdU16String() == change.gallery)
+                    ShowGalleryClasses(m_classIndex, m_store->root->path + u"/" + change.gallery);
+                break;
+            case TreeUpdateKind::ClassItems:
+                if (change.classPath != m_itemsPending) break;
+                m_itemsPending.clear();
+                if (m_curClassPath == change.classPath && m_openedSubclass)
+                    ListSubclass(m_openedSubclass, change.classPath);
+                break;
+        }
+    }
+    RelistNodes();
+}
+
+void CBrindleDlg::RelistNodes() {
+    if (!m_store) return;
+    // The local hits are made anew by the next search.
+    if (!m_localHits.Valid(*m_store)) m_localHits.Reset(*m_store);
+    if (m_listNodes.Valid(*m_store)) return;
+    m_listNodes.Reset(*m_store);
+    if (!m_store->root || !m_pThumbList || m_curClassPath.empty()) return;
+    GalleryNode* container = FindNodeByPath(m_store->root, m_curClassPath);
+    if (!container) return;
+    std::unordered_map<std::u16string_view, GalleryNode*> byPath;
+    for (GalleryNode* child : container->fileChildren)
+        if (child) byPath.emplace(child->path, child);
+    for (int item = 0; item < m_pThumbList->GetItemCount(); ++item) {
+        const auto it = byPath.find(m_pThumbList->GetPath(item));
+        m_listNodes.Add(it == byPath.end() ? nullptr : it->second);
+    }
 }
 
 void CBrindleDlg::paintEvent(QPaintEvent* event) {

@@ -28,6 +28,7 @@
 #include "panel/model/panel_messages.h"
 #include "panel/model/panel_page.h"
 #include "platform/window_messages.h"
+#include "store/node_list.h"
 
 class QLineEdit;
 
@@ -82,8 +83,9 @@ public:
     QString m_selectedName;
     bool m_forceList = false;
     int m_itemCount = 0;
-    std::vector<GalleryNode*> m_listNodes;
+    NodeList m_listNodes;          // the blocks in the thumbnail list, by item
     bool m_classesReady = false;
+    bool m_treeWaiting = false;    // opened before the first tree came: its arrival continues the start
     int m_syncStatus = -1;
     GalleryStore* m_store = nullptr;
     bool m_emptySubclassOpened = false;  // paint: "暂无图块" rather than "常用为空"
@@ -92,7 +94,7 @@ public:
     std::vector<BlockRow> m_rows;
     std::vector<BlockRow> m_serverRows;
     std::vector<BlockRow> m_collectionRows;
-    std::vector<GalleryNode*> m_localHits;
+    NodeList m_localHits;
     bool m_searchUntouched = false;
     int m_searchState = 0;
     QString m_lastSearch;
@@ -130,6 +132,12 @@ public:
     bool PreTranslateMessage(QObject* receiver, QEvent* event);
     // IsDLLHwnd: the panel, its thumbnail list, search list or class list.
     bool IsOwnWindow(WindowHandle window);
+
+    // Starts a new first tree (F5, a changed gallery list); its arrival rebuilds the class list.
+    void RebuildTree();
+    // m_listNodes looked up anew for the paths in the thumbnail list, after
+    // the tree freed nodes.
+    void RelistNodes();
 
     // MsgPanelCommand and MsgPanelEvent.
     void OnPanelCommand(std::uintptr_t code, std::intptr_t lParam);
@@ -176,6 +184,8 @@ private:
     void CreateControls();
     void OnTimer(std::uintptr_t id);
     void OnClassTableRefresh(std::uintptr_t code, std::unique_ptr<MessagePayload> payload);
+    // MsgTreeUpdate: adopts what the workers deposited and carries on with it.
+    void OnTreeUpdate();
     void OnButton(int id);
     void OnPanelButton(int id);
     void OnCloseButton();
@@ -197,6 +207,13 @@ private:
     void RunCollectionFilter();
     void LoadCollectionRows();
     void ShowEmptyClass(int row, const std::u16string& path);
+    // The halves of SwitchClass and OpenSubclass after the service was asked;
+    // a fetch under way continues them when its update is adopted.
+    void ShowGalleryClasses(int row, const std::u16string& path);
+    void ListSubclass(CSubclassButton* button, const std::u16string& path);
+    std::u16string m_summaryPending;   // gallery whose class summary is on the way
+    std::u16string m_itemsPending;     // class whose blocks are on the way
+    bool m_galleryFetchPending = false;  // button 2151
     void PlaceThumbList(int entries);
     bool ClassIsBoutique(const std::u16string& path) const;
 

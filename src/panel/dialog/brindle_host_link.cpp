@@ -130,8 +130,6 @@ void CBrindleDlg::LocationStep(const std::u16string& location) {
     if (IsSearchPage(m_page)) {
         if (m_searchEdit) m_searchEdit->clear();
         SearchCommand(2202);
-        // The search page's workers settle before the class opens.
-        SleepMs(500);
     }
     if (location.rfind(kCollectionsRoute, 0) == 0) {
         m_targetClass = location;

@@ -47,8 +47,8 @@ bool CBrindleDlg::PreTranslateMessage(QObject* receiver, QEvent* event) {
             if (key->key() == Qt::Key_F5) {
                 if (!isVisible()) return false;
                 if (IsSearchPage(m_page)) SearchCommand(2202);
-                if (m_store) BuildFirstTree(*m_store);
-                SetTimer(Handle(), kTimerBuildClassList, kClassListMs);
+                // The tree is rebuilt on a worker; its arrival rebuilds the class list.
+                RebuildTree();
                 return true;
             }
             if (key->key() == Qt::Key_Return || key->key() == Qt::Key_Enter) {

@@ -1,6 +1,8 @@
 // Pages, class switching, subclasses, routes, search commands and the panel buttons.
 #include <QLineEdit>
 
+#include <optional>
+
 #include "markup/markup_document.h"
 #include "net/gallery_sync.h"
 #include "net/http_transport.h"
@@ -44,8 +46,6 @@ constexpr uint32_t kSearchQuietMs = 450;
 constexpr unsigned kRightStripMs = 1000;
 constexpr unsigned kRepaintAllMs = 1200;
 constexpr unsigned kRouteRebuildMs = 250;
-constexpr uint32_t kMirrorSettleMs = 300;
-constexpr uint32_t kLeaveSearchMs = 500;
 
 QString Q(std::u16string_view text) { return QString::fromUtf16(text.data(), static_cast<qsizetype>(text.size())); }
 std::u16string S(const QString& text) { return text.toStdU16String(); }
@@ -142,7 +142,9 @@ void CBrindleDlg::SwitchClass(int row) {
     PostWindowMessage(Handle(), MsgPanelCommand, 1, -1);
     m_syncStatus = -1;
     PostWindowMessage(Handle(), MsgPanelEvent, 4, 0);
-    m_listNodes.clear();
+    m_listNodes.Reset(*m_store);
+    m_summaryPending.clear();
+    m_itemsPending.clear();
     m_forceList = false;
 
     const bool barShown = !m_collectionBtns.empty() && m_collectionBtns[0] && m_collectionBtns[0]->isVisible();
@@ -169,7 +171,7 @@ void CBrindleDlg::SwitchClass(int row) {
         for (GalleryNode* entry : root->fileChildren) {
             if (!entry) continue;
             paths.push_back(entry->path);
-            m_listNodes.push_back(entry);
+            m_listNodes.Add(entry);
         }
         m_itemCount = static_cast<int>(m_listNodes.size());
         if (m_itemCount > 0) {
@@ -226,13 +228,23 @@ void CBrindleDlg::SwitchClass(int row) {
 
     m_classIndex = row;
     if (row >= 2) {
-        RefreshClassSummary(*m_store, text);
-        // The summary keeps the gallery node but may have rebuilt its classes.
-        node = FindNodeByPath(root, path);
-        if (!node) {
-            ShowEmptyClass(row, path);
-            return;
+        // An outdated summary is fetched on a worker; its arrival shows the classes.
+        if (std::optional<TreeRequest> request = PrepareClassSummary(*m_store, text)) {
+            if (StartTreeRequest(*m_store, std::move(*request))) {
+                m_summaryPending = text;
+                return;
+            }
         }
+    }
+    ShowGalleryClasses(row, path);
+}
+
+void CBrindleDlg::ShowGalleryClasses(int row, const std::u16string& path) {
+    GalleryNode* root = m_store ? m_store->root : nullptr;
+    GalleryNode* node = root ? FindNodeByPath(root, path) : nullptr;
+    if (!node) {
+        ShowEmptyClass(row, path);
+        return;
     }
 
     // Fill the subclass buttons: "常用" first for a gallery with common-use entries.
@@ -314,24 +326,37 @@ void CBrindleDlg::OpenSubclass(int id) {
     // that joins with the collections, until then the mirror on disk stands.
 
     m_curClassPath = path;
-    m_listNodes.clear();
-    OpenClass(*m_store, path);
-    // A fetch may have rebuilt the class's blocks: look the node up again.
-    GalleryNode* node = FindNodeByPath(m_store->root, path);
+    m_listNodes.Reset(*m_store);
+    m_itemsPending.clear();
+    m_openedSubclass = button;
+    // Outdated blocks are fetched on a worker; their arrival lists the class.
+    if (ClassIsStale(*m_store, path)) {
+        if (std::optional<TreeRequest> request = PrepareClassItems(*m_store, path)) {
+            if (StartTreeRequest(*m_store, std::move(*request))) {
+                m_itemsPending = path;
+                return;
+            }
+        }
+    }
+    ListSubclass(button, path);
+}
+
+void CBrindleDlg::ListSubclass(CSubclassButton* button, const std::u16string& path) {
+    GalleryNode* node = m_store && m_store->root ? FindNodeByPath(m_store->root, path) : nullptr;
     if (!node) return;
+    m_listNodes.Reset(*m_store);
 
     // The advertising tile of the first cell joins with the tiles.
     std::vector<std::u16string> paths;
     for (GalleryNode* child : node->fileChildren) {
         if (!child) continue;
         paths.push_back(child->path);
-        m_listNodes.push_back(child);
+        m_listNodes.Add(child);
     }
     m_itemCount = static_cast<int>(m_listNodes.size());
     m_emptySubclassOpened = false;
 
     if (m_itemCount > 0) {
-        if (m_curClassPath.find(u"收藏") != std::u16string::npos) SleepMs(kMirrorSettleMs);
         if (m_pThumbList) {
             m_pThumbList->show();
             m_pThumbList->SetPaths(paths);
@@ -367,7 +392,8 @@ void CBrindleDlg::OpenSubclass(int id) {
             int item = 0;
             const std::u16string name = S(m_focusRow.name);
             for (size_t i = 0; i < m_listNodes.size(); ++i) {
-                if (m_listNodes[i] && m_listNodes[i]->name == name) {
+                const GalleryNode* listed = m_listNodes.At(*m_store, i);
+                if (listed && listed->name == name) {
                     item = static_cast<int>(i);
                     break;
                 }
@@ -419,7 +445,7 @@ void CBrindleDlg::GoToPage(int page) {
         SetShown(Button(2151), false);
         SetShown(m_classList, false);
         m_searchUntouched = true;
-        m_localHits.clear();
+        if (m_store) m_localHits.Reset(*m_store);
         if (page == PageSearch) {
             // The hot word row joins with the search box.
             m_page = PageSearch;
@@ -503,7 +529,6 @@ void CBrindleDlg::OpenRoute(const std::u16string& route) {
     if (IsSearchPage(m_page)) {
         m_curClassPath.clear();
         SearchCommand(2202);
-        SleepMs(kLeaveSearchMs);
     }
     // Routes outside the collections go through the class manager's
     // OpenClassRoute once it joins, which also lists a missing class in
@@ -670,14 +695,19 @@ void CBrindleDlg::OnPanelButton(int id) {
             return;
         case 2151: {
             if (!m_classList || m_classIndex < 0 || m_classIndex >= m_classList->GetItemCount()) return;
+            if (m_galleryFetchPending || !m_store) return;  // one download at a time
             const std::u16string name = S(m_classList->GetItemText(m_classIndex));
-            const bool ok = m_store && FetchGalleryFull(*m_store, name, false);
-            if (!ok) {
-                CPopTipDlg tip(this);
-                tip.Configure(QStringLiteral("Ombrel"), false, QStringLiteral("下载图库失败，请检查网络后重试"),
-                              QString(), QStringLiteral("确定"), QString());
-                (void)tip.DoModal();  // one button: the answer changes nothing
+            // The gallery comes on a worker; its arrival (or failure) carries on.
+            std::optional<TreeRequest> request = PrepareGalleryFull(*m_store, name, false);
+            if (request && StartTreeRequest(*m_store, std::move(*request))) {
+                m_galleryFetchPending = true;
+                if (CSkinButton* download = Button(2151)) download->setEnabled(false);
+                return;
             }
+            CPopTipDlg tip(this);
+            tip.Configure(QStringLiteral("Ombrel"), false, QStringLiteral("下载图库失败，请检查网络后重试"), QString(),
+                          QStringLiteral("确定"), QString());
+            (void)tip.DoModal();
             SetTimer(Handle(), kTimerBuildClassList, kClassListMs);
             return;
         }

@@ -6,7 +6,6 @@
 #include <shared_mutex>
 
 #include "net/download_queue.h"
-#include "net/tree_lock.h"
 #include "panel/dialog/brindle_dlg.h"
 #include "panel/dialog/host_requests.h"
 #include "panel/dialog/panel_timers.h"
@@ -142,9 +141,9 @@ void ThumbDownloadEnded(CBrindleDlg& panel, bool succeeded, const std::u16string
 void ActivateBlock(CBrindleDlg& panel, std::intptr_t item) {
     GalleryStore& store = StoreOf(panel);
     if (!store.root || !IsWindow(panel.hostWindow)) return;
-    if (item < 0 || static_cast<size_t>(item) >= panel.m_listNodes.size()) return;
+    if (item < 0) return;
     // An advertising tile in the first cell joins with the tiles.
-    GalleryNode* node = panel.m_listNodes[static_cast<size_t>(item)];
+    GalleryNode* node = panel.m_listNodes.At(store, static_cast<size_t>(item));
     if (!node) return;
 
     if (panel.m_boutiqueCache.size() > kBoutiqueCacheBound) panel.m_boutiqueCache.clear();
@@ -171,23 +170,26 @@ void ActivateBlock(CBrindleDlg& panel, std::intptr_t item) {
     (void)PostHostInsertion(panel.hostWindow, InsertionCode(panel.showMode), path);
     if (panel.m_classIndex == 0) return;  // the recent list keeps its order
 
-    std::unique_lock<std::shared_mutex> lock(TreeLock());
+    // Both lists may drop an entry of the same path: handles go stale first.
+    ++store.treeEpoch;
     RememberRecent(store, path, name);
     // Only a block of a real subclass heads its gallery's common-use list.
-    if (!parent || !grand || node->ownerName != parent->name) return;
-    auto& entries = grand->fileChildren;
-    for (auto it = entries.begin(); it != entries.end();) {
-        GalleryNode* entry = *it;
-        if (entry && entry->path == path) {
-            DestroySubtree(entry);
-            delete entry;
-            it = entries.erase(it);
-        } else {
-            ++it;
+    const bool common = parent && grand && node->ownerName == parent->name;
+    if (common) {
+        auto& entries = grand->fileChildren;
+        for (auto it = entries.begin(); it != entries.end();) {
+            GalleryNode* entry = *it;
+            if (entry && entry->path == path) {
+                SubtreeDeleter()(entry);
+                it = entries.erase(it);
+            } else {
+                ++it;
+            }
         }
+        auto* head = new GalleryNode(std::u16string(kCommonUseTag), path, name, u"file", false, false, 0);
+        if (!AddChild(grand, head, true)) delete head;
     }
-    auto* head = new GalleryNode(std::u16string(kCommonUseTag), path, name, u"file", false, false, 0);
-    if (!AddChild(grand, head, true)) delete head;
+    panel.RelistNodes();
 }
 
 }  // namespace marrowfin

@@ -6,6 +6,7 @@
 #include <thread>
 
 #include "net/gallery_sync.h"
+#include "store/tree_update.h"
 #include "panel_world.h"
 
 using namespace marrowfin;
@@ -81,26 +82,33 @@ TEST(PanelStartUp, WithoutAHostWindowInTheUpdateModeAndWithoutAFirstSync) {
     EXPECT_EQ(GetOptionInt(u"RequestNetwork", -7), 0);
 }
 
-TEST(PanelStartUp, WaitsForARunningSynchronisation) {
-    // The panel is made while FirstSynchro's thread waits for a slow service.
+TEST(PanelStartUp, OpensAtOnceAndTakesTheTreeWhenItComes) {
+    // The panel is made while FirstSynchro's worker waits for a slow service.
     SampleWorld world({.firstSync = false});
     ResetGalleryStore();
     service::Fault slow;
-    slow.latencyMs = 1500;
+    slow.latencyMs = 3000;
     world.service.faults().set("/gallery/g_all_s", slow);
 
     GalleryStore& store = GalleryStore::Instance();
-    std::thread sync([&] { BuildFirstTree(store); });
-    while (store.syncBusy.load() == 0) std::this_thread::yield();
-
+    ASSERT_TRUE(StartFirstTree(store));
     CBrindleDlg panel;
     panel.Create(nullptr);
-    // Create came back only once the synchronisation had ended, with the full tree.
-    const int busyAfterCreate = store.syncBusy.load();
-    const bool classesAfterCreate =
-        store.root && store.root->dirChildren.size() == 1 && !store.root->dirChildren[0]->dirChildren.empty();
-    sync.join();
-    EXPECT_EQ(busyAfterCreate, 0);
-    EXPECT_TRUE(classesAfterCreate);
-    EXPECT_GE(world.service.counters().get("/gallery/g_all_s").count, 1);
+    panel.show();
+    // Create did not wait for the service, and nothing but the panel's own
+    // thread puts the tree in place.
+    EXPECT_EQ(store.syncBusy.load(), 1);
+    EXPECT_EQ(store.root, nullptr);
+    EXPECT_TRUE(panel.m_treeWaiting);
+    // The panel answers meanwhile: its class list is built without galleries.
+    ASSERT_TRUE(PumpUntil([&] { return panel.m_classList->GetItemCount() == 2; }));
+    EXPECT_EQ(store.syncBusy.load(), 1);
+
+    // The tree comes as a message, and the class list is rebuilt with it.
+    ASSERT_TRUE(PumpUntil([&] { return panel.m_classList->GetItemCount() == 3; }, 15000));
+    EXPECT_FALSE(panel.m_treeWaiting);
+    ASSERT_NE(store.root, nullptr);
+    ASSERT_EQ(store.root->dirChildren.size(), 1u);
+    EXPECT_FALSE(store.root->dirChildren[0]->dirChildren.empty());
+    EXPECT_EQ(world.service.counters().get("/gallery/g_all_s").count, 1);
 }

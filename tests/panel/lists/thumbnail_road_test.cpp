@@ -8,6 +8,7 @@
 
 #include "net/download_queue.h"
 #include "net/gallery_sync.h"
+#include "store/tree_update.h"
 #include "panel_world.h"
 #include "store/gallery_tree.h"
 #include "store/show_list.h"
@@ -36,6 +37,15 @@ std::vector<std::u16string> PathsOf(const std::vector<GalleryNode*>& nodes) {
     return out;
 }
 
+std::vector<std::u16string> PathsOf(const NodeList& nodes) {
+    std::vector<std::u16string> out;
+    for (size_t i = 0; i < nodes.size(); ++i) {
+        const GalleryNode* n = nodes.At(GalleryStore::Instance(), i);
+        out.push_back(n ? n->path : u"");
+    }
+    return out;
+}
+
 bool AllStatesFinal(CDWGListView* list) {
     for (int i = list->FirstVisibleItem(); i <= list->LastVisibleItem(); ++i)
         if (list->ItemState(i) != CDWGListView::kStateFinal) return false;
@@ -48,6 +58,7 @@ TEST(ThumbnailRoad, ALargeClassShowsPlaceholdersThenPicturesFetchingOnlyWhatIsIn
     const std::u16string gallery = w.galleries.at(0);
     AddGalleryToShowList(gallery);
     BuildFirstTree(w.store);
+    AdoptTreeUpdates(w.store);
     w.service.faults().set("/files/*", [] {
         service::Fault f;
         f.latencyMs = 80;  // the six places fill up

@@ -244,7 +244,12 @@ TEST(LivePages, DownloadGalleryButtonTipsOnFailureAndFillsTheGalleryOnSuccess) {
     {
         TipWatcher watcher(QStringLiteral("download_failed_tip"));
         w.ClickButton(2151);
-        EXPECT_EQ(watcher.seen, 1);
+        // The gallery comes on a worker: the button waits, disabled, and a
+        // second press sends nothing.
+        EXPECT_FALSE(p.Button(2151)->isEnabled());
+        w.ClickButton(2151);
+        ASSERT_TRUE(PumpUntil([&] { return watcher.seen == 1; }));
+        EXPECT_TRUE(p.Button(2151)->isEnabled());
         EXPECT_EQ(watcher.okText, QStringLiteral("确定"));
         EXPECT_FALSE(watcher.cancelShown);
     }
@@ -258,6 +263,7 @@ TEST(LivePages, DownloadGalleryButtonTipsOnFailureAndFillsTheGalleryOnSuccess) {
     {
         TipWatcher watcher(QStringLiteral("download_unexpected_tip"));
         w.ClickButton(2151);
+        ASSERT_TRUE(PumpUntil([&] { return !gallery->dirChildren.empty(); }));
         EXPECT_EQ(watcher.seen, 0);
     }
     ASSERT_TRUE(w.WaitForSwitch());

@@ -11,6 +11,7 @@
 
 #include "net/download_queue.h"
 #include "net/gallery_sync.h"
+#include "store/tree_update.h"
 #include "panel/dialog/host_requests.h"
 #include "platform/text.h"
 #include "skin/pop_tip_dlg.h"
@@ -117,7 +118,10 @@ SampleWorld::SampleWorld(const WorldOptions& options) {
     Serve(SampleLibrary());
     WriteOptionString(u"Rate", QString::number(options.rate).toStdU16String());
     if (options.listGallery && !galleries.empty()) AddGalleryToShowList(galleries[0]);
-    if (options.firstSync) BuildFirstTree(GalleryStore::Instance());
+    if (options.firstSync) {
+        BuildFirstTree(GalleryStore::Instance());
+        (void)AdoptTreeUpdates(GalleryStore::Instance());
+    }
     SetApplicationMainWindow(options.attachHost ? &host : nullptr);
     panel = std::make_unique<CBrindleDlg>();
     panel->showMode = options.mode;
