@@ -1,7 +1,9 @@
 #include "host/library_entry.h"
 
+#include "host/boundary.h"
 #include "marrowfin/marrowfin.h"
 #include "net/gallery_sync.h"
+#include "platform/threads.h"
 #include "store/gallery_store.h"
 
 namespace marrowfin {
@@ -11,15 +13,22 @@ CBrindleDlg*& PanelSingleton() {
     return panel;
 }
 
-std::thread StartFirstSynchro(GalleryStore& store) {
+bool StartFirstSynchro(GalleryStore& store, std::thread& thread) {
     // Marked busy before the thread runs, so that a panel started right after
     // this call already sees the synchronisation and waits for it.
-    store.syncBusy.store(1);
-    return std::thread([&store] { BuildFirstTree(store); });
+    const int before = store.syncBusy.exchange(1);
+    if (StartThread(thread, [&store] { BuildFirstTree(store); })) return true;
+    store.syncBusy.store(before);
+    return false;
 }
 
 }  // namespace marrowfin
 
 extern "C" MARROWFIN_API void FirstSynchro(void) {
-    marrowfin::StartFirstSynchro(marrowfin::GalleryStore::Instance()).detach();
+    marrowfin::Shielded([] {
+        std::thread sync;
+        if (marrowfin::StartFirstSynchro(marrowfin::GalleryStore::Instance(), sync)) sync.detach();
+        // Without a thread there is no tree until a later run (the host's
+        // "UpdateShow", a refresh) builds one; the panel does not wait.
+    });
 }

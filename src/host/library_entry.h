@@ -11,8 +11,9 @@ struct GalleryStore;
 // The panel: null until an export that may create it does; never cleared.
 CBrindleDlg*& PanelSingleton();
 
-// Obtains the store and starts the first-synchronisation thread; returns the
-// thread so that tests can wait for it (the export detaches it).
-std::thread StartFirstSynchro(GalleryStore& store);
+// Starts the first-synchronisation thread on `thread` (the export detaches
+// it; tests wait for it). False when no thread could be started: the store is
+// then not left marked busy, so that no panel waits for a run that never comes.
+bool StartFirstSynchro(GalleryStore& store, std::thread& thread);
 
 }  // namespace marrowfin

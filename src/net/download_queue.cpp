@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <atomic>
 #include <mutex>
-#include <thread>
 
 #include "net/http_transport.h"
 #include "net/tree_lock.h"
 #include "platform/files.h"
+#include "platform/threads.h"
 #include "platform/ticks.h"
 #include "store/gallery_node.h"
 #include "store/gallery_store.h"
@@ -36,8 +36,9 @@ void RunDownloadJob(GalleryStore& store, std::u16string path) {
         FinishDownload(store, true, path);
         return;
     }
-    // Too small or failed: remove it so that the block can be asked for again.
-    (void)RemoveFile(path);
+    // Too small: remove it so that the block can be asked for again. A failed
+    // transfer wrote nothing, and a file that came meanwhile is not ours.
+    if (fetched) (void)RemoveFile(path);
     FinishDownload(store, false, path);
 }
 
@@ -71,10 +72,18 @@ void PumpDownloads(GalleryStore& store) {
         store.downloadsRunning.push_back(path);
     }
     ++g_liveWorkers;
-    std::thread([&store, path = std::move(path)]() mutable {
-        RunDownloadJob(store, std::move(path));
+    const bool started = StartDetachedThread([&store, path] {
+        RunDownloadJob(store, path);
         --g_liveWorkers;  // the last touch of shared state
-    }).detach();
+    });
+    if (started) return;
+    // No thread to be had: the path goes back to the head of the waiting
+    // list, so that it is not "running" for good; the next pump tries again.
+    --g_liveWorkers;
+    std::lock_guard<std::mutex> lock(store.downloadLock);
+    auto& running = store.downloadsRunning;
+    running.erase(std::remove(running.begin(), running.end(), path), running.end());
+    store.downloadsWaiting.insert(store.downloadsWaiting.begin(), path);
 }
 
 void FinishDownload(GalleryStore& store, bool succeeded, const std::u16string& path) {

@@ -10,6 +10,7 @@
 #include "marrowfin/marrowfin.h"
 #include "host/string_arg.h"
 #include "platform/profile.h"
+#include "platform/threads.h"
 #include "store/gallery_node.h"
 #include "store/gallery_store.h"
 #include "store/gallery_tree.h"
@@ -24,7 +25,13 @@ TEST(LibraryEntry, FirstSynchroBuildsTheTreeOnItsThread) {
     AddGalleryToShowList(u"门窗");
     EXPECT_EQ(PanelSingleton(), nullptr);  // no panel until an export makes one
     GalleryStore store;
-    std::thread t = StartFirstSynchro(store);
+    std::thread t;
+    // No thread to be had: nothing is left marked busy for the panel to wait on.
+    FailThreadStartsForTests(1);
+    EXPECT_FALSE(StartFirstSynchro(store, t));
+    EXPECT_EQ(store.syncBusy.load(), 0);
+    EXPECT_EQ(store.root, nullptr);
+    ASSERT_TRUE(StartFirstSynchro(store, t));
     t.join();
     EXPECT_EQ(store.syncBusy.load(), 0);
     ASSERT_NE(store.root, nullptr);
@@ -79,4 +86,8 @@ TEST(LibraryEntry, WithoutTheHostsApplicationNoPanelIsMade) {
     EXPECT_EQ(IsDLLHwnd(1), 0);
     EXPECT_EQ(MarrowfinSendCopyData(0, 416, u"1&^&t"), 0);
     EXPECT_EQ(MarrowfinSendPanelControl(0, 5, 3), 0);
+    // The export itself: a refused thread is no exception for the host.
+    FailThreadStartsForTests(1);
+    FirstSynchro();
+    EXPECT_EQ(GalleryStore::Instance().syncBusy.load(), 0);
 }
