@@ -3,13 +3,14 @@
 #include "host/boundary.h"
 #include "marrowfin/marrowfin.h"
 #include "net/gallery_sync.h"
+#include "panel/dialog/brindle_dlg.h"
 #include "platform/threads.h"
 #include "store/gallery_store.h"
 
 namespace marrowfin {
 
-CBrindleDlg*& PanelSingleton() {
-    static CBrindleDlg* panel = nullptr;
+QPointer<CBrindleDlg>& PanelSingleton() {
+    static QPointer<CBrindleDlg> panel;
     return panel;
 }
 

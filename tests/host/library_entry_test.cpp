@@ -23,7 +23,7 @@ TEST(LibraryEntry, FirstSynchroBuildsTheTreeOnItsThread) {
     marrowfin::test::TempHome home;
     WriteOptionString(u"ServiceBase", u"http://127.0.0.1:9");  // no service: galleries stay empty
     AddGalleryToShowList(u"门窗");
-    EXPECT_EQ(PanelSingleton(), nullptr);  // no panel until an export makes one
+    EXPECT_TRUE(PanelSingleton().isNull());  // no panel until an export makes one
     GalleryStore store;
     std::thread t;
     // No thread to be had: nothing is left marked busy for the panel to wait on.
@@ -81,7 +81,7 @@ TEST(LibraryEntry, WithoutTheHostsApplicationNoPanelIsMade) {
     HideGallery();
     CloseGallery();
     EXPECT_EQ(GetGallery(), 0u);
-    EXPECT_EQ(PanelSingleton(), nullptr);
+    EXPECT_TRUE(PanelSingleton().isNull());
     EXPECT_EQ(IsBlkBoutique(u"/a/b.dwg"), 0);
     EXPECT_EQ(IsDLLHwnd(1), 0);
     EXPECT_EQ(MarrowfinSendCopyData(0, 416, u"1&^&t"), 0);
