@@ -10,8 +10,8 @@
 using namespace marrowfin;
 
 extern "C" MARROWFIN_API uint8_t IsBlkBoutique(const char16_t* blockPath) {
-    const std::u16string path = TakeHostPath(blockPath);
-    return Shielded<uint8_t>(0, [&path] {
+    return Shielded<uint8_t>(0, [blockPath] {
+        const std::u16string path = TakeHostPath(blockPath);
         CBrindleDlg* panel = ExistingPanel();
         if (!panel) return uint8_t{0};  // never makes a panel
         return panel->IsBlkBoutique(path) ? uint8_t{1} : uint8_t{0};

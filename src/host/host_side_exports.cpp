@@ -47,9 +47,9 @@ extern "C" MARROWFIN_API intptr_t MarrowfinSendPanelControl(uint64_t panel, uint
 }
 
 extern "C" MARROWFIN_API intptr_t MarrowfinSendCopyData(uint64_t panel, uintptr_t code, const char16_t* text) {
-    // Copied first: the panel may run a modal loop in which the host reuses its buffer.
-    const std::u16string copy = TakeHostText(text);
-    return Shielded<intptr_t>(0, [&]() -> intptr_t {
+    return Shielded<intptr_t>(0, [=]() -> intptr_t {
+        // Copied first: the panel may run a modal loop in which the host reuses its buffer.
+        const std::u16string copy = TakeHostText(text);
         if (!IsPanel(panel)) return 0;
         CopyDataStruct data;
         data.dwData = code;

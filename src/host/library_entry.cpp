@@ -1,13 +1,15 @@
 #include "host/library_entry.h"
 
+#include "host/boundary.h"
 #include "marrowfin/marrowfin.h"
 #include "net/gallery_sync.h"
+#include "panel/dialog/brindle_dlg.h"
 #include "store/gallery_store.h"
 
 namespace marrowfin {
 
-CBrindleDlg*& PanelSingleton() {
-    static CBrindleDlg* panel = nullptr;
+QPointer<CBrindleDlg>& PanelSingleton() {
+    static QPointer<CBrindleDlg> panel;
     return panel;
 }
 
@@ -15,6 +17,6 @@ CBrindleDlg*& PanelSingleton() {
 
 extern "C" MARROWFIN_API void FirstSynchro(void) {
     // Marked busy before the worker runs, so that a panel started right after
-    // this call already waits for its tree.
-    (void)marrowfin::StartFirstTree(marrowfin::GalleryStore::Instance());
+    // this call already waits for its tree; without a worker nothing waits.
+    marrowfin::Shielded([] { (void)marrowfin::StartFirstTree(marrowfin::GalleryStore::Instance()); });
 }

@@ -11,16 +11,18 @@ namespace marrowfin {
 CBrindleDlg* ExistingPanel() { return PanelSingleton(); }
 
 CBrindleDlg* EnsurePanel(QWidget* parent, const std::function<void(CBrindleDlg&)>& beforeCreate) {
-    CBrindleDlg*& panel = PanelSingleton();
+    QPointer<CBrindleDlg>& panel = PanelSingleton();
     if (panel) return panel;
     if (!qobject_cast<QApplication*>(QCoreApplication::instance())) return nullptr;
     // Window handles and posted messages need the Qt window system before
     // the panel's start-up sends its first request.
     InstallQtWindowSystem();
     // Stored before Create: the start-up runs exports' helpers that look for it.
-    panel = new CBrindleDlg;  // lives until the process ends
-    if (beforeCreate) beforeCreate(*panel);
-    panel->Create(parent);
+    // Lives until the process ends, or until the host destroys the parent.
+    auto* made = new CBrindleDlg;
+    panel = made;
+    if (beforeCreate) beforeCreate(*made);
+    made->Create(parent);
     return panel;
 }
 

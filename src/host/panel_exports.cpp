@@ -30,9 +30,9 @@ extern "C" MARROWFIN_API void show(void) {
 }
 
 extern "C" MARROWFIN_API void ShowGallery(const char16_t* location, const char16_t* mode) {
-    std::u16string where = TakeHostPath(location);
-    std::u16string how = TakeHostText(mode);
-    Shielded([&] {
+    Shielded([location, mode] {
+        const std::u16string where = TakeHostPath(location);
+        const std::u16string how = TakeHostText(mode);
         // A new panel reads its mode during start-up ("UpdateShow" hides it there).
         CBrindleDlg* made = EnsurePanel(nullptr, [&how](CBrindleDlg& fresh) { fresh.showMode = how; });
         if (!made) return;
@@ -78,9 +78,9 @@ extern "C" MARROWFIN_API uint64_t GetGallery(void) {
 }
 
 extern "C" MARROWFIN_API void SearchBrindleRes(const char16_t* text, const char16_t* mode) {
-    const QString words = QString::fromStdU16String(TakeHostText(text));
-    std::u16string how = TakeHostText(mode);
-    Shielded([&] {
+    Shielded([text, mode] {
+        const QString words = QString::fromStdU16String(TakeHostText(text));
+        const std::u16string how = TakeHostText(mode);
         CBrindleDlg* made = EnsurePanel(nullptr);
         if (!made) return;
         CBrindleDlg& panel = *made;
@@ -93,8 +93,8 @@ extern "C" MARROWFIN_API void SearchBrindleRes(const char16_t* text, const char1
 }
 
 extern "C" MARROWFIN_API void ResetClass(const char16_t* classText) {
-    const std::u16string text = TakeHostPath(classText);
-    Shielded([&] {
+    Shielded([classText] {
+        const std::u16string text = TakeHostPath(classText);
         CBrindleDlg* made = EnsurePanel(nullptr);
         if (!made) return;
         CBrindleDlg& panel = *made;

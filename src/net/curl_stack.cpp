@@ -154,16 +154,15 @@ bool CurlStack::PostForm(const std::string& url, const std::string& body, std::s
 
 bool CurlStack::DownloadFile(const std::string& url, const std::u16string& localPath, WindowHandle progressWindow,
                              uint16_t jobNumber) {
-    // The target must be creatable before anything is fetched.
-    const bool existed = PathExists(localPath);
-    if (!existed && !WriteFileAtomic(localPath, "")) return false;
-    auto failed = [&] {
-        // Leave nothing that could pass for a block; an old file stays as it was.
-        if (!existed) (void)RemoveFile(localPath);
-        return false;
-    };
+    // Nothing is made under the target's name before the whole body is in: a
+    // reader (the grid, the host) never finds an empty or half block there,
+    // and a failed attempt leaves an old file as it was. The folder is only
+    // looked at, so that nothing is fetched that could not be written.
+    const std::u16string::size_type slash = localPath.find_last_of(u'/');
+    const std::u16string folder = slash == std::u16string::npos ? u"." : localPath.substr(0, slash ? slash : 1);
+    if (localPath.empty() || DirectoryExists(localPath) || !DirectoryWritable(folder)) return false;
     EasyHandle h = NewHandle(url);
-    if (!h) return failed();
+    if (!h) return false;
     HeaderList headers(curl_slist_append(nullptr, kDownloadAgent));
     std::string body;
     BodySink sink{h.get(), &body};
@@ -174,10 +173,9 @@ bool CurlStack::DownloadFile(const std::string& url, const std::u16string& local
     curl_easy_setopt(h.get(), CURLOPT_NOPROGRESS, 0L);
     curl_easy_setopt(h.get(), CURLOPT_XFERINFOFUNCTION, ReportProgress);
     curl_easy_setopt(h.get(), CURLOPT_XFERINFODATA, &progress);
-    if (!PerformWith200(h.get())) return failed();
-    // The whole body in one write, and atomically: a reader never sees half a block.
-    if (!WriteFileAtomic(localPath, body)) return failed();
-    return true;
+    if (!PerformWith200(h.get())) return false;
+    // The whole body in one write under a temporary name, then renamed over the target.
+    return WriteFileAtomic(localPath, body);
 }
 
 bool CurlStack::UploadFile(const std::string& url, const std::u16string& parentDir, const std::u16string& localPath,

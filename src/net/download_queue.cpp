@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <atomic>
 #include <mutex>
-#include <thread>
 
 #include "net/http_transport.h"
 #include "platform/files.h"
+#include "platform/threads.h"
 #include "platform/ticks.h"
 #include "store/gallery_node.h"
 #include "store/gallery_store.h"
@@ -32,8 +32,9 @@ void RunDownloadJob(GalleryStore& store, std::u16string path, DownloadTarget tar
         FinishDownload(store, true, path);
         return;
     }
-    // Too small or failed: remove it so that the block can be asked for again.
-    (void)RemoveFile(path);
+    // Too small: remove it so that the block can be asked for again. A failed
+    // transfer wrote nothing, and a file that came meanwhile is not ours.
+    if (fetched) (void)RemoveFile(path);
     FinishDownload(store, false, path);
 }
 
@@ -72,10 +73,19 @@ void PumpDownloads(GalleryStore& store) {
         }
     }
     ++g_liveWorkers;
-    std::thread([&store, path = std::move(path), target = std::move(target)]() mutable {
-        RunDownloadJob(store, std::move(path), std::move(target));
+    const bool started = StartDetachedThread([&store, path, target] {
+        RunDownloadJob(store, path, target);
         --g_liveWorkers;  // the last touch of shared state
-    }).detach();
+    });
+    if (started) return;
+    // No thread to be had: the path goes back to the head of the waiting
+    // list, so that it is not "running" for good; the next pump tries again.
+    --g_liveWorkers;
+    std::lock_guard<std::mutex> lock(store.downloadLock);
+    auto& running = store.downloadsRunning;
+    running.erase(std::remove(running.begin(), running.end(), path), running.end());
+    store.downloadsWaiting.insert(store.downloadsWaiting.begin(), path);
+    store.downloadTargets[path] = std::move(target);
 }
 
 void FinishDownload(GalleryStore& store, bool succeeded, const std::u16string& path) {

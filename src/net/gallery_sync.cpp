@@ -2,8 +2,6 @@
 
 #include <map>
 #include <optional>
-#include <system_error>
-#include <thread>
 #include <utility>
 #include <vector>
 
@@ -13,6 +11,7 @@
 #include "platform/files.h"
 #include "platform/ini_file.h"
 #include "platform/profile.h"
+#include "platform/threads.h"
 #include "platform/ticks.h"
 #include "store/catalogue.h"
 #include "store/gallery_node.h"
@@ -302,17 +301,6 @@ TreeUpdate RunClassItems(const TreeRequest& request) {
     return update;
 }
 
-// Runs `work` on a detached worker; false (and nothing run) when none starts.
-template <class Work>
-bool StartWorker(Work work) {
-    try {
-        std::thread(std::move(work)).detach();
-        return true;
-    } catch (const std::system_error&) {
-        return false;
-    }
-}
-
 }  // namespace
 
 void BuildFirstTree(GalleryStore& store) {
@@ -329,7 +317,7 @@ bool StartFirstTree(GalleryStore& store) {
     // A run already under way will deliver the newest Show.xml's tree or be
     // followed by the next request of the user.
     if (!store.syncBusy.compare_exchange_strong(idle, 1)) return true;
-    if (StartWorker([&store] { BuildFirstTree(store); })) return true;
+    if (StartDetachedThread([&store] { BuildFirstTree(store); })) return true;
     store.syncBusy.store(0);
     return false;
 }
@@ -395,7 +383,7 @@ TreeUpdate RunTreeRequest(const TreeRequest& request) {
 }
 
 bool StartTreeRequest(GalleryStore& store, TreeRequest request) {
-    return StartWorker(
+    return StartDetachedThread(
         [&store, request = std::move(request)] { DepositTreeUpdate(store, RunTreeRequest(request)); });
 }
 

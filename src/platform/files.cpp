@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cerrno>
 #include <cstdio>
 #include <filesystem>
@@ -105,24 +106,48 @@ bool RenameFile(std::u16string_view from, std::u16string_view to) {
     return ::rename(NativePath(from).c_str(), NativePath(to).c_str()) == 0;
 }
 
-bool ReadWholeFile(std::u16string_view path, std::string& bytes) {
+namespace {
+
+std::atomic<int> g_failedReadsLeft{0};
+
+bool TakeReadFailure() {
+    int left = g_failedReadsLeft.load();
+    while (left > 0 && !g_failedReadsLeft.compare_exchange_weak(left, left - 1)) {
+    }
+    return left > 0;
+}
+
+}  // namespace
+
+void FailFileReadsForTests(int count) { g_failedReadsLeft.store(count); }
+
+FileRead ReadFileIfPresent(std::u16string_view path, std::string& bytes) {
     bytes.clear();
-    if (path.empty()) return false;
+    if (path.empty()) return FileRead::Missing;
     FdOwner f{::open(NativePath(path).c_str(), O_RDONLY | O_CLOEXEC)};
-    if (f.fd < 0) return false;
+    if (f.fd < 0) return errno == ENOENT ? FileRead::Missing : FileRead::Failed;
+    if (TakeReadFailure()) return FileRead::Failed;
     struct stat st;
-    if (::fstat(f.fd, &st) != 0 || !S_ISREG(st.st_mode)) return false;
+    if (::fstat(f.fd, &st) != 0 || !S_ISREG(st.st_mode)) return FileRead::Failed;
     bytes.resize(static_cast<size_t>(st.st_size));
     size_t done = 0;
     while (done < bytes.size()) {
         const ssize_t r = ::read(f.fd, bytes.data() + done, bytes.size() - done);
         if (r < 0 && errno == EINTR) continue;
-        if (r < 0) { bytes.clear(); return false; }
+        if (r < 0) { bytes.clear(); return FileRead::Failed; }
         if (r == 0) break;  // the file shrank under us: keep what was there
         done += static_cast<size_t>(r);
     }
     bytes.resize(done);
-    return true;
+    return FileRead::Read;
+}
+
+bool ReadWholeFile(std::u16string_view path, std::string& bytes) {
+    return ReadFileIfPresent(path, bytes) == FileRead::Read;
+}
+
+bool DirectoryWritable(std::u16string_view path) {
+    return DirectoryExists(path) && ::access(NativePath(path).c_str(), W_OK | X_OK) == 0;
 }
 
 bool WriteFileAtomic(std::u16string_view path, std::string_view bytes) {

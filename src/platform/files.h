@@ -29,6 +29,15 @@ bool RenameFile(std::u16string_view from, std::u16string_view to);
 
 // Reads a whole file; false when it cannot be opened or read.
 bool ReadWholeFile(std::u16string_view path, std::string& bytes);
+// As ReadWholeFile, telling a file that is not there from one that is there
+// but cannot be read (a folder, no permission, an I/O error).
+enum class FileRead { Read, Missing, Failed };
+FileRead ReadFileIfPresent(std::u16string_view path, std::string& bytes);
+// Test seam: the next `count` reads of files that exist fail as unreadable
+// ones do (tests run as root, where permission bits do not stop a read).
+void FailFileReadsForTests(int count);
+// A folder in which files can be made now: it exists and is writable.
+bool DirectoryWritable(std::u16string_view path);
 // Writes a whole file through a temporary file in the same folder and a
 // rename, so that a crash or a failed write never leaves a half-written file:
 // on failure the old file is untouched and no temporary is left behind.

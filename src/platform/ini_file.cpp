@@ -1,5 +1,8 @@
 #include "platform/ini_file.h"
 
+#include <map>
+#include <memory>
+#include <mutex>
 #include <vector>
 
 #include "platform/files.h"
@@ -61,6 +64,18 @@ bool KeyValue(std::string_view line, std::string_view& key, std::string_view& va
     return true;
 }
 
+// One lock per file: a write reads, changes and renames the whole file, so
+// two writers of one file in this process would lose each other's keys. The
+// locks live for the process; there are a handful of INI files.
+std::mutex& WriteLockOf(std::u16string_view file) {
+    static std::mutex registryLock;
+    static std::map<std::u16string, std::unique_ptr<std::mutex>, std::less<>> locks;
+    std::lock_guard<std::mutex> guard(registryLock);
+    auto it = locks.find(file);
+    if (it == locks.end()) it = locks.emplace(std::u16string(file), std::make_unique<std::mutex>()).first;
+    return *it->second;
+}
+
 }  // namespace
 
 std::u16string IniGetString(std::u16string_view file, std::u16string_view section, std::u16string_view key,
@@ -104,8 +119,11 @@ int32_t IniGetInt(std::u16string_view file, std::u16string_view section, std::u1
 bool IniWriteString(std::u16string_view file, std::u16string_view section, std::u16string_view key,
                     std::u16string_view value) {
     if (file.empty() || section.empty() || key.empty()) return false;
+    std::lock_guard<std::mutex> lock(WriteLockOf(file));
     std::string bytes;
-    (void)ReadWholeFile(file, bytes);  // a missing file is created
+    // A missing file is created; one that is there but unreadable is left
+    // alone rather than replaced by this one key.
+    if (ReadFileIfPresent(file, bytes) == FileRead::Failed) return false;
     std::vector<std::string> lines = SplitLines(bytes);
     const std::string wantSection = Utf16ToUtf8(section);
     const std::string wantKey = Utf16ToUtf8(key);

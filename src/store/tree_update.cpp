@@ -3,10 +3,9 @@
 #include <algorithm>
 #include <atomic>
 #include <memory>
-#include <system_error>
-#include <thread>
 #include <utility>
 
+#include "platform/threads.h"
 #include "platform/ticks.h"
 #include "store/catalogue.h"
 #include "store/gallery_store.h"
@@ -182,16 +181,14 @@ void ReleaseSubtreesLater(std::vector<GalleryNode*> nodes) {
     if (nodes.empty()) return;
     ++g_releases;
     auto owned = std::make_shared<std::vector<GalleryNode*>>(std::move(nodes));
-    try {
-        std::thread([owned] {
+    if (StartDetachedThread([owned] {
             FreeNodes(*owned);
             --g_releases;
-        }).detach();
-    } catch (const std::system_error&) {
-        // No thread: free them here, which only costs time.
-        FreeNodes(*owned);
-        --g_releases;
-    }
+        }))
+        return;
+    // No thread: free them here, which only costs time.
+    FreeNodes(*owned);
+    --g_releases;
 }
 
 bool WaitForReleases() {

@@ -10,6 +10,7 @@
 #include "marrowfin/marrowfin.h"
 #include "host/string_arg.h"
 #include "platform/profile.h"
+#include "platform/threads.h"
 #include "store/gallery_node.h"
 #include "store/gallery_store.h"
 #include "net/gallery_sync.h"
@@ -24,8 +25,12 @@ TEST(LibraryEntry, FirstSynchroBuildsTheTreeOnItsThread) {
     marrowfin::test::TempHome home;
     WriteOptionString(u"ServiceBase", u"http://127.0.0.1:9");  // no service: galleries stay empty
     AddGalleryToShowList(u"门窗");
-    EXPECT_EQ(PanelSingleton(), nullptr);  // no panel until an export makes one
+    EXPECT_TRUE(PanelSingleton().isNull());  // no panel until an export makes one
     GalleryStore store;
+    // No thread to be had: nothing is left marked busy for the panel to wait on.
+    FailThreadStartsForTests(1);
+    EXPECT_FALSE(StartFirstTree(store));
+    EXPECT_EQ(store.syncBusy.load(), 0);
     ASSERT_TRUE(StartFirstTree(store));
     EXPECT_EQ(store.syncBusy.load(), 1);  // busy before the worker runs
     while (store.syncBusy.load() != 0) std::this_thread::yield();
@@ -78,9 +83,13 @@ TEST(LibraryEntry, WithoutTheHostsApplicationNoPanelIsMade) {
     HideGallery();
     CloseGallery();
     EXPECT_EQ(GetGallery(), 0u);
-    EXPECT_EQ(PanelSingleton(), nullptr);
+    EXPECT_TRUE(PanelSingleton().isNull());
     EXPECT_EQ(IsBlkBoutique(u"/a/b.dwg"), 0);
     EXPECT_EQ(IsDLLHwnd(1), 0);
     EXPECT_EQ(MarrowfinSendCopyData(0, 416, u"1&^&t"), 0);
     EXPECT_EQ(MarrowfinSendPanelControl(0, 5, 3), 0);
+    // The export itself: a refused thread is no exception for the host.
+    FailThreadStartsForTests(1);
+    FirstSynchro();
+    EXPECT_EQ(GalleryStore::Instance().syncBusy.load(), 0);
 }

@@ -7,6 +7,7 @@
 #include "net/gallery_sync.h"
 #include "store/tree_update.h"
 #include "platform/files.h"
+#include "platform/threads.h"
 #include "platform/ticks.h"
 #include "recording_windows.h"
 #include "request_counters.h"
@@ -152,4 +153,34 @@ TEST(LiveQueue, ResolvingStaysSafeWhileTheTreeIsRebuilt) {
     const auto ready = w.windows.Messages(MsgFileReady);
     EXPECT_FALSE(ready.empty());
     for (const auto& m : ready) EXPECT_GE(FileSize(m.text), kMinBlockFileSize);
+}
+
+TEST(LiveQueue, AWorkerThatCannotStartLeavesThePathWaitingAndALaterPumpRunsIt) {
+    QueueWorld w;
+    const auto blocks = AllBlocks(w.store);
+    auto lists = [&w] {
+        std::lock_guard<std::mutex> lock(w.store.downloadLock);
+        return std::make_pair(w.store.downloadsWaiting, w.store.downloadsRunning);
+    };
+    using Paths = std::vector<std::u16string>;
+
+    // From the panel's pump: the path goes back to the head of the waiting list.
+    FailThreadStartsForTests(1);
+    EnqueueDownload(w.store, blocks[0]->path);
+    EXPECT_EQ(lists(), std::make_pair(Paths{blocks[0]->path}, Paths{}));
+    EXPECT_EQ(LiveDownloadWorkers(), 0u);
+    PumpDownloads(w.store);
+    ASSERT_TRUE(WaitIdle(w.store));
+    EXPECT_GE(FileSize(blocks[0]->path), kMinBlockFileSize);
+
+    // From a finishing worker's pump: the seventh path waits for the next finish.
+    w.svc.faults().set("/files/*", {.latencyMs = 150});
+    for (size_t i = 1; i <= 7; ++i) EnqueueDownload(w.store, blocks[i]->path);
+    EXPECT_EQ(lists().first, Paths{blocks[7]->path});
+    FailThreadStartsForTests(1);
+    ASSERT_TRUE(WaitIdle(w.store));
+    for (size_t i = 0; i <= 7; ++i) EXPECT_GE(FileSize(blocks[i]->path), kMinBlockFileSize) << i;
+    EXPECT_EQ(w.windows.Messages(MsgFileReady).size(), 8u);
+    EXPECT_EQ(w.svc.counters().get("/files/*").count, 8);
+    FailThreadStartsForTests(0);
 }

@@ -1,11 +1,15 @@
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <thread>
+
 #include "fault_switches.h"
 #include "net/curl_stack.h"
 #include "net/http_transport.h"
 #include "platform/files.h"
 #include "platform/profile.h"
 #include "platform/text.h"
+#include "platform/ticks.h"
 #include "recording_windows.h"
 #include "request_counters.h"
 #include "short_timeouts.h"
@@ -19,6 +23,19 @@ using marrowfin::test::TempHome;
 namespace {
 
 using marrowfin::test::ShortTimeouts;
+
+// The address of the first block of the first gallery, found through the class reply.
+std::u16string FirstBlockUrl() {
+    const std::u16string gallery = test::GalleryNames(test::SampleLibrary()).at(0);
+    std::u16string reply;
+    if (!PostForm(ServiceBaseUrl() + u"/gallery/g_all?gallery_name=" + gallery, u"", reply)) return {};
+    const size_t bu = reply.find(u"b_u=\"");
+    const size_t fn = reply.find(u"fn=\"");
+    if (bu == std::u16string::npos || fn == std::u16string::npos) return {};
+    const std::u16string base = reply.substr(bu + 5, reply.find(u'"', bu + 5) - bu - 5);
+    const std::u16string name = reply.substr(fn + 4, reply.find(u'"', fn + 4) - fn - 4);
+    return base + u"/" + name;
+}
 
 }  // namespace
 
@@ -67,17 +84,8 @@ TEST(LiveTransport, DownloadsLandWholeOrNotAtAll) {
     ShortTimeouts timeouts;
     test::RecordingWindows windows;
     auto svc = test::StartLiveService(test::SampleLibrary());
-    // Find a block's address through the class reply.
-    const std::u16string gallery = test::GalleryNames(test::SampleLibrary()).at(0);
-    std::u16string reply;
-    ASSERT_TRUE(PostForm(ServiceBaseUrl() + u"/gallery/g_all?gallery_name=" + gallery, u"", reply));
-    const size_t bu = reply.find(u"b_u=\"");
-    const size_t fn = reply.find(u"fn=\"");
-    ASSERT_NE(bu, std::u16string::npos);
-    ASSERT_NE(fn, std::u16string::npos);
-    const std::u16string base = reply.substr(bu + 5, reply.find(u'"', bu + 5) - bu - 5);
-    const std::u16string name = reply.substr(fn + 4, reply.find(u'"', fn + 4) - fn - 4);
-    const std::u16string url = base + u"/" + name;
+    const std::u16string url = FirstBlockUrl();
+    ASSERT_FALSE(url.empty());
 
     const std::u16string target = W(home.file("block.dwg"));
     ASSERT_TRUE(DownloadFile(url, target, test::RecordingWindows::kPanel, 7));
@@ -103,6 +111,46 @@ TEST(LiveTransport, DownloadsLandWholeOrNotAtAll) {
         svc.faults().releaseHeld();
     }
     svc.faults().clearAll();
+}
+
+TEST(LiveTransport, NoTargetIsMadeBeforeTheWholeBodyIsIn) {
+    TempHome home;
+    ShortTimeouts timeouts;
+    auto svc = test::StartLiveService(test::SampleLibrary());
+    const std::u16string url = FirstBlockUrl();
+    ASSERT_FALSE(url.empty());
+    const std::u16string target = W(home.file("slow.dwg"));
+
+    // While a slow answer comes in, nothing stands under the target's name.
+    const service::Fault slow[] = {{.latencyMs = 700}, {.dripBytesPerSecond = 6000}};
+    for (const service::Fault& fault : slow) {
+        SCOPED_TRACE(service::FaultText(fault));
+        (void)RemoveFile(target);
+        svc.faults().set("/files/*", fault);
+        std::atomic<bool> done{false}, ok{false};
+        std::thread download([&] {
+            ok = DownloadFile(url, target, 0, 0);
+            done = true;
+        });
+        int looks = 0, seen = 0;
+        while (!done) {
+            ++looks;
+            if (PathExists(target)) ++seen;
+            SleepMs(5);
+        }
+        download.join();
+        EXPECT_TRUE(ok.load());
+        EXPECT_GT(looks, 20) << "the answer was not slow enough to look at";
+        EXPECT_EQ(seen, 0) << "the target stood there before the body was in";
+        EXPECT_GT(FileSize(target), 1024);
+    }
+    svc.faults().clearAll();
+
+    // A folder that is not there: refused before any request, and not made.
+    const long before = svc.counters().get("/files/*").count;
+    EXPECT_FALSE(DownloadFile(url, W(home.file("no-such-folder/x.dwg")), 0, 0));
+    EXPECT_FALSE(PathExists(W(home.file("no-such-folder"))));
+    EXPECT_EQ(svc.counters().get("/files/*").count, before);
 }
 
 TEST(LiveTransport, UploadSendsTheFileAsMultipart) {

@@ -1,5 +1,10 @@
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <filesystem>
+#include <thread>
+#include <vector>
+
 #include "platform/files.h"
 #include "platform/ini_file.h"
 #include "platform/profile.h"
@@ -63,4 +68,55 @@ TEST(Profile, LivesUnderTarvexAndStartsEmpty) {
     test::WriteBytes(home.configDir() + "/Tarvex/Marrowfin.ini", "[options]\nGalDefSort=x7\nRequestNetwork=-1\n");
     EXPECT_EQ(GetOptionInt(u"GalDefSort", 5), 0);
     EXPECT_EQ(GetOptionInt(u"RequestNetwork", 5), -1);
+}
+
+TEST(IniFile, WritersOfOneFileNeverLoseEachOthersKeysAndAReadErrorLeavesTheFile) {
+    TempHome home;
+    const std::u16string ini = W(home.file("shared.ini"));
+    // Three threads each rewrite their own key; a write that read the file
+    // before another's rename would put the other's key back to an old value.
+    constexpr int kThreads = 3, kRounds = 1000;
+    std::atomic<int> failedWrites{0}, staleReads{0};
+    std::vector<std::thread> writers;
+    for (int t = 0; t < kThreads; ++t) {
+        writers.emplace_back([&, t] {
+            const std::u16string key = u"key" + Utf8ToUtf16(std::to_string(t));
+            for (int round = 0; round < kRounds; ++round) {
+                const std::u16string value = Utf8ToUtf16(std::to_string(round));
+                if (!IniWriteString(ini, u"options", key, value)) ++failedWrites;
+                if (IniGetString(ini, u"options", key, u"") != value) ++staleReads;
+            }
+        });
+    }
+    for (std::thread& w : writers) w.join();
+    EXPECT_EQ(failedWrites.load(), 0);
+    EXPECT_EQ(staleReads.load(), 0) << "a key went back to an older value";
+    for (int t = 0; t < kThreads; ++t)
+        EXPECT_EQ(IniGetString(ini, u"options", u"key" + Utf8ToUtf16(std::to_string(t)), u""), u"999");
+
+    // A file that is there but cannot be read is not replaced by one key.
+    struct Case { const char* what; std::string path; bool folder; };
+    const Case cases[] = {{"unreadable file", home.file("locked.ini"), false},
+                          {"a folder", home.file("folder.ini"), true}};
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        const std::string before = "[options]\nkeep=1\n";
+        if (c.folder) {
+            ASSERT_TRUE(CreateDirectories(W(c.path)));
+            test::WriteBytes(c.path + "/inside", before);
+        } else {
+            test::WriteBytes(c.path, before);
+            FailFileReadsForTests(1);
+        }
+        EXPECT_FALSE(IniWriteString(W(c.path), u"options", u"new", u"2"));
+        FailFileReadsForTests(0);
+        if (c.folder) {
+            EXPECT_TRUE(DirectoryExists(W(c.path)));
+            EXPECT_EQ(test::ReadBytes(c.path + "/inside"), before);
+        } else {
+            EXPECT_EQ(test::ReadBytes(c.path), before);
+        }
+    }
+    for (const auto& entry : std::filesystem::directory_iterator(home.dir()))
+        EXPECT_EQ(entry.path().filename().string().find(".tmp-"), std::string::npos) << entry.path();
 }

@@ -1,13 +1,12 @@
 #include "panel/classes/class_table_refresh.h"
 
-#include <thread>
-
 #include "markup/markup_document.h"
 #include "net/http_transport.h"
 #include "panel/classes/class_table.h"
 #include "panel/classes/class_table_reader.h"
 #include "platform/files.h"
 #include "platform/profile.h"
+#include "platform/threads.h"
 #include "store/store_paths.h"
 
 namespace marrowfin {
@@ -73,7 +72,10 @@ void RunClassTableRefresh(WindowHandle panel) {
 }
 
 void StartClassTableRefresh(WindowHandle panel) {
-    std::thread(RunClassTableRefresh, panel).detach();
+    if (StartDetachedThread([panel] { RunClassTableRefresh(panel); })) return;
+    // No thread to be had: as after a failed request, the panel reapplies
+    // the table it has and keeps its words.
+    (void)PostWindowMessage(panel, MsgClassTableRefresh, ClassTableCached, 0);
 }
 
 }  // namespace marrowfin

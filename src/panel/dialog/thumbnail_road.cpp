@@ -55,6 +55,19 @@ bool ItemIsBoutique(CBrindleDlg& panel, int item) {
     return false;
 }
 
+// A block goes to the host only when its whole file is on disk: not while the
+// queue still holds its path (that file is about to be written or replaced
+// under the host), and not when it is too small to be a block (an error page,
+// a cut transfer).
+bool BlockFileReady(GalleryStore& store, const std::u16string& path) {
+    {
+        std::lock_guard<std::mutex> lock(store.downloadLock);
+        for (const auto* list : {&store.downloadsWaiting, &store.downloadsRunning})
+            if (std::find(list->begin(), list->end(), path) != list->end()) return false;
+    }
+    return FileSize(path) >= kMinBlockFileSize;
+}
+
 }  // namespace
 
 uint32_t InsertionCode(const std::u16string& showMode) {
@@ -156,7 +169,7 @@ void ActivateBlock(CBrindleDlg& panel, std::intptr_t item) {
 
     const std::u16string path = node->path;
     const std::u16string name = node->name;
-    if (!FileExists(path)) {
+    if (!BlockFileReady(store, path)) {
         CPopTipDlg tip(&panel);
         tip.Configure(QStringLiteral("插入图块"), true, QStringLiteral("文件未下载，请稍后"), QString(),
                       QStringLiteral("确定"), QStringLiteral("取消"));

@@ -16,6 +16,7 @@
 #include "platform/files.h"
 #include "platform/profile.h"
 #include "platform/text.h"
+#include "platform/threads.h"
 #include "request_counters.h"
 #include "store/store_paths.h"
 #include "support/temp_home.h"
@@ -154,4 +155,17 @@ TEST(ClassTableRefresh, WorkerStoresTheTableAndHandsOverTheWords) {
     }
     EXPECT_EQ(test::ReadBytes(U8(ClassTablePath())), cached);
     EXPECT_EQ(svc.counters().get("/gallery/selpageinfo").count, 2);
+
+    // No thread to be had: handled as a failed fetch, on the caller's thread.
+    FailThreadStartsForTests(1);
+    {
+        PanelInbox inbox;
+        StartClassTableRefresh(PanelInbox::kPanel);
+        ASSERT_TRUE(inbox.WaitFor(1));
+        std::lock_guard<std::mutex> lock(inbox.mutex);
+        ASSERT_EQ(inbox.entries.size(), 1u);
+        EXPECT_EQ(inbox.entries[0].code, ClassTableCached);
+    }
+    EXPECT_EQ(svc.counters().get("/gallery/selpageinfo").count, 2);
+    EXPECT_EQ(test::ReadBytes(U8(ClassTablePath())), cached);
 }

@@ -5,6 +5,7 @@
 
 #include <QtTest/QTest>
 #include <algorithm>
+#include <mutex>
 
 #include "net/download_queue.h"
 #include "net/gallery_sync.h"
@@ -204,6 +205,76 @@ TEST(ThumbnailRoad, ABurstOfReportsMakesOneRequestRunAndDoubleClickInsertsAndHea
     test::Pump(30);
     EXPECT_EQ(insertions().size(), 4u);
     EXPECT_EQ(PathsOf(w.root()->fileChildren), recentNow);
+}
+
+TEST(ThumbnailRoad, ABlockInFlightOrTooSmallIsRefusedWithTheTipAndAskedFor) {
+    PanelWorld w(test::SampleLibrary({1, 1, 300}));
+    ASSERT_TRUE(w.service.ok()) << w.service.error();
+    const std::u16string gallery = w.galleries.at(0);
+    AddGalleryToShowList(gallery);
+    BuildFirstTree(w.store);
+    w.service.faults().set("/files/*", {.latencyMs = 4000});  // the files in view stay in flight
+    w.MakePanel();
+    RecordingHost host;
+    w.panel->hostWindow = HandleOf(&host);
+    ASSERT_TRUE(w.OpenRow(w.RowOf(gallery)));
+    CDWGListView* list = w.panel->m_pThumbList;
+    ASSERT_TRUE(PumpUntil([&] { return list->GetItemCount() == 300; }, 5000));
+    std::u16string running, waiting;
+    ASSERT_TRUE(PumpUntil([&] {
+        std::lock_guard<std::mutex> lock(w.store.downloadLock);
+        if (w.store.downloadsRunning.size() < kMaxRunningDownloads || w.store.downloadsWaiting.empty()) return false;
+        running = w.store.downloadsRunning.front();
+        waiting = w.store.downloadsWaiting.front();
+        return true;
+    }, 5000));
+    auto itemOf = [&](const std::u16string& path) {
+        for (int i = 0; i < list->GetItemCount(); ++i)
+            if (list->GetPath(i) == path) return i;
+        return -1;
+    };
+    // A whole drawing already stands under the names in flight, as a copy
+    // from elsewhere would: the running download is still to replace it.
+    const std::string drawing = PreviewDrawing();
+    ASSERT_GE(static_cast<int64_t>(drawing.size()), kMinBlockFileSize);
+    WriteFileAtomic(running, drawing);
+    WriteFileAtomic(waiting, drawing);
+    const int small = 299, bound = 298;  // out of view: nobody asked for them yet
+    WriteFileAtomic(list->GetPath(small), std::string(kMinBlockFileSize - 1, 'b'));
+    WriteFileAtomic(list->GetPath(bound), std::string(kMinBlockFileSize, 'b'));
+
+    struct Case { const char* what; int item; bool inserted; };
+    const Case cases[] = {{"running", itemOf(running), false},
+                          {"waiting", itemOf(waiting), false},
+                          {"1,024 bytes", small, false},
+                          {"1,025 bytes", bound, true}};
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        ASSERT_GE(c.item, 0);
+        const std::vector<std::u16string> recent = PathsOf(w.root()->fileChildren);
+        const size_t sent = host.Requests(2, 4).size();
+        w.panel->m_thumbsToCheck.clear();
+        test::TipWatcher tip(QStringLiteral("thumbs_in_flight_tip"), /*accept*/ false);
+        DoubleClickItem(list, c.item);
+        test::Pump(30);
+        if (c.inserted) {
+            EXPECT_EQ(tip.seen, 0);
+            ASSERT_EQ(host.Requests(2, 4).size(), sent + 1);
+            EXPECT_EQ(host.Requests(2, 4).back().text, list->GetPath(c.item));
+            ASSERT_FALSE(w.root()->fileChildren.empty());
+            EXPECT_EQ(w.root()->fileChildren[0]->path, list->GetPath(c.item));
+            continue;
+        }
+        EXPECT_EQ(tip.seen, 1) << "the tip that the file is not downloaded";
+        EXPECT_EQ(host.Requests(2, 4).size(), sent) << "nothing posted to the host";
+        EXPECT_EQ(PathsOf(w.root()->fileChildren), recent) << "the recent list is left alone";
+        EXPECT_TRUE(w.root()->dirChildren.at(0)->fileChildren.empty()) << "nothing heads the common-use list";
+        EXPECT_NE(std::find(w.panel->m_thumbsToCheck.begin(), w.panel->m_thumbsToCheck.end(), c.item),
+                  w.panel->m_thumbsToCheck.end())
+            << "the file is asked for";
+    }
+    w.service.faults().clearAll();
+    ASSERT_TRUE(WaitForDownloadWorkers(std::chrono::milliseconds(20000)));
 }
 
 TEST(ThumbnailRoad, RendersASelectedBoutiqueBlockAndMissingFiles) {
