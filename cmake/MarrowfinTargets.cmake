@@ -34,15 +34,16 @@ function(marrowfin_layer name)
   target_link_libraries(${name} PUBLIC ${L_DEPS} PRIVATE marrowfin_options ${L_PRIVATE_DEPS})
 endfunction()
 
-# marrowfin_test(NAME SOURCES... DEPS...): one GoogleTest program run by CTest.
+# marrowfin_test(NAME SOURCES... DEPS...): one GoogleTest program run by CTest;
+# PREFIX goes before its test names, for programs that share test names.
 function(marrowfin_test name)
-  cmake_parse_arguments(T "QT" "" "SOURCES;DEPS" ${ARGN})
+  cmake_parse_arguments(T "QT" "PREFIX" "SOURCES;DEPS" ${ARGN})
   add_executable(${name} ${T_SOURCES})
   target_link_libraries(${name} PRIVATE ${T_DEPS} marrowfin_testsupport GTest::gtest GTest::gmock GTest::gtest_main marrowfin_options)
   set(_env "MARROWFIN_SOURCE_DIR=${CMAKE_SOURCE_DIR};MARROWFIN_SHARED_DIR=${CMAKE_SOURCE_DIR}/../shared")
   if(T_QT)
     list(APPEND _env "QT_QPA_PLATFORM=offscreen")
   endif()
-  gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60
+  gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60 TEST_PREFIX "${T_PREFIX}"
                        PROPERTIES ENVIRONMENT "${_env}" TIMEOUT 300)
 endfunction()

@@ -2,6 +2,8 @@
 // Helpers shared by the markup tests.
 
 #include <string>
+#include <tuple>
+#include <vector>
 
 #include "markup/markup_document.h"
 #include "platform/text.h"
@@ -16,29 +18,52 @@ inline bool HasRecord(const MarkupDocument& doc, const char* record) {
 
 // Checks the structural invariants of the index: links agree in both
 // directions, every element lies inside its parent, siblings are in text
-// order and do not overlap, and each start lies on a '<'.
+// order and do not overlap, each start lies on a '<', depths and first marks fit.
 inline std::string CheckIndex(const MarkupDocument& doc) {
     const auto text = doc.Text();
     if (doc.Record(0).length != text.size()) return "document length";
     for (uint32_t i = 1; i < doc.RecordCount(); ++i) {
         const auto& r = doc.Record(i);
-        if (r.start >= text.size() || text[r.start] != u'<') return "start of " + std::to_string(i);
-        if (static_cast<size_t>(r.start) + r.length > text.size()) return "length of " + std::to_string(i);
+        const std::string at = " of " + std::to_string(i);
+        if (r.start >= text.size() || text[r.start] != u'<') return "start" + at;
+        if (static_cast<size_t>(r.start) + r.length > text.size()) return "length" + at;
         const auto& p = doc.Record(r.parent);
-        if (r.parent != 0 && (r.start < p.start || r.start + r.length > p.start + p.length))
-            return "outside parent " + std::to_string(i);
+        if (r.parent != 0 && (r.start < p.start || r.start + r.length > p.start + p.length)) return "outside parent" + at;
         if (r.nextSibling != 0) {
             const auto& n = doc.Record(r.nextSibling);
-            if (n.prevSibling != i) return "prev link of " + std::to_string(r.nextSibling);
-            if (n.parent != r.parent) return "sibling parent " + std::to_string(i);
-            if (n.start < r.start + r.length) return "sibling order " + std::to_string(i);
+            if (n.prevSibling != i || n.parent != r.parent) return "sibling links" + at;
+            if (n.start < r.start + r.length) return "sibling order" + at;
         }
-        const bool first = p.firstChild == i;
-        if (first != ((r.levelMarks & MarkupDocument::MarkFirst) != 0)) return "first mark " + std::to_string(i);
+        if ((p.firstChild == i) != ((r.levelMarks & MarkupDocument::MarkFirst) != 0)) return "first mark" + at;
         const uint32_t level = r.parent == 0 ? 0 : (p.levelMarks & 0xFFFF) + 1;
-        if ((r.levelMarks & 0xFFFF) != level) return "level of " + std::to_string(i);
+        if ((r.levelMarks & 0xFFFF) != level) return "level" + at;
     }
     return {};
+}
+
+// The index in document order, independent of record numbers.
+using Shape = std::vector<std::tuple<uint32_t, uint32_t, uint32_t, uint32_t>>;
+inline Shape ShapeOf(const MarkupDocument& doc) {
+    Shape shape;
+    uint32_t e = doc.Record(0).firstChild;
+    while (e != 0) {
+        const auto& r = doc.Record(e);
+        shape.emplace_back(r.start, r.length, r.tagLengths, r.levelMarks & (0xFFFF | MarkupDocument::MarkFirst));
+        if (r.firstChild != 0) {
+            e = r.firstChild;
+            continue;
+        }
+        while (e != 0 && doc.Record(e).nextSibling == 0) e = doc.Record(e).parent;
+        if (e != 0) e = doc.Record(e).nextSibling;
+    }
+    return shape;
+}
+
+// An edited document must index as a fresh parse of its text does.
+inline Shape ReparsedShape(const MarkupDocument& doc) {
+    MarkupDocument again;
+    again.SetText(doc.Text());
+    return ShapeOf(again);
 }
 
 }  // namespace marrowfin::test

@@ -1,16 +1,12 @@
-// Every fault switch on the wire, set through the admin path, on the command
-// line and in code, plus the matching rules of the fault table.
+// Every fault switch on the wire, set through the admin path, the matching
+// rules of the fault table, and requests no client should send.
 
 #include "fault_switches.h"
 #include "request_counters.h"
 #include "service_fixture.h"
 
 #include <chrono>
-#include <cstdio>
-#include <signal.h>
-#include <sys/wait.h>
 #include <thread>
-#include <unistd.h>
 
 using namespace marrowfin;
 using namespace marrowfin::test;
@@ -144,41 +140,6 @@ TEST(FaultTable, MostSpecificMatchWins) {
                            fault.dripBytesPerSecond, fault.holdMs, fault.remaining));
     }
     EXPECT_EQ(service::FaultText({.status = 500, .truncateAt = 10}), "status=500&truncate=10");
-}
-
-TEST(ServiceProgram, RunsAsAChildWithCommandLineFaults) {
-    TempHome home;
-    service::SampleOptions options{1, 1, 2, 3};
-    ASSERT_TRUE(service::GenerateSample(home.file("data"), options).ok);
-    int pipeFds[2];
-    ASSERT_EQ(0, pipe(pipeFds));
-    // Everything the child needs is made before the fork: between fork and
-    // exec only async-signal-safe calls, no allocation.
-    const std::string data = home.file("data");
-    const pid_t child = fork();
-    ASSERT_GE(child, 0);
-    if (child == 0) {
-        dup2(pipeFds[1], 1);
-        close(pipeFds[0]);
-        execl(MARROWFIN_SERVICE_EXE, MARROWFIN_SERVICE_EXE, "--data", data.c_str(), "--port", "0", "--fault",
-              "/gallery/gethotwords?status=502", static_cast<char*>(nullptr));
-        _exit(127);
-    }
-    close(pipeFds[1]);
-    FILE* out = fdopen(pipeFds[0], "r");
-    char line[256] = {};
-    ASSERT_TRUE(fgets(line, sizeof line, out));
-    int port = 0;
-    ASSERT_EQ(1, std::sscanf(line, "listening on 127.0.0.1 port %d", &port)) << line;
-    EXPECT_EQ(502, RawGet(port, "/gallery/gethotwords").status);
-    EXPECT_EQ(200, RawGet(port, "/gallery/selpageinfo?sort=new").status);
-    kill(child, SIGTERM);
-    int status = 0;
-    waitpid(child, &status, 0);
-    EXPECT_TRUE(WIFEXITED(status));
-    EXPECT_EQ(0, WEXITSTATUS(status));
-    fclose(out);
-    EXPECT_FALSE(RawGet(port, "/gallery/gethotwords").connected) << "the port is closed after the stop";
 }
 
 TEST_F(ServiceTest, MalformedRequestsLeaveTheServerStanding) {

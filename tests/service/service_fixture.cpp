@@ -1,6 +1,5 @@
 #include "service_fixture.h"
 
-#include "support/test_paths.h"
 #include "user_state.h"
 
 #include <arpa/inet.h>
@@ -10,17 +9,14 @@
 #include <unistd.h>
 
 #include <chrono>
-#include <filesystem>
 
 namespace marrowfin::test {
 
 void ServiceTest::SetUp() {
     m_home = std::make_unique<TempHome>();
     m_data = m_home->file("service-data");
-    const service::SampleResult r = service::GenerateSample(m_data, service::SampleOptions{3, 3, 6, 7});
+    const service::SampleResult r = service::GenerateSample(m_data, service::SampleOptions{2, 2, 3, 7});
     ASSERT_TRUE(r.ok) << r.error;
-    std::string error;
-    ASSERT_TRUE(m_catalog.load(m_data, error)) << error;
     m_service = service::StartService(m_data, 0);
     ASSERT_TRUE(m_service.ok()) << m_service.error();
 }
@@ -28,12 +24,6 @@ void ServiceTest::SetUp() {
 void ServiceTest::TearDown() {
     m_service.stop();
     m_home.reset();
-}
-
-void ServiceTest::restart() {
-    m_service.stop();
-    m_service = service::StartService(m_data, 0);
-    ASSERT_TRUE(m_service.ok()) << m_service.error();
 }
 
 httplib::Client ServiceTest::client() const {
@@ -58,11 +48,6 @@ int ServiceTest::postStatus(const std::string& pathAndQuery) const {
 
 RawReply ServiceTest::raw(const std::string& pathAndQuery) const { return RawGet(m_service.port(), pathAndQuery); }
 
-httplib::Result ServiceTest::fetchUrl(const std::string& url) const {
-    const std::string base = m_service.baseUrl();
-    return client().Get(url.rfind(base, 0) == 0 ? url.substr(base.size()) : url);
-}
-
 std::string ServiceTest::admin(const std::string& pathAndQuery) const {
     httplib::Client c = client();
     auto res = c.Get(pathAndQuery.c_str());
@@ -70,47 +55,6 @@ std::string ServiceTest::admin(const std::string& pathAndQuery) const {
 }
 
 std::string DemoToken() { return service::kDemoUserToken; }
-
-std::string Enc(const std::string& text) {
-    static const char* hex = "0123456789ABCDEF";
-    std::string out;
-    for (unsigned char c : text) {
-        if (std::isalnum(c) || c == '-' || c == '_' || c == '.' || c == '~') {
-            out.push_back(static_cast<char>(c));
-        } else {
-            out.push_back('%');
-            out.push_back(hex[c >> 4]);
-            out.push_back(hex[c & 15]);
-        }
-    }
-    return out;
-}
-
-std::string Between(const std::string& text, const std::string& from, const std::string& to, size_t start) {
-    const size_t a = text.find(from, start);
-    if (a == std::string::npos) return "<none>";
-    const size_t b = text.find(to, a + from.size());
-    return text.substr(a + from.size(), b - a - from.size());
-}
-
-std::string Attr(const std::string& xml, const std::string& element, const std::string& name, size_t from) {
-    const size_t at = xml.find("<" + element + " ", from);
-    if (at == std::string::npos) return "<none>";
-    const std::string tag = xml.substr(at, xml.find('>', at) - at);
-    return Between(tag, " " + name + "=\"", "\"");
-}
-
-int Count(const std::string& text, const std::string& what) {
-    int n = 0;
-    for (size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + 1)) ++n;
-    return n;
-}
-
-std::string SomeBlock(const std::string& data) {
-    for (const auto& f : std::filesystem::recursive_directory_iterator(data + "/blocks"))
-        if (f.is_regular_file()) return ReadBytes(f.path().string());
-    return "";
-}
 
 RawReply RawExchange(int port, const std::string& request, int timeoutMs) {
     RawReply reply;

@@ -113,10 +113,7 @@ TEST(SkinFonts, HeightsFollowTheRateAndTheFaceIsCjk) {
     EXPECT_EQ(Font(SkinFont::LargeBold).weight(), QFont::Bold);
     EXPECT_TRUE(Font(SkinFont::Underlined).underline());
     EXPECT_FALSE(Font(SkinFont::Normal).underline());
-    EXPECT_EQ(Font(SkinFont::Normal).weight(), QFont::Normal);
     SetSkinRateForTest(1.0f);
-    EXPECT_EQ(FontCellHeight(SkinFont::Normal), 18);
-    EXPECT_LE(QFontMetrics(Font(SkinFont::Normal)).height(), 18);
 
     // Without a CJK face every Chinese text of the module would be boxes.
     ASSERT_TRUE(HasCjkFont()) << "no CJK font installed (fonts-wqy-microhei or fonts-noto-cjk); family in use: "
@@ -178,10 +175,6 @@ TEST(SkinSheet, LoadsByBucketAndDrawsCellsOrNothing) {
     }
     EXPECT_EQ(target.pixel(2, 2), qRgb(255, 0, 0));
     EXPECT_EQ(target.pixel(17, 17), qRgb(255, 0, 0));
-    // Sheet units go through SheetScale: at 1.5, unit 14 is pixel 21.
-    SetSkinRateForTest(1.5f);
-    EXPECT_EQ(SheetPixels(14), 21);
-    SetSkinRateForTest(1.0f);
 
     // The real sheets the build rasterised lie beside this program.
     for (const char* suffix : {"_1", "_2", "_3", "_4"}) {

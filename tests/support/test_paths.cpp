@@ -8,7 +8,7 @@ namespace marrowfin::test {
 
 std::string SourceDir() {
     const char* v = std::getenv("MARROWFIN_SOURCE_DIR");
-    return v ? v : ".";
+    return v ? v : MARROWFIN_BUILT_FROM;
 }
 
 std::string SharedDir() {

@@ -1,8 +1,6 @@
 // The Qt window layer: handles, posting from threads, payload ownership, timers.
 #include <gtest/gtest.h>
 
-#include <QCoreApplication>
-#include <QElapsedTimer>
 #include <atomic>
 #include <thread>
 #include <vector>
@@ -10,6 +8,7 @@
 #include "platform/qt/qt_window_system.h"
 #include "platform/qt/window_message_event.h"
 #include "platform/qt/window_timers.h"
+#include "support/event_pump.h"
 
 namespace marrowfin {
 namespace {
@@ -47,11 +46,7 @@ protected:
     }
 };
 
-void Pump(int ms) {
-    QElapsedTimer t;
-    t.start();
-    while (t.elapsed() < ms) QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
-}
+using test::Pump;
 
 TEST(QtWindowSystem, HandlesLiveAndDieWithTheirObjects) {
     EXPECT_FALSE(IsWindow(0));
@@ -237,10 +232,3 @@ TEST(WindowTimers, HandlersMayKillAndRestartTheirOwnTimerAndDeathEndsThem) {
 
 }  // namespace
 }  // namespace marrowfin
-
-int main(int argc, char** argv) {
-    QCoreApplication app(argc, argv);
-    marrowfin::InstallQtWindowSystem();
-    ::testing::InitGoogleTest(&argc, argv);
-    return RUN_ALL_TESTS();
-}

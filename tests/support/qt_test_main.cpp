@@ -1,4 +1,6 @@
-// The picker tests need a QApplication and the Qt window system for posts.
+// The main of the Qt test programs: a QApplication (the host's, in the
+// library's life) offscreen, and the Qt window system for handles and posts.
+// Linked in by listing marrowfin_qtsupport; a program's own main wins.
 #include <gtest/gtest.h>
 
 #include <QApplication>
@@ -6,6 +8,7 @@
 #include "platform/qt/qt_window_system.h"
 
 int main(int argc, char** argv) {
+    // Test discovery runs the program without the test environment: stay offscreen.
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication app(argc, argv);
     marrowfin::InstallQtWindowSystem();

@@ -1,5 +1,5 @@
 #pragma once
-// Helpers of the window tests: real mouse events, rendering to PNG under the
+// Helpers of the list tests (still to move to marrowfin_qtsupport): real mouse events, rendering to PNG under the
 // build folder, and colour probes.
 
 #include <QColor>
