@@ -1,14 +1,13 @@
+// The library's entry without a QApplication: the first synchronisation on
+// its own thread, host texts copied at the boundary, and the neutral answers
+// a host gets when it calls too early.
 #include <gtest/gtest.h>
 
-#include <dlfcn.h>
-
-#include <chrono>
-#include <filesystem>
 #include <thread>
 
 #include "host/library_entry.h"
-#include "marrowfin/marrowfin.h"
 #include "host/string_arg.h"
+#include "marrowfin/marrowfin.h"
 #include "platform/profile.h"
 #include "platform/threads.h"
 #include "store/gallery_node.h"
@@ -41,7 +40,6 @@ TEST(LibraryEntry, FirstSynchroBuildsTheTreeOnItsThread) {
     EXPECT_EQ(store.root->dirChildren[0]->name, u"门窗");
     DestroySubtree(store.root);
     delete store.root;
-    EXPECT_EQ(&GalleryStore::Instance(), &GalleryStore::Instance());
 }
 
 TEST(LibraryEntry, HostTextsAreCopiedAndSeparatorsTurned) {
@@ -52,27 +50,8 @@ TEST(LibraryEntry, HostTextsAreCopiedAndSeparatorsTurned) {
     EXPECT_EQ(TakeHostText(nullptr), u"");
 }
 
-TEST(LibraryEntry, TheSharedLibraryLoadsAndRunsFirstSynchro) {
-    marrowfin::test::TempHome home;
-    WriteOptionString(u"ServiceBase", u"http://127.0.0.1:9");
-    void* lib = dlopen(MARROWFIN_LIBRARY_PATH, RTLD_NOW | RTLD_LOCAL);
-    ASSERT_NE(lib, nullptr) << dlerror();
-    auto first = reinterpret_cast<void (*)()>(dlsym(lib, "FirstSynchro"));
-    ASSERT_NE(first, nullptr);
-    first();
-    // The library's own store makes the store folder on its synchronisation thread.
-    const std::string storeRoot = home.documentsDir() + "/Orsolen";
-    for (int i = 0; i < 500 && !std::filesystem::is_directory(storeRoot); ++i)
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    EXPECT_TRUE(std::filesystem::is_directory(storeRoot));
-    // Internal names stay hidden.
-    EXPECT_EQ(dlsym(lib, "_ZN9marrowfin14PanelSingletonEv"), nullptr);
-    // The library is not unloaded: its detached thread may still be finishing.
-}
-
 TEST(LibraryEntry, WithoutTheHostsApplicationNoPanelIsMade) {
-    // A host that calls too early (no QApplication yet) gets the neutral
-    // answers instead of an aborted process.
+    // A host that calls too early gets the neutral answers, not an aborted process.
     marrowfin::test::TempHome home;
     WriteOptionString(u"ServiceBase", u"http://127.0.0.1:9");
     show();

@@ -10,6 +10,7 @@
 #include "library_catalog.h"
 #include "platform/profile.h"
 #include "platform/text.h"
+#include "request_counters.h"
 #include "sample_generator.h"
 
 namespace marrowfin::test {
@@ -56,5 +57,10 @@ service::ServiceHandle StartLiveService(const std::string& dataDir) {
     WriteOptionString(u"ServiceBase", Utf8ToUtf16(handle.baseUrl()));
     return handle;
 }
+
+LiveService::LiveService(const SampleShape& shape)
+    : galleries(GalleryNames(SampleLibrary(shape))), handle(StartLiveService(SampleLibrary(shape))) {}
+
+long LiveService::Served(const std::string& path) { return handle.counters().get(path).count; }
 
 }  // namespace marrowfin::test

@@ -23,4 +23,17 @@ std::vector<std::u16string> GalleryNames(const std::string& dataDir);
 // Starts the service on a free port and writes ServiceBase into the current profile.
 service::ServiceHandle StartLiveService(const std::string& dataDir);
 
+// The stand-in service over a sample library, the current profile pointed at
+// it (make the test's home first); stopped with the object. Its fault
+// switches are `handle.faults()`.
+struct LiveService {
+    explicit LiveService(const SampleShape& shape = {});
+
+    std::vector<std::u16string> galleries;  // in the service's order
+    service::ServiceHandle handle;
+
+    // Requests that reached `path` (e.g. "/gallery/g_all") so far.
+    long Served(const std::string& path);
+};
+
 }  // namespace marrowfin::test

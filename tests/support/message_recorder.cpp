@@ -1,0 +1,41 @@
+#include "message_recorder.h"
+
+#include <QCoreApplication>
+#include <algorithm>
+
+#include "platform/qt/window_message_event.h"
+
+namespace marrowfin::test {
+
+std::vector<RecordedMessage> MessageLog::Of(uint32_t message, std::uintptr_t first, std::uintptr_t last) const {
+    std::vector<RecordedMessage> out;
+    for (const RecordedMessage& r : records)
+        if (r.message == message && r.wParam >= first && r.wParam <= last) out.push_back(r);
+    return out;
+}
+
+int MessageLog::Count(uint32_t message, std::uintptr_t wParam) const {
+    return static_cast<int>(Of(message, wParam, wParam).size());
+}
+
+MessageRecorder::MessageRecorder(QObject* target, bool consume) : m_target(target), m_consume(consume) {
+    m_target->installEventFilter(this);
+}
+
+MessageRecorder::~MessageRecorder() {
+    if (m_target) m_target->removeEventFilter(this);
+}
+
+std::vector<RecordedMessage> MessageRecorder::Take() {
+    QCoreApplication::sendPostedEvents();
+    return std::exchange(records, {});
+}
+
+bool MessageRecorder::eventFilter(QObject* watched, QEvent* event) {
+    if (watched != m_target || event->type() != WindowMessageEvent::EventType()) return false;
+    const auto* message = static_cast<WindowMessageEvent*>(event);
+    records.push_back({message->Message(), message->WParam(), message->LParam(), {}});
+    return m_consume;
+}
+
+}  // namespace marrowfin::test
