@@ -1,11 +1,10 @@
 #include "panel/classes/class_table_refresh.h"
 
-#include <thread>
-
 #include "markup/markup_document.h"
 #include "net/http_transport.h"
 #include "panel/classes/class_table.h"
 #include "panel/classes/class_table_reader.h"
+#include "panel/classes/panel_workers.h"
 #include "platform/files.h"
 #include "platform/profile.h"
 #include "store/store_paths.h"
@@ -73,7 +72,7 @@ void RunClassTableRefresh(WindowHandle panel) {
 }
 
 void StartClassTableRefresh(WindowHandle panel) {
-    std::thread(RunClassTableRefresh, panel).detach();
+    StartPanelWorker([panel] { RunClassTableRefresh(panel); });
 }
 
 }  // namespace marrowfin

@@ -25,7 +25,7 @@ using HotWordsPayload = OwnedValue<std::vector<std::u16string>>;
 
 // The worker's steps on the calling thread (tests run it directly).
 void RunClassTableRefresh(WindowHandle panel);
-// Starts RunClassTableRefresh on a detached thread.
+// Starts RunClassTableRefresh on a panel worker.
 void StartClassTableRefresh(WindowHandle panel);
 
 }  // namespace marrowfin
