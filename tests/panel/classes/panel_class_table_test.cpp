@@ -93,6 +93,7 @@ TEST(PanelClassTable, FirstRunSortCommandAndHourlyRefresh) {
 TEST(PanelClassTable, SortCommandWithoutACachedTableDoesNothing) {
     SampleWorld world;
     CBrindleDlg& panel = *world.panel;
+    ASSERT_TRUE(PumpUntil([&] { return !panel.m_hotWords.empty(); }));  // the first run's worker is done
     ASSERT_TRUE(RemoveFile(ClassTablePath()));
     const long before = world.service.counters().get("/gallery/selpageinfo").count;
     (void)SendWindowMessage(panel.Handle(), MsgPanelCommand, 24, 0);
