@@ -30,11 +30,14 @@ demo_set_option() {
   ' "$file" > "$tmp" && mv "$tmp" "$file"
 }
 
-# demo_start_service SERVICE DATA LOG: starts the service on a free port,
-# sets DEMO_SERVICE_PID and DEMO_SERVICE_BASE, and writes ServiceBase.
+# demo_start_service SERVICE DATA LOG [LATENCY_MS]: starts the service on a
+# free port, sets DEMO_SERVICE_PID and DEMO_SERVICE_BASE, and writes
+# ServiceBase. With LATENCY_MS above 0 every answer waits that long first.
 demo_start_service() {
-  local service=$1 data=$2 log=$3 line="" i
-  "$service" --data "$data" --port 0 > "$log" 2>&1 &
+  local service=$1 data=$2 log=$3 latency=${4:-0} line="" i
+  local faults=()
+  if [ "$latency" -gt 0 ]; then faults=(--fault "*?latency=$latency"); fi
+  "$service" --data "$data" --port 0 "${faults[@]}" > "$log" 2>&1 &
   DEMO_SERVICE_PID=$!
   for i in $(seq 1 100); do
     line=$(head -n1 "$log" 2>/dev/null || true)

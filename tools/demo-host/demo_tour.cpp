@@ -124,13 +124,18 @@ QImage DemoTour::DesktopImage() const {
     return canvas;
 }
 
-bool DemoTour::Shoot(const QString& name, const QImage& image) {
+bool DemoTour::Shoot(const QString& name, const std::function<QImage()>& take) {
+    QElapsedTimer own;
+    own.start();
+    const QImage image = take();
     const QString file = QStringLiteral("%1/%2-%3-%4.png")
                              .arg(m_options.tourDir)
                              .arg(++m_shotNumber, 2, 10, QLatin1Char('0'))
                              .arg(name, m_options.rateLabel);
     const int colours = DistinctColours(image);
-    if (image.isNull() || !image.save(file, "PNG")) {
+    const bool saved = !image.isNull() && image.save(file, "PNG");
+    m_stalls.AddOwnWork(own.elapsed());
+    if (!saved) {
         Log(QStringLiteral("shot %1 FAILED: could not save").arg(file));
         return false;
     }
@@ -320,6 +325,25 @@ void DemoTour::BuildSteps() {
                                return true;
                            },
                            nullptr, netSettle, QStringLiteral("collections-signed-in")});
+
+        // "搜索收藏": the page that lists the collection's blocks from the
+        // service; then "返回" to the collections.
+        auto pressButton = [panel](const QString& text, QString& why) {
+            for (QAbstractButton* b : panel() ? panel()->findChildren<QAbstractButton*>() : QList<QAbstractButton*>()) {
+                if (b->text() == text && b->isVisible() && b->isEnabled()) {
+                    ClickAt(b, b->rect().center());
+                    return true;
+                }
+            }
+            why = QStringLiteral("no visible button \"%1\" in the panel").arg(text);
+            return false;
+        };
+        m_steps.push_back({QStringLiteral("collection-search"),
+                           [pressButton](QString& why) { return pressButton(QStringLiteral("搜索收藏"), why); },
+                           [this] { return PanelVisible(); }, netSettle, QStringLiteral("collection-search")});
+        m_steps.push_back({QStringLiteral("collection-search-back"),
+                           [pressButton](QString& why) { return pressButton(QStringLiteral("返回"), why); },
+                           [this] { return PanelVisible(); }, settle, QString()});
     }
 
     m_steps.push_back({QStringLiteral("search"), [this](QString&) {
@@ -391,7 +415,7 @@ void DemoTour::BuildSteps() {
                                if (!form->windowHandle() || !form->windowHandle()->isExposed()) return false;
                                if (m_feedbackShownAt < 0) m_feedbackShownAt = m_stepClock.elapsed();
                                if (m_stepClock.elapsed() - m_feedbackShownAt < 300) return false;
-                               (void)Shoot(QStringLiteral("feedback-form"), form->grab().toImage());
+                               (void)Shoot(QStringLiteral("feedback-form"), [&form] { return form->grab().toImage(); });
                                // Through the window system, where a modal wait would block it.
                                ClickAt(form->textField(), QPoint(10, 10));
                                QTest::keyClicks(form->textField(), QStringLiteral("More doors, please."));
@@ -487,7 +511,7 @@ void DemoTour::HandleModal() {
             .arg(QString::fromLatin1(dialog->metaObject()->className()), dialog->windowTitle()));
     const bool accept = signIn && m_acceptSignIn;
     QTimer::singleShot(300, dialog, [this, dialog, signIn, accept] {
-        (void)Shoot(signIn ? QStringLiteral("sign-in") : QStringLiteral("modal"), dialog->grab().toImage());
+        (void)Shoot(signIn ? QStringLiteral("sign-in") : QStringLiteral("modal"), [dialog] { return dialog->grab().toImage(); });
         if (accept) {
             Log(QStringLiteral("signing in as the user the dialog offers"));
             dialog->accept();
@@ -525,14 +549,14 @@ void DemoTour::Poll() {
                 return;
             }
             if (step.shotHost) {
-                ok = Shoot(step.name == QLatin1String("start") ? QStringLiteral("host") : step.name, DesktopImage());
+                ok = Shoot(step.name == QLatin1String("start") ? QStringLiteral("host") : step.name, [this] { return DesktopImage(); });
             } else if (!step.shot.isEmpty()) {
                 QWidget* panel = FindPanelWidget();
                 if (!panel || !panel->isVisible()) {
                     ok = false;
                     why = QStringLiteral("the panel is not visible for its screenshot");
                 } else {
-                    ok = Shoot(step.shot, panel->grab().toImage());
+                    ok = Shoot(step.shot, [panel] { return panel->grab().toImage(); });
                 }
             }
             if (!ok && why.isEmpty()) why = QStringLiteral("screenshot failed");
@@ -546,6 +570,7 @@ void DemoTour::BeginStep() {
     Step& step = m_steps[m_current];
     Log(QStringLiteral("step %1/%2 %3").arg(m_current + 1).arg(m_steps.size()).arg(step.name));
     m_stepClock.start();
+    m_stalls.BeginStage(step.name);
     m_acceptSignIn = false;  // only the step that asks for it signs in
     QString why;
     m_inAction = true;
@@ -560,11 +585,12 @@ void DemoTour::BeginStep() {
 
 void DemoTour::EndStep(bool ok, const QString& why) {
     const Step& step = m_steps[m_current];
+    const qint64 stall = m_stalls.stages().empty() ? 0 : m_stalls.stages().back().longestGapMs;
     if (ok) {
-        Log(QStringLiteral("step %1 ok (%2 ms)").arg(step.name).arg(m_stepClock.elapsed()));
+        Log(QStringLiteral("step %1 ok (%2 ms, longest stall %3 ms)").arg(step.name).arg(m_stepClock.elapsed()).arg(stall));
     } else {
         ++m_failures;
-        Log(QStringLiteral("step %1 FAILED: %2").arg(step.name, why));
+        Log(QStringLiteral("step %1 FAILED: %2 (longest stall %3 ms)").arg(step.name, why).arg(stall));
     }
     ++m_current;
     m_phase = Phase::Acting;
@@ -573,7 +599,11 @@ void DemoTour::EndStep(bool ok, const QString& why) {
 
 void DemoTour::Finish() {
     m_poll.stop();
+    m_stalls.Stop();
     m_done->store(true);
+    Log(QStringLiteral("stalls of the event loop, per step:"));
+    for (const QString& line : m_stalls.Table().split(QLatin1Char('\n'), Qt::SkipEmptyParts))
+        Log(QStringLiteral("  ") + line);
     Log(QStringLiteral("tour ends: %1 steps ran, %2 ok, %3 failed, %4 screenshots")
             .arg(m_steps.size())
             .arg(m_steps.size() - static_cast<size_t>(m_failures))

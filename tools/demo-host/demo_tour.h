@@ -19,6 +19,7 @@
 
 #include "demo_options.h"
 #include "gallery_library.h"
+#include "stall_meter.h"
 
 class QWidget;
 
@@ -70,7 +71,8 @@ private:
     void Finish();
     void HandleModal();
     bool PanelVisible() const;
-    bool Shoot(const QString& name, const QImage& image);
+    // Takes the picture and saves it; the time it takes is the tour's own.
+    bool Shoot(const QString& name, const std::function<QImage()>& take);
     QImage DesktopImage() const;
     void Log(const QString& text);
 
@@ -83,6 +85,7 @@ private:
     enum class Phase { Acting, Waiting, Settling } m_phase = Phase::Acting;
     QElapsedTimer m_stepClock, m_settleClock, m_tourClock;
     QTimer m_poll;
+    StallMeter m_stalls;  // the longest stall of the event loop, per step
     QFile m_log;
     bool m_inAction = false;
     int m_failures = 0;

@@ -4,6 +4,7 @@
 #include "net/http_transport.h"
 #include "panel/classes/class_table.h"
 #include "panel/classes/class_table_reader.h"
+#include "panel/classes/panel_workers.h"
 #include "platform/files.h"
 #include "platform/profile.h"
 #include "platform/threads.h"
@@ -72,7 +73,7 @@ void RunClassTableRefresh(WindowHandle panel) {
 }
 
 void StartClassTableRefresh(WindowHandle panel) {
-    if (StartDetachedThread([panel] { RunClassTableRefresh(panel); })) return;
+    if (StartPanelWorker([panel] { RunClassTableRefresh(panel); })) return;
     // No thread to be had: as after a failed request, the panel reapplies
     // the table it has and keeps its words.
     (void)PostWindowMessage(panel, MsgClassTableRefresh, ClassTableCached, 0);

@@ -25,7 +25,7 @@ using HotWordsPayload = OwnedValue<std::vector<std::u16string>>;
 
 // The worker's steps on the calling thread (tests run it directly).
 void RunClassTableRefresh(WindowHandle panel);
-// Starts RunClassTableRefresh on a detached thread; without a thread the
+// Starts RunClassTableRefresh on a panel worker; without a thread the
 // panel is told to reapply its cached table, as after a failed request.
 void StartClassTableRefresh(WindowHandle panel);
 

@@ -15,6 +15,7 @@
 //   brindle_navigation.cpp   pages, class switching, subclasses, routes, search
 //                            commands, the panel buttons
 //   brindle_commands.cpp     MsgPanelCommand
+//   collection_rows.cpp      the collection search page's rows as they come back
 
 #include <QPointer>
 #include <QWidget>
@@ -94,6 +95,10 @@ public:
     std::vector<BlockRow> m_rows;
     std::vector<BlockRow> m_serverRows;
     std::vector<BlockRow> m_collectionRows;
+    // The collection's rows are asked for on a worker; an answer counts only
+    // for the newest load while its page is still open.
+    std::uintptr_t m_collectionRowsGeneration = 0;
+    bool m_collectionRowsPending = false;
     NodeList m_localHits;
     bool m_searchUntouched = false;
     int m_searchState = 0;
@@ -205,7 +210,10 @@ private:
     void SelectionChanged(std::intptr_t item);    // command 1
     void RefreshClassRows();                      // command 19
     void RunCollectionFilter();
+    void FilterCollectionRows();
     void LoadCollectionRows();
+    void OnCollectionRows(std::uintptr_t generation, std::unique_ptr<MessagePayload> payload);
+    void ForgetCollectionRows();
     void ShowEmptyClass(int row, const std::u16string& path);
     // The halves of SwitchClass and OpenSubclass after the service was asked;
     // a fetch under way continues them when its update is adopted.

@@ -25,8 +25,12 @@ constexpr int kStatusButtons[] = {2155, 2156, 2157, 2150};
 }  // namespace
 
 void CBrindleDlg::ReapplyClassTable() {
+    const bool hadTable = !m_generalKinds.empty() || !m_boutiqueKinds.empty();
     (void)ApplyClassTable(u"", m_classTable, m_classVersions);
     m_showDesc = m_classTable.showDesc;
+    // The first table of a first run comes after start-up: what the host was
+    // told about boutique blocks without it must not outlive it.
+    if (!hadTable) m_boutiqueCache.clear();
 }
 
 void CBrindleDlg::OnClassTableRefresh(std::uintptr_t code, std::unique_ptr<MessagePayload> payload) {
@@ -35,7 +39,9 @@ void CBrindleDlg::OnClassTableRefresh(std::uintptr_t code, std::unique_ptr<Messa
         return;
     }
     if (code != HotWordsFetched) return;
-    if (auto* words = dynamic_cast<HotWordsPayload*>(payload.get())) TakeHotWords(m_hotWords, words->value);
+    auto* words = dynamic_cast<HotWordsPayload*>(payload.get());
+    // The search page shows the default word in its empty box.
+    if (words && TakeHotWords(m_hotWords, words->value) && m_page == PageSearch) update();
 }
 
 void CBrindleDlg::OnTimer(std::uintptr_t id) {

@@ -3,10 +3,10 @@
 
 #include <optional>
 
-#include "markup/markup_document.h"
 #include "net/gallery_sync.h"
 #include "net/http_transport.h"
 #include "panel/dialog/brindle_dlg.h"
+#include "panel/dialog/collection_rows.h"
 #include "panel/dialog/hot_words.h"
 #include "panel/dialog/panel_timers.h"
 #include "panel/lists/class_list_ctrl.h"
@@ -424,6 +424,7 @@ void CBrindleDlg::LayoutCollectionBar(bool shown) {
 
 void CBrindleDlg::GoToPage(int page) {
     PostWindowMessage(Handle(), MsgPanelCommand, 1, -1);
+    if (m_page == PageCollectionSearch && page != m_page) ForgetCollectionRows();
 
     const bool toSearch = IsSearchPage(page) && page != m_page;
     if (toSearch) {
@@ -489,34 +490,13 @@ void CBrindleDlg::GoToPage(int page) {
 }
 
 void CBrindleDlg::LoadCollectionRows() {
+    // Asked on a worker; the page shows "图块加载中，请稍候" until the rows land.
     const std::u16string url = ServiceBaseUrl() + u"/gallery/get_u_collect?type=client&usertoken=" + userToken +
                                u"&kind=dwg&needdwg=1";
-    std::u16string reply;
-    if (!PostForm(url, u"", reply)) return;  // the page stays open with an empty list
-    MarkupDocument doc;
-    doc.SetText(reply);
-    if (!doc.FindElement(u"root")) return;
-    doc.EnterElement();
     const std::u16string base = m_store && m_store->root ? m_store->root->path : std::u16string();
-    const std::u16string mirror = base + u"/" + CollectionName(userId);
-    while (doc.FindElement(u"favorites")) {
-        while (doc.FindChildElement(u"dwg")) {
-            BlockRow row;
-            row.name = Q(doc.GetChildAttribute(u"filename"));
-            row.klass = Q(kCollectionText);
-            const std::u16string info = doc.GetChildAttribute(u"dwg_info");
-            row.subclass = Q(info);
-            row.url = Q(doc.GetChildAttribute(u"dwg_url"));
-            row.size = Q(doc.GetChildAttribute(u"size")).toInt();
-            row.boutique = doc.GetChildAttribute(u"gv") == u"1";
-            row.thumbnailTried = false;
-            row.prefetch = true;
-            const std::u16string file = mirror + u"/" + info + u"/" + S(row.name);
-            row.path = Q(file);
-            row.state = FileExists(file) ? RowCollected : RowRemote;
-            m_collectionRows.push_back(std::move(row));
-        }
-    }
+    m_collectionRowsPending = true;
+    m_searchState = 1;
+    StartCollectionRowsFetch(Handle(), ++m_collectionRowsGeneration, url, base + u"/" + CollectionName(userId));
 }
 
 // ---- routes ----------------------------------------------------------------
@@ -656,7 +636,12 @@ void CBrindleDlg::RunCollectionFilter() {
     if (text.isEmpty()) return;
     m_lastSearch = text;
     if (!m_store || !m_store->root) return;
+    // Rows still on their way: the filter runs when they land.
+    if (m_collectionRowsPending) return;
+    FilterCollectionRows();
+}
 
+void CBrindleDlg::FilterCollectionRows() {
     SetShown(m_searchList, false);
     m_rows.clear();
     m_serverRows.clear();

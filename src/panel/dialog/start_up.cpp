@@ -2,7 +2,6 @@
 
 #include "panel/classes/class_table_refresh.h"
 #include "panel/dialog/brindle_dlg.h"
-#include "panel/dialog/hot_words.h"
 #include "platform/files.h"
 #include "platform/profile.h"
 #include "store/store_paths.h"
@@ -25,10 +24,11 @@ void StartUpClassTable(CBrindleDlg& panel) {
         (void)ApplyClassTable(u"", panel.m_classTable, panel.m_classVersions);
         if (TakeRequestNetworkOption()) StartClassTableRefresh(panel.Handle());
     } else {
-        // First run: the pickers need a table before the panel goes on, so
-        // the requests block here. A failed one leaves the tables empty.
-        (void)ApplyClassTable(FetchClassTable(), panel.m_classTable, panel.m_classVersions);
-        (void)TakeHotWords(panel.m_hotWords, ParseHotWords(FetchHotWords()));
+        // First run: the same worker as the refresh asks, whatever the
+        // option says, and the panel applies the table when it is stored.
+        // Until then the panel is what it is without a table: no kinds, no
+        // boutique marks, no default word; a failed request leaves it so.
+        StartClassTableRefresh(panel.Handle());
     }
     panel.m_showDesc = panel.m_classTable.showDesc;
 }

@@ -9,8 +9,9 @@ class CBrindleDlg;
 // is written back. True when background requests of the class table may run.
 bool TakeRequestNetworkOption();
 
-// Reads the class table and its versions, applies the stored table or asks
-// the service for one, and starts the background refresh when allowed.
+// Reads the class table and its versions and applies the stored table,
+// starting the background refresh when allowed; without a stored table the
+// refresh asks the service for the first one.
 void StartUpClassTable(CBrindleDlg& panel);
 
 }  // namespace marrowfin

@@ -1,4 +1,4 @@
-// The class table inside the panel: a first run asks on the panel's thread,
+// The class table inside the panel: a first run asks on the refresh worker,
 // the sort command and the hourly timer start the worker, its words reach the
 // panel, timer 1004 reapplies the table and command 19 the boutique marks.
 
@@ -27,7 +27,8 @@ TEST(PanelClassTable, FirstRunSortCommandAndHourlyRefresh) {
     CBrindleDlg& panel = *world.panel;
     auto count = [&](const char* path) { return world.service.counters().get(path).count; };
 
-    // No cached table: asked for on the panel's own thread before start-up went on.
+    // No cached table: the refresh worker asks and the panel applies what it stores.
+    ASSERT_TRUE(PumpUntil([&] { return !panel.m_boutiqueKinds.empty() && !panel.m_hotWords.empty(); }));
     EXPECT_EQ(count("/gallery/selpageinfo"), 1);
     EXPECT_EQ(count("/gallery/gethotwords"), 1);
     EXPECT_TRUE(FileExists(ClassTablePath()));
@@ -92,6 +93,7 @@ TEST(PanelClassTable, FirstRunSortCommandAndHourlyRefresh) {
 TEST(PanelClassTable, SortCommandWithoutACachedTableDoesNothing) {
     SampleWorld world;
     CBrindleDlg& panel = *world.panel;
+    ASSERT_TRUE(PumpUntil([&] { return !panel.m_hotWords.empty(); }));  // the first run's worker is done
     ASSERT_TRUE(RemoveFile(ClassTablePath()));
     const long before = world.service.counters().get("/gallery/selpageinfo").count;
     (void)SendWindowMessage(panel.Handle(), MsgPanelCommand, 24, 0);

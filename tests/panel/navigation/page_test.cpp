@@ -84,6 +84,7 @@ TEST(Pages, EachPageShowsItsWidgetsLeavingASearchReopensTheClassAndTheCollection
     // "搜索收藏": the collection's blocks come from the service; offline the page stays, empty.
     w.ClickButton(2104);
     ExpectPage(w, PageCollectionSearch);
+    ASSERT_TRUE(PumpUntil([&] { return !p.m_collectionRowsPending; }));
     EXPECT_TRUE(p.m_collectionRows.empty());
     w.ClickButton(2202, 500);
     ExpectPage(w, PageCollection);
@@ -103,6 +104,7 @@ TEST(Pages, EachPageShowsItsWidgetsLeavingASearchReopensTheClassAndTheCollection
     g_defaultHotWord = QStringLiteral("螺栓");
     w.ClickButton(2104, 500);
     ASSERT_EQ(p.m_page, PageCollectionSearch);
+    ASSERT_TRUE(PumpUntil([&] { return !p.m_collectionRowsPending; }));
     w.ClickButton(2201);
     EXPECT_TRUE(p.m_searchEdit->text().isEmpty());
     EXPECT_TRUE(p.m_searchUntouched);  // nothing was searched
@@ -172,6 +174,7 @@ TEST(LivePages, CollectionSearchListsTheCloudBlocksAndFiltersThem) {
 
     w.ClickButton(2104);
     ASSERT_EQ(p.m_page, PageCollectionSearch);
+    ASSERT_TRUE(PumpUntil([&] { return !p.m_collectionRowsPending; }));
     EXPECT_EQ(w.service.counters().get("/gallery/get_u_collect").count, 1);
     ASSERT_EQ(p.m_collectionRows.size(), 3u);
     const BlockRow* nut = nullptr;
@@ -225,7 +228,9 @@ TEST(LivePages, CollectionSearchListsTheCloudBlocksAndFiltersThem) {
     w.service.faults().set("/gallery/get_u_collect", fault);
     w.ClickButton(2104);
     EXPECT_EQ(p.m_page, PageCollectionSearch);
+    ASSERT_TRUE(PumpUntil([&] { return !p.m_collectionRowsPending; }));
     EXPECT_TRUE(p.m_collectionRows.empty());
+    EXPECT_EQ(p.m_searchState, 0);
     EXPECT_EQ(w.service.counters().get("/gallery/get_u_collect").count, 2);
 }
 

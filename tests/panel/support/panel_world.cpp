@@ -12,6 +12,7 @@
 #include "net/download_queue.h"
 #include "net/gallery_sync.h"
 #include "store/tree_update.h"
+#include "panel/classes/panel_workers.h"
 #include "panel/dialog/host_requests.h"
 #include "platform/text.h"
 #include "skin/pop_tip_dlg.h"
@@ -56,6 +57,10 @@ void PanelHarness::Serve(const std::string& library) {
 void PanelHarness::DestroyPanel() {
     if (panel) panel->hide();
     panel.reset();
+    // A held answer would keep a worker for its whole bound.
+    if (service.ok()) service.faults().clearAll();
+    if (service.ok()) service.faults().releaseHeld();
+    (void)WaitForPanelWorkers(std::chrono::seconds(30));
 }
 
 void PanelHarness::ClickClassRow(int row) {
@@ -118,6 +123,7 @@ SampleWorld::SampleWorld(const WorldOptions& options) {
     Serve(SampleLibrary());
     WriteOptionString(u"Rate", QString::number(options.rate).toStdU16String());
     if (options.listGallery && !galleries.empty()) AddGalleryToShowList(galleries[0]);
+    if (options.beforeCreate) options.beforeCreate(*this);
     if (options.firstSync) {
         BuildFirstTree(GalleryStore::Instance());
         (void)AdoptTreeUpdates(GalleryStore::Instance());

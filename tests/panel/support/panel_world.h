@@ -91,7 +91,8 @@ protected:
     // Starts the stand-in service on `library` and points the profile at it.
     void Serve(const std::string& library);
     // Hidden first, so that focus leaves the search edit while the panel is
-    // still whole (the host never destroys the panel while it runs).
+    // still whole (the host never destroys the panel while it runs); then
+    // the panel's workers end against the service before it goes.
     void DestroyPanel();
 };
 
@@ -102,6 +103,9 @@ struct WorldOptions {
     bool attachHost = true;      // the host named its main window
     std::u16string mode = {};    // showMode before Create
     bool parentIsHost = false;   // the panel is a tool window of the host
+    // Runs once the service serves and Show.xml is written, before the first
+    // tree and the panel: faults, more galleries.
+    std::function<void(PanelHarness&)> beforeCreate = {};
 };
 
 // The sample library served by the stand-in service, the panel made (not

@@ -1,0 +1,30 @@
+#pragma once
+// The collection's blocks for the collection search page, read from the
+// service on a worker. The rows come back to the panel in a posted message
+// that owns them, tagged with the generation of the load that asked, so that
+// the panel can drop an answer for a page the user has already left.
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "panel/model/block_row.h"
+#include "platform/window_messages.h"
+
+namespace marrowfin {
+
+// wParam: the generation of the load; payload: CollectionRowsPayload (empty
+// rows when the request failed or the answer holds no root).
+inline constexpr uint32_t MsgCollectionRows = 0x9e5;
+using CollectionRowsPayload = OwnedValue<std::vector<BlockRow>>;
+
+// One row per `dwg` of each `favorites` of the answer's `root`; `mirror` is
+// the user's local collection folder, which tells collected from remote rows.
+std::vector<BlockRow> ParseCollectionRows(std::u16string_view reply, const std::u16string& mirror);
+
+// Posts the rows of `url` to `panel` from a worker.
+void StartCollectionRowsFetch(WindowHandle panel, std::uintptr_t generation, std::u16string url,
+                              std::u16string mirror);
+
+}  // namespace marrowfin
