@@ -8,7 +8,8 @@
 #include <QKeyEvent>
 #include <QPointer>
 
-#include "../e2e/recording_host.h"
+#include "support/event_pump.h"
+#include "support/recording_host.h"
 #include "host/panel_access.h"
 #include "marrowfin/marrowfin.h"
 #include "panel/dialog/brindle_dlg.h"
@@ -17,16 +18,7 @@
 
 using namespace marrowfin;
 
-namespace {
-
-void Pump(int ms) {
-    QElapsedTimer clock;
-    clock.start();
-    do QApplication::processEvents(QEventLoop::AllEvents, 20);
-    while (clock.elapsed() < ms);
-}
-
-}  // namespace
+using test::Pump;
 
 TEST(HostWindowGone, ExportsCopeWithThePanelDestroyedWithTheMainWindow) {
     test::TempHome home;

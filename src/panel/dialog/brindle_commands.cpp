@@ -139,8 +139,9 @@ void CBrindleDlg::RebuildAndReopen() {
     // OpenTargetClass below must not send this command again before the list is ready.
     m_rebuildingClasses = true;
     GalleryNode* root = m_store ? m_store->root : nullptr;
+    // The fixed rows stand while the first tree is still on its way.
+    RebuildClassList();
     if (root) {
-        RebuildClassList();
         if (CSkinButton* more = Button(2002)) more->show();
         PostWindowMessage(Handle(), MsgPanelCommand, 19, 0);
     }

@@ -107,6 +107,7 @@ std::intptr_t CBrindleDlg::OnMessage(uint32_t message, std::uintptr_t wParam, st
             return 0;
         case MsgTreeUpdate:
             OnTreeUpdate();
+            return 0;
         case MsgCollectionRows:
             OnCollectionRows(wParam, std::move(payload));
             return 0;

@@ -62,10 +62,10 @@ TEST(PanelStartUp, WithoutAHostWindowInTheUpdateModeAndWithoutAFirstSync) {
         SampleWorld world({.firstSync = false});
         EXPECT_EQ(GalleryStore::Instance().root, nullptr);
     }
-    // No Show.xml: start-up builds the tree itself (an empty one here).
+    // No Show.xml: start-up builds the tree itself (an empty one here), on a worker.
     SampleWorld world({.listGallery = false, .firstSync = false});
+    ASSERT_TRUE(PumpUntil([] { return GalleryStore::Instance().root != nullptr; }));
     GalleryNode* root = GalleryStore::Instance().root;
-    ASSERT_NE(root, nullptr);
     EXPECT_EQ(root->path, StoreRoot());
     EXPECT_TRUE(root->dirChildren.empty());
     EXPECT_EQ(GalleryStore::Instance().syncBusy.load(), 0);

@@ -38,10 +38,10 @@ std::vector<std::u16string> PathsOf(const std::vector<GalleryNode*>& nodes) {
     return out;
 }
 
-std::vector<std::u16string> PathsOf(const NodeList& nodes) {
+std::vector<std::u16string> PathsOf(const CBrindleDlg& panel) {
     std::vector<std::u16string> out;
-    for (size_t i = 0; i < nodes.size(); ++i) {
-        const GalleryNode* n = nodes.At(GalleryStore::Instance(), i);
+    for (size_t i = 0; i < panel.m_listNodes.size(); ++i) {
+        const GalleryNode* n = panel.m_listNodes.At(*panel.m_store, i);
         out.push_back(n ? n->path : u"");
     }
     return out;
@@ -140,7 +140,7 @@ TEST(ThumbnailRoad, ABurstOfReportsMakesOneRequestRunAndDoubleClickInsertsAndHea
     }
 
     ASSERT_TRUE(w.OpenRow(w.RowOf(u"机械")));
-    ASSERT_EQ(PathsOf(w.panel->m_listNodes), PathsOf(cls->fileChildren));
+    ASSERT_EQ(PathsOf(*w.panel), PathsOf(cls->fileChildren));
     const std::u16string p2 = cls->fileChildren[2]->path, p1 = cls->fileChildren[1]->path;
 
     DoubleClickItem(list, 2);
@@ -172,7 +172,7 @@ TEST(ThumbnailRoad, ABurstOfReportsMakesOneRequestRunAndDoubleClickInsertsAndHea
     w.panel->showMode.clear();
     const std::vector<std::u16string> recentBefore = PathsOf(w.root()->fileChildren);
     ASSERT_TRUE(w.OpenRow(0));
-    ASSERT_EQ(PathsOf(w.panel->m_listNodes), recentBefore);
+    ASSERT_EQ(PathsOf(*w.panel), recentBefore);
     DoubleClickItem(list, 2);
     test::Pump(30);
     ASSERT_EQ(insertions().size(), 4u);
@@ -182,7 +182,7 @@ TEST(ThumbnailRoad, ABurstOfReportsMakesOneRequestRunAndDoubleClickInsertsAndHea
     // A file that is not there: the tip, no insertion, and the file is asked for.
     ASSERT_TRUE(w.OpenRow(w.RowOf(u"机械")));
     // The gallery opens on its "常用" list now, the blocks used above.
-    ASSERT_EQ(PathsOf(w.panel->m_listNodes), (std::vector<std::u16string>{p2, p1}));
+    ASSERT_EQ(PathsOf(*w.panel), (std::vector<std::u16string>{p2, p1}));
     test::Pump(700);
     RemoveFile(p1);
     w.panel->m_thumbsToCheck.clear();
@@ -213,6 +213,7 @@ TEST(ThumbnailRoad, ABlockInFlightOrTooSmallIsRefusedWithTheTipAndAskedFor) {
     const std::u16string gallery = w.galleries.at(0);
     AddGalleryToShowList(gallery);
     BuildFirstTree(w.store);
+    AdoptTreeUpdates(w.store);
     w.service.faults().set("/files/*", {.latencyMs = 4000});  // the files in view stay in flight
     w.MakePanel();
     RecordingHost host;

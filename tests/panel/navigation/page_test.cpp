@@ -347,13 +347,16 @@ TEST(LivePages, SwitchingRefreshesAStaleGalleryAndOpeningAStaleClassFetchesItsBl
     w.MakePanel();
     CBrindleDlg& p = *w.panel;
 
+    // Both fetches run on workers; the page follows when they come.
     ASSERT_TRUE(w.OpenRow(2));
+    ASSERT_TRUE(PumpUntil([&] { return w.VisibleSubclassButtons() == static_cast<int>(gallery->dirChildren.size()); }));
     EXPECT_EQ(w.service.counters().get("/gallery/g_cs_s").count, 1);
     EXPECT_EQ(w.service.counters().get("/gallery/g_cs").count, 0);  // the first class is up to date
-    EXPECT_EQ(w.VisibleSubclassButtons(), static_cast<int>(gallery->dirChildren.size()));
     ASSERT_EQ(p.m_subclassBtns[1]->data, QString::fromStdU16String(second->path));
 
     w.ClickButton(2081, 400);
+    EXPECT_EQ(p.m_listNodes.size(), 0u);  // nothing listed while the blocks are on their way
+    ASSERT_TRUE(PumpUntil([&] { return p.m_listNodes.size() == blocks; }));
     EXPECT_EQ(w.service.counters().get("/gallery/g_cs").count, 1);
     EXPECT_EQ(w.store.staleClasses.count(p.m_curClassPath), 0u);
     EXPECT_EQ(p.m_pThumbList->GetItemCount(), static_cast<int>(blocks));

@@ -104,7 +104,7 @@ TEST(Routes, RoutesWithAndWithoutTheCollectionPrefixAndTheSelectionCommands) {
 
     // 1: the selected block's name, nothing for a stale index.
     Command(p, 1, 4);
-    EXPECT_EQ(p.m_selectedName, QString::fromStdU16String(p.m_listNodes.At(GalleryStore::Instance(), 4)->name));
+    EXPECT_EQ(p.m_selectedName, QString::fromStdU16String(p.m_listNodes.At(*p.m_store, 4)->name));
     Command(p, 1, 6);
     EXPECT_TRUE(p.m_selectedName.isEmpty());
     Command(p, 1, 2);
