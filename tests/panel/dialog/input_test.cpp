@@ -8,7 +8,10 @@
 #include <QPaintEvent>
 #include <QRegion>
 
+#include "net/download_queue.h"
 #include "panel_world.h"
+#include "store/gallery_tree.h"
+#include "store/tree_update.h"
 
 using namespace marrowfin;
 using namespace marrowfin::test;
@@ -254,4 +257,57 @@ TEST(PanelInput, DownloadPictureActsOnlyWhileItsButtonShows) {
     ClickPanel(panel, picture);
     Pump(200);
     EXPECT_EQ(fetches(), before + 1);
+}
+
+// A rebuild of the tree (F5, or the host's "UpdateShow") runs beside the
+// user: the panel keeps working on the tree in hand, and commands queued
+// behind the new tree's arrival read the new nodes, never freed ones.
+TEST(PanelInput, ARebuildRunsBesideTheUserAndQueuedCommandsReadOnlyLiveNodes) {
+    for (const bool byKey : {true, false}) {
+        SCOPED_TRACE(byKey ? "F5" : "UpdateShow");
+        SampleWorld world;
+        CBrindleDlg& panel = *world.panel;
+        GalleryStore& store = *panel.m_store;
+        panel.hostWindow = HandleOf(&world.host);
+        ShowActive(panel);
+        ASSERT_TRUE(PumpUntil([&] { return panel.m_classList->GetItemCount() >= 3; }));
+        ASSERT_TRUE(world.OpenRow(2));
+        ASSERT_TRUE(PumpUntil([&] { return panel.m_listNodes.size() > 2; }));
+        const std::u16string firstClass = panel.m_curClassPath;
+        const std::u16string block = panel.m_listNodes.At(store, 2)->path;
+        ASSERT_TRUE(CreateDirectories(firstClass));
+        ASSERT_TRUE(WriteFileAtomic(block, std::string(kMinBlockFileSize, 'd')));
+
+        world.service.faults().set("/gallery/g_all_s", {.latencyMs = 700});
+        if (byKey) {
+            ASSERT_TRUE(PressKey(panel, panel.m_classList, Qt::Key_F5));
+        } else {
+            panel.showMode = u"UpdateShow";
+            panel.RebuildTree();
+        }
+        ASSERT_TRUE(panel.m_treeWaiting);
+        // Meanwhile the user opens the second class: it lists from the tree in hand.
+        world.ClickButton(2081, 400);
+        ASSERT_TRUE(PumpUntil([&] { return panel.m_curClassPath != firstClass && !panel.m_listNodes.empty(); }));
+        world.ClickButton(2080, 400);
+        ASSERT_TRUE(PumpUntil([&] { return panel.m_curClassPath == firstClass && panel.m_listNodes.size() > 2; }));
+        EXPECT_TRUE(panel.m_treeWaiting);
+
+        // The new tree waits in the queue; a double-click and a selection come behind it.
+        ASSERT_TRUE(PumpUntil([&] { return TreeUpdatesWaiting(store); }, 5000));
+        const uint64_t epoch = store.treeEpoch;
+        PostWindowMessage(panel.Handle(), MsgPanelCommand, 3, 2);
+        PostWindowMessage(panel.Handle(), MsgPanelCommand, 1, 2);
+        ASSERT_TRUE(PumpUntil([&] { return !panel.m_treeWaiting; }));
+        Pump(50);
+        EXPECT_GT(store.treeEpoch, epoch);
+        EXPECT_TRUE(WaitForReleases());  // the old galleries are freed by now
+        // Both commands found the block in the new tree.
+        const GalleryNode* fresh = panel.m_listNodes.At(store, 2);
+        ASSERT_NE(fresh, nullptr);
+        EXPECT_EQ(fresh, FindBlockByPath(store.root, block, true));
+        EXPECT_EQ(panel.m_selectedName, QString::fromStdU16String(fresh->name));
+        ASSERT_EQ(world.host.Requests(2, 4).size(), 1u);
+        EXPECT_EQ(world.host.Requests(2, 4)[0].text, block);
+    }
 }
