@@ -93,27 +93,36 @@ void PreviewLoader::Run() {
         }
         PreviewDecode decode = (*decoder)(job.path, rate);
         if (decode.outcome != PreviewOutcome::Missing) m_decodes.fetch_add(1, std::memory_order_relaxed);
+        PreviewResult result{generation, job.item, std::move(job.path), decode.outcome, std::move(decode.picture)};
+        bool wake;
         {
+            // The results pass under the loader's own lock; the post only
+            // wakes the receiving thread, once for all that gathered meanwhile.
             std::lock_guard<std::mutex> lock(m_mutex);
             if (m_stopping) return;
+            m_done.push_back(std::move(result));
+            wake = !m_wakePosted;
+            m_wakePosted = true;
         }
-        PreviewResult result{generation, job.item, std::move(job.path), decode.outcome, std::move(decode.picture)};
         // The context lives until every worker has been joined, so the post
         // always has a receiver; it runs on the thread that made the loader.
-        QMetaObject::invokeMethod(
-            m_context.get(), [this, result = std::move(result)]() mutable { Delivered(std::move(result)); },
-            Qt::QueuedConnection);
+        if (wake) QMetaObject::invokeMethod(m_context.get(), [this] { HandOver(); }, Qt::QueuedConnection);
     }
 }
 
-void PreviewLoader::Delivered(PreviewResult result) {
+void PreviewLoader::HandOver() {
+    std::vector<PreviewResult> done;
     {
         std::lock_guard<std::mutex> lock(m_mutex);
-        --m_inFlight;
-        if (result.generation != m_generation) return;
-        m_busy.erase(result.item);
+        m_wakePosted = false;
+        done.swap(m_done);
+        m_inFlight -= static_cast<int>(done.size());
+        // An older listing's results are dropped here.
+        std::erase_if(done, [this](const PreviewResult& r) { return r.generation != m_generation; });
+        for (const PreviewResult& r : done) m_busy.erase(r.item);
     }
-    if (m_deliver) m_deliver(std::move(result));
+    for (PreviewResult& result : done)
+        if (m_deliver) m_deliver(std::move(result));
 }
 
 }  // namespace marrowfin

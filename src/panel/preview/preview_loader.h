@@ -5,10 +5,10 @@
 // The list hands it the jobs it wants now, whenever its shown range changes:
 // the shown cells first, then a read-ahead. Jobs that are no longer wanted,
 // and every job of an older listing (a smaller generation), are dropped
-// before they are read. Each finished job comes back on the thread that made
-// the loader, through a queued call, and only while the loader lives: the
-// destructor drops the queue, joins the workers and discards what was posted
-// and not yet delivered.
+// before they are read. Finished jobs come back on the thread that made the
+// loader: they are handed over under the loader's lock, and a queued call
+// wakes that thread. They come only while the loader lives: the destructor
+// drops the queue, joins the workers and discards what was not delivered.
 
 #include <QImage>
 #include <atomic>
@@ -88,7 +88,7 @@ public:
 
 private:
     void Run();
-    void Delivered(PreviewResult result);
+    void HandOver();
 
     Deliver m_deliver;
     const int m_workerCount;
@@ -102,6 +102,8 @@ private:
     uint64_t m_generation = 0;
     double m_rate = 1.0;
     int m_inFlight = 0;  // jobs taken and not yet delivered, every generation
+    std::vector<PreviewResult> m_done;  // finished, waiting for the receiving thread
+    bool m_wakePosted = false;
     bool m_stopping = false;
     std::shared_ptr<const PreviewDecoder> m_decoder;
     std::vector<std::thread> m_workers;
