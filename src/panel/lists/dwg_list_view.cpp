@@ -7,12 +7,13 @@
 #include <QPainter>
 #include <QWheelEvent>
 #include <algorithm>
+#include <memory>
 #include <unordered_map>
 
 #include "panel/lists/list_scroller.h"
 #include "panel/model/panel_messages.h"
-#include "panel/preview/dwg_preview.h"
 #include "panel/preview/fit_thumbnail.h"
+#include "panel/preview/preview_loader.h"
 #include "platform/files.h"
 #include "platform/qt/qt_window_system.h"
 #include "platform/qt/window_message_event.h"
@@ -33,12 +34,13 @@ constexpr int kPictureTop = 2;
 constexpr int kLabelGap = 3;
 constexpr int kNameUnits = 132;
 constexpr int kNameCutUnits = 132 - 5;
-// A file below this many bytes is a cut download, not a drawing.
-constexpr int64_t kFailedFileSize = 1024;
 // Fitted previews kept beyond the shown cells: a few screens of scrolling back
-// and forth cost no reading, and a long list never holds more than this.
+// and forth cost no reading, and a long list never holds more than this. The
+// read-ahead (a screen below and one above) fits in it, so what was read
+// ahead is not dropped before it shows.
 constexpr int kMinCachedCells = 48;
 constexpr int kCachedScreens = 3;
+constexpr int kReadAheadScreens = 1;
 
 constexpr std::uintptr_t kCommandSelect = 1;
 constexpr std::uintptr_t kCommandActivate = 3;
@@ -51,7 +53,7 @@ const QColor kSelectedBlue(0x2a, 0x75, 0xe5);
 const QColor kBoutiqueGold(0xbb, 0x9d, 0x6a);
 const QColor kTileVeil(0x2b, 0x7e, 0xec, 0x4c);
 
-// What a cell shows once its hint has run.
+// What a cell shows: until its preview comes back it shows the spinner.
 enum class Shown : uint8_t { Pending, Preview, PageMark, Spinner };
 
 // The two placeholders fitted once per rate and shared by every cell.
@@ -70,7 +72,10 @@ const QImage& FittedPlaceholder(bool missing) {
 }  // namespace
 
 struct CDWGListView::Impl {
-    explicit Impl(CDWGListView* self) : self(self), scroller(self, [self] { self->update(); }) {}
+    explicit Impl(CDWGListView* self)
+        : self(self),
+          scroller(self, [self] { self->update(); }),
+          loader(std::make_unique<PreviewLoader>([this](PreviewResult result) { Arrived(std::move(result)); })) {}
 
     struct Cached {
         QImage picture;
@@ -86,8 +91,12 @@ struct CDWGListView::Impl {
     int hintFirst = 0, hintLast = -1;
     bool hintDirty = true;
     bool drawPictures = true;
-    int previewReads = 0;
+    // Bumped when the paths are replaced: what the loader still brings of an
+    // older listing is dropped.
+    uint64_t generation = 0;
     ListScroller scroller;
+    // Last, so that it is joined before the rest goes.
+    std::unique_ptr<PreviewLoader> loader;
 
     int Count() const { return static_cast<int>(paths.size()); }
     bool IsItem(int i) const { return i >= 0 && i < Count(); }
@@ -151,7 +160,7 @@ struct CDWGListView::Impl {
         if (path.empty() || IsArriving(path)) return;  // the tile cell, or on its way
         if (FileExists(path)) {
             const int64_t size = FileSize(path);
-            if (size < 0 || size >= kFailedFileSize) return;
+            if (size < 0 || size >= kFailedDownloadBytes) return;
             (void)RemoveFile(path);
         }
         if (QWidget* owner = self->parentWidget())
@@ -160,47 +169,63 @@ struct CDWGListView::Impl {
     bool isScanBusy() const { return self->isScanBusy && self->isScanBusy(); }
     bool IsArriving(const std::u16string& path) const { return self->isArriving && self->isArriving(path); }
 
-    // The cache hint for the shown range: previews of files on disk load now;
-    // a file without one is tried twice, then shows the page mark for good.
+    // The cache hint for the shown range: the loader is handed the shown
+    // cells that still need their preview, then a screen of read-ahead on
+    // either side; what it had queued for other cells is dropped. Nothing is
+    // read here.
     void Hint(int first, int last) {
-        for (int i = first; i <= last; ++i) {
-            if (!IsItem(i) || static_cast<size_t>(i) >= states.size()) continue;
+        std::vector<PreviewJob> jobs;
+        auto want = [&](int i) {
+            if (!IsItem(i)) return;
             const size_t k = static_cast<size_t>(i);
             const std::u16string& path = paths[k];
-            if (path.empty()) continue;
-            if (states[k] == kStateFinal) {
-                // Final: a preview dropped from the cache is read again, a
-                // page mark stays without a look at the file.
-                if (shown[k] == Shown::PageMark || cache.count(i)) continue;
-                if (!Load(i)) shown[k] = Shown::PageMark;
-                continue;
+            if (path.empty()) return;
+            // Final: a preview dropped from the cache is read again, a page
+            // mark stays without a look at the file.
+            if (states[k] == kStateFinal && (shown[k] == Shown::PageMark || cache.count(i))) return;
+            if (IsArriving(path)) {
+                shown[k] = Shown::Spinner;  // part-written: the refresh after it lands asks again
+                return;
             }
-            if (!FileExists(path) || IsArriving(path)) {
-                shown[k] = Shown::Spinner;  // the state stays: the next hint tries again
-                continue;
-            }
-            if (Load(i)) {
-                states[k] = kStateFinal;
-            } else {
-                states[k] = states[k] == kStateFresh ? kStateTriedOnce : kStateFinal;
-                shown[k] = Shown::PageMark;
-            }
-        }
+            jobs.push_back({i, path});
+        };
+        for (int i = first; i <= last; ++i) want(i);
+        const int screen = std::max(0, last - first + 1) * kReadAheadScreens;
+        for (int i = last + 1; i <= last + screen; ++i) want(i);
+        for (int i = first - 1; i >= first - screen; --i) want(i);
+        loader->Want(generation, std::move(jobs), Rate());
         hintFirst = first;
         hintLast = last;
         hintDirty = false;
         Trim();
     }
-    bool Load(int i) {
-        ++previewReads;
-        const QImage preview = LoadDwgPreview(QString::fromStdU16String(paths[static_cast<size_t>(i)]));
-        if (preview.isNull()) {
-            cache.erase(i);
-            return false;
+    // A preview back from the loader; a file without one is tried twice, then
+    // shows the page mark for good; a missing file keeps its state, so that
+    // the next hint tries again.
+    void Arrived(PreviewResult result) {
+        const int i = result.item;
+        // An old listing's result, or a cell renamed meanwhile: not this cell's.
+        if (result.generation != generation || !IsItem(i)) return;
+        const size_t k = static_cast<size_t>(i);
+        if (paths[k] != result.path) return;
+        switch (result.outcome) {
+            case PreviewOutcome::Picture:
+                cache[i].picture = std::move(result.picture);
+                states[k] = kStateFinal;
+                shown[k] = Shown::Preview;
+                break;
+            case PreviewOutcome::NoPicture:
+                cache.erase(i);
+                if (states[k] != kStateFinal) states[k] = states[k] == kStateFresh ? kStateTriedOnce : kStateFinal;
+                shown[k] = Shown::PageMark;
+                break;
+            case PreviewOutcome::Missing:
+                cache.erase(i);
+                shown[k] = Shown::Spinner;
+                break;
         }
-        cache[i].picture = FitThumbnail(preview, 0, 0, Rate());
-        shown[static_cast<size_t>(i)] = Shown::Preview;
-        return true;
+        Trim();
+        self->update(ItemRect(i));
     }
     // Drops the previews farthest from the shown range beyond the cache's size.
     void Trim() {
@@ -326,6 +351,9 @@ void CDWGListView::SetPaths(const std::vector<std::u16string>& paths) {
     d.cache.clear();
     d.selected = -1;
     d.hintDirty = true;
+    // The old listing's jobs go now, not at the next paint.
+    ++d.generation;
+    d.loader->Want(d.generation, {}, Rate());
     d.Relayout();
     d.scroller.SetFirst(0);
     update();
@@ -377,7 +405,15 @@ int CDWGListView::LastVisibleItem() const { return m_impl->LastVisible(); }
 int CDWGListView::Columns() const { return m_impl->Columns(); }
 CScrollBarEx* CDWGListView::ScrollBar() const { return m_impl->scroller.Bar(); }
 int CDWGListView::CachedPictures() const { return static_cast<int>(m_impl->cache.size()); }
-int CDWGListView::PreviewReads() const { return m_impl->previewReads; }
+int CDWGListView::PreviewReads() const { return m_impl->loader->Decodes(); }
+bool CDWGListView::PreviewsPending() const { return m_impl->loader->Busy(); }
+
+QImage CDWGListView::CachedPicture(int item) const {
+    auto hit = m_impl->cache.find(item);
+    return hit == m_impl->cache.end() ? QImage() : hit->second.picture;
+}
+
+void CDWGListView::SetPreviewDecoder(PreviewDecoder decoder) { m_impl->loader->SetDecoder(std::move(decoder)); }
 
 void CDWGListView::SetDrawPictures(bool draw) {
     m_impl->drawPictures = draw;
@@ -422,7 +458,8 @@ void CDWGListView::paintEvent(QPaintEvent* event) {
     const int last = d.LastVisible();
 
     // Each painted cell asks for its name and picture first (a cut file goes
-    // and is asked for), then the hint loads what the shown range needs.
+    // and is asked for), then the hint hands the shown range to the loader;
+    // cells paint what they have, a placeholder until their preview is back.
     std::vector<int> painted;
     for (int i = std::max(0, first); i <= last; ++i)
         if (event->region().intersects(d.ItemRect(i))) painted.push_back(i);

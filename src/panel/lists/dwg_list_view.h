@@ -1,11 +1,13 @@
 #pragma once
 // CDWGListView: the thumbnail grid of the shown class. A virtual list: it
 // holds the block paths and one state per item, and asks for names and
-// pictures only of the cells it shows. Previews are read from the drawings on
-// the panel's thread for the shown range and kept in a small cache that drops
-// cells scrolled far away. A missing file shows the spinner placeholder and is
-// reported to the owner (MsgPanelEvent 0 with the index); a file that carries
-// no preview shows the page placeholder.
+// pictures only of the cells it shows. Previews are read from the drawings by
+// a PreviewLoader on its workers, the shown range first, then a screen of
+// read-ahead; they come back fitted, each repainting its own cell, and are
+// kept in a small cache that drops cells scrolled far away. Until then a cell
+// shows the spinner placeholder. A missing file keeps it and is reported to
+// the owner (MsgPanelEvent 0 with the index); a file that carries no preview
+// shows the page placeholder. Painting never reads a drawing.
 //
 // Mouse: a click on an item posts MsgPanelCommand 1 and 22, a double click 3
 // (or 4 on the label), a right click MsgPanelEvent 8 for a tried item, all to
@@ -17,6 +19,8 @@
 #include <functional>
 #include <string>
 #include <vector>
+
+#include "panel/preview/preview_loader.h"
 
 namespace marrowfin {
 
@@ -61,8 +65,14 @@ public:
     CScrollBarEx* ScrollBar() const;
     // Fitted previews held now (the cache of the shown range).
     int CachedPictures() const;
-    // Times a drawing file was opened for its preview (a cache miss).
+    // Previews decoded for this view so far, on the loader's workers.
     int PreviewReads() const;
+    // Whether previews are still being read or are on their way back.
+    bool PreviewsPending() const;
+    // The fitted preview held for an item; null when none is.
+    QImage CachedPicture(int item) const;
+    // Replaces what the loader's workers run per file (tests count with it).
+    void SetPreviewDecoder(PreviewDecoder decoder);
     // The benchmark's peer: cells drawn with their names but no pictures.
     void SetDrawPictures(bool draw);
 

@@ -1,12 +1,12 @@
-// The thumbnail grid: states and previews of the shown range, the reports of
-// missing files, the cache's bound, mouse commands, name fitting, and renders.
+// The thumbnail grid: states and previews of the shown range and its
+// read-ahead, the reports of missing files, the cache's bound, mouse commands,
+// name fitting, and renders.
 #include <gtest/gtest.h>
 
-#include <QTemporaryDir>
 #include <QtTest/QTest>
 #include <algorithm>
 
-#include "list_test_support.h"
+#include "grid_world.h"
 #include "panel/lists/dwg_list_view.h"
 #include "panel/model/panel_messages.h"
 #include "platform/files.h"
@@ -15,68 +15,9 @@
 #include "skin/measure_text.h"
 #include "skin/scroll_bar_ex.h"
 #include "skin/skin_scale.h"
-#include "support/test_paths.h"
 
 namespace marrowfin::test {
 namespace {
-
-enum class Make { Preview, PngPreview, NoPreview, Cut, Missing };
-
-std::string Drawing(const char* name) { return ReadBytes(SharedDir() + "/testdata/dwg/" + name); }
-
-// A recording owner holding the grid at the panel's size for the list, over a
-// folder of drawings made in the order of `kinds` (b000.dwg and so on).
-struct GridWorld {
-    QTemporaryDir dir;
-    std::vector<std::u16string> paths;
-    RecordingOwner owner;
-    CDWGListView* view;
-
-    explicit GridWorld(const std::vector<Make>& kinds, float rate = 1.0f) {
-        static const std::string bmp = Drawing("bmp8_ac1015.dwg");
-        static const std::string png = Drawing("png_ac1027.dwg");
-        static const std::string none = Drawing("no_preview_ac1009.dwg");
-        EXPECT_GT(bmp.size(), 4096u) << "test drawings not found";
-        const std::string bytes[] = {bmp, png, none, std::string(600, 'x')};  // in the order of Make
-        for (size_t i = 0; i < kinds.size(); ++i) {
-            const QString path = dir.filePath(QString::asprintf("b%03zu.dwg", i));
-            paths.push_back(path.toStdU16String());
-            if (kinds[i] != Make::Missing) WriteBytes(path.toStdString(), bytes[int(kinds[i])]);
-        }
-        UseRate(rate);
-        owner.resize(ScaleUnits(640), ScaleUnits(360));
-        view = new CDWGListView(&owner);
-        view->setGeometry(ScaleBox(0, 0, 617, 343));
-    }
-    // Hands the paths over, shows the grid and paints it once.
-    bool Show() {
-        view->SetPaths(paths);
-        if (!ShowAndWait(&owner)) return false;
-        Repaint();
-        return true;
-    }
-    void Arrive(size_t i) {
-        WriteBytes(QString::fromStdU16String(paths[i]).toStdString(), Drawing("bmp8_ac1015.dwg"));
-    }
-    // The items whose missing files were reported; or the other messages.
-    std::vector<int> Missing() {
-        std::vector<int> out;
-        for (const Recorded& r : owner.Take())
-            if (r.message == MsgPanelEvent && r.wParam == 0) out.push_back(static_cast<int>(r.lParam));
-        std::sort(out.begin(), out.end());
-        out.erase(std::unique(out.begin(), out.end()), out.end());
-        return out;
-    }
-    std::vector<Recorded> Commands() {
-        std::vector<Recorded> out = owner.Take();
-        std::erase_if(out, [](const Recorded& r) { return r.message == MsgPanelEvent && r.wParam == 0; });
-        return out;
-    }
-    void Repaint() {
-        view->repaint();
-        QCoreApplication::processEvents();
-    }
-};
 
 TEST(DwgListView, ShownRangeLoadsPreviewsReportsMissingFilesAndKeepsStates) {
     // 0 preview, 1 no preview, 2 missing, 3 cut download, 4 png preview, then previews.
@@ -96,11 +37,13 @@ TEST(DwgListView, ShownRangeLoadsPreviewsReportsMissingFilesAndKeepsStates) {
     EXPECT_EQ(w.view->ItemState(4), CDWGListView::kStateFinal) << "a PNG preview counts";
     EXPECT_EQ(w.view->ItemState(1), CDWGListView::kStateTriedOnce);
     EXPECT_EQ(w.view->ItemState(2), CDWGListView::kStateFresh);
-    EXPECT_EQ(w.view->ItemState(last + 1), CDWGListView::kStateFresh) << "nothing beyond the shown range";
+    EXPECT_EQ(w.view->ItemState(last + 1), CDWGListView::kStateFinal) << "a screen is read ahead";
+    EXPECT_EQ(w.view->ItemState(2 * last + 1), CDWGListView::kStateFinal);
+    EXPECT_EQ(w.view->ItemState(2 * last + 2), CDWGListView::kStateFresh) << "nothing beyond the read-ahead";
     EXPECT_FALSE(FileExists(w.paths[3])) << "a cut download is deleted";
-    EXPECT_EQ(w.Missing(), (std::vector<int>{2, 3}));
+    EXPECT_EQ(w.Missing(), (std::vector<int>{2, 3})) << "only shown cells report, not the read-ahead's 25";
     const int reads = w.view->PreviewReads();
-    EXPECT_EQ(reads, last + 1 - 2);  // every present file once
+    EXPECT_EQ(reads, 2 * (last + 1) - 3);  // every present file once
 
     // A new hint on the same range: the file without preview is tried a
     // second time and is final then; loaded previews are not read again.

@@ -290,6 +290,8 @@ TEST(ThumbnailRoad, RendersASelectedBoutiqueBlockAndMissingFiles) {
         w.MakePanel(true, rate);
         ASSERT_TRUE(w.OpenRow(w.RowOf(u"精品家具")));
         CDWGListView* list = w.panel->m_pThumbList;
+        // The previews of the files on disk come in from the loader.
+        ASSERT_TRUE(PumpUntil([&] { return list->ItemState(3) == CDWGListView::kStateFinal && !list->PreviewsPending(); }));
         QTest::mouseClick(list->window()->windowHandle(), Qt::LeftButton, {},
                           list->mapTo(list->window(), list->IconRect(4).center()));
         test::Pump(50);
