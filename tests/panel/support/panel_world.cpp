@@ -141,6 +141,9 @@ SampleWorld::~SampleWorld() {
 }
 
 OwnedStore::~OwnedStore() {
+    // Download workers report into this store until they return.
+    (void)WaitForDownloadWorkers(std::chrono::seconds(10));
+    (void)WaitForReleases();
     if (root) {
         DestroySubtree(root);
         delete root;
