@@ -40,11 +40,8 @@ private:
     QTimer m_timer;
 };
 
-service::Fault Held() {
-    service::Fault held;
-    held.holdMs = 10000;  // bound: a panel that waits for it fails the test slowly, not for ever
-    return held;
-}
+// Bound: a panel that waits for a held answer fails the test slowly, not for ever.
+const service::Fault kHeld{.holdMs = 10000};
 
 }  // namespace
 
@@ -53,8 +50,8 @@ TEST(ServiceWait, FirstRunClassTableComesFromAWorkerInTheDesignedOrder) {
     SampleWorld world({.beforeCreate = [](PanelHarness& w) {
         // The second gallery is a boutique one; list it beside the first.
         AddGalleryToShowList(w.galleries[1]);
-        w.service.faults().set("/gallery/selpageinfo", Held());
-        w.service.faults().set("/gallery/gethotwords", Held());
+        w.service.faults().set("/gallery/selpageinfo", kHeld);
+        w.service.faults().set("/gallery/gethotwords", kHeld);
     }});
     CBrindleDlg& panel = *world.panel;
     GalleryStore& store = GalleryStore::Instance();
@@ -106,17 +103,7 @@ TEST(ServiceWait, FirstRunClassTableComesFromAWorkerInTheDesignedOrder) {
 
 TEST(ServiceWait, CollectionRowsComeFromAWorkerAndALateAnswerIsDropped) {
     PanelWorld w(SampleLibrary());
-    ASSERT_TRUE(w.service.users().addUser(42, "token-42"));
-    int64_t folder = 0;
-    ASSERT_EQ(w.service.users().addFolder(42, "收藏夹1", &folder), "");
-    for (const char* name : {"螺栓M8.dwg", "螺母.dwg", "Bolt-Large.dwg"}) {
-        service::UserBlock block;
-        block.folder = folder;
-        block.fileName = name;
-        block.info = "收藏夹1";
-        block.size = 3000;
-        w.service.users().addBlock(block);
-    }
+    w.ServeCollection(42);
     w.AddCollections(42, {u"收藏夹1"}, 0);
     w.MakePanel();
     CBrindleDlg& p = *w.panel;
@@ -124,7 +111,7 @@ TEST(ServiceWait, CollectionRowsComeFromAWorkerAndALateAnswerIsDropped) {
     ASSERT_TRUE(w.OpenRow(1));
     ASSERT_EQ(p.m_page, PageCollection);
     // "搜索收藏" opens the page at once, waiting; the loop turns meanwhile.
-    w.service.faults().set("/gallery/get_u_collect", Held());
+    w.service.faults().set("/gallery/get_u_collect", kHeld);
     LoopWitness witness(w.service, "/gallery/get_u_collect");
     w.ClickButton(2104);
     EXPECT_EQ(p.m_page, PageCollectionSearch);
@@ -156,7 +143,7 @@ TEST(ServiceWait, CollectionRowsComeFromAWorkerAndALateAnswerIsDropped) {
     EXPECT_EQ(p.m_searchState, 0);
     ASSERT_TRUE(w.WaitForSwitch());
     {
-        MessageSpy spy(&p);
+        MessageRecorder spy(&p);
         w.service.faults().releaseHeld();
         ASSERT_TRUE(PumpUntil([&] { return spy.Count(MsgCollectionRows, left) == 1; }));
     }
@@ -167,7 +154,7 @@ TEST(ServiceWait, CollectionRowsComeFromAWorkerAndALateAnswerIsDropped) {
 
     // Leave and come back before the first answer: the newer answer stands,
     // the older one (a single block here) is dropped when it comes late.
-    service::Fault late = Held();
+    service::Fault late = kHeld;
     late.body = "<root><favorites favorites_id=\"1\" favorites_name=\"收藏夹1\">"
                 "<dwg filename=\"旧.dwg\" dwg_info=\"收藏夹1\" dwg_url=\"http://x/旧.dwg\" size=\"3000\" gv=\"0\"/>"
                 "</favorites></root>";
@@ -181,7 +168,7 @@ TEST(ServiceWait, CollectionRowsComeFromAWorkerAndALateAnswerIsDropped) {
     ASSERT_TRUE(PumpUntil([&] { return !p.m_collectionRowsPending; }));
     EXPECT_EQ(p.m_collectionRows.size(), 3u);
     {
-        MessageSpy spy(&p);
+        MessageRecorder spy(&p);
         w.service.faults().releaseHeld();
         ASSERT_TRUE(PumpUntil([&] { return spy.Count(MsgCollectionRows, older) == 1; }));
     }

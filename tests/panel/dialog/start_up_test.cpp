@@ -1,58 +1,47 @@
-// What the start-up order leaves behind: timers, the host link, the class
-// table option, the first tree, the wait for a running synchronisation.
+// The start-up: the host link, the timers, the modes, the class table option
+// and the first tree, which the panel takes when it comes.
 
 #include <gtest/gtest.h>
 
-#include <thread>
-
 #include "net/gallery_sync.h"
-#include "store/tree_update.h"
 #include "panel_world.h"
+#include "store/tree_update.h"
 
 using namespace marrowfin;
 using namespace marrowfin::test;
 
-
-TEST(PanelStartUp, TimersHostLinkAndTheFirstClassListBuild) {
-    SampleWorld world;
-    CBrindleDlg& panel = *world.panel;
-    const WindowHandle self = panel.Handle();
-    EXPECT_EQ(GetOptionInt(u"RequestNetwork", -7), -7);  // no stored class table: the option is not touched
-    EXPECT_NE(self, 0u);
-    EXPECT_EQ(ObjectOf(self), &panel);
-    EXPECT_EQ(panel.m_store, &GalleryStore::Instance());
-
-    EXPECT_TRUE(IsTimerRunning(self, kTimerHourlyRefresh));
-    EXPECT_TRUE(IsTimerRunning(self, kTimerBuildClassList));
-
-    // The host window was taken and asked once for its channel text.
-    EXPECT_EQ(panel.hostWindow, HandleOf(&world.host));
-    EXPECT_EQ(world.host.Requests(MARROWFIN_REQUEST_CHANNEL, MARROWFIN_REQUEST_CHANNEL).size(), 1u);
-    EXPECT_EQ(panel.m_hostChannel, u"频道-7");
-
-    // Created, not shown, never hidden by hand in the ordinary mode.
-    EXPECT_FALSE(panel.isVisible());
-    EXPECT_FALSE(panel.testAttribute(Qt::WA_WState_ExplicitShowHide));
-
-    // 250 ms later timer 1011 has killed itself and posted command 0, once.
-    MessageSpy spy(&panel);
-    Pump(600);
-    EXPECT_FALSE(IsTimerRunning(self, kTimerBuildClassList));
-    EXPECT_EQ(spy.Count(MsgPanelCommand, 0), 1);
-    EXPECT_TRUE(IsTimerRunning(self, kTimerHourlyRefresh));
-}
-
-TEST(PanelStartUp, WithoutAHostWindowInTheUpdateModeAndWithoutAFirstSync) {
+TEST(PanelStartUp, HostLinkTimersModesAndTheClassTableOption) {
+    {
+        SampleWorld world({.parentIsHost = true});
+        CBrindleDlg& panel = *world.panel;
+        EXPECT_EQ(ObjectOf(panel.Handle()), &panel);
+        EXPECT_EQ(panel.windowFlags() & Qt::WindowType_Mask, Qt::Tool);  // a tool window of the host
+        EXPECT_TRUE(panel.windowFlags() & Qt::WindowStaysOnTopHint);
+        EXPECT_EQ(GetOptionInt(u"RequestNetwork", -7), -7);  // no stored class table: untouched
+        // The host window is taken and asked once for its channel text.
+        EXPECT_EQ(panel.hostWindow, HandleOf(&world.host));
+        EXPECT_EQ(world.host.RequestOrder(), std::vector<std::uintptr_t>{MARROWFIN_REQUEST_CHANNEL});
+        EXPECT_EQ(panel.m_hostChannel, u"频道-7");
+        // Created, not shown, never hidden by hand in the ordinary mode.
+        EXPECT_FALSE(panel.isVisible());
+        EXPECT_FALSE(panel.testAttribute(Qt::WA_WState_ExplicitShowHide));
+        // 250 ms later the class list timer has killed itself after posting command 0 once.
+        MessageRecorder commands(&panel);
+        Pump(600);
+        EXPECT_FALSE(IsTimerRunning(panel.Handle(), kTimerBuildClassList));
+        EXPECT_EQ(commands.Count(MsgPanelCommand, 0), 1);
+        EXPECT_TRUE(IsTimerRunning(panel.Handle(), kTimerHourlyRefresh));
+        EXPECT_FALSE(panel.Create(nullptr));  // a second Create changes nothing
+        EXPECT_EQ(panel.parentWidget(), &world.host);
+    }
     {
         SampleWorld world({.attachHost = false});
         EXPECT_EQ(world.panel->hostWindow, 0u);
-        EXPECT_TRUE(world.panel->m_hostChannel.empty());
         EXPECT_TRUE(world.host.records.empty());
-        EXPECT_FALSE(world.panel->testAttribute(Qt::WA_WState_ExplicitShowHide));
     }
     {
-        SampleWorld world({.mode = u"UpdateShow"});
         // Hidden on purpose at the end of the start-up, after the channel request.
+        SampleWorld world({.mode = u"UpdateShow"});
         EXPECT_TRUE(world.panel->testAttribute(Qt::WA_WState_ExplicitShowHide));
         EXPECT_TRUE(world.panel->isHidden());
         EXPECT_EQ(world.panel->m_hostChannel, u"频道-7");
@@ -62,34 +51,29 @@ TEST(PanelStartUp, WithoutAHostWindowInTheUpdateModeAndWithoutAFirstSync) {
         SampleWorld world({.firstSync = false});
         EXPECT_EQ(GalleryStore::Instance().root, nullptr);
     }
-    // No Show.xml: start-up builds the tree itself (an empty one here), on a worker.
+    // No Show.xml: start-up builds the tree itself (an empty one), on a worker.
     SampleWorld world({.listGallery = false, .firstSync = false});
     ASSERT_TRUE(PumpUntil([] { return GalleryStore::Instance().root != nullptr; }));
-    GalleryNode* root = GalleryStore::Instance().root;
-    EXPECT_EQ(root->path, StoreRoot());
-    EXPECT_TRUE(root->dirChildren.empty());
+    EXPECT_EQ(GalleryStore::Instance().root->path, StoreRoot());
+    EXPECT_TRUE(GalleryStore::Instance().root->dirChildren.empty());
     EXPECT_EQ(GalleryStore::Instance().syncBusy.load(), 0);
 
     // A stored class table with the option absent: it becomes 1; set to 0 by the user, it stays 0.
     ASSERT_TRUE(CreateDirectories(StoreRoot()));
     ASSERT_TRUE(WriteFileAtomic(ClassTablePath(), "<r/>"));
-    CBrindleDlg second;
-    second.Create(nullptr);
-    EXPECT_EQ(GetOptionInt(u"RequestNetwork", -7), 1);
-    ASSERT_TRUE(WriteOptionInt(u"RequestNetwork", 0));
-    CBrindleDlg third;
-    third.Create(nullptr);
-    EXPECT_EQ(GetOptionInt(u"RequestNetwork", -7), 0);
+    for (int expected : {1, 0}) {
+        CBrindleDlg another;
+        another.Create(nullptr);
+        EXPECT_EQ(GetOptionInt(u"RequestNetwork", -7), expected);
+        ASSERT_TRUE(WriteOptionInt(u"RequestNetwork", 0));
+    }
 }
 
 TEST(PanelStartUp, OpensAtOnceAndTakesTheTreeWhenItComes) {
     // The panel is made while FirstSynchro's worker waits for a slow service.
     SampleWorld world({.firstSync = false});
     ResetGalleryStore();
-    service::Fault slow;
-    slow.latencyMs = 3000;
-    world.service.faults().set("/gallery/g_all_s", slow);
-
+    world.service.faults().set("/gallery/g_all_s", {.latencyMs = 3000});
     GalleryStore& store = GalleryStore::Instance();
     ASSERT_TRUE(StartFirstTree(store));
     CBrindleDlg panel;

@@ -2,52 +2,32 @@
 
 #include <QApplication>
 #include <QDir>
-#include <QElapsedTimer>
 #include <QKeyEvent>
-#include <QMouseEvent>
-#include <QThread>
 #include <QtTest/QTest>
-#include <algorithm>
+#include <gtest/gtest.h>
 
 #include "net/download_queue.h"
 #include "net/gallery_sync.h"
 #include "store/tree_update.h"
 #include "panel/classes/panel_workers.h"
-#include "panel/dialog/host_requests.h"
 #include "platform/text.h"
 #include "skin/pop_tip_dlg.h"
 #include "store/gallery_tree.h"
 #include "store/show_list.h"
 #include "support/live_service.h"
+#include "user_state.h"
 
 namespace marrowfin::test {
 
-bool RecordingHost::event(QEvent* event) {
-    if (event->type() == MarrowfinHostEventType) {
-        auto* request = static_cast<MarrowfinHostEvent*>(event);
-        Record record{request->message, request->wParam, request->lParam, {}};
-        if (std::unique_ptr<std::u16string> text = request->TakeText()) record.text = *text;
-        records.push_back(std::move(record));
-        if (request->message == MARROWFIN_GALLERY_HOST_REQUEST && request->wParam == MARROWFIN_REQUEST_CHANNEL)
-            *reinterpret_cast<std::u16string*>(request->lParam) = channel;
-        return true;
-    }
-    return QWidget::event(event);
+namespace {
+
+QString RenderFolder() {
+    const QString dir = QCoreApplication::applicationDirPath() + QStringLiteral("/rendered");
+    QDir().mkpath(dir);
+    return dir;
 }
 
-std::vector<RecordingHost::Record> RecordingHost::Requests(uintptr_t first, uintptr_t last) const {
-    std::vector<Record> out;
-    for (const Record& r : records)
-        if (r.message == MARROWFIN_GALLERY_HOST_REQUEST && r.wParam >= first && r.wParam <= last) out.push_back(r);
-    return out;
-}
-
-std::vector<intptr_t> RecordingHost::Notices() const {
-    std::vector<intptr_t> out;
-    for (const Record& r : records)
-        if (r.message == MARROWFIN_GALLERY_HOST_NOTICE) out.push_back(r.lParam);
-    return out;
-}
+}  // namespace
 
 void PanelHarness::Serve(const std::string& library) {
     galleries = GalleryNames(library);
@@ -93,6 +73,22 @@ bool PanelHarness::OpenRow(int row) {
 void PanelHarness::SignIn(int user) {
     panel->userId = user;
     panel->userToken = u"token-" + QString::number(user).toStdU16String();
+}
+
+void PanelHarness::ServeCollection(int user) {
+    const std::string id = std::to_string(user);
+    ASSERT_TRUE(service.users().addUser(user, "token-" + id));
+    int64_t folder = 0;
+    ASSERT_EQ(service.users().addFolder(user, "收藏夹1", &folder), "");
+    for (const std::string name : {"螺栓M8.dwg", "螺母.dwg", "Bolt-Large.dwg"}) {
+        service::UserBlock block;
+        block.folder = folder;
+        block.fileName = name;
+        block.info = "收藏夹1";
+        block.size = 3000;
+        block.boutique = name == "螺母.dwg";
+        service.users().addBlock(block);
+    }
 }
 
 int PanelHarness::RowOf(const std::u16string& text) const {
@@ -165,8 +161,6 @@ PanelWorld::PanelWorld(const std::string& library) {
 }
 
 PanelWorld::~PanelWorld() { DestroyPanel(); }
-
-GalleryNode* PanelWorld::root() { return store.root; }
 
 GalleryNode* PanelWorld::AddGallery(const GallerySpec& spec) {
     AddGalleryToShowList(spec.name);
@@ -243,22 +237,6 @@ void PanelWorld::MakePanel(bool waitForStart, float rate) {
     }
 }
 
-MessageSpy::MessageSpy(QObject* target) : m_target(target) { m_target->installEventFilter(this); }
-
-MessageSpy::~MessageSpy() { m_target->removeEventFilter(this); }
-
-int MessageSpy::Count(uint32_t message, std::uintptr_t wParam) const {
-    return static_cast<int>(std::count(m_seen.begin(), m_seen.end(), std::make_pair(message, wParam)));
-}
-
-bool MessageSpy::eventFilter(QObject* watched, QEvent* event) {
-    if (event->type() == WindowMessageEvent::EventType()) {
-        auto* message = static_cast<WindowMessageEvent*>(event);
-        m_seen.emplace_back(message->Message(), message->WParam());
-    }
-    return QObject::eventFilter(watched, event);
-}
-
 TipWatcher::TipWatcher(const QString& png, bool accept) {
     m_timer.setInterval(20);
     QObject::connect(&m_timer, &QTimer::timeout, [this, png, accept] {
@@ -291,60 +269,11 @@ void ResetGalleryStore() {
     store.syncBusy.store(0);
 }
 
-namespace {
-
-bool SendKey(CBrindleDlg& panel, QObject* receiver, QEvent::Type type, int key, Qt::KeyboardModifiers modifiers) {
-    QKeyEvent event(type, key, modifiers);
+bool PressKey(CBrindleDlg& panel, QObject* receiver, int key, Qt::KeyboardModifiers modifiers, bool release) {
+    QKeyEvent event(release ? QEvent::KeyRelease : QEvent::KeyPress, key, modifiers);
     const bool consumed = panel.PreTranslateMessage(receiver, &event);
-    // An event the panel leaves goes on to its receiver, as the host's loop does.
     if (!consumed && receiver) QCoreApplication::sendEvent(receiver, &event);
     return consumed;
-}
-
-}  // namespace
-
-bool PressKey(CBrindleDlg& panel, QObject* receiver, int key, Qt::KeyboardModifiers modifiers) {
-    return SendKey(panel, receiver, QEvent::KeyPress, key, modifiers);
-}
-
-bool ReleaseKey(CBrindleDlg& panel, QObject* receiver, int key, Qt::KeyboardModifiers modifiers) {
-    return SendKey(panel, receiver, QEvent::KeyRelease, key, modifiers);
-}
-
-void ClickPanel(CBrindleDlg& panel, QPoint at) {
-    const QPointF local(at);
-    const QPointF global(panel.mapToGlobal(at));
-    QMouseEvent press(QEvent::MouseButtonPress, local, global, Qt::LeftButton, Qt::LeftButton, Qt::NoModifier);
-    QCoreApplication::sendEvent(&panel, &press);
-    QMouseEvent release(QEvent::MouseButtonRelease, local, global, Qt::LeftButton, Qt::NoButton, Qt::NoModifier);
-    QCoreApplication::sendEvent(&panel, &release);
-}
-
-void Pump(int ms) {
-    QElapsedTimer clock;
-    clock.start();
-    QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
-    while (clock.elapsed() < ms) {
-        QThread::msleep(2);
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
-    }
-}
-
-bool PumpUntil(const std::function<bool()>& done, int timeoutMs) {
-    QElapsedTimer clock;
-    clock.start();
-    while (!done()) {
-        if (clock.elapsed() > timeoutMs) return done();
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
-        QThread::msleep(5);
-    }
-    return true;
-}
-
-QString RenderFolder() {
-    const QString dir = QCoreApplication::applicationDirPath() + QStringLiteral("/rendered");
-    QDir().mkpath(dir);
-    return dir;
 }
 
 }  // namespace marrowfin::test

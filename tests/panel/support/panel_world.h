@@ -1,21 +1,18 @@
 #pragma once
 // The worlds the panel's tests start from, each on a fresh home: the sample
 // library from the stand-in service in the process-wide store, or a tree made
-// by hand in the test's own store; and the clicks, keys, waits and renders
-// that drive the panel.
+// by hand in the test's own store; and the clicks, keys and waits that drive
+// the panel.
 
 #include <QImage>
 #include <QLineEdit>
-#include <QPoint>
 #include <QString>
 #include <QTimer>
-#include <QWidget>
 #include <functional>
 #include <memory>
 #include <string>
 #include <vector>
 
-// The panel's parts and the platform the panel tests look at.
 #include "fault_switches.h"
 #include "panel/dialog/brindle_dlg.h"
 #include "panel/dialog/panel_timers.h"
@@ -24,6 +21,7 @@
 #include "panel/lists/search_list_ctrl.h"
 #include "platform/files.h"
 #include "platform/profile.h"
+#include "panel/dialog/host_requests.h"
 #include "platform/qt/qt_window_system.h"
 #include "platform/qt/window_message_event.h"
 #include "platform/qt/window_timers.h"
@@ -36,31 +34,12 @@
 #include "store/gallery_node.h"
 #include "store/gallery_store.h"
 #include "store/store_paths.h"
+#include "support/event_pump.h"
+#include "support/message_recorder.h"
+#include "support/recording_host.h"
 #include "support/temp_home.h"
 
 namespace marrowfin::test {
-
-// The host's main window: records every request and notice (with the path of
-// an insertion) and answers request 7 with `channel`.
-class RecordingHost : public QWidget {
-public:
-    struct Record {
-        uint32_t message;
-        uintptr_t wParam;
-        intptr_t lParam;
-        std::u16string text;
-    };
-    std::vector<Record> records;
-    std::u16string channel = u"频道-7";
-
-    // The requests with a code from `first` to `last`.
-    std::vector<Record> Requests(uintptr_t first, uintptr_t last) const;
-    // The codes of the notices.
-    std::vector<intptr_t> Notices() const;
-
-protected:
-    bool event(QEvent* event) override;
-};
 
 // A panel on a fresh home, and real input to it.
 class PanelHarness {
@@ -80,19 +59,21 @@ public:
     bool OpenRow(int row);
     // The host has signed in `user` with the token "token-<user>".
     void SignIn(int user);
+    // The service keeps, for `user` (token "token-<user>"), folder "收藏夹1"
+    // with "螺栓M8.dwg", "螺母.dwg" (a boutique block) and "Bolt-Large.dwg".
+    void ServeCollection(int user);
     int RowOf(const std::u16string& text) const;
     int VisibleSubclassButtons() const;
     bool Shown(QWidget* widget) const;
     bool ButtonShown(int id) const;
-    // Renders the panel into <program folder>/rendered/<name>.png.
+    // The panel as painted; also saved to <program folder>/rendered/<name>.png.
     QImage Render(const QString& name);
 
 protected:
     // Starts the stand-in service on `library` and points the profile at it.
     void Serve(const std::string& library);
     // Hidden first, so that focus leaves the search edit while the panel is
-    // still whole (the host never destroys the panel while it runs); then
-    // the panel's workers end against the service before it goes.
+    // still whole; then the panel's workers end against the service.
     void DestroyPanel();
 };
 
@@ -142,7 +123,7 @@ public:
 
     OwnedStore store;
 
-    GalleryNode* root();
+    GalleryNode* root() { return store.root; }
     GalleryNode* AddGallery(const GallerySpec& spec);
     // A class named `name` under `gallery` with `blocks` blocks.
     GalleryNode* AddClass(GalleryNode* gallery, const std::u16string& name, int blocks);
@@ -153,21 +134,6 @@ public:
     // Makes, shows and starts the panel over this store: waits for the first
     // class list (the recent list opened) unless `waitForStart` is false.
     void MakePanel(bool waitForStart = true, float rate = 1.0f);
-};
-
-// Records the window messages that reach `target` while the spy lives.
-class MessageSpy : public QObject {
-public:
-    explicit MessageSpy(QObject* target);
-    ~MessageSpy() override;
-    int Count(uint32_t message, std::uintptr_t wParam) const;
-
-protected:
-    bool eventFilter(QObject* watched, QEvent* event) override;
-
-private:
-    QObject* m_target;
-    std::vector<std::pair<uint32_t, std::uintptr_t>> m_seen;
 };
 
 // Answers the skin's message box whenever it comes up: notes it, renders it
@@ -186,16 +152,9 @@ private:
 // Frees the process-wide store's tree, so that a test starts with none.
 void ResetGalleryStore();
 
-// Events as the host's loop hands them to GaDllPretanslateMsg.
-bool PressKey(CBrindleDlg& panel, QObject* receiver, int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
-bool ReleaseKey(CBrindleDlg& panel, QObject* receiver, int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
-// A real left click on the panel's background at a pixel point.
-void ClickPanel(CBrindleDlg& panel, QPoint at);
-
-// Processes events at least once and for `ms`.
-void Pump(int ms = 0);
-// Processes events until `done` or the time is up; answers `done()`.
-bool PumpUntil(const std::function<bool()>& done, int timeoutMs = 5000);
-QString RenderFolder();
+// A key as the host's loop hands it to GaDllPretanslateMsg; one the panel
+// leaves goes on to `receiver`. Answers whether the panel took it.
+bool PressKey(CBrindleDlg& panel, QObject* receiver, int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier,
+              bool release = false);
 
 }  // namespace marrowfin::test
