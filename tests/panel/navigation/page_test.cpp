@@ -325,6 +325,7 @@ TEST(LivePages, SwitchingRefreshesAStaleGalleryAndOpeningAStaleClassFetchesItsBl
     EXPECT_EQ(w.service.counters().get("/gallery/g_cs").count, 0);  // the first class is up to date
     ASSERT_EQ(p.m_subclassBtns[1]->data, QString::fromStdU16String(second->path));
 
+    w.service.faults().set("/gallery/g_cs", {.latencyMs = 400});
     w.ClickButton(2081, 400);
     EXPECT_EQ(p.m_listNodes.size(), 0u);  // nothing listed while the blocks are on their way
     ASSERT_TRUE(PumpUntil([&] { return p.m_listNodes.size() == blocks; }));
