@@ -4,7 +4,6 @@
 #include <thread>
 
 #include "fault_switches.h"
-#include "net/curl_stack.h"
 #include "net/http_transport.h"
 #include "platform/files.h"
 #include "platform/profile.h"
@@ -18,11 +17,10 @@
 #include "support/test_paths.h"
 
 using namespace marrowfin;
+using marrowfin::test::ShortTimeouts;
 using marrowfin::test::TempHome;
 
 namespace {
-
-using marrowfin::test::ShortTimeouts;
 
 // The address of the first block of the first gallery, found through the class reply.
 std::u16string FirstBlockUrl() {
@@ -111,6 +109,11 @@ TEST(LiveTransport, DownloadsLandWholeOrNotAtAll) {
         svc.faults().releaseHeld();
     }
     svc.faults().clearAll();
+    // A folder that is not there: refused before any request, and not made.
+    const long before = svc.counters().get("/files/*").count;
+    EXPECT_FALSE(DownloadFile(url, W(home.file("no-such-folder/x.dwg")), 0, 0));
+    EXPECT_FALSE(PathExists(W(home.file("no-such-folder"))));
+    EXPECT_EQ(svc.counters().get("/files/*").count, before);
 }
 
 TEST(LiveTransport, NoTargetIsMadeBeforeTheWholeBodyIsIn) {
@@ -145,39 +148,30 @@ TEST(LiveTransport, NoTargetIsMadeBeforeTheWholeBodyIsIn) {
         EXPECT_GT(FileSize(target), 1024);
     }
     svc.faults().clearAll();
-
-    // A folder that is not there: refused before any request, and not made.
-    const long before = svc.counters().get("/files/*").count;
-    EXPECT_FALSE(DownloadFile(url, W(home.file("no-such-folder/x.dwg")), 0, 0));
-    EXPECT_FALSE(PathExists(W(home.file("no-such-folder"))));
-    EXPECT_EQ(svc.counters().get("/files/*").count, before);
 }
 
-TEST(LiveTransport, UploadSendsTheFileAsMultipart) {
+TEST(LiveTransport, UploadsReportTheirShareAndFailWithTheService) {
     TempHome home;
     auto svc = test::StartLiveService(test::SampleLibrary());
-    test::WriteBytes(home.file("12345.zip"), "not really a zip");
+    test::RecordingWindows windows;
+    const std::u16string url = ServiceBaseUrl() + u"/gallery/lfupload";
     std::u16string out;
     // The service reads the archive and refuses this one with its reply word.
-    EXPECT_TRUE(UploadFile(ServiceBaseUrl() + u"/gallery/lfupload", u"", W(home.file("12345.zip")), out, 0));
+    test::WriteBytes(home.file("12345.zip"), "not really a zip");
+    EXPECT_TRUE(UploadFile(url, u"", W(home.file("12345.zip")), out, 0));
     EXPECT_EQ(out, u"error");
-    EXPECT_EQ(svc.counters().get("/gallery/lfupload").count, 1);
-    EXPECT_FALSE(UploadFile(ServiceBaseUrl() + u"/gallery/lfupload", u"", W(home.file("missing.zip")), out, 0));
-
-    // Progress of an upload: wParam 2 and the share sent, ending at 100.
-    test::RecordingWindows windows;
+    EXPECT_FALSE(UploadFile(url, u"", W(home.file("missing.zip")), out, 0));
+    // Progress: wParam 2 and the share sent, rising to 100.
     test::WriteBytes(home.file("big.zip"), std::string(3 * 1024 * 1024, 'z'));
-    EXPECT_TRUE(UploadFile(ServiceBaseUrl() + u"/gallery/lfupload", u"", W(home.file("big.zip")), out,
-                           test::RecordingWindows::kPanel));
+    EXPECT_TRUE(UploadFile(url, u"", W(home.file("big.zip")), out, test::RecordingWindows::kPanel));
     const auto progress = windows.Messages(MsgProgress);
     ASSERT_FALSE(progress.empty());
     for (size_t i = 0; i < progress.size(); ++i) {
         EXPECT_EQ(progress[i].wParam, 2u);
-        if (i) {
-            EXPECT_GT(progress[i].lParam, progress[i - 1].lParam);
-        }
+        EXPECT_TRUE(i == 0 || progress[i].lParam > progress[i - 1].lParam);
     }
     EXPECT_EQ(progress.back().lParam, 100);
+    EXPECT_EQ(svc.counters().get("/gallery/lfupload").count, 2);
     svc.faults().set("/gallery/lfupload", {.status = 500});
-    EXPECT_FALSE(UploadFile(ServiceBaseUrl() + u"/gallery/lfupload", u"", W(home.file("12345.zip")), out, 0));
+    EXPECT_FALSE(UploadFile(url, u"", W(home.file("12345.zip")), out, 0));
 }
