@@ -6,6 +6,7 @@
 
 #include <map>
 #include <thread>
+#include <tuple>
 
 #include "net/gallery_sync.h"
 #include "net/http_stack.h"
@@ -193,50 +194,37 @@ TEST_F(FirstTreeReply, ASecondRunOnItsOwnThreadRebuildsInPlace) {
     EXPECT_EQ(stack.urls.size(), 2u);
 }
 
-// A reply that names a gallery twice: the second element compares against
-// the catalogue the first one has just written, not the one on disk before
-// the run, whatever was read while the request was on the wire.
+// A reply that names a gallery twice: the second element compares against the catalogue
+// the first one has just written, not the one on disk before the run.
 TEST_F(FirstTreeReply, AGalleryNamedTwiceComparesWithItsNewCatalogue) {
     ASSERT_TRUE(AddGalleryToShowList(u"G"));
-    stack.reply =
-        "<root dv=\"0\"><gallery gn=\"G\" gv=\"0\">"
-        "<item cs=\"A\" b_u=\"http://h/a\" ver=\"1\"><dwg fn=\"x.dwg\" size=\"1\" hi=\"0\"/></item>"
-        "<item cs=\"B\" b_u=\"http://h/b\" ver=\"1\"><dwg fn=\"y.dwg\" size=\"1\" hi=\"0\"/></item>"
-        "</gallery></root>";
-    BuildFirstTree(store);
-    AdoptTreeUpdates(store);
-    ASSERT_NE(store.root, nullptr);
-    const std::u16string g = store.root->path + u"/G";
-    ASSERT_TRUE(FileExists(g + u"/G.xdb"));
-    for (const char16_t* file : {u"/A/x.dwg", u"/B/y.dwg"}) {
-        const std::u16string path = g + file;
-        ASSERT_TRUE(CreateDirectories(path.substr(0, path.find_last_of(u'/'))));
-        ASSERT_TRUE(WriteFileAtomic(path, "dwg"));
+    auto item = [](const char* cls, const char* ver, const char* fn) {
+        return std::string("<item cs=\"") + cls + "\" b_u=\"http://h/" + cls + "\" ver=\"" + ver + "\"><dwg fn=\"" + fn +
+               "\" size=\"1\" hi=\"0\"/></item>";
+    };
+    auto gallery = [](const std::string& items) { return "<gallery gn=\"G\" gv=\"0\">" + items + "</gallery>"; };
+    // The reply; then whether A/x.dwg and B/y.dwg (downloaded after each run) are still on
+    // disk, and the classes in the tree.
+    const std::tuple<std::string, bool, bool, size_t> runs[] = {
+        {gallery(item("A", "1", "x.dwg") + item("B", "1", "y.dwg")), false, false, 2},
+        // A unchanged, the catalogue then holds A only: B at 2 is new against it, its folder stays.
+        {gallery(item("A", "1", "x.dwg")) + gallery(item("B", "2", "y.dwg")), true, true, 2},
+        {gallery(item("B", "3", "y.dwg")), true, false, 1},  // B risen against that catalogue
+    };
+    const std::u16string g = W(home.documentsDir()) + u"/Orsolen/G";
+    for (const auto& [reply, keepsA, keepsB, classes] : runs) {
+        stack.reply = "<root dv=\"0\">" + reply + "</root>";
+        BuildFirstTree(store);
+        AdoptTreeUpdates(store);
+        EXPECT_EQ(FileExists(g + u"/A/x.dwg"), keepsA) << reply;
+        EXPECT_EQ(FileExists(g + u"/B/y.dwg"), keepsB) << reply;
+        ASSERT_EQ(store.root->dirChildren.size(), 1u);
+        EXPECT_EQ(store.root->dirChildren[0]->dirChildren.size(), classes) << reply;
+        for (const char16_t* file : {u"/A/x.dwg", u"/B/y.dwg"})
+            if (!FileExists(g + file)) {
+                ASSERT_TRUE(CreateDirectories(g + std::u16string(file).substr(0, 2)));
+                ASSERT_TRUE(WriteFileAtomic(g + file, "dwg"));
+            }
     }
-
-    // First element: A unchanged, the catalogue now holds A only. Second
-    // element: B at 2 is new against that catalogue, so its folder stays.
-    stack.reply =
-        "<root dv=\"0\"><gallery gn=\"G\" gv=\"0\">"
-        "<item cs=\"A\" b_u=\"http://h/a\" ver=\"1\"><dwg fn=\"x.dwg\" size=\"1\" hi=\"0\"/></item></gallery>"
-        "<gallery gn=\"G\" gv=\"0\">"
-        "<item cs=\"B\" b_u=\"http://h/b\" ver=\"2\"><dwg fn=\"y.dwg\" size=\"1\" hi=\"0\"/></item></gallery>"
-        "</root>";
-    BuildFirstTree(store);
-    AdoptTreeUpdates(store);
-    EXPECT_TRUE(FileExists(g + u"/A/x.dwg"));
-    EXPECT_TRUE(FileExists(g + u"/B/y.dwg"));
-    ASSERT_EQ(store.root->dirChildren.size(), 1u);
-    ASSERT_EQ(store.root->dirChildren[0]->dirChildren.size(), 2u);  // both elements' classes
-    EXPECT_NE(test::ReadBytes(U8(g + u"/G.xdb")).find("<sub n=\"B\" ver=\"2\""), std::string::npos);
-
-    // A third run with B risen again against that catalogue does remove it.
-    stack.reply =
-        "<root dv=\"0\"><gallery gn=\"G\" gv=\"0\">"
-        "<item cs=\"B\" b_u=\"http://h/b\" ver=\"3\"><dwg fn=\"y.dwg\" size=\"1\" hi=\"0\"/></item>"
-        "</gallery></root>";
-    BuildFirstTree(store);
-    AdoptTreeUpdates(store);
-    EXPECT_FALSE(FileExists(g + u"/B/y.dwg"));
-    EXPECT_TRUE(FileExists(g + u"/A/x.dwg"));
+    EXPECT_NE(test::ReadBytes(U8(g + u"/G.xdb")).find("<sub n=\"B\" ver=\"3\""), std::string::npos);
 }

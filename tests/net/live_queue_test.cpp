@@ -5,69 +5,57 @@
 #include "fault_switches.h"
 #include "net/download_queue.h"
 #include "net/gallery_sync.h"
-#include "store/tree_update.h"
 #include "platform/files.h"
 #include "platform/threads.h"
 #include "platform/ticks.h"
 #include "recording_windows.h"
 #include "request_counters.h"
-#include "service_handle.h"
-#include "store/gallery_node.h"
-#include "store/gallery_store.h"
-#include "store/gallery_tree.h"
 #include "store/show_list.h"
+#include "store/tree_update.h"
 #include "support/live_service.h"
 #include "support/temp_home.h"
 #include "test_store.h"
 
 using namespace marrowfin;
-using marrowfin::test::TempHome;
-using marrowfin::test::TestStore;
 
 namespace {
 
-// Waits until the queue is idle: both arrays empty and every worker returned.
-bool WaitIdle(GalleryStore& store, uint32_t limitMs = 30000) {
-    const uint32_t start = GetTickCount();
-    for (;;) {
-        {
-            std::lock_guard<std::mutex> lock(store.downloadLock);
-            if (store.downloadsWaiting.empty() && store.downloadsRunning.empty() && LiveDownloadWorkers() == 0)
-                return true;
-        }
-        if (TicksSince(start) > limitMs) return false;
-        SleepMs(5);
-    }
-}
-
-std::vector<GalleryNode*> AllBlocks(GalleryStore& store) {
-    std::vector<GalleryNode*> blocks;
-    for (GalleryNode* g : store.root->dirChildren)
-        for (GalleryNode* c : g->dirChildren)
-            for (GalleryNode* b : c->fileChildren) blocks.push_back(b);
-    return blocks;
-}
-
 // A tree of two galleries from the service, with files not yet fetched.
 struct QueueWorld {
-    TempHome home;
+    test::TempHome home;
     test::RecordingWindows windows;
-    service::ServiceHandle svc;
-    TestStore store;
-    QueueWorld() : svc(test::StartLiveService(test::SampleLibrary({2, 3, 20}))) {
+    service::ServiceHandle svc = test::StartLiveService(test::SampleLibrary({2, 3, 20}));
+    test::TestStore store;
+    QueueWorld() {
         for (const auto& name : test::GalleryNames(test::SampleLibrary({2, 3, 20}))) AddGalleryToShowList(name);
         BuildFirstTree(store);
         AdoptTreeUpdates(store);
         SetDownloadNotifyWindow(test::RecordingWindows::kPanel);
     }
+    std::vector<GalleryNode*> Blocks() {
+        std::vector<GalleryNode*> blocks;
+        for (GalleryNode* g : store.root->dirChildren)
+            for (GalleryNode* c : g->dirChildren) blocks.insert(blocks.end(), c->fileChildren.begin(), c->fileChildren.end());
+        return blocks;
+    }
     ~QueueWorld() { SetDownloadNotifyWindow(0); }
+    long Fetched() { return svc.counters().get("/files/*").count; }
+    size_t Notices() { return windows.Messages(MsgFileReady).size(); }
+    // Until both lists are empty and every worker has returned.
+    bool WaitIdle() {
+        for (const uint32_t start = GetTickCount(); TicksSince(start) < 30000; SleepMs(5)) {
+            std::lock_guard<std::mutex> lock(store.downloadLock);
+            if (store.downloadsWaiting.empty() && store.downloadsRunning.empty() && LiveDownloadWorkers() == 0) return true;
+        }
+        return false;
+    }
 };
 
 }  // namespace
 
 TEST(LiveQueue, ABurstNeverRunsMoreThanSixAndEveryPathLeaves) {
     QueueWorld w;
-    const auto blocks = AllBlocks(w.store);
+    const auto blocks = w.Blocks();
     ASSERT_GE(blocks.size(), 50u);
     w.svc.faults().set("/files/*", {.latencyMs = 60});
     for (size_t i = 0; i < 50; ++i) {
@@ -75,8 +63,8 @@ TEST(LiveQueue, ABurstNeverRunsMoreThanSixAndEveryPathLeaves) {
         if (i % 5 == 0) EnqueueDownload(w.store, blocks[i]->path);  // duplicates are fetched once
     }
     EnqueueDownload(w.store, blocks[0]->path);
-    ASSERT_TRUE(WaitIdle(w.store));
-    EXPECT_EQ(w.svc.counters().get("/files/*").count, 50);
+    ASSERT_TRUE(w.WaitIdle());
+    EXPECT_EQ(w.Fetched(), 50);
     EXPECT_EQ(w.svc.counters().get("/files/*").peak, 6);  // with latency the six slots fill up, never more
     const auto ready = w.windows.Messages(MsgFileReady);
     EXPECT_EQ(ready.size(), 50u);
@@ -90,15 +78,15 @@ TEST(LiveQueue, ABurstNeverRunsMoreThanSixAndEveryPathLeaves) {
 
 TEST(LiveQueue, FailuresLeaveNoFileAndPresentFilesNeedNoTraffic) {
     QueueWorld w;
-    const auto blocks = AllBlocks(w.store);
+    const auto blocks = w.Blocks();
     // Not in the tree: fails at once; already on disk and large enough: no traffic either.
     EnqueueDownload(w.store, w.store.root->path + u"/nowhere/x.dwg");
     ASSERT_TRUE(CreateDirectories(blocks[0]->parent->path));
     ASSERT_TRUE(WriteFileAtomic(blocks[0]->path, std::string(2048, 'd')));
     EnqueueDownload(w.store, blocks[0]->path);
-    ASSERT_TRUE(WaitIdle(w.store));
-    EXPECT_EQ(w.svc.counters().get("/files/*").count, 0);
-    ASSERT_EQ(w.windows.Messages(MsgFileReady).size(), 1u);
+    ASSERT_TRUE(w.WaitIdle());
+    EXPECT_EQ(w.Fetched(), 0);
+    ASSERT_EQ(w.Notices(), 1u);
     EXPECT_EQ(w.windows.Messages(MsgFileReady)[0].text, blocks[0]->path);
 
     // Each fault on four blocks: nothing stands on disk and no notice goes out; a body of
@@ -110,11 +98,11 @@ TEST(LiveQueue, FailuresLeaveNoFileAndPresentFilesNeedNoTraffic) {
     for (const auto& [fault, lands] : cases) {
         SCOPED_TRACE(service::FaultText(fault));
         w.svc.faults().set("/files/*", fault);
-        const size_t notices = w.windows.Messages(MsgFileReady).size();
+        const size_t notices = w.Notices();
         for (size_t i = 1; i < 5; ++i) EnqueueDownload(w.store, blocks[i]->path);
-        ASSERT_TRUE(WaitIdle(w.store));
+        ASSERT_TRUE(w.WaitIdle());
         for (size_t i = 1; i < 5; ++i) EXPECT_EQ(FileSize(blocks[i]->path), lands ? 1025 : -1);
-        EXPECT_EQ(w.windows.Messages(MsgFileReady).size(), notices + (lands ? 4 : 0));
+        EXPECT_EQ(w.Notices(), notices + (lands ? 4 : 0));
     }
 }
 
@@ -123,11 +111,11 @@ TEST(LiveQueue, ResolvingStaysSafeWhileTheTreeIsRebuilt) {
     w.svc.faults().set("/files/*", {.latencyMs = 5});
     // Downloads keep resolving paths on workers while the tree is rebuilt on this thread.
     for (int round = 0; round < 3; ++round) {
-        for (GalleryNode* b : AllBlocks(w.store)) EnqueueDownload(w.store, b->path);
+        for (GalleryNode* b : w.Blocks()) EnqueueDownload(w.store, b->path);
         BuildFirstTree(w.store);
         AdoptTreeUpdates(w.store);
     }
-    ASSERT_TRUE(WaitIdle(w.store));
+    ASSERT_TRUE(w.WaitIdle());
     // Every block announced is whole on disk, whatever tree it was resolved in.
     const auto ready = w.windows.Messages(MsgFileReady);
     EXPECT_FALSE(ready.empty());
@@ -136,7 +124,7 @@ TEST(LiveQueue, ResolvingStaysSafeWhileTheTreeIsRebuilt) {
 
 TEST(LiveQueue, AWorkerThatCannotStartLeavesThePathWaitingAndALaterPumpRunsIt) {
     QueueWorld w;
-    const auto blocks = AllBlocks(w.store);
+    const auto blocks = w.Blocks();
     auto lists = [&w] {
         std::lock_guard<std::mutex> lock(w.store.downloadLock);
         return std::make_pair(w.store.downloadsWaiting, w.store.downloadsRunning);
@@ -149,7 +137,7 @@ TEST(LiveQueue, AWorkerThatCannotStartLeavesThePathWaitingAndALaterPumpRunsIt) {
     EXPECT_EQ(lists(), std::make_pair(Paths{blocks[0]->path}, Paths{}));
     EXPECT_EQ(LiveDownloadWorkers(), 0u);
     PumpDownloads(w.store);
-    ASSERT_TRUE(WaitIdle(w.store));
+    ASSERT_TRUE(w.WaitIdle());
     EXPECT_GE(FileSize(blocks[0]->path), kMinBlockFileSize);
 
     // From a finishing worker's pump: the seventh path waits for the next finish.
@@ -157,9 +145,9 @@ TEST(LiveQueue, AWorkerThatCannotStartLeavesThePathWaitingAndALaterPumpRunsIt) {
     for (size_t i = 1; i <= 7; ++i) EnqueueDownload(w.store, blocks[i]->path);
     EXPECT_EQ(lists().first, Paths{blocks[7]->path});
     FailThreadStartsForTests(1);
-    ASSERT_TRUE(WaitIdle(w.store));
+    ASSERT_TRUE(w.WaitIdle());
     for (size_t i = 0; i <= 7; ++i) EXPECT_GE(FileSize(blocks[i]->path), kMinBlockFileSize) << i;
-    EXPECT_EQ(w.windows.Messages(MsgFileReady).size(), 8u);
-    EXPECT_EQ(w.svc.counters().get("/files/*").count, 8);
+    EXPECT_EQ(w.Notices(), 8u);
+    EXPECT_EQ(w.Fetched(), 8);
     FailThreadStartsForTests(0);
 }
