@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <set>
 
 #include "fault_switches.h"
@@ -41,10 +42,12 @@ struct QueueWorld {
     ~QueueWorld() { SetDownloadNotifyWindow(0); }
     long Fetched() { return svc.counters().get("/files/*").count; }
     size_t Notices() { return windows.Messages(MsgFileReady).size(); }
-    // Until both lists are empty and every worker has returned.
+    // Until both lists are empty and every worker has returned, noting the most running at once.
+    size_t peakRunning = 0;
     bool WaitIdle() {
-        for (const uint32_t start = GetTickCount(); TicksSince(start) < 30000; SleepMs(5)) {
+        for (const uint32_t start = GetTickCount(); TicksSince(start) < 30000; SleepMs(2)) {
             std::lock_guard<std::mutex> lock(store.downloadLock);
+            peakRunning = std::max(peakRunning, store.downloadsRunning.size());
             if (store.downloadsWaiting.empty() && store.downloadsRunning.empty() && LiveDownloadWorkers() == 0) return true;
         }
         return false;
@@ -65,7 +68,8 @@ TEST(LiveQueue, ABurstNeverRunsMoreThanSixAndEveryPathLeaves) {
     EnqueueDownload(w.store, blocks[0]->path);
     ASSERT_TRUE(w.WaitIdle());
     EXPECT_EQ(w.Fetched(), 50);
-    EXPECT_EQ(w.svc.counters().get("/files/*").peak, 6);  // with latency the six slots fill up, never more
+    EXPECT_EQ(w.peakRunning, 6u);  // with latency the six slots fill up, never more
+    EXPECT_LE(w.svc.counters().get("/files/*").peak, 6);
     const auto ready = w.windows.Messages(MsgFileReady);
     EXPECT_EQ(ready.size(), 50u);
     std::set<std::u16string> paths;
