@@ -9,7 +9,7 @@
 #include "platform/files.h"
 #include "platform/threads.h"
 #include "platform/ticks.h"
-#include "recording_windows.h"
+#include "support/recording_windows.h"
 #include "request_counters.h"
 #include "store/show_list.h"
 #include "store/tree_update.h"

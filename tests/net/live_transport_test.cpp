@@ -9,7 +9,7 @@
 #include "platform/profile.h"
 #include "platform/text.h"
 #include "platform/ticks.h"
-#include "recording_windows.h"
+#include "support/recording_windows.h"
 #include "request_counters.h"
 #include "short_timeouts.h"
 #include "support/live_service.h"

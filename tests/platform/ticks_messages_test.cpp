@@ -1,11 +1,13 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <utility>
 #include <thread>
 #include <vector>
 
 #include "platform/ticks.h"
 #include "platform/window_messages.h"
+#include "support/recording_windows.h"
 
 using namespace marrowfin;
 
@@ -30,51 +32,32 @@ struct CountedPayload : MessagePayload {
     std::atomic<int>& freed;
 };
 
-// Records what reaches live windows; drops the rest, freeing their payloads.
-class RecordingWindows : public WindowSystem {
-public:
-    bool IsWindow(WindowHandle w) const override { return w == 7; }
-    bool Post(WindowHandle w, WindowMessage m) override {
-        if (!IsWindow(w)) return false;
-        std::lock_guard<std::mutex> lock(mutex);
-        posted.push_back(std::move(m));
-        return true;
-    }
-    std::intptr_t Send(WindowHandle w, WindowMessage m) override {
-        return IsWindow(w) ? static_cast<std::intptr_t>(m.message + m.wParam) : 0;
-    }
-    std::mutex mutex;
-    std::vector<WindowMessage> posted;
-};
-
 }  // namespace
 
-TEST(WindowMessages, PayloadsAreFreedWhenNobodyTakesThem) {
+TEST(WindowMessages, PayloadsAreFreedWhenNobodyTakesThemAndPostsKeepTheirOrder) {
     std::atomic<int> freed{0};
     InstallWindowSystem(nullptr);
-    EXPECT_FALSE(PostWindowMessage(7, 2526, 0, 0, std::make_unique<CountedPayload>(freed)));  // no window system yet
-    RecordingWindows windows;
-    InstallWindowSystem(&windows);
-    EXPECT_FALSE(PostWindowMessage(9, 2526, 0, 0, std::make_unique<CountedPayload>(freed)));  // a dead window
-    EXPECT_EQ(freed, 2);
-    EXPECT_FALSE(PostWindowMessage(0, 2526));
-    EXPECT_EQ(SendWindowMessage(7, 100, 5) + SendWindowMessage(9, 100, 5), 105);
-    // Posts from several threads arrive, each thread's in its own order.
-    std::vector<std::thread> workers;
-    for (int t = 0; t < 4; ++t)
-        workers.emplace_back([t] {
-            for (int i = 0; i < 100; ++i) PostText(7, 2526, static_cast<std::uintptr_t>(t * 1000 + i), u"path");
-        });
-    for (auto& w : workers) w.join();
-    ASSERT_EQ(windows.posted.size(), 400u);
-    int last[4] = {-1, -1, -1, -1};
-    for (const WindowMessage& m : windows.posted) {
-        const int t = static_cast<int>(m.wParam / 1000), i = static_cast<int>(m.wParam % 1000);
-        EXPECT_GT(i, last[t]);
-        last[t] = i;
-        auto* text = dynamic_cast<OwnedText*>(m.payload.get());
-        EXPECT_EQ(text ? text->value : u"", u"path");
+    EXPECT_FALSE(PostWindowMessage(1, 2526, 0, 0, std::make_unique<CountedPayload>(freed)));  // no window system yet
+    {
+        test::RecordingWindows windows;
+        EXPECT_FALSE(PostWindowMessage(9, 2526, 0, 0, std::make_unique<CountedPayload>(freed)));  // a dead window
+        EXPECT_EQ(freed, 2);
+        EXPECT_FALSE(PostWindowMessage(0, 2526));
+        EXPECT_EQ(SendWindowMessage(1, 100, 5) + SendWindowMessage(9, 100, 5), 105);
+        // Posts from several threads arrive, each thread's in its own order.
+        std::vector<std::thread> workers;
+        for (int t = 0; t < 4; ++t)
+            workers.emplace_back([t] {
+                for (int i = 0; i < 100; ++i) PostText(1, 2526, static_cast<std::uintptr_t>(t * 1000 + i), u"path");
+            });
+        for (auto& w : workers) w.join();
+        const auto posted = windows.Messages(2526);
+        ASSERT_EQ(posted.size(), 400u);
+        int last[4] = {-1, -1, -1, -1};
+        for (const auto& m : posted) {
+            const int t = static_cast<int>(m.wParam / 1000), i = static_cast<int>(m.wParam % 1000);
+            EXPECT_GT(i, std::exchange(last[t], i));
+            EXPECT_EQ(m.text, u"path");
+        }
     }
-    windows.posted.clear();
-    InstallWindowSystem(nullptr);
 }

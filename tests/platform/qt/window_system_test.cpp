@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <set>
 #include <thread>
 #include <tuple>
 #include <vector>
@@ -32,6 +33,7 @@ public:
     };
     std::vector<Seen> seen;
     bool keepPayloads = true;
+    int restartsLeft = -1;  // from 0 up: a timer handler that kills its timer, then restarts it so often
     std::vector<std::unique_ptr<MessagePayload>> kept;
 
 protected:
@@ -43,6 +45,10 @@ protected:
         seen.push_back({m->Message(), m->WParam(), m->LParam(), v});
         if (keepPayloads && m->Payload()) kept.push_back(m->TakePayload());
         m->result = static_cast<std::intptr_t>(m->WParam() * 2);
+        if (m->Message() == WM_TIMER_MESSAGE && restartsLeft >= 0) {
+            KillTimer(HandleOf(this), m->WParam());
+            if (restartsLeft-- > 0) SetTimer(HandleOf(this), m->WParam(), 10);
+        }
         return true;
     }
 };
@@ -120,72 +126,42 @@ TEST(QtWindowSystem, PostsFromWorkersArriveInOrderPerThreadAndRaceADeathSafely) 
     }
 }
 
-TEST(WindowTimers, RestartingAnIdCollapsesABurstIntoOneTick) {
+TEST(WindowTimers, RestartsCollapseABurstKillsAndDeathEndThem) {
     Receiver r;
-    WindowHandle h = HandleOf(&r);
-    EXPECT_FALSE(SetTimer(0, 1008, 10));
-    EXPECT_FALSE(KillTimer(h, 1008)) << "nothing runs yet";
+    const WindowHandle h = HandleOf(&r);
+    EXPECT_FALSE(SetTimer(0, 1008, 10) || KillTimer(h, 1008));
     // Ten restarts in a row, each within the interval: only the last one ticks.
-    for (int i = 0; i < 10; ++i) {
-        EXPECT_TRUE(SetTimer(h, 1008, 60));
-        Pump(15);
-    }
+    for (int i = 0; i < 10; ++i, Pump(15)) EXPECT_TRUE(SetTimer(h, 1008, 60));
     EXPECT_TRUE(r.seen.empty()) << "a restart must replace the running timer";
-    EXPECT_TRUE(IsTimerRunning(h, 1008));
     Pump(90);
     ASSERT_GE(r.seen.size(), 1u);
-    EXPECT_EQ(r.seen[0].message, WM_TIMER_MESSAGE);
-    EXPECT_EQ(r.seen[0].wParam, 1008u);
+    EXPECT_EQ(std::make_pair(r.seen[0].message, r.seen[0].wParam), std::make_pair(uint32_t(WM_TIMER_MESSAGE), std::uintptr_t(1008)));
     EXPECT_TRUE(KillTimer(h, 1008));
+    r.seen.clear();
+    // Two ids run side by side, told apart by wParam; killed, they stay quiet.
+    SetTimer(h, 2, 20);
+    SetTimer(h, 3, 20);
+    Pump(70);
+    EXPECT_TRUE(KillTimer(h, 2) && KillTimer(h, 3) && !IsTimerRunning(h, 2));
+    std::set<std::uintptr_t> ids;
+    for (const auto& s : r.seen) ids.insert(s.wParam);
+    EXPECT_EQ(ids, (std::set<std::uintptr_t>{2, 3}));
     const size_t ticks = r.seen.size();
     Pump(100);
     EXPECT_EQ(r.seen.size(), ticks) << "a killed timer stays quiet";
 
-    // Two ids run side by side and are told apart by wParam.
-    r.seen.clear();
-    SetTimer(h, 2, 20);
-    SetTimer(h, 3, 20);
-    Pump(70);
-    KillTimer(h, 2);
-    KillTimer(h, 3);
-    int twos = 0, threes = 0;
-    for (const auto& s : r.seen) (s.wParam == 2 ? twos : threes)++;
-    EXPECT_GE(twos, 1);
-    EXPECT_GE(threes, 1);
-}
-
-// A one-shot timer kills itself first in its handler, then maybe restarts.
-class OneShot final : public QObject {
-public:
-    int ticks = 0;
-    bool restart = true;
-
-protected:
-    bool event(QEvent* e) override {
-        if (e->type() != WindowMessageEvent::EventType()) return QObject::event(e);
-        auto* m = static_cast<WindowMessageEvent*>(e);
-        if (m->Message() != WM_TIMER_MESSAGE) return true;
-        KillTimer(HandleOf(this), m->WParam());
-        ++ticks;
-        if (restart && ticks < 3) SetTimer(HandleOf(this), m->WParam(), 10);
-        return true;
-    }
-};
-
-TEST(WindowTimers, HandlersMayKillAndRestartTheirOwnTimerAndDeathEndsThem) {
-    OneShot s;
-    SetTimer(HandleOf(&s), 7, 10);
+    // A handler may kill its own timer first, then restart it.
+    r.restartsLeft = 2;
+    SetTimer(h, 7, 10);
     Pump(150);
-    EXPECT_EQ(s.ticks, 3);
-    EXPECT_FALSE(IsTimerRunning(HandleOf(&s), 7));
-
-    auto* doomed = new OneShot;
-    WindowHandle dh = HandleOf(doomed);
+    EXPECT_EQ(r.seen.size(), ticks + 3);
+    EXPECT_FALSE(IsTimerRunning(h, 7));
+    auto* doomed = new Receiver;
+    const WindowHandle dh = HandleOf(doomed);
     SetTimer(dh, 9, 5);
     delete doomed;  // its timers go with it
     Pump(30);
-    EXPECT_FALSE(IsTimerRunning(dh, 9));
-    EXPECT_FALSE(SetTimer(dh, 9, 5));
+    EXPECT_FALSE(IsTimerRunning(dh, 9) || SetTimer(dh, 9, 5));
 }
 
 }  // namespace
