@@ -2,23 +2,10 @@
 // which elements become nodes, which gallery each class lands in when names
 // lead one another, the catalogues written, and a second run on a thread.
 
-#include <gtest/gtest.h>
-
 #include <map>
-#include <thread>
 #include <tuple>
 
-#include "net/gallery_sync.h"
-#include "net/http_stack.h"
-#include "net/http_transport.h"
-#include "platform/files.h"
-#include "platform/text.h"
-#include "store/show_list.h"
-#include "store/store_ini.h"
-#include "store/tree_update.h"
-#include "support/temp_home.h"
-#include "support/test_paths.h"
-#include "test_store.h"
+#include "net_world.h"
 
 using namespace marrowfin;
 using marrowfin::test::TempHome;

@@ -1,21 +1,7 @@
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <set>
 
-#include "fault_switches.h"
-#include "net/download_queue.h"
-#include "net/gallery_sync.h"
-#include "platform/files.h"
-#include "platform/threads.h"
-#include "platform/ticks.h"
-#include "support/recording_windows.h"
-#include "request_counters.h"
-#include "store/show_list.h"
-#include "store/tree_update.h"
-#include "support/live_service.h"
-#include "support/temp_home.h"
-#include "test_store.h"
+#include "live_world.h"
 
 using namespace marrowfin;
 

@@ -1,22 +1,4 @@
-#include <gtest/gtest.h>
-
-#include "fault_switches.h"
-#include "net/gallery_sync.h"
-#include "platform/files.h"
-#include "platform/profile.h"
-#include "platform/ticks.h"
-#include "request_counters.h"
-#include "service_handle.h"
-#include "short_timeouts.h"
-#include "store/catalogue.h"
-#include "store/gallery_tree.h"
-#include "store/show_list.h"
-#include "store/store_ini.h"
-#include "store/store_paths.h"
-#include "store/tree_update.h"
-#include "support/live_service.h"
-#include "support/temp_home.h"
-#include "test_store.h"
+#include "live_world.h"
 
 using namespace marrowfin;
 using marrowfin::test::TempHome;

@@ -1,20 +1,6 @@
-#include <gtest/gtest.h>
-
 #include <atomic>
-#include <thread>
 
-#include "fault_switches.h"
-#include "net/http_transport.h"
-#include "platform/files.h"
-#include "platform/profile.h"
-#include "platform/text.h"
-#include "platform/ticks.h"
-#include "support/recording_windows.h"
-#include "request_counters.h"
-#include "short_timeouts.h"
-#include "support/live_service.h"
-#include "support/temp_home.h"
-#include "support/test_paths.h"
+#include "live_world.h"
 
 using namespace marrowfin;
 
