@@ -80,8 +80,7 @@ const char kFirstReply[] =
 TEST_F(FirstTreeReply, EachGalleryGetsItsOwnElementsAndItsCatalogue) {
     stack.reply = kFirstReply;
     for (const char16_t* name : {u"石", u"石材", u"石材10", u"空"}) ASSERT_TRUE(AddGalleryToShowList(name));
-    BuildFirstTree(store);
-    AdoptTreeUpdates(store);
+    test::BuildAndAdopt(store);
     EXPECT_EQ(store.syncBusy.load(), 0);
     ASSERT_EQ(stack.urls.size(), 1u);
     EXPECT_TRUE(stack.urls[0].ends_with("/gallery/g_all_s?gallery_name=" + EscapeRequestUrl(u"石,石材,石材10,空")));
@@ -125,8 +124,7 @@ TEST_F(FirstTreeReply, EachGalleryGetsItsOwnElementsAndItsCatalogue) {
     // The catalogues alone rebuild the same galleries when the service is gone.
     stack.reply = "";
     TestStore offline;
-    BuildFirstTree(offline);
-    AdoptTreeUpdates(offline);
+    test::BuildAndAdopt(offline);
     ASSERT_NE(offline.root, nullptr);
     EXPECT_EQ(offline.root->dirChildren.size(), 4u);
     EXPECT_EQ(classes(offline.root), built);
@@ -135,8 +133,7 @@ TEST_F(FirstTreeReply, EachGalleryGetsItsOwnElementsAndItsCatalogue) {
 TEST_F(FirstTreeReply, ASecondRunOnItsOwnThreadRebuildsInPlace) {
     stack.reply = kFirstReply;
     for (const char16_t* name : {u"石", u"石材", u"石材10"}) ASSERT_TRUE(AddGalleryToShowList(name));
-    BuildFirstTree(store);
-    AdoptTreeUpdates(store);
+    test::BuildAndAdopt(store);
     ASSERT_NE(store.root, nullptr);
     GalleryNode* const root = store.root;
     const std::u16string r = root->path;
@@ -201,8 +198,7 @@ TEST_F(FirstTreeReply, AGalleryNamedTwiceComparesWithItsNewCatalogue) {
     const std::u16string g = W(home.documentsDir()) + u"/Orsolen/G";
     for (const auto& [reply, keepsA, keepsB, classes] : runs) {
         stack.reply = "<root dv=\"0\">" + reply + "</root>";
-        BuildFirstTree(store);
-        AdoptTreeUpdates(store);
+        test::BuildAndAdopt(store);
         EXPECT_EQ(FileExists(g + u"/A/x.dwg"), keepsA) << reply;
         EXPECT_EQ(FileExists(g + u"/B/y.dwg"), keepsB) << reply;
         ASSERT_EQ(store.root->dirChildren.size(), 1u);

@@ -15,8 +15,7 @@ struct QueueWorld {
     test::TestStore store;
     QueueWorld() {
         for (const auto& name : test::GalleryNames(test::SampleLibrary({2, 3, 20}))) AddGalleryToShowList(name);
-        BuildFirstTree(store);
-        AdoptTreeUpdates(store);
+        test::BuildAndAdopt(store);
         SetDownloadNotifyWindow(test::RecordingWindows::kPanel);
     }
     std::vector<GalleryNode*> Blocks() {
@@ -102,8 +101,7 @@ TEST(LiveQueue, ResolvingStaysSafeWhileTheTreeIsRebuilt) {
     // Downloads keep resolving paths on workers while the tree is rebuilt on this thread.
     for (int round = 0; round < 3; ++round) {
         for (GalleryNode* b : w.Blocks()) EnqueueDownload(w.store, b->path);
-        BuildFirstTree(w.store);
-        AdoptTreeUpdates(w.store);
+        test::BuildAndAdopt(w.store);
     }
     ASSERT_TRUE(w.WaitIdle());
     // Every block announced is whole on disk, whatever tree it was resolved in.

@@ -20,10 +20,6 @@ struct OneGalleryWorld {
     std::vector<std::u16string> names = test::GalleryNames(data);
     service::ServiceHandle svc = test::StartLiveService(data);
     long Count(const char* path) { return svc.counters().get(path).count; }
-    void Build(TestStore& store) {
-        BuildFirstTree(store);
-        AdoptTreeUpdates(store);
-    }
     OneGalleryWorld() { AddGalleryToShowList(names[0]); }
 };
 
@@ -35,7 +31,7 @@ TEST(LiveSync, EveryBrokenReplyFallsBackAndKeepsWhatTheTreeHad) {
     OneGalleryWorld w;
     test::ShortTimeouts timeouts;
     TestStore reference;
-    w.Build(reference);
+    test::BuildAndAdopt(reference);
     EXPECT_EQ(w.Count("/gallery/g_all_s"), 1);
     const GalleryNode* gallery = reference.root->dirChildren[0];
     const size_t blocks = CountBlocks(gallery);
@@ -55,7 +51,7 @@ TEST(LiveSync, EveryBrokenReplyFallsBackAndKeepsWhatTheTreeHad) {
         SCOPED_TRACE(what);
         w.svc.faults().set("/gallery/*", fault);
         TestStore store;
-        w.Build(store);
+        test::BuildAndAdopt(store);
         EXPECT_EQ(store.syncBusy.load(), 0);
         ASSERT_EQ(store.root->dirChildren.size(), 1u);
         EXPECT_EQ(CountBlocks(store.root->dirChildren[0]), blocks);
@@ -82,7 +78,7 @@ TEST(LiveSync, ForcedRefreshRemovesDownloadedClassesOnce) {
     std::u16string classPath;
     for (const auto& [kept, downver] : runs) {
         TestStore store;
-        w.Build(store);
+        test::BuildAndAdopt(store);
         if (!classPath.empty()) {
             EXPECT_EQ(DirectoryExists(classPath), kept);
         }
@@ -96,7 +92,7 @@ TEST(LiveSync, ForcedRefreshRemovesDownloadedClassesOnce) {
 TEST(LiveSync, SummaryFullFetchAndAddedGalleryFollowTheHourRule) {
     OneGalleryWorld w;
     TestStore store;
-    w.Build(store);
+    test::BuildAndAdopt(store);
     GalleryNode* gallery = store.root->dirChildren[0];
 
     // Within the hour no summary is sent; after it, a class older here is marked stale.
@@ -148,8 +144,7 @@ TEST(LiveSync, FirstStartWithoutNetworkGivesEmptyGalleries) {
     AddGalleryToShowList(u"门窗");
     AddGalleryToShowList(u"Furniture");
     TestStore store;
-    BuildFirstTree(store);
-    AdoptTreeUpdates(store);
+    test::BuildAndAdopt(store);
     EXPECT_EQ(store.syncBusy.load(), 0);
     ASSERT_EQ(store.root->dirChildren.size(), 2u);
     for (const GalleryNode* g : store.root->dirChildren) {
@@ -160,8 +155,7 @@ TEST(LiveSync, FirstStartWithoutNetworkGivesEmptyGalleries) {
     // An empty list: nothing to ask, the run ends at once with an empty root.
     TempHome other;
     TestStore empty;
-    BuildFirstTree(empty);
-    AdoptTreeUpdates(empty);
+    test::BuildAndAdopt(empty);
     ASSERT_NE(empty.root, nullptr);
     EXPECT_TRUE(empty.root->dirChildren.empty());
     EXPECT_TRUE(DirectoryExists(StoreRoot()));

@@ -41,6 +41,12 @@ struct TestStore : GalleryStore {
     }
 };
 
+// The first tree built and handed over to the owner, as the panel does at its start.
+inline void BuildAndAdopt(GalleryStore& store) {
+    BuildFirstTree(store);
+    AdoptTreeUpdates(store);
+}
+
 // For the tests that hold or slow the service; put back when the scope ends,
 // even if a check inside it fails.
 struct ShortTimeouts {
