@@ -17,9 +17,8 @@ class ScriptedStack : public HttpStack {
 public:
     ScriptedStack(int number, std::vector<int>& log) : m_number(number), m_log(log) {}
     bool succeed = false;
-    std::string reply, lastUrl, lastBody;
-    bool PostForm(const std::string& url, const std::string& body, std::string& response) override {
-        lastBody = body;
+    std::string reply;
+    bool PostForm(const std::string& url, const std::string&, std::string& response) override {
         response = reply;
         return Attempt(url);
     }
@@ -31,9 +30,8 @@ public:
     }
 
 private:
-    bool Attempt(const std::string& url) {
+    bool Attempt(const std::string&) {
         m_log.push_back(m_number);
-        lastUrl = url;
         return succeed;
     }
     int m_number;
@@ -71,21 +69,18 @@ TEST(TransportRotation, StartsOnCurlThenRemembersTheWinner) {
     }
 
     // Replies: a zero byte ends the text, the bytes road keeps all; a failed call keeps the
-    // server's page, or leaves nothing of an earlier call; names and bodies go as UTF-8.
+    // server's page, or leaves nothing of an earlier call. (The escaped URLs and UTF-8
+    // bodies on the wire are the wire test's.)
     for (ScriptedStack& stack : stacks) stack.succeed = false;
     stacks[2].reply = std::string("success\0tail", 12);
     stacks[2].succeed = true;
     WriteOptionInt(u"FNetUseInet", 2);
     std::u16string out;
     std::string bytes = "stale";
-    EXPECT_TRUE(PostForm(u"http://h/gallery/favorite?n=门", u"name=门窗", out));
+    EXPECT_TRUE(PostForm(u"http://h/x", u"", out));
     EXPECT_EQ(out, u"success");
-    EXPECT_EQ(stacks[2].lastUrl, "http://h/gallery/favorite?n=%E9%97%A8");
-    EXPECT_EQ(stacks[2].lastBody, "name=\xE9\x97\xA8\xE7\xAA\x97");
     EXPECT_TRUE(PostFormBytes(u"http://h/x", u"", bytes));
     EXPECT_EQ(bytes, std::string("success\0tail", 12));
-    EXPECT_TRUE(DownloadFile(u"http://h/b/门 1.dwg", u"/tmp/x.dwg", 0, 0));
-    EXPECT_EQ(stacks[2].lastUrl, "http://h/b/%e9%97%a8%201.dwg");
     stacks[2].succeed = false;
     stacks[2].reply.clear();
     stacks[0].reply = "<html>500</html>";
