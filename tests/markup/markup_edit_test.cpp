@@ -16,91 +16,74 @@ using test::ReparsedShape;
 using test::ResultOf;
 using test::ShapeOf;
 
-// Sets the text, enters the root and finds its child `child` if one is named.
-void Open(MarkupDocument& doc, const std::u16string& text, const std::u16string& child = {}) {
+// Sets the text, enters the root and finds its child `child`.
+void Open(MarkupDocument& doc, const std::u16string& text, const std::u16string& child) {
     doc.SetText(text);
-    ASSERT_TRUE(doc.FindElement());
-    ASSERT_TRUE(doc.EnterElement());
-    if (!child.empty()) {
-        ASSERT_TRUE(doc.FindElement(child));
-    }
+    ASSERT_TRUE(doc.FindElement() && doc.EnterElement() && doc.FindElement(child));
 }
 
-TEST(MarkupEdit, AddElementKeepsTheDocumentedLayout) {
+TEST(MarkupEdit, AddAndSetKeepTheLayoutAndMatchAReparse) {
     MarkupDocument doc;
     ASSERT_TRUE(doc.AddElement(u"root"));
     EXPECT_EQ(doc.Text(), u"<root/>\r\n");
-    ASSERT_TRUE(doc.EnterElement());
-    ASSERT_TRUE(doc.AddElement(u"item", u"a"));
-    ASSERT_TRUE(doc.AddElement(u"item", u"a<b&c>"));
+    ASSERT_TRUE(doc.EnterElement() && doc.AddElement(u"item", u"a") && doc.AddElement(u"item", u"a<b&c>"));
     EXPECT_EQ(doc.Text(), u"<root>\r\n<item>a</item>\r\n<item>a&lt;b&amp;c&gt;</item>\r\n</root>\r\n");
     EXPECT_EQ(doc.GetElementText(), u"a<b&c>");
 
-    // Parent as given, text after adding "x" (with the text "t" where it shows).
-    const std::pair<const char16_t*, const char16_t*> cases[] = {
-        {u"<r></r>", u"<r>\r\n<x>t</x>\r\n</r>"},
+    // Text; the element opened (empty: into the root, behind its last child); whether an
+    // element "x" with the text "t" is added or the attribute is set to "v"; the text after.
+    const std::tuple<const char16_t*, const char16_t*, const char16_t*, const char16_t*> cases[] = {
+        {u"<r></r>", u"", u"x", u"<r>\r\n<x>t</x>\r\n</r>"},
         // A run of slashes before '>' goes whole, or the parent would stay empty.
-        {u"<r x='1' //>", u"<r x='1' >\r\n<x>t</x>\r\n</r>"},
+        {u"<r x='1' //>", u"", u"x", u"<r x='1' >\r\n<x>t</x>\r\n</r>"},
         // Appending behind the last sibling, as Show.xml is extended.
-        {u"<root>\r\n  <g id=\"1\"/>\r\n</root>\r\n", u"<root>\r\n  <g id=\"1\"/>\r\n<x>t</x>\r\n</root>\r\n"},
+        {u"<root>\r\n  <g id=\"1\"/>\r\n</root>\r\n", u"", u"x", u"<root>\r\n  <g id=\"1\"/>\r\n<x>t</x>\r\n</root>\r\n"},
+        // An unended parent is closed around the new element.
+        {u"<r><u a=\"1\"><v/></r>", u"u>", u"n", u"<r><u a=\"1\">\r\n<n>t</n>\r\n</u><v/></r>"},
+        // Set: replaced in place (any quoting), appended behind the last attribute.
+        {u"<r><a x='1' flag y=2 ><b/></a><c/></r>", u"a", u"=y", u"<r><a x='1' flag y=\"v\" ><b/></a><c/></r>"},
+        {u"<r><a x='1' flag y=2 ><b/></a><c/></r>", u"a", u"=flag", u"<r><a x='1' flag=\"v\" y=2 ><b/></a><c/></r>"},
+        {u"<r><a x='1' flag y=2 ><b/></a><c/></r>", u"a", u"=new", u"<r><a x='1' flag y=2 new=\"v\" ><b/></a><c/></r>"},
+        // Tags whose quoting the attribute scan and the tokeniser read apart: edits stay
+        // inside the tag and keep it empty or not as it was.
+        {u"<r><a =a=' 1 g/></r>", u"a", u"=n", u"<r><a =a=' 1 g n=\"v\"/></r>"},
+        {u"<r><a =a=' 1 g/></r>", u"a", u"=a", u"<r><a =a=\"v\"/></r>"},
+        {u"<r><a b=c/></a></r>", u"a", u"=n", u"<r><a b=c/ n=\"v\"></a></r>"},
+        {u"<r><a b=c\"/></r>", u"a", u"=n", u"<r><a b=c\" n=\"v\"/></r>"},
+        {u"<r><a  ></a></r>", u"a", u"=n", u"<r><a n=\"v\"  ></a></r>"},
+        {u"<r><a/></r>", u"a", u"=k", u"<r><a k=\"v\"/></r>"},
     };
-    for (const auto& [text, expected] : cases) {
-        Open(doc, text);
-        while (doc.FindElement()) {
+    for (const auto& [text, open, op, expected] : cases) {
+        SCOPED_TRACE(U8(text) + " " + U8(op));
+        doc.SetText(text);
+        ASSERT_TRUE(doc.FindElement() && doc.EnterElement());
+        const std::u16string child = open;
+        if (child.empty()) {
+            while (doc.FindElement()) {
+            }
+        } else {
+            ASSERT_TRUE(doc.FindElement(child.substr(0, 1)));
+            ASSERT_TRUE(child.size() == 1 || doc.EnterElement());
         }
-        ASSERT_TRUE(doc.AddElement(u"x", u"t"));
+        ASSERT_TRUE(op[0] == u'=' ? doc.SetAttribute(op + 1, u"v") : doc.AddElement(op, u"t"));
         EXPECT_EQ(doc.Text(), expected);
         EXPECT_EQ(CheckIndex(doc), "");
-    }
-    // An unended parent is closed around the new element.
-    Open(doc, u"<r><u a=\"1\"><v/></r>", u"u");
-    ASSERT_TRUE(doc.EnterElement());
-    ASSERT_TRUE(doc.AddElement(u"n", u"t"));
-    EXPECT_EQ(doc.Text(), u"<r><u a=\"1\">\r\n<n>t</n>\r\n</u><v/></r>");
-    EXPECT_EQ(doc.Record(doc.ParentCursor()).levelMarks & MarkupDocument::MarkUnended, 0u);
-    EXPECT_EQ(ReparsedShape(doc), ShapeOf(doc));
-    // Names that would not read back as one name are refused.
-    for (const char16_t* name : {u"", u"a b", u"1a"}) EXPECT_FALSE(doc.AddElement(name)) << U8(name);
-    EXPECT_FALSE(doc.SetAttribute(u"x=y", u"v"));
-}
-
-TEST(MarkupEdit, SetAttributeReplacesOrAppendsInPlace) {
-    MarkupDocument doc;
-    Open(doc, u"<r><a x='1' flag y=2 ><b/></a><c/></r>", u"a");
-    ASSERT_TRUE(doc.SetAttribute(u"x", u"say \"hi\" & 'bye' <now>"));
-    ASSERT_TRUE(doc.SetAttribute(u"y", u"22"));
-    ASSERT_TRUE(doc.SetAttribute(u"flag", u"on"));
-    ASSERT_TRUE(doc.SetAttribute(u"new", u"中文"));
-    EXPECT_EQ(doc.Text(), u"<r><a x=\"say &quot;hi&quot; &amp; &apos;bye&apos; &lt;now&gt;\" flag=\"on\" y=\"22\" "
-                          u"new=\"中文\" ><b/></a><c/></r>");
-    EXPECT_EQ(doc.GetAttribute(u"x"), u"say \"hi\" & 'bye' <now>");
-    EXPECT_EQ(ReparsedShape(doc), ShapeOf(doc));
-    // The cursors still work after the offsets moved.
-    ASSERT_TRUE(doc.FindChildElement(u"b"));
-    ASSERT_TRUE(doc.FindElement(u"c"));
-    ASSERT_TRUE(doc.LeaveElement());
-    EXPECT_EQ(doc.GetTagName(), u"r");
-
-    // Tags whose quoting the attribute scan and the tokeniser read apart:
-    // edits stay inside the tag and keep it empty or not as it was.
-    const std::tuple<const char16_t*, const char16_t*, const char16_t*> cases[] = {
-        {u"<r><a =a=' 1 g/></r>", u"n", u"<r><a =a=' 1 g n=\"v\"/></r>"},
-        {u"<r><a =a=' 1 g/></r>", u"a", u"<r><a =a=\"v\"/></r>"},
-        {u"<r><a b=c/></a></r>", u"n", u"<r><a b=c/ n=\"v\"></a></r>"},
-        {u"<r><a b=c\"/></r>", u"n", u"<r><a b=c\" n=\"v\"/></r>"},
-        {u"<r><a  ></a></r>", u"n", u"<r><a n=\"v\"  ></a></r>"},
-        {u"<r><a/></r>", u"k", u"<r><a k=\"v\"/></r>"},
-    };
-    for (const auto& [text, name, expected] : cases) {
-        SCOPED_TRACE(U8(text));
-        Open(doc, text, u"a");
-        ASSERT_TRUE(doc.SetAttribute(name, u"v"));
-        EXPECT_EQ(doc.Text(), expected);
         EXPECT_EQ(ReparsedShape(doc), ShapeOf(doc));
     }
-    // A tag ending in a '=' without a value would take the new attribute as
-    // that value, and a quote in it would swallow the tag's end: refused.
-    Open(doc, u"<r><a b= /><c/></r>", u"a");
+    // Values are escaped and read back; the cursors still work after the offsets moved.
+    doc.SetText(u"<r><a><b/></a><c/></r>");
+    ASSERT_TRUE(doc.FindElement() && doc.EnterElement() && doc.FindElement(u"a"));
+    ASSERT_TRUE(doc.SetAttribute(u"x", u"say \"hi\" & 'bye' <now>") && doc.SetAttribute(u"y", u"中文"));
+    EXPECT_EQ(doc.Text(), u"<r><a x=\"say &quot;hi&quot; &amp; &apos;bye&apos; &lt;now&gt;\" y=\"中文\"><b/></a><c/></r>");
+    EXPECT_EQ(doc.GetAttribute(u"x"), u"say \"hi\" & 'bye' <now>");
+    ASSERT_TRUE(doc.FindChildElement(u"b") && doc.FindElement(u"c") && doc.LeaveElement());
+    EXPECT_EQ(doc.GetTagName(), u"r");
+    // Names that would not read back as one name are refused; so is a value that a '='
+    // without a value in front would swallow the tag's end with.
+    for (const char16_t* name : {u"", u"a b", u"1a"}) EXPECT_FALSE(doc.AddElement(name)) << U8(name);
+    EXPECT_FALSE(doc.SetAttribute(u"x=y", u"v"));
+    doc.SetText(u"<r><a b= /><c/></r>");
+    ASSERT_TRUE(doc.FindElement() && doc.EnterElement() && doc.FindElement(u"a"));
     EXPECT_FALSE(doc.SetAttribute(u"n", u"x\" y"));
     EXPECT_EQ(doc.Text(), u"<r><a b= /><c/></r>");
 }

@@ -24,19 +24,14 @@ inline std::string CheckIndex(const MarkupDocument& doc) {
     if (doc.Record(0).length != text.size()) return "document length";
     for (uint32_t i = 1; i < doc.RecordCount(); ++i) {
         const auto& r = doc.Record(i);
-        const std::string at = " of " + std::to_string(i);
-        if (r.start >= text.size() || text[r.start] != u'<') return "start" + at;
-        if (static_cast<size_t>(r.start) + r.length > text.size()) return "length" + at;
         const auto& p = doc.Record(r.parent);
-        if (r.parent != 0 && (r.start < p.start || r.start + r.length > p.start + p.length)) return "outside parent" + at;
-        if (r.nextSibling != 0) {
-            const auto& n = doc.Record(r.nextSibling);
-            if (n.prevSibling != i || n.parent != r.parent) return "sibling links" + at;
-            if (n.start < r.start + r.length) return "sibling order" + at;
-        }
-        if ((p.firstChild == i) != ((r.levelMarks & MarkupDocument::MarkFirst) != 0)) return "first mark" + at;
+        const auto& n = doc.Record(r.nextSibling);
         const uint32_t level = r.parent == 0 ? 0 : (p.levelMarks & 0xFFFF) + 1;
-        if ((r.levelMarks & 0xFFFF) != level) return "level" + at;
+        if (r.start >= text.size() || text[r.start] != u'<' || size_t{r.start} + r.length > text.size() ||
+            (r.parent != 0 && (r.start < p.start || r.start + r.length > p.start + p.length)) ||
+            (r.nextSibling != 0 && (n.prevSibling != i || n.parent != r.parent || n.start < r.start + r.length)) ||
+            (p.firstChild == i) != ((r.levelMarks & MarkupDocument::MarkFirst) != 0) || (r.levelMarks & 0xFFFF) != level)
+            return "record " + std::to_string(i) + " of " + U8(text);
     }
     return {};
 }

@@ -2,29 +2,10 @@
 // which elements become nodes, which gallery each class lands in when names
 // lead one another, the catalogues written, and a second run on a thread.
 
-#include <gtest/gtest.h>
+#include <map>
+#include <tuple>
 
-#include <atomic>
-#include <string>
-#include <thread>
-#include <vector>
-
-#include "net/gallery_sync.h"
-#include "store/tree_update.h"
-#include "net/http_stack.h"
-#include "net/http_transport.h"
-#include "platform/files.h"
-#include "platform/text.h"
-#include "store/catalogue.h"
-#include "store/gallery_node.h"
-#include "store/gallery_store.h"
-#include "store/gallery_tree.h"
-#include "store/show_list.h"
-#include "store/store_ini.h"
-#include "store/store_paths.h"
-#include "support/temp_home.h"
-#include "support/test_paths.h"
-#include "test_store.h"
+#include "net_world.h"
 
 using namespace marrowfin;
 using marrowfin::test::TempHome;
@@ -99,81 +80,60 @@ const char kFirstReply[] =
 TEST_F(FirstTreeReply, EachGalleryGetsItsOwnElementsAndItsCatalogue) {
     stack.reply = kFirstReply;
     for (const char16_t* name : {u"石", u"石材", u"石材10", u"空"}) ASSERT_TRUE(AddGalleryToShowList(name));
-
-    BuildFirstTree(store);
-    AdoptTreeUpdates(store);
+    test::BuildAndAdopt(store);
     EXPECT_EQ(store.syncBusy.load(), 0);
     ASSERT_EQ(stack.urls.size(), 1u);
-    const std::string query = "/gallery/g_all_s?gallery_name=" + EscapeRequestUrl(u"石,石材,石材10,空");
-    EXPECT_EQ(stack.urls[0].substr(stack.urls[0].size() - query.size()), query);
+    EXPECT_TRUE(stack.urls[0].ends_with("/gallery/g_all_s?gallery_name=" + EscapeRequestUrl(u"石,石材,石材10,空")));
 
+    // The galleries of Show.xml in its order, nothing else, each with its own elements.
     GalleryNode* root = store.root;
     ASSERT_NE(root, nullptr);
     const std::u16string r = root->path;
-    ASSERT_EQ(root->dirChildren.size(), 4u);  // the galleries of Show.xml in its order, nothing else
-    GalleryNode* stone = Child(root, 0);
-    GalleryNode* material = Child(root, 1);
-    GalleryNode* ten = Child(root, 2);
-    GalleryNode* empty = Child(root, 3);
-    EXPECT_EQ(stone->name, u"石");
-    EXPECT_EQ(material->name, u"石材");
-    EXPECT_EQ(ten->name, u"石材10");
-    EXPECT_EQ(empty->name, u"空");
-
-    // The whole tree below the galleries, field by field.
-    const std::u16string expected =
-        u"Orsolen|石|" + r + u"/石|dir||0|0|-|-\n"
-        u"  石|材10|" + r + u"/石/材10|dir|http://h/s|2|0|-|-\n"
-        u"    材10|d.dwg|" + r + u"/石/材10/d.dwg|file|http://h/s/d.dwg|0|5|-|-\n"
-        u"    材10|f.dwg|" + r + u"/石/材10/f.dwg|file|http://h/s/f.dwg|0|6|-|-\n";
-    EXPECT_EQ(Dump(stone), expected);
-    EXPECT_EQ(Dump(material), u"Orsolen|石材|" + r + u"/石材|dir||0|0|-|-\n"
-                              u"  石材|甲|" + r + u"/石材/甲|dir|http://h/sc|9|0|-|-\n");
-    EXPECT_EQ(Dump(ten), u"Orsolen|石材10|" + r + u"/石材10|dir||0|0|-|b\n"
-                         u"  石材10|甲|" + r + u"/石材10/甲|dir|http://h/10/甲|4|0|-|-\n"
-                         u"    甲|a&b.dwg|" + r + u"/石材10/甲/a&b.dwg|file|http://h/10/甲/a&b.dwg|0|100|h|b\n"
-                         u"    甲|c.dwg|" + r + u"/石材10/甲/c.dwg|file|http://h/10/甲/c.dwg|0|20|-|b\n");
-    EXPECT_TRUE(empty->dirChildren.empty());
-    for (GalleryNode* g : {stone, material, ten}) EXPECT_GT(g->refreshTick, 0u) << U8(g->name);
+    std::u16string tree;
+    for (GalleryNode* g : root->dirChildren) tree += Dump(g);
+    EXPECT_EQ(tree,
+              u"Orsolen|石|" + r + u"/石|dir||0|0|-|-\n"
+              u"  石|材10|" + r + u"/石/材10|dir|http://h/s|2|0|-|-\n"
+              u"    材10|d.dwg|" + r + u"/石/材10/d.dwg|file|http://h/s/d.dwg|0|5|-|-\n"
+              u"    材10|f.dwg|" + r + u"/石/材10/f.dwg|file|http://h/s/f.dwg|0|6|-|-\n"
+              u"Orsolen|石材|" + r + u"/石材|dir||0|0|-|-\n"
+              u"  石材|甲|" + r + u"/石材/甲|dir|http://h/sc|9|0|-|-\n"
+              u"Orsolen|石材10|" + r + u"/石材10|dir||0|0|-|b\n"
+              u"  石材10|甲|" + r + u"/石材10/甲|dir|http://h/10/甲|4|0|-|-\n"
+              u"    甲|a&b.dwg|" + r + u"/石材10/甲/a&b.dwg|file|http://h/10/甲/a&b.dwg|0|100|h|b\n"
+              u"    甲|c.dwg|" + r + u"/石材10/甲/c.dwg|file|http://h/10/甲/c.dwg|0|20|-|b\n"
+              u"Orsolen|空|" + r + u"/空|dir||0|0|-|-\n");
+    for (size_t i = 0; i < 3; ++i) EXPECT_GT(Child(root, i)->refreshTick, 0u) << i;
+    auto classes = [](GalleryNode* root) {
+        std::u16string s;
+        for (GalleryNode* g : root->dirChildren)
+            for (GalleryNode* c : g->dirChildren) s += Dump(c);
+        return s;
+    };
+    const std::u16string built = classes(root);
 
     // Versions, ticks and catalogues for the three answered galleries only.
-    EXPECT_EQ(store.galleryVersions.size(), 3u);
-    EXPECT_EQ(store.galleryVersions[u"石材"], 9);
+    EXPECT_EQ(store.galleryVersions, (std::map<std::u16string, int32_t>{{u"石", 2}, {u"石材", 9}, {u"石材10", 4}}));
     EXPECT_EQ(ReadGalleryVersion(u"石材10"), 4);
-    EXPECT_EQ(ReadGalleryVersion(u"石"), 2);
     EXPECT_EQ(store.galleryFetchTicks.size(), 3u);
-    EXPECT_EQ(store.galleryFetchTicks.count(u"空"), 0u);
     EXPECT_TRUE(store.staleClasses.empty());
     EXPECT_FALSE(FileExists(r + u"/空/空.xdb"));
     EXPECT_TRUE(DirectoryExists(r + u"/空"));
     EXPECT_FALSE(DirectoryExists(r + u"/未列"));
-    for (GalleryNode* g : {stone, material, ten})
-        EXPECT_EQ(test::ReadBytes(U8(g->path + u"/" + g->name + u".xdb")), ComposeCatalogue(store, *g)) << U8(g->name);
-    EXPECT_NE(test::ReadBytes(U8(r + u"/石材10/石材10.xdb")).find("<itm fn=\"a&b.dwg\" sz=\"100\" hi=\"1\" />"),
-              std::string::npos);
 
     // The catalogues alone rebuild the same galleries when the service is gone.
     stack.reply = "";
     TestStore offline;
-    BuildFirstTree(offline);
-    AdoptTreeUpdates(offline);
+    test::BuildAndAdopt(offline);
     ASSERT_NE(offline.root, nullptr);
-    ASSERT_EQ(offline.root->dirChildren.size(), 4u);
-    for (size_t i = 0; i < 4; ++i) {
-        GalleryNode* read = Child(offline.root, i);
-        GalleryNode* built = Child(root, i);
-        ASSERT_EQ(read->dirChildren.size(), built->dirChildren.size()) << U8(built->name);
-        // Blocks read from a catalogue take the gallery's flag from its seal.
-        for (size_t c = 0; c < built->dirChildren.size(); ++c)
-            EXPECT_EQ(Dump(Child(read, c)), Dump(Child(built, c))) << U8(built->name);
-    }
+    EXPECT_EQ(offline.root->dirChildren.size(), 4u);
+    EXPECT_EQ(classes(offline.root), built);
 }
 
 TEST_F(FirstTreeReply, ASecondRunOnItsOwnThreadRebuildsInPlace) {
     stack.reply = kFirstReply;
     for (const char16_t* name : {u"石", u"石材", u"石材10"}) ASSERT_TRUE(AddGalleryToShowList(name));
-    BuildFirstTree(store);
-    AdoptTreeUpdates(store);
+    test::BuildAndAdopt(store);
     ASSERT_NE(store.root, nullptr);
     GalleryNode* const root = store.root;
     const std::u16string r = root->path;
@@ -203,15 +163,13 @@ TEST_F(FirstTreeReply, ASecondRunOnItsOwnThreadRebuildsInPlace) {
     ASSERT_EQ(AdoptTreeUpdates(store).size(), 1u);
     EXPECT_GT(store.treeEpoch, epoch);  // handles into the old galleries are void
 
-    EXPECT_EQ(store.root, root);  // the root survives
+    EXPECT_EQ(store.root, root);  // the root survives; the gallery is rebuilt, not appended to
     ASSERT_EQ(root->dirChildren.size(), 3u);
-    GalleryNode* stone = Child(root, 0);
-    ASSERT_EQ(stone->dirChildren.size(), 1u);  // rebuilt, not appended to
-    GalleryNode* cls = stone->dirChildren[0];
-    EXPECT_EQ(cls->version, 3);
-    ASSERT_EQ(cls->fileChildren.size(), 3u);
-    EXPECT_EQ(cls->fileChildren[1]->name, u"g.dwg");
-    EXPECT_TRUE(cls->fileChildren[1]->hidden);
+    EXPECT_EQ(Dump(Child(root, 0)), u"Orsolen|石|" + r + u"/石|dir||0|0|-|-\n"
+              u"  石|材10|" + r + u"/石/材10|dir|http://h/s|3|0|-|-\n"
+              u"    材10|d.dwg|" + r + u"/石/材10/d.dwg|file|http://h/s/d.dwg|0|5|-|-\n"
+              u"    材10|g.dwg|" + r + u"/石/材10/g.dwg|file|http://h/s/g.dwg|0|7|h|-\n"
+              u"    材10|f.dwg|" + r + u"/石/材10/f.dwg|file|http://h/s/f.dwg|0|6|-|-\n");
     EXPECT_FALSE(FileExists(risen));
     EXPECT_FALSE(DirectoryExists(r + u"/石/材10"));
     EXPECT_TRUE(FileExists(kept));
@@ -220,50 +178,36 @@ TEST_F(FirstTreeReply, ASecondRunOnItsOwnThreadRebuildsInPlace) {
     EXPECT_EQ(stack.urls.size(), 2u);
 }
 
-// A reply that names a gallery twice: the second element compares against
-// the catalogue the first one has just written, not the one on disk before
-// the run, whatever was read while the request was on the wire.
+// A reply that names a gallery twice: the second element compares against the catalogue
+// the first one has just written, not the one on disk before the run.
 TEST_F(FirstTreeReply, AGalleryNamedTwiceComparesWithItsNewCatalogue) {
     ASSERT_TRUE(AddGalleryToShowList(u"G"));
-    stack.reply =
-        "<root dv=\"0\"><gallery gn=\"G\" gv=\"0\">"
-        "<item cs=\"A\" b_u=\"http://h/a\" ver=\"1\"><dwg fn=\"x.dwg\" size=\"1\" hi=\"0\"/></item>"
-        "<item cs=\"B\" b_u=\"http://h/b\" ver=\"1\"><dwg fn=\"y.dwg\" size=\"1\" hi=\"0\"/></item>"
-        "</gallery></root>";
-    BuildFirstTree(store);
-    AdoptTreeUpdates(store);
-    ASSERT_NE(store.root, nullptr);
-    const std::u16string g = store.root->path + u"/G";
-    ASSERT_TRUE(FileExists(g + u"/G.xdb"));
-    for (const char16_t* file : {u"/A/x.dwg", u"/B/y.dwg"}) {
-        const std::u16string path = g + file;
-        ASSERT_TRUE(CreateDirectories(path.substr(0, path.find_last_of(u'/'))));
-        ASSERT_TRUE(WriteFileAtomic(path, "dwg"));
+    auto item = [](const char* cls, const char* ver, const char* fn) {
+        return std::string("<item cs=\"") + cls + "\" b_u=\"http://h/" + cls + "\" ver=\"" + ver + "\"><dwg fn=\"" + fn +
+               "\" size=\"1\" hi=\"0\"/></item>";
+    };
+    auto gallery = [](const std::string& items) { return "<gallery gn=\"G\" gv=\"0\">" + items + "</gallery>"; };
+    // The reply; then whether A/x.dwg and B/y.dwg (downloaded after each run) are still on
+    // disk, and the classes in the tree.
+    const std::tuple<std::string, bool, bool, size_t> runs[] = {
+        {gallery(item("A", "1", "x.dwg") + item("B", "1", "y.dwg")), false, false, 2},
+        // A unchanged, the catalogue then holds A only: B at 2 is new against it, its folder stays.
+        {gallery(item("A", "1", "x.dwg")) + gallery(item("B", "2", "y.dwg")), true, true, 2},
+        {gallery(item("B", "3", "y.dwg")), true, false, 1},  // B risen against that catalogue
+    };
+    const std::u16string g = W(home.documentsDir()) + u"/Orsolen/G";
+    for (const auto& [reply, keepsA, keepsB, classes] : runs) {
+        stack.reply = "<root dv=\"0\">" + reply + "</root>";
+        test::BuildAndAdopt(store);
+        EXPECT_EQ(FileExists(g + u"/A/x.dwg"), keepsA) << reply;
+        EXPECT_EQ(FileExists(g + u"/B/y.dwg"), keepsB) << reply;
+        ASSERT_EQ(store.root->dirChildren.size(), 1u);
+        EXPECT_EQ(store.root->dirChildren[0]->dirChildren.size(), classes) << reply;
+        for (const char16_t* file : {u"/A/x.dwg", u"/B/y.dwg"})
+            if (!FileExists(g + file)) {
+                ASSERT_TRUE(CreateDirectories(g + std::u16string(file).substr(0, 2)));
+                ASSERT_TRUE(WriteFileAtomic(g + file, "dwg"));
+            }
     }
-
-    // First element: A unchanged, the catalogue now holds A only. Second
-    // element: B at 2 is new against that catalogue, so its folder stays.
-    stack.reply =
-        "<root dv=\"0\"><gallery gn=\"G\" gv=\"0\">"
-        "<item cs=\"A\" b_u=\"http://h/a\" ver=\"1\"><dwg fn=\"x.dwg\" size=\"1\" hi=\"0\"/></item></gallery>"
-        "<gallery gn=\"G\" gv=\"0\">"
-        "<item cs=\"B\" b_u=\"http://h/b\" ver=\"2\"><dwg fn=\"y.dwg\" size=\"1\" hi=\"0\"/></item></gallery>"
-        "</root>";
-    BuildFirstTree(store);
-    AdoptTreeUpdates(store);
-    EXPECT_TRUE(FileExists(g + u"/A/x.dwg"));
-    EXPECT_TRUE(FileExists(g + u"/B/y.dwg"));
-    ASSERT_EQ(store.root->dirChildren.size(), 1u);
-    ASSERT_EQ(store.root->dirChildren[0]->dirChildren.size(), 2u);  // both elements' classes
-    EXPECT_NE(test::ReadBytes(U8(g + u"/G.xdb")).find("<sub n=\"B\" ver=\"2\""), std::string::npos);
-
-    // A third run with B risen again against that catalogue does remove it.
-    stack.reply =
-        "<root dv=\"0\"><gallery gn=\"G\" gv=\"0\">"
-        "<item cs=\"B\" b_u=\"http://h/b\" ver=\"3\"><dwg fn=\"y.dwg\" size=\"1\" hi=\"0\"/></item>"
-        "</gallery></root>";
-    BuildFirstTree(store);
-    AdoptTreeUpdates(store);
-    EXPECT_FALSE(FileExists(g + u"/B/y.dwg"));
-    EXPECT_TRUE(FileExists(g + u"/A/x.dwg"));
+    EXPECT_NE(test::ReadBytes(U8(g + u"/G.xdb")).find("<sub n=\"B\" ver=\"3\""), std::string::npos);
 }

@@ -18,129 +18,96 @@ public:
     ScriptedStack(int number, std::vector<int>& log) : m_number(number), m_log(log) {}
     bool succeed = false;
     std::string reply;
-    std::string lastUrl, lastBody;
-    bool PostForm(const std::string& url, const std::string& body, std::string& response) override {
-        m_log.push_back(m_number);
-        lastUrl = url;
-        lastBody = body;
+    bool PostForm(const std::string& url, const std::string&, std::string& response) override {
         response = reply;
-        return succeed;
+        return Attempt(url);
     }
-    bool DownloadFile(const std::string& url, const std::u16string&, WindowHandle, uint16_t) override {
-        m_log.push_back(m_number);
-        lastUrl = url;
-        return succeed;
-    }
-    bool UploadFile(const std::string&, const std::u16string&, const std::u16string&, std::string& response,
+    bool DownloadFile(const std::string& url, const std::u16string&, WindowHandle, uint16_t) override { return Attempt(url); }
+    bool UploadFile(const std::string& url, const std::u16string&, const std::u16string&, std::string& response,
                     WindowHandle) override {
-        m_log.push_back(m_number);
         response = reply;
-        return succeed;
+        return Attempt(url);
     }
 
 private:
+    bool Attempt(const std::string&) {
+        m_log.push_back(m_number);
+        return succeed;
+    }
     int m_number;
     std::vector<int>& m_log;
 };
 
-struct Stacks {
-    std::vector<int> log;
-    ScriptedStack inet{0, log}, winhttp{1, log}, curl{2, log};
-    Stacks() {
-        InstallHttpStack(StackInet, &inet);
-        InstallHttpStack(StackWinHttp, &winhttp);
-        InstallHttpStack(StackCurl, &curl);
-    }
-    ~Stacks() { RestoreDefaultHttpStacks(); }
-};
-
 }  // namespace
 
+// Stacks: 0 WinINet, 1 WinHTTP, 2 libcurl. Posts and downloads start at the remembered
+// winner (libcurl when none) and go round; uploads always go WinHTTP, libcurl, WinINet,
+// and a WinINet success is not remembered.
 TEST(TransportRotation, StartsOnCurlThenRemembersTheWinner) {
     TempHome home;
-    Stacks s;
-    std::u16string out = u"stale";
-    // Nothing recorded: libcurl first, then WinINet, then WinHTTP; all fail, option untouched.
-    EXPECT_FALSE(PostForm(u"http://h/gallery/g_all", u"", out));
-    EXPECT_EQ(s.log, (std::vector<int>{2, 0, 1}));
-    EXPECT_EQ(GetOptionInt(u"FNetUseInet", -2), -2);
+    std::vector<int> log;
+    ScriptedStack stacks[] = {{0, log}, {1, log}, {2, log}};
+    for (int n = 0; n < 3; ++n) InstallHttpStack(n, &stacks[n]);
+    enum Call { Post, Download, Upload };
+    struct Step { int optionBefore; int winner; Call call; std::vector<int> attempts; int optionAfter; };
+    const Step steps[] = {
+        {-99, -1, Post, {2, 0, 1}, -2},  {1, 2, Post, {1, 2}, 2},         {-99, 2, Download, {2}, 2},
+        {0, -1, Post, {0, 1, 2}, 0},     {2, 0, Upload, {1, 2, 0}, 2},    {-99, 1, Upload, {1}, 1},
+    };
+    for (const Step& step : steps) {
+        SCOPED_TRACE(testing::Message() << "option " << step.optionBefore << " winner " << step.winner);
+        if (step.optionBefore != -99) WriteOptionInt(u"FNetUseInet", step.optionBefore);
+        for (int n = 0; n < 3; ++n) stacks[n].succeed = n == step.winner;
+        log.clear();
+        std::u16string out;
+        const bool ok = step.call == Post       ? PostForm(u"http://h/x", u"", out)
+                        : step.call == Download ? DownloadFile(u"http://h/b.dwg", u"/tmp/b.dwg", 0, 0)
+                                                : UploadFile(u"http://h/gallery/lfupload", u"", u"/tmp/a.zip", out, 0);
+        EXPECT_EQ(ok, step.winner >= 0);
+        EXPECT_EQ(log, step.attempts);
+        EXPECT_EQ(GetOptionInt(u"FNetUseInet", -2), step.optionAfter);
+    }
 
-    // Option 1 with WinHTTP failing: 1, then 2 succeeds and is written.
-    WriteOptionInt(u"FNetUseInet", 1);
-    s.log.clear();
-    s.curl.succeed = true;
-    s.curl.reply = std::string("success\0tail", 12);
-    EXPECT_TRUE(PostForm(u"http://h/gallery/favorite?n=门", u"name=门窗", out));
-    EXPECT_EQ(s.log, (std::vector<int>{1, 2}));
-    EXPECT_EQ(s.curl.lastUrl, "http://h/gallery/favorite?n=%E9%97%A8");
-    EXPECT_EQ(GetOptionInt(u"FNetUseInet", -2), 2);
-    EXPECT_EQ(out, u"success");  // a zero byte ends the reply
-    EXPECT_EQ(s.curl.lastBody, "name=\xE9\x97\xA8\xE7\xAA\x97");
-    // The bytes as they came, for a reader that decodes them itself: nothing cut.
-    std::string bytes = "stale";
-    s.log.clear();
-    EXPECT_TRUE(PostFormBytes(u"http://h/gallery/favorite?n=门", u"name=门窗", bytes));
-    EXPECT_EQ(s.log, (std::vector<int>{2}));
-    EXPECT_EQ(bytes, std::string("success\0tail", 12));
-
-    // The next call starts where the last one succeeded.
-    s.log.clear();
-    EXPECT_TRUE(DownloadFile(u"http://h/b/门 1.dwg", u"/tmp/x.dwg", 0, 0));
-    EXPECT_EQ(s.log, (std::vector<int>{2}));
-    EXPECT_EQ(s.curl.lastUrl, "http://h/b/%e9%97%a8%201.dwg");
-}
-
-TEST(TransportRotation, FailedPageStaysInOutAndUploadsKeepTheirOrder) {
-    TempHome home;
-    Stacks s;
-    s.inet.reply = "<html>500</html>";  // a server page on failure
+    // Replies: a zero byte ends the text, the bytes road keeps all; a failed call keeps the
+    // server's page, or leaves nothing of an earlier call. (The escaped URLs and UTF-8
+    // bodies on the wire are the wire test's.)
+    for (ScriptedStack& stack : stacks) stack.succeed = false;
+    stacks[2].reply = std::string("success\0tail", 12);
+    stacks[2].succeed = true;
+    WriteOptionInt(u"FNetUseInet", 2);
     std::u16string out;
+    std::string bytes = "stale";
+    EXPECT_TRUE(PostForm(u"http://h/x", u"", out));
+    EXPECT_EQ(out, u"success");
+    EXPECT_TRUE(PostFormBytes(u"http://h/x", u"", bytes));
+    EXPECT_EQ(bytes, std::string("success\0tail", 12));
+    stacks[2].succeed = false;
+    stacks[2].reply.clear();
+    stacks[0].reply = "<html>500</html>";
     WriteOptionInt(u"FNetUseInet", 0);
     EXPECT_FALSE(PostForm(u"http://h/x", u"", out));
-    EXPECT_EQ(s.log, (std::vector<int>{0, 1, 2}));
     EXPECT_EQ(out, u"<html>500</html>");
-    std::string bytes;
-    EXPECT_FALSE(PostFormBytes(u"http://h/x", u"", bytes));
-    EXPECT_EQ(bytes, "<html>500</html>");
-    // A call whose attempts all fail without a page leaves nothing of an earlier call.
-    s.inet.reply.clear();
+    stacks[0].reply.clear();
     EXPECT_FALSE(PostFormBytes(u"http://h/x", u"", bytes));
     EXPECT_EQ(bytes, "");
-    s.inet.reply = "<html>500</html>";
-
-    // Uploads: WinHTTP, libcurl, WinINet whatever the option says; WinINet writes nothing.
-    s.log.clear();
-    WriteOptionInt(u"FNetUseInet", 2);
-    s.inet.succeed = true;
-    s.inet.reply = "1";
-    EXPECT_TRUE(UploadFile(u"http://h/gallery/lfupload", u"", u"/tmp/a.zip", out, 0));
-    EXPECT_EQ(s.log, (std::vector<int>{1, 2, 0}));
-    EXPECT_EQ(GetOptionInt(u"FNetUseInet", -2), 2);
-    s.log.clear();
-    s.winhttp.succeed = true;
-    EXPECT_TRUE(UploadFile(u"http://h/gallery/lfupload", u"", u"/tmp/a.zip", out, 0));
-    EXPECT_EQ(s.log, (std::vector<int>{1}));
-    EXPECT_EQ(GetOptionInt(u"FNetUseInet", -2), 1);
 
     // Empty slots are skipped, not counted as attempts.
     InstallHttpStack(StackInet, nullptr);
     InstallHttpStack(StackWinHttp, nullptr);
-    s.log.clear();
-    s.curl.succeed = false;
+    log.clear();
     EXPECT_FALSE(DownloadFile(u"http://h/b.dwg", u"/tmp/b.dwg", 0, 0));
-    EXPECT_EQ(s.log, (std::vector<int>{2}));
+    EXPECT_EQ(log, std::vector<int>{2});
+    RestoreDefaultHttpStacks();
 }
 
 TEST(TransportRotation, DownloadUrlEscapingAndServiceBase) {
-    EXPECT_EQ(PercentEncodeDownloadUrl(u"http://h:80/a/b_c-d.e~f/门.dwg"),
-              "http://h:80/a/b_c-d.e~f/%e9%97%a8.dwg");
+    EXPECT_EQ(PercentEncodeDownloadUrl(u"http://h:80/a/b_c-d.e~f/门.dwg"), "http://h:80/a/b_c-d.e~f/%e9%97%a8.dwg");
     EXPECT_EQ(PercentEncodeDownloadUrl(u"a b\"#$%&+,;<=>?@[\\]^`{|}!'()*"),
               "a%20b%22%23%24%25%26%2b%2c%3b%3c%3d%3e%3f%40%5b%5c%5d%5e%60%7b%7c%7d!'()*");
     // Too long once escaped: the URL goes as it was.
-    const std::u16string longUrl = u"http://h/" + std::u16string(400, u'门');
     std::string raw = "http://h/";
     for (int i = 0; i < 400; ++i) raw += "\xE9\x97\xA8";
-    EXPECT_EQ(PercentEncodeDownloadUrl(longUrl), raw);
+    EXPECT_EQ(PercentEncodeDownloadUrl(u"http://h/" + std::u16string(400, u'门')), raw);
     EXPECT_EQ(EscapeRequestUrl(u"http://h:9/gallery/g_all_s?gallery_name=门 窗,A&B=1#%"),
               "http://h:9/gallery/g_all_s?gallery_name=%E9%97%A8%20%E7%AA%97,A&B=1%23%25");
     TempHome home;

@@ -22,16 +22,13 @@ namespace {
 // Accepts one connection, keeps the whole request and answers `reply`.
 class OneShotServer {
 public:
-    explicit OneShotServer(std::string reply) : m_reply(std::move(reply)) {
-        m_listen = socket(AF_INET, SOCK_STREAM, 0);
-        sockaddr_in addr{};
-        addr.sin_family = AF_INET;
-        addr.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        bind(m_listen, reinterpret_cast<sockaddr*>(&addr), sizeof addr);
+    explicit OneShotServer(std::string reply) : m_reply(std::move(reply)), m_listen(socket(AF_INET, SOCK_STREAM, 0)) {
+        sockaddr_in addr{.sin_family = AF_INET, .sin_port = 0, .sin_addr = {htonl(INADDR_LOOPBACK)}, .sin_zero = {}};
         socklen_t len = sizeof addr;
+        bind(m_listen, reinterpret_cast<sockaddr*>(&addr), len);
         getsockname(m_listen, reinterpret_cast<sockaddr*>(&addr), &len);
-        m_port = ntohs(addr.sin_port);
         listen(m_listen, 1);
+        m_base = W("http://127.0.0.1:" + std::to_string(ntohs(addr.sin_port)));
         m_thread = std::thread([this] { Serve(); });
     }
     ~OneShotServer() {
@@ -39,7 +36,7 @@ public:
         close(m_listen);
         if (m_thread.joinable()) m_thread.join();
     }
-    std::u16string base() const { return W("http://127.0.0.1:" + std::to_string(m_port)); }
+    const std::u16string& base() const { return m_base; }
     std::string request() {
         if (m_thread.joinable()) m_thread.join();
         return m_request;
@@ -49,25 +46,21 @@ private:
     void Serve() {
         const int c = accept(m_listen, nullptr, nullptr);
         if (c < 0) return;
-        char buf[65536];
         // Read the head, then as much body as Content-Length announces.
-        for (;;) {
+        for (char buf[65536];;) {
             const ssize_t n = recv(c, buf, sizeof buf, 0);
             if (n <= 0) break;
             m_request.append(buf, static_cast<size_t>(n));
-            const size_t head = m_request.find("\r\n\r\n");
-            if (head == std::string::npos) continue;
-            size_t length = 0;
-            const size_t cl = m_request.find("Content-Length: ");
-            if (cl != std::string::npos && cl < head) length = std::stoul(m_request.substr(cl + 16));
-            if (m_request.size() >= head + 4 + length) break;
+            const size_t head = m_request.find("\r\n\r\n"), cl = m_request.find("Content-Length: ");
+            const size_t length = cl < head ? std::stoul(m_request.substr(cl + 16)) : 0;
+            if (head != std::string::npos && m_request.size() >= head + 4 + length) break;
         }
         send(c, m_reply.data(), m_reply.size(), MSG_NOSIGNAL);
         close(c);
     }
     std::string m_reply, m_request;
-    int m_listen = -1;
-    int m_port = 0;
+    int m_listen;
+    std::u16string m_base;
     std::thread m_thread;
 };
 

@@ -36,7 +36,7 @@ std::map<std::string, std::string> ReadZip(const std::string& path) {
 
 }  // namespace
 
-TEST(ZipFolder, NamesEntriesWithDoubleSlashesAndKeepsContent) {
+TEST(ZipFolder, NamesEntriesWithDoubleSlashesKeepsContentAndFailsOnlyForABadTarget) {
     TempHome home;
     const std::string a = home.file("a");
     std::filesystem::create_directories(a + "/c");
@@ -46,21 +46,11 @@ TEST(ZipFolder, NamesEntriesWithDoubleSlashesAndKeepsContent) {
     for (size_t i = 0; i < big.size(); ++i) big[i] = static_cast<char>(i * 7 % 251);  // crosses the read piece
     test::WriteBytes(a + "/c/d", big);
     test::WriteBytes(a + "/c/门.dwg", "");
-
     ASSERT_TRUE(ZipFolder(W(a), W(home.file("out.zip"))));
-    const auto entries = ReadZip(home.file("out.zip"));
-    ASSERT_EQ(entries.size(), 5u);
-    EXPECT_EQ(entries.at("a//b"), "bee");
-    EXPECT_EQ(entries.at("a//c/"), "");
-    EXPECT_EQ(entries.at("a//c//d"), big);
-    EXPECT_EQ(entries.at("a//c//门.dwg"), "");
-    EXPECT_EQ(entries.at("a//空/"), "");
-}
-
-TEST(ZipFolder, MissingFolderGivesEmptyArchiveAndBadTargetFails) {
-    TempHome home;
+    EXPECT_EQ(ReadZip(home.file("out.zip")),
+              (std::map<std::string, std::string>{{"a//b", "bee"}, {"a//c/", ""}, {"a//c//d", big}, {"a//c//门.dwg", ""}, {"a//空/", ""}}));
+    // A missing folder gives an empty archive.
     ASSERT_TRUE(ZipFolder(W(home.file("missing")), W(home.file("empty.zip"))));
-    EXPECT_TRUE(ReadZip(home.file("empty.zip")).empty());
-    EXPECT_TRUE(std::filesystem::exists(home.file("empty.zip")));
+    EXPECT_TRUE(std::filesystem::exists(home.file("empty.zip")) && ReadZip(home.file("empty.zip")).empty());
     EXPECT_FALSE(ZipFolder(W(home.dir()), W(home.file("no/such/dir/x.zip"))));
 }

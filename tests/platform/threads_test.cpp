@@ -17,7 +17,6 @@ TEST(Threads, AFailedStartAnswersFalseRunsNothingAndTheNextStartWorks) {
     EXPECT_FALSE(StartDetachedThread([&runs, token] { ++runs; }));
     EXPECT_FALSE(t.joinable());
     EXPECT_EQ(token.use_count(), 1) << "the work of a failed start is destroyed";
-
     ASSERT_TRUE(StartThread(t, [&runs, token] { ++runs; }));
     t.join();
     // A throwing body ends its worker, not the process.

@@ -3,8 +3,8 @@
 
 #include <gtest/gtest.h>
 
-#include <memory>
 #include <string>
+#include <utility>
 
 #include "platform/files.h"
 #include "platform/text.h"
@@ -19,24 +19,18 @@ namespace marrowfin::test {
 class StoreFixture : public ::testing::Test {
 protected:
     void SetUp() override {
-        home = std::make_unique<TempHome>();
-        rootPath = W(home->documentsDir()) + u"/Orsolen";
+        rootPath = W(home.documentsDir()) + u"/Orsolen";
         ASSERT_TRUE(CreateDirectories(rootPath));
         store.root = new GalleryNode(u"", rootPath, kRootName, kKindDir, false, false, 0);
     }
-    void TearDown() override {
-        SubtreeDeleter()(store.root);
-        store.root = nullptr;
-        home.reset();
-    }
+    void TearDown() override { SubtreeDeleter()(std::exchange(store.root, nullptr)); }
 
     GalleryNode* AddGallery(const std::u16string& name, bool boutique = false) {
         auto* g = new GalleryNode(kRootName, rootPath + u"/" + name, name, kKindDir, false, boutique, 0);
         AddChild(store.root, g, false);
         return g;
     }
-    static GalleryNode* AddClass(GalleryNode* gallery, const std::u16string& name, int32_t version,
-                                 const std::u16string& base) {
+    static GalleryNode* AddClass(GalleryNode* gallery, const std::u16string& name, int32_t version, const std::u16string& base) {
         auto* c = new GalleryNode(gallery->name, gallery->path + u"/" + name, name, kKindDir, false, false, 0);
         c->version = version;
         c->remoteBase = base;
@@ -49,17 +43,14 @@ protected:
         AddChild(cls, b, false);
         return b;
     }
-    std::string DataFile(const std::string& name) const {
-        return ReadBytes(SourceDir() + "/tests/store/data/" + name);
-    }
-    // Writes an empty stand-in block file so that the list filters see it.
+    static std::string DataFile(const std::string& name) { return ReadBytes(SourceDir() + "/tests/store/data/" + name); }
+    // Writes a stand-in block file so that the list filters see it.
     static void Touch(const std::u16string& path) {
-        const size_t slash = path.find_last_of(u'/');
-        CreateDirectories(path.substr(0, slash));
+        CreateDirectories(path.substr(0, path.find_last_of(u'/')));
         WriteBytes(U8(path), "x");
     }
 
-    std::unique_ptr<TempHome> home;
+    TempHome home;
     std::u16string rootPath;
     GalleryStore store;
 };

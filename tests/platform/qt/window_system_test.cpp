@@ -2,7 +2,9 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <set>
 #include <thread>
+#include <tuple>
 #include <vector>
 
 #include "platform/qt/qt_window_system.h"
@@ -31,6 +33,7 @@ public:
     };
     std::vector<Seen> seen;
     bool keepPayloads = true;
+    int restartsLeft = -1;  // from 0 up: a timer handler that kills its timer, then restarts it so often
     std::vector<std::unique_ptr<MessagePayload>> kept;
 
 protected:
@@ -42,72 +45,59 @@ protected:
         seen.push_back({m->Message(), m->WParam(), m->LParam(), v});
         if (keepPayloads && m->Payload()) kept.push_back(m->TakePayload());
         m->result = static_cast<std::intptr_t>(m->WParam() * 2);
+        if (m->Message() == WM_TIMER_MESSAGE && restartsLeft >= 0) {
+            KillTimer(HandleOf(this), m->WParam());
+            if (restartsLeft-- > 0) SetTimer(HandleOf(this), m->WParam(), 10);
+        }
         return true;
     }
 };
 
 using test::Pump;
 
-TEST(QtWindowSystem, HandlesLiveAndDieWithTheirObjects) {
-    EXPECT_FALSE(IsWindow(0));
+TEST(QtWindowSystem, HandlesSendAndPost) {
     auto* a = new Receiver;
     auto* b = new Receiver;
-    WindowHandle ha = HandleOf(a);
-    WindowHandle hb = HandleOf(b);
-    EXPECT_NE(ha, 0u);
-    EXPECT_NE(ha, hb);
-    EXPECT_EQ(HandleOf(a), ha) << "a second ask gives the same handle";
-    EXPECT_TRUE(IsWindow(ha));
-    EXPECT_EQ(ObjectOf(ha), a);
+    const WindowHandle ha = HandleOf(a), hb = HandleOf(b);
+    EXPECT_TRUE(ha != 0 && ha != hb && HandleOf(a) == ha && ObjectOf(ha) == a);
+    EXPECT_EQ(SendWindowMessage(ha, 0x9dc, 21, 7), 42);  // answered at once
+    EXPECT_TRUE(PostWindowMessage(hb, 0x9dd, 3, -5));
+    EXPECT_EQ(a->seen.size() + b->seen.size(), 1u) << "a post is not delivered before the loop runs";
+    Pump(20);
+    ASSERT_EQ(b->seen.size(), 1u);
+    EXPECT_EQ(std::make_tuple(b->seen[0].message, b->seen[0].wParam, b->seen[0].lParam), std::make_tuple(0x9ddu, 3u, -5));
     delete a;
-    EXPECT_FALSE(IsWindow(ha));
-    EXPECT_EQ(ObjectOf(ha), nullptr);
-    EXPECT_TRUE(IsWindow(hb));
-    // A new object never gets an old handle back.
+    EXPECT_FALSE(IsWindow(ha) || ObjectOf(ha) || IsWindow(0) || HandleOf(nullptr));
     auto* c = new Receiver;
-    EXPECT_NE(HandleOf(c), ha);
-    EXPECT_EQ(HandleOf(nullptr), 0u);
+    EXPECT_NE(HandleOf(c), ha) << "a new object never gets an old handle back";
+    // Sending or posting to the dead answers 0 or false and frees the payload at once.
+    EXPECT_EQ(SendWindowMessage(ha, 1, 5, 0, std::make_unique<CountedPayload>(1)), 0);
+    EXPECT_FALSE(PostWindowMessage(ha, 0x9de, 0, 0, std::make_unique<CountedPayload>(1)));
+    EXPECT_EQ(CountedPayload::alive.load(), 0);
+    // Posted to a window that dies before the loop runs: Qt drops the events and their payloads.
+    for (int i = 0; i < 10; ++i) PostWindowMessage(hb, 0x9de, 0, 0, std::make_unique<CountedPayload>(i));
     delete b;
+    EXPECT_EQ(CountedPayload::alive.load(), 0);
+    // A receiver that doesn't take the payload: freed with the event.
+    c->keepPayloads = false;
+    PostWindowMessage(HandleOf(c), 1, 0, 0, std::make_unique<CountedPayload>(9));
+    Pump(20);
+    ASSERT_EQ(c->seen.size(), 1u);
+    EXPECT_EQ(c->seen[0].payloadValue, 9);
+    EXPECT_EQ(CountedPayload::alive.load(), 0);
     delete c;
 }
 
-TEST(QtWindowSystem, SendAnswersAtOncePostWaitsForTheLoop) {
+TEST(QtWindowSystem, PostsFromWorkersArriveInOrderPerThreadAndRaceADeathSafely) {
     Receiver r;
-    WindowHandle h = HandleOf(&r);
-    EXPECT_EQ(SendWindowMessage(h, 0x9dc, 21, 7), 42);
-    ASSERT_EQ(r.seen.size(), 1u);
-    EXPECT_TRUE(PostWindowMessage(h, 0x9dd, 3, -5));
-    EXPECT_EQ(r.seen.size(), 1u) << "a post is not delivered before the loop runs";
-    Pump(20);
-    ASSERT_EQ(r.seen.size(), 2u);
-    EXPECT_EQ(r.seen[1].message, 0x9ddu);
-    EXPECT_EQ(r.seen[1].wParam, 3u);
-    EXPECT_EQ(r.seen[1].lParam, -5);
-    // Sending to nothing answers 0 and frees the payload.
-    EXPECT_EQ(SendWindowMessage(0, 1, 1), 0);
-    {
-        WindowHandle dead = 0;
-        {
-            Receiver gone;
-            dead = HandleOf(&gone);
-        }
-        EXPECT_EQ(SendWindowMessage(dead, 1, 5, 0, std::make_unique<CountedPayload>(1)), 0);
-        EXPECT_EQ(CountedPayload::alive.load(), 0);
-    }
-}
-
-TEST(QtWindowSystem, PostsFromWorkersArriveInOrderPerThread) {
-    Receiver r;
-    WindowHandle h = HandleOf(&r);
-    constexpr int kThreads = 4;
-    constexpr int kEach = 500;
+    const WindowHandle h = HandleOf(&r);
+    constexpr int kThreads = 4, kEach = 500;
     std::vector<std::thread> workers;
-    for (int t = 0; t < kThreads; ++t) {
+    for (int t = 0; t < kThreads; ++t)
         workers.emplace_back([h, t] {
             for (int i = 0; i < kEach; ++i)
                 PostWindowMessage(h, 0x9de, static_cast<std::uintptr_t>(t), i, std::make_unique<CountedPayload>(i));
         });
-    }
     for (auto& w : workers) w.join();
     Pump(50);
     ASSERT_EQ(r.seen.size(), static_cast<size_t>(kThreads * kEach));
@@ -115,39 +105,14 @@ TEST(QtWindowSystem, PostsFromWorkersArriveInOrderPerThread) {
     for (const auto& s : r.seen) {
         ASSERT_LT(s.wParam, static_cast<std::uintptr_t>(kThreads));
         EXPECT_EQ(s.lParam, next[s.wParam]) << "thread " << s.wParam << " out of order";
-        EXPECT_EQ(s.payloadValue, next[s.wParam]);
-        ++next[s.wParam];
+        EXPECT_EQ(s.payloadValue, next[s.wParam]++);
     }
     EXPECT_EQ(CountedPayload::alive.load(), kThreads * kEach) << "taken payloads belong to the receiver";
     r.kept.clear();
-    EXPECT_EQ(CountedPayload::alive.load(), 0);
-}
-
-TEST(QtWindowSystem, PayloadsOfDroppedMessagesAreFreed) {
-    // Posted to a window that dies before the loop runs: Qt drops the event.
-    auto* r = new Receiver;
-    WindowHandle h = HandleOf(r);
-    for (int i = 0; i < 10; ++i) EXPECT_TRUE(PostWindowMessage(h, 0x9de, 0, 0, std::make_unique<CountedPayload>(i)));
-    EXPECT_EQ(CountedPayload::alive.load(), 10);
-    delete r;
-    EXPECT_EQ(CountedPayload::alive.load(), 0);
-    // Posted to a handle already dead: refused and freed at once.
-    EXPECT_FALSE(PostWindowMessage(h, 0x9de, 0, 0, std::make_unique<CountedPayload>(1)));
-    EXPECT_EQ(CountedPayload::alive.load(), 0);
-    EXPECT_FALSE(PostText(h, 0x7ef, 2, u"/a/b.dwg"));
-    // A receiver that doesn't take the payload: freed with the event.
-    Receiver lazy;
-    lazy.keepPayloads = false;
-    PostWindowMessage(HandleOf(&lazy), 1, 0, 0, std::make_unique<CountedPayload>(9));
-    Pump(20);
-    ASSERT_EQ(lazy.seen.size(), 1u);
-    EXPECT_EQ(lazy.seen[0].payloadValue, 9);
-    EXPECT_EQ(CountedPayload::alive.load(), 0);
-
     // A worker racing the window's death never leaks nor crashes.
     for (int round = 0; round < 20; ++round) {
         auto* victim = new Receiver;
-        WindowHandle vh = HandleOf(victim);
+        const WindowHandle vh = HandleOf(victim);
         std::atomic<bool> go{true};
         std::thread worker([&] {
             while (go.load()) PostWindowMessage(vh, 2, 0, 0, std::make_unique<CountedPayload>(round));
@@ -161,73 +126,42 @@ TEST(QtWindowSystem, PayloadsOfDroppedMessagesAreFreed) {
     }
 }
 
-TEST(WindowTimers, RestartingAnIdCollapsesABurstIntoOneTick) {
+TEST(WindowTimers, RestartsCollapseABurstKillsAndDeathEndThem) {
     Receiver r;
-    WindowHandle h = HandleOf(&r);
-    EXPECT_FALSE(SetTimer(0, 1008, 10));
-    EXPECT_FALSE(KillTimer(h, 1008)) << "nothing runs yet";
+    const WindowHandle h = HandleOf(&r);
+    EXPECT_FALSE(SetTimer(0, 1008, 10) || KillTimer(h, 1008));
     // Ten restarts in a row, each within the interval: only the last one ticks.
-    for (int i = 0; i < 10; ++i) {
-        EXPECT_TRUE(SetTimer(h, 1008, 60));
-        Pump(15);
-    }
+    for (int i = 0; i < 10; ++i, Pump(15)) EXPECT_TRUE(SetTimer(h, 1008, 60));
     EXPECT_TRUE(r.seen.empty()) << "a restart must replace the running timer";
-    EXPECT_TRUE(IsTimerRunning(h, 1008));
     Pump(90);
     ASSERT_GE(r.seen.size(), 1u);
-    EXPECT_EQ(r.seen[0].message, WM_TIMER_MESSAGE);
-    EXPECT_EQ(r.seen[0].wParam, 1008u);
+    EXPECT_EQ(std::make_pair(r.seen[0].message, r.seen[0].wParam), std::make_pair(uint32_t(WM_TIMER_MESSAGE), std::uintptr_t(1008)));
     EXPECT_TRUE(KillTimer(h, 1008));
-    EXPECT_FALSE(IsTimerRunning(h, 1008));
-    size_t ticks = r.seen.size();
-    Pump(100);
-    EXPECT_EQ(r.seen.size(), ticks) << "a killed timer stays quiet";
-
-    // Two ids run side by side and are told apart by wParam.
     r.seen.clear();
+    // Two ids run side by side, told apart by wParam; killed, they stay quiet.
     SetTimer(h, 2, 20);
     SetTimer(h, 3, 20);
     Pump(70);
-    KillTimer(h, 2);
-    KillTimer(h, 3);
-    int twos = 0, threes = 0;
-    for (const auto& s : r.seen) (s.wParam == 2 ? twos : threes)++;
-    EXPECT_GE(twos, 1);
-    EXPECT_GE(threes, 1);
-}
+    EXPECT_TRUE(KillTimer(h, 2) && KillTimer(h, 3) && !IsTimerRunning(h, 2));
+    std::set<std::uintptr_t> ids;
+    for (const auto& s : r.seen) ids.insert(s.wParam);
+    EXPECT_EQ(ids, (std::set<std::uintptr_t>{2, 3}));
+    const size_t ticks = r.seen.size();
+    Pump(100);
+    EXPECT_EQ(r.seen.size(), ticks) << "a killed timer stays quiet";
 
-// A one-shot timer kills itself first in its handler, then maybe restarts.
-class OneShot final : public QObject {
-public:
-    int ticks = 0;
-    bool restart = true;
-
-protected:
-    bool event(QEvent* e) override {
-        if (e->type() != WindowMessageEvent::EventType()) return QObject::event(e);
-        auto* m = static_cast<WindowMessageEvent*>(e);
-        if (m->Message() != WM_TIMER_MESSAGE) return true;
-        KillTimer(HandleOf(this), m->WParam());
-        ++ticks;
-        if (restart && ticks < 3) SetTimer(HandleOf(this), m->WParam(), 10);
-        return true;
-    }
-};
-
-TEST(WindowTimers, HandlersMayKillAndRestartTheirOwnTimerAndDeathEndsThem) {
-    OneShot s;
-    SetTimer(HandleOf(&s), 7, 10);
+    // A handler may kill its own timer first, then restart it.
+    r.restartsLeft = 2;
+    SetTimer(h, 7, 10);
     Pump(150);
-    EXPECT_EQ(s.ticks, 3);
-    EXPECT_FALSE(IsTimerRunning(HandleOf(&s), 7));
-
-    auto* doomed = new OneShot;
-    WindowHandle dh = HandleOf(doomed);
+    EXPECT_EQ(r.seen.size(), ticks + 3);
+    EXPECT_FALSE(IsTimerRunning(h, 7));
+    auto* doomed = new Receiver;
+    const WindowHandle dh = HandleOf(doomed);
     SetTimer(dh, 9, 5);
     delete doomed;  // its timers go with it
     Pump(30);
-    EXPECT_FALSE(IsTimerRunning(dh, 9));
-    EXPECT_FALSE(SetTimer(dh, 9, 5));
+    EXPECT_FALSE(IsTimerRunning(dh, 9) || SetTimer(dh, 9, 5));
 }
 
 }  // namespace

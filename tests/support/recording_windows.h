@@ -1,5 +1,6 @@
 #pragma once
-// A window system for tests: window 1 is alive and records what it is posted.
+// A window system for tests: window 1 is alive and records what it is posted;
+// a message sent to it answers its number plus wParam.
 
 #include <mutex>
 #include <string>
@@ -24,7 +25,9 @@ public:
         m_records.push_back(std::move(r));
         return true;
     }
-    std::intptr_t Send(WindowHandle, WindowMessage) override { return 0; }
+    std::intptr_t Send(WindowHandle w, WindowMessage m) override {
+        return IsWindow(w) ? static_cast<std::intptr_t>(m.message + m.wParam) : 0;
+    }
 
     struct Record {
         uint32_t message;
