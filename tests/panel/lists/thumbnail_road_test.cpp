@@ -27,6 +27,8 @@ std::string PreviewDrawing() { return test::ReadBytes(test::SharedDir() + "/test
 
 void DoubleClickItem(CDWGListView* list, int item) {
     list->EnsureVisible(item);
+    // The scroll and a closing tip settle before the cell is aimed at.
+    test::Pump(50);
     QWidget* top = list->window();
     QTest::mouseDClick(top->windowHandle(), Qt::LeftButton, {}, list->mapTo(top, list->IconRect(item).center()));
     QCoreApplication::processEvents();
