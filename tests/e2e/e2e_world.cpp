@@ -18,6 +18,9 @@ namespace {
 
 // The host's loop: every event of every object is offered to the panel first.
 class HostLoopFilter final : public QObject {
+public:
+    using QObject::QObject;
+
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override {
         MarrowfinMsg message{watched, event};
@@ -50,7 +53,8 @@ void MakeWorld(float rate, int shown) {
     world->host->show();
     MarrowfinSetMainWindow(world->host);
     world->hostHandle = MarrowfinWindowOf(world->host);
-    qApp->installEventFilter(new HostLoopFilter);
+    // Owned by the application, which outlives every case of the program.
+    qApp->installEventFilter(new HostLoopFilter(qApp));
     FirstSynchro();
 }
 
