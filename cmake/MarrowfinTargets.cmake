@@ -11,6 +11,11 @@ if(MARROWFIN_SANITIZE)
   string(REPLACE ";" "," _san "${MARROWFIN_SANITIZE}")
   add_compile_options(-fsanitize=${_san} -fno-omit-frame-pointer -fno-sanitize-recover=all)
   add_link_options(-fsanitize=${_san})
+  if("address" IN_LIST MARROWFIN_SANITIZE)
+    # The standard library's own bounds checks catch what the address checks
+    # cannot see: an index past the size but inside a container's capacity.
+    add_compile_definitions(_GLIBCXX_ASSERTIONS)
+  endif()
 endif()
 
 if(MARROWFIN_FUZZ)

@@ -37,6 +37,9 @@ E2eWorld& World() { return *g_world; }
 
 // The host's loop: every event of every object is offered to the panel first.
 class HostLoopFilter final : public QObject {
+public:
+    using QObject::QObject;
+
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override {
         MarrowfinMsg message{watched, event};
@@ -53,7 +56,8 @@ public:
         g_world->host.show();
         MarrowfinSetMainWindow(&g_world->host);
         g_world->hostHandle = MarrowfinWindowOf(&g_world->host);
-        qApp->installEventFilter(new HostLoopFilter);
+        // Owned by the application, which outlives every case of the program.
+        qApp->installEventFilter(new HostLoopFilter(qApp));
         FirstSynchro();
     }
     void TearDown() override {

@@ -216,7 +216,7 @@ TEST(ThumbnailRoad, ABlockInFlightOrTooSmallIsRefusedWithTheTipAndAskedFor) {
     AddGalleryToShowList(gallery);
     BuildFirstTree(w.store);
     AdoptTreeUpdates(w.store);
-    w.service.faults().set("/files/*", {.latencyMs = 4000});  // the files in view stay in flight
+    w.service.faults().set("/files/*", {.latencyMs = 20000});  // the files in view stay in flight
     w.MakePanel();
     RecordingHost host;
     w.panel->hostWindow = HandleOf(&host);
