@@ -1,12 +1,14 @@
-// The skin's look: buttons of every recipe in their states, the class tabs,
-// the picker's buttons, the scroll and progress bars and the tip box, at two
-// rates where the layout scales, against reference pictures.
+// The skin's look against reference pictures: buttons of every recipe in
+// their states, the class tabs, the picker's buttons (a description moves the
+// caption left, an empty one keeps it centred), the scroll and progress bars
+// and the tip box, at two rates where the layout scales.
 #include <gtest/gtest.h>
 
 #include <QCoreApplication>
 #include <QListWidget>
 #include <QPainter>
 #include <functional>
+#include <tuple>
 #include <vector>
 
 #include "skin/pop_tip_dlg.h"
@@ -100,7 +102,8 @@ struct PickerSpec {
 const PickerSpec kPickerButtons[] = {
     {1, 150, 40, "沙发", 0, 0, 0, 0, 1, nullptr},       {1, 150, 40, "沙发", 1, 0, 1, 0, 1, nullptr},
     {1, 150, 40, "欧式家具", 0, 1, 0, 0, 0, nullptr},   {1, 150, 40, "欧式家具", 1, 1, 1, 0, 1, nullptr},
-    {1, 180, 40, "门窗", 0, 0, 0, 0, 0, "平面"},        {2, 110, 33, "精品图库", 0, 1, 0, 0, 0, nullptr},
+    {1, 180, 40, "门窗", 0, 0, 0, 0, 0, "平面"},        {1, 180, 40, "门窗", 0, 0, 0, 0, 0, ""},
+    {2, 110, 33, "精品图库", 0, 1, 0, 0, 0, nullptr},
     {2, 110, 33, "精品图库", 1, 1, 0, 0, 0, nullptr},   {2, 110, 33, "通用图库", 1, 0, 0, 0, 0, nullptr},
     {3, 84, 36, "建筑", 0, 0, 0, 1, 1, nullptr},        {3, 84, 36, "建筑", 1, 0, 0, 0, 0, nullptr},
     {3, 84, 36, "精品", 1, 1, 0, 0, 0, nullptr},        {4, 17, 40, "<", 0, 0, 0, 0, 1, nullptr},
@@ -175,7 +178,6 @@ QImage ScrollBars() {
 QImage ProgressBars() {
     QWidget window;
     window.resize(240, 80);
-    const int positions[] = {50, 30, 100};
     for (int i = 0; i < 3; ++i) {
         auto* bar = new CProgressCtrlOwner(&window);
         bar->setGeometry(20, 16 + 20 * i, 200, 8);
@@ -184,31 +186,27 @@ QImage ProgressBars() {
             bar->UseGreyGround();
             bar->UseLightOutline();
         }
-        bar->SetPos(positions[i]);
+        bar->SetPos(i == 0 ? 50 : i * 70 - 40);  // 50, 30, 100
     }
     return WithHover(window);
 }
 
 QImage TipBox(bool twoLines) {
     CPopTipDlg dlg;
-    if (twoLines)
+    if (twoLines) {
         dlg.Configure(QStringLiteral("删除文件夹是一个很长很长很长的标题"), true, QStringLiteral("确定删除该文件夹吗？"),
                       QStringLiteral("文件夹内的图块将一并删除"), QStringLiteral("删除"), QStringLiteral("取消"));
-    else
+    } else {
         dlg.Configure(QStringLiteral("提示"), false, QStringLiteral("图块正在下载，请稍后再试"), QString(),
                       QStringLiteral("确定"), QStringLiteral("取消"));
+    }
     dlg.OnInitDialog();
     return WithHover(dlg);
 }
 
-struct Scene {
-    const char* name;
-    std::function<QImage()> draw;
-    bool scales;  // drawn at both rates, else at 1.0 only
-};
-
 TEST(SkinPictures, EverySceneMatchesItsReference) {
-    const Scene scenes[] = {
+    // Name, drawing, drawn at both rates (else at 1.0 only).
+    const std::tuple<const char*, std::function<QImage()>, bool> scenes[] = {
         {"buttons", SkinButtons, true},
         {"subclass_tabs", SubclassTabs, true},
         {"picker_buttons", PickerButtons, true},
@@ -217,12 +215,11 @@ TEST(SkinPictures, EverySceneMatchesItsReference) {
         {"scroll_bars", ScrollBars, false},
         {"progress_bars", ProgressBars, false},
     };
-    for (const Scene& scene : scenes) {
+    for (const auto& [scene, draw, scales] : scenes) {
         for (float rate : {1.0f, 1.5f}) {
-            if (!scene.scales && rate != 1.0f) continue;
+            if (!scales && rate != 1.0f) continue;
             test::UseRate(rate);
-            const std::string name = std::string(scene.name) + (rate == 1.0f ? "_rate_1.0" : "_rate_1.5");
-            EXPECT_TRUE(test::MatchesReference(scene.draw(), "skin", name));
+            EXPECT_TRUE(test::MatchesReference(draw(), "skin", scene + std::string(rate == 1.0f ? "_rate_1.0" : "_rate_1.5")));
         }
     }
     test::UseRate(1.0f);
