@@ -49,7 +49,7 @@ protected:
     static void TearDownTestSuite() { delete home; }  // the panel stays, as in a host
     void SetUp() override {
         host->records.clear();
-        panel->hostWindow = HostHandle();
+        panel->hostWindow = HandleOf(host);
         panel->ShowPanel();
     }
     static intptr_t CopyData(uintptr_t code, const char16_t* text) {
@@ -58,29 +58,30 @@ protected:
     static intptr_t Control(uintptr_t code, intptr_t lParam) {
         return MarrowfinSendPanelControl(panel->Handle(), code, lParam);
     }
-    static WindowHandle HostHandle() { return HandleOf(host); }
+    // Runs `during` inside the feedback wait's modal loop, with the wait and a tick.
+    static void FeedbackWait(const std::function<void(CDomodalDlg*, const std::function<void()>&)>& during) {
+        QTimer::singleShot(0, [&] {
+            CDomodalDlg* wait = nullptr;
+            for (QWidget* w : QApplication::topLevelWidgets())
+                if (auto* d = qobject_cast<CDomodalDlg*>(w); d && d->isVisible()) wait = d;
+            ASSERT_NE(wait, nullptr);
+            during(wait, [wait] {
+                WindowMessageEvent tick(WindowMessage{WM_TIMER_MESSAGE, CDomodalDlg::kTimerId, 0, nullptr});
+                QCoreApplication::sendEvent(wait, &tick);
+                QCoreApplication::sendPostedEvents();  // the notices are posted
+            });
+        });
+        panel->FeedbackButton();
+    }
 
     static inline marrowfin::test::TempHome* home = nullptr;
     static inline RecordingHost* host = nullptr;
     static inline CBrindleDlg* panel = nullptr;
 };
 
-// The wait dialog that runs modally now, or null.
-CDomodalDlg* RunningWait() {
-    for (QWidget* w : QApplication::topLevelWidgets())
-        if (auto* wait = qobject_cast<CDomodalDlg*>(w); wait && wait->isVisible()) return wait;
-    return nullptr;
-}
-
-void Tick(CDomodalDlg* wait) {
-    WindowMessageEvent tick(WindowMessage{WM_TIMER_MESSAGE, CDomodalDlg::kTimerId, 0, nullptr});
-    QCoreApplication::sendEvent(wait, &tick);
-    QCoreApplication::sendPostedEvents();  // the notices are posted
-}
-
 }  // namespace
 
-TEST_F(HostLink, CopyDataSetsModeTokenAndUserAsTheHostWroteThem) {
+TEST_F(HostLink, OrdersSetModeTokenAndUserAsTheHostWroteThem) {
     panel->userId = 9;
     panel->userToken = u"keep";
     for (uintptr_t unknown : {410u, 417u, 999u}) EXPECT_EQ(CopyData(unknown, u"5&^&x"), 0);
@@ -94,54 +95,17 @@ TEST_F(HostLink, CopyDataSetsModeTokenAndUserAsTheHostWroteThem) {
     EXPECT_EQ(panel->userToken, u"t-415");
     // 416: split at the first separator; an empty number counts as 1; a huge
     // one saturates rather than wrapping; without the separator nothing changes.
-    struct Case { const char16_t* text; int32_t user; const char16_t* token; };
-    const Case cases[] = {
+    const std::tuple<const char16_t*, int32_t, const char16_t*> cases[] = {
         {u"&^&tok&^&tail", 1, u"tok&^&tail"}, {u"12345&^&abc", 12345, u"abc"}, {u"-2&^&", -2, u""},
         {u"99999999999&^&big", INT32_MAX, u"big"}, {u"77&^", INT32_MAX, u"big"},
     };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(U8(c.text));
-        EXPECT_EQ(CopyData(416, c.text), 0);
-        EXPECT_EQ(panel->userId, c.user);
-        EXPECT_EQ(panel->userToken, c.token);
+    for (const auto& [text, user, token] : cases) {
+        EXPECT_EQ(CopyData(416, text), 0);
+        EXPECT_EQ(panel->userId, user) << U8(text);
+        EXPECT_EQ(panel->userToken, token) << U8(text);
     }
-}
-
-TEST_F(HostLink, LocationsAnswerOneAndOnlyTheCollectionsWordOpensAnything) {
-    KillTimer(panel->Handle(), 2000);
-    const int page = panel->m_page, pending = panel->m_pendingClass;
-    const bool force = panel->m_forceList;
-    QCoreApplication::sendPostedEvents();
-    marrowfin::test::MessageRecorder posted(panel);
-    EXPECT_EQ(CopyData(411, u"\\门窗\\推拉门"), 1);
-    EXPECT_EQ(posted.Count(MARROWFIN_COPY_DATA, 0), 1);
-    EXPECT_EQ(posted.Take().size(), 1u);  // the order itself, and nothing it posted
-    EXPECT_EQ(panel->m_page, page);
-    EXPECT_EQ(panel->m_pendingClass, pending);
-    EXPECT_EQ(panel->m_forceList, force);
-    EXPECT_FALSE(IsTimerRunning(panel->Handle(), 2000));
-    // With the word it answers 1 as well, and the host's flag lasts this step only.
-    EXPECT_EQ(CopyData(411, u"\\我的收藏\\1"), 1);
-    EXPECT_FALSE(panel->m_hostAskedCollections);
-    // 412 shows the panel whatever the location.
-    panel->HidePanel();
-    EXPECT_EQ(CopyData(412, u""), 1);
-    EXPECT_TRUE(panel->isVisible());
-    EXPECT_TRUE(host->records.empty());
-}
-
-TEST_F(HostLink, ControlsClearTheModeForTheHostOnlySetTheUserAndSignOut) {
-    // 4 compares on the low 32 bits; a handle of another window changes nothing.
-    panel->showMode = u"PMMC";
-    EXPECT_EQ(Control(4, static_cast<intptr_t>(HandleOf(panel->m_classList))), 0);
-    EXPECT_EQ(panel->showMode, u"PMMC");
-    EXPECT_EQ(Control(4, static_cast<intptr_t>(HostHandle() | (uint64_t{0xABCD} << 32))), 0);
-    EXPECT_EQ(panel->showMode, u"");
-    EXPECT_EQ(Control(5, 4321), 0);
-    EXPECT_EQ(panel->userId, 4321);
     // Signing out forgets the user; on the collections entry (class 1) the search text goes too.
     for (int classIndex : {1, 3}) {
-        SCOPED_TRACE(classIndex);
         panel->userId = 77;
         panel->userToken = u"secret";
         panel->m_classIndex = classIndex;
@@ -150,13 +114,29 @@ TEST_F(HostLink, ControlsClearTheModeForTheHostOnlySetTheUserAndSignOut) {
         EXPECT_EQ(Control(6, 0), 0);
         EXPECT_EQ(panel->userId, -1);
         EXPECT_EQ(panel->userToken, u"");
-        EXPECT_EQ(panel->m_searchEdit->text(), classIndex == 1 ? QString() : QStringLiteral("门"));
+        EXPECT_EQ(panel->m_searchEdit->text(), classIndex == 1 ? QString() : QStringLiteral("门")) << classIndex;
     }
     panel->m_page = PageBrowse;
+    EXPECT_TRUE(host->records.empty());
 }
 
-TEST_F(HostLink, TheModeIsTheHostsLastWordAndOrdersReachOnlyThePanel) {
+TEST_F(HostLink, LocationsAndTheHostsCallsSteerThePanelAndItsMode) {
     const WindowHandle handle = panel->Handle();
+    KillTimer(handle, 2000);
+    const int page = panel->m_page, pending = panel->m_pendingClass;
+    QCoreApplication::sendPostedEvents();
+    // A location answers 1 and opens nothing; only the collections word would.
+    EXPECT_EQ(CopyData(411, u"\\门窗\\推拉门"), 1);
+    QCoreApplication::sendPostedEvents();
+    EXPECT_EQ(panel->m_page, page);
+    EXPECT_EQ(panel->m_pendingClass, pending);
+    EXPECT_FALSE(IsTimerRunning(handle, 2000));
+    EXPECT_EQ(CopyData(411, u"\\我的收藏\\1"), 1);
+    EXPECT_FALSE(panel->m_hostAskedCollections) << "the host's flag lasts this step only";
+    panel->HidePanel();
+    EXPECT_EQ(CopyData(412, u""), 1);  // 412 shows the panel whatever the location
+    EXPECT_TRUE(panel->isVisible());
+
     panel->HidePanel();
     SearchBrindleRes(u"推拉门", u"PMMC");
     EXPECT_EQ(panel->showMode, u"PMMC");
@@ -178,36 +158,26 @@ TEST_F(HostLink, TheModeIsTheHostsLastWordAndOrdersReachOnlyThePanel) {
     ShowGallery(nullptr, u"YL");
     EXPECT_TRUE(panel->isVisible());
     EXPECT_EQ(panel->showMode, u"YL");
-    // Orders to the host's handle do not reach the panel, though it exists.
-    EXPECT_EQ(MarrowfinSendCopyData(HostHandle(), 415, u"lost"), 0);
-    EXPECT_EQ(MarrowfinSendPanelControl(HostHandle(), 5, 1), 0);
-    EXPECT_NE(panel->userToken, u"lost");
-    EXPECT_NE(panel->userId, 1);
     EXPECT_TRUE(host->records.empty());
 }
 
 TEST_F(HostLink, FeedbackWaitRemindsEveryThirdTickUntilTheUserChanges) {
     std::vector<int> noticesAtTick;
     bool disabledDuring = false, hiddenDuring = false;
-    QTimer::singleShot(0, [&] {  // runs inside the wait's modal loop
-        CDomodalDlg* wait = RunningWait();
-        ASSERT_NE(wait, nullptr);
+    FeedbackWait([&](CDomodalDlg* wait, const std::function<void()>& tick) {
         // The wait blocks the panel's caller, not the host: its feedback form stays usable.
         EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
         disabledDuring = !panel->isEnabled();
         hiddenDuring = !panel->isVisible();
-        // Enter would close an ordinary dialog.
-        QTest::keyClick(wait, Qt::Key_Return);
+        QTest::keyClick(wait, Qt::Key_Return);  // Enter would close an ordinary dialog
         QTest::keyClick(wait, Qt::Key_Enter);
-        EXPECT_EQ(RunningWait(), wait);
-        for (int tick = 1; tick <= 7; ++tick) {
-            Tick(wait);
+        for (int i = 1; i <= 7; ++i) {
+            tick();
             noticesAtTick.push_back(static_cast<int>(host->Notices(MARROWFIN_NOTICE_FEEDBACK_WAITING).size()));
         }
         Control(5, 31);  // the host reports back: the next tick ends it
-        Tick(wait);
+        tick();
     });
-    panel->FeedbackButton();
     EXPECT_TRUE(disabledDuring);
     EXPECT_TRUE(hiddenDuring);
     EXPECT_TRUE(panel->isEnabled());
@@ -221,15 +191,12 @@ TEST_F(HostLink, FeedbackWaitEndsWhenTheHostWindowGoes) {
     auto* doomed = new RecordingHost;
     panel->hostWindow = HandleOf(doomed);
     QPointer<RecordingHost> watch(doomed);
-    QTimer::singleShot(0, [&] {
-        CDomodalDlg* wait = RunningWait();
-        ASSERT_NE(wait, nullptr);
-        Tick(wait);
-        Tick(wait);
+    FeedbackWait([&](CDomodalDlg*, const std::function<void()>& tick) {
+        tick();
+        tick();
         delete doomed;  // two ticks counted, then the host is gone
-        Tick(wait);
+        tick();
     });
-    panel->FeedbackButton();
     EXPECT_TRUE(watch.isNull());
     EXPECT_EQ(panel->userId, -2);  // nobody answered
     EXPECT_TRUE(panel->isEnabled());
@@ -237,7 +204,7 @@ TEST_F(HostLink, FeedbackWaitEndsWhenTheHostWindowGoes) {
 }
 
 TEST_F(HostLink, InsertionsOwnTheirPathUntilTheHostTakesIt) {
-    EXPECT_TRUE(PostHostInsertion(HostHandle(), 3, u"/d/Orsolen/门窗/推拉门/a.dwg"));
+    EXPECT_TRUE(PostHostInsertion(HandleOf(host), 3, u"/d/Orsolen/门窗/推拉门/a.dwg"));
     QCoreApplication::sendPostedEvents();
     ASSERT_EQ(host->Requests(3).size(), 1u);
     EXPECT_EQ(host->Requests(3)[0].text, u"/d/Orsolen/门窗/推拉门/a.dwg");
@@ -252,7 +219,7 @@ TEST_F(HostLink, InsertionsOwnTheirPathUntilTheHostTakesIt) {
     int32_t permission = -1;
     SendHostRequest(0, MARROWFIN_REQUEST_PERMISSION, &permission);
     EXPECT_EQ(permission, -1);
-    SendHostRequest(HostHandle(), MARROWFIN_REQUEST_PERMISSION, &permission);
+    SendHostRequest(HandleOf(host), MARROWFIN_REQUEST_PERMISSION, &permission);
     EXPECT_EQ(permission, 0);
 }
 
@@ -295,7 +262,6 @@ TEST_F(HostLink, BoutiqueAnswersFromTheTreeAndCachesIt) {
     EXPECT_EQ(panel->m_boutiqueCache.size(), 1u);
     EXPECT_EQ(IsBlkBoutique(u"/d/Orsolen/精品/门/a.dwg"), 0);
     EXPECT_EQ(IsBlkBoutique(u"/d/Orsolen/普通/墙/b.dwg"), 1);
-
     store.root = savedRoot;
     DestroySubtree(root);
     delete root;
