@@ -129,9 +129,7 @@ TEST(Exports, NothingIsMadeBeforeAPanelIsAskedFor) {
     EXPECT_EQ(IsDLLHwnd(hostHandle), 0);
     HideGallery();
     CloseGallery();
-    QKeyEvent f5(QEvent::KeyPress, Qt::Key_F5, Qt::NoModifier);
-    MarrowfinMsg message{&World().host, &f5};
-    EXPECT_EQ(GaDllPretanslateMsg(&message), 0);
+    EXPECT_EQ(PreTranslateKey(&World().host, Qt::Key_F5), 0);
     EXPECT_EQ(GaDllPretanslateMsg(nullptr), 0);
     // Orders to a window that is no panel answer 0 and reach nobody.
     EXPECT_EQ(MarrowfinSendCopyData(hostHandle, 412, u"\\x"), 0);

@@ -85,8 +85,7 @@ TEST_F(HostLink, OrdersSetModeTokenAndUserAsTheHostWroteThem) {
     panel->userId = 9;
     panel->userToken = u"keep";
     for (uintptr_t unknown : {410u, 417u, 999u}) EXPECT_EQ(CopyData(unknown, u"5&^&x"), 0);
-    EXPECT_EQ(panel->userId, 9);
-    EXPECT_EQ(panel->userToken, u"keep");
+    EXPECT_EQ(std::tie(panel->userId, panel->userToken), std::make_tuple(9, std::u16string(u"keep")));
     EXPECT_EQ(CopyData(413, u"YL"), 0);
     EXPECT_EQ(panel->showMode, u"YL");
     EXPECT_EQ(CopyData(413, nullptr), 0);  // a null text is the empty one
@@ -101,8 +100,7 @@ TEST_F(HostLink, OrdersSetModeTokenAndUserAsTheHostWroteThem) {
     };
     for (const auto& [text, user, token] : cases) {
         EXPECT_EQ(CopyData(416, text), 0);
-        EXPECT_EQ(panel->userId, user) << U8(text);
-        EXPECT_EQ(panel->userToken, token) << U8(text);
+        EXPECT_EQ(std::tie(panel->userId, panel->userToken), std::make_tuple(user, std::u16string(token))) << U8(text);
     }
     // Signing out forgets the user; on the collections entry (class 1) the search text goes too.
     for (int classIndex : {1, 3}) {
@@ -112,8 +110,7 @@ TEST_F(HostLink, OrdersSetModeTokenAndUserAsTheHostWroteThem) {
         panel->m_page = PageSearch;
         panel->m_searchEdit->setText(QStringLiteral("门"));
         EXPECT_EQ(Control(6, 0), 0);
-        EXPECT_EQ(panel->userId, -1);
-        EXPECT_EQ(panel->userToken, u"");
+        EXPECT_EQ(std::tie(panel->userId, panel->userToken), std::make_tuple(-1, std::u16string()));
         EXPECT_EQ(panel->m_searchEdit->text(), classIndex == 1 ? QString() : QStringLiteral("门")) << classIndex;
     }
     panel->m_page = PageBrowse;
@@ -128,8 +125,7 @@ TEST_F(HostLink, LocationsAndTheHostsCallsSteerThePanelAndItsMode) {
     // A location answers 1 and opens nothing; only the collections word would.
     EXPECT_EQ(CopyData(411, u"\\门窗\\推拉门"), 1);
     QCoreApplication::sendPostedEvents();
-    EXPECT_EQ(panel->m_page, page);
-    EXPECT_EQ(panel->m_pendingClass, pending);
+    EXPECT_EQ(std::tie(panel->m_page, panel->m_pendingClass), std::tie(page, pending));
     EXPECT_FALSE(IsTimerRunning(handle, 2000));
     EXPECT_EQ(CopyData(411, u"\\我的收藏\\1"), 1);
     EXPECT_FALSE(panel->m_hostAskedCollections) << "the host's flag lasts this step only";
@@ -139,8 +135,7 @@ TEST_F(HostLink, LocationsAndTheHostsCallsSteerThePanelAndItsMode) {
 
     panel->HidePanel();
     SearchBrindleRes(u"推拉门", u"PMMC");
-    EXPECT_EQ(panel->showMode, u"PMMC");
-    EXPECT_EQ(panel->m_page, PageSearch);
+    EXPECT_EQ(std::tie(panel->showMode, panel->m_page), std::make_tuple(std::u16string(u"PMMC"), int(PageSearch)));
     // The collections from the host: the search page is left first, row 1
     // comes through the switch timer, the panel stays hidden.
     panel->HidePanel();
@@ -178,9 +173,7 @@ TEST_F(HostLink, FeedbackWaitRemindsEveryThirdTickUntilTheUserChanges) {
         Control(5, 31);  // the host reports back: the next tick ends it
         tick();
     });
-    EXPECT_TRUE(disabledDuring);
-    EXPECT_TRUE(hiddenDuring);
-    EXPECT_TRUE(panel->isEnabled());
+    EXPECT_TRUE(disabledDuring && hiddenDuring && panel->isEnabled());
     EXPECT_EQ(panel->userId, 31);
     EXPECT_EQ(noticesAtTick, (std::vector<int>{0, 0, 1, 1, 1, 2, 2}));
     EXPECT_EQ(host->NoticeOrder(), (std::vector<intptr_t>{13, 14, 14}));

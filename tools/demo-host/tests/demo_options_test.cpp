@@ -1,11 +1,7 @@
-// The demo host's command line and the sample folder it reads gallery names from.
+// The demo host's command line, at the bounds of each option.
 #include <gtest/gtest.h>
 
-#include <QFile>
-#include <QTemporaryDir>
-
 #include "demo_options.h"
-#include "sample_galleries.h"
 
 namespace marrowfin::demo {
 namespace {
@@ -33,23 +29,6 @@ TEST(DemoOptions, ReadsEveryOptionWithinItsBoundsAndDefaultsTheRest) {
         {"--tour", "/t", "--bogus"}, {"tour"},
     };
     for (const QStringList& args : bad) EXPECT_FALSE(Parse(args).error.isEmpty()) << args.join(' ').toStdString();
-}
-
-TEST(SampleGalleries, ReadsGalleryLinesInOrderWithoutRepeats) {
-    QTemporaryDir dir;
-    QFile f(dir.filePath(QStringLiteral("library.tsv")));
-    ASSERT_TRUE(f.open(QIODevice::WriteOnly));
-    f.write("# a comment\ndv\t0\r\n"
-            "gallery\t\xe5\xbb\xba\xe7\xad\x91\xe9\x97\xa8\xe7\xaa\x97\t0\r\n"  // 建筑门窗, CRLF
-            "class\t\xe5\xbb\xba\xe7\xad\x91\xe9\x97\xa8\xe7\xaa\x97\tSliding Doors\t3\n"
-            "gallery\tTitle Blocks\t1\ngallery\tTitle Blocks\t1\n"  // repeated
-            "gallery\t\t0\n#gallery\tCommented\t0\ngalleryX\tNot one\t0\n"
-            "gallery\tLast Without Newline\t0");
-    f.close();
-    QString error;
-    EXPECT_EQ(ReadSampleGalleries(dir.path(), &error),
-              (QStringList{QStringLiteral("建筑门窗"), QStringLiteral("Title Blocks"), QStringLiteral("Last Without Newline")}));
-    EXPECT_TRUE(error.isEmpty());
 }
 
 }  // namespace
