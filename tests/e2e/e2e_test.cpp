@@ -123,24 +123,6 @@ protected:
 
 }  // namespace
 
-TEST(Exports, NothingIsMadeBeforeAPanelIsAskedFor) {
-    const uint64_t hostHandle = World().hostHandle;
-    EXPECT_EQ(IsBlkBoutique(nullptr), 0);
-    EXPECT_EQ(IsDLLHwnd(hostHandle), 0);
-    HideGallery();
-    CloseGallery();
-    EXPECT_EQ(PreTranslateKey(&World().host, Qt::Key_F5), 0);
-    EXPECT_EQ(GaDllPretanslateMsg(nullptr), 0);
-    // Orders to a window that is no panel answer 0 and reach nobody.
-    EXPECT_EQ(MarrowfinSendCopyData(hostHandle, 412, u"\\x"), 0);
-    EXPECT_EQ(MarrowfinSendPanelControl(hostHandle, 3, static_cast<intptr_t>(hostHandle)), 0);
-    Spin(50);
-    EXPECT_EQ(GetGallery(), 0u);
-    EXPECT_EQ(FindPanel(), nullptr);
-    EXPECT_TRUE(World().host.records.empty());
-    EXPECT_FALSE(fs::exists(StoreRoot() / "RecentlyUse.xml"));  // nothing to save
-}
-
 TEST(Exports, ShowMakesOnePanelUnderTheMainWindowAndAsksForTheChannelOnce) {
     ASSERT_TRUE(WaitForFirstTree(15000));
     show();

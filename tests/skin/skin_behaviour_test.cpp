@@ -8,6 +8,7 @@
 #include <QTimer>
 #include <QtTest/QTest>
 #include <functional>
+#include <tuple>
 
 #include "platform/qt/qt_window_system.h"
 #include "skin/pop_tip_dlg.h"
@@ -39,18 +40,14 @@ TEST(SkinButton, ClicksHoverAndCursor) {
     test::Click(b, QPoint(10, 10));
     test::Press(b, QPoint(10, 10));  // released outside: no click
     test::Release(b, QPoint(-10, -10));
-    EXPECT_EQ(clicks, 1);
     test::MoveTo(b, QPoint(5, 5));
-    EXPECT_TRUE(b->hover);
-    EXPECT_EQ(b->cursor().shape(), Qt::PointingHandCursor);
+    EXPECT_EQ(std::make_tuple(clicks, b->hover, b->cursor().shape()), std::make_tuple(1, true, Qt::PointingHandCursor));
     test::MoveAway(&window);
-    EXPECT_FALSE(b->hover) << "leaving must clear the hover";
-    EXPECT_EQ(b->cursor().shape(), Qt::ArrowCursor);
+    EXPECT_EQ(std::make_tuple(b->hover, b->cursor().shape()), std::make_tuple(false, Qt::ArrowCursor)) << "leaving clears the hover";
     b->setEnabled(false);
     test::MoveTo(b, QPoint(5, 5));
-    EXPECT_TRUE(b->hover) << "hover shows on a disabled button too";
     test::Click(b, QPoint(10, 10));
-    EXPECT_EQ(clicks, 1);
+    EXPECT_EQ(std::make_tuple(clicks, b->hover), std::make_tuple(1, true)) << "hover shows on a disabled button too";
 }
 
 TEST(SubclassButton, CaptionRuleAndPostedClicks) {
@@ -101,8 +98,7 @@ struct Bar {
 
 TEST(ScrollBarRv, ZonesMoveByLinesPagesAndEnds) {
     Bar f(300);
-    EXPECT_EQ(f.bar->ThumbLength(), 26);
-    EXPECT_EQ(f.bar->Thumb().top(), 20);
+    EXPECT_EQ(std::make_tuple(f.bar->ThumbLength(), f.bar->Thumb().top()), std::make_tuple(26, 20));
     // Click point, button, position after, code posted (-1: nothing posted).
     const std::tuple<int, Qt::MouseButton, int, int> steps[] = {
         {290, Qt::LeftButton, 180, SB_LINEDOWN}, {250, Qt::LeftButton, 279, SB_PAGEDOWN},
@@ -128,18 +124,16 @@ TEST(ScrollBarRv, DragTracksReleaseSetsAndAHeldZoneRepeats) {
     Bar f(300);
     const QPoint grip = f.bar->Thumb().center();
     test::Press(f.bar, grip);
-    EXPECT_TRUE(f.bar->Dragging());
     QTest::mouseMove(f.bar, grip + QPoint(0, 117));  // half the travel of 234
     QCoreApplication::processEvents();
-    EXPECT_EQ(f.Last(), SB_THUMBTRACK);
+    EXPECT_TRUE(f.bar->Dragging() && f.Last() == SB_THUMBTRACK);
     EXPECT_NEAR(f.Pos(), 500, 5);
     QTest::mouseMove(f.bar, QPoint(5, 1000));  // far below: clamped
     QCoreApplication::processEvents();
     EXPECT_EQ(f.Pos(), 1000);
     test::Release(f.bar, grip + QPoint(0, 117));
     QCoreApplication::processEvents();
-    EXPECT_FALSE(f.bar->Dragging());
-    EXPECT_EQ(f.Last(), SB_THUMBPOSITION);
+    EXPECT_TRUE(!f.bar->Dragging() && f.Last() == SB_THUMBPOSITION);
     EXPECT_NEAR(f.Pos(), 500, 5);
 
     Bar g(300, 0, 100000, 100);
@@ -171,8 +165,7 @@ TEST(ScrollBarRv, EdgeSizesAndRanges) {
     f.bar->SetInfo(info);
     EXPECT_FALSE(f.bar->isVisible()) << "the new state lands in message order";
     QCoreApplication::processEvents();
-    EXPECT_TRUE(f.bar->isVisible());
-    EXPECT_EQ(f.Pos(), 200);
+    EXPECT_TRUE(f.bar->isVisible() && f.Pos() == 200);
 
     // The list's thin bar replaces its own, and the wheel still scrolls.
     QListWidget list;
