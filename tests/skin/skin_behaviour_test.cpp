@@ -1,6 +1,5 @@
 // What the pictures can't show: clicks and posts, hover and cursors, the
-// scroll bars' zones and arithmetic, the progress bar's range and the tip
-// box's results.
+// scroll bars' zones and arithmetic, and the tip box's results.
 #include <gtest/gtest.h>
 
 #include <QListWidget>
@@ -12,7 +11,6 @@
 
 #include "platform/qt/qt_window_system.h"
 #include "skin/pop_tip_dlg.h"
-#include "skin/progress_ctrl_owner.h"
 #include "skin/scroll_bar_ex.h"
 #include "skin/scroll_bar_rv.h"
 #include "skin/skin_button.h"
@@ -51,10 +49,8 @@ TEST(SkinButton, ClicksHoverAndCursor) {
 }
 
 TEST(SubclassButton, CaptionRuleAndPostedClicks) {
-    const std::pair<const char16_t*, const char16_t*> captions[] = {
-        {u"..上级", u"..上级"}, {u"门窗..平开门", u"平开门"}, {u"a..b..c", u"b..c"}, {u"门窗", u"门窗"}};
-    for (const auto& [given, shown] : captions)
-        EXPECT_EQ(CSubclassButton::ShownCaption(QString::fromUtf16(given)), QString::fromUtf16(shown));
+    // The caption rule ("a..b" shows "b", "..a" stays) is in the tabs' picture.
+    EXPECT_EQ(CSubclassButton::ShownCaption(QStringLiteral("a..b..c")), QStringLiteral("b..c"));
     test::UseRate(1.0f);
     QWidget owner;
     test::MessageRecorder seen(&owner, true);
@@ -183,22 +179,6 @@ TEST(ScrollBarRv, EdgeSizesAndRanges) {
     EXPECT_LT(bar->value(), before);
 }
 
-TEST(ProgressCtrlOwner, PositionsOutsideTheRangeAreRefused) {
-    CProgressCtrlOwner bar;
-    EXPECT_EQ(bar.SetPos(101), -1);
-    EXPECT_EQ(bar.SetPos(-1), -1);
-    EXPECT_EQ(bar.GetPos(), 0) << "a refused position leaves the bar";
-    EXPECT_EQ(bar.SetPos(100), 0);
-    bar.SetRange(200, 300);
-    bar.ResetRange();  // minimum 200 is not below 100: unchanged
-    EXPECT_EQ(bar.SetPos(50), -1);
-    bar.SetRange(20, 300);
-    bar.SetPos(250);
-    bar.ResetRange();
-    EXPECT_EQ(bar.GetPos(), 0);
-    EXPECT_EQ(bar.SetPos(101), -1);
-}
-
 TEST(PopTipDlg, ButtonsCloseAndEscapeGiveTheirResults) {
     auto run = [](CPopTipDlg& dlg, const std::function<void()>& act) {
         QTimer::singleShot(0, &dlg, act);
@@ -206,14 +186,12 @@ TEST(PopTipDlg, ButtonsCloseAndEscapeGiveTheirResults) {
     };
     test::UseRate(1.0f);
     CPopTipDlg one;
-    one.Configure(QStringLiteral("提示"), false, QStringLiteral("图块正在下载"), QString(), QStringLiteral("确定"),
-                  QStringLiteral("取消"));
+    one.Configure(QStringLiteral("提示"), false, QStringLiteral("下载中"), QString(), QStringLiteral("确定"), QString());
     one.OnInitDialog();
     EXPECT_FALSE(one.CancelButton()->isVisibleTo(&one));
     EXPECT_EQ(run(one, [&] { test::Click(one.OkButton(), QPoint(5, 5)); }), 1);
     CPopTipDlg two;
-    two.Configure(QStringLiteral("删除"), true, QStringLiteral("确定删除该文件夹吗？"), QStringLiteral("一并删除"),
-                  QStringLiteral("删除"), QStringLiteral("取消"));
+    two.Configure(QStringLiteral("删除"), true, QStringLiteral("删除吗？"), QString(), QStringLiteral("删除"), QStringLiteral("取消"));
     two.OnInitDialog();
     EXPECT_EQ(run(two, [&] { test::Click(two.CancelButton(), QPoint(5, 5)); }), 2);
     EXPECT_EQ(run(two, [&] { test::Click(two.CloseButton(), QPoint(3, 3)); }), 2);

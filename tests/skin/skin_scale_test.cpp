@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <QFontInfo>
-#include <QFontMetrics>
 #include <QImage>
 #include <QPainter>
 #include <tuple>
@@ -64,17 +63,8 @@ TEST(SkinFonts, HeightsFollowTheRateAndTheFaceIsCjk) {
     const std::pair<float, int> heights[] = {{0.87f, 18}, {1.0f, 18}, {1.5f, 22}, {1.28f, 21},
                                              {1.99f, 26}, {2.0f, 26}, {2.56f, 36}, {5.0f, 80}};
     for (const auto& [rate, height] : heights) EXPECT_EQ(FontHeightForRate(rate), height) << rate;
-    // The heights are character cells (what a face rasterises is in the pictures).
-    SetSkinRateForTest(1.5f);
-    const std::pair<SkinFont, int> cells[] = {
-        {SkinFont::Normal, 22}, {SkinFont::Title, 34}, {SkinFont::Medium, 24}, {SkinFont::LargeBold, 26}};
-    for (const auto& [f, cell] : cells) {
-        EXPECT_EQ(FontCellHeight(f), cell);
-        EXPECT_LE(QFontMetrics(Font(f)).height(), cell) << "the face fits its cell";
-    }
-    EXPECT_EQ(Font(SkinFont::LargeBold).weight(), QFont::Bold);
+    // The faces in their cells are in the pictures; underlining is not.
     EXPECT_TRUE(Font(SkinFont::Underlined).underline());
-    SetSkinRateForTest(1.0f);
     // Without a CJK face every Chinese text of the module would be boxes.
     ASSERT_TRUE(HasCjkFont()) << "no CJK font installed; family in use: " << SkinFontFamily().toStdString();
     QFontInfo info(Font(SkinFont::Normal));
@@ -114,12 +104,8 @@ TEST(SkinSheet, LoadsByBucketOrDrawsNothing) {
     EXPECT_FALSE(LoadSkinSheetFrom(QStringLiteral("/nonexistent/images_1.png")));
     EXPECT_TRUE(SkinSheet().isNull());
     // The real sheets the build rasterised lie beside this program (_1 and _2 are in the pictures).
-    QImage one(ModuleFolder() + "/BrindleSkin/images_1.png");
-    QImage four(ModuleFolder() + "/BrindleSkin/images_4.png");
-    EXPECT_EQ(four.width(), static_cast<int>(one.width() * 3.5));
-    EXPECT_EQ(SkinSheetPath(), ModuleFolder() + "/BrindleSkin/images_1.png");
-    EXPECT_TRUE(LoadSkinSheet());
-    EXPECT_EQ(SkinSheet().size(), one.size());
+    const QImage one(ModuleFolder() + "/BrindleSkin/images_1.png");
+    EXPECT_EQ(QImage(ModuleFolder() + "/BrindleSkin/images_4.png").width(), static_cast<int>(one.width() * 3.5));
 }
 
 }  // namespace
