@@ -107,26 +107,18 @@ const PickerSpec kPickerButtons[] = {
     {2, 110, 33, "精品图库", 1, 1, 0, 0, 0, nullptr},   {2, 110, 33, "通用图库", 1, 0, 0, 0, 0, nullptr},
     {3, 84, 36, "建筑", 0, 0, 0, 1, 1, nullptr},        {3, 84, 36, "建筑", 1, 0, 0, 0, 0, nullptr},
     {3, 84, 36, "精品", 1, 1, 0, 0, 0, nullptr},        {4, 17, 40, "<", 0, 0, 0, 0, 1, nullptr},
-    {5, 84, 30, "默认排序", 0, 0, 0, 0, 0, nullptr},    {5, 84, 30, "最新上传", 1, 0, 0, 0, 0, nullptr},
+    {5, 84, 30, "默认排序", 0, 0, 0, 0, 0, nullptr},    {5, 84, 30, "最新上传", 1, 0, 0, 0, 0, nullptr},    {4, 17, 40, ">", 0, 0, 0, 0, 0, nullptr},
 };
 
+// Four to a row; the ">" arrow is disabled.
 QImage PickerButtons() {
     QWidget window;
     std::vector<QWidget*> hovered;
-    int x = ScaleUnits(10), y = ScaleUnits(10), rowH = 0;
-    auto place = [&](const QString& caption, int w, int h) {
-        auto* b = new CSelTypeclassButton(&window);
-        if (x + ScaleUnits(w) > ScaleUnits(640)) {
-            x = ScaleUnits(10);
-            y += rowH + ScaleUnits(10);
-        }
-        b->Create(caption, true, QRect(x, y, ScaleUnits(w), ScaleUnits(h)), &window, 2000);
-        x += ScaleUnits(w + 10);
-        rowH = std::max(rowH, ScaleUnits(h));
-        return b;
-    };
+    int i = 0;
     for (const PickerSpec& s : kPickerButtons) {
-        auto* b = place(QString::fromUtf8(s.caption), s.w, s.h);
+        auto* b = new CSelTypeclassButton(&window);
+        b->Create(QString::fromUtf8(s.caption), true, ScaleBox(10 + 190 * (i % 4), 10 + 50 * (i / 4), s.w, s.h), &window, 2000);
+        ++i;
         b->kind = s.kind;
         b->checked = s.checked;
         b->boutique = s.boutique;
@@ -134,12 +126,10 @@ QImage PickerButtons() {
         b->kindIsNew = s.kindIsNew;
         b->showDesc = s.describe != nullptr;
         b->describe = QString::fromUtf8(s.describe);
+        b->setEnabled(s.caption[0] != '>');
         if (s.hover) hovered.push_back(b);
     }
-    auto* disabled = place(QStringLiteral(">"), 17, 40);
-    disabled->kind = 4;
-    disabled->setEnabled(false);
-    window.resize(ScaleUnits(650), y + rowH + ScaleUnits(10));
+    window.resize(ScaleUnits(770), ScaleUnits(210));
     return WithHover(window, hovered);
 }
 
