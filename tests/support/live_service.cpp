@@ -34,11 +34,7 @@ const std::string& SampleLibrary(const SampleShape& shape) {
     if (!dir.empty()) return dir;
     std::string made = (std::filesystem::temp_directory_path() / "marrowfin-sample-XXXXXX").string();
     if (!mkdtemp(made.data())) throw std::runtime_error("mkdtemp failed");
-    service::SampleOptions options;
-    options.galleries = shape.galleries;
-    options.classes = shape.classes;
-    options.blocks = shape.blocks;
-    const service::SampleResult result = service::GenerateSample(made, options);
+    const service::SampleResult result = service::GenerateSample(made, {shape.galleries, shape.classes, shape.blocks});
     if (!result.ok) throw std::runtime_error("sample generation failed: " + result.error);
     return dir = made;
 }
