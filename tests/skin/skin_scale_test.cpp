@@ -96,10 +96,9 @@ TEST(SkinSheet, LoadsByBucketOrDrawsNothing) {
     UnloadSkinSheetForTest();
     QImage target(20, 20, QImage::Format_ARGB32);
     target.fill(Qt::white);
-    {
-        QPainter p(&target);
-        DrawCell(p, QRect(0, 0, 20, 20), 0, 0, 10, 10);  // no sheet: nothing
-    }
+    QPainter p(&target);
+    DrawCell(p, QRect(0, 0, 20, 20), 0, 0, 10, 10);  // no sheet: nothing
+    p.end();
     EXPECT_EQ(target.pixel(5, 5), qRgb(255, 255, 255));
     EXPECT_FALSE(LoadSkinSheetFrom(QStringLiteral("/nonexistent/images_1.png")));
     EXPECT_TRUE(SkinSheet().isNull());
