@@ -17,7 +17,6 @@
 #include "panel/dialog/brindle_dlg.h"
 #include "panel/dialog/domodal_dlg.h"
 #include "panel/dialog/host_requests.h"
-#include "panel/lists/class_list_ctrl.h"
 #include "platform/profile.h"
 #include "platform/qt/qt_window_system.h"
 #include "platform/qt/window_message_event.h"
