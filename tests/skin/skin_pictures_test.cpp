@@ -134,10 +134,10 @@ QImage PickerButtons() {
 }
 
 // The moved-child bar at its ends and in the middle, one held by its thumb,
-// and the list bar at the top and the bottom of its list.
-QImage ScrollBars() {
+// the list bar at the top and the bottom of its list, and the progress bars.
+QImage Bars() {
     QWidget window;
-    window.resize(330, 320);
+    window.resize(330, 410);
     std::vector<CScrollBarRv*> bars;
     for (int i = 0; i < 4; ++i) {
         auto* bar = new CScrollBarRv;
@@ -156,6 +156,19 @@ QImage ScrollBars() {
         (new CScrollBarEx)->Attach(lists[i]);
         lists[i]->setGeometry(130 + 100 * i, 10, 90, 300);
     }
+    // Progress at 50 in the first recipe, 30 and 100 in the second, and 60
+    // where 101 and -1 came after it: refused, the bar stays.
+    const std::vector<int> steps[] = {{50}, {30}, {100}, {60, 101, -1}};
+    for (int i = 0; i < 4; ++i) {
+        auto* bar = new CProgressCtrlOwner(&window);
+        bar->setGeometry(20, 326 + 20 * i, 200, 8);
+        if (i > 0) {
+            bar->UseBlueFill();
+            bar->UseGreyGround();
+            bar->UseLightOutline();
+        }
+        for (int pos : steps[i]) bar->SetPos(pos);
+    }
     EXPECT_TRUE(test::ShowExposed(&window));
     QCoreApplication::processEvents();  // the posted size messages make the thumbs
     lists[1]->scrollToBottom();
@@ -163,22 +176,6 @@ QImage ScrollBars() {
     const QImage out = WithHover(window);
     test::Release(bars[3], bars[3]->Thumb().center());
     return out;
-}
-
-QImage ProgressBars() {
-    QWidget window;
-    window.resize(240, 80);
-    for (int i = 0; i < 3; ++i) {
-        auto* bar = new CProgressCtrlOwner(&window);
-        bar->setGeometry(20, 16 + 20 * i, 200, 8);
-        if (i > 0) {
-            bar->UseBlueFill();
-            bar->UseGreyGround();
-            bar->UseLightOutline();
-        }
-        bar->SetPos(i == 0 ? 50 : i * 70 - 40);  // 50, 30, 100
-    }
-    return WithHover(window);
 }
 
 QImage TipBox(bool twoLines) {
@@ -202,8 +199,7 @@ TEST(SkinPictures, EverySceneMatchesItsReference) {
         {"picker_buttons", PickerButtons, true},
         {"tip_one_line", [] { return TipBox(false); }, true},
         {"tip_two_lines", [] { return TipBox(true); }, true},
-        {"scroll_bars", ScrollBars, false},
-        {"progress_bars", ProgressBars, false},
+        {"bars", Bars, false},
     };
     for (const auto& [scene, draw, scales] : scenes) {
         for (float rate : {1.0f, 1.5f}) {
