@@ -30,7 +30,6 @@ struct E2eWorld {
     std::unique_ptr<TempHome> home = std::make_unique<TempHome>();
     LiveService service;  // after the home: it writes the profile
     RecordingHost host;
-    uint64_t hostHandle = 0;
 };
 E2eWorld* g_world = nullptr;
 E2eWorld& World() { return *g_world; }
@@ -52,7 +51,6 @@ public:
         g_world->host.resize(320, 200);
         g_world->host.show();
         MarrowfinSetMainWindow(&g_world->host);
-        g_world->hostHandle = MarrowfinWindowOf(&g_world->host);
         qApp->installEventFilter(new HostLoopFilter);
         FirstSynchro();
     }
@@ -135,7 +133,7 @@ TEST(Exports, ShowMakesOnePanelUnderTheMainWindowAndAsksForTheChannelOnce) {
     EXPECT_EQ(IsDLLHwnd(handle), 1);
     for (const char* list : {"marrowfin::CClassListCtrl", "marrowfin::CDWGListView", "marrowfin::CSearchListCtrl"})
         EXPECT_EQ(IsDLLHwnd(MarrowfinWindowOf(FindChild(panel, list))), 1) << list;
-    EXPECT_EQ(IsDLLHwnd(World().hostHandle), 0);
+    EXPECT_EQ(IsDLLHwnd(MarrowfinWindowOf(&World().host)), 0);
     EXPECT_EQ(IsDLLHwnd(MarrowfinWindowOf(FindButton(panel, QStringLiteral("反馈")))), 0);
     show();
     ShowGallery(u"", u"");
@@ -158,13 +156,13 @@ TEST_F(ShownPanelCase, TheLoopGivesThePanelOnlyItsOwnEventsWhileItIsShown) {
     EXPECT_FALSE(panel->isVisible());
     EXPECT_NE(GetGallery(), 0u);
     EXPECT_EQ(PreTranslateKey(classList, Qt::Key_Escape), 0);
-    MarrowfinMsg junk{reinterpret_cast<void*>(0x10), reinterpret_cast<void*>(0x20)};
+    MarrowfinMsg junk{reinterpret_cast<void*>(0x10), reinterpret_cast<void*>(0x20)};  // no object of the library's
     EXPECT_EQ(GaDllPretanslateMsg(&junk), 0);
 }
 
 TEST_F(ShownPanelCase, HostOrdersActOnlyForTheHostsWindow) {
     const uint64_t handle = GetGallery();
-    const auto hostHandle = static_cast<intptr_t>(World().hostHandle);
+    const auto hostHandle = static_cast<intptr_t>(MarrowfinWindowOf(&host));
     RecordingHost stranger;
     const auto strangerHandle = static_cast<intptr_t>(MarrowfinWindowOf(&stranger));
     EXPECT_EQ(MarrowfinSendPanelControl(handle, 3, strangerHandle), 0);

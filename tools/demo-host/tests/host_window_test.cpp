@@ -32,24 +32,20 @@ TEST(HostWindow, AnInsertedBlockWaitsForAClickAndIsPlacedOnTheGrid) {
         QCoreApplication::postEvent(&window, new MarrowfinHostEvent(MARROWFIN_GALLERY_HOST_REQUEST, code, 0, std::move(text)));
         QCoreApplication::processEvents();
     };
-    auto click = [](QWidget* w, QPoint at, Qt::MouseButton button = Qt::LeftButton) {
-        QTest::mouseClick(w, button, Qt::NoModifier, at);
-    };
     DrawingSheet* sheet = window.sheet();
+    auto click = [sheet](QPoint at, Qt::MouseButton button = Qt::LeftButton) { QTest::mouseClick(sheet, button, {}, at); };
     insert(MARROWFIN_REQUEST_INSERT_YL, Dwg("bmp8_ac1015.dwg"));
-    ASSERT_TRUE(sheet->HasPending());
-    EXPECT_TRUE(sheet->blocks().empty());
-    click(sheet, QPoint(29, 31));  // snapped: 29 -> 20, 31 -> 40
+    ASSERT_TRUE(sheet->HasPending() && sheet->blocks().empty());
+    click(QPoint(29, 31));  // snapped: 29 -> 20, 31 -> 40
     ASSERT_EQ(sheet->blocks().size(), 1u);
-    EXPECT_EQ(sheet->blocks()[0].at, QPoint(20, 40));
-    EXPECT_EQ(sheet->blocks()[0].path, Dwg("bmp8_ac1015.dwg"));
+    EXPECT_EQ(std::make_tuple(sheet->blocks()[0].at, sheet->blocks()[0].path), std::make_tuple(QPoint(20, 40), Dwg("bmp8_ac1015.dwg")));
     EXPECT_FALSE(sheet->blocks()[0].preview.isNull());
-    click(sheet, QPoint(200, 200));  // nothing waits
+    click(QPoint(200, 200));  // nothing waits
     EXPECT_EQ(sheet->blocks().size(), 1u);
 
     // A right click or Escape gives a waiting block up; a new insertion replaces the waiting one.
     insert(MARROWFIN_REQUEST_INSERT, Dwg("no_preview_ac1009.dwg"));
-    click(sheet, QPoint(100, 100), Qt::RightButton);
+    click(QPoint(100, 100), Qt::RightButton);
     EXPECT_FALSE(sheet->HasPending());
     insert(MARROWFIN_REQUEST_INSERT_PMMC, Dwg("no_preview_ac1009.dwg"));
     sheet->setFocus();
@@ -57,11 +53,11 @@ TEST(HostWindow, AnInsertedBlockWaitsForAClickAndIsPlacedOnTheGrid) {
     EXPECT_FALSE(sheet->HasPending());
     insert(MARROWFIN_REQUEST_INSERT_PMMC, Dwg("png_ac1027.dwg"));
     insert(MARROWFIN_REQUEST_INSERT, Dwg("no_preview_ac1009.dwg"));
-    click(sheet, QPoint(300, 60));
+    click(QPoint(300, 60));
     // A drawing without a preview is placed all the same, as a labelled box;
     // a boutique block is marked (asked by its path when placed).
     insert(MARROWFIN_REQUEST_INSERT_PMMC, Dwg("png_ac1027.dwg"));
-    click(sheet, QPoint(500, 300));
+    click(QPoint(500, 300));
     ASSERT_EQ(sheet->blocks().size(), 3u);
     EXPECT_TRUE(sheet->blocks()[1].preview.isNull());
     EXPECT_FALSE(sheet->blocks()[2].preview.isNull());
