@@ -138,17 +138,14 @@ TEST_F(HostLink, LocationsAndTheHostsCallsSteerThePanelAndItsMode) {
     KillTimer(handle, 2000);
     ShiftTicksForTest(500);  // past the damping of search commands
     ResetClass(u"\\我的收藏");
-    EXPECT_FALSE(IsSearchPage(panel->m_page));
-    EXPECT_EQ(panel->m_pendingClass, 1);
-    EXPECT_TRUE(IsTimerRunning(handle, 2000));
-    EXPECT_FALSE(panel->isVisible());
-    EXPECT_EQ(panel->showMode, u"PMMC");
+    EXPECT_EQ(std::make_tuple(IsSearchPage(panel->m_page), panel->m_pendingClass, IsTimerRunning(handle, 2000),
+                              panel->isVisible(), panel->showMode),
+              std::make_tuple(false, 1, true, false, std::u16string(u"PMMC")));
     // HideGallery forgets the mode; ShowGallery sets it, a null location keeps the class.
     HideGallery();
     EXPECT_EQ(panel->showMode, u"");
     ShowGallery(nullptr, u"YL");
-    EXPECT_TRUE(panel->isVisible());
-    EXPECT_EQ(panel->showMode, u"YL");
+    EXPECT_TRUE(panel->isVisible() && panel->showMode == u"YL");
     EXPECT_TRUE(host->records.empty());
 }
 
@@ -169,8 +166,7 @@ TEST_F(HostLink, FeedbackWaitRemindsEveryThirdTickUntilTheUserChanges) {
         Control(5, 31);  // the host reports back: the next tick ends it
         tick();
     });
-    EXPECT_TRUE(disabledDuring && hiddenDuring && panel->isEnabled());
-    EXPECT_EQ(panel->userId, 31);
+    EXPECT_TRUE(disabledDuring && hiddenDuring && panel->isEnabled() && panel->userId == 31);
     EXPECT_EQ(noticesAtTick, (std::vector<int>{0, 0, 1, 1, 1, 2, 2}));
     EXPECT_EQ(host->NoticeOrder(), (std::vector<intptr_t>{13, 14, 14}));
     EXPECT_EQ(host->records.front().wParam, panel->Handle());
@@ -186,9 +182,8 @@ TEST_F(HostLink, FeedbackWaitEndsWhenTheHostWindowGoes) {
         delete doomed;  // two ticks counted, then the host is gone
         tick();
     });
-    EXPECT_TRUE(watch.isNull());
+    EXPECT_TRUE(watch.isNull() && panel->isEnabled());
     EXPECT_EQ(panel->userId, -2);  // nobody answered
-    EXPECT_TRUE(panel->isEnabled());
     EXPECT_FALSE(PostHostNotice(panel->hostWindow, panel->Handle(), 14));  // delivered nowhere
 }
 
