@@ -36,7 +36,6 @@ TEST(SkinScale, OptionScreenRuleBucketsAndTruncation) {
         EXPECT_EQ(BucketForRate(rate).suffix, suffix) << rate;
         EXPECT_FLOAT_EQ(BucketForRate(rate).sheetScale, sheetScale) << rate;
     }
-    EXPECT_EQ(BucketForRate(2.56f).resourceStep, 4);
 
     test::TempHome home;
     // Option, screen, rate, suffix; no option written: "-1" and the screen rule.
@@ -52,7 +51,6 @@ TEST(SkinScale, OptionScreenRuleBucketsAndTruncation) {
     SetSkinRateForTest(1.5f);
     EXPECT_EQ(ScaleUnits(-7), -10);
     EXPECT_EQ(ScaleRect(3, 5, 9, 11), QRect(4, 7, 9, 9));
-    EXPECT_EQ(ScaleBox(3, 5, 6, 6).width(), 9);
     SetSkinRateForTest(1.28f);
     EXPECT_EQ(ScaleUnits(755), 966);
     EXPECT_EQ(SheetPixels(89), 133) << "133.5 truncates";
