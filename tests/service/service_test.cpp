@@ -17,7 +17,6 @@
 
 #include "archive_reader.h"
 #include "fault_switches.h"
-#include "library_catalog.h"
 #include "request_counters.h"
 #include "sample_generator.h"
 #include "service_handle.h"
@@ -247,14 +246,5 @@ TEST(SampleLibrary, SameSeedSameBytesOtherSeedOtherLibrary) {
     const auto a = snapshot(home.file("a"));
     EXPECT_EQ(a, snapshot(home.file("b")));
     EXPECT_NE(a.at("library.tsv"), snapshot(home.file("c")).at("library.tsv"));
-    // A second run into the same folder replaces the library, it doesn't add to it.
-    options.seed = 42;
-    options.galleries = 1;
-    ASSERT_TRUE(service::GenerateSample(home.file("a"), options).ok);
-    service::LibraryCatalog catalog;
-    std::string error;
-    ASSERT_TRUE(catalog.load(home.file("a"), error)) << error;
-    EXPECT_EQ(1u, catalog.galleries().size());
-    EXPECT_EQ(1, std::distance(fs::directory_iterator(home.file("a") + "/blocks"), fs::directory_iterator()));
     EXPECT_FALSE(service::GenerateSample(home.file("bad"), service::SampleOptions{0, 1, 1, 1}).ok);
 }
