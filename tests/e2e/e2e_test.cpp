@@ -191,7 +191,6 @@ TEST_F(ShownPanelCase, CollectionsAskTheHostToSignInAndForATokenOnlyForARealUser
                             {1, {MARROWFIN_REQUEST_SIGN_IN}},
                             {42, {MARROWFIN_REQUEST_SIGN_IN, MARROWFIN_REQUEST_TOKEN}}};
     for (const Round& round : rounds) {
-        SCOPED_TRACE(round.user);
         MarrowfinSendPanelControl(GetGallery(), 6, 0);
         Spin(500);
         host.records.clear();
@@ -204,7 +203,7 @@ TEST_F(ShownPanelCase, CollectionsAskTheHostToSignInAndForATokenOnlyForARealUser
         MarrowfinSendPanelControl(GetGallery(), 0, 0);
         EXPECT_TRUE(SpinUntil([&] { return !host.Requests(MARROWFIN_REQUEST_SIGN_IN).empty(); }, 3000));
         Spin(300);
-        EXPECT_EQ(host.RequestOrder(), round.requests);
+        EXPECT_EQ(host.RequestOrder(), round.requests) << round.user;
         EXPECT_TRUE(hiddenForSignIn && panel->isVisible()) << "hidden for the sign-in only";
     }
     MarrowfinSendPanelControl(GetGallery(), 6, 0);

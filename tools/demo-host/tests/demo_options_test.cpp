@@ -9,9 +9,7 @@ namespace {
 ParsedOptions Parse(const QStringList& args) { return ParseDemoOptions(args, QStringLiteral("/b/tools/demo-host")); }
 
 TEST(DemoOptions, ReadsEveryOptionWithinItsBoundsAndDefaultsTheRest) {
-    const DemoOptions defaults = Parse({}).options;
-    EXPECT_EQ(defaults.library, QStringLiteral("/b/libmarrowfin.so"));  // the build folder's library
-    EXPECT_EQ(defaults.rateLabel, QStringLiteral("1.0"));
+    EXPECT_EQ(Parse({}).options.library, QStringLiteral("/b/libmarrowfin.so"));  // the build folder's library
     const ParsedOptions p = Parse({"--library", "/x/lib.so", "--tour", "/t", "--short", "--sample", "/s",
                                    "--rate-label", "1.5", "--step-timeout", "100"});
     ASSERT_TRUE(p.error.isEmpty()) << p.error.toStdString();
