@@ -89,8 +89,7 @@ TEST_F(HostLink, OrdersSetModeTokenAndUserAsTheHostWroteThem) {
     EXPECT_EQ(panel->showMode, u"YL");
     EXPECT_EQ(CopyData(413, nullptr), 0);  // a null text is the empty one
     EXPECT_EQ(panel->showMode, u"");
-    EXPECT_EQ(CopyData(415, u"t-415"), 0);
-    EXPECT_EQ(panel->userToken, u"t-415");
+    EXPECT_TRUE(CopyData(415, u"t-415") == 0 && panel->userToken == u"t-415");
     // 416: split at the first separator; an empty number counts as 1; a huge
     // one saturates rather than wrapping; without the separator nothing changes.
     const std::tuple<const char16_t*, int32_t, const char16_t*> cases[] = {
@@ -124,11 +123,9 @@ TEST_F(HostLink, LocationsAndTheHostsCallsSteerThePanelAndItsMode) {
     EXPECT_EQ(CopyData(411, u"\\门窗\\推拉门"), 1);
     QCoreApplication::sendPostedEvents();
     EXPECT_EQ(std::make_tuple(panel->m_page, panel->m_pendingClass, IsTimerRunning(handle, 2000)), std::make_tuple(page, pending, false));
-    EXPECT_EQ(CopyData(411, u"\\我的收藏\\1"), 1);
-    EXPECT_FALSE(panel->m_hostAskedCollections) << "the host's flag lasts this step only";
+    EXPECT_TRUE(CopyData(411, u"\\我的收藏\\1") == 1 && !panel->m_hostAskedCollections) << "the host's flag lasts this step only";
     panel->HidePanel();
-    EXPECT_EQ(CopyData(412, u""), 1);  // 412 shows the panel whatever the location
-    EXPECT_TRUE(panel->isVisible());
+    EXPECT_TRUE(CopyData(412, u"") == 1 && panel->isVisible()) << "412 shows the panel whatever the location";
     panel->HidePanel();
     SearchBrindleRes(u"推拉门", u"PMMC");
     EXPECT_EQ(std::tie(panel->showMode, panel->m_page), std::make_tuple(std::u16string(u"PMMC"), int(PageSearch)));
