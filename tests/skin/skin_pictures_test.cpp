@@ -40,12 +40,12 @@ QImage WithHover(QWidget& window, const std::vector<QWidget*>& hovered = {}) {
 }
 
 // kind, size in base units, caption, sheet cell (x, y, side; side 0 for none)
-struct ButtonSpec {
+struct ButtonRecipe {
     int kind, w, h;
     const char* caption;
     int cellX, cellY, cell;
 };
-const ButtonSpec kButtons[] = {
+const ButtonRecipe kButtons[] = {
     {1, 140, 30, "最近使用", 0, 88, 16},   {1, 70, 30, "", 32, 88, 16},       {2, 16, 16, "", 0, 72, 14},
     {3, 16, 16, "", 160, 88, 16},          {4, 80, 24, "添加图块", 44, 72, 14}, {6, 48, 24, "搜索", 0, 0, 0},
     {7, 48, 24, "返回", 0, 0, 0},          {8, 80, 24, "查看更多", 0, 0, 0},   {11, 55, 16, "反馈", 64, 88, 16},
@@ -60,18 +60,18 @@ QImage SkinButtons() {
     QWidget window;
     std::vector<QWidget*> hovered;
     int y = ScaleUnits(8);
-    for (const ButtonSpec& spec : kButtons) {
+    for (const ButtonRecipe& recipe : kButtons) {
         for (int state = 0; state < 5; ++state) {
             auto* b = new CSkinButton(&window);
-            b->Create(QString::fromUtf8(spec.caption), true,
-                      QRect(ScaleUnits(8 + 180 * state), y, ScaleUnits(spec.w), ScaleUnits(spec.h)), &window, 1000);
-            b->kind = spec.kind;
-            if (spec.cell) b->SetSheetCell(spec.cellX, spec.cellY, spec.cell, spec.cell);
+            b->Create(QString::fromUtf8(recipe.caption), true,
+                      QRect(ScaleUnits(8 + 180 * state), y, ScaleUnits(recipe.w), ScaleUnits(recipe.h)), &window, 1000);
+            b->kind = recipe.kind;
+            if (recipe.cell) b->SetSheetCell(recipe.cellX, recipe.cellY, recipe.cell, recipe.cell);
             b->selected = state == 2;
             b->setEnabled(state < 3);
             if (state == 1 || state == 4) hovered.push_back(b);
         }
-        y += ScaleUnits(spec.h + 10);
+        y += ScaleUnits(recipe.h + 10);
     }
     window.resize(ScaleUnits(5 * 180), y);
     return WithHover(window, hovered);
@@ -93,13 +93,13 @@ QImage SubclassTabs() {
     return WithHover(window, hovered);
 }
 
-struct PickerSpec {
+struct PickerRecipe {
     int kind, w, h;
     const char* caption;
     bool checked, boutique, isNew, kindIsNew, hover;
     const char* describe;
 };
-const PickerSpec kPickerButtons[] = {
+const PickerRecipe kPickerButtons[] = {
     {1, 150, 40, "沙发", 0, 0, 0, 0, 1, nullptr},       {1, 150, 40, "沙发", 1, 0, 1, 0, 1, nullptr},
     {1, 150, 40, "欧式家具", 0, 1, 0, 0, 0, nullptr},   {1, 150, 40, "欧式家具", 1, 1, 1, 0, 1, nullptr},
     {1, 180, 40, "门窗", 0, 0, 0, 0, 0, "平面"},        {1, 180, 40, "门窗", 0, 0, 0, 0, 0, ""},
@@ -115,7 +115,7 @@ QImage PickerButtons() {
     QWidget window;
     std::vector<QWidget*> hovered;
     int i = 0;
-    for (const PickerSpec& s : kPickerButtons) {
+    for (const PickerRecipe& s : kPickerButtons) {
         auto* b = new CSelTypeclassButton(&window);
         b->Create(QString::fromUtf8(s.caption), true, ScaleBox(10 + 190 * (i % 4), 10 + 50 * (i / 4), s.w, s.h), &window, 2000);
         ++i;
