@@ -8,12 +8,12 @@
 #include "picker/gal_sort_sel_dlg.h"
 #include "platform/profile.h"
 #include "platform/qt/qt_window_system.h"
-#include "platform/qt/window_message_event.h"
 #include "skin/sel_typeclass_button.h"
 #include "skin/skin_button.h"
 #include "skin/skin_messages.h"
 #include "skin/skin_scale.h"
 #include "skin/skin_test_util.h"
+#include "support/message_recorder.h"
 #include "support/reference_picture.h"
 #include "support/temp_home.h"
 #include "support/widget_input.h"
@@ -23,35 +23,23 @@ using namespace marrowfin::test;
 
 namespace {
 
-// A window that keeps the panel commands it is posted.
-class CommandWindow : public QWidget {
-public:
-    std::vector<std::uintptr_t> commands;
-
-protected:
-    bool event(QEvent* event) override {
-        if (event->type() == WindowMessageEvent::EventType()) {
-            auto* message = static_cast<WindowMessageEvent*>(event);
-            if (message->Message() == MsgPanelCommand) commands.push_back(message->WParam());
-            return true;
-        }
-        return QWidget::event(event);
-    }
-};
-
+// The class manager with its sort button (menu open), and the panel; both keep what they are posted.
 struct Picker {
-    CommandWindow owner;
-    CommandWindow panel;
+    QWidget owner, panel;
+    MessageRecorder toOwner{&owner, true}, toPanel{&panel, true};
     CSkinButton* sortButton = new CSkinButton(&owner);
     Picker() {
         owner.resize(ScaleUnits(400), ScaleUnits(200));
         sortButton->Create(QStringLiteral("排序∧"), true, ScaleRect(200, 10, 260, 34), &owner, 1200);
         sortButton->kind = 56;
-        sortButton->selected = false;  // the menu is open
         owner.show();
-        (void)HandleOf(&panel);
     }
-    std::vector<int> Checked(CGalSortSelDlg& menu) {
+    std::unique_ptr<CGalSortSelDlg> Menu(bool popUp = false) {
+        auto menu = std::make_unique<CGalSortSelDlg>(&owner, sortButton, HandleOf(&panel));
+        if (popUp) menu->PopUpBelow(QRect(sortButton->mapToGlobal(QPoint(0, 0)), sortButton->size()));
+        return menu;
+    }
+    static std::vector<int> Checked(CGalSortSelDlg& menu) {
         std::vector<int> ids;
         for (int id : CGalSortSelDlg::kChoiceIds)
             if (menu.Choice(id)->checked) ids.push_back(id);
@@ -59,76 +47,52 @@ struct Picker {
     }
 };
 
-QRect OnScreen(QWidget* widget) { return QRect(widget->mapToGlobal(QPoint(0, 0)), widget->size()); }
-
 }  // namespace
 
 TEST(SortSelector, ClicksWriteTheOptionAndAskForTheTable) {
     TempHome home;
     UseRate(1.0f);
     Picker picker;
-    CGalSortSelDlg menu(&picker.owner, picker.sortButton, HandleOf(&picker.panel));
-    EXPECT_EQ(menu.size(), QSize(84, 90));
-    EXPECT_EQ(picker.Checked(menu), std::vector<int>{1000});  // GalDefSort absent: 0
-
-    // The choices stand as 综合, 最新, 最热 from the top.
-    EXPECT_LT(menu.Choice(1000)->y(), menu.Choice(1002)->y());
-    EXPECT_LT(menu.Choice(1002)->y(), menu.Choice(1001)->y());
-
-    const QRect button = OnScreen(picker.sortButton);
-    menu.PopUpBelow(button);
-    EXPECT_TRUE(menu.isVisible());
-    EXPECT_EQ(menu.pos(), QPoint(button.left() - 50, button.bottom() + 1));
-
-    Click(menu.Choice(1002), QPoint(20, 10));
-    EXPECT_FALSE(menu.isVisible());
-    EXPECT_EQ(GetOptionInt(u"GalDefSort", -1), 2);
-    EXPECT_EQ(picker.Checked(menu), std::vector<int>{1002});
-    EXPECT_TRUE(picker.sortButton->selected);
-    EXPECT_EQ(picker.sortButton->text(), QStringLiteral("排序∨"));
-    EXPECT_EQ(picker.panel.commands, std::vector<std::uintptr_t>{24});
-    EXPECT_EQ(picker.owner.commands, std::vector<std::uintptr_t>{1000});
-
+    auto menu = picker.Menu(true);
+    EXPECT_EQ(Picker::Checked(*menu), std::vector<int>{1000});  // GalDefSort absent: 0
+    EXPECT_TRUE(menu->isVisible() && menu->pos() == picker.sortButton->mapToGlobal(QPoint(-50, picker.sortButton->height())));
+    Click(menu->Choice(1002), QPoint(20, 10));
+    EXPECT_EQ(std::make_tuple(menu->isVisible(), GetOptionInt(u"GalDefSort", -1), Picker::Checked(*menu)),
+              std::make_tuple(false, 2, std::vector<int>{1002}));
+    EXPECT_TRUE(picker.sortButton->selected && picker.sortButton->text() == QStringLiteral("排序∨"));
     // The same choice again is written and sent again.
-    menu.PopUpBelow(button);
-    Click(menu.Choice(1002), QPoint(20, 10));
-    EXPECT_EQ(picker.panel.commands, (std::vector<std::uintptr_t>{24, 24}));
-    EXPECT_EQ(picker.owner.commands, (std::vector<std::uintptr_t>{1000, 1000}));
-
+    menu->PopUpBelow(QRect(picker.sortButton->mapToGlobal(QPoint(0, 0)), picker.sortButton->size()));
+    Click(menu->Choice(1002), QPoint(20, 10));
+    EXPECT_EQ(picker.toPanel.Take(), (std::vector<RecordedMessage>(2, {MsgPanelCommand, 24, 0, {}})));
+    EXPECT_EQ(picker.toOwner.Take(), (std::vector<RecordedMessage>(2, {MsgPanelCommand, 1000, 0, {}})));
     // The next opening shows the stored choice checked; a value outside 0..2 none.
-    {
-        CGalSortSelDlg next(&picker.owner, picker.sortButton, HandleOf(&picker.panel));
-        EXPECT_EQ(picker.Checked(next), std::vector<int>{1002});
-    }
+    EXPECT_EQ(Picker::Checked(*picker.Menu()), std::vector<int>{1002});
     ASSERT_TRUE(WriteOptionInt(u"GalDefSort", 7));
-    CGalSortSelDlg odd(&picker.owner, picker.sortButton, HandleOf(&picker.panel));
-    EXPECT_TRUE(picker.Checked(odd).empty());
-    Click(odd.Choice(1001), QPoint(20, 10));
+    auto odd = picker.Menu();
+    EXPECT_TRUE(Picker::Checked(*odd).empty());
+    Click(odd->Choice(1001), QPoint(20, 10));
     EXPECT_EQ(GetOptionInt(u"GalDefSort", -1), 1);
-
     // No panel to tell: the option is still written, nothing is posted there.
     CGalSortSelDlg alone(&picker.owner, nullptr, 0);
     Click(alone.Choice(1000), QPoint(20, 10));
     EXPECT_EQ(GetOptionInt(u"GalDefSort", -1), 0);
+    EXPECT_EQ(picker.toPanel.Take().size(), 1u);
 }
 
 TEST(SortSelector, LosingActivationClosesTheMenu) {
     TempHome home;
     UseRate(1.0f);
     Picker picker;
-    CGalSortSelDlg menu(&picker.owner, picker.sortButton, HandleOf(&picker.panel));
-    menu.PopUpBelow(OnScreen(picker.sortButton));
+    auto menu = picker.Menu(true);
     picker.sortButton->setText(QStringLiteral("排序∧"));
-    ASSERT_TRUE(QTest::qWaitForWindowActive(&menu, 2000));
-
+    ASSERT_TRUE(QTest::qWaitForWindowActive(menu.get(), 2000));
     // A click elsewhere in the class manager activates it.
     picker.owner.activateWindow();
     ASSERT_TRUE(QTest::qWaitForWindowActive(&picker.owner, 2000));
     QCoreApplication::processEvents();
-    EXPECT_FALSE(menu.isVisible());
-    EXPECT_TRUE(picker.sortButton->selected);
-    EXPECT_EQ(picker.sortButton->text(), QStringLiteral("排序∨"));
-    EXPECT_TRUE(picker.panel.commands.empty());  // closing is no choice
+    EXPECT_FALSE(menu->isVisible());
+    EXPECT_TRUE(picker.sortButton->selected && picker.sortButton->text() == QStringLiteral("排序∨"));
+    EXPECT_TRUE(picker.toPanel.Take().empty());  // closing is no choice
     EXPECT_EQ(GetOptionInt(u"GalDefSort", -1), -1);
 }
 
@@ -140,12 +104,9 @@ TEST(SortSelector, LooksAsItsReferenceAtTwoRates) {
         UseRate(rate);
         ParkMouse();
         Picker picker;
-        CGalSortSelDlg menu(&picker.owner, picker.sortButton, HandleOf(&picker.panel));
-        menu.PopUpBelow(OnScreen(picker.sortButton));
-        ASSERT_EQ(menu.size(), QSize(ScaleUnits(84), ScaleUnits(90)));
-        MoveTo(menu.Choice(1000), QPoint(5, 5));
-        EXPECT_TRUE(menu.Choice(1000)->hover);
-        EXPECT_TRUE(MatchesReference(menu.grab().toImage(), "picker",
+        auto menu = picker.Menu(true);
+        MoveTo(menu->Choice(1000), QPoint(5, 5));
+        EXPECT_TRUE(MatchesReference(menu->grab().toImage(), "picker",
                                      rate == 1.0f ? "sort_selector_rate_1.0" : "sort_selector_rate_1.5"));
     }
 }

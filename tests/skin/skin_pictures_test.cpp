@@ -1,12 +1,14 @@
-// The skin's look: buttons of every recipe in their states, the class tabs,
-// the picker's buttons, the scroll and progress bars and the tip box, at two
-// rates where the layout scales, against reference pictures.
+// The skin's look against reference pictures: buttons of every recipe in
+// their states, the class tabs, the picker's buttons (a description moves the
+// caption left, an empty one keeps it centred), the scroll and progress bars
+// and the tip box, at two rates where the layout scales.
 #include <gtest/gtest.h>
 
 #include <QCoreApplication>
 #include <QListWidget>
 #include <QPainter>
 #include <functional>
+#include <tuple>
 #include <vector>
 
 #include "skin/pop_tip_dlg.h"
@@ -38,12 +40,12 @@ QImage WithHover(QWidget& window, const std::vector<QWidget*>& hovered = {}) {
 }
 
 // kind, size in base units, caption, sheet cell (x, y, side; side 0 for none)
-struct ButtonSpec {
+struct ButtonRecipe {
     int kind, w, h;
     const char* caption;
     int cellX, cellY, cell;
 };
-const ButtonSpec kButtons[] = {
+const ButtonRecipe kButtons[] = {
     {1, 140, 30, "最近使用", 0, 88, 16},   {1, 70, 30, "", 32, 88, 16},       {2, 16, 16, "", 0, 72, 14},
     {3, 16, 16, "", 160, 88, 16},          {4, 80, 24, "添加图块", 44, 72, 14}, {6, 48, 24, "搜索", 0, 0, 0},
     {7, 48, 24, "返回", 0, 0, 0},          {8, 80, 24, "查看更多", 0, 0, 0},   {11, 55, 16, "反馈", 64, 88, 16},
@@ -58,18 +60,18 @@ QImage SkinButtons() {
     QWidget window;
     std::vector<QWidget*> hovered;
     int y = ScaleUnits(8);
-    for (const ButtonSpec& spec : kButtons) {
+    for (const ButtonRecipe& recipe : kButtons) {
         for (int state = 0; state < 5; ++state) {
             auto* b = new CSkinButton(&window);
-            b->Create(QString::fromUtf8(spec.caption), true,
-                      QRect(ScaleUnits(8 + 180 * state), y, ScaleUnits(spec.w), ScaleUnits(spec.h)), &window, 1000);
-            b->kind = spec.kind;
-            if (spec.cell) b->SetSheetCell(spec.cellX, spec.cellY, spec.cell, spec.cell);
+            b->Create(QString::fromUtf8(recipe.caption), true,
+                      QRect(ScaleUnits(8 + 180 * state), y, ScaleUnits(recipe.w), ScaleUnits(recipe.h)), &window, 1000);
+            b->kind = recipe.kind;
+            if (recipe.cell) b->SetSheetCell(recipe.cellX, recipe.cellY, recipe.cell, recipe.cell);
             b->selected = state == 2;
             b->setEnabled(state < 3);
             if (state == 1 || state == 4) hovered.push_back(b);
         }
-        y += ScaleUnits(spec.h + 10);
+        y += ScaleUnits(recipe.h + 10);
     }
     window.resize(ScaleUnits(5 * 180), y);
     return WithHover(window, hovered);
@@ -91,39 +93,32 @@ QImage SubclassTabs() {
     return WithHover(window, hovered);
 }
 
-struct PickerSpec {
+struct PickerRecipe {
     int kind, w, h;
     const char* caption;
     bool checked, boutique, isNew, kindIsNew, hover;
     const char* describe;
 };
-const PickerSpec kPickerButtons[] = {
+const PickerRecipe kPickerButtons[] = {
     {1, 150, 40, "沙发", 0, 0, 0, 0, 1, nullptr},       {1, 150, 40, "沙发", 1, 0, 1, 0, 1, nullptr},
     {1, 150, 40, "欧式家具", 0, 1, 0, 0, 0, nullptr},   {1, 150, 40, "欧式家具", 1, 1, 1, 0, 1, nullptr},
-    {1, 180, 40, "门窗", 0, 0, 0, 0, 0, "平面"},        {2, 110, 33, "精品图库", 0, 1, 0, 0, 0, nullptr},
+    {1, 180, 40, "门窗", 0, 0, 0, 0, 0, "平面"},        {1, 180, 40, "门窗", 0, 0, 0, 0, 0, ""},
+    {2, 110, 33, "精品图库", 0, 1, 0, 0, 0, nullptr},
     {2, 110, 33, "精品图库", 1, 1, 0, 0, 0, nullptr},   {2, 110, 33, "通用图库", 1, 0, 0, 0, 0, nullptr},
     {3, 84, 36, "建筑", 0, 0, 0, 1, 1, nullptr},        {3, 84, 36, "建筑", 1, 0, 0, 0, 0, nullptr},
     {3, 84, 36, "精品", 1, 1, 0, 0, 0, nullptr},        {4, 17, 40, "<", 0, 0, 0, 0, 1, nullptr},
-    {5, 84, 30, "默认排序", 0, 0, 0, 0, 0, nullptr},    {5, 84, 30, "最新上传", 1, 0, 0, 0, 0, nullptr},
+    {5, 84, 30, "默认排序", 0, 0, 0, 0, 0, nullptr},    {5, 84, 30, "最新上传", 1, 0, 0, 0, 0, nullptr},    {4, 17, 40, ">", 0, 0, 0, 0, 0, nullptr},
 };
 
+// Four to a row; the ">" arrow is disabled.
 QImage PickerButtons() {
     QWidget window;
     std::vector<QWidget*> hovered;
-    int x = ScaleUnits(10), y = ScaleUnits(10), rowH = 0;
-    auto place = [&](const QString& caption, int w, int h) {
+    int i = 0;
+    for (const PickerRecipe& s : kPickerButtons) {
         auto* b = new CSelTypeclassButton(&window);
-        if (x + ScaleUnits(w) > ScaleUnits(640)) {
-            x = ScaleUnits(10);
-            y += rowH + ScaleUnits(10);
-        }
-        b->Create(caption, true, QRect(x, y, ScaleUnits(w), ScaleUnits(h)), &window, 2000);
-        x += ScaleUnits(w + 10);
-        rowH = std::max(rowH, ScaleUnits(h));
-        return b;
-    };
-    for (const PickerSpec& s : kPickerButtons) {
-        auto* b = place(QString::fromUtf8(s.caption), s.w, s.h);
+        b->Create(QString::fromUtf8(s.caption), true, ScaleBox(10 + 190 * (i % 4), 10 + 50 * (i / 4), s.w, s.h), &window, 2000);
+        ++i;
         b->kind = s.kind;
         b->checked = s.checked;
         b->boutique = s.boutique;
@@ -131,20 +126,18 @@ QImage PickerButtons() {
         b->kindIsNew = s.kindIsNew;
         b->showDesc = s.describe != nullptr;
         b->describe = QString::fromUtf8(s.describe);
+        b->setEnabled(s.caption[0] != '>');
         if (s.hover) hovered.push_back(b);
     }
-    auto* disabled = place(QStringLiteral(">"), 17, 40);
-    disabled->kind = 4;
-    disabled->setEnabled(false);
-    window.resize(ScaleUnits(650), y + rowH + ScaleUnits(10));
+    window.resize(ScaleUnits(770), ScaleUnits(210));
     return WithHover(window, hovered);
 }
 
 // The moved-child bar at its ends and in the middle, one held by its thumb,
-// and the list bar at the top and the bottom of its list.
-QImage ScrollBars() {
+// the list bar at the top and the bottom of its list, and the progress bars.
+QImage Bars() {
     QWidget window;
-    window.resize(330, 320);
+    window.resize(330, 410);
     std::vector<CScrollBarRv*> bars;
     for (int i = 0; i < 4; ++i) {
         auto* bar = new CScrollBarRv;
@@ -163,6 +156,19 @@ QImage ScrollBars() {
         (new CScrollBarEx)->Attach(lists[i]);
         lists[i]->setGeometry(130 + 100 * i, 10, 90, 300);
     }
+    // Progress at 50 in the first recipe, 30 and 100 in the second, and 60
+    // where 101 and -1 came after it: refused, the bar stays.
+    const std::vector<int> steps[] = {{50}, {30}, {100}, {60, 101, -1}};
+    for (int i = 0; i < 4; ++i) {
+        auto* bar = new CProgressCtrlOwner(&window);
+        bar->setGeometry(20, 326 + 20 * i, 200, 8);
+        if (i > 0) {
+            bar->UseBlueFill();
+            bar->UseGreyGround();
+            bar->UseLightOutline();
+        }
+        for (int pos : steps[i]) bar->SetPos(pos);
+    }
     EXPECT_TRUE(test::ShowExposed(&window));
     QCoreApplication::processEvents();  // the posted size messages make the thumbs
     lists[1]->scrollToBottom();
@@ -172,57 +178,34 @@ QImage ScrollBars() {
     return out;
 }
 
-QImage ProgressBars() {
-    QWidget window;
-    window.resize(240, 80);
-    const int positions[] = {50, 30, 100};
-    for (int i = 0; i < 3; ++i) {
-        auto* bar = new CProgressCtrlOwner(&window);
-        bar->setGeometry(20, 16 + 20 * i, 200, 8);
-        if (i > 0) {
-            bar->UseBlueFill();
-            bar->UseGreyGround();
-            bar->UseLightOutline();
-        }
-        bar->SetPos(positions[i]);
-    }
-    return WithHover(window);
-}
-
 QImage TipBox(bool twoLines) {
     CPopTipDlg dlg;
-    if (twoLines)
+    if (twoLines) {
         dlg.Configure(QStringLiteral("删除文件夹是一个很长很长很长的标题"), true, QStringLiteral("确定删除该文件夹吗？"),
                       QStringLiteral("文件夹内的图块将一并删除"), QStringLiteral("删除"), QStringLiteral("取消"));
-    else
+    } else {
         dlg.Configure(QStringLiteral("提示"), false, QStringLiteral("图块正在下载，请稍后再试"), QString(),
                       QStringLiteral("确定"), QStringLiteral("取消"));
+    }
     dlg.OnInitDialog();
     return WithHover(dlg);
 }
 
-struct Scene {
-    const char* name;
-    std::function<QImage()> draw;
-    bool scales;  // drawn at both rates, else at 1.0 only
-};
-
 TEST(SkinPictures, EverySceneMatchesItsReference) {
-    const Scene scenes[] = {
+    // Name, drawing, drawn at both rates (else at 1.0 only).
+    const std::tuple<const char*, std::function<QImage()>, bool> scenes[] = {
         {"buttons", SkinButtons, true},
         {"subclass_tabs", SubclassTabs, true},
         {"picker_buttons", PickerButtons, true},
         {"tip_one_line", [] { return TipBox(false); }, true},
         {"tip_two_lines", [] { return TipBox(true); }, true},
-        {"scroll_bars", ScrollBars, false},
-        {"progress_bars", ProgressBars, false},
+        {"bars", Bars, false},
     };
-    for (const Scene& scene : scenes) {
+    for (const auto& [scene, draw, scales] : scenes) {
         for (float rate : {1.0f, 1.5f}) {
-            if (!scene.scales && rate != 1.0f) continue;
+            if (!scales && rate != 1.0f) continue;
             test::UseRate(rate);
-            const std::string name = std::string(scene.name) + (rate == 1.0f ? "_rate_1.0" : "_rate_1.5");
-            EXPECT_TRUE(test::MatchesReference(scene.draw(), "skin", name));
+            EXPECT_TRUE(test::MatchesReference(draw(), "skin", scene + std::string(rate == 1.0f ? "_rate_1.0" : "_rate_1.5")));
         }
     }
     test::UseRate(1.0f);

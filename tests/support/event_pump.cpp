@@ -5,20 +5,13 @@
 
 namespace marrowfin::test {
 
-void Pump(int ms) {
-    QElapsedTimer t;
-    t.start();
-    while (t.elapsed() < ms) QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
-}
-
 bool PumpUntil(const std::function<bool()>& done, int timeoutMs) {
     QElapsedTimer t;
-    t.start();
-    while (!done()) {
+    for (t.start(); !done(); QCoreApplication::processEvents(QEventLoop::AllEvents, 5))
         if (t.elapsed() >= timeoutMs) return false;
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
-    }
     return true;
 }
+
+void Pump(int ms) { PumpUntil([] { return false; }, ms); }
 
 }  // namespace marrowfin::test

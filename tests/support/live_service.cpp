@@ -15,39 +15,36 @@
 
 namespace marrowfin::test {
 
+namespace {
+// The generated folders, removed with the program.
+struct Samples {
+    std::mutex lock;
+    std::map<std::tuple<int, int, int>, std::string> made;
+    ~Samples() {
+        std::error_code ec;
+        for (const auto& [shape, dir] : made) std::filesystem::remove_all(dir, ec);
+    }
+};
+}  // namespace
+
 const std::string& SampleLibrary(const SampleShape& shape) {
-    static std::mutex lock;
-    static std::map<std::tuple<int, int, int>, std::string> made;
-    std::lock_guard<std::mutex> guard(lock);
-    const auto key = std::make_tuple(shape.galleries, shape.classes, shape.blocks);
-    auto it = made.find(key);
-    if (it != made.end()) return it->second;
-    std::string dir = (std::filesystem::temp_directory_path() / "marrowfin-sample-XXXXXX").string();
-    if (!mkdtemp(dir.data())) throw std::runtime_error("mkdtemp failed");
-    service::SampleOptions options;
-    options.galleries = shape.galleries;
-    options.classes = shape.classes;
-    options.blocks = shape.blocks;
-    const service::SampleResult result = service::GenerateSample(dir, options);
+    static Samples samples;
+    std::lock_guard<std::mutex> guard(samples.lock);
+    std::string& dir = samples.made[std::make_tuple(shape.galleries, shape.classes, shape.blocks)];
+    if (!dir.empty()) return dir;
+    std::string made = (std::filesystem::temp_directory_path() / "marrowfin-sample-XXXXXX").string();
+    if (!mkdtemp(made.data())) throw std::runtime_error("mkdtemp failed");
+    const service::SampleResult result = service::GenerateSample(made, {shape.galleries, shape.classes, shape.blocks});
     if (!result.ok) throw std::runtime_error("sample generation failed: " + result.error);
-    // The folder goes with the program.
-    static struct Cleanup {
-        std::vector<std::string> dirs;
-        ~Cleanup() {
-            std::error_code ec;
-            for (const auto& d : dirs) std::filesystem::remove_all(d, ec);
-        }
-    } cleanup;
-    cleanup.dirs.push_back(dir);
-    return made.emplace(key, dir).first->second;
+    return dir = made;
 }
 
 std::vector<std::u16string> GalleryNames(const std::string& dataDir) {
     service::LibraryCatalog catalog;
     std::string error;
     std::vector<std::u16string> names;
-    if (!catalog.load(dataDir, error)) return names;
-    for (const auto& g : catalog.galleries()) names.push_back(Utf8ToUtf16(g.name));
+    if (catalog.load(dataDir, error))
+        for (const auto& g : catalog.galleries()) names.push_back(Utf8ToUtf16(g.name));
     return names;
 }
 

@@ -26,19 +26,18 @@ bool RecordingHost::event(QEvent* event) {
     auto* host = static_cast<MarrowfinHostEvent*>(event);
     RecordedMessage r{host->message, host->wParam, host->lParam, {}};
     const bool request = host->message == MARROWFIN_GALLERY_HOST_REQUEST;
-    if (auto path = host->TakeText()) {
-        r.text = *path;
-    } else if (request && host->wParam == MARROWFIN_REQUEST_GALLERY_NAME && host->lParam) {
+    if (auto path = host->TakeText()) r.text = *path;
+    if (request && host->wParam == MARROWFIN_REQUEST_GALLERY_NAME && host->lParam)
         r.text = *reinterpret_cast<const std::u16string*>(host->lParam);
-    }
     records.push_back(r);
     if (onEvent) onEvent(r);
     if (!request || !answerRequests || !host->lParam) return true;
+    void* answer = reinterpret_cast<void*>(host->lParam);
     switch (host->wParam) {
-        case MARROWFIN_REQUEST_TOKEN: *reinterpret_cast<std::u16string*>(host->lParam) = token; break;
-        case MARROWFIN_REQUEST_SIGN_IN: *reinterpret_cast<uint32_t*>(host->lParam) = userNumber; break;
-        case MARROWFIN_REQUEST_PERMISSION: *reinterpret_cast<int32_t*>(host->lParam) = permission; break;
-        case MARROWFIN_REQUEST_CHANNEL: *reinterpret_cast<std::u16string*>(host->lParam) = channel; break;
+        case MARROWFIN_REQUEST_TOKEN: *static_cast<std::u16string*>(answer) = token; break;
+        case MARROWFIN_REQUEST_SIGN_IN: *static_cast<uint32_t*>(answer) = userNumber; break;
+        case MARROWFIN_REQUEST_PERMISSION: *static_cast<int32_t*>(answer) = permission; break;
+        case MARROWFIN_REQUEST_CHANNEL: *static_cast<std::u16string*>(answer) = channel; break;
         default: break;
     }
     return true;

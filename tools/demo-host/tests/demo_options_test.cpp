@@ -1,11 +1,7 @@
-// The demo host's command line and the sample folder it reads gallery names from.
+// The demo host's command line, at the bounds of each option.
 #include <gtest/gtest.h>
 
-#include <QFile>
-#include <QTemporaryDir>
-
 #include "demo_options.h"
-#include "sample_galleries.h"
 
 namespace marrowfin::demo {
 namespace {
@@ -13,20 +9,14 @@ namespace {
 ParsedOptions Parse(const QStringList& args) { return ParseDemoOptions(args, QStringLiteral("/b/tools/demo-host")); }
 
 TEST(DemoOptions, ReadsEveryOptionWithinItsBoundsAndDefaultsTheRest) {
-    const DemoOptions defaults = Parse({}).options;
-    EXPECT_EQ(defaults.library, QStringLiteral("/b/libmarrowfin.so"));  // the build folder's library
-    EXPECT_EQ(defaults.rateLabel, QStringLiteral("1.0"));
-    EXPECT_FALSE(defaults.shortTour);
+    EXPECT_EQ(Parse({}).options.library, QStringLiteral("/b/libmarrowfin.so"));  // the build folder's library
     const ParsedOptions p = Parse({"--library", "/x/lib.so", "--tour", "/t", "--short", "--sample", "/s",
                                    "--rate-label", "1.5", "--step-timeout", "100"});
     ASSERT_TRUE(p.error.isEmpty()) << p.error.toStdString();
-    EXPECT_EQ(p.options.library, QStringLiteral("/x/lib.so"));
-    EXPECT_EQ(p.options.tourDir, QStringLiteral("/t"));
-    EXPECT_EQ(p.options.sampleDir, QStringLiteral("/s"));
-    EXPECT_EQ(p.options.rateLabel, QStringLiteral("1.5"));
+    EXPECT_EQ(QStringList({p.options.library, p.options.tourDir, p.options.sampleDir, p.options.rateLabel}),
+              QStringList({"/x/lib.so", "/t", "/s", "1.5"}));
     EXPECT_EQ(p.options.stepTimeoutMs, 100);
     EXPECT_TRUE(p.options.shortTour);
-    EXPECT_TRUE(Parse({"--help"}).help);
     EXPECT_EQ(Parse({"--step-timeout", "600000"}).options.stepTimeoutMs, 600000);
     // Each of these lines must be told apart, never silently half-read.
     const QList<QStringList> bad = {
@@ -37,32 +27,6 @@ TEST(DemoOptions, ReadsEveryOptionWithinItsBoundsAndDefaultsTheRest) {
         {"--tour", "/t", "--bogus"}, {"tour"},
     };
     for (const QStringList& args : bad) EXPECT_FALSE(Parse(args).error.isEmpty()) << args.join(' ').toStdString();
-    EXPECT_TRUE(Parse({"--tour", "/t", "--bogus"}).error.contains(QStringLiteral("--bogus")));
-}
-
-TEST(SampleGalleries, ReadsGalleryLinesInOrderWithoutRepeatsOrSaysWhyThereAreNone) {
-    QTemporaryDir dir;
-    auto write = [&](const QByteArray& bytes) {
-        QFile f(dir.filePath(QStringLiteral("library.tsv")));
-        ASSERT_TRUE(f.open(QIODevice::WriteOnly));
-        f.write(bytes);
-    };
-    write("# a comment\ndv\t0\r\n"
-          "gallery\t\xe5\xbb\xba\xe7\xad\x91\xe9\x97\xa8\xe7\xaa\x97\t0\r\n"  // 建筑门窗, CRLF
-          "class\t\xe5\xbb\xba\xe7\xad\x91\xe9\x97\xa8\xe7\xaa\x97\tSliding Doors\t3\n"
-          "gallery\tTitle Blocks\t1\ngallery\tTitle Blocks\t1\n"  // repeated
-          "gallery\t\t0\n#gallery\tCommented\t0\ngalleryX\tNot one\t0\n"
-          "gallery\tLast Without Newline\t0");
-    QString error;
-    EXPECT_EQ(ReadSampleGalleries(dir.path(), &error),
-              (QStringList{QStringLiteral("建筑门窗"), QStringLiteral("Title Blocks"), QStringLiteral("Last Without Newline")}));
-    EXPECT_TRUE(error.isEmpty());
-    EXPECT_TRUE(ReadSampleGalleries(dir.path() + "/missing", &error).isEmpty());
-    EXPECT_TRUE(error.contains(QStringLiteral("cannot read"))) << error.toStdString();
-    write("dv\t1\nclass\tA\tB\t1\n");
-    EXPECT_TRUE(ReadSampleGalleries(dir.path(), &error).isEmpty());
-    EXPECT_TRUE(error.contains(QStringLiteral("names no gallery"))) << error.toStdString();
-    EXPECT_TRUE(ReadSampleGalleries(dir.path()).isEmpty());  // the error is optional
 }
 
 }  // namespace
