@@ -240,11 +240,13 @@ TEST(ThumbnailRoad, ABlockInFlightOrTooSmallIsRefusedWithTheTipAndAskedFor) {
     // from elsewhere would: the running download is still to replace it.
     const std::string drawing = PreviewDrawing();
     ASSERT_GE(static_cast<int64_t>(drawing.size()), kMinBlockFileSize);
-    WriteFileAtomic(running, drawing);
-    WriteFileAtomic(waiting, drawing);
+    // The class folder is made by the first worker that runs: not yet, maybe.
+    ASSERT_TRUE(CreateDirectories(w.panel->m_curClassPath));
+    ASSERT_TRUE(WriteFileAtomic(running, drawing));
+    ASSERT_TRUE(WriteFileAtomic(waiting, drawing));
     const int small = 299, bound = 298;  // out of view: nobody asked for them yet
-    WriteFileAtomic(list->GetPath(small), std::string(kMinBlockFileSize - 1, 'b'));
-    WriteFileAtomic(list->GetPath(bound), std::string(kMinBlockFileSize, 'b'));
+    ASSERT_TRUE(WriteFileAtomic(list->GetPath(small), std::string(kMinBlockFileSize - 1, 'b')));
+    ASSERT_TRUE(WriteFileAtomic(list->GetPath(bound), std::string(kMinBlockFileSize, 'b')));
 
     struct Case { const char* what; int item; bool inserted; };
     const Case cases[] = {{"running", itemOf(running), false},
