@@ -266,7 +266,7 @@ TEST_F(HostLink, BoutiqueAnswersFromTheTreeAndCachesIt) {
 
     auto* root = new GalleryNode(u"", u"/d/Orsolen", u"Orsolen", kKindDir, false, false, 0);
     auto add = [](GalleryNode* parent, const std::u16string& name, const std::u16string& kind, bool boutique) {
-        auto* n = new GalleryNode(parent->name, parent->path + u"/" + name, name, kind, false, boutique,
+        auto* n = new GalleryNode(parent->name, parent->Path() + u"/" + name, name, kind, false, boutique,
                                   kind == kKindFile ? 2048 : 0);
         AddChild(parent, n, false);
         return n;

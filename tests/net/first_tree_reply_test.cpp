@@ -64,7 +64,8 @@ protected:
 // One line per node, for comparing whole trees.
 std::u16string Dump(const GalleryNode* n, int depth = 0) {
     std::u16string s(static_cast<size_t>(depth) * 2, u' ');
-    s += n->ownerName + u"|" + n->name + u"|" + n->path + u"|" + n->kind + u"|" + n->remoteBase + u"|" +
+    s += std::u16string(n->OwnerName()) + u"|" + n->name + u"|" + n->Path() + u"|" + (IsFile(*n) ? kKindFile : kKindDir) +
+         u"|" + DownloadUrl(*n) + u"|" +
          W(std::to_string(n->version)) + u"|" + W(std::to_string(n->size)) + (n->hidden ? u"|h" : u"|-") +
          (n->boutique ? u"|b" : u"|-") + u"\n";
     for (auto* c : n->fileChildren) s += Dump(c, depth + 1);
@@ -109,7 +110,7 @@ TEST_F(FirstTreeReply, EachGalleryGetsItsOwnElementsAndItsCatalogue) {
 
     GalleryNode* root = store.root;
     ASSERT_NE(root, nullptr);
-    const std::u16string r = root->path;
+    const std::u16string r = root->Path();
     ASSERT_EQ(root->dirChildren.size(), 4u);  // the galleries of Show.xml in its order, nothing else
     GalleryNode* stone = Child(root, 0);
     GalleryNode* material = Child(root, 1);
@@ -148,7 +149,7 @@ TEST_F(FirstTreeReply, EachGalleryGetsItsOwnElementsAndItsCatalogue) {
     EXPECT_TRUE(DirectoryExists(r + u"/空"));
     EXPECT_FALSE(DirectoryExists(r + u"/未列"));
     for (GalleryNode* g : {stone, material, ten})
-        EXPECT_EQ(test::ReadBytes(U8(g->path + u"/" + g->name + u".xdb")), ComposeCatalogue(store, *g)) << U8(g->name);
+        EXPECT_EQ(test::ReadBytes(U8(g->Path() + u"/" + g->name + u".xdb")), ComposeCatalogue(store, *g)) << U8(g->name);
     EXPECT_NE(test::ReadBytes(U8(r + u"/石材10/石材10.xdb")).find("<itm fn=\"a&b.dwg\" sz=\"100\" hi=\"1\" />"),
               std::string::npos);
 
@@ -176,7 +177,7 @@ TEST_F(FirstTreeReply, ASecondRunOnItsOwnThreadRebuildsInPlace) {
     AdoptTreeUpdates(store);
     ASSERT_NE(store.root, nullptr);
     GalleryNode* const root = store.root;
-    const std::u16string r = root->path;
+    const std::u16string r = root->Path();
 
     // Downloaded blocks in two classes; only the class whose version rose loses them.
     const std::u16string risen = r + u"/石/材10/d.dwg";
@@ -233,7 +234,7 @@ TEST_F(FirstTreeReply, AGalleryNamedTwiceComparesWithItsNewCatalogue) {
     BuildFirstTree(store);
     AdoptTreeUpdates(store);
     ASSERT_NE(store.root, nullptr);
-    const std::u16string g = store.root->path + u"/G";
+    const std::u16string g = store.root->Path() + u"/G";
     ASSERT_TRUE(FileExists(g + u"/G.xdb"));
     for (const char16_t* file : {u"/A/x.dwg", u"/B/y.dwg"}) {
         const std::u16string path = g + file;

@@ -71,10 +71,10 @@ TEST(LiveQueue, ABurstNeverRunsMoreThanSixAndEveryPathLeaves) {
     ASSERT_GE(blocks.size(), 50u);
     w.svc.faults().set("/files/*", {.latencyMs = 60});
     for (size_t i = 0; i < 50; ++i) {
-        EnqueueDownload(w.store, blocks[i]->path);
-        if (i % 5 == 0) EnqueueDownload(w.store, blocks[i]->path);  // duplicates are fetched once
+        EnqueueDownload(w.store, blocks[i]->Path());
+        if (i % 5 == 0) EnqueueDownload(w.store, blocks[i]->Path());  // duplicates are fetched once
     }
-    EnqueueDownload(w.store, blocks[0]->path);
+    EnqueueDownload(w.store, blocks[0]->Path());
     ASSERT_TRUE(WaitIdle(w.store));
     const auto files = w.svc.counters().get("/files/*");
     EXPECT_EQ(files.count, 50);
@@ -84,8 +84,8 @@ TEST(LiveQueue, ABurstNeverRunsMoreThanSixAndEveryPathLeaves) {
     for (const auto& m : w.windows.Messages(MsgFileReady)) ready.insert(m.text);
     EXPECT_EQ(ready.size(), 50u);
     for (size_t i = 0; i < 50; ++i) {
-        EXPECT_TRUE(ready.count(blocks[i]->path));
-        EXPECT_GE(FileSize(blocks[i]->path), kMinBlockFileSize);
+        EXPECT_TRUE(ready.count(blocks[i]->Path()));
+        EXPECT_GE(FileSize(blocks[i]->Path()), kMinBlockFileSize);
     }
     EXPECT_EQ(w.windows.Messages(MsgFileReady).size(), 50u);
 }
@@ -95,30 +95,30 @@ TEST(LiveQueue, FailuresLeaveNoFileAndPresentFilesNeedNoTraffic) {
     const auto blocks = AllBlocks(w.store);
 
     // Not in the tree: fails at once, no notice, nothing asked of the service.
-    EnqueueDownload(w.store, w.store.root->path + u"/nowhere/x.dwg");
+    EnqueueDownload(w.store, w.store.root->Path() + u"/nowhere/x.dwg");
     ASSERT_TRUE(WaitIdle(w.store));
     EXPECT_EQ(w.svc.counters().get("/files/*").count, 0);
 
     // Already on disk and large enough: success without traffic.
-    ASSERT_TRUE(CreateDirectories(blocks[0]->parent->path));
-    ASSERT_TRUE(WriteFileAtomic(blocks[0]->path, std::string(2048, 'd')));
-    EnqueueDownload(w.store, blocks[0]->path);
+    ASSERT_TRUE(CreateDirectories(blocks[0]->parent->Path()));
+    ASSERT_TRUE(WriteFileAtomic(blocks[0]->Path(), std::string(2048, 'd')));
+    EnqueueDownload(w.store, blocks[0]->Path());
     ASSERT_TRUE(WaitIdle(w.store));
     EXPECT_EQ(w.svc.counters().get("/files/*").count, 0);
     ASSERT_EQ(w.windows.Messages(MsgFileReady).size(), 1u);
-    EXPECT_EQ(w.windows.Messages(MsgFileReady)[0].text, blocks[0]->path);
+    EXPECT_EQ(w.windows.Messages(MsgFileReady)[0].text, blocks[0]->Path());
 
     // 1,024 bytes is an error page, 1,025 a block.
     service::Fault page{.body = std::string(1024, 'p'), .remaining = 1};
     w.svc.faults().set("/files/*", page);
-    EnqueueDownload(w.store, blocks[1]->path);
+    EnqueueDownload(w.store, blocks[1]->Path());
     ASSERT_TRUE(WaitIdle(w.store));
-    EXPECT_FALSE(PathExists(blocks[1]->path));
+    EXPECT_FALSE(PathExists(blocks[1]->Path()));
     page.body = std::string(1025, 'p');
     w.svc.faults().set("/files/*", page);
-    EnqueueDownload(w.store, blocks[1]->path);
+    EnqueueDownload(w.store, blocks[1]->Path());
     ASSERT_TRUE(WaitIdle(w.store));
-    EXPECT_EQ(FileSize(blocks[1]->path), 1025);
+    EXPECT_EQ(FileSize(blocks[1]->Path()), 1025);
 
     // Broken transfers of every kind leave nothing behind and no notice.
     const size_t noticesBefore = w.windows.Messages(MsgFileReady).size();
@@ -127,16 +127,16 @@ TEST(LiveQueue, FailuresLeaveNoFileAndPresentFilesNeedNoTraffic) {
     for (const service::Fault& fault : broken) {
         SCOPED_TRACE(service::FaultText(fault));
         w.svc.faults().set("/files/*", fault);
-        for (size_t i = 2; i < 6; ++i) EnqueueDownload(w.store, blocks[i]->path);
+        for (size_t i = 2; i < 6; ++i) EnqueueDownload(w.store, blocks[i]->Path());
         ASSERT_TRUE(WaitIdle(w.store));
-        for (size_t i = 2; i < 6; ++i) EXPECT_FALSE(PathExists(blocks[i]->path));
+        for (size_t i = 2; i < 6; ++i) EXPECT_FALSE(PathExists(blocks[i]->Path()));
     }
     EXPECT_EQ(w.windows.Messages(MsgFileReady).size(), noticesBefore);
     // After the faults clear, the same blocks can be asked for again.
     w.svc.faults().clearAll();
-    for (size_t i = 2; i < 6; ++i) EnqueueDownload(w.store, blocks[i]->path);
+    for (size_t i = 2; i < 6; ++i) EnqueueDownload(w.store, blocks[i]->Path());
     ASSERT_TRUE(WaitIdle(w.store));
-    for (size_t i = 2; i < 6; ++i) EXPECT_GE(FileSize(blocks[i]->path), kMinBlockFileSize);
+    for (size_t i = 2; i < 6; ++i) EXPECT_GE(FileSize(blocks[i]->Path()), kMinBlockFileSize);
 }
 
 TEST(LiveQueue, ResolvingStaysSafeWhileTheTreeIsRebuilt) {
@@ -144,7 +144,7 @@ TEST(LiveQueue, ResolvingStaysSafeWhileTheTreeIsRebuilt) {
     w.svc.faults().set("/files/*", {.latencyMs = 5});
     // Downloads keep resolving paths on workers while the tree is rebuilt on this thread.
     for (int round = 0; round < 3; ++round) {
-        for (GalleryNode* b : AllBlocks(w.store)) EnqueueDownload(w.store, b->path);
+        for (GalleryNode* b : AllBlocks(w.store)) EnqueueDownload(w.store, b->Path());
         BuildFirstTree(w.store);
         AdoptTreeUpdates(w.store);
     }
@@ -166,20 +166,20 @@ TEST(LiveQueue, AWorkerThatCannotStartLeavesThePathWaitingAndALaterPumpRunsIt) {
 
     // From the panel's pump: the path goes back to the head of the waiting list.
     FailThreadStartsForTests(1);
-    EnqueueDownload(w.store, blocks[0]->path);
-    EXPECT_EQ(lists(), std::make_pair(Paths{blocks[0]->path}, Paths{}));
+    EnqueueDownload(w.store, blocks[0]->Path());
+    EXPECT_EQ(lists(), std::make_pair(Paths{blocks[0]->Path()}, Paths{}));
     EXPECT_EQ(LiveDownloadWorkers(), 0u);
     PumpDownloads(w.store);
     ASSERT_TRUE(WaitIdle(w.store));
-    EXPECT_GE(FileSize(blocks[0]->path), kMinBlockFileSize);
+    EXPECT_GE(FileSize(blocks[0]->Path()), kMinBlockFileSize);
 
     // From a finishing worker's pump: the seventh path waits for the next finish.
     w.svc.faults().set("/files/*", {.latencyMs = 150});
-    for (size_t i = 1; i <= 7; ++i) EnqueueDownload(w.store, blocks[i]->path);
-    EXPECT_EQ(lists().first, Paths{blocks[7]->path});
+    for (size_t i = 1; i <= 7; ++i) EnqueueDownload(w.store, blocks[i]->Path());
+    EXPECT_EQ(lists().first, Paths{blocks[7]->Path()});
     FailThreadStartsForTests(1);
     ASSERT_TRUE(WaitIdle(w.store));
-    for (size_t i = 0; i <= 7; ++i) EXPECT_GE(FileSize(blocks[i]->path), kMinBlockFileSize) << i;
+    for (size_t i = 0; i <= 7; ++i) EXPECT_GE(FileSize(blocks[i]->Path()), kMinBlockFileSize) << i;
     EXPECT_EQ(w.windows.Messages(MsgFileReady).size(), 8u);
     EXPECT_EQ(w.svc.counters().get("/files/*").count, 8);
     FailThreadStartsForTests(0);

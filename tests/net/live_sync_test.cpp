@@ -69,8 +69,8 @@ TEST(LiveSync, FirstTreeFromTheServiceThenFromCataloguesOffline) {
     const GalleryNode* cls = gallery->dirChildren[0];
     ASSERT_FALSE(cls->fileChildren.empty());
     const GalleryNode* block = cls->fileChildren[0];
-    EXPECT_EQ(block->path, cls->path + u"/" + block->name);
-    EXPECT_EQ(block->remoteBase, cls->remoteBase + u"/" + block->name);
+    EXPECT_EQ(block->Path(), cls->Path() + u"/" + block->name);
+    EXPECT_EQ(DownloadUrl(*block), cls->remoteBase + u"/" + block->name);
     EXPECT_GT(cls->version, 0);
     EXPECT_TRUE(FileExists(CataloguePath(names[0])));
     EXPECT_TRUE(store.galleryFetchTicks.count(names[0]));
@@ -109,7 +109,7 @@ TEST(LiveSync, ForcedRefreshRemovesDownloadedClassesOnce) {
     BuildFirstTree(first);
     AdoptTreeUpdates(first);
     EXPECT_EQ(GetOptionInt(u"downver", -1), -1);
-    const std::u16string classPath = first.root->dirChildren[0]->dirChildren[0]->path;
+    const std::u16string classPath = first.root->dirChildren[0]->dirChildren[0]->Path();
     ASSERT_TRUE(CreateDirectories(classPath));
     ASSERT_TRUE(WriteFileAtomic(classPath + u"/old.dwg", std::string(2000, 'x')));
 
@@ -141,7 +141,7 @@ TEST(LiveSync, SummaryMarksStaleClassesAndOpenClassFetchesThem) {
 
     // An hour and a millisecond later the summary goes out; make one class look old locally.
     GalleryNode* cls = gallery->dirChildren[0];
-    const std::u16string clsPath = cls->path;
+    const std::u16string clsPath = cls->Path();
     const size_t blocks = cls->fileChildren.size();
     cls->version -= 1;
     gallery->refreshTick -= kGalleryFreshMs + 1;
@@ -217,7 +217,7 @@ TEST(LiveSync, FirstStartWithoutNetworkGivesEmptyGalleries) {
     ASSERT_EQ(store.root->dirChildren.size(), 2u);
     for (const GalleryNode* g : store.root->dirChildren) {
         EXPECT_TRUE(g->dirChildren.empty());
-        EXPECT_TRUE(DirectoryExists(g->path));  // listed galleries get their folders
+        EXPECT_TRUE(DirectoryExists(g->Path()));  // listed galleries get their folders
     }
     EXPECT_FALSE(FileExists(CataloguePath(u"门窗")));
     // An empty list: nothing to ask, the run ends at once.
@@ -237,7 +237,7 @@ TEST(LiveSync, EveryBrokenReplyFallsBackAndKeepsWhatTheTreeHad) {
     BuildFirstTree(reference);
     AdoptTreeUpdates(reference);
     const size_t blocks = CountBlocks(reference.root->dirChildren[0]);
-    const std::u16string clsPath = reference.root->dirChildren[0]->dirChildren[0]->path;
+    const std::u16string clsPath = reference.root->dirChildren[0]->dirChildren[0]->Path();
     const size_t classBlocks = reference.root->dirChildren[0]->dirChildren[0]->fileChildren.size();
 
     struct Case { const char* what; service::Fault fault; };

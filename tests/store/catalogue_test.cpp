@@ -19,7 +19,7 @@ protected:
         AddBlock(granite, u"b&c.dwg", 10, true);
         GalleryNode* marble = AddClass(g, u"Marble", 7, u"http://h/m");
         AddBlock(marble, u"old.dwg", 5, false);
-        store.staleClasses[marble->path] = 8;
+        store.staleClasses[marble->Path()] = 8;
         return g;
     }
     std::u16string FileOf(const std::u16string& name) const { return rootPath + u"/" + name + u"/" + name + u".xdb"; }
@@ -35,7 +35,7 @@ protected:
     // One line per node, for comparing whole trees.
     static std::u16string Dump(const GalleryNode* n, int depth = 0) {
         std::u16string s(depth * 2, u' ');
-        s += n->name + u"|" + n->path + u"|" + n->remoteBase + u"|" + W(std::to_string(n->version)) + u"|" +
+        s += n->name + u"|" + n->Path() + u"|" + DownloadUrl(*n) + u"|" + W(std::to_string(n->version)) + u"|" +
              W(std::to_string(n->size)) + (n->hidden ? u"|h" : u"|-") + (n->boutique ? u"|b" : u"|-") + u"\n";
         for (auto* c : n->fileChildren) s += Dump(c, depth + 1);
         for (auto* c : n->dirChildren) s += Dump(c, depth + 1);
@@ -80,7 +80,7 @@ TEST_F(Catalogue, ReadsBackWhatWasWritten) {
     ASSERT_EQ(store.root->dirChildren.size(), 1u);
     EXPECT_EQ(Dump(fresh), before);
     EXPECT_EQ(fresh->dirChildren[0]->parent, fresh);
-    EXPECT_EQ(fresh->dirChildren[0]->fileChildren[0]->ownerName, u"门窗");
+    EXPECT_EQ(fresh->dirChildren[0]->fileChildren[0]->OwnerName(), u"门窗");
 
     // With no gallery in the tree the reader makes one, boutique from the seal.
     ClearGalleries();
@@ -88,7 +88,7 @@ TEST_F(Catalogue, ReadsBackWhatWasWritten) {
     ASSERT_EQ(store.root->dirChildren.size(), 1u);
     GalleryNode* made = store.root->dirChildren[0];
     EXPECT_EQ(made->name, u"建筑图库");
-    EXPECT_EQ(made->ownerName, kRootName);
+    EXPECT_EQ(made->OwnerName(), kRootName);
     EXPECT_TRUE(made->boutique);
     EXPECT_EQ(Dump(made), before);
 
@@ -110,7 +110,7 @@ TEST_F(Catalogue, StaleClassIsWrittenEmptyAndReadEmpty) {
     EXPECT_EQ(marble->remoteBase, u"http://h/m");
     EXPECT_TRUE(marble->fileChildren.empty());
     ASSERT_EQ(g->dirChildren[0]->fileChildren.size(), 2u);
-    EXPECT_EQ(g->dirChildren[0]->fileChildren[1]->remoteBase, u"http://h/g/b&c.dwg");
+    EXPECT_EQ(DownloadUrl(*g->dirChildren[0]->fileChildren[1]), u"http://h/g/b&c.dwg");
 }
 
 TEST_F(Catalogue, BrokenFilesLeaveTheTreeAsItWas) {
@@ -186,13 +186,13 @@ TEST_F(Catalogue, SkipsIncompleteElements) {
     ASSERT_EQ(g->dirChildren.size(), 1u);  // the nameless sub goes with its items
     GalleryNode* k = g->dirChildren[0];
     EXPECT_EQ(k->name, u"K");
-    EXPECT_EQ(k->path, rootPath + u"/G/K");
+    EXPECT_EQ(k->Path(), rootPath + u"/G/K");
     ASSERT_EQ(k->fileChildren.size(), 1u);
     GalleryNode* ok = k->fileChildren[0];
-    EXPECT_EQ(ok->path, rootPath + u"/G/K/ok.dwg");
+    EXPECT_EQ(ok->Path(), rootPath + u"/G/K/ok.dwg");
     EXPECT_EQ(ok->size, 12);
     EXPECT_FALSE(ok->hidden);  // only "1" hides
-    EXPECT_EQ(ok->remoteBase, u"http://k/ok.dwg");
+    EXPECT_EQ(DownloadUrl(*ok), u"http://k/ok.dwg");
 
     // Without a root node the reader does nothing.
     GalleryStore bare;
@@ -216,7 +216,7 @@ TEST_F(Catalogue, BytesAreTheUtf8OfTheWholeText) {
     AddBlock(a, u"ü" + loneHigh + loneLow + u"ß", 7, false);
     GalleryNode* stale = AddClass(g, loneLow + u"旧", 5, u"");
     AddBlock(stale, u"gone.dwg", 1, false);
-    store.staleClasses[stale->path] = 6;
+    store.staleClasses[stale->Path()] = 6;
     AddClass(g, u"", 0, u"");
     // Many blocks of one class, to pass any first guess of the file's size.
     GalleryNode* big = AddClass(g, u"大", 2, u"http://h/大");
@@ -227,7 +227,7 @@ TEST_F(Catalogue, BytesAreTheUtf8OfTheWholeText) {
     for (const GalleryNode* c : g->dirChildren) {
         text += u"<sub n=\"" + c->name + u"\" ver=\"" + W(std::to_string(c->version)) + u"\" u_b=\"" + c->remoteBase +
                 u"\" >";
-        if (!store.staleClasses.count(c->path))
+        if (!store.staleClasses.count(c->Path()))
             for (const GalleryNode* b : c->fileChildren)
                 if (b)
                     text += u"<itm fn=\"" + b->name + u"\" sz=\"" + W(std::to_string(b->size)) + u"\" hi=\"" +
@@ -252,10 +252,10 @@ TEST_F(Catalogue, BytesAreTheUtf8OfTheWholeText) {
     const GalleryNode* readBig = fresh->dirChildren[2];
     ASSERT_EQ(readBig->fileChildren.size(), 2000u);
     EXPECT_EQ(readBig->fileChildren[1999]->name, u"块1999" + pair + u".dwg");
-    EXPECT_EQ(readBig->fileChildren[1999]->path, rootPath + u"/" + name + u"/大/块1999" + pair + u".dwg");
+    EXPECT_EQ(readBig->fileChildren[1999]->Path(), rootPath + u"/" + name + u"/大/块1999" + pair + u".dwg");
     EXPECT_EQ(readBig->fileChildren[1999]->size, 1999000);
     EXPECT_TRUE(readBig->fileChildren[1998]->hidden);
-    EXPECT_EQ(readBig->fileChildren[3]->remoteBase, u"http://h/大/块3" + pair + u".dwg");
+    EXPECT_EQ(DownloadUrl(*readBig->fileChildren[3]), u"http://h/大/块3" + pair + u".dwg");
     EXPECT_EQ(fresh->dirChildren[0]->version, INT32_MIN);
     EXPECT_EQ(fresh->dirChildren[0]->fileChildren[0]->size, INT32_MAX);
     EXPECT_EQ(fresh->dirChildren[0]->fileChildren.size(), 4u);

@@ -31,13 +31,13 @@ TEST_F(Tree, AddChildKeepsOrderAndRefusesNull) {
     GalleryNode* g = AddGallery(u"G");
     GalleryNode* c = AddClass(g, u"C", 1, u"http://b");
     for (auto n : {u"a.dwg", u"b.dwg", u"c.dwg"}) AddBlock(c, n, 1, false);
-    auto* front = new GalleryNode(u"C", c->path + u"/z.dwg", u"z.dwg", kKindFile, false, false, 0);
+    auto* front = new GalleryNode(u"C", c->Path() + u"/z.dwg", u"z.dwg", kKindFile, false, false, 0);
     EXPECT_TRUE(AddChild(c, front, true));
     EXPECT_EQ(Names(c->fileChildren), (std::vector<std::u16string>{u"z.dwg", u"a.dwg", u"b.dwg", u"c.dwg"}));
     EXPECT_EQ(front->parent, c);
     EXPECT_TRUE(c->dirChildren.empty());
 
-    auto* sub = new GalleryNode(u"C", c->path + u"/S", u"S", kKindDir, false, false, 0);
+    auto* sub = new GalleryNode(u"C", c->Path() + u"/S", u"S", kKindDir, false, false, 0);
     EXPECT_TRUE(AddChild(c, sub, true));
     EXPECT_EQ(c->dirChildren.size(), 1u);
     EXPECT_EQ(c->fileChildren.size(), 4u);
@@ -58,7 +58,7 @@ TEST_F(Tree, AddingAGalleryLoadsItsCommonUseListOnly) {
                    "\" />\r</root>\r");
     GalleryNode* g = AddGallery(u"G");
     ASSERT_EQ(g->fileChildren.size(), 1u);
-    EXPECT_EQ(g->fileChildren[0]->ownerName, kCommonUseTag);
+    EXPECT_EQ(g->fileChildren[0]->OwnerName(), kCommonUseTag);
     EXPECT_EQ(g->fileChildren[0]->name, u"a");
     EXPECT_EQ(g->fileChildren[0]->parent, g);
 
@@ -92,21 +92,21 @@ TEST_F(Tree, LookupsByPath) {
     GalleryNode* c2 = AddClass(g, u"C2", 1, u"");
     GalleryNode* blk = AddBlock(c2, u"b.dwg", 1, false);
     // Common-use and recent entries pointing at the same block, ahead of it in the walk.
-    AddChild(g, new GalleryNode(kCommonUseTag, blk->path, u"b", kKindFile, false, false, 0), true);
-    auto* recent = new GalleryNode(kRootName, blk->path, u"b", kKindFile, false, false, 0);
+    AddChild(g, new GalleryNode(kCommonUseTag, blk->Path(), u"b", kKindFile, false, false, 0), true);
+    auto* recent = new GalleryNode(kRootName, blk->Path(), u"b", kKindFile, false, false, 0);
     AddChild(store.root, recent, true);
 
-    EXPECT_EQ(FindNodeByPath(store.root, c2->path), c2);
+    EXPECT_EQ(FindNodeByPath(store.root, c2->Path()), c2);
     EXPECT_EQ(FindNodeByPath(store.root, rootPath), store.root);
-    EXPECT_EQ(FindNodeByPath(store.root, blk->path), nullptr);  // blocks are not dirs
-    EXPECT_EQ(FindNodeByPath(store.root, c1->path + u"/"), nullptr);
+    EXPECT_EQ(FindNodeByPath(store.root, blk->Path()), nullptr);  // blocks are not dirs
+    EXPECT_EQ(FindNodeByPath(store.root, c1->Path() + u"/"), nullptr);
     EXPECT_EQ(FindNodeByPath(store.root, rootPath + u"/g/C1"), nullptr);  // case-sensitive
 
-    EXPECT_EQ(FindBlockByPath(store.root, blk->path, true), blk);
+    EXPECT_EQ(FindBlockByPath(store.root, blk->Path(), true), blk);
     // Without the flag the recent entry comes first.
-    EXPECT_EQ(FindBlockByPath(store.root, blk->path, false), recent);
+    EXPECT_EQ(FindBlockByPath(store.root, blk->Path(), false), recent);
     // The common-use entry is never the answer, even when the class lacks the block.
-    EXPECT_EQ(FindBlockByPath(g, blk->path, true), blk);
+    EXPECT_EQ(FindBlockByPath(g, blk->Path(), true), blk);
     const std::u16string only = rootPath + u"/G/C1/only.dwg";
     AddChild(g, new GalleryNode(kCommonUseTag, only, u"only", kKindFile, false, false, 0), false);
     EXPECT_EQ(FindBlockByPath(store.root, only, true), nullptr);
@@ -115,8 +115,8 @@ TEST_F(Tree, LookupsByPath) {
     // Null slots are skipped by every walk.
     c1->fileChildren.push_back(nullptr);
     g->dirChildren.insert(g->dirChildren.begin(), nullptr);
-    EXPECT_EQ(FindBlockByPath(store.root, blk->path, true), blk);
-    EXPECT_EQ(FindNodeByPath(store.root, c2->path), c2);
+    EXPECT_EQ(FindBlockByPath(store.root, blk->Path(), true), blk);
+    EXPECT_EQ(FindNodeByPath(store.root, c2->Path()), c2);
     std::vector<GalleryNode*> out;
     FilterBlocks(store.root, u"", out);
     EXPECT_EQ(out.size(), 2u);  // recent entry and the block
@@ -131,9 +131,9 @@ TEST_F(Tree, FiltersFoldCaseAndSkipTheirEntries) {
     GalleryNode* door = AddBlock(c, u"DoorFrame.dwg", 1, false);
     GalleryNode* win = AddBlock(c, u"Window.dwg", 1, false);
     GalleryNode* cn = AddBlock(d, u"木门OOR.dwg", 1, false);
-    auto* common = new GalleryNode(kCommonUseTag, door->path, u"DoorFrame", kKindFile, false, false, 0);
+    auto* common = new GalleryNode(kCommonUseTag, door->Path(), u"DoorFrame", kKindFile, false, false, 0);
     AddChild(g, common, false);
-    auto* recent = new GalleryNode(kRootName, win->path, u"Window", kKindFile, false, false, 0);
+    auto* recent = new GalleryNode(kRootName, win->Path(), u"Window", kKindFile, false, false, 0);
     AddChild(store.root, recent, false);
 
     std::vector<GalleryNode*> out;
@@ -171,37 +171,37 @@ TEST_F(Tree, RenameNode) {
     GalleryNode* g = AddGallery(u"G");
     GalleryNode* c = AddClass(g, u"C", 1, u"");
     GalleryNode* b = AddBlock(c, u"a.b.dwg", 1, false);
-    GalleryNode* sub = new GalleryNode(u"C", c->path + u"/S", u"S", kKindDir, false, false, 0);
+    GalleryNode* sub = new GalleryNode(u"C", c->Path() + u"/S", u"S", kKindDir, false, false, 0);
     AddChild(c, sub, false);
     GalleryNode* deep = AddBlock(sub, u"d.dwg", 1, false);
 
     RenameNode(c, u"New");
     EXPECT_EQ(c->name, u"New");
-    EXPECT_EQ(c->path, rootPath + u"/G/New");
-    EXPECT_EQ(b->path, rootPath + u"/G/New/a.b.dwg");
+    EXPECT_EQ(c->Path(), rootPath + u"/G/New");
+    EXPECT_EQ(b->Path(), rootPath + u"/G/New/a.b.dwg");
     EXPECT_EQ(b->name, u"a.b.dwg");  // children keep their names
-    EXPECT_EQ(sub->path, rootPath + u"/G/C/S");  // deeper levels untouched
-    EXPECT_EQ(deep->path, rootPath + u"/G/C/S/d.dwg");
+    EXPECT_EQ(sub->Path(), rootPath + u"/G/C/S");  // deeper levels untouched
+    EXPECT_EQ(deep->Path(), rootPath + u"/G/C/S/d.dwg");
 
     RenameNode(b, u"z");
     EXPECT_EQ(b->name, u"z");
-    EXPECT_EQ(b->path, rootPath + u"/G/New/z.dwg");  // the old extension with its dot
+    EXPECT_EQ(b->Path(), rootPath + u"/G/New/z.dwg");  // the old extension with its dot
 
     GalleryNode* plain = AddBlock(c, u"noext", 1, false);
-    const std::u16string before = plain->path;
+    const std::u16string before = plain->Path();
     RenameNode(plain, u"other");
     EXPECT_EQ(plain->name, u"noext");
-    EXPECT_EQ(plain->path, before);
+    EXPECT_EQ(plain->Path(), before);
 
     // A dot only in front of the last separator is no extension either.
     auto* dotted = new GalleryNode(u"x", u"/r/a.b/file", u"file", kKindFile, false, false, 0);
     AddChild(c, dotted, false);
     RenameNode(dotted, u"other");
-    EXPECT_EQ(dotted->path, u"/r/a.b/file");
+    EXPECT_EQ(dotted->Path(), u"/r/a.b/file");
 
     RenameNode(store.root, u"Elsewhere");
     EXPECT_EQ(store.root->name, kRootName);
-    EXPECT_EQ(store.root->path, rootPath);
+    EXPECT_EQ(store.root->Path(), rootPath);
 }
 
 TEST_F(Tree, DestroyAndRebuild) {
@@ -213,7 +213,7 @@ TEST_F(Tree, DestroyAndRebuild) {
 
     // The server's order: Three (new), Two (same version), One (newer).
     auto cand = [&](const std::u16string& n, int v) {
-        auto* c = new GalleryNode(g->name, g->path + u"/" + n, n, kKindDir, false, false, 0);
+        auto* c = new GalleryNode(g->name, g->Path() + u"/" + n, n, kKindDir, false, false, 0);
         c->version = v;
         return c;
     };
@@ -224,14 +224,14 @@ TEST_F(Tree, DestroyAndRebuild) {
     EXPECT_EQ(old1->fileChildren.size(), 1u);  // the block list survived
     EXPECT_EQ(old1->version, 1);               // the old node is kept as it was
     EXPECT_EQ(store.staleClasses.size(), 2u);
-    EXPECT_EQ(store.staleClasses[g->path + u"/Three"], 2);
-    EXPECT_EQ(store.staleClasses[g->path + u"/One"], 4);
+    EXPECT_EQ(store.staleClasses[g->Path() + u"/Three"], 2);
+    EXPECT_EQ(store.staleClasses[g->Path() + u"/One"], 4);
 
     ClearChildren(g);
     EXPECT_TRUE(g->dirChildren.empty());
     EXPECT_TRUE(g->fileChildren.empty());
     EXPECT_EQ(g->name, u"G");
-    EXPECT_EQ(g->path, rootPath + u"/G");
+    EXPECT_EQ(g->Path(), rootPath + u"/G");
     EXPECT_TRUE(g->boutique);
     EXPECT_EQ(g->parent, store.root);
 
@@ -241,7 +241,7 @@ TEST_F(Tree, DestroyAndRebuild) {
     DestroySubtree(g);
     EXPECT_TRUE(g->dirChildren.empty());
     EXPECT_TRUE(g->name.empty());
-    EXPECT_TRUE(g->path.empty());
+    EXPECT_TRUE(g->Path().empty());
     // The caller frees the node itself; the sanitizer build checks that nothing below leaked.
     store.root->dirChildren.clear();
     delete g;

@@ -46,7 +46,7 @@ TEST_F(Layout, PathsOfTheStore) {
     EXPECT_EQ(SkinSheetPath(3), HostFolder() + u"/BrindleSkin/images_3.png");
     EXPECT_EQ(PreviousGenerationFolder(), doc + u"/Pellicor");
     // The catalogue reader and writer must agree with the layout.
-    EXPECT_EQ(CataloguePath(u"G"), store.root->path + u"/G/G.xdb");
+    EXPECT_EQ(CataloguePath(u"G"), store.root->Path() + u"/G/G.xdb");
 }
 
 TEST_F(Layout, SettingsDefaultsAndValues) {

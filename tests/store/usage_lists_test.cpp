@@ -15,7 +15,7 @@ const std::string kTail = "</root>\r";
 
 std::vector<std::u16string> Paths(const std::vector<GalleryNode*>& nodes) {
     std::vector<std::u16string> out;
-    for (auto* n : nodes) out.push_back(n->path);
+    for (auto* n : nodes) out.push_back(n->Path());
     return out;
 }
 
@@ -50,7 +50,7 @@ TEST_F(Lists, RememberRecentMovesToTheFront) {
     ASSERT_EQ(store.root->fileChildren.size(), 2u);
     EXPECT_EQ(Paths(store.root->fileChildren), (std::vector<std::u16string>{u"/b/one.dwg", u"/b/two.dwg"}));
     GalleryNode* e = store.root->fileChildren[0];
-    EXPECT_EQ(e->ownerName, kRootName);
+    EXPECT_EQ(e->OwnerName(), kRootName);
     EXPECT_EQ(e->name, u"one");
     EXPECT_EQ(e->parent, store.root);
     EXPECT_TRUE(IsFile(*e));
@@ -68,9 +68,9 @@ TEST_F(Lists, SaveWritesRecentAndCommonListsButNotCollections) {
     GalleryNode* empty = AddGallery(u"Empty");
     AddChild(g, new GalleryNode(kCommonUseTag, b, u"b", kKindFile, false, false, 0), false);
     AddChild(mine, new GalleryNode(kCommonUseTag, a, u"a", kKindFile, false, false, 0), false);
-    CreateDirectories(g->path);
-    CreateDirectories(mine->path);
-    CreateDirectories(empty->path);
+    CreateDirectories(g->Path());
+    CreateDirectories(mine->Path());
+    CreateDirectories(empty->Path());
     RememberRecent(store, b, u"b");
     RememberRecent(store, a, u"a");
 
@@ -81,9 +81,9 @@ TEST_F(Lists, SaveWritesRecentAndCommonListsButNotCollections) {
     SaveRecentList(store);
     EXPECT_EQ(ReadBytes(U8(rootPath + u"/RecentlyUse.xml")),
               kHead + "<Item path=\"" + U8(a) + "\" />\r<Item path=\"" + U8(b) + "\" />\r" + kTail);
-    EXPECT_EQ(ReadBytes(U8(g->path + u"/CommonUse.xml")), kHead + "<Item path=\"" + U8(b) + "\" />\r" + kTail);
-    EXPECT_EQ(ReadBytes(U8(empty->path + u"/CommonUse.xml")), kHead + kTail);
-    EXPECT_FALSE(FileExists(mine->path + u"/CommonUse.xml"));
+    EXPECT_EQ(ReadBytes(U8(g->Path() + u"/CommonUse.xml")), kHead + "<Item path=\"" + U8(b) + "\" />\r" + kTail);
+    EXPECT_EQ(ReadBytes(U8(empty->Path() + u"/CommonUse.xml")), kHead + kTail);
+    EXPECT_FALSE(FileExists(mine->Path() + u"/CommonUse.xml"));
 
     GalleryStore bare;
     SaveRecentList(bare);  // no root: nothing
@@ -104,7 +104,7 @@ TEST_F(Lists, LoadFiltersAndKeepsFileOrder) {
     LoadRecentList(store);
     ASSERT_EQ(Paths(store.root->fileChildren), (std::vector<std::u16string>{upper, a}));
     EXPECT_EQ(store.root->fileChildren[0]->name, u"Upper");
-    EXPECT_EQ(store.root->fileChildren[0]->ownerName, kRootName);
+    EXPECT_EQ(store.root->fileChildren[0]->OwnerName(), kRootName);
 
     // The dropped entry leaves the file at the next save.
     SaveRecentList(store);

@@ -22,10 +22,10 @@ std::u16string RememberABlock() {
         if (!cls || cls->fileChildren.empty()) continue;
         GalleryNode* block = cls->fileChildren[0];
         // Recent entries must lie on disk to be read back.
-        (void)CreateDirectories(cls->path);
-        (void)WriteFileAtomic(block->path, std::string(2048, 'x'));
-        RememberRecent(store, block->path, block->name);
-        return block->path;
+        (void)CreateDirectories(cls->Path());
+        (void)WriteFileAtomic(block->Path(), std::string(2048, 'x'));
+        RememberRecent(store, block->Path(), block->name);
+        return block->Path();
     }
     return {};
 }
@@ -71,7 +71,7 @@ TEST(PanelClose, WindowCloseHidesAndForgetsTheModeAndSaveOnCloseWritesEveryList)
 
     // The save on CloseGallery: every list, and the search folder goes.
     GalleryNode* gallery = GalleryStore::Instance().root->dirChildren[0];
-    const std::u16string common = gallery->path + u"/CommonUse.xml";
+    const std::u16string common = gallery->Path() + u"/CommonUse.xml";
     RemoveFile(common);
     RemoveFile(RecentListPath());
     const std::u16string search = SearchFolder();

@@ -66,7 +66,7 @@ TEST(PanelStartUp, WithoutAHostWindowInTheUpdateModeAndWithoutAFirstSync) {
     SampleWorld world({.listGallery = false, .firstSync = false});
     ASSERT_TRUE(PumpUntil([] { return GalleryStore::Instance().root != nullptr; }));
     GalleryNode* root = GalleryStore::Instance().root;
-    EXPECT_EQ(root->path, StoreRoot());
+    EXPECT_EQ(root->Path(), StoreRoot());
     EXPECT_TRUE(root->dirChildren.empty());
     EXPECT_EQ(GalleryStore::Instance().syncBusy.load(), 0);
 

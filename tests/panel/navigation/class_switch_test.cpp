@@ -35,7 +35,7 @@ TEST(ClassSwitch, BurstsOfClicksEndInOneSwitchAndSubclassButtonsAreDampedAndStay
     EXPECT_EQ(spy.Count(MsgPanelEvent, 4), 1);
     EXPECT_EQ(w.panel->m_classIndex, 3);
     EXPECT_EQ(w.panel->m_classList->GetSelectedRow(), 3);
-    EXPECT_EQ(w.panel->m_curClassPath, w.root()->dirChildren[1]->dirChildren[0]->path);
+    EXPECT_EQ(w.panel->m_curClassPath, w.root()->dirChildren[1]->dirChildren[0]->Path());
     EXPECT_EQ(w.panel->m_pThumbList->GetItemCount(), 4);
     // After a quiet spell the next click switches quickly; clicks that follow
     // it closely wait the long time again.
@@ -48,7 +48,7 @@ TEST(ClassSwitch, BurstsOfClicksEndInOneSwitchAndSubclassButtonsAreDampedAndStay
 
     // A subclass press right after a switch is damped: the switch's opening counts.
     w.ClickButton(2081);
-    EXPECT_EQ(w.panel->m_curClassPath, w.root()->dirChildren[1]->dirChildren[0]->path);
+    EXPECT_EQ(w.panel->m_curClassPath, w.root()->dirChildren[1]->dirChildren[0]->Path());
 
     ASSERT_TRUE(w.OpenRow(w.RowOf(u"紧固件")));
     CBrindleDlg& p = *w.panel;
@@ -57,17 +57,17 @@ TEST(ClassSwitch, BurstsOfClicksEndInOneSwitchAndSubclassButtonsAreDampedAndStay
     EXPECT_EQ(p.m_subclassBtns[0]->toolTip(), QStringLiteral("六角"));
     EXPECT_EQ(p.m_subclassBtns[2]->toolTip(), QStringLiteral("..隐藏"));  // a leading ".." is no separator
     EXPECT_TRUE(p.m_subclassBtns[0]->selected);
-    EXPECT_EQ(p.m_curClassPath, gallery->dirChildren[0]->path);
+    EXPECT_EQ(p.m_curClassPath, gallery->dirChildren[0]->Path());
     EXPECT_EQ(p.m_pThumbList->GetItemCount(), 5);
 
     // Within 350 ms of the last opening a press is ignored.
     w.ClickButton(2081);
-    EXPECT_EQ(p.m_curClassPath, gallery->dirChildren[0]->path);
+    EXPECT_EQ(p.m_curClassPath, gallery->dirChildren[0]->Path());
     EXPECT_FALSE(p.m_subclassBtns[1]->selected);
 
     w.ClickButton(2081, 400);
     Pump(30);
-    EXPECT_EQ(p.m_curClassPath, gallery->dirChildren[1]->path);
+    EXPECT_EQ(p.m_curClassPath, gallery->dirChildren[1]->Path());
     EXPECT_TRUE(p.m_subclassBtns[1]->selected);
     EXPECT_FALSE(p.m_subclassBtns[0]->selected);
     EXPECT_EQ(p.m_pThumbList->GetItemCount(), 3);
@@ -126,7 +126,7 @@ TEST(ClassSwitch, ButtonsAndThumbnailListFollowTheNumberOfSubclasses) {
             EXPECT_EQ(p.m_itemCount, 0);
             EXPECT_FALSE(w.Shown(p.m_pThumbList));
             EXPECT_TRUE(w.ButtonShown(2151));
-            EXPECT_EQ(p.m_curClassPath, gallery->path);
+            EXPECT_EQ(p.m_curClassPath, gallery->Path());
             continue;
         }
         EXPECT_FALSE(w.ButtonShown(2151));
@@ -136,12 +136,12 @@ TEST(ClassSwitch, ButtonsAndThumbnailListFollowTheNumberOfSubclasses) {
         const int first = c.common ? 1 : 0;
         if (c.common) {
             EXPECT_EQ(Caption(p, 0), QStringLiteral("常用"));
-            EXPECT_EQ(p.m_subclassBtns[0]->data, QString::fromStdU16String(gallery->path));
+            EXPECT_EQ(p.m_subclassBtns[0]->data, QString::fromStdU16String(gallery->Path()));
             // "常用" opens first and lists the common-use entries.
-            EXPECT_EQ(p.m_curClassPath, gallery->path);
+            EXPECT_EQ(p.m_curClassPath, gallery->Path());
             EXPECT_EQ(p.m_pThumbList->GetItemCount(), c.common);
         } else {
-            EXPECT_EQ(p.m_curClassPath, gallery->dirChildren[0]->path);
+            EXPECT_EQ(p.m_curClassPath, gallery->dirChildren[0]->Path());
             EXPECT_EQ(p.m_pThumbList->GetItemCount(), 2);
         }
         EXPECT_EQ(p.m_itemCount, p.m_pThumbList->GetItemCount());  // the blocks of the opened button

@@ -14,7 +14,7 @@ void RenderAt(float rate, const QString& suffix) {
     w.AddGallery({u"五金", 3, 6});
     GalleryNode* many = w.AddGallery({u"机械零件", 19, 8, 2, /*boutique*/ true});
     w.AddCollections(7, {u"收藏夹1", u"螺栓..常用件", u"管件"}, 4);
-    for (int i = 0; i < 5; ++i) w.AddRecent(many->dirChildren[i]->fileChildren[0]->path);
+    for (int i = 0; i < 5; ++i) w.AddRecent(many->dirChildren[i]->fileChildren[0]->Path());
     w.MakePanel(true, rate);
     CBrindleDlg& p = *w.panel;
     EXPECT_EQ(p.size(), QSize(ScaleUnits(755), ScaleUnits(454)));

@@ -69,14 +69,14 @@ TEST(Pages, EachPageShowsItsWidgetsLeavingASearchReopensTheClassAndTheCollection
     EXPECT_FALSE(p.m_searchUntouched);
     EXPECT_TRUE(IsTimerRunning(p.Handle(), 1011));
     ASSERT_TRUE(w.WaitForSwitch());
-    EXPECT_EQ(p.m_curClassPath, g->dirChildren[0]->path);
+    EXPECT_EQ(p.m_curClassPath, g->dirChildren[0]->Path());
     EXPECT_EQ(w.VisibleSubclassButtons(), 3);
     EXPECT_TRUE(w.Shown(p.m_pThumbList));
 
     w.SignIn(7);
     ASSERT_TRUE(w.OpenRow(1));
     ExpectPage(w, PageCollection);
-    EXPECT_EQ(p.m_curClassPath, mine->dirChildren[0]->path);
+    EXPECT_EQ(p.m_curClassPath, mine->dirChildren[0]->Path());
     // A browse argument on a browse page changes nothing.
     p.GoToPage(PageBrowse);
     EXPECT_EQ(p.m_page, PageCollection);
@@ -89,7 +89,7 @@ TEST(Pages, EachPageShowsItsWidgetsLeavingASearchReopensTheClassAndTheCollection
     w.ClickButton(2202, 500);
     ExpectPage(w, PageCollection);
     ASSERT_TRUE(w.WaitForSwitch());
-    EXPECT_EQ(p.m_curClassPath, mine->dirChildren[0]->path);
+    EXPECT_EQ(p.m_curClassPath, mine->dirChildren[0]->Path());
     ExpectPage(w, PageCollection);
 
     // The whole-library search from the collections, and back.
@@ -165,7 +165,7 @@ TEST(LivePages, CollectionSearchListsTheCloudBlocksAndFiltersThem) {
         w.service.users().addBlock(block);
     }
     GalleryNode* mine = w.AddCollections(42, {u"收藏夹1"}, 0);
-    WriteBytes(U8(mine->dirChildren[0]->path) + "/螺母.dwg", std::string(2000, 'x'));
+    WriteBytes(U8(mine->dirChildren[0]->Path()) + "/螺母.dwg", std::string(2000, 'x'));
     w.MakePanel();
     CBrindleDlg& p = *w.panel;
     w.SignIn(42);
@@ -275,7 +275,7 @@ TEST(LivePages, DownloadGalleryButtonTipsOnFailureAndFillsTheGalleryOnSuccess) {
     ASSERT_FALSE(gallery->dirChildren.empty());
     EXPECT_FALSE(w.ButtonShown(2151));
     EXPECT_EQ(w.VisibleSubclassButtons(), static_cast<int>(std::min<size_t>(18, gallery->dirChildren.size())));
-    EXPECT_EQ(p.m_curClassPath, gallery->dirChildren[0]->path);
+    EXPECT_EQ(p.m_curClassPath, gallery->dirChildren[0]->Path());
     EXPECT_TRUE(w.Shown(p.m_pThumbList));
 }
 
@@ -342,7 +342,7 @@ TEST(LivePages, SwitchingRefreshesAStaleGalleryAndOpeningAStaleClassFetchesItsBl
     GalleryNode* second = gallery->dirChildren[1];
     const size_t blocks = second->fileChildren.size();
     ASSERT_GT(blocks, 0u);
-    w.store.staleClasses[second->path] = second->version + 1;
+    w.store.staleClasses[second->Path()] = second->version + 1;
     w.service.counters().reset();
     w.MakePanel();
     CBrindleDlg& p = *w.panel;
@@ -352,7 +352,7 @@ TEST(LivePages, SwitchingRefreshesAStaleGalleryAndOpeningAStaleClassFetchesItsBl
     ASSERT_TRUE(PumpUntil([&] { return w.VisibleSubclassButtons() == static_cast<int>(gallery->dirChildren.size()); }));
     EXPECT_EQ(w.service.counters().get("/gallery/g_cs_s").count, 1);
     EXPECT_EQ(w.service.counters().get("/gallery/g_cs").count, 0);  // the first class is up to date
-    ASSERT_EQ(p.m_subclassBtns[1]->data, QString::fromStdU16String(second->path));
+    ASSERT_EQ(p.m_subclassBtns[1]->data, QString::fromStdU16String(second->Path()));
 
     w.ClickButton(2081, 400);
     EXPECT_EQ(p.m_listNodes.size(), 0u);  // nothing listed while the blocks are on their way
