@@ -227,32 +227,24 @@ GalleryStore& BuiltStore() {
 }
 
 // The floor of the build's node work: the same classes and blocks made from
-// strings at hand (the file name copied as a read would, the path and URL
-// joined, the node, the attaching), with no reply read at all. Freed outside
-// the measured time, as the build's tree is.
+// strings at hand (the file name copied as a read would, the node, the
+// attaching), with no reply read at all. Freed outside the measured time, as
+// the build's tree is.
 void BM_MakeSameNodes(benchmark::State& state) {
     GalleryStore& built = BuiltStore();
     std::vector<const GalleryNode*> classes;
     for (const GalleryNode* g : built.root->dirChildren)
         for (const GalleryNode* c : g->dirChildren) classes.push_back(c);
-    static const std::u16string kFileKind(kKindFile);
+    std::u16string fn;
     for (auto _ : state) {
         GalleryNode top;
         for (const GalleryNode* source : classes) {
-            auto* cls = new GalleryNode(u"g", source->path, source->name, kKindDir, false, false, 0);
+            auto* cls = new GalleryNode(u"g", source->Path(), source->name, kKindDir, false, false, 0);
             cls->remoteBase = source->remoteBase;
             AddChild(&top, cls, false);
             for (const GalleryNode* b : source->fileChildren) {
-                std::u16string fn = b->name;
-                std::u16string path;
-                path.reserve(cls->path.size() + 1 + fn.size());
-                path.append(cls->path).append(1, u'/').append(fn);
-                std::u16string remote;
-                remote.reserve(cls->remoteBase.size() + 1 + fn.size());
-                remote.append(cls->remoteBase).append(1, u'/').append(fn);
-                auto* block = new GalleryNode(cls->name, std::move(path), std::move(fn), kFileKind, false, false, 1);
-                block->remoteBase = std::move(remote);
-                AddChild(cls, block, false);
+                fn.assign(b->name.view());
+                AddChild(cls, NewBlock(fn, false, false, 1), false);
             }
         }
         state.PauseTiming();
@@ -297,13 +289,13 @@ void BM_DownloadQueue_600x32KB_25ms(benchmark::State& state) {
     AdoptTreeUpdates(store);
     std::vector<std::u16string> paths;
     for (GalleryNode* c : store.root->dirChildren[0]->dirChildren)
-        for (GalleryNode* b : c->fileChildren) paths.push_back(b->path);
+        for (GalleryNode* b : c->fileChildren) paths.push_back(b->Path());
     service::Fault latency;
     latency.latencyMs = 25;
     svc.faults().set("/files/*", latency);
     for (auto _ : state) {
         state.PauseTiming();
-        for (GalleryNode* c : store.root->dirChildren[0]->dirChildren) RemoveDirectoryTree(c->path);
+        for (GalleryNode* c : store.root->dirChildren[0]->dirChildren) RemoveDirectoryTree(c->Path());
         svc.counters().reset();
         state.ResumeTiming();
         for (const auto& p : paths) EnqueueDownload(store, p);

@@ -67,14 +67,12 @@ GalleryNode* BuildTree() {
         AddChild(root, gallery, false);
         for (int c = 0; c < kClasses; ++c) {
             const std::u16string cname = u"Class " + Num(c);
-            auto* cls = new GalleryNode(gname, gallery->path + u"/" + cname, cname, kKindDir, false, false, 0);
+            auto* cls = new GalleryNode(gname, gallery->Path() + u"/" + cname, cname, kKindDir, false, false, 0);
             cls->remoteBase = u"https://files.example.com/gallery/" + Num(g) + u"/" + Num(c);
             AddChild(gallery, cls, false);
             for (int b = 0; b < kBlocks; ++b) {
                 const std::u16string fn = BlockName(g, c, b);
-                auto* blk = new GalleryNode(cname, cls->path + u"/" + fn, fn, kKindFile, false, false, 20480);
-                blk->remoteBase = cls->remoteBase + u"/" + fn;
-                AddChild(cls, blk, false);
+                AddChild(cls, NewBlock(fn, false, false, 20480), false);
             }
         }
     }
@@ -93,11 +91,11 @@ struct Fixture {
             for (GalleryNode* c : g->dirChildren)
                 for (GalleryNode* b : c->fileChildren) {
                     names.push_back(b->name);
-                    paths.push_back(b->path);
+                    paths.push_back(b->Path());
                 }
         flatBytes = g_heapBytes.load() - flatBefore;
         const GalleryNode* lastClass = root->dirChildren.back()->dirChildren.back();
-        lastPath = lastClass->fileChildren.back()->path;
+        lastPath = lastClass->fileChildren.back()->Path();
     }
     GalleryNode* root;
     int64_t treeBytes = 0;

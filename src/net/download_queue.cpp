@@ -103,9 +103,9 @@ bool ResolveDownload(const GalleryStore& store, const std::u16string& path, Down
     if (!store.root) return false;
     const GalleryNode* block = FindBlockByPath(store.root, path, true);
     if (!block || !block->parent || !block->parent->parent) return false;
-    target.galleryPath = block->parent->parent->path;
-    target.classPath = block->parent->path;
-    target.url = block->remoteBase;
+    target.galleryPath = block->parent->parent->Path();
+    target.classPath = block->parent->Path();
+    target.url = DownloadUrl(*block);
     return true;
 }
 

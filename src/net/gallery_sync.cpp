@@ -65,10 +65,10 @@ const GalleryNode* FindGallery(const GalleryStore& store, std::u16string_view na
 // it; skipping its classes keeps a reply of many galleries from walking all
 // earlier galleries' classes once for each later gallery.
 GalleryNode* FindGalleryOfRun(GalleryNode* root, std::u16string_view path) {
-    if (root->path == path) return root;
+    if (root->PathIs(path)) return root;
     for (GalleryNode* gallery : root->dirChildren) {
         if (!gallery) continue;
-        const std::u16string_view own = gallery->path;
+        const std::u16string own = gallery->Path();
         if (own == path) return gallery;
         if (path.size() > own.size() && path[own.size()] == u'/' && path.substr(0, own.size()) == own)
             if (GalleryNode* hit = FindNodeByPath(gallery, path)) return hit;
@@ -77,7 +77,7 @@ GalleryNode* FindGalleryOfRun(GalleryNode* root, std::u16string_view path) {
 }
 
 GalleryNode* NewGalleryNode(const GalleryNode& root, std::u16string_view name) {
-    return new GalleryNode(root.name, JoinPath(root.path, name), std::u16string(name), kKindDir, false, false, 0);
+    return new GalleryNode(root.name, JoinPath(root.Path(), name), std::u16string(name), kKindDir, false, false, 0);
 }
 
 // A detached root of the given identity, for a worker to build under.
@@ -104,7 +104,7 @@ ClassVersions ReadCatalogueVersions(const GalleryNode& gallery) {
 void NoteClassVersion(TreeUpdate& update, const GalleryNode& gallery, int32_t version, int32_t& highest) {
     if (version <= highest) return;
     highest = version;
-    update.galleryVersions[gallery.name] = version;
+    update.galleryVersions[gallery.name.str()] = version;
     (void)WriteGalleryVersion(gallery.name, version);
 }
 
@@ -112,26 +112,21 @@ void NoteClassVersion(TreeUpdate& update, const GalleryNode& gallery, int32_t ve
 // A full reply holds hundreds of thousands of blocks: each node is built
 // with the fewest strings possible, the file name moving into the node's name.
 void ReadBlocks(MarkupDocument& doc, std::u16string_view tag, GalleryNode* cls, bool boutique) {
-    static const std::u16string kFileKind(kKindFile);
     // The block array is left to grow by itself: reserving each class's
     // array whole made freeing the tree much slower and building it no faster.
-    // The size and hidden flag are read into buffers kept across the loop;
-    // only the file name, which moves into the node, is a string per block.
+    // The attributes are read into buffers kept across the loop: the name
+    // is copied once, into the node, and the path and URL follow from the class.
+    std::u16string fn;
     std::u16string size;
     std::u16string hi;
     doc.EnterElement();
     while (doc.FindElement(tag)) {
-        std::u16string fn = doc.GetAttribute(u"fn");
+        doc.GetAttribute(u"fn", fn);
         if (fn.empty()) continue;
         doc.GetAttribute(u"size", size);
         if (size.empty()) continue;
         doc.GetAttribute(u"hi", hi);
-        const bool hidden = hi == u"1";
-        std::u16string path = JoinPath(cls->path, fn);
-        std::u16string remote = JoinPath(cls->remoteBase, fn);
-        auto* block =
-            new GalleryNode(cls->name, std::move(path), std::move(fn), kFileKind, hidden, boutique, ToInt(size));
-        block->remoteBase = std::move(remote);
+        GalleryNode* block = NewBlock(fn, hi == u"1", boutique, ToInt(size));
         if (!AddChild(cls, block, false)) delete block;
     }
     doc.LeaveElement();
@@ -147,20 +142,20 @@ void ReadFullGallery(TreeUpdate& update, MarkupDocument& doc, GalleryNode* galle
         const std::u16string bu = doc.GetAttribute(u"b_u");
         const std::u16string ver = doc.GetAttribute(u"ver");
         if (cs.empty() || bu.empty() || ver.empty()) continue;
-        auto* cls = new GalleryNode(gallery->name, JoinPath(gallery->path, cs), cs, kKindDir, false, false, 0);
+        auto* cls = new GalleryNode(gallery->name, JoinPath(gallery->Path(), cs), cs, kKindDir, false, false, 0);
         cls->version = ToInt(ver);
         cls->remoteBase = bu;
         // A risen version makes the downloaded blocks of the class suspect.
         if (auto it = old.find(cs); it != old.end() && cls->version > it->second) {
-            if (writes) writes->Settle(cls->path);
-            RemoveDirectoryTree(cls->path);
+            if (writes) writes->Settle(cls->Path());
+            RemoveDirectoryTree(cls->Path());
         }
         if (!AddChild(gallery, cls, false)) {
             delete cls;
             continue;
         }
         ReadBlocks(doc, u"dwg", cls, gallery->boutique);
-        update.freshClasses.push_back(cls->path);
+        update.freshClasses.push_back(cls->Path());
         NoteClassVersion(update, *gallery, cls->version, highest);
     }
     doc.LeaveElement();
@@ -205,7 +200,7 @@ TreeUpdate ComposeFirstTree() {
     doc.EnterElement();
     while (doc.FindElement(u"gallery")) {
         const std::u16string gn = doc.GetAttribute(u"gn");
-        GalleryNode* gallery = FindGalleryOfRun(root, JoinPath(root->path, gn));
+        GalleryNode* gallery = FindGalleryOfRun(root, JoinPath(root->Path(), gn));
         if (!gallery || gallery == root) continue;
         ClassVersions old;
         if (!ahead.Take(*gallery, old)) {
@@ -225,7 +220,7 @@ TreeUpdate ComposeFirstTree() {
         ReadFullGallery(update, doc, gallery, old, highest, &writes);
         // Every class of a gallery read whole is fresh.
         writes.Add(*gallery, StaleClasses{});
-        update.fetchTicks[gallery->name] = gallery->refreshTick;
+        update.fetchTicks[gallery->name.str()] = gallery->refreshTick;
     }
     writes.Finish();
     return update;
@@ -250,7 +245,7 @@ TreeUpdate RunGalleryFull(const TreeRequest& request) {
     gallery->boutique = update.boutique;
     int32_t highest = ReadGalleryVersion(gallery->name);
     ReadFullGallery(update, doc, gallery, request.oldVersions, highest);
-    update.fetchTicks[gallery->name] = update.tick;
+    update.fetchTicks[gallery->name.str()] = update.tick;
     return update;
 }
 
@@ -330,13 +325,13 @@ std::optional<TreeRequest> PrepareGalleryFull(const GalleryStore& store, std::u1
     TreeRequest request;
     request.kind = TreeUpdateKind::GalleryFull;
     request.rootName = store.root->name;
-    request.rootPath = store.root->path;
+    request.rootPath = store.root->Path();
     request.gallery = std::u16string(name);
     request.createIfMissing = createIfMissing;
     if (gallery) {
         for (const GalleryNode* cls : gallery->dirChildren) {
             if (!cls) continue;
-            request.oldVersions[cls->name] = cls->version;
+            request.oldVersions[cls->name.str()] = cls->version;
             request.hadClasses = true;
         }
     }
@@ -349,7 +344,7 @@ std::optional<TreeRequest> PrepareClassSummary(const GalleryStore& store, std::u
     TreeRequest request;
     request.kind = TreeUpdateKind::ClassSummary;
     request.rootName = store.root->name;
-    request.rootPath = store.root->path;
+    request.rootPath = store.root->Path();
     request.gallery = std::u16string(name);
     return request;
 }
@@ -361,10 +356,10 @@ std::optional<TreeRequest> PrepareClassItems(const GalleryStore& store, std::u16
     TreeRequest request;
     request.kind = TreeUpdateKind::ClassItems;
     request.rootName = store.root->name;
-    request.rootPath = store.root->path;
+    request.rootPath = store.root->Path();
     request.gallery = cls->parent->name;
     request.className = cls->name;
-    request.classPath = cls->path;
+    request.classPath = cls->Path();
     return request;
 }
 

@@ -47,7 +47,7 @@ class VersionsReadAhead {
 public:
     explicit VersionsReadAhead(const GalleryNode& root) {
         for (const GalleryNode* gallery : root.dirChildren)
-            if (gallery) m_entries.push_back(Entry{gallery->path, CatalogueFile(*gallery), {}});
+            if (gallery) m_entries.push_back(Entry{gallery->Path(), CatalogueFile(*gallery), {}});
         try {
             m_worker = std::thread([this] {
                 for (Entry& e : m_entries) {
@@ -79,7 +79,7 @@ public:
     // has turned up since. A file gone since reads as none. Call after Join.
     bool Take(const GalleryNode& gallery, ClassVersions& out) {
         for (Entry& e : m_entries) {
-            if (e.path != gallery.path) continue;
+            if (!gallery.PathIs(e.path)) continue;
             if (!e.read || e.taken) return false;
             e.taken = true;
             const bool exists = FileExists(e.file);
@@ -165,7 +165,7 @@ private:
     };
 
     static void Write(const Job& job) {
-        if (!DirectoryExists(job.gallery->path)) (void)CreateDirectories(job.gallery->path);
+        if (!DirectoryExists(job.gallery->Path())) (void)CreateDirectories(job.gallery->Path());
         (void)WriteFileAtomic(job.file, ComposeCatalogue(job.stale, *job.gallery));
     }
 

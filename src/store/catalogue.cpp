@@ -89,7 +89,7 @@ size_t EstimateBytes(const StaleClasses& staleClasses, const GalleryNode& galler
     for (const GalleryNode* cls : gallery.dirChildren) {
         if (!cls) continue;
         bytes += kSubMarks + (cls->name.size() + cls->remoteBase.size()) * 3;
-        if (staleClasses.find(cls->path) != staleClasses.end()) continue;
+        if (staleClasses.find(cls->Path()) != staleClasses.end()) continue;
         const auto& blocks = cls->fileChildren;
         const size_t count = blocks.size();
         for (size_t i = 0; i < count; ++i) {
@@ -124,7 +124,7 @@ std::string ComposeCatalogue(const StaleClasses& staleClasses, const GalleryNode
         out += "\" u_b=\"";
         AppendUtf8(out, cls->remoteBase);
         out += "\" >";
-        if (staleClasses.find(cls->path) == staleClasses.end()) {
+        if (staleClasses.find(cls->Path()) == staleClasses.end()) {
             const auto& blocks = cls->fileChildren;
             const size_t count = blocks.size();
             for (size_t i = 0; i < count; ++i) {
@@ -145,7 +145,7 @@ std::string ComposeCatalogue(const StaleClasses& staleClasses, const GalleryNode
 }
 
 std::u16string CatalogueFile(const GalleryNode& gallery) {
-    std::u16string file = JoinPath(gallery.path, gallery.name);
+    std::u16string file = JoinPath(gallery.Path(), gallery.name);
     file += u".xdb";
     return file;
 }
@@ -155,7 +155,7 @@ void WriteCatalogue(const GalleryStore& store, std::u16string_view galleryName) 
     if (!root) return;
     for (const GalleryNode* gallery : root->dirChildren) {
         if (!gallery || (!galleryName.empty() && gallery->name != galleryName)) continue;
-        if (!DirectoryExists(gallery->path)) (void)CreateDirectories(gallery->path);
+        if (!DirectoryExists(gallery->Path())) (void)CreateDirectories(gallery->Path());
         // A failed write leaves the old file; the tree is not affected.
         (void)WriteFileAtomic(CatalogueFile(*gallery), ComposeCatalogue(store, *gallery));
     }
@@ -166,9 +166,8 @@ bool ReadCatalogue(GalleryStore& store, std::u16string_view galleryName) {
 }
 
 bool ReadCatalogueInto(GalleryNode& rootNode, std::u16string_view galleryName) {
-    static const std::u16string kFileKind(kKindFile);
     GalleryNode* root = &rootNode;
-    const std::u16string galleryPath = root->path + u"/" + std::u16string(galleryName);
+    const std::u16string galleryPath = root->Path() + u"/" + std::u16string(galleryName);
     const std::u16string file = galleryPath + u"/" + std::u16string(galleryName) + u".xdb";
     if (!FileExists(file)) return false;
     MarkupDocument doc;
@@ -190,25 +189,23 @@ bool ReadCatalogueInto(GalleryNode& rootNode, std::u16string_view galleryName) {
     }
 
     if (!doc.EnterElement()) return true;
+    std::u16string fn;
+    std::u16string sz;
+    std::u16string hi;
     while (doc.FindElement(u"sub")) {
         const std::u16string n = doc.GetAttribute(u"n");
         if (n.empty()) continue;
-        auto* cls = new GalleryNode(gallery->name, JoinPath(gallery->path, n), n, kKindDir, false, false, 0);
+        auto* cls = new GalleryNode(gallery->name, JoinPath(gallery->Path(), n), n, kKindDir, false, false, 0);
         cls->version = ParseProfileInt(doc.GetAttribute(u"ver"));
         cls->remoteBase = doc.GetAttribute(u"u_b");
         AddChild(gallery, cls, false);
         if (!doc.EnterElement()) continue;
         while (doc.FindElement(u"itm")) {
-            std::u16string fn = doc.GetAttribute(u"fn");
-            const std::u16string sz = doc.GetAttribute(u"sz");
-            const std::u16string hi = doc.GetAttribute(u"hi");
+            doc.GetAttribute(u"fn", fn);
+            doc.GetAttribute(u"sz", sz);
+            doc.GetAttribute(u"hi", hi);
             if (fn.empty() || sz.empty() || hi.empty()) continue;
-            std::u16string path = JoinPath(cls->path, fn);
-            std::u16string remote = JoinPath(cls->remoteBase, fn);
-            auto* block = new GalleryNode(cls->name, std::move(path), std::move(fn), kFileKind, hi == u"1", boutique,
-                                          ParseProfileInt(sz));
-            block->remoteBase = std::move(remote);
-            AddChild(cls, block, false);
+            AddChild(cls, NewBlock(fn, hi == u"1", boutique, ParseProfileInt(sz)), false);
         }
         (void)doc.LeaveElement();
     }

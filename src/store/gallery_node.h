@@ -1,12 +1,19 @@
 #pragma once
 // One node of the gallery tree: the root, a recent entry, a gallery, a
-// common-use entry, a class or a block. A plain structure; children are
-// allocated with new and belong to their parent (see DestroySubtree).
+// common-use entry, a class or a block. Children are allocated with new and
+// belong to their parent (see DestroySubtree).
+//
+// A library holds up to some 300,000 blocks, so a block read in bulk (NewBlock)
+// stores only its name: its path, owner and download URL follow from its
+// class. Every other node stores its path and owner as given.
 
 #include <cstdint>
 #include <memory>
 #include <string>
-#include <vector>
+#include <string_view>
+
+#include "store/child_array.h"
+#include "store/node_text.h"
 
 namespace marrowfin {
 
@@ -17,25 +24,62 @@ inline constexpr char16_t kCommonUseTag[] = u"DWGCommonUseClass";
 inline constexpr char16_t kKindDir[] = u"dir";
 inline constexpr char16_t kKindFile[] = u"file";
 
+enum class NodeKind : uint8_t { Dir, File };
+
 struct GalleryNode {
     GalleryNode() = default;
-    GalleryNode(std::u16string ownerName, std::u16string path, std::u16string name, std::u16string kind, bool hidden,
-                bool boutique, int32_t size);
+    // A node whose path and owner are stored as given; `kind` is kKindFile
+    // for a file, anything else is a dir.
+    GalleryNode(std::u16string_view ownerName, std::u16string_view path, std::u16string_view name,
+                std::u16string_view kind, bool hidden, bool boutique, int32_t size);
 
-    std::u16string ownerName;
-    std::u16string name;
-    std::u16string path;
-    std::u16string kind;
-    std::u16string remoteBase;
+    // The stored path, or else the parent's path + "/" + name.
+    std::u16string Path() const;
+    // Compares Path() with `path` without building it.
+    bool PathIs(std::u16string_view path) const;
+    // Stores a path of its own; a block read in bulk first keeps its owner
+    // and URL, which would otherwise follow the new path.
+    void SetPath(std::u16string_view path);
+    bool HasOwnPath() const { return m_ownPath; }
+    // The path as stored; empty for a node whose path follows from its parent.
+    std::u16string_view StoredPath() const { return m_path; }
+    // The stored owner, or else the parent's name.
+    std::u16string_view OwnerName() const;
+    void SetOwnerName(std::u16string_view owner);
+    // Frees the node's texts (DestroySubtree).
+    void ReleaseTexts();
+
+    NodeText name;
+    // A class's download base. A block read in bulk leaves it empty: see DownloadUrl.
+    NodeText remoteBase;
+    GalleryNode* parent = nullptr;
+    ChildArray dirChildren;
+    ChildArray fileChildren;
+
+private:
+    NodeText m_path;
+    NodeText m_owner;
+
+public:
     int32_t version = 0;
     int32_t size = 0;
     uint32_t refreshTick = 0;
     bool hidden = false;
     bool boutique = false;
-    GalleryNode* parent = nullptr;
-    std::vector<GalleryNode*> dirChildren;
-    std::vector<GalleryNode*> fileChildren;
+    NodeKind kind = NodeKind::Dir;
+
+private:
+    friend GalleryNode* NewBlock(std::u16string_view name, bool hidden, bool boutique, int32_t size);
+    bool m_ownPath : 1 = true;
+    bool m_ownOwner : 1 = true;
 };
+
+// A block read in bulk from a reply or a catalogue: only the name is stored;
+// path, owner and URL come from the class it is attached to.
+GalleryNode* NewBlock(std::u16string_view name, bool hidden, bool boutique, int32_t size);
+// Where a block is downloaded from: its own remoteBase when it has one, else,
+// for a block read in bulk, the class's remoteBase + "/" + name.
+std::u16string DownloadUrl(const GalleryNode& block);
 
 // Frees a whole subtree, node included: for nodes that tests and callers own
 // outright (a detached node, a candidate that was not attached).

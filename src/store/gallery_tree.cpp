@@ -1,6 +1,7 @@
 #include "store/gallery_tree.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "platform/text.h"
 #include "store/gallery_store.h"
@@ -8,13 +9,13 @@
 
 namespace marrowfin {
 
-bool IsFile(const GalleryNode& node) { return node.kind == kKindFile; }
+bool IsFile(const GalleryNode& node) { return node.kind == NodeKind::File; }
 
 bool IsRoot(const GalleryNode& node) { return node.parent == nullptr && node.name == kRootName; }
 
 bool AddChild(GalleryNode* parent, GalleryNode* node, bool atFront) {
     if (!node || !parent) return false;
-    if (!IsFile(*node) && node->ownerName == kRootName) LoadCommonList(node);
+    if (!IsFile(*node) && node->OwnerName() == kRootName) LoadCommonList(node);
     node->parent = parent;
     auto& children = IsFile(*node) ? parent->fileChildren : parent->dirChildren;
     children.push_back(node);
@@ -28,6 +29,8 @@ bool RemoveChild(GalleryNode* parent, const GalleryNode* child) {
     auto it = std::find_if(children.begin(), children.end(),
                            [&](const GalleryNode* n) { return n && n->name == child->name; });
     if (it == children.end()) return false;
+    // Off the tree, a block read in bulk keeps the path, owner and URL it had.
+    if (!(*it)->HasOwnPath()) (*it)->SetPath((*it)->Path());
     (*it)->parent = nullptr;
     children.erase(it);
     return true;
@@ -35,7 +38,7 @@ bool RemoveChild(GalleryNode* parent, const GalleryNode* child) {
 
 GalleryNode* FindNodeByPath(GalleryNode* node, std::u16string_view path) {
     if (!node) return nullptr;
-    if (node->path == path) return node;
+    if (node->PathIs(path)) return node;
     for (GalleryNode* child : node->dirChildren)
         if (GalleryNode* hit = FindNodeByPath(child, path)) return hit;
     return nullptr;
@@ -47,14 +50,20 @@ namespace {
 // usually decided by the size alone instead of a scan of the literal.
 constexpr std::u16string_view kTagView{kCommonUseTag};
 
-inline bool IsCommonUseEntry(const GalleryNode& n) { return std::u16string_view(n.ownerName) == kTagView; }
+inline bool IsCommonUseEntry(const GalleryNode& n) { return n.OwnerName() == kTagView; }
 
 }  // namespace
 
 GalleryNode* FindBlockByPath(GalleryNode* node, std::u16string_view path, bool skipRootFiles) {
     if (!node) return nullptr;
-    if (node->path == path && !IsCommonUseEntry(*node)) return node;
+    if (node->PathIs(path) && !IsCommonUseEntry(*node)) return node;
     if (!(skipRootFiles && IsRoot(*node))) {
+        // A block read in bulk has this node's path + "/" + its name: the
+        // path is split once here, and such a block compares its name only.
+        const std::u16string built = node->HasOwnPath() ? std::u16string() : node->Path();
+        const std::u16string_view own = node->HasOwnPath() ? node->StoredPath() : std::u16string_view(built);
+        const bool under = path.size() > own.size() && path[own.size()] == u'/' && path.starts_with(own);
+        const std::u16string_view rest = under ? path.substr(own.size() + 1) : std::u16string_view();
         const auto& files = node->fileChildren;
         const size_t count = files.size();
         for (size_t i = 0; i < count; ++i) {
@@ -66,7 +75,8 @@ GalleryNode* FindBlockByPath(GalleryNode* node, std::u16string_view path, bool s
             if (!child) continue;
             // A leaf is tested here; the rare file with children goes the long way.
             if (child->fileChildren.empty() && child->dirChildren.empty()) {
-                if (child->path == path && !IsCommonUseEntry(*child)) return child;
+                const bool same = child->HasOwnPath() ? child->StoredPath() == path : under && child->name == rest;
+                if (same && !IsCommonUseEntry(*child)) return child;
             } else if (GalleryNode* hit = FindBlockByPath(child, path, false)) {
                 return hit;
             }
@@ -120,24 +130,30 @@ void FilterBlocksFromTop(GalleryNode* node, std::u16string_view text, std::vecto
 
 void RenameNode(GalleryNode* node, std::u16string_view newName) {
     if (!node || IsRoot(*node) || !node->parent) return;
-    const std::u16string& parentPath = node->parent->path;
+    const std::u16string parentPath = node->parent->Path();
     if (!IsFile(*node)) {
-        node->name = std::u16string(newName);
-        node->path = parentPath + u"/" + node->name;
+        node->name = newName;
+        node->SetPath(parentPath + u"/" + node->name);
+        const std::u16string path = node->Path();
         for (GalleryNode* child : node->fileChildren) {
-            if (!child) continue;
-            const size_t slash = child->path.find_last_of(u'/');
-            const std::u16string last = slash == std::u16string::npos ? u"/" + child->path : child->path.substr(slash);
-            child->path = node->path + last;
+            // A block read in bulk follows the new path by itself.
+            if (!child || !child->HasOwnPath()) continue;
+            const std::u16string_view old = child->StoredPath();
+            const size_t slash = old.find_last_of(u'/');
+            const std::u16string last = slash == std::u16string::npos ? u"/" + std::u16string(old)
+                                                                      : std::u16string(old.substr(slash));
+            child->SetPath(path + last);
         }
         return;
     }
-    const size_t slash = node->path.find_last_of(u'/');
-    const size_t dot = node->path.find_last_of(u'.');
+    const std::u16string path = node->Path();
+    const size_t slash = path.find_last_of(u'/');
+    const size_t dot = path.find_last_of(u'.');
     if (slash == std::u16string::npos || dot == std::u16string::npos || dot < slash) return;
-    const std::u16string extension = node->path.substr(dot);
-    node->name = std::u16string(newName);
-    node->path = parentPath + u"/" + node->name + extension;
+    const std::u16string extension = path.substr(dot);
+    // The path first: a block read in bulk keeps its URL from its old name.
+    node->SetPath(parentPath + u"/" + std::u16string(newName) + extension);
+    node->name = newName;
 }
 
 void DestroySubtree(GalleryNode* node) {
@@ -150,15 +166,10 @@ void DestroySubtree(GalleryNode* node) {
             // for the node a few places ahead and for the heads of the
             // strings of a nearer one, which free() reads.
             if (i + 8 < count && slots[i + 8]) __builtin_prefetch(slots[i + 8]);
-            if (i + 4 < count && slots[i + 4]) {
-                const GalleryNode* ahead = slots[i + 4];
-                __builtin_prefetch(ahead->path.data());
-                __builtin_prefetch(ahead->name.data());
-                __builtin_prefetch(ahead->remoteBase.data());
-            }
+            if (i + 4 < count && slots[i + 4]) __builtin_prefetch(slots[i + 4]->name.data());
             GalleryNode* child = slots[i];
             if (!child) continue;
-            // A leaf (every block) has nothing below it: deleting it frees its strings.
+            // A leaf (every block) has nothing below it: deleting it frees its texts.
             if (!child->fileChildren.empty() || !child->dirChildren.empty()) DestroySubtree(child);
             delete child;
             slots[i] = nullptr;
@@ -166,11 +177,7 @@ void DestroySubtree(GalleryNode* node) {
         slots.clear();
         slots.shrink_to_fit();
     }
-    std::u16string().swap(node->ownerName);
-    std::u16string().swap(node->name);
-    std::u16string().swap(node->path);
-    std::u16string().swap(node->kind);
-    std::u16string().swap(node->remoteBase);
+    node->ReleaseTexts();
 }
 
 void ClearChildren(GalleryNode* gallery) {
@@ -189,8 +196,7 @@ void RebuildClassList(GalleryStore& store, GalleryNode* gallery, std::vector<Gal
         for (GalleryNode* c : candidates) SubtreeDeleter()(c);
         return;
     }
-    std::vector<GalleryNode*> old;
-    old.swap(gallery->dirChildren);
+    std::vector<GalleryNode*> old = std::exchange(gallery->dirChildren, {});
     for (GalleryNode* candidate : candidates) {
         if (!candidate) continue;
         auto match = std::find_if(old.begin(), old.end(),
@@ -199,10 +205,10 @@ void RebuildClassList(GalleryStore& store, GalleryNode* gallery, std::vector<Gal
             GalleryNode* kept = *match;
             old.erase(match);
             AddChild(gallery, kept, false);
-            if (candidate->version > kept->version) store.staleClasses[candidate->path] = candidate->version;
+            if (candidate->version > kept->version) store.staleClasses[candidate->Path()] = candidate->version;
             SubtreeDeleter()(candidate);
         } else {
-            store.staleClasses[candidate->path] = candidate->version;
+            store.staleClasses[candidate->Path()] = candidate->version;
             AddChild(gallery, candidate, false);
         }
     }

@@ -85,7 +85,7 @@ bool ApplyGalleryFull(GalleryStore& store, TreeUpdate& update) {
     GalleryNode* gallery = FindGallery(store, update.gallery);
     if (!gallery) {
         if (!update.createIfMissing || !store.root) return false;
-        gallery = new GalleryNode(store.root->name, store.root->path + u"/" + update.gallery, update.gallery,
+        gallery = new GalleryNode(store.root->name, store.root->Path() + u"/" + update.gallery, update.gallery,
                                   kKindDir, false, false, 0);
         AddChild(store.root, gallery, false);
     }

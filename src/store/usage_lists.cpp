@@ -42,7 +42,7 @@ std::string ComposeListFile(const std::vector<GalleryNode*>& entries) {
         if (!entry) continue;
         if (written == kListFileLimit) break;
         text += u"<Item path=\"";
-        text += entry->path;
+        text += entry->Path();
         text += u"\" />\r";
         ++written;
     }
@@ -69,7 +69,7 @@ void RememberRecent(GalleryStore& store, std::u16string_view path, std::u16strin
     if (!root) return;
     auto& files = root->fileChildren;
     for (GalleryNode*& entry : files) {
-        if (entry && entry->path == path) {
+        if (entry && entry->PathIs(path)) {
             SubtreeDeleter()(entry);
             entry = nullptr;
         }
@@ -81,15 +81,15 @@ void RememberRecent(GalleryStore& store, std::u16string_view path, std::u16strin
 
 void SaveRecentList(GalleryStore& store) {
     if (!store.root) return;
-    WriteListFile(store.root->path + u"/" + kRecentListFile, store.root->fileChildren);
+    WriteListFile(store.root->Path() + u"/" + kRecentListFile, store.root->fileChildren);
     SaveCommonLists(store);
 }
 
 void SaveCommonLists(GalleryStore& store) {
     if (!store.root) return;
     for (const GalleryNode* gallery : store.root->dirChildren) {
-        if (!gallery || gallery->name.find(kCollectionMark) != std::u16string::npos) continue;
-        WriteListFile(gallery->path + u"/" + kCommonListFile, gallery->fileChildren);
+        if (!gallery || gallery->name.view().find(kCollectionMark) != std::u16string::npos) continue;
+        WriteListFile(gallery->Path() + u"/" + kCommonListFile, gallery->fileChildren);
     }
 }
 
@@ -97,7 +97,7 @@ void LoadRecentList(GalleryStore& store) {
     if (store.root) LoadRecentListInto(*store.root);
 }
 
-void LoadRecentListInto(GalleryNode& root) { AppendEntries(&root, root.path + u"/" + kRecentListFile, kRootName); }
+void LoadRecentListInto(GalleryNode& root) { AppendEntries(&root, root.Path() + u"/" + kRecentListFile, kRootName); }
 
 void ReloadRecentList(GalleryStore& store) {
     if (!store.root) return;
@@ -111,7 +111,7 @@ void ReloadRecentList(GalleryStore& store) {
 
 void LoadCommonList(GalleryNode* gallery) {
     if (!gallery) return;
-    AppendEntries(gallery, gallery->path + u"/" + kCommonListFile, kCommonUseTag);
+    AppendEntries(gallery, gallery->Path() + u"/" + kCommonListFile, kCommonUseTag);
 }
 
 }  // namespace marrowfin

@@ -45,7 +45,8 @@ protected:
 // One line per node, for comparing whole trees.
 std::u16string Dump(const GalleryNode* n, int depth = 0) {
     std::u16string s(static_cast<size_t>(depth) * 2, u' ');
-    s += n->ownerName + u"|" + n->name + u"|" + n->path + u"|" + n->kind + u"|" + n->remoteBase + u"|" +
+    s += std::u16string(n->OwnerName()) + u"|" + n->name + u"|" + n->Path() + u"|" + (IsFile(*n) ? kKindFile : kKindDir) +
+         u"|" + DownloadUrl(*n) + u"|" +
          W(std::to_string(n->version)) + u"|" + W(std::to_string(n->size)) + (n->hidden ? u"|h" : u"|-") +
          (n->boutique ? u"|b" : u"|-") + u"\n";
     for (auto* c : n->fileChildren) s += Dump(c, depth + 1);
@@ -88,7 +89,7 @@ TEST_F(FirstTreeReply, EachGalleryGetsItsOwnElementsAndItsCatalogue) {
     // The galleries of Show.xml in its order, nothing else, each with its own elements.
     GalleryNode* root = store.root;
     ASSERT_NE(root, nullptr);
-    const std::u16string r = root->path;
+    const std::u16string r = root->Path();
     std::u16string tree;
     for (GalleryNode* g : root->dirChildren) tree += Dump(g);
     EXPECT_EQ(tree,
@@ -136,7 +137,7 @@ TEST_F(FirstTreeReply, ASecondRunOnItsOwnThreadRebuildsInPlace) {
     test::BuildAndAdopt(store);
     ASSERT_NE(store.root, nullptr);
     GalleryNode* const root = store.root;
-    const std::u16string r = root->path;
+    const std::u16string r = root->Path();
 
     // Downloaded blocks in two classes; only the class whose version rose loses them.
     const std::u16string risen = r + u"/石/材10/d.dwg";

@@ -47,10 +47,10 @@ TEST(LiveQueue, ABurstNeverRunsMoreThanSixAndEveryPathLeaves) {
     ASSERT_GE(blocks.size(), 50u);
     w.svc.faults().set("/files/*", {.latencyMs = 60});
     for (size_t i = 0; i < 50; ++i) {
-        EnqueueDownload(w.store, blocks[i]->path);
-        if (i % 5 == 0) EnqueueDownload(w.store, blocks[i]->path);  // duplicates are fetched once
+        EnqueueDownload(w.store, blocks[i]->Path());
+        if (i % 5 == 0) EnqueueDownload(w.store, blocks[i]->Path());  // duplicates are fetched once
     }
-    EnqueueDownload(w.store, blocks[0]->path);
+    EnqueueDownload(w.store, blocks[0]->Path());
     ASSERT_TRUE(w.WaitIdle());
     EXPECT_EQ(w.Fetched(), 50);
     EXPECT_EQ(w.peakRunning, 6u);  // with latency the six slots fill up, never more
@@ -60,8 +60,8 @@ TEST(LiveQueue, ABurstNeverRunsMoreThanSixAndEveryPathLeaves) {
     std::set<std::u16string> paths;
     for (const auto& m : ready) paths.insert(m.text);
     for (size_t i = 0; i < 50; ++i) {
-        EXPECT_TRUE(paths.count(blocks[i]->path));
-        EXPECT_GE(FileSize(blocks[i]->path), kMinBlockFileSize);
+        EXPECT_TRUE(paths.count(blocks[i]->Path()));
+        EXPECT_GE(FileSize(blocks[i]->Path()), kMinBlockFileSize);
     }
 }
 
@@ -69,14 +69,14 @@ TEST(LiveQueue, FailuresLeaveNoFileAndPresentFilesNeedNoTraffic) {
     QueueWorld w;
     const auto blocks = w.Blocks();
     // Not in the tree: fails at once; already on disk and large enough: no traffic either.
-    EnqueueDownload(w.store, w.store.root->path + u"/nowhere/x.dwg");
-    ASSERT_TRUE(CreateDirectories(blocks[0]->parent->path));
-    ASSERT_TRUE(WriteFileAtomic(blocks[0]->path, std::string(2048, 'd')));
-    EnqueueDownload(w.store, blocks[0]->path);
+    EnqueueDownload(w.store, w.store.root->Path() + u"/nowhere/x.dwg");
+    ASSERT_TRUE(CreateDirectories(blocks[0]->parent->Path()));
+    ASSERT_TRUE(WriteFileAtomic(blocks[0]->Path(), std::string(2048, 'd')));
+    EnqueueDownload(w.store, blocks[0]->Path());
     ASSERT_TRUE(w.WaitIdle());
     EXPECT_EQ(w.Fetched(), 0);
     ASSERT_EQ(w.Notices(), 1u);
-    EXPECT_EQ(w.windows.Messages(MsgFileReady)[0].text, blocks[0]->path);
+    EXPECT_EQ(w.windows.Messages(MsgFileReady)[0].text, blocks[0]->Path());
 
     // Each fault on four blocks: nothing stands on disk and no notice goes out; a body of
     // 1,024 bytes is an error page, 1,025 a block; after the faults the blocks come.
@@ -88,9 +88,9 @@ TEST(LiveQueue, FailuresLeaveNoFileAndPresentFilesNeedNoTraffic) {
         SCOPED_TRACE(service::FaultText(fault));
         w.svc.faults().set("/files/*", fault);
         const size_t notices = w.Notices();
-        for (size_t i = 1; i < 5; ++i) EnqueueDownload(w.store, blocks[i]->path);
+        for (size_t i = 1; i < 5; ++i) EnqueueDownload(w.store, blocks[i]->Path());
         ASSERT_TRUE(w.WaitIdle());
-        for (size_t i = 1; i < 5; ++i) EXPECT_EQ(FileSize(blocks[i]->path), lands ? 1025 : -1);
+        for (size_t i = 1; i < 5; ++i) EXPECT_EQ(FileSize(blocks[i]->Path()), lands ? 1025 : -1);
         EXPECT_EQ(w.Notices(), notices + (lands ? 4 : 0));
     }
 }
@@ -100,7 +100,7 @@ TEST(LiveQueue, ResolvingStaysSafeWhileTheTreeIsRebuilt) {
     w.svc.faults().set("/files/*", {.latencyMs = 5});
     // Downloads keep resolving paths on workers while the tree is rebuilt on this thread.
     for (int round = 0; round < 3; ++round) {
-        for (GalleryNode* b : w.Blocks()) EnqueueDownload(w.store, b->path);
+        for (GalleryNode* b : w.Blocks()) EnqueueDownload(w.store, b->Path());
         test::BuildAndAdopt(w.store);
     }
     ASSERT_TRUE(w.WaitIdle());
@@ -121,20 +121,20 @@ TEST(LiveQueue, AWorkerThatCannotStartLeavesThePathWaitingAndALaterPumpRunsIt) {
 
     // From the panel's pump: the path goes back to the head of the waiting list.
     FailThreadStartsForTests(1);
-    EnqueueDownload(w.store, blocks[0]->path);
-    EXPECT_EQ(lists(), std::make_pair(Paths{blocks[0]->path}, Paths{}));
+    EnqueueDownload(w.store, blocks[0]->Path());
+    EXPECT_EQ(lists(), std::make_pair(Paths{blocks[0]->Path()}, Paths{}));
     EXPECT_EQ(LiveDownloadWorkers(), 0u);
     PumpDownloads(w.store);
     ASSERT_TRUE(w.WaitIdle());
-    EXPECT_GE(FileSize(blocks[0]->path), kMinBlockFileSize);
+    EXPECT_GE(FileSize(blocks[0]->Path()), kMinBlockFileSize);
 
     // From a finishing worker's pump: the seventh path waits for the next finish.
     w.svc.faults().set("/files/*", {.latencyMs = 150});
-    for (size_t i = 1; i <= 7; ++i) EnqueueDownload(w.store, blocks[i]->path);
-    EXPECT_EQ(lists().first, Paths{blocks[7]->path});
+    for (size_t i = 1; i <= 7; ++i) EnqueueDownload(w.store, blocks[i]->Path());
+    EXPECT_EQ(lists().first, Paths{blocks[7]->Path()});
     FailThreadStartsForTests(1);
     ASSERT_TRUE(w.WaitIdle());
-    for (size_t i = 0; i <= 7; ++i) EXPECT_GE(FileSize(blocks[i]->path), kMinBlockFileSize) << i;
+    for (size_t i = 0; i <= 7; ++i) EXPECT_GE(FileSize(blocks[i]->Path()), kMinBlockFileSize) << i;
     EXPECT_EQ(w.Notices(), 8u);
     EXPECT_EQ(w.Fetched(), 8);
     FailThreadStartsForTests(0);

@@ -37,9 +37,9 @@ TEST(LiveSync, EveryBrokenReplyFallsBackAndKeepsWhatTheTreeHad) {
     const size_t blocks = CountBlocks(gallery);
     ASSERT_GT(blocks, 0u);
     const GalleryNode* first = gallery->dirChildren[0]->fileChildren[0];
-    EXPECT_EQ(first->remoteBase, first->parent->remoteBase + u"/" + first->name);
+    EXPECT_EQ(DownloadUrl(*first), first->parent->remoteBase + u"/" + first->name);
     EXPECT_EQ(ReadGalleryVersion(w.names[0]), reference.galleryVersions[w.names[0]]);
-    const std::u16string clsPath = gallery->dirChildren[0]->path;
+    const std::u16string clsPath = gallery->dirChildren[0]->Path();
     const size_t classBlocks = gallery->dirChildren[0]->fileChildren.size();
 
     const std::pair<const char*, service::Fault> cases[] = {
@@ -83,7 +83,7 @@ TEST(LiveSync, ForcedRefreshRemovesDownloadedClassesOnce) {
             EXPECT_EQ(DirectoryExists(classPath), kept);
         }
         EXPECT_EQ(GetOptionInt(u"downver", -1), downver);
-        classPath = store.root->dirChildren[0]->dirChildren[0]->path;
+        classPath = store.root->dirChildren[0]->dirChildren[0]->Path();
         ASSERT_TRUE(CreateDirectories(classPath));
         ASSERT_TRUE(WriteFileAtomic(classPath + u"/old.dwg", std::string(2000, 'x')));
     }
@@ -99,7 +99,7 @@ TEST(LiveSync, SummaryFullFetchAndAddedGalleryFollowTheHourRule) {
     RefreshClassSummary(store, w.names[0]);
     EXPECT_EQ(w.Count("/gallery/g_cs_s"), 0);
     GalleryNode* cls = gallery->dirChildren[0];
-    const std::u16string clsPath = cls->path;
+    const std::u16string clsPath = cls->Path();
     const size_t blocks = cls->fileChildren.size();
     cls->version -= 1;
     gallery->refreshTick -= kGalleryFreshMs + 1;
@@ -149,7 +149,7 @@ TEST(LiveSync, FirstStartWithoutNetworkGivesEmptyGalleries) {
     ASSERT_EQ(store.root->dirChildren.size(), 2u);
     for (const GalleryNode* g : store.root->dirChildren) {
         EXPECT_TRUE(g->dirChildren.empty());
-        EXPECT_TRUE(DirectoryExists(g->path));  // listed galleries get their folders
+        EXPECT_TRUE(DirectoryExists(g->Path()));  // listed galleries get their folders
     }
     EXPECT_FALSE(FileExists(CataloguePath(u"门窗")));
     // An empty list: nothing to ask, the run ends at once with an empty root.

@@ -23,7 +23,7 @@ protected:
     // One line per node, for comparing whole trees.
     static std::u16string Dump(const GalleryNode* n, int depth = 0) {
         std::u16string s(depth * 2, u' ');
-        s += n->name + u"|" + n->path + u"|" + n->remoteBase + u"|" + W(std::to_string(n->version)) + u"|" +
+        s += n->name + u"|" + n->Path() + u"|" + DownloadUrl(*n) + u"|" + W(std::to_string(n->version)) + u"|" +
              W(std::to_string(n->size)) + (n->hidden ? u"|h" : u"|-") + (n->boutique ? u"|b" : u"|-") + u"\n";
         for (auto* c : n->fileChildren) s += c ? Dump(c, depth + 1) : u"";
         for (auto* c : n->dirChildren) s += Dump(c, depth + 1);
@@ -39,7 +39,7 @@ TEST_F(Catalogue, WritesTheExactBytesAndReadsThemBack) {
     AddBlock(granite, u"b&c.dwg", 10, true);
     GalleryNode* marble = AddClass(g, u"Marble", 7, u"http://h/m");
     AddBlock(marble, u"old.dwg", 5, false);
-    store.staleClasses[marble->path] = 8;
+    store.staleClasses[marble->Path()] = 8;
     AddGallery(u"Other");
     WriteCatalogue(store, u"Stone");
     EXPECT_EQ(ReadBytes(U8(FileOf(u"Stone"))), DataFile("Stone.xdb"));
@@ -58,7 +58,7 @@ TEST_F(Catalogue, WritesTheExactBytesAndReadsThemBack) {
     ASSERT_EQ(fresh->dirChildren.size(), 2u);
     EXPECT_EQ(Dump(fresh->dirChildren[0]), granitePart);
     EXPECT_EQ(fresh->dirChildren[0]->parent, fresh);
-    EXPECT_EQ(fresh->dirChildren[0]->fileChildren[0]->ownerName, u"Granite");
+    EXPECT_EQ(fresh->dirChildren[0]->fileChildren[0]->OwnerName(), u"Granite");
     EXPECT_EQ(Dump(fresh->dirChildren[1]), u"Marble|" + rootPath + u"/Stone/Marble|http://h/m|7|0|-|-\n");
 
     GalleryStore bare;  // without a root nothing is read or written
@@ -79,7 +79,7 @@ TEST_F(Catalogue, BytesAreTheUtf8OfTheWholeTextAndRoundTrip) {
     AddBlock(a, u"ü" + loneHigh + loneLow + u"ß", 7, false);
     GalleryNode* stale = AddClass(g, loneLow + u"旧", 5, u"");
     AddBlock(stale, u"gone.dwg", 1, false);
-    store.staleClasses[stale->path] = 6;
+    store.staleClasses[stale->Path()] = 6;
     AddClass(g, u"", 0, u"");
     // Many blocks of one class, to pass any first guess of the file's size.
     GalleryNode* big = AddClass(g, u"大", 2, u"http://h/大");
@@ -116,7 +116,7 @@ TEST_F(Catalogue, BytesAreTheUtf8OfTheWholeTextAndRoundTrip) {
         ASSERT_EQ(store.root->dirChildren.size(), 1u);
         GalleryNode* read = store.root->dirChildren[0];
         EXPECT_EQ(read->boutique, road != 2);
-        EXPECT_EQ(read->ownerName, kRootName);
+        EXPECT_EQ(read->OwnerName(), kRootName);
         ASSERT_EQ(read->dirChildren.size(), 3u);  // the nameless class is skipped on reading
         std::u16string after;
         for (const GalleryNode* c : read->dirChildren) after += Dump(c, 1);

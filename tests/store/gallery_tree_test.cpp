@@ -10,7 +10,7 @@ using Tree = StoreFixture;
 using Nodes = std::vector<GalleryNode*>;
 
 GalleryNode* Entry(const std::u16string& owner, const GalleryNode* block, GalleryNode* parent, bool front) {
-    auto* n = new GalleryNode(owner, block->path, block->name.substr(0, 4), kKindFile, false, false, 0);
+    auto* n = new GalleryNode(owner, block->Path(), block->name.view().substr(0, 4), kKindFile, false, false, 0);
     AddChild(parent, n, front);
     return n;
 }
@@ -35,16 +35,16 @@ TEST_F(Tree, ChildrenLookupsAndFilters) {
     c1->fileChildren.push_back(nullptr);  // null slots are skipped by every walk
     g->dirChildren.insert(g->dirChildren.begin(), nullptr);
 
-    EXPECT_EQ(FindNodeByPath(store.root, c2->path), c2);
+    EXPECT_EQ(FindNodeByPath(store.root, c2->Path()), c2);
     EXPECT_EQ(FindNodeByPath(store.root, rootPath), store.root);
-    for (const std::u16string& path : {door->path, c1->path + u"/", rootPath + u"/g/C2"})
+    for (const std::u16string& path : {door->Path(), c1->Path() + u"/", rootPath + u"/g/C2"})
         EXPECT_EQ(FindNodeByPath(store.root, path), nullptr) << U8(path);  // dirs only, whole and case-sensitive
-    EXPECT_EQ(FindBlockByPath(store.root, win->path, true), win);
-    EXPECT_EQ(FindBlockByPath(store.root, win->path, false), recent);
-    EXPECT_EQ(FindBlockByPath(g, door->path, true), door);  // the common-use entry is never the answer
+    EXPECT_EQ(FindBlockByPath(store.root, win->Path(), true), win);
+    EXPECT_EQ(FindBlockByPath(store.root, win->Path(), false), recent);
+    EXPECT_EQ(FindBlockByPath(g, door->Path(), true), door);  // the common-use entry is never the answer
     GalleryNode only(u"C2", rootPath + u"/G/C2/only.dwg", u"only", kKindFile, false, false, 0);
     Entry(kCommonUseTag, &only, g, false);
-    EXPECT_EQ(FindBlockByPath(store.root, only.path, true), nullptr);
+    EXPECT_EQ(FindBlockByPath(store.root, only.Path(), true), nullptr);
     EXPECT_EQ(FindBlockByPath(store.root, u"", true), nullptr);
 
     const std::tuple<GalleryNode*, const char16_t*, bool, Nodes> filters[] = {
@@ -79,7 +79,7 @@ TEST_F(Tree, ChildrenLookupsAndFilters) {
 TEST_F(Tree, RenameNode) {
     GalleryNode* c = AddClass(AddGallery(u"G"), u"C", 1, u"");
     GalleryNode* b = AddBlock(c, u"a.b.dwg", 1, false);
-    GalleryNode* sub = new GalleryNode(u"C", c->path + u"/S", u"S", kKindDir, false, false, 0);
+    GalleryNode* sub = new GalleryNode(u"C", c->Path() + u"/S", u"S", kKindDir, false, false, 0);
     AddChild(c, sub, false);
     GalleryNode* deep = AddBlock(sub, u"d.dwg", 1, false);
     GalleryNode* plain = AddBlock(c, u"noext", 1, false);
@@ -97,7 +97,7 @@ TEST_F(Tree, RenameNode) {
         {plain, u"noext|" + rootPath + u"/G/New/noext"}, {dotted, u"file|/r/a.b/file"},
         {store.root, std::u16string(kRootName) + u"|" + rootPath},
     };
-    for (const auto& [node, text] : expected) EXPECT_EQ(node->name + u"|" + node->path, text);
+    for (const auto& [node, text] : expected) EXPECT_EQ(node->name + u"|" + node->Path(), text);
 }
 
 TEST_F(Tree, RebuildKeepsOldClassesAndMarksNewOnesStale) {
@@ -107,7 +107,7 @@ TEST_F(Tree, RebuildKeepsOldClassesAndMarksNewOnesStale) {
     GalleryNode* old2 = AddClass(g, u"Two", 5, u"u2");
     AddClass(g, u"Gone", 1, u"u3");
     auto cand = [&](const std::u16string& n, int v) {
-        auto* c = new GalleryNode(g->name, g->path + u"/" + n, n, kKindDir, false, false, 0);
+        auto* c = new GalleryNode(g->name, g->Path() + u"/" + n, n, kKindDir, false, false, 0);
         c->version = v;
         return c;
     };
@@ -119,11 +119,11 @@ TEST_F(Tree, RebuildKeepsOldClassesAndMarksNewOnesStale) {
     EXPECT_EQ(g->dirChildren[2], old1);
     EXPECT_EQ(old1->fileChildren.size(), 1u);  // kept as it was, blocks and version
     EXPECT_EQ(old1->version, 1);
-    EXPECT_EQ(store.staleClasses, (std::map<std::u16string, int32_t>{{g->path + u"/Three", 2}, {g->path + u"/One", 4}}));
+    EXPECT_EQ(store.staleClasses, (std::map<std::u16string, int32_t>{{g->Path() + u"/Three", 2}, {g->Path() + u"/One", 4}}));
 
     ClearChildren(g);  // the sanitizer build checks that nothing below leaked
     EXPECT_TRUE(g->dirChildren.empty() && g->fileChildren.empty() && g->boutique);
-    EXPECT_EQ(g->name + g->path, u"G" + rootPath + u"/G");
+    EXPECT_EQ(g->name + g->Path(), u"G" + rootPath + u"/G");
 }
 
 }  // namespace

@@ -31,14 +31,14 @@ protected:
         return g;
     }
     static GalleryNode* AddClass(GalleryNode* gallery, const std::u16string& name, int32_t version, const std::u16string& base) {
-        auto* c = new GalleryNode(gallery->name, gallery->path + u"/" + name, name, kKindDir, false, false, 0);
+        auto* c = new GalleryNode(gallery->name, gallery->Path() + u"/" + name, name, kKindDir, false, false, 0);
         c->version = version;
         c->remoteBase = base;
         AddChild(gallery, c, false);
         return c;
     }
     static GalleryNode* AddBlock(GalleryNode* cls, const std::u16string& fn, int32_t size, bool hidden) {
-        auto* b = new GalleryNode(cls->name, cls->path + u"/" + fn, fn, kKindFile, hidden, false, size);
+        auto* b = new GalleryNode(cls->name, cls->Path() + u"/" + fn, fn, kKindFile, hidden, false, size);
         b->remoteBase = cls->remoteBase + u"/" + fn;
         AddChild(cls, b, false);
         return b;

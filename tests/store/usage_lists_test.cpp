@@ -21,7 +21,7 @@ std::string ListOf(const std::vector<std::u16string>& paths) {
 
 std::vector<std::u16string> Paths(const std::vector<GalleryNode*>& nodes) {
     std::vector<std::u16string> out;
-    for (auto* n : nodes) out.push_back(n->path);
+    for (auto* n : nodes) out.push_back(n->Path());
     return out;
 }
 
@@ -38,7 +38,7 @@ TEST(ListFile, ExactBytesAndTheLimit) {
     for (int i = 0; i < 501; ++i) {
         nodes.emplace_back(kRootName, u"/p/" + W(std::to_string(i)), u"", kKindFile, false, false, 0);
         ptrs.push_back(&nodes.back());
-        if (i < 500) first500.push_back(nodes.back().path);
+        if (i < 500) first500.push_back(nodes.back().Path());
     }
     EXPECT_EQ(ComposeListFile(ptrs), ListOf(first500));
 }
@@ -51,7 +51,7 @@ TEST_F(Lists, RecentAndCommonListsThroughTheirFiles) {
     GalleryNode* empty = AddGallery(u"Empty");
     AddChild(g, new GalleryNode(kCommonUseTag, b, u"b", kKindFile, false, false, 0), false);
     AddChild(mine, new GalleryNode(kCommonUseTag, a, u"a", kKindFile, false, false, 0), false);
-    for (auto* n : {g, mine, empty}) CreateDirectories(n->path);
+    for (auto* n : {g, mine, empty}) CreateDirectories(n->Path());
     RememberRecent(store, upper, u"Up");
     RememberRecent(store, b, u"b");
     // A stray duplicate, as an older list could hold: every copy goes to the front once.
@@ -66,9 +66,9 @@ TEST_F(Lists, RecentAndCommonListsThroughTheirFiles) {
     chmod(U8(rootPath + u"/RecentlyUse.xml").c_str(), 0444);
     SaveRecentList(store);
     EXPECT_EQ(ReadBytes(U8(rootPath + u"/RecentlyUse.xml")), ListOf({a, upper, b}));
-    EXPECT_EQ(ReadBytes(U8(g->path + u"/CommonUse.xml")), ListOf({b}));
-    EXPECT_EQ(ReadBytes(U8(empty->path + u"/CommonUse.xml")), ListOf({}));
-    EXPECT_FALSE(FileExists(mine->path + u"/CommonUse.xml"));
+    EXPECT_EQ(ReadBytes(U8(g->Path() + u"/CommonUse.xml")), ListOf({b}));
+    EXPECT_EQ(ReadBytes(U8(empty->Path() + u"/CommonUse.xml")), ListOf({}));
+    EXPECT_FALSE(FileExists(mine->Path() + u"/CommonUse.xml"));
 
     // Loading keeps the file's order and drops empty, missing and non-block entries.
     Touch(a);
@@ -85,7 +85,7 @@ TEST_F(Lists, RecentAndCommonListsThroughTheirFiles) {
     WriteBytes(U8(rootPath + u"/H/C/CommonUse.xml"), ListOf({a}));
     GalleryNode* h = AddGallery(u"H");
     ASSERT_EQ(h->fileChildren.size(), 1u);
-    EXPECT_EQ(h->fileChildren[0]->ownerName + h->fileChildren[0]->name, std::u16string(kCommonUseTag) + u"a");
+    EXPECT_EQ(h->fileChildren[0]->OwnerName() + h->fileChildren[0]->name, std::u16string(kCommonUseTag) + u"a");
     EXPECT_TRUE(AddClass(h, u"C", 1, u"")->fileChildren.empty());
 
     GalleryStore bare;  // no root: nothing, no crash

@@ -126,7 +126,7 @@ void CBrindleDlg::SelectionChanged(std::intptr_t item) {
         const size_t i = static_cast<size_t>(item);
         const NodeList& nodes = IsSearchPage(m_page) ? m_localHits : m_listNodes;
         if (const GalleryNode* node = m_store ? nodes.At(*m_store, i) : nullptr)
-            m_selectedName = QString::fromStdU16String(node->name);
+            m_selectedName = QString::fromStdU16String(node->name.str());
         if (m_classIndex == 1) PostWindowMessage(Handle(), MsgPanelCommand, 5, 0);
     } else if (m_classIndex == 1) {
         PostWindowMessage(Handle(), MsgPanelCommand, 5, -1);
@@ -191,8 +191,8 @@ void CBrindleDlg::ApplyShowList(std::intptr_t force) {
             if (!child) continue;
             if (child->name == kCollectionText && !collection) {
                 collection = child;
-            } else if (listed.count(child->name) && !kept.count(child->name)) {
-                kept[child->name] = child;
+            } else if (listed.count(child->name.str()) && !kept.count(child->name.str())) {
+                kept[child->name.str()] = child;
             } else {
                 dropped.push_back(child);
             }
@@ -210,7 +210,7 @@ void CBrindleDlg::ApplyShowList(std::intptr_t force) {
                 root->dirChildren.push_back(it->second);
                 continue;
             }
-            const std::u16string path = root->path + u"/" + name;
+            const std::u16string path = root->Path() + u"/" + name;
             if (FindNodeByPath(root, path)) continue;
             auto* gallery = new GalleryNode(root->name, path, name, u"dir", false, false, 0);
             if (!AddChild(root, gallery, false)) delete gallery;
@@ -228,7 +228,7 @@ void CBrindleDlg::RefreshClassRows() {
     if (!m_store || !m_store->root) return;
     // The class table is the verdict on boutique galleries once it is read.
     for (GalleryNode* gallery : m_store->root->dirChildren)
-        if (gallery) gallery->boutique = IsBoutiqueClass(m_classTable, gallery->path);
+        if (gallery) gallery->boutique = IsBoutiqueClass(m_classTable, gallery->Path());
     if (m_classList) m_classList->update();
 }
 

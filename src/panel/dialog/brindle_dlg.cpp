@@ -212,7 +212,7 @@ void CBrindleDlg::OnTreeUpdate() {
                 // Still on that gallery: its classes are shown now, fetched or not.
                 if (m_classList && m_classIndex >= 2 &&
                     m_classList->GetItemText(m_classIndex).toStdU16String() == change.gallery)
-                    ShowGalleryClasses(m_classIndex, m_store->root->path + u"/" + change.gallery);
+                    ShowGalleryClasses(m_classIndex, m_store->root->Path() + u"/" + change.gallery);
                 break;
             case TreeUpdateKind::ClassItems:
                 if (change.classPath != m_itemsPending) break;
@@ -234,11 +234,11 @@ void CBrindleDlg::RelistNodes() {
     if (!m_store->root || !m_pThumbList || m_curClassPath.empty()) return;
     GalleryNode* container = FindNodeByPath(m_store->root, m_curClassPath);
     if (!container) return;
-    std::unordered_map<std::u16string_view, GalleryNode*> byPath;
+    std::unordered_map<std::u16string, GalleryNode*> byPath;
     for (GalleryNode* child : container->fileChildren)
-        if (child) byPath.emplace(child->path, child);
+        if (child) byPath.emplace(child->Path(), child);
     for (int item = 0; item < m_pThumbList->GetItemCount(); ++item) {
-        const auto it = byPath.find(m_pThumbList->GetPath(item));
+        const auto it = byPath.find(std::u16string(m_pThumbList->GetPath(item)));
         m_listNodes.Add(it == byPath.end() ? nullptr : it->second);
     }
 }

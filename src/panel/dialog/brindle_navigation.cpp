@@ -166,11 +166,11 @@ void CBrindleDlg::SwitchClass(int row) {
     SetShown(Button(2151), false);
 
     if (text == kRecentText) {
-        m_curClassPath = root->path;
+        m_curClassPath = root->Path();
         std::vector<std::u16string> paths;
         for (GalleryNode* entry : root->fileChildren) {
             if (!entry) continue;
-            paths.push_back(entry->path);
+            paths.push_back(entry->Path());
             m_listNodes.Add(entry);
         }
         m_itemCount = static_cast<int>(m_listNodes.size());
@@ -211,7 +211,7 @@ void CBrindleDlg::SwitchClass(int row) {
         text = CollectionName(userId);
     }
 
-    const std::u16string path = root->path + u"/" + text;
+    const std::u16string path = root->Path() + u"/" + text;
     if (!DirectoryExists(path)) {
         ShowEmptyClass(row, path);
         return;
@@ -222,7 +222,7 @@ void CBrindleDlg::SwitchClass(int row) {
     if (node && !IsFile(*node))
         for (const GalleryNode* child : node->dirChildren) hasClasses = hasClasses || child != nullptr;
     if (!hasClasses) {
-        ShowEmptyClass(row, node ? node->path : path);
+        ShowEmptyClass(row, node ? node->Path() : path);
         return;
     }
 
@@ -263,7 +263,7 @@ void CBrindleDlg::ShowGalleryClasses(int row, const std::u16string& path) {
     };
     if (common && !m_subclassBtns.empty()) {
         CSubclassButton* button = m_subclassBtns[0];
-        fill(button, node->path, kCommonText);
+        fill(button, node->Path(), kCommonText);
         button->setToolTip(Q(kCommonText));
         button->boutique = false;
         slot = 1;
@@ -273,9 +273,9 @@ void CBrindleDlg::ShowGalleryClasses(int row, const std::u16string& path) {
         ++children;
         if (slot >= kSubclassButtons || slot >= static_cast<int>(m_subclassBtns.size())) continue;
         CSubclassButton* button = m_subclassBtns[slot++];
-        fill(button, child->path, child->name);
-        button->setToolTip(SubclassTip(child->name));
-        button->boutique = !common && ClassIsBoutique(child->path);
+        fill(button, child->Path(), child->name.str());
+        button->setToolTip(SubclassTip(child->name.str()));
+        button->boutique = !common && ClassIsBoutique(child->Path());
     }
 
     m_itemCount = children + (common ? 1 : 0);
@@ -350,7 +350,7 @@ void CBrindleDlg::ListSubclass(CSubclassButton* button, const std::u16string& pa
     std::vector<std::u16string> paths;
     for (GalleryNode* child : node->fileChildren) {
         if (!child) continue;
-        paths.push_back(child->path);
+        paths.push_back(child->Path());
         m_listNodes.Add(child);
     }
     m_itemCount = static_cast<int>(m_listNodes.size());
@@ -493,7 +493,7 @@ void CBrindleDlg::LoadCollectionRows() {
     // Asked on a worker; the page shows "图块加载中，请稍候" until the rows land.
     const std::u16string url = ServiceBaseUrl() + u"/gallery/get_u_collect?type=client&usertoken=" + userToken +
                                u"&kind=dwg&needdwg=1";
-    const std::u16string base = m_store && m_store->root ? m_store->root->path : std::u16string();
+    const std::u16string base = m_store && m_store->root ? m_store->root->Path() : std::u16string();
     m_collectionRowsPending = true;
     m_searchState = 1;
     StartCollectionRowsFetch(Handle(), ++m_collectionRowsGeneration, url, base + u"/" + CollectionName(userId));
@@ -540,7 +540,7 @@ void CBrindleDlg::OpenTargetClass() {
     }
 
     GalleryNode* root = m_store->root;
-    const std::u16string full = root->path + target;
+    const std::u16string full = root->Path() + target;
     GalleryNode* node = FindNodeByPath(root, full);
     if (!node) return;
     // SwitchClass opens the subclass button whose path is the target.

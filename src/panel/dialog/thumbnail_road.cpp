@@ -163,12 +163,12 @@ void ActivateBlock(CBrindleDlg& panel, std::intptr_t item) {
     GalleryNode* parent = node->parent;
     GalleryNode* grand = parent ? parent->parent : nullptr;
     if (parent && grand) {
-        const GalleryNode* gallery = node->ownerName == kCommonUseTag ? parent : grand;
-        panel.m_boutiqueCache[node->path] = gallery->boutique ? 1 : 0;
+        const GalleryNode* gallery = node->OwnerName() == kCommonUseTag ? parent : grand;
+        panel.m_boutiqueCache[node->Path()] = gallery->boutique ? 1 : 0;
     }
 
-    const std::u16string path = node->path;
-    const std::u16string name = node->name;
+    const std::u16string path = node->Path();
+    const std::u16string name = node->name.str();
     if (!BlockFileReady(store, path)) {
         CPopTipDlg tip(&panel);
         tip.Configure(QStringLiteral("插入图块"), true, QStringLiteral("文件未下载，请稍后"), QString(),
@@ -187,12 +187,12 @@ void ActivateBlock(CBrindleDlg& panel, std::intptr_t item) {
     ++store.treeEpoch;
     RememberRecent(store, path, name);
     // Only a block of a real subclass heads its gallery's common-use list.
-    const bool common = parent && grand && node->ownerName == parent->name;
+    const bool common = parent && grand && node->OwnerName() == parent->name;
     if (common) {
         auto& entries = grand->fileChildren;
         for (auto it = entries.begin(); it != entries.end();) {
             GalleryNode* entry = *it;
-            if (entry && entry->path == path) {
+            if (entry && entry->PathIs(path)) {
                 SubtreeDeleter()(entry);
                 it = entries.erase(it);
             } else {

@@ -208,7 +208,7 @@ TEST(PanelInput, ARebuildRunsBesideTheUserAndQueuedCommandsReadOnlyLiveNodes) {
         ASSERT_TRUE(world.OpenRow(2));
         ASSERT_TRUE(PumpUntil([&] { return panel.m_listNodes.size() > 2; }));
         const std::u16string firstClass = panel.m_curClassPath;
-        const std::u16string block = panel.m_listNodes.At(store, 2)->path;
+        const std::u16string block = panel.m_listNodes.At(store, 2)->Path();
         ASSERT_TRUE(CreateDirectories(firstClass));
         ASSERT_TRUE(WriteFileAtomic(block, std::string(kMinBlockFileSize, 'd')));
 

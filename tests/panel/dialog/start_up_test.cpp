@@ -54,7 +54,7 @@ TEST(PanelStartUp, HostLinkTimersModesAndTheClassTableOption) {
     // No Show.xml: start-up builds the tree itself (an empty one), on a worker.
     SampleWorld world({.listGallery = false, .firstSync = false});
     ASSERT_TRUE(PumpUntil([] { return GalleryStore::Instance().root != nullptr; }));
-    EXPECT_EQ(GalleryStore::Instance().root->path, StoreRoot());
+    EXPECT_EQ(GalleryStore::Instance().root->Path(), StoreRoot());
     EXPECT_TRUE(GalleryStore::Instance().root->dirChildren.empty());
     EXPECT_EQ(GalleryStore::Instance().syncBusy.load(), 0);
 

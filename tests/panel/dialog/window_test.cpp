@@ -29,10 +29,10 @@ std::u16string RememberABlock() {
     for (GalleryNode* cls : store.root->dirChildren[0]->dirChildren) {
         if (cls->fileChildren.empty()) continue;
         GalleryNode* block = cls->fileChildren[0];
-        (void)CreateDirectories(cls->path);
-        (void)WriteFileAtomic(block->path, std::string(2048, 'x'));
-        RememberRecent(store, block->path, block->name);
-        return block->path;
+        (void)CreateDirectories(cls->Path());
+        (void)WriteFileAtomic(block->Path(), std::string(2048, 'x'));
+        RememberRecent(store, block->Path(), block->name);
+        return block->Path();
     }
     return {};
 }
@@ -104,7 +104,7 @@ TEST(PanelWindow, CloseButtonWindowCloseAndTheSaveOnCloseGallery) {
     EXPECT_TRUE(panel->isVisible());
 
     // The save on CloseGallery writes every list, and only the search folder goes.
-    const std::u16string common = GalleryStore::Instance().root->dirChildren[0]->path + u"/CommonUse.xml";
+    const std::u16string common = GalleryStore::Instance().root->dirChildren[0]->Path() + u"/CommonUse.xml";
     RemoveFile(common);
     RemoveFile(RecentListPath());
     ASSERT_TRUE(CreateDirectories(SearchFolder() + u"/深/层"));

@@ -36,7 +36,7 @@ void DoubleClickItem(CDWGListView* list, int item) {
 
 std::vector<std::u16string> PathsOf(const std::vector<GalleryNode*>& nodes) {
     std::vector<std::u16string> out;
-    for (const GalleryNode* n : nodes) out.push_back(n ? n->path : u"");
+    for (const GalleryNode* n : nodes) out.push_back(n ? n->Path() : u"");
     return out;
 }
 
@@ -44,7 +44,7 @@ std::vector<std::u16string> PathsOf(const CBrindleDlg& panel) {
     std::vector<std::u16string> out;
     for (size_t i = 0; i < panel.m_listNodes.size(); ++i) {
         const GalleryNode* n = panel.m_listNodes.At(*panel.m_store, i);
-        out.push_back(n ? n->path : u"");
+        out.push_back(n ? n->Path() : u"");
     }
     return out;
 }
@@ -105,11 +105,11 @@ TEST(ThumbnailRoad, ABurstOfReportsMakesOneRequestRunAndDoubleClickInsertsAndHea
     GalleryNode* gallery = w.AddGallery({u"机械", 2, 5});
     GalleryNode* cls = gallery->dirChildren[0];
     const std::string drawing = PreviewDrawing();
-    ASSERT_TRUE(CreateDirectories(cls->path));
-    for (GalleryNode* block : cls->fileChildren) WriteFileAtomic(block->path, drawing);
-    const std::u16string recentPath = cls->fileChildren[4]->path;
+    ASSERT_TRUE(CreateDirectories(cls->Path()));
+    for (GalleryNode* block : cls->fileChildren) WriteFileAtomic(block->Path(), drawing);
+    const std::u16string recentPath = cls->fileChildren[4]->Path();
     w.AddRecent(recentPath);
-    w.AddRecent(cls->fileChildren[3]->path);
+    w.AddRecent(cls->fileChildren[3]->Path());
     RecordingHost host;
     auto insertions = [&] { return host.Requests(2, 4); };
     w.MakePanel();
@@ -143,7 +143,7 @@ TEST(ThumbnailRoad, ABurstOfReportsMakesOneRequestRunAndDoubleClickInsertsAndHea
 
     ASSERT_TRUE(w.OpenRow(w.RowOf(u"机械")));
     ASSERT_EQ(PathsOf(*w.panel), PathsOf(cls->fileChildren));
-    const std::u16string p2 = cls->fileChildren[2]->path, p1 = cls->fileChildren[1]->path;
+    const std::u16string p2 = cls->fileChildren[2]->Path(), p1 = cls->fileChildren[1]->Path();
 
     DoubleClickItem(list, 2);
     test::Pump(30);
@@ -151,10 +151,10 @@ TEST(ThumbnailRoad, ABurstOfReportsMakesOneRequestRunAndDoubleClickInsertsAndHea
     EXPECT_EQ(insertions()[0].wParam, 2u);
     EXPECT_EQ(insertions()[0].text, p2);
     ASSERT_FALSE(w.root()->fileChildren.empty());
-    EXPECT_EQ(w.root()->fileChildren[0]->path, p2);
+    EXPECT_EQ(w.root()->fileChildren[0]->Path(), p2);
     ASSERT_FALSE(gallery->fileChildren.empty());
-    EXPECT_EQ(gallery->fileChildren[0]->path, p2);
-    EXPECT_EQ(gallery->fileChildren[0]->ownerName, kCommonUseTag);
+    EXPECT_EQ(gallery->fileChildren[0]->Path(), p2);
+    EXPECT_EQ(gallery->fileChildren[0]->OwnerName(), kCommonUseTag);
 
     // Another block, then the first again: heads move, nothing doubles.
     w.panel->showMode = u"YL";
@@ -167,7 +167,7 @@ TEST(ThumbnailRoad, ABurstOfReportsMakesOneRequestRunAndDoubleClickInsertsAndHea
     EXPECT_EQ(insertions()[2].wParam, 4u);
     EXPECT_EQ(PathsOf(gallery->fileChildren), (std::vector<std::u16string>{p2, p1}));
     EXPECT_EQ(PathsOf(w.root()->fileChildren),
-              (std::vector<std::u16string>{p2, p1, recentPath, cls->fileChildren[3]->path}));
+              (std::vector<std::u16string>{p2, p1, recentPath, cls->fileChildren[3]->Path()}));
     EXPECT_EQ(w.panel->m_boutiqueCache.count(p2), 1u);
 
     // On the recent list the order stays as it is.
@@ -267,7 +267,7 @@ TEST(ThumbnailRoad, ABlockInFlightOrTooSmallIsRefusedWithTheTipAndAskedFor) {
             ASSERT_EQ(host.Requests(2, 4).size(), sent + 1);
             EXPECT_EQ(host.Requests(2, 4).back().text, list->GetPath(c.item));
             ASSERT_FALSE(w.root()->fileChildren.empty());
-            EXPECT_EQ(w.root()->fileChildren[0]->path, list->GetPath(c.item));
+            EXPECT_EQ(w.root()->fileChildren[0]->Path(), list->GetPath(c.item));
             continue;
         }
         EXPECT_EQ(tip.seen, 1) << "the tip that the file is not downloaded";
@@ -288,9 +288,9 @@ TEST(ThumbnailRoad, RendersASelectedBoutiqueBlockAndMissingFiles) {
         GalleryNode* gallery = w.AddGallery({u"精品家具", 1, 9, 0, true});
         GalleryNode* cls = gallery->dirChildren[0];
         const std::string drawing = PreviewDrawing();
-        ASSERT_TRUE(CreateDirectories(cls->path));
+        ASSERT_TRUE(CreateDirectories(cls->Path()));
         for (size_t i = 0; i < cls->fileChildren.size(); ++i)
-            if (i % 3 != 2) WriteFileAtomic(cls->fileChildren[i]->path, drawing);
+            if (i % 3 != 2) WriteFileAtomic(cls->fileChildren[i]->Path(), drawing);
         w.MakePanel(true, rate);
         ASSERT_TRUE(w.OpenRow(w.RowOf(u"精品家具")));
         CDWGListView* list = w.panel->m_pThumbList;

@@ -26,7 +26,7 @@ TEST(ClassSwitch, BurstsOfClicksEndInOneSwitchAndSubclassButtonsAreDampedAndStay
     EXPECT_EQ(events.Count(MsgPanelEvent, 4), 1);
     EXPECT_EQ(p.m_classIndex, 3);
     EXPECT_EQ(p.m_classList->GetSelectedRow(), 3);
-    EXPECT_EQ(p.m_curClassPath, w.root()->dirChildren[1]->dirChildren[0]->path);
+    EXPECT_EQ(p.m_curClassPath, w.root()->dirChildren[1]->dirChildren[0]->Path());
     EXPECT_EQ(p.m_pThumbList->GetItemCount(), 4);
     // After a quiet spell the next click switches quickly; clicks that follow it closely wait long.
     EXPECT_FALSE(p.m_slowSwitch);
@@ -36,7 +36,7 @@ TEST(ClassSwitch, BurstsOfClicksEndInOneSwitchAndSubclassButtonsAreDampedAndStay
     EXPECT_EQ(events.Count(MsgPanelEvent, 4), 2);
     // A subclass press right after a switch is damped: the switch's opening counts.
     w.ClickButton(2081);
-    EXPECT_EQ(p.m_curClassPath, w.root()->dirChildren[1]->dirChildren[0]->path);
+    EXPECT_EQ(p.m_curClassPath, w.root()->dirChildren[1]->dirChildren[0]->Path());
 
     ASSERT_TRUE(w.OpenRow(w.RowOf(u"紧固件")));
     ASSERT_EQ(w.VisibleSubclassButtons(), 3);
@@ -45,10 +45,10 @@ TEST(ClassSwitch, BurstsOfClicksEndInOneSwitchAndSubclassButtonsAreDampedAndStay
     EXPECT_EQ(p.m_subclassBtns[2]->toolTip(), QStringLiteral("..隐藏"));  // a leading ".." is no separator
     EXPECT_EQ(p.m_pThumbList->GetItemCount(), 5);
     w.ClickButton(2081);  // within 350 ms of the last opening: ignored
-    EXPECT_EQ(p.m_curClassPath, gallery->dirChildren[0]->path);
+    EXPECT_EQ(p.m_curClassPath, gallery->dirChildren[0]->Path());
     w.ClickButton(2081, 400);
     Pump(30);
-    EXPECT_EQ(p.m_curClassPath, gallery->dirChildren[1]->path);
+    EXPECT_EQ(p.m_curClassPath, gallery->dirChildren[1]->Path());
     EXPECT_TRUE(p.m_subclassBtns[1]->selected);
     EXPECT_FALSE(p.m_subclassBtns[0]->selected);
     EXPECT_EQ(p.m_pThumbList->GetItemCount(), 3);
@@ -92,7 +92,7 @@ TEST(ClassSwitch, ButtonsFollowTheNumberOfSubclassesAndTheCommonList) {
         if (c.classes == 0) continue;
         // "常用" comes first and opens first with the common-use entries.
         EXPECT_EQ(p.m_subclassBtns[0]->text(), c.common ? QStringLiteral("常用") : QStringLiteral("类A"));
-        EXPECT_EQ(p.m_curClassPath, c.common ? gallery->path : gallery->dirChildren[0]->path);
+        EXPECT_EQ(p.m_curClassPath, c.common ? gallery->Path() : gallery->dirChildren[0]->Path());
         EXPECT_EQ(p.m_pThumbList->GetItemCount(), c.common ? c.common : 2);
         // The buttons take the classes in order; the ones past 18 are left out.
         const int last = c.buttons - 1;

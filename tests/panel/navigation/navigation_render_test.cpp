@@ -18,7 +18,7 @@ TEST(NavigationRender, BrowsePagesAtRatesOneAndOneAndAHalf) {
         w.AddGallery({u"五金", 3, 6});
         GalleryNode* many = w.AddGallery({u"机械零件", 19, 8, 2, /*boutique*/ true});
         w.AddCollections(7, {u"收藏夹1", u"螺栓..常用件", u"管件"}, 4);
-        for (int i = 0; i < 5; ++i) w.AddRecent(many->dirChildren[i]->fileChildren[0]->path);
+        for (int i = 0; i < 5; ++i) w.AddRecent(many->dirChildren[i]->fileChildren[0]->Path());
         w.MakePanel(true, rate);
         auto looks = [&](const std::string& name) {
             return MatchesReference(w.Render(QString::fromStdString(name + at)), "panel/navigation", name + at);

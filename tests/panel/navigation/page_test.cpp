@@ -58,12 +58,12 @@ TEST(Pages, EachPageShowsItsWidgetsLeavingASearchReopensTheClassAndTheCollection
     EXPECT_FALSE(p.m_searchUntouched);
     EXPECT_TRUE(IsTimerRunning(p.Handle(), 1011));
     ASSERT_TRUE(w.WaitForSwitch());
-    EXPECT_EQ(p.m_curClassPath, g->dirChildren[0]->path);
+    EXPECT_EQ(p.m_curClassPath, g->dirChildren[0]->Path());
 
     w.SignIn(7);
     ASSERT_TRUE(w.OpenRow(1));
     ExpectPage(w, PageCollection);
-    EXPECT_EQ(p.m_curClassPath, mine->dirChildren[0]->path);
+    EXPECT_EQ(p.m_curClassPath, mine->dirChildren[0]->Path());
     // A browse argument on a browse page changes nothing.
     p.GoToPage(PageBrowse);
     EXPECT_EQ(p.m_page, PageCollection);
@@ -76,7 +76,7 @@ TEST(Pages, EachPageShowsItsWidgetsLeavingASearchReopensTheClassAndTheCollection
     w.ClickButton(2202, 500);
     ExpectPage(w, PageCollection);
     ASSERT_TRUE(w.WaitForSwitch());
-    EXPECT_EQ(p.m_curClassPath, mine->dirChildren[0]->path);
+    EXPECT_EQ(p.m_curClassPath, mine->dirChildren[0]->Path());
     ExpectPage(w, PageCollection);
 
     // The whole-library search from the collections, and back.
@@ -140,7 +140,7 @@ TEST(LivePages, CollectionSearchListsTheCloudBlocksAndFiltersThem) {
     PanelWorld w(SampleLibrary());
     w.ServeCollection(42);
     GalleryNode* mine = w.AddCollections(42, {u"收藏夹1"}, 0);
-    WriteBytes(U8(mine->dirChildren[0]->path) + "/螺母.dwg", std::string(2000, 'x'));
+    WriteBytes(U8(mine->dirChildren[0]->Path()) + "/螺母.dwg", std::string(2000, 'x'));
     w.MakePanel();
     CBrindleDlg& p = *w.panel;
     w.SignIn(42);
@@ -247,7 +247,7 @@ TEST(LivePages, DownloadGalleryButtonTipsOnFailureAndFillsTheGalleryOnSuccess) {
     ASSERT_FALSE(gallery->dirChildren.empty());
     EXPECT_FALSE(w.ButtonShown(2151));
     EXPECT_EQ(w.VisibleSubclassButtons(), static_cast<int>(std::min<size_t>(18, gallery->dirChildren.size())));
-    EXPECT_EQ(p.m_curClassPath, gallery->dirChildren[0]->path);
+    EXPECT_EQ(p.m_curClassPath, gallery->dirChildren[0]->Path());
     EXPECT_TRUE(w.Shown(p.m_pThumbList));
 }
 
@@ -313,7 +313,7 @@ TEST(LivePages, SwitchingRefreshesAStaleGalleryAndOpeningAStaleClassFetchesItsBl
     GalleryNode* second = gallery->dirChildren[1];
     const size_t blocks = second->fileChildren.size();
     ASSERT_GT(blocks, 0u);
-    w.store.staleClasses[second->path] = second->version + 1;
+    w.store.staleClasses[second->Path()] = second->version + 1;
     w.service.counters().reset();
     w.MakePanel();
     CBrindleDlg& p = *w.panel;
@@ -323,7 +323,7 @@ TEST(LivePages, SwitchingRefreshesAStaleGalleryAndOpeningAStaleClassFetchesItsBl
     ASSERT_TRUE(PumpUntil([&] { return w.VisibleSubclassButtons() == static_cast<int>(gallery->dirChildren.size()); }));
     EXPECT_EQ(w.service.counters().get("/gallery/g_cs_s").count, 1);
     EXPECT_EQ(w.service.counters().get("/gallery/g_cs").count, 0);  // the first class is up to date
-    ASSERT_EQ(p.m_subclassBtns[1]->data, QString::fromStdU16String(second->path));
+    ASSERT_EQ(p.m_subclassBtns[1]->data, QString::fromStdU16String(second->Path()));
 
     w.service.faults().set("/gallery/g_cs", {.latencyMs = 400});
     w.ClickButton(2081, 400);

@@ -35,7 +35,7 @@ TEST(Routes, RoutesWithAndWithoutTheCollectionPrefixAndTheSelectionCommands) {
     p.OpenRoute(u"/家具/类C");
     ASSERT_TRUE(w.WaitForSwitch());
     EXPECT_EQ(p.m_classIndex, w.RowOf(u"家具"));
-    EXPECT_EQ(p.m_curClassPath, g2->dirChildren[2]->path);
+    EXPECT_EQ(p.m_curClassPath, g2->dirChildren[2]->Path());
     EXPECT_TRUE(p.m_subclassBtns[2]->selected);
     EXPECT_TRUE(p.m_targetClass.empty());
 
@@ -43,7 +43,7 @@ TEST(Routes, RoutesWithAndWithoutTheCollectionPrefixAndTheSelectionCommands) {
     p.OpenRoute(u"/家具/没有");
     p.OpenRoute(u"/没有/类A");
     EXPECT_FALSE(IsTimerRunning(p.Handle(), 2000));
-    EXPECT_EQ(p.m_curClassPath, g2->dirChildren[2]->path);
+    EXPECT_EQ(p.m_curClassPath, g2->dirChildren[2]->Path());
 
     // The collections need a signed-in user.
     p.OpenRoute(u"/我的收藏/夹2");
@@ -53,7 +53,7 @@ TEST(Routes, RoutesWithAndWithoutTheCollectionPrefixAndTheSelectionCommands) {
     ASSERT_TRUE(w.WaitForSwitch());
     EXPECT_EQ(p.m_classIndex, 1);
     EXPECT_EQ(p.m_page, PageCollection);
-    EXPECT_EQ(p.m_curClassPath, mine->dirChildren[1]->path);
+    EXPECT_EQ(p.m_curClassPath, mine->dirChildren[1]->Path());
     EXPECT_TRUE(p.m_subclassBtns[1]->selected);
 
     // A gallery alone opens its first class; leaving the collections puts the buttons back.
@@ -61,7 +61,7 @@ TEST(Routes, RoutesWithAndWithoutTheCollectionPrefixAndTheSelectionCommands) {
     ASSERT_TRUE(w.WaitForSwitch());
     EXPECT_EQ(p.m_classIndex, w.RowOf(u"五金"));
     EXPECT_EQ(p.m_page, PageBrowse);
-    EXPECT_EQ(p.m_curClassPath, g1->dirChildren[0]->path);
+    EXPECT_EQ(p.m_curClassPath, g1->dirChildren[0]->Path());
     EXPECT_FALSE(w.ButtonShown(2100));
     EXPECT_EQ(p.m_syncStatus, -2);  // leaving the collections clears their status
 
@@ -69,7 +69,7 @@ TEST(Routes, RoutesWithAndWithoutTheCollectionPrefixAndTheSelectionCommands) {
     p.OpenRoute(u"");
     EXPECT_TRUE(IsTimerRunning(p.Handle(), 1011));
     ASSERT_TRUE(w.WaitForSwitch());
-    EXPECT_EQ(p.m_curClassPath, g1->dirChildren[0]->path);  // the rebuild reopened the class
+    EXPECT_EQ(p.m_curClassPath, g1->dirChildren[0]->Path());  // the rebuild reopened the class
 
     // From a search page a route goes back to browsing first.
     w.ClickButton(2158, 500);
@@ -79,7 +79,7 @@ TEST(Routes, RoutesWithAndWithoutTheCollectionPrefixAndTheSelectionCommands) {
     p.OpenRoute(u"/家具/类B");
     ASSERT_TRUE(w.WaitForSwitch());
     EXPECT_EQ(p.m_page, PageBrowse);
-    EXPECT_EQ(p.m_curClassPath, g2->dirChildren[1]->path);
+    EXPECT_EQ(p.m_curClassPath, g2->dirChildren[1]->Path());
 
     // 21: a row that does not exist does nothing; a real one schedules the switch.
     Command(p, 21, 9);
@@ -113,7 +113,7 @@ TEST(Routes, RoutesWithAndWithoutTheCollectionPrefixAndTheSelectionCommands) {
     ShiftTicksForTest(400);
     Command(p, 23, 0);
     ASSERT_TRUE(w.WaitForSwitch());
-    EXPECT_EQ(p.m_curClassPath, g2->dirChildren[2]->path);
+    EXPECT_EQ(p.m_curClassPath, g2->dirChildren[2]->Path());
     EXPECT_EQ(p.m_pThumbList->GetSelectedItem(), 3);
 
     // 8: opens a pending target.
@@ -121,7 +121,7 @@ TEST(Routes, RoutesWithAndWithoutTheCollectionPrefixAndTheSelectionCommands) {
     ShiftTicksForTest(400);
     Command(p, 8, 0);
     ASSERT_TRUE(w.WaitForSwitch());
-    EXPECT_EQ(p.m_curClassPath, g2->dirChildren[0]->path);
+    EXPECT_EQ(p.m_curClassPath, g2->dirChildren[0]->Path());
 }
 
 TEST(Routes, TargetClassBeforeTheFirstClassListBuildsItFirst) {
@@ -140,7 +140,7 @@ TEST(Routes, TargetClassBeforeTheFirstClassListBuildsItFirst) {
     EXPECT_TRUE(IsTimerRunning(p.Handle(), 2000));
     ASSERT_TRUE(w.WaitForSwitch());
     EXPECT_EQ(p.m_classIndex, w.RowOf(u"家具"));
-    EXPECT_EQ(p.m_curClassPath, g2->dirChildren[1]->path);
+    EXPECT_EQ(p.m_curClassPath, g2->dirChildren[1]->Path());
     EXPECT_TRUE(p.m_subclassBtns[1]->selected);
 }
 
@@ -153,7 +153,7 @@ TEST(Commands, ShowListDecidesTheGalleriesAndTheirOrder) {
     w.MakePanel();
     CBrindleDlg& p = *w.panel;
     ASSERT_TRUE(w.OpenRow(w.RowOf(u"电气")));
-    ASSERT_EQ(p.m_curClassPath, g3->dirChildren[0]->path);
+    ASSERT_EQ(p.m_curClassPath, g3->dirChildren[0]->Path());
 
     // The user dropped 电气, added 新图库 and put 家具 first.
     RemoveFile(ShowListPath());

@@ -155,27 +155,27 @@ PanelWorld::PanelWorld(const std::string& library) {
     }
     store.root = new GalleryNode();
     store.root->name = kRootName;
-    store.root->path = StoreRoot();
-    store.root->kind = kKindDir;
-    CreateDirectories(store.root->path);
+    store.root->SetPath(StoreRoot());
+    store.root->kind = NodeKind::Dir;
+    CreateDirectories(store.root->Path());
 }
 
 PanelWorld::~PanelWorld() { DestroyPanel(); }
 
 GalleryNode* PanelWorld::AddGallery(const GallerySpec& spec) {
     AddGalleryToShowList(spec.name);
-    auto* gallery = new GalleryNode(kRootName, root()->path + u"/" + spec.name, spec.name, kKindDir, false,
+    auto* gallery = new GalleryNode(kRootName, root()->Path() + u"/" + spec.name, spec.name, kKindDir, false,
                                     spec.boutique, 0);
     gallery->refreshTick = GetTickCount();  // fresh: no summary request on opening
     AddChild(root(), gallery, false);
-    CreateDirectories(gallery->path);
+    CreateDirectories(gallery->Path());
     for (int c = 0; c < spec.classes; ++c)
         AddClass(gallery, u"类" + std::u16string(1, char16_t(u'A' + c % 26)) + (c >= 26 ? u"2" : u""),
                  spec.blocksPerClass);
     for (int e = 0; e < spec.commonEntries; ++e) {
         const GalleryNode* cls = gallery->dirChildren.empty() ? nullptr : gallery->dirChildren[0];
         const std::u16string name = u"常用" + std::u16string(1, u'0' + e);
-        auto* entry = new GalleryNode(kCommonUseTag, (cls ? cls->path : gallery->path) + u"/" + name + u".dwg", name,
+        auto* entry = new GalleryNode(kCommonUseTag, (cls ? cls->Path() : gallery->Path()) + u"/" + name + u".dwg", name,
                                       kKindFile, false, false, 0);
         AddChild(gallery, entry, false);
     }
@@ -183,13 +183,13 @@ GalleryNode* PanelWorld::AddGallery(const GallerySpec& spec) {
 }
 
 GalleryNode* PanelWorld::AddClass(GalleryNode* gallery, const std::u16string& name, int blocks) {
-    auto* cls = new GalleryNode(gallery->name, gallery->path + u"/" + name, name, kKindDir, false, false, 0);
+    auto* cls = new GalleryNode(gallery->name, gallery->Path() + u"/" + name, name, kKindDir, false, false, 0);
     cls->version = 1;
     AddChild(gallery, cls, false);
     for (int b = 0; b < blocks; ++b) {
         const std::u16string file = name + u"_" + std::u16string(1, char16_t(u'0' + b % 10)) +
                                     (b >= 10 ? std::u16string(1, char16_t(u'0' + b / 10)) : u"") + u".dwg";
-        auto* block = new GalleryNode(name, cls->path + u"/" + file, file, kKindFile, false, gallery->boutique, 2048);
+        auto* block = new GalleryNode(name, cls->Path() + u"/" + file, file, kKindFile, false, gallery->boutique, 2048);
         AddChild(cls, block, false);
     }
     return cls;
@@ -207,7 +207,7 @@ GalleryNode* PanelWorld::AddCollections(int user, const std::vector<std::u16stri
     AddChild(root(), collections, true);
     CreateDirectories(path);
     for (const std::u16string& folder : folders)
-        CreateDirectories(AddClass(collections, folder, blocksPerFolder)->path);
+        CreateDirectories(AddClass(collections, folder, blocksPerFolder)->Path());
     return collections;
 }
 
