@@ -226,11 +226,18 @@ TreeUpdate ComposeFirstTree() {
     return update;
 }
 
-TreeUpdate RunGalleryFull(const TreeRequest& request) {
+// An empty update that answers the request.
+TreeUpdate UpdateFor(const TreeRequest& request) {
     TreeUpdate update;
-    update.kind = TreeUpdateKind::GalleryFull;
+    update.kind = request.kind;
     update.gallery = request.gallery;
+    update.classPath = request.classPath;
     update.createIfMissing = request.createIfMissing;
+    return update;
+}
+
+TreeUpdate RunGalleryFull(const TreeRequest& request) {
+    TreeUpdate update = UpdateFor(request);
     update.scratch = ScratchRoot(request.rootName, request.rootPath);
     GalleryNode* gallery = AttachBare(*update.scratch, NewGalleryNode(*update.scratch, request.gallery));
     MarkupDocument doc;
@@ -250,9 +257,7 @@ TreeUpdate RunGalleryFull(const TreeRequest& request) {
 }
 
 TreeUpdate RunClassSummary(const TreeRequest& request) {
-    TreeUpdate update;
-    update.kind = TreeUpdateKind::ClassSummary;
-    update.gallery = request.gallery;
+    TreeUpdate update = UpdateFor(request);
     MarkupDocument doc;
     if (!FetchReply(u"/gallery/g_cs_s?gallery_name=" + request.gallery, doc)) return update;
     if (doc.GetAttribute(u"gn") != request.gallery) return update;
@@ -276,10 +281,7 @@ TreeUpdate RunClassSummary(const TreeRequest& request) {
 }
 
 TreeUpdate RunClassItems(const TreeRequest& request) {
-    TreeUpdate update;
-    update.kind = TreeUpdateKind::ClassItems;
-    update.gallery = request.gallery;
-    update.classPath = request.classPath;
+    TreeUpdate update = UpdateFor(request);
     MarkupDocument doc;
     if (!FetchReply(u"/gallery/g_cs?gallery_name=" + request.gallery + u"&cs=" + request.className, doc))
         return update;
