@@ -3,8 +3,10 @@
 namespace marrowfin {
 
 GalleryStore& GalleryStore::Instance() {
-    static GalleryStore store;
-    return store;
+    // Never destroyed: detached workers (a first tree, a download) may still
+    // report into it while the process ends.
+    static GalleryStore* const store = new GalleryStore;
+    return *store;
 }
 
 }  // namespace marrowfin

@@ -42,7 +42,7 @@ struct GalleryStore {
     std::deque<TreeUpdate> treeUpdates;
     std::mutex treeUpdateLock;
 
-    // Built on first use, never destroyed before the process ends.
+    // Built on first use and never destroyed, so that workers still running at exit find it.
     static GalleryStore& Instance();
 };
 
