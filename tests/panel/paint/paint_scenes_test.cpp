@@ -1,0 +1,208 @@
+// Every painted state of the panel, at both rates, as sheets of scenes
+// compared against reference pictures: the browse and search layers with
+// their empty and waiting states, the status line, result rows in every
+// state and class rows.
+#include <gtest/gtest.h>
+
+#include <QPainter>
+#include <QTemporaryDir>
+#include <functional>
+#include <vector>
+
+#include "panel/model/block_row.h"
+#include "panel/model/panel_page.h"
+#include "panel/paint/panel_painter.h"
+#include "skin/skin_fonts.h"
+#include "skin/skin_scale.h"
+#include "skin/skin_sheet.h"
+#include "support/reference_picture.h"
+#include "support/test_paths.h"
+
+namespace marrowfin::test {
+namespace {
+
+using Scene = std::function<void(QPainter&)>;
+
+// The scenes side by side in `columns`, each `size` on its own magenta ground
+// (anything painted outside its rectangle shows against it), 8 pixels apart.
+QImage Sheet(const QSize& size, const std::vector<Scene>& scenes, int columns) {
+    const int rows = (int(scenes.size()) + columns - 1) / columns;
+    QImage sheet(columns * (size.width() + 8), rows * (size.height() + 8), QImage::Format_RGB32);
+    sheet.fill(Qt::lightGray);
+    for (size_t i = 0; i < scenes.size(); ++i) {
+        QImage one(size, QImage::Format_RGB32);
+        one.fill(QColor(0xFF, 0x00, 0xFF));
+        {
+            QPainter p(&one);
+            scenes[i](p);
+        }
+        QPainter(&sheet).drawImage(int(i % columns) * (size.width() + 8), int(i / columns) * (size.height() + 8), one);
+    }
+    return sheet;
+}
+
+class PaintScenes : public ::testing::TestWithParam<float> {
+protected:
+    void SetUp() override {
+        SetSkinRateForTest(GetParam());
+        MakeSkinFonts(GetParam());
+        ASSERT_TRUE(LoadSkinSheet());
+    }
+    std::string At(const char* name) const { return name + std::string(GetParam() == 1.0f ? "_1.0" : "_1.5"); }
+};
+INSTANTIATE_TEST_SUITE_P(Rates, PaintScenes, ::testing::Values(1.0f, 1.5f));
+
+PanelPaintState Browse(int classIndex, int itemCount, int syncStatus = -1) {
+    PanelPaintState s;
+    s.page = classIndex == 1 ? PageCollection : PageBrowse;
+    s.classIndex = classIndex;
+    s.itemCount = itemCount;
+    s.syncStatus = syncStatus;
+    return s;
+}
+
+PanelPaintState Search(int page, int searchState, int rows, bool ended = false) {
+    PanelPaintState s;
+    s.page = page;
+    s.searchState = searchState;
+    s.rowCount = rows;
+    s.searchEnded = ended;
+    s.defaultHotWord = QStringLiteral("门窗");
+    return s;
+}
+
+std::vector<Scene> Panels(const std::vector<PanelPaintState>& states) {
+    std::vector<Scene> out;
+    const QSize client(ScaleUnits(755), ScaleUnits(454));
+    for (const PanelPaintState& s : states) out.push_back([s, client](QPainter& p) { PaintPanel(p, client, s); });
+    return out;
+}
+
+TEST_P(PaintScenes, BrowseLayerInEveryState) {
+    PanelPaintState opened = Browse(3, 0);
+    opened.emptySubclassOpened = true;
+    // Recent with items (heading and bar), recent empty, the collection in each
+    // sync status (-2 and unknown ones show nothing), an opened empty subclass,
+    // an empty common list, and no class chosen yet.
+    const QImage sheet = Sheet(QSize(ScaleUnits(755), ScaleUnits(454)),
+                               Panels({Browse(0, 4), Browse(0, 0), Browse(1, 0, -1), Browse(1, 0, 0), Browse(1, 0, 1),
+                                       Browse(1, 0, 2), Browse(1, 0, 3), Browse(1, 0, 4), Browse(1, 0, -2),
+                                       Browse(1, 0, 7), opened, Browse(3, 0), Browse(-1, 0), Browse(2, 5)}),
+                               4);
+    EXPECT_TRUE(MatchesReference(sheet, "panel/paint", At("browse_layer")));
+}
+
+TEST_P(PaintScenes, SearchLayerAndStatusLine) {
+    std::vector<PanelPaintState> states;
+    for (int page : {int(PageSearch), int(PageCollectionSearch)}) {
+        PanelPaintState untouched = Search(page, 0, 0);
+        untouched.searchUntouched = true;
+        // Untouched, idle, loading, network down, nothing found, an unknown state.
+        for (const PanelPaintState& s : {untouched, Search(page, 0, 0), Search(page, 1, 0), Search(page, 2, 0),
+                                         Search(page, 3, 0), Search(page, 9, 0)})
+            states.push_back(s);
+    }
+    // Rows: the hint, the default word on the search page only, the count once ended.
+    states.push_back(Search(PageSearch, 0, 12));
+    states.push_back(Search(PageSearch, 3, 0, true));
+    states.push_back(Search(PageCollectionSearch, 0, 23));
+    PanelPaintState running = Search(PageSearch, 1, 40);
+    states.push_back(running);
+    PanelPaintState browseNamed = Browse(2, 7);
+    browseNamed.selectedName = QStringLiteral("平开门M1021");
+    browseNamed.rowCount = 3;
+    browseNamed.searchEnded = true;
+    states.push_back(browseNamed);
+    const QImage sheet = Sheet(QSize(ScaleUnits(755), ScaleUnits(454)), Panels(states), 3);
+    EXPECT_TRUE(MatchesReference(sheet, "panel/paint", At("search_layer")));
+}
+
+BlockRow Row(int state, const QString& path = {}) {
+    BlockRow row;
+    row.name = QStringLiteral("平开门M1021.dwg");
+    row.klass = QStringLiteral("建筑");
+    row.subclass = QStringLiteral("门窗..平开门");
+    row.state = state;
+    row.prefetch = false;
+    row.percent = 40;
+    row.path = path;
+    return row;
+}
+
+TEST_P(PaintScenes, ResultRowsInEveryState) {
+    QTemporaryDir dir;
+    ASSERT_TRUE(dir.isValid());
+    const QString onDisk = dir.filePath(QStringLiteral("block.dwg"));
+    WriteBytes(onDisk.toStdString(), std::string(2048, 'x'));
+    const QString missing = dir.filePath(QStringLiteral("missing.dwg"));
+
+    std::vector<std::pair<BlockRow, SearchRowLook>> rows;
+    for (int state : {int(RowFresh), int(RowFetched), int(RowCollected), int(RowRemote), int(RowFailed)})
+        rows.push_back({Row(state, missing), {}});
+    BlockRow prefetching = Row(RowDownloading, missing);
+    prefetching.prefetch = true;
+    rows.push_back({prefetching, {}});
+    rows.push_back({prefetching, {.hoverButton = 2, .key = {}}});
+    for (int percent : {-20, 3, 50, 100, 180}) {
+        BlockRow downloading = Row(RowDownloading, missing);
+        downloading.percent = percent;
+        rows.push_back({downloading, {}});
+    }
+    rows.push_back({Row(RowFresh, missing), {.hoverButton = 1, .key = {}}});
+    rows.push_back({Row(RowFresh, missing), {.hoverButton = 2, .key = {}}});
+    rows.push_back({Row(RowCollected, onDisk), {.hoverLink = true, .key = {}}});
+    rows.push_back({Row(RowCollected, onDisk), {.key = QStringLiteral("门")}});
+    rows.push_back({Row(RowFresh, onDisk), {.selected = true, .key = {}}});
+    BlockRow boutique = Row(RowFresh, onDisk);
+    boutique.boutique = true;
+    rows.push_back({boutique, {}});
+    BlockRow boutiqueFailed = Row(RowFailed, missing);
+    boutiqueFailed.boutique = true;
+    rows.push_back({boutiqueFailed, {.selected = true, .key = QStringLiteral("门")}});
+    BlockRow own = Row(RowCollected, onDisk);
+    own.thumbnail = QImage(200, 100, QImage::Format_RGB32);
+    own.thumbnail.fill(Qt::red);
+    rows.push_back({own, {}});
+    BlockRow longName = Row(RowCollected, onDisk);
+    longName.name = QString(60, QChar(0x95E8));
+    rows.push_back({longName, {}});
+    BlockRow bare = Row(RowCollected, onDisk);
+    bare.name = QStringLiteral("plan.dw");  // not ".dwg": kept whole
+    bare.subclass = QStringLiteral("a..b..c");
+    rows.push_back({bare, {}});
+
+    const QRect item(4, 6, ScaleUnits(740), ScaleUnits(60) + 1);
+    std::vector<Scene> scenes;
+    for (const auto& [row, look] : rows)
+        scenes.push_back([&, row, look](QPainter& p) {
+            p.fillRect(item, Qt::white);
+            DrawSearchRow(p, item, row, look);
+        });
+    const QImage sheet = Sheet(QSize(ScaleUnits(740) + 12, ScaleUnits(60) + 14), scenes, 2);
+    EXPECT_TRUE(MatchesReference(sheet, "panel/paint", At("result_rows")));
+}
+
+TEST_P(PaintScenes, ClassRowsByHoverSelectionAndBoutique) {
+    struct Case {
+        int row;
+        const char* text;
+        bool boutique, selected, hover;
+    };
+    const Case cases[] = {
+        {0, "最近使用", false, false, false}, {0, "最近使用", false, true, false}, {1, "我的收藏", false, false, true},
+        {1, "我的收藏", false, true, false},  {2, "建筑", false, false, false},     {2, "建筑", false, true, true},
+        {3, "给排水", false, false, true},    {4, "精品家具", true, false, false}, {4, "精品家具", true, true, false},
+        {5, "精品图库", true, true, true},    {6, "建筑给排水暖通电气结构园林景观", false, true, false},
+        {6, "建筑给排水暖通电气结构园林景观", false, false, false}};
+    std::vector<Scene> scenes;
+    const QRect item(3, 4, ScaleUnits(112), ScaleUnits(28) + 1);
+    for (const Case& k : cases)
+        scenes.push_back([&item, k](QPainter& p) {
+            DrawClassRow(p, item, k.row, QString::fromUtf8(k.text), k.boutique, k.selected, k.hover);
+        });
+    const QImage sheet = Sheet(QSize(ScaleUnits(112) + 8, ScaleUnits(28) + 10), scenes, 4);
+    EXPECT_TRUE(MatchesReference(sheet, "panel/paint", At("class_rows")));
+}
+
+}  // namespace
+}  // namespace marrowfin::test
