@@ -9,17 +9,15 @@
 
 namespace marrowfin::test {
 
-// A headerless DIB of `bits` (1, 4, 8, 24 or 32) bits per pixel from `image`,
-// rows bottom-up (or top-down with a negative height when `topDown`). Low
-// depths use `palette`, and each pixel takes the palette entry nearest to it.
+// A headerless DIB of `bits` (1, 4, 8, 24 or 32) bits per pixel, rows
+// bottom-up (or top-down); low depths take each pixel's nearest `palette` entry.
 std::string MakeDib(const QImage& image, int bits, const std::vector<QRgb>& palette = {},
                     bool topDown = false);
 
 // A standalone .bmp file (14-byte file header in front) of a headerless DIB.
 std::string MakeBmpFile(const std::string& dib);
 
-// A preview section at `address` with the given entries (code, data), each
-// data block placed behind the table; the file before the section is padding.
+// A preview section at `address` with the given entries (code, data) placed behind the table.
 struct TestEntry {
   uint8_t code;
   std::string data;
@@ -34,7 +32,7 @@ void PutLe32(std::string& bytes, size_t offset, uint32_t value);
 std::string Patched(std::string bytes, size_t offset, uint32_t value);
 std::string WithByte(std::string bytes, size_t offset, char value);
 
-// The shared sample drawings: the bytes (a test failure when missing) and the path.
+// The shared sample drawings (a test failure when missing).
 std::string RealFile(const char* name);
 QString RealPath(const char* name);
 
