@@ -12,26 +12,25 @@
 #include <set>
 #include <thread>
 
-#include "grid_world.h"
+#include "list_world.h"
 #include "panel/preview/preview_loader.h"
-#include "render_support.h"
+#include "support/event_pump.h"
+#include "support/widget_input.h"
 
 namespace marrowfin::test {
 namespace {
 
-// Notes every call of the decoder (thread and path), and can hold calls at a
+// Notes every call of the decoder (thread and item), and can hold calls at a
 // gate until the test opens it: every call, or only the first.
 class WatchedDecoder {
 public:
     enum class Hold { None, Every, First };
     explicit WatchedDecoder(Hold hold = Hold::None) : m_hold(hold) {}
-
-    PreviewDecoder Decoder(const std::vector<std::u16string>& paths = {}) {
+    PreviewDecoder Decoder(const std::vector<std::u16string>& paths) {
         return [this, paths](const std::u16string& path, double rate) {
             PreviewDecode decode = DecodeCellPreview(path, rate);
             std::unique_lock<std::mutex> lock(m_mutex);
-            const auto at = std::find(paths.begin(), paths.end(), path);
-            m_calls.push_back({std::this_thread::get_id(), at == paths.end() ? -1 : int(at - paths.begin())});
+            m_calls.push_back({std::this_thread::get_id(), int(std::find(paths.begin(), paths.end(), path) - paths.begin())});
             m_changed.notify_all();
             if (m_hold == Hold::Every || (m_hold == Hold::First && m_calls.size() == 1))
                 m_changed.wait(lock, [this] { return m_open; });
@@ -51,23 +50,19 @@ public:
     std::vector<int> Items() const {
         std::lock_guard<std::mutex> lock(m_mutex);
         std::vector<int> out;
-        for (const Call& c : m_calls) out.push_back(c.item);
+        for (const auto& [thread, item] : m_calls) out.push_back(item);
         return out;
     }
     int OnThread(std::thread::id id) const {
         std::lock_guard<std::mutex> lock(m_mutex);
-        return int(std::count_if(m_calls.begin(), m_calls.end(), [id](const Call& c) { return c.thread == id; }));
+        return int(std::count_if(m_calls.begin(), m_calls.end(), [id](const auto& c) { return c.first == id; }));
     }
 
 private:
-    struct Call {
-        std::thread::id thread;
-        int item;
-    };
     const Hold m_hold;
     mutable std::mutex m_mutex;
     std::condition_variable m_changed;
-    std::vector<Call> m_calls;
+    std::vector<std::pair<std::thread::id, int>> m_calls;
     bool m_open = false;
 };
 
@@ -76,10 +71,10 @@ TEST(PreviewLoading, PreviewsArriveFromTheWorkersWhileCellsShowThePlaceholder) {
     WatchedDecoder watch(WatchedDecoder::Hold::Every);
     w.view->SetPreviewDecoder(watch.Decoder(w.paths));
     w.view->SetPaths(w.paths);
-    ASSERT_TRUE(ShowAndWait(&w.owner));
+    ASSERT_TRUE(ShowExposed(&w.window));
     w.view->repaint();
     ASSERT_TRUE(watch.WaitForCalls(2)) << "both workers take a cell";
-    const QImage waiting = Grab(w.view);
+    const QImage waiting = w.view->grab().toImage();
     EXPECT_EQ(w.view->CachedPictures(), 0);
     EXPECT_EQ(w.view->ItemState(0), CDWGListView::kStateFresh);
     EXPECT_EQ(waiting.copy(w.view->IconRect(0)), waiting.copy(w.view->IconRect(7))) << "the same placeholder";
@@ -95,7 +90,7 @@ TEST(PreviewLoading, PreviewsArriveFromTheWorkersWhileCellsShowThePlaceholder) {
     EXPECT_EQ(std::unique(items.begin(), items.end()), items.end()) << "each once";
     EXPECT_EQ(items.back(), 2 * shown - 1);
     for (int i = 0; i < shown; ++i) EXPECT_EQ(w.view->ItemState(i), CDWGListView::kStateFinal) << i;
-    const QImage arrived = Grab(w.view);
+    const QImage arrived = w.view->grab().toImage();
     EXPECT_NE(arrived.copy(w.view->IconRect(0)), waiting.copy(w.view->IconRect(0)));
     EXPECT_EQ(arrived.copy(w.view->IconRect(0)), w.view->CachedPicture(0));
 }
@@ -105,12 +100,12 @@ TEST(PreviewLoading, ScrollingFarDropsTheJobsOfCellsScrolledPast) {
     WatchedDecoder watch(WatchedDecoder::Hold::Every);
     w.view->SetPreviewDecoder(watch.Decoder(w.paths));
     w.view->SetPaths(w.paths);
-    ASSERT_TRUE(ShowAndWait(&w.owner));
+    ASSERT_TRUE(ShowExposed(&w.window));
     w.view->repaint();
     ASSERT_TRUE(watch.WaitForCalls(2));
     // Fast scrolling to the end while the workers are busy with the first cells.
     for (int step = 0; step < 60 && w.view->LastVisibleItem() < 399; ++step) {
-        WheelAt(w.view, QPoint(50, 50), -120);
+        Wheel(w.view, QPoint(50, 50), -1);
         w.view->repaint();
     }
     ASSERT_EQ(w.view->LastVisibleItem(), 399);
@@ -134,7 +129,7 @@ TEST(PreviewLoading, ALateResultOfTheOldListingNeverLandsInTheNewOne) {
     WatchedDecoder watch(WatchedDecoder::Hold::First);
     w.view->SetPreviewDecoder(watch.Decoder(w.paths));
     w.view->SetPaths(w.paths);
-    ASSERT_TRUE(ShowAndWait(&w.owner));
+    ASSERT_TRUE(ShowExposed(&w.window));
     w.view->repaint();
     ASSERT_TRUE(watch.WaitForCalls(1)) << "one old picture held back";
     const QImage old = DecodeCellPreview(w.paths[0], 1.0).picture;
@@ -155,7 +150,7 @@ TEST(PreviewLoading, ALateResultOfTheOldListingNeverLandsInTheNewOne) {
     ASSERT_TRUE(w.Settle());
     EXPECT_TRUE(allFresh()) << "the held old picture was dropped";
     w.view->repaint();
-    EXPECT_EQ(Grab(w.view).copy(w.view->IconRect(0)), fresh);
+    EXPECT_EQ(w.view->grab().toImage().copy(w.view->IconRect(0)), fresh);
 }
 
 TEST(PreviewLoading, ShownJobsRunInOrderAndOnlyWhileWanted) {
@@ -216,14 +211,14 @@ TEST(PreviewLoading, StoppingWithJobsPendingReturnsPromptlyAndDeliversNothing) {
     // A grid destroyed while its previews are on their way back.
     GridWorld w(std::vector<Make>(100, Make::Preview));
     w.view->SetPaths(w.paths);
-    ASSERT_TRUE(ShowAndWait(&w.owner));
+    ASSERT_TRUE(ShowExposed(&w.window));
     w.view->repaint();
     CDWGListView* view = w.view;
     for (int n = 0; n < 5000 && view->PreviewReads() < 2; ++n) std::this_thread::sleep_for(std::chrono::milliseconds(1));
     ASSERT_GE(view->PreviewReads(), 2);
     delete view;
     QCoreApplication::processEvents();
-    EXPECT_TRUE(w.owner.findChildren<CDWGListView*>().isEmpty());
+    EXPECT_TRUE(w.window.findChildren<CDWGListView*>().isEmpty());
 }
 
 }  // namespace

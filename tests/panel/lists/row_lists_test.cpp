@@ -1,0 +1,233 @@
+// The class column and the result list driven through their windows: the row
+// arithmetic at its edges, scrolling, hover, the click zones and what a click
+// posts or selects, rows dropped behind the list's back, and both lists
+// drawn in their states at two rates against reference pictures.
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QHelpEvent>
+#include <QToolTip>
+
+#include "list_world.h"
+#include "panel/lists/class_list_ctrl.h"
+#include "panel/lists/row_window.h"
+#include "panel/lists/search_list_ctrl.h"
+#include "panel/lists/search_row_zone.h"
+#include "panel/model/panel_messages.h"
+#include "skin/scroll_bar_ex.h"
+#include "skin/skin_scale.h"
+#include "support/event_pump.h"
+#include "support/reference_picture.h"
+#include "support/widget_input.h"
+
+namespace marrowfin::test {
+namespace {
+
+QImage Grab(QWidget* w) { return w->grab().toImage().convertToFormat(QImage::Format_RGB32); }
+std::string AtRate(const char* name, float rate) { return name + std::string(rate == 1.0f ? "_1.0" : "_1.5"); }
+
+TEST(RowWindow, CutRowsShortClientsAndShrinkingLists) {
+    // 29-pixel rows in 295 pixels from row 1: ten whole rows and 5 pixels of the 11th, hit where it shows.
+    RowWindow w{.count = 12, .rowHeight = 29, .clientHeight = 295, .first = 1};
+    EXPECT_EQ(std::vector<int>({w.RowAt(-1), w.RowAt(28), w.RowAt(29), w.RowAt(294), w.RowAt(295)}),
+              std::vector<int>({-1, 1, 2, 11, -1}));
+    EXPECT_TRUE(w.IsRowInClient(10));
+    EXPECT_FALSE(w.IsRowInClient(11));
+    EXPECT_TRUE(w.EnsureVisible(11));
+    EXPECT_EQ(w.first, 2);
+    // A client lower than a row pages one row at a time; a zero row height counts as one pixel.
+    RowWindow tiny{.count = 5, .rowHeight = 61, .clientHeight = 40};
+    EXPECT_EQ(tiny.FullRows(), 1);
+    EXPECT_EQ(tiny.MaxFirst(), 4);
+    EXPECT_EQ(RowWindow({.count = 5, .rowHeight = 0, .clientHeight = 10}).RowAt(4), 4);
+    // A list that shrinks, or a client that grows, pulls the top row back.
+    RowWindow shrink{.count = 14, .rowHeight = 29, .clientHeight = 295, .first = 20};
+    EXPECT_TRUE(shrink.Clamp());
+    EXPECT_EQ(shrink.first, 4);
+    RowWindow grow{.count = 30, .rowHeight = 29, .clientHeight = 29 * 15, .first = 20};
+    EXPECT_TRUE(grow.Clamp());
+    EXPECT_EQ(grow.first, 15);
+}
+
+TEST(ClassList, ClicksHoverScrollAndTipsThroughTheWindow) {
+    UseRate(1.0f);
+    ListOwner o;
+    o.window.resize(ScaleUnits(300), ScaleUnits(330));
+    auto* list = new CClassListCtrl(&o.window);
+    list->setGeometry(1, ScaleUnits(12), ScaleUnits(132), ScaleUnits(295));
+    for (int i = 0; i < 30; ++i) list->InsertItem(i, i == 4 ? QString(100, QChar(u'长')) : QStringLiteral("建筑%1").arg(i));
+    ASSERT_TRUE(ShowExposed(&o.window));
+    auto centre = [&](int row) { return list->RowRect(row).center(); };
+    auto clicked = [](int row) { return std::vector<RecordedMessage>{{MsgPanelCommand, 21, row, {}}}; };
+
+    // A click posts its row and selects nothing itself; a double click is one click; the last pixel row
+    // belongs to its row; right of the column and the right button post nothing.
+    Click(list, centre(3));
+    EXPECT_EQ(o.posted.Take(), clicked(3));
+    EXPECT_EQ(list->GetSelectedRow(), -1);
+    Pump(QApplication::doubleClickInterval() + 50);
+    Click(list, centre(2));  // a double click: the press, then the double-click event
+    DoubleClick(list, centre(2));
+    Pump(20);
+    EXPECT_EQ(o.posted.Take(), clicked(2));
+    Pump(QApplication::doubleClickInterval() + 50);
+    Click(list, QPoint(10, list->RowRect(4).bottom()));
+    Click(list, QPoint(ScaleUnits(112) + 2, centre(1).y()));
+    Click(list, centre(2), Qt::RightButton);
+    EXPECT_EQ(o.posted.Take(), clicked(4));
+
+    // Hover follows the mouse, not right of the column, and leaves with it.
+    MoveTo(list, centre(2));
+    EXPECT_EQ(list->HoverRow(), 2);
+    MoveTo(list, QPoint(ScaleUnits(120), centre(2).y()));
+    EXPECT_EQ(list->HoverRow(), -1);
+    MoveTo(list, centre(5));
+    MoveAway(&o.window);
+    EXPECT_EQ(list->HoverRow(), -1);
+
+    // The tip shows the row's text, cut to 79 characters.
+    QHelpEvent help(QEvent::ToolTip, centre(4), list->mapToGlobal(centre(4)));
+    QApplication::sendEvent(list, &help);
+    EXPECT_EQ(QToolTip::text(), QString(79, QChar(u'长')));
+
+    // The wheel moves the top row by the system's lines, stops at the last page, and the
+    // row under a resting mouse follows; scrolled, a click posts the row it lands on.
+    const int lines = QApplication::wheelScrollLines();
+    MoveTo(list, centre(4));
+    Wheel(list, centre(4), -1);
+    EXPECT_EQ(list->FirstVisibleRow(), lines);
+    EXPECT_EQ(list->ScrollBar()->value(), lines);
+    EXPECT_EQ(list->HoverRow(), 4 + lines);
+    Wheel(list, centre(4 + lines), -50);
+    EXPECT_EQ(list->FirstVisibleRow(), 20);
+    list->EnsureVisible(15);
+    EXPECT_EQ(list->FirstVisibleRow(), 15);
+    list->EnsureVisible(30);  // no such row: nothing moves
+    EXPECT_EQ(list->FirstVisibleRow(), 15);
+    Pump(QApplication::doubleClickInterval() + 50);
+    Click(list, centre(17));
+    EXPECT_EQ(o.posted.Take(), clicked(17));
+    // Inserting keeps the selection with its row; emptied, the list starts over.
+    list->SetSelectedRow(2);
+    list->InsertItem(1, QStringLiteral("新"));
+    EXPECT_EQ(list->GetSelectedRow(), 3);
+    list->DeleteAllItems();
+    EXPECT_EQ(list->FirstVisibleRow(), 0);
+    EXPECT_FALSE(list->IsScrollBarShown());
+}
+
+TEST(ClassList, RowsInTheirStatesAtTwoRates) {
+    for (float rate : {1.0f, 1.5f}) {
+        UseRate(rate);
+        ListOwner o;
+        o.window.resize(ScaleUnits(150), ScaleUnits(320));
+        auto* list = new CClassListCtrl(&o.window);
+        list->setGeometry(1, ScaleUnits(12), ScaleUnits(132), ScaleUnits(295));
+        for (const char* name : {"最近使用", "我的收藏", "建筑", "精品家具", "机械", "电气", "给排水", "暖通", "园林",
+                                 "室内", "精品结构", "市政"})
+            list->InsertItem(list->GetItemCount(), QString::fromUtf8(name));
+        list->isBoutique = [](const QString& text) { return text.startsWith(QStringLiteral("精品")); };
+        list->SetSelectedRow(3);
+        ASSERT_TRUE(ShowExposed(&o.window));
+        MoveTo(list, list->RowRect(5).center());
+        ASSERT_EQ(list->HoverRow(), 5);
+        EXPECT_TRUE(MatchesReference(Grab(list), "panel/lists", AtRate("class_list", rate)));
+    }
+}
+
+BlockRow Row(const char* name, const char* subclass, int state) {
+    BlockRow r;
+    r.name = QString::fromUtf8(name);
+    r.klass = QStringLiteral("建筑");
+    r.subclass = QString::fromUtf8(subclass);
+    r.state = state;
+    r.prefetch = false;
+    r.percent = 40;
+    return r;
+}
+
+struct SearchBoard : ListOwner {
+    CSearchListCtrl* list;
+    std::vector<BlockRow> rows;
+    SearchBoard(float rate, int heightUnits) {
+        UseRate(rate);
+        window.resize(ScaleUnits(760), ScaleUnits(heightUnits + 30));
+        list = new CSearchListCtrl(&window);
+        list->setGeometry(ScaleUnits(7), ScaleUnits(12), ScaleUnits(740), ScaleUnits(heightUnits));
+    }
+    QPoint At(int row, int x, int y) const { return list->RowRect(row).topLeft() + QPoint(ScaleUnits(x), ScaleUnits(y)); }
+};
+
+TEST(SearchList, ZonesOfARowAtTheirEdges) {
+    // Units from the row's corner, pixels added (-1: the pixel before an edge), the measured line width.
+    const int cases[][6] = {
+        {570, 17, 0, 0, 0, ZoneCollect}, {630, 41, -1, -1, 0, ZoneCollect}, {630, 20, 0, 0, 0, ZoneNone},
+        {640, 17, 0, 0, 0, ZoneUse},     {700, 41, -1, -1, 0, ZoneUse},     {700, 20, 0, 0, 0, ZoneNone},
+        {650, 41, 0, 0, 0, ZoneNone},    {650, 17, -1, -1, 0, ZoneNone},
+        // The link is as long as the measured line, nothing before the row was drawn, never past 420.
+        {100, 30, 0, 0, 50, ZoneClassLink}, {100, 50, 49, -1, 50, ZoneClassLink}, {100, 40, 50, 0, 50, ZoneNone},
+        {120, 30, -1, -1, 50, ZoneNone},    {101, 40, 0, 0, 0, ZoneNone},         {420, 40, -1, -1, 5000, ZoneClassLink},
+        {420, 40, 0, 0, 5000, ZoneNone},    {50, 40, 0, 0, 5000, ZoneNone}};
+    for (float rate : {1.0f, 1.5f}) {
+        UseRate(rate);
+        for (const auto& c : cases)
+            EXPECT_EQ(SearchZoneAt(QPoint(ScaleUnits(c[0]) + c[2], ScaleUnits(c[1]) + c[3]), c[4]), c[5])
+                << rate << ": " << c[0] << "," << c[1] << " +" << c[2] << "," << c[3] << " w" << c[4];
+    }
+}
+
+TEST(SearchList, RowsInEveryStateHoverPressAndRowsDroppedBehindItsBack) {
+    for (float rate : {1.0f, 1.5f}) {
+        SearchBoard b(rate, 343);
+        BlockRow remote = Row("精品门套.dwg", "精品门窗..门套", RowRemote);
+        remote.boutique = true;
+        b.rows = {Row("单开门.dwg", "门窗..平开门", RowFresh),    Row("双开门.DWG", "门窗..平开门", RowCollected),
+                  Row("推拉门", "门窗", RowDownloading),           Row("旋转门.dwg", "门窗..旋转门", RowFailed),
+                  remote,                                          Row(".dwg", "门窗..其他", RowFetched),
+                  Row("折叠门.dwg", "门窗..折叠门", RowFresh),    Row("卷帘门.dwg", "门窗..卷帘门", RowFresh)};
+        b.list->SetRows(&b.rows);
+        b.list->SetSearchKey(QStringLiteral("门"));
+        ASSERT_TRUE(ShowExposed(&b.window));
+        Click(b.list, b.At(1, 300, 5));
+        EXPECT_EQ(b.list->GetSelectedRow(), 1);
+        EXPECT_EQ(b.list->ClickedRow(), 1);
+        for (auto [x, y, zone] : {std::tuple{600, 25, ZoneCollect}, {102, 40, ZoneClassLink}, {500, 40, ZoneNone},
+                                  {650, 25, ZoneUse}}) {
+            MoveTo(b.list, b.At(0, x, y));
+            EXPECT_EQ(b.list->HotZone(), zone) << x << "," << y;
+        }
+        EXPECT_EQ(b.list->HotRow(), 0);
+        EXPECT_TRUE(b.list->IsScrollBarShown());  // five rows and a part show
+        EXPECT_TRUE(MatchesReference(Grab(b.list), "panel/lists", AtRate("search_list", rate)));
+        // Drawn rows measured their class line; rows out of view were not drawn.
+        EXPECT_GT(b.list->LineWidth(5), 0);
+        EXPECT_EQ(b.list->LineWidth(6), 0);
+        // A press below the rows selects none and keeps the last clicked row.
+        b.list->EnsureVisible(7);
+        Pump(QApplication::doubleClickInterval() + 50);
+        Click(b.list, QPoint(ScaleUnits(300), b.list->height() - 2));
+        EXPECT_EQ(b.list->GetSelectedRow(), -1);
+        EXPECT_EQ(b.list->ClickedRow(), 1);
+        b.list->SetSelectedRow(7);
+        MoveTo(b.list, b.list->RowRect(7).center());
+        EXPECT_EQ(b.list->HotRow(), 7);
+        // The owner drops rows without a word: the list follows at its next paint and reads none of them.
+        b.rows.resize(2);
+        Grab(b.list);
+        EXPECT_EQ(b.list->FirstVisibleRow(), 0);
+        EXPECT_EQ(b.list->GetSelectedRow(), -1);
+        EXPECT_EQ(b.list->HotRow(), -1);
+        EXPECT_FALSE(b.list->IsScrollBarShown());
+        b.list->RedrawRow(7);
+        Wheel(b.list, QPoint(5, 5), -1);
+        // Rows handed over again start at the top, unselected, measured anew.
+        b.list->SetSelectedRow(1);
+        b.list->SetRows(&b.rows);
+        EXPECT_EQ(b.list->GetSelectedRow(), -1);
+        EXPECT_EQ(b.list->LineWidth(0), 0);
+        MoveAway(&b.window);
+    }
+}
+
+}  // namespace
+}  // namespace marrowfin::test
