@@ -8,7 +8,6 @@
 #include <QHelpEvent>
 #include <QToolTip>
 
-#include "list_world.h"
 #include "panel/lists/class_list_ctrl.h"
 #include "panel/lists/row_window.h"
 #include "panel/lists/search_list_ctrl.h"
@@ -16,12 +15,25 @@
 #include "panel/model/panel_messages.h"
 #include "skin/scroll_bar_ex.h"
 #include "skin/skin_scale.h"
+#include "skin/skin_sheet.h"
+#include "support/message_recorder.h"
 #include "support/event_pump.h"
 #include "support/reference_picture.h"
 #include "support/widget_input.h"
 
 namespace marrowfin::test {
 namespace {
+
+void UseRate(float rate) {
+    SetSkinRateForTest(rate);
+    LoadSkinSheet();
+}
+
+// A plain window for the list, recording what the list posts to it.
+struct ListOwner {
+    QWidget window;
+    MessageRecorder posted{&window, /*consume*/ true};
+};
 
 QImage Grab(QWidget* w) { return w->grab().toImage().convertToFormat(QImage::Format_RGB32); }
 std::string AtRate(const char* name, float rate) { return name + std::string(rate == 1.0f ? "_1.0" : "_1.5"); }

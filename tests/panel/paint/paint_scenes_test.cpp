@@ -53,22 +53,13 @@ protected:
 INSTANTIATE_TEST_SUITE_P(Rates, PaintScenes, ::testing::Values(1.0f, 1.5f));
 
 PanelPaintState Browse(int classIndex, int itemCount, int syncStatus = -1) {
-    PanelPaintState s;
-    s.page = classIndex == 1 ? PageCollection : PageBrowse;
-    s.classIndex = classIndex;
-    s.itemCount = itemCount;
-    s.syncStatus = syncStatus;
-    return s;
+    return {.page = classIndex == 1 ? PageCollection : PageBrowse, .classIndex = classIndex, .itemCount = itemCount,
+            .syncStatus = syncStatus};
 }
 
 PanelPaintState Search(int page, int searchState, int rows, bool ended = false) {
-    PanelPaintState s;
-    s.page = page;
-    s.searchState = searchState;
-    s.rowCount = rows;
-    s.searchEnded = ended;
-    s.defaultHotWord = QStringLiteral("门窗");
-    return s;
+    return {.page = page, .searchState = searchState, .rowCount = rows, .searchEnded = ended,
+            .defaultHotWord = QStringLiteral("门窗")};
 }
 
 std::vector<Scene> Panels(const std::vector<PanelPaintState>& states) {
@@ -117,60 +108,40 @@ TEST_P(PaintScenes, SearchLayerAndStatusLine) {
     EXPECT_TRUE(MatchesReference(sheet, "panel/paint", At("search_layer")));
 }
 
-BlockRow Row(int state, const QString& path = {}) {
-    BlockRow row;
-    row.name = QStringLiteral("平开门M1021.dwg");
-    row.klass = QStringLiteral("建筑");
-    row.subclass = QStringLiteral("门窗..平开门");
-    row.state = state;
-    row.prefetch = false;
-    row.percent = 40;
-    row.path = path;
-    return row;
-}
-
 TEST_P(PaintScenes, ResultRowsInEveryState) {
     QTemporaryDir dir;
     ASSERT_TRUE(dir.isValid());
-    const QString onDisk = dir.filePath(QStringLiteral("block.dwg"));
+    const QString onDisk = dir.filePath(QStringLiteral("block.dwg")), missing = dir.filePath(QStringLiteral("no.dwg"));
     WriteBytes(onDisk.toStdString(), std::string(2048, 'x'));
-    const QString missing = dir.filePath(QStringLiteral("missing.dwg"));
-
+    // Each row: its state, whether its file is on disk (placeholder A, else B), its look, and a change.
     std::vector<std::pair<BlockRow, SearchRowLook>> rows;
-    for (int state : {int(RowFresh), int(RowFetched), int(RowCollected), int(RowRemote), int(RowFailed)})
-        rows.push_back({Row(state, missing), {}});
-    BlockRow prefetching = Row(RowDownloading, missing);
-    prefetching.prefetch = true;
-    rows.push_back({prefetching, {}});
-    rows.push_back({prefetching, {.hoverButton = 2, .key = {}}});
-    for (int percent : {-20, 3, 50, 100, 180}) {
-        BlockRow downloading = Row(RowDownloading, missing);
-        downloading.percent = percent;
-        rows.push_back({downloading, {}});
-    }
-    rows.push_back({Row(RowFresh, missing), {.hoverButton = 1, .key = {}}});
-    rows.push_back({Row(RowFresh, missing), {.hoverButton = 2, .key = {}}});
-    rows.push_back({Row(RowCollected, onDisk), {.hoverLink = true, .key = {}}});
-    rows.push_back({Row(RowCollected, onDisk), {.key = QStringLiteral("门")}});
-    rows.push_back({Row(RowFresh, onDisk), {.selected = true, .key = {}}});
-    BlockRow boutique = Row(RowFresh, onDisk);
-    boutique.boutique = true;
-    rows.push_back({boutique, {}});
-    BlockRow boutiqueFailed = Row(RowFailed, missing);
-    boutiqueFailed.boutique = true;
-    rows.push_back({boutiqueFailed, {.selected = true, .key = QStringLiteral("门")}});
-    BlockRow own = Row(RowCollected, onDisk);
-    own.thumbnail = QImage(200, 100, QImage::Format_RGB32);
-    own.thumbnail.fill(Qt::red);
-    rows.push_back({own, {}});
-    BlockRow longName = Row(RowCollected, onDisk);
-    longName.name = QString(60, QChar(0x95E8));
-    rows.push_back({longName, {}});
-    BlockRow bare = Row(RowCollected, onDisk);
-    bare.name = QStringLiteral("plan.dw");  // not ".dwg": kept whole
-    bare.subclass = QStringLiteral("a..b..c");
-    rows.push_back({bare, {}});
-
+    auto add = [&](int state, bool present, SearchRowLook look = {}, const std::function<void(BlockRow&)>& change = {}) {
+        BlockRow row{.name = QStringLiteral("平开门M1021.dwg"), .klass = QStringLiteral("建筑"),
+                     .subclass = QStringLiteral("门窗..平开门"), .url = {}, .path = present ? onDisk : missing, .thumbnail = {},
+                     .prefetch = false, .state = state, .percent = 40};
+        if (change) change(row);
+        rows.push_back({row, look});
+    };
+    for (int state : {int(RowFresh), int(RowFetched), int(RowCollected), int(RowRemote), int(RowFailed)}) add(state, false);
+    add(RowDownloading, false, {}, [](BlockRow& r) { r.prefetch = true; });
+    add(RowDownloading, false, {.hoverButton = 2, .key = {}}, [](BlockRow& r) { r.prefetch = true; });
+    for (int percent : {-20, 3, 50, 100, 180}) add(RowDownloading, false, {}, [=](BlockRow& r) { r.percent = percent; });
+    add(RowFresh, false, {.hoverButton = 1, .key = {}});
+    add(RowFresh, false, {.hoverButton = 2, .key = {}});
+    add(RowCollected, true, {.hoverLink = true, .key = {}});
+    add(RowCollected, true, {.key = QStringLiteral("门")});
+    add(RowFresh, true, {.selected = true, .key = {}});
+    add(RowFresh, true, {}, [](BlockRow& r) { r.boutique = true; });
+    add(RowFailed, false, {.selected = true, .key = QStringLiteral("门")}, [](BlockRow& r) { r.boutique = true; });
+    add(RowCollected, true, {}, [](BlockRow& r) {
+        r.thumbnail = QImage(200, 100, QImage::Format_RGB32);
+        r.thumbnail.fill(Qt::red);
+    });
+    add(RowCollected, true, {}, [](BlockRow& r) { r.name = QString(60, QChar(0x95E8)); });
+    add(RowCollected, true, {}, [](BlockRow& r) {
+        r.name = QStringLiteral("plan.dw");  // not ".dwg": kept whole
+        r.subclass = QStringLiteral("a..b..c");
+    });
     const QRect item(4, 6, ScaleUnits(740), ScaleUnits(60) + 1);
     std::vector<Scene> scenes;
     for (const auto& [row, look] : rows)
