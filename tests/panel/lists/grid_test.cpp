@@ -220,19 +220,21 @@ TEST(DwgListView, NamesFitTheCellAndCellsDrawInTheirStates) {
 }
 
 
-// Notes every call of the decoder (thread and item), and can hold calls at a
-// gate until the test opens it: every call, or only the first.
+// Notes the item of every call of the decoder, and can hold calls at a gate
+// until the test opens it: every call, or only the first. No call may run on
+// the thread that made the watch (the panel's).
 class WatchedDecoder {
 public:
     enum class Hold { None, Every, First };
     explicit WatchedDecoder(Hold hold = Hold::None) : m_hold(hold) {}
     PreviewDecoder Decoder(const std::vector<std::u16string>& paths) {
         return [this, paths](const std::u16string& path, double rate) {
+            EXPECT_NE(std::this_thread::get_id(), m_panel) << "read on the panel's thread";
             PreviewDecode decode = DecodeCellPreview(path, rate);
             std::unique_lock<std::mutex> lock(m_mutex);
-            m_calls.push_back({std::this_thread::get_id(), int(std::find(paths.begin(), paths.end(), path) - paths.begin())});
+            m_items.push_back(int(std::find(paths.begin(), paths.end(), path) - paths.begin()));
             m_changed.notify_all();
-            if (m_hold == Hold::Every || (m_hold == Hold::First && m_calls.size() == 1))
+            if (m_hold == Hold::Every || (m_hold == Hold::First && m_items.size() == 1))
                 m_changed.wait(lock, [this] { return m_open; });
             return decode;
         };
@@ -245,24 +247,19 @@ public:
     // Waits (without running the panel's events) until `n` calls came in.
     bool WaitForCalls(size_t n) {
         std::unique_lock<std::mutex> lock(m_mutex);
-        return m_changed.wait_for(lock, std::chrono::seconds(10), [&] { return m_calls.size() >= n; });
+        return m_changed.wait_for(lock, std::chrono::seconds(10), [&] { return m_items.size() >= n; });
     }
     std::vector<int> Items() const {
         std::lock_guard<std::mutex> lock(m_mutex);
-        std::vector<int> out;
-        for (const auto& [thread, item] : m_calls) out.push_back(item);
-        return out;
-    }
-    int OnThread(std::thread::id id) const {
-        std::lock_guard<std::mutex> lock(m_mutex);
-        return int(std::count_if(m_calls.begin(), m_calls.end(), [id](const auto& c) { return c.first == id; }));
+        return m_items;
     }
 
 private:
     const Hold m_hold;
+    const std::thread::id m_panel = std::this_thread::get_id();
     mutable std::mutex m_mutex;
     std::condition_variable m_changed;
-    std::vector<std::pair<std::thread::id, int>> m_calls;
+    std::vector<int> m_items;
     bool m_open = false;
 };
 
@@ -288,7 +285,6 @@ TEST(PreviewLoading, WorkersReadTheShownCellsOnceAndDropThoseScrolledPast) {
     w.view->repaint();
     const int first = w.view->FirstVisibleItem(), screen = 400 - first;
     std::vector<int> items = watch.Items();
-    EXPECT_EQ(watch.OnThread(std::this_thread::get_id()), 0) << "nothing is read on the panel's thread";
     // The two taken before the scroll, then the last screen and a screen of read-ahead above it, each once.
     ASSERT_EQ(int(items.size()), 2 + 2 * screen);
     EXPECT_EQ(std::set<int>(items.begin(), items.begin() + 2), (std::set<int>{0, 1}));
@@ -325,8 +321,6 @@ TEST(PreviewLoading, ALateResultOfTheOldListingNeverLandsInTheNewOne) {
     watch.Open();
     ASSERT_TRUE(w.Settle());
     EXPECT_TRUE(allFresh()) << "the held old picture was dropped";
-    w.view->repaint();
-    EXPECT_EQ(w.view->grab().toImage().copy(w.view->IconRect(0)), fresh);
 }
 
 TEST(PreviewLoading, ShownJobsRunInOrderAndOnlyWhileWanted) {

@@ -147,26 +147,14 @@ TEST(ClassList, RowsInTheirStatesAtTwoRates) {
     }
 }
 
-BlockRow Row(const char* name, const char* subclass, int state) {
-    BlockRow r;
-    r.name = QString::fromUtf8(name);
-    r.klass = QStringLiteral("建筑");
-    r.subclass = QString::fromUtf8(subclass);
-    r.state = state;
-    r.prefetch = false;
-    r.percent = 40;
-    return r;
+BlockRow Row(const char* name, const char* subclass, int state, bool boutique = false) {
+    return {.name = QString::fromUtf8(name), .klass = QStringLiteral("建筑"), .subclass = QString::fromUtf8(subclass),
+            .url = {}, .path = {}, .thumbnail = {}, .prefetch = false, .boutique = boutique, .state = state, .percent = 40};
 }
 
 struct SearchBoard : ListOwner {
-    CSearchListCtrl* list;
+    CSearchListCtrl* list = new CSearchListCtrl(&window);
     std::vector<BlockRow> rows;
-    SearchBoard(float rate, int heightUnits) {
-        UseRate(rate);
-        window.resize(ScaleUnits(760), ScaleUnits(heightUnits + 30));
-        list = new CSearchListCtrl(&window);
-        list->setGeometry(ScaleUnits(7), ScaleUnits(12), ScaleUnits(740), ScaleUnits(heightUnits));
-    }
     QPoint At(int row, int x, int y) const { return list->RowRect(row).topLeft() + QPoint(ScaleUnits(x), ScaleUnits(y)); }
 };
 
@@ -190,12 +178,13 @@ TEST(SearchList, ZonesOfARowAtTheirEdges) {
 
 TEST(SearchList, RowsInEveryStateHoverPressAndRowsDroppedBehindItsBack) {
     for (float rate : {1.0f, 1.5f}) {
-        SearchBoard b(rate, 343);
-        BlockRow remote = Row("精品门套.dwg", "精品门窗..门套", RowRemote);
-        remote.boutique = true;
+        UseRate(rate);
+        SearchBoard b;
+        b.window.resize(ScaleUnits(760), ScaleUnits(373));
+        b.list->setGeometry(ScaleUnits(7), ScaleUnits(12), ScaleUnits(740), ScaleUnits(343));
         b.rows = {Row("单开门.dwg", "门窗..平开门", RowFresh),    Row("双开门.DWG", "门窗..平开门", RowCollected),
                   Row("推拉门", "门窗", RowDownloading),           Row("旋转门.dwg", "门窗..旋转门", RowFailed),
-                  remote,                                          Row(".dwg", "门窗..其他", RowFetched),
+                  Row("精品门套.dwg", "精品门窗..门套", RowRemote, true), Row(".dwg", "门窗..其他", RowFetched),
                   Row("折叠门.dwg", "门窗..折叠门", RowFresh),    Row("卷帘门.dwg", "门窗..卷帘门", RowFresh)};
         b.list->SetRows(&b.rows);
         b.list->SetSearchKey(QStringLiteral("门"));

@@ -1,5 +1,5 @@
 // The preview reader on the real drawings, on the stand-in service's block
-// files, and on hostile files: sections, tables, entries and bitmap headers
+// files (decoded into the contact sheet), and on hostile files: sections, tables, entries and bitmap headers
 // that lie about their offsets and sizes; and the fitting of previews into the
 // grid's and the result rows' cells.
 #include <gtest/gtest.h>
@@ -89,18 +89,7 @@ std::string MakeDrawing(const std::vector<std::pair<uint8_t, std::string>>& entr
 size_t EntryOffset(uint32_t address, int index) { return address + 21 + 9 * size_t(index); }
 
 
-int MaxChannelDifference(const QImage& a, const QImage& b) {
-    int worst = 0;
-    for (int y = 0; y < a.height(); ++y)
-        for (int x = 0; x < a.width(); ++x) {
-            const QRgb p = a.pixel(x, y), q = b.pixel(x, y);
-            worst = std::max({worst, std::abs(qRed(p) - qRed(q)), std::abs(qGreen(p) - qGreen(q)),
-                              std::abs(qBlue(p) - qBlue(q))});
-        }
-    return worst;
-}
-
-TEST(DwgPreviewReader, RealDrawingsServiceFilesAndFilesOnDisk) {
+TEST(DwgPreviewReader, RealDrawingsAndFilesOnDisk) {
     // The BMP entry of a real drawing, as a standalone .bmp read by Qt, is the reference.
     for (const char* name : {"bmp8_ac1014.dwg", "bmp8_ac1015.dwg", "bmp8_ac1024.dwg"}) {
         SCOPED_TRACE(name);
@@ -121,7 +110,7 @@ TEST(DwgPreviewReader, RealDrawingsServiceFilesAndFilesOnDisk) {
         const QImage picture = LoadDwgPreview(RealPath(name));
         ASSERT_EQ(picture.size(), reference.size());
         EXPECT_EQ(QSize(preview.width, preview.height), reference.size());
-        EXPECT_EQ(MaxChannelDifference(picture, reference.convertToFormat(QImage::Format_RGB32)), 0);
+        EXPECT_EQ(picture, reference.convertToFormat(QImage::Format_RGB32));
         QImage blank(picture.size(), picture.format());
         blank.fill(picture.pixel(0, 0));
         EXPECT_NE(picture, blank);
@@ -139,17 +128,6 @@ TEST(DwgPreviewReader, RealDrawingsServiceFilesAndFilesOnDisk) {
     // R11 has no preview section: the address at 0x0D points past the end.
     EXPECT_NE(ReadDwgPreview(RealFile("no_preview_ac1009.dwg")).error, DwgPreviewError::None);
     EXPECT_TRUE(LoadDwgPreview(RealPath("no_preview_ac1009.dwg")).isNull());
-
-    // The service's block files give back their symbols (the 6x6x6 cube is 51 apart: nearest within 26).
-    using namespace marrowfin::service;
-    const QImage door = DrawSymbol(SymbolKind::Door, 3, 180, 120);
-    const QImage fromBmp = PreviewToImage(ReadDwgPreview(BuildDwgContainer(PreviewKind::Bmp8, EncodeDib8(door))));
-    ASSERT_EQ(fromBmp.size(), door.size());
-    EXPECT_LE(MaxChannelDifference(fromBmp, door.convertToFormat(QImage::Format_RGB32)), 26);
-    const QImage lamp = DrawSymbol(SymbolKind::Lamp, 1, 224, 140, true);
-    const QImage fromPng = PreviewToImage(ReadDwgPreview(BuildDwgContainer(PreviewKind::Png, EncodePng(lamp))));
-    ASSERT_EQ(fromPng.size(), lamp.size());
-    EXPECT_LE(MaxChannelDifference(fromPng, lamp.convertToFormat(QImage::Format_RGB32)), 1);
 
     // On disk: a missing file, a name with spaces and Chinese, a file cut inside the picture entry.
     TempHome home;
