@@ -15,7 +15,6 @@
 #include "store/gallery_tree.h"
 #include "store/show_list.h"
 #include "support/live_service.h"
-#include "support/reference_picture.h"
 #include "support/test_paths.h"
 #include "support/widget_input.h"
 
@@ -227,25 +226,6 @@ TEST(ThumbnailRoad, ABlockInFlightOrTooSmallIsRefusedWithTheTipAndAskedFor) {
     }
     w.service.faults().clearAll();
     ASSERT_TRUE(WaitForDownloadWorkers(std::chrono::milliseconds(20000)));
-}
-
-TEST(ThumbnailRoad, ABoutiqueClassWithMissingFilesInThePanelAtTwoRates) {
-    for (float rate : {1.0f, 1.5f}) {
-        PanelWorld w;
-        GalleryNode* cls = w.AddGallery({u"精品家具", 1, 9, 0, true})->dirChildren[0];
-        ASSERT_TRUE(CreateDirectories(cls->path));
-        for (size_t i = 0; i < cls->fileChildren.size(); ++i)
-            if (i % 3 != 2) WriteFileAtomic(cls->fileChildren[i]->path, PreviewDrawing());
-        w.MakePanel(true, rate);
-        ASSERT_TRUE(w.OpenRow(w.RowOf(u"精品家具")));
-        CDWGListView* list = w.panel->m_pThumbList;
-        ASSERT_TRUE(PumpUntil([&] { return list->ItemState(3) == CDWGListView::kStateFinal && !list->PreviewsPending(); }, 15000));
-        test::Click(list, list->IconRect(4).center());
-        EXPECT_EQ(w.panel->m_selectedName, QString::fromStdU16String(cls->fileChildren[4]->name));
-        test::MoveAway(list->window());
-        EXPECT_TRUE(test::MatchesReference(w.Render(QStringLiteral("thumbs_panel")).convertToFormat(QImage::Format_RGB32),
-                                           "panel/lists", rate == 1.0f ? "panel_boutique_1.0" : "panel_boutique_1.5"));
-    }
 }
 
 }  // namespace

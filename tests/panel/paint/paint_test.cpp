@@ -3,7 +3,7 @@
 // rows in every state, class rows) as sheets of scenes compared against
 // reference pictures; and its arithmetic as values: where a highlighted text
 // is cut and its pieces stand, the row's name, class line and progress width,
-// where the status line's hint fits, when the count shows, a squeezed window.
+// where the status line's hint fits, a squeezed window.
 #include <gtest/gtest.h>
 
 #include <QFontMetrics>
@@ -17,7 +17,6 @@
 #include "panel/paint/highlight_text.h"
 #include "panel/paint/panel_colours.h"
 #include "panel/paint/panel_draw.h"
-#include "panel/paint/panel_layers.h"
 #include "panel/paint/panel_painter.h"
 #include "skin/skin_fonts.h"
 #include "skin/skin_scale.h"
@@ -113,6 +112,9 @@ TEST_P(PaintScenes, SearchLayerAndStatusLine) {
     // Rows: the hint, the default word on the search page only, the count once ended.
     states.push_back(Search(PageSearch, 0, 12));
     states.push_back(Search(PageSearch, 3, 0, true));
+    PanelPaintState fresh = Search(PageSearch, 3, 0, true);
+    fresh.searchUntouched = true;  // no count for a search not yet made
+    states.push_back(fresh);
     states.push_back(Search(PageCollectionSearch, 0, 23));
     PanelPaintState running = Search(PageSearch, 1, 40);
     states.push_back(running);
@@ -268,7 +270,7 @@ TEST(ResultRowRules, NameClassLineAndProgressWidth) {
     }
 }
 
-TEST(StatusLineRules, HintPlaceCountAndASqueezedWindow) {
+TEST(StatusLineRules, HintPlaceAndASqueezedWindow) {
     // The double-click hint stays at 588 units where it fits, else it ends 5 units inside the frame.
     for (float rate : {1.0f, 1.5f}) {
         UseRate(rate);
@@ -279,27 +281,6 @@ TEST(StatusLineRules, HintPlaceCountAndASqueezedWindow) {
             EXPECT_EQ(placed.left(), std::max(ScaleUnits(530), std::min(ScaleUnits(588), fitted))) << rate << " " << width;
         }
     }
-    // The count: on search pages once ended (the collection search whenever it has rows), never beside a name.
-    PanelPaintState s;
-    const std::tuple<int, int, int, bool, bool, bool> cases[] = {
-        // page, search state, rows, ended, untouched, shows
-        {PageSearch, 3, 0, true, false, true},   {PageSearch, 1, 40, false, false, false},
-        {PageSearch, 3, 0, true, true, false},   {PageCollectionSearch, 0, 23, false, false, true},
-        {PageCollectionSearch, 0, 0, false, false, false}, {PageBrowse, 0, 3, true, false, false}};
-    for (const auto& [page, state, rows, ended, untouched, shows] : cases) {
-        s.page = page;
-        s.searchState = state;
-        s.rowCount = rows;
-        s.searchEnded = ended;
-        s.searchUntouched = untouched;
-        EXPECT_EQ(ShowsResultCount(s), shows) << page << "/" << state << "/" << rows;
-    }
-    s = {};
-    s.page = PageSearch;
-    s.searchEnded = true;
-    s.selectedName = QStringLiteral("阀门");
-    EXPECT_FALSE(ShowsResultCount(s));
-
     // A window squeezed to almost nothing gets its frame and paints nothing outside it.
     UseRate(1.0f);
     const QImage tiny = Painted(QSize(6, 6), [](QPainter& p) { PaintPanel(p, QSize(3, 3), {}); }, Qt::black);
