@@ -151,9 +151,7 @@ TEST(ClassTable, SortWordOnTheWireAndHotWords) {
     InstallHttpStack(StackCurl, &stack);
     // -1: the option absent.
     for (auto [option, sort] : {std::pair{-1, "def"}, {1, "hot"}, {2, "new"}, {0, "def"}, {5, ""}, {3, ""}}) {
-        if (option >= 0) {
-            ASSERT_TRUE(WriteOptionInt(u"GalDefSort", option));
-        }
+        ASSERT_TRUE(option < 0 || WriteOptionInt(u"GalDefSort", option));
         EXPECT_EQ(FetchClassTable(), u"<root/>");
         EXPECT_TRUE(stack.url.ends_with(std::string("/gallery/selpageinfo?sort=") + sort)) << stack.url;
     }

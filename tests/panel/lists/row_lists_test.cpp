@@ -38,112 +38,91 @@ struct ListOwner {
 QImage Grab(QWidget* w) { return w->grab().toImage().convertToFormat(QImage::Format_RGB32); }
 std::string AtRate(const char* name, float rate) { return name + std::string(rate == 1.0f ? "_1.0" : "_1.5"); }
 
-TEST(RowWindow, CutRowsShortClientsAndShrinkingLists) {
-    // 29-pixel rows in 295 pixels from row 1: ten whole rows and 5 pixels of the 11th, hit where it shows.
+TEST(RowWindow, CutRowsShortClientsAndZeroHeights) {
+    // Where the widgets rarely go. 29-pixel rows in 295 pixels from row 1: ten whole rows and 5
+    // pixels of the 11th, hit where it shows but not in the client.
     RowWindow w{.count = 12, .rowHeight = 29, .clientHeight = 295, .first = 1};
     EXPECT_EQ(std::vector<int>({w.RowAt(-1), w.RowAt(28), w.RowAt(29), w.RowAt(294), w.RowAt(295)}),
               std::vector<int>({-1, 1, 2, 11, -1}));
-    EXPECT_TRUE(w.IsRowInClient(10));
     EXPECT_FALSE(w.IsRowInClient(11));
-    EXPECT_TRUE(w.EnsureVisible(11));
-    EXPECT_EQ(w.first, 2);
     // A client lower than a row pages one row at a time; a zero row height counts as one pixel.
-    RowWindow tiny{.count = 5, .rowHeight = 61, .clientHeight = 40};
-    EXPECT_EQ(tiny.FullRows(), 1);
-    EXPECT_EQ(tiny.MaxFirst(), 4);
+    EXPECT_EQ(RowWindow({.count = 5, .rowHeight = 61, .clientHeight = 40}).MaxFirst(), 4);
     EXPECT_EQ(RowWindow({.count = 5, .rowHeight = 0, .clientHeight = 10}).RowAt(4), 4);
-    // A list that shrinks, or a client that grows, pulls the top row back.
-    RowWindow shrink{.count = 14, .rowHeight = 29, .clientHeight = 295, .first = 20};
-    EXPECT_TRUE(shrink.Clamp());
-    EXPECT_EQ(shrink.first, 4);
+    // A client that grows under its top row pulls it back.
     RowWindow grow{.count = 30, .rowHeight = 29, .clientHeight = 29 * 15, .first = 20};
     EXPECT_TRUE(grow.Clamp());
     EXPECT_EQ(grow.first, 15);
 }
 
-TEST(ClassList, ClicksHoverScrollAndTipsThroughTheWindow) {
-    UseRate(1.0f);
-    ListOwner o;
-    o.window.resize(ScaleUnits(300), ScaleUnits(330));
-    auto* list = new CClassListCtrl(&o.window);
-    list->setGeometry(1, ScaleUnits(12), ScaleUnits(132), ScaleUnits(295));
-    for (int i = 0; i < 30; ++i) list->InsertItem(i, i == 4 ? QString(100, QChar(u'长')) : QStringLiteral("建筑%1").arg(i));
-    ASSERT_TRUE(ShowExposed(&o.window));
-    auto centre = [&](int row) { return list->RowRect(row).center(); };
-    auto clicked = [](int row) { return std::vector<RecordedMessage>{{MsgPanelCommand, 21, row, {}}}; };
-
-    // A click posts its row and selects nothing itself; a double click is one click; the last pixel row
-    // belongs to its row; right of the column and the right button post nothing.
-    Click(list, centre(3));
-    EXPECT_EQ(o.posted.Take(), clicked(3));
-    EXPECT_EQ(list->GetSelectedRow(), -1);
-    Pump(QApplication::doubleClickInterval() + 50);
-    Click(list, centre(2));  // a double click: the press, then the double-click event
-    DoubleClick(list, centre(2));
-    Pump(20);
-    EXPECT_EQ(o.posted.Take(), clicked(2));
-    Pump(QApplication::doubleClickInterval() + 50);
-    Click(list, QPoint(10, list->RowRect(4).bottom()));
-    Click(list, QPoint(ScaleUnits(112) + 2, centre(1).y()));
-    Click(list, centre(2), Qt::RightButton);
-    EXPECT_EQ(o.posted.Take(), clicked(4));
-
-    // Hover follows the mouse, not right of the column, and leaves with it.
-    MoveTo(list, centre(2));
-    EXPECT_EQ(list->HoverRow(), 2);
-    MoveTo(list, QPoint(ScaleUnits(120), centre(2).y()));
-    EXPECT_EQ(list->HoverRow(), -1);
-    MoveTo(list, centre(5));
-    MoveAway(&o.window);
-    EXPECT_EQ(list->HoverRow(), -1);
-
-    // The tip shows the row's text, cut to 79 characters.
-    QHelpEvent help(QEvent::ToolTip, centre(4), list->mapToGlobal(centre(4)));
-    QApplication::sendEvent(list, &help);
-    EXPECT_EQ(QToolTip::text(), QString(79, QChar(u'长')));
-
-    // The wheel moves the top row by the system's lines, stops at the last page, and the
-    // row under a resting mouse follows; scrolled, a click posts the row it lands on.
-    const int lines = QApplication::wheelScrollLines();
-    MoveTo(list, centre(4));
-    Wheel(list, centre(4), -1);
-    EXPECT_EQ(list->FirstVisibleRow(), lines);
-    EXPECT_EQ(list->ScrollBar()->value(), lines);
-    EXPECT_EQ(list->HoverRow(), 4 + lines);
-    Wheel(list, centre(4 + lines), -50);
-    EXPECT_EQ(list->FirstVisibleRow(), 20);
-    list->EnsureVisible(15);
-    EXPECT_EQ(list->FirstVisibleRow(), 15);
-    list->EnsureVisible(30);  // no such row: nothing moves
-    EXPECT_EQ(list->FirstVisibleRow(), 15);
-    Pump(QApplication::doubleClickInterval() + 50);
-    Click(list, centre(17));
-    EXPECT_EQ(o.posted.Take(), clicked(17));
-    // Inserting keeps the selection with its row; emptied, the list starts over.
-    list->SetSelectedRow(2);
-    list->InsertItem(1, QStringLiteral("新"));
-    EXPECT_EQ(list->GetSelectedRow(), 3);
-    list->DeleteAllItems();
-    EXPECT_EQ(list->FirstVisibleRow(), 0);
-    EXPECT_FALSE(list->IsScrollBarShown());
-}
-
-TEST(ClassList, RowsInTheirStatesAtTwoRates) {
+TEST(ClassList, ClicksHoverScrollTipsAndLookAtTwoRates) {
+    const char* const names[] = {"最近使用", "我的收藏", "建筑", "精品家具", "机械", "电气", "给排水", "暖通"};
     for (float rate : {1.0f, 1.5f}) {
         UseRate(rate);
         ListOwner o;
         o.window.resize(ScaleUnits(150), ScaleUnits(320));
         auto* list = new CClassListCtrl(&o.window);
         list->setGeometry(1, ScaleUnits(12), ScaleUnits(132), ScaleUnits(295));
-        for (const char* name : {"最近使用", "我的收藏", "建筑", "精品家具", "机械", "电气", "给排水", "暖通", "园林",
-                                 "室内", "精品结构", "市政"})
-            list->InsertItem(list->GetItemCount(), QString::fromUtf8(name));
+        for (int i = 0; i < 30; ++i) list->InsertItem(i, i == 8 ? QString(100, QChar(u'长')) : QString::fromUtf8(names[i % 8]));
         list->isBoutique = [](const QString& text) { return text.startsWith(QStringLiteral("精品")); };
-        list->SetSelectedRow(3);
         ASSERT_TRUE(ShowExposed(&o.window));
-        MoveTo(list, list->RowRect(5).center());
-        ASSERT_EQ(list->HoverRow(), 5);
+        auto centre = [&](int row) { return list->RowRect(row).center(); };
+        auto clicked = [](int row) { return std::vector<RecordedMessage>{{MsgPanelCommand, 21, row, {}}}; };
+
+        // A click posts its row and selects nothing itself; a double click is one click; the last pixel
+        // row belongs to its row; right of the column and the right button post nothing.
+        Click(list, centre(3));
+        EXPECT_EQ(o.posted.Take(), clicked(3));
+        EXPECT_EQ(list->GetSelectedRow(), -1);
+        Pump(QApplication::doubleClickInterval() + 50);
+        Click(list, centre(2));  // a double click: the press, then the double-click event
+        DoubleClick(list, centre(2));
+        Pump(20);
+        EXPECT_EQ(o.posted.Take(), clicked(2));
+        Pump(QApplication::doubleClickInterval() + 50);
+        Click(list, QPoint(10, list->RowRect(4).bottom()));
+        Click(list, QPoint(ScaleUnits(112) + 2, centre(1).y()));
+        Click(list, centre(2), Qt::RightButton);
+        EXPECT_EQ(o.posted.Take(), clicked(4));
+
+        // The selected boutique row in gold, the hovered row bold.
+        list->SetSelectedRow(3);
+        MoveTo(list, centre(5));
+        EXPECT_EQ(list->HoverRow(), 5);
         EXPECT_TRUE(MatchesReference(Grab(list), "panel/lists", AtRate("class_list", rate)));
+        // Not right of the column; gone when the mouse leaves.
+        MoveTo(list, QPoint(ScaleUnits(120), centre(5).y()));
+        EXPECT_EQ(list->HoverRow(), -1);
+        MoveTo(list, centre(5));
+        MoveAway(&o.window);
+        EXPECT_EQ(list->HoverRow(), -1);
+
+        // The tip shows the row's text, cut to 79 characters.
+        QHelpEvent help(QEvent::ToolTip, centre(8), list->mapToGlobal(centre(8)));
+        QApplication::sendEvent(list, &help);
+        EXPECT_EQ(QToolTip::text(), QString(79, QChar(u'长')));
+
+        // The wheel moves the top row by the system's lines and stops at the last page; the row
+        // under a resting mouse follows; scrolled, a click posts the row it lands on.
+        const int lines = QApplication::wheelScrollLines();
+        MoveTo(list, centre(4));
+        Wheel(list, centre(4), -1);
+        EXPECT_EQ(list->FirstVisibleRow(), lines);
+        EXPECT_EQ(list->ScrollBar()->value(), lines);
+        EXPECT_EQ(list->HoverRow(), 4 + lines);
+        Wheel(list, centre(4 + lines), -50);
+        EXPECT_EQ(list->FirstVisibleRow(), 20);
+        list->EnsureVisible(15);
+        list->EnsureVisible(30);  // no such row: nothing moves
+        EXPECT_EQ(list->FirstVisibleRow(), 15);
+        Pump(QApplication::doubleClickInterval() + 50);
+        Click(list, centre(17));
+        EXPECT_EQ(o.posted.Take(), clicked(17));
+        // Inserting keeps the selection with its row; emptied, the list starts over.
+        list->InsertItem(1, QStringLiteral("新"));
+        EXPECT_EQ(list->GetSelectedRow(), 4);
+        list->DeleteAllItems();
+        EXPECT_EQ(list->FirstVisibleRow(), 0);
+        EXPECT_FALSE(list->IsScrollBarShown());
     }
 }
 

@@ -2,7 +2,7 @@
 // search layers with their empty and waiting states, the status line, result
 // rows in every state, class rows) as sheets of scenes compared against
 // reference pictures; and its arithmetic as values: where a highlighted text
-// is cut and its pieces stand, the row's name, class line and progress width,
+// is cut and its pieces stand, the row's name and class line,
 // where the status line's hint fits, a squeezed window.
 #include <gtest/gtest.h>
 
@@ -236,7 +236,7 @@ TEST(HighlightRule, CutsAtEveryExactOccurrenceAndKeepsThePiecesInPlace) {
     EXPECT_EQ(narrow.copy(71, 0, 329, 30), Painted(QSize(329, 30), [](QPainter&) {}));
 }
 
-TEST(ResultRowRules, NameClassLineAndProgressWidth) {
+TEST(ResultRowRules, NameAndClassLine) {
     // Only a trailing ".dwg", in any case, goes; four characters or fewer stay whole.
     const std::pair<const char*, const char*> names[] = {
         {"阀门.dwg", "阀门"}, {"a.DWG", "a"},  {"a.Dwg", "a"},     {".dwg", ".dwg"},
@@ -252,13 +252,8 @@ TEST(ResultRowRules, NameClassLineAndProgressWidth) {
         row.subclass = QString::fromUtf8(subclass);
         EXPECT_EQ(RowClassLine(row), QString::fromUtf8(line)) << subclass;
     }
-    // Never shorter than 8 units, never longer than the track.
     for (float rate : {1.0f, 1.5f}) {
         UseRate(rate);
-        const int least = ScaleUnits(8);
-        for (auto [percent, expected] : {std::pair{3, least}, {50, 50}, {100, 100}, {0, least}, {-20, least}, {180, 100}})
-            EXPECT_EQ(RowProgressWidth(100, percent), expected) << rate << " " << percent;
-        EXPECT_EQ(RowProgressWidth(0, 50), 0);
         // The row answers the width of the class line it drew: the list's link ends there.
         row.subclass = QStringLiteral("门窗..平开门");
         row.name = QStringLiteral("门.dwg");
