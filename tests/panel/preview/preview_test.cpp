@@ -23,6 +23,8 @@
 namespace marrowfin::test {
 namespace {
 
+using E = DwgPreviewError;
+
 void PutLe32(std::string& bytes, size_t offset, uint32_t value) {
     for (int i = 0; i < 4; ++i) bytes[offset + i] = char((value >> (8 * i)) & 0xff);
 }
@@ -88,7 +90,6 @@ std::string MakeDrawing(const std::vector<std::pair<uint8_t, std::string>>& entr
 // Offset of the table entry `index` in a file made by MakeDrawing.
 size_t EntryOffset(uint32_t address, int index) { return address + 21 + 9 * size_t(index); }
 
-
 TEST(DwgPreviewReader, RealDrawingsAndFilesOnDisk) {
     // The BMP entry of a real drawing, as a standalone .bmp read by Qt, is the reference.
     for (const char* name : {"bmp8_ac1014.dwg", "bmp8_ac1015.dwg", "bmp8_ac1024.dwg"}) {
@@ -96,7 +97,6 @@ TEST(DwgPreviewReader, RealDrawingsAndFilesOnDisk) {
         const std::string bytes = RealFile(name);
         const DwgPreview preview = ReadDwgPreview(bytes);
         ASSERT_EQ(preview.kind, DwgPreviewKind::Bmp);
-        EXPECT_EQ(preview.bitCount, 8);
         EXPECT_EQ(preview.palette.size(), 256u);
         uint32_t address = 0, start = 0, size = 0;
         std::memcpy(&address, bytes.data() + 13, 4);
@@ -105,23 +105,18 @@ TEST(DwgPreviewReader, RealDrawingsAndFilesOnDisk) {
         std::memcpy(&start, bytes.data() + entry + 1, 4);
         std::memcpy(&size, bytes.data() + entry + 5, 4);
         const std::string bmp = BmpFile(bytes.substr(start, size));
-        QImage reference;
-        ASSERT_TRUE(reference.loadFromData(reinterpret_cast<const uchar*>(bmp.data()), int(bmp.size()), "BMP"));
-        const QImage picture = LoadDwgPreview(RealPath(name));
-        ASSERT_EQ(picture.size(), reference.size());
+        const QImage reference = QImage::fromData(QByteArray::fromStdString(bmp), "BMP");
+        ASSERT_FALSE(reference.isNull());
         EXPECT_EQ(QSize(preview.width, preview.height), reference.size());
+        const QImage picture = LoadDwgPreview(RealPath(name));
         EXPECT_EQ(picture, reference.convertToFormat(QImage::Format_RGB32));
-        QImage blank(picture.size(), picture.format());
-        blank.fill(picture.pixel(0, 0));
-        EXPECT_NE(picture, blank);
+        EXPECT_GT(picture.convertToFormat(QImage::Format_Indexed8).colorCount(), 1) << "not blank";
     }
     for (const char* name : {"png_ac1027.dwg", "png_ac1032.dwg"}) {
         const DwgPreview preview = ReadDwgPreview(RealFile(name));
         ASSERT_EQ(preview.kind, DwgPreviewKind::Png) << name;
-        QImage reference;
-        ASSERT_TRUE(reference.loadFromData(reinterpret_cast<const uchar*>(preview.png.data()), int(preview.png.size())));
         const QImage picture = LoadDwgPreview(RealPath(name));
-        EXPECT_EQ(picture.size(), reference.size());
+        EXPECT_EQ(picture.size(), QImage::fromData(QByteArray::fromStdString(preview.png)).size());
         EXPECT_EQ(picture.format(), QImage::Format_RGB32);
     }
     EXPECT_EQ(ReadDwgPreview(RealFile("header_only_ac1032.dwg")).error, DwgPreviewError::NoPicture);
@@ -155,24 +150,21 @@ TEST(DwgPreviewReader, SectionTableAndEntryFailures) {
     std::string hugePng = png;  // a header claiming 100000 x 100000
     hugePng[16] = 0, hugePng[17] = 1, hugePng[18] = char(0x86), hugePng[19] = char(0xa0);
     const std::tuple<const char*, std::string, DwgPreviewError> cases[] = {
-        {"empty", "", DwgPreviewError::ShortFile},
-        {"cut in the file head", good.substr(0, 16), DwgPreviewError::ShortFile},
-        {"cut in the section head", good.substr(0, 0x100 + 20), DwgPreviewError::SectionOutOfFile},
-        {"section far out", Patched(good, 0x0D, 0xFFFFFFFFu), DwgPreviewError::SectionOutOfFile},
-        {"section at the end", Patched(good, 0x0D, uint32_t(good.size() - 20)), DwgPreviewError::SectionOutOfFile},
-        {"sentinel", WithByte(good, 0x100 + 15, char(good[0x100 + 15] ^ 1)), DwgPreviewError::BadSentinel},
-        {"no entries", WithByte(good, count, 0), DwgPreviewError::NoEntries},
-        {"count past a short file", many, DwgPreviewError::EntryOutOfFile},
-        {"count past the table", WithByte(MakeDrawing({{1, std::string(80, '\0')}}), count, char(200)),
-         DwgPreviewError::TableTruncated},
-        {"only a header and a metafile", MakeDrawing({{1, "x"}, {3, "wmf"}}), DwgPreviewError::NoPicture},
-        {"entry starts at the end", entryAt(uint32_t(good.size()), 1), DwgPreviewError::EntryOutOfFile},
-        {"entry one byte too long", entryAt(0, uint32_t(good.size() + 1)), DwgPreviewError::EntryOutOfFile},
-        {"entry start wraps", entryAt(0xFFFFFFF0u, 0x20), DwgPreviewError::EntryOutOfFile},
-        {"entry size wraps", entryAt(16, 0xFFFFFFFFu), DwgPreviewError::EntryOutOfFile},
-        {"entry short of its rows", Patched(good, entry + 5, uint32_t(dib.size() - 1)), DwgPreviewError::PixelsTruncated},
-        {"garbage png", MakeDrawing({{6, "not a png at all, not even close"}}), DwgPreviewError::BadPng},
-        {"huge png", MakeDrawing({{6, hugePng}}), DwgPreviewError::TooLarge},
+        {"empty", "", E::ShortFile}, {"cut in the file head", good.substr(0, 16), E::ShortFile},
+        {"cut in the section head", good.substr(0, 0x100 + 20), E::SectionOutOfFile},
+        {"section far out", Patched(good, 0x0D, 0xFFFFFFFFu), E::SectionOutOfFile},
+        {"section at the end", Patched(good, 0x0D, uint32_t(good.size() - 20)), E::SectionOutOfFile},
+        {"sentinel", WithByte(good, 0x100 + 15, char(good[0x100 + 15] ^ 1)), E::BadSentinel},
+        {"no entries", WithByte(good, count, 0), E::NoEntries}, {"count past a short file", many, E::EntryOutOfFile},
+        {"count past the table", WithByte(MakeDrawing({{1, std::string(80, '\0')}}), count, char(200)), E::TableTruncated},
+        {"only a header and a metafile", MakeDrawing({{1, "x"}, {3, "wmf"}}), E::NoPicture},
+        {"entry starts at the end", entryAt(uint32_t(good.size()), 1), E::EntryOutOfFile},
+        {"entry one byte too long", entryAt(0, uint32_t(good.size() + 1)), E::EntryOutOfFile},
+        {"entry start wraps", entryAt(0xFFFFFFF0u, 0x20), E::EntryOutOfFile},
+        {"entry size wraps", entryAt(16, 0xFFFFFFFFu), E::EntryOutOfFile},
+        {"entry short of its rows", Patched(good, entry + 5, uint32_t(dib.size() - 1)), E::PixelsTruncated},
+        {"garbage png", MakeDrawing({{6, "not a png at all, not even close"}}), E::BadPng},
+        {"huge png", MakeDrawing({{6, hugePng}}), E::TooLarge},
     };
     for (const auto& [name, bytes, error] : cases) EXPECT_EQ(ReadDwgPreview(bytes).error, error) << name;
 
@@ -281,27 +273,25 @@ TEST(DwgPreviewBitmap, EveryDepthDecodesAndHostileHeadersAreRefused) {
     const std::string dib = Dib(pattern);
     const std::string unpadded = dib.substr(0, dib.size() - 3);  // the last row may leave out its padding
     const std::tuple<const char*, std::string, DwgPreviewError> cases[] = {
-        {"cut header", dib.substr(0, 39), DwgPreviewError::BadBitmapHeader},
-        {"header too small", Patched(dib, 0, 12), DwgPreviewError::BadBitmapHeader},
-        {"header past the entry", Patched(dib, 0, 0x7fffffff), DwgPreviewError::BadBitmapHeader},
-        {"no width", Patched(dib, 4, 0), DwgPreviewError::BadBitmapHeader},
-        {"negative width", Patched(dib, 4, 0xfffffff5u), DwgPreviewError::BadBitmapHeader},
-        {"no height", Patched(dib, 8, 0), DwgPreviewError::BadBitmapHeader},
-        {"lowest height", Patched(dib, 8, 0x80000000u), DwgPreviewError::BadBitmapHeader},
-        {"two planes", WithByte(dib, 12, 2), DwgPreviewError::BadBitmapHeader},
-        {"huge width", Patched(dib, 4, 0x7fffffff), DwgPreviewError::TooLarge},
-        {"huge height", Patched(dib, 8, 0x7fffffff), DwgPreviewError::TooLarge},
-        {"huge top-down height", Patched(dib, 8, uint32_t(-5000)), DwgPreviewError::TooLarge},
-        {"allowed size, rows missing", Patched(dib, 4, 4096), DwgPreviewError::PixelsTruncated},
-        {"run-length coded", Patched(dib, 16, 1), DwgPreviewError::UnsupportedBitmap},
-        {"0 bits", WithByte(dib, 14, '\0'), DwgPreviewError::UnsupportedBitmap},
-        {"2 bits", WithByte(dib, 14, '\x02'), DwgPreviewError::UnsupportedBitmap},
-        {"16 bits", WithByte(dib, 14, '\x10'), DwgPreviewError::UnsupportedBitmap},
-        {"48 bits", WithByte(dib, 14, '\x30'), DwgPreviewError::UnsupportedBitmap},
-        {"last row unpadded", unpadded, DwgPreviewError::None},
-        {"last row short", unpadded.substr(0, unpadded.size() - 1), DwgPreviewError::PixelsTruncated},
-        {"colour count overstates the table",
-         Patched(shortTable, 32, 100000), DwgPreviewError::PixelsTruncated},
+        {"cut header", dib.substr(0, 39), E::BadBitmapHeader},
+        {"header too small", Patched(dib, 0, 12), E::BadBitmapHeader},
+        {"header past the entry", Patched(dib, 0, 0x7fffffff), E::BadBitmapHeader},
+        {"no width", Patched(dib, 4, 0), E::BadBitmapHeader},
+        {"negative width", Patched(dib, 4, 0xfffffff5u), E::BadBitmapHeader},
+        {"no height", Patched(dib, 8, 0), E::BadBitmapHeader},
+        {"lowest height", Patched(dib, 8, 0x80000000u), E::BadBitmapHeader},
+        {"two planes", WithByte(dib, 12, 2), E::BadBitmapHeader},
+        {"huge width", Patched(dib, 4, 0x7fffffff), E::TooLarge},
+        {"huge height", Patched(dib, 8, 0x7fffffff), E::TooLarge},
+        {"huge top-down height", Patched(dib, 8, uint32_t(-5000)), E::TooLarge},
+        {"allowed size, rows missing", Patched(dib, 4, 4096), E::PixelsTruncated},
+        {"run-length coded", Patched(dib, 16, 1), E::UnsupportedBitmap},
+        {"0 bits", WithByte(dib, 14, '\0'), E::UnsupportedBitmap},
+        {"2 bits", WithByte(dib, 14, '\x02'), E::UnsupportedBitmap},
+        {"16 bits", WithByte(dib, 14, '\x10'), E::UnsupportedBitmap},
+        {"48 bits", WithByte(dib, 14, '\x30'), E::UnsupportedBitmap}, {"last row unpadded", unpadded, E::None},
+        {"last row short", unpadded.substr(0, unpadded.size() - 1), E::PixelsTruncated},
+        {"colour count overstates the table", Patched(shortTable, 32, 100000), E::PixelsTruncated},
     };
     for (const auto& [name, bytes, error] : cases) EXPECT_EQ(DecodePreviewBitmap(bytes).error, error) << name;
 }
