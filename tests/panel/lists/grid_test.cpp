@@ -90,7 +90,6 @@ struct GridWorld {
     bool Settle() { return PumpUntil([this] { return !view->PreviewsPending(); }, 10000); }
 };
 
-
 using Ints = std::vector<int>;
 
 TEST(DwgListView, ShownRangeLoadsPreviewsReportsMissingFilesAndKeepsStates) {
@@ -153,30 +152,28 @@ TEST(DwgListView, ShownRangeLoadsPreviewsReportsMissingFilesAndKeepsStates) {
     w.Repaint();
     EXPECT_GT(w.view->PreviewReads(), before);
     EXPECT_EQ(state(0), CDWGListView::kStateFinal);
-    w.view->SetPaths({});
-    EXPECT_EQ(w.view->CachedPictures() + w.view->GetItemCount(), 0);
 }
 
 TEST(DwgListView, MouseAndKeysPostCommandsToTheOwner) {
     GridWorld w({Make::Preview, Make::Missing, Make::Preview, Make::NoPreview, Make::Preview, Make::Preview});
     ASSERT_TRUE(w.Show());
+    using Posted = std::vector<RecordedMessage>;
     auto commands = [&] {
         (void)w.Missing();
         return std::exchange(w.commands, {});
     };
     (void)commands();
-    using Posted = std::vector<RecordedMessage>;
+    // A click selects (1) and tells the panel (22); a double click on the picture inserts (3), on the label renames (4).
     Click(w.view, w.view->IconRect(2).center());
-    EXPECT_EQ(w.view->GetSelectedItem(), 2);
     EXPECT_EQ(commands(), (Posted{{MsgPanelCommand, 1, 2, {}}, {MsgPanelCommand, 22, 2, {}}}));
-    // A double click on the picture inserts (3), on the label renames (4).
+    auto has = [](const Posted& got, std::uintptr_t code) {
+        return std::find(got.begin(), got.end(), RecordedMessage{MsgPanelCommand, code, 4, {}}) != got.end();
+    };
     DoubleClick(w.view, w.view->IconRect(4).center());
-    Posted got = commands();
-    EXPECT_NE(std::find(got.begin(), got.end(), RecordedMessage{MsgPanelCommand, 3, 4, {}}), got.end());
+    EXPECT_TRUE(has(commands(), 3));
     DoubleClick(w.view, w.view->LabelRect(4).center());
-    got = commands();
-    EXPECT_NE(std::find(got.begin(), got.end(), RecordedMessage{MsgPanelCommand, 4, 4, {}}), got.end());
-    EXPECT_EQ(std::find(got.begin(), got.end(), RecordedMessage{MsgPanelCommand, 3, 4, {}}), got.end());
+    const Posted onLabel = commands();
+    EXPECT_TRUE(has(onLabel, 4) && !has(onLabel, 3));
     // Right clicks: a menu for tried items only; beside the items the selection clears quietly.
     for (int item : {1, 3, 0}) Click(w.view, w.view->IconRect(item).center(), Qt::RightButton);
     Click(w.view, QPoint(w.view->ItemRect(3).center().x(), w.view->ItemRect(5).bottom() + 20));
