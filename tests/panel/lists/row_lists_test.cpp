@@ -9,7 +9,6 @@
 #include <QToolTip>
 
 #include "panel/lists/class_list_ctrl.h"
-#include "panel/lists/row_window.h"
 #include "panel/lists/search_list_ctrl.h"
 #include "panel/lists/search_row_zone.h"
 #include "panel/model/panel_messages.h"
@@ -38,22 +37,6 @@ struct ListOwner {
 QImage Grab(QWidget* w) { return w->grab().toImage().convertToFormat(QImage::Format_RGB32); }
 std::string AtRate(const char* name, float rate) { return name + std::string(rate == 1.0f ? "_1.0" : "_1.5"); }
 
-TEST(RowWindow, CutRowsShortClientsAndZeroHeights) {
-    // Where the widgets rarely go. 29-pixel rows in 295 pixels from row 1: ten whole rows and 5
-    // pixels of the 11th, hit where it shows but not in the client.
-    RowWindow w{.count = 12, .rowHeight = 29, .clientHeight = 295, .first = 1};
-    EXPECT_EQ(std::vector<int>({w.RowAt(-1), w.RowAt(28), w.RowAt(29), w.RowAt(294), w.RowAt(295)}),
-              std::vector<int>({-1, 1, 2, 11, -1}));
-    EXPECT_FALSE(w.IsRowInClient(11));
-    // A client lower than a row pages one row at a time; a zero row height counts as one pixel.
-    EXPECT_EQ(RowWindow({.count = 5, .rowHeight = 61, .clientHeight = 40}).MaxFirst(), 4);
-    EXPECT_EQ(RowWindow({.count = 5, .rowHeight = 0, .clientHeight = 10}).RowAt(4), 4);
-    // A client that grows under its top row pulls it back.
-    RowWindow grow{.count = 30, .rowHeight = 29, .clientHeight = 29 * 15, .first = 20};
-    EXPECT_TRUE(grow.Clamp());
-    EXPECT_EQ(grow.first, 15);
-}
-
 TEST(ClassList, ClicksHoverScrollTipsAndLookAtTwoRates) {
     const char* const names[] = {"最近使用", "我的收藏", "建筑", "精品家具", "机械", "电气", "给排水", "暖通"};
     for (float rate : {1.0f, 1.5f}) {
@@ -80,9 +63,11 @@ TEST(ClassList, ClicksHoverScrollTipsAndLookAtTwoRates) {
         EXPECT_EQ(o.posted.Take(), clicked(2));
         Pump(QApplication::doubleClickInterval() + 50);
         Click(list, QPoint(10, list->RowRect(4).bottom()));
+        Click(list, QPoint(10, list->height() - 2));  // the cut row under the last whole one is hit where it shows
+        EXPECT_FALSE(list->IsRowInClient(10));
         Click(list, QPoint(ScaleUnits(112) + 2, centre(1).y()));
         Click(list, centre(2), Qt::RightButton);
-        EXPECT_EQ(o.posted.Take(), clicked(4));
+        EXPECT_EQ(o.posted.Take(), (std::vector<RecordedMessage>{clicked(4)[0], clicked(10)[0]}));
 
         // The selected boutique row in gold, the hovered row bold.
         list->SetSelectedRow(3);
@@ -137,24 +122,6 @@ struct SearchBoard : ListOwner {
     QPoint At(int row, int x, int y) const { return list->RowRect(row).topLeft() + QPoint(ScaleUnits(x), ScaleUnits(y)); }
 };
 
-TEST(SearchList, ZonesOfARowAtTheirEdges) {
-    // Units from the row's corner, pixels added (-1: the pixel before an edge), the measured line width.
-    const int cases[][6] = {
-        {570, 17, 0, 0, 0, ZoneCollect}, {630, 41, -1, -1, 0, ZoneCollect}, {630, 20, 0, 0, 0, ZoneNone},
-        {640, 17, 0, 0, 0, ZoneUse},     {700, 41, -1, -1, 0, ZoneUse},     {700, 20, 0, 0, 0, ZoneNone},
-        {650, 41, 0, 0, 0, ZoneNone},    {650, 17, -1, -1, 0, ZoneNone},
-        // The link is as long as the measured line, nothing before the row was drawn, never past 420.
-        {100, 30, 0, 0, 50, ZoneClassLink}, {100, 50, 49, -1, 50, ZoneClassLink}, {100, 40, 50, 0, 50, ZoneNone},
-        {120, 30, -1, -1, 50, ZoneNone},    {101, 40, 0, 0, 0, ZoneNone},         {420, 40, -1, -1, 5000, ZoneClassLink},
-        {420, 40, 0, 0, 5000, ZoneNone},    {50, 40, 0, 0, 5000, ZoneNone}};
-    for (float rate : {1.0f, 1.5f}) {
-        UseRate(rate);
-        for (const auto& c : cases)
-            EXPECT_EQ(SearchZoneAt(QPoint(ScaleUnits(c[0]) + c[2], ScaleUnits(c[1]) + c[3]), c[4]), c[5])
-                << rate << ": " << c[0] << "," << c[1] << " +" << c[2] << "," << c[3] << " w" << c[4];
-    }
-}
-
 TEST(SearchList, RowsInEveryStateHoverPressAndRowsDroppedBehindItsBack) {
     for (float rate : {1.0f, 1.5f}) {
         UseRate(rate);
@@ -171,10 +138,17 @@ TEST(SearchList, RowsInEveryStateHoverPressAndRowsDroppedBehindItsBack) {
         Click(b.list, b.At(1, 300, 5));
         EXPECT_EQ(b.list->GetSelectedRow(), 1);
         EXPECT_EQ(b.list->ClickedRow(), 1);
-        for (auto [x, y, zone] : {std::tuple{600, 25, ZoneCollect}, {102, 40, ZoneClassLink}, {500, 40, ZoneNone},
-                                  {650, 25, ZoneUse}}) {
-            MoveTo(b.list, b.At(0, x, y));
-            EXPECT_EQ(b.list->HotZone(), zone) << x << "," << y;
+        // The zones to their edges (units, then pixels: -1 is the pixel before an edge); the class
+        // link is as long as the line was measured when drawn, and never reaches past 420.
+        const int line = b.list->LineWidth(0);
+        ASSERT_GT(line, 0);
+        const int edges[][5] = {{570, 17, 0, 0, ZoneCollect}, {630, 41, -1, -1, ZoneCollect}, {630, 20, 0, 0, ZoneNone},
+                                {640, 17, 0, 0, ZoneUse},     {700, 41, -1, -1, ZoneUse},     {700, 20, 0, 0, ZoneNone},
+                                {650, 17, -1, -1, ZoneNone},  {100, 30, 0, 0, ZoneClassLink}, {100, 50, line - 1, -1, ZoneClassLink},
+                                {100, 40, line, 0, ZoneNone}, {99, 40, 0, 0, ZoneNone},      {650, 25, 0, 0, ZoneUse}};
+        for (const auto& e : edges) {
+            MoveTo(b.list, b.At(0, e[0], e[1]) + QPoint(e[2], e[3]));
+            EXPECT_EQ(b.list->HotZone(), e[4]) << rate << ": " << e[0] << "," << e[1] << " +" << e[2] << "," << e[3];
         }
         EXPECT_EQ(b.list->HotRow(), 0);
         EXPECT_TRUE(b.list->IsScrollBarShown());  // five rows and a part show
