@@ -154,39 +154,7 @@ TEST(DwgListView, ShownRangeLoadsPreviewsReportsMissingFilesAndKeepsStates) {
     EXPECT_EQ(state(0), CDWGListView::kStateFinal);
 }
 
-TEST(DwgListView, MouseAndKeysPostCommandsToTheOwner) {
-    GridWorld w({Make::Preview, Make::Missing, Make::Preview, Make::NoPreview, Make::Preview, Make::Preview});
-    ASSERT_TRUE(w.Show());
-    using Posted = std::vector<RecordedMessage>;
-    auto commands = [&] {
-        (void)w.Missing();
-        return std::exchange(w.commands, {});
-    };
-    (void)commands();
-    // A click selects (1) and tells the panel (22); a double click on the picture inserts (3), on the label renames (4).
-    Click(w.view, w.view->IconRect(2).center());
-    EXPECT_EQ(commands(), (Posted{{MsgPanelCommand, 1, 2, {}}, {MsgPanelCommand, 22, 2, {}}}));
-    auto has = [](const Posted& got, std::uintptr_t code) {
-        return std::find(got.begin(), got.end(), RecordedMessage{MsgPanelCommand, code, 4, {}}) != got.end();
-    };
-    DoubleClick(w.view, w.view->IconRect(4).center());
-    EXPECT_TRUE(has(commands(), 3));
-    DoubleClick(w.view, w.view->LabelRect(4).center());
-    const Posted onLabel = commands();
-    EXPECT_TRUE(has(onLabel, 4) && !has(onLabel, 3));
-    // Right clicks: a menu for tried items only; beside the items the selection clears quietly.
-    for (int item : {1, 3, 0}) Click(w.view, w.view->IconRect(item).center(), Qt::RightButton);
-    Click(w.view, QPoint(w.view->ItemRect(3).center().x(), w.view->ItemRect(5).bottom() + 20));
-    EXPECT_EQ(w.view->GetSelectedItem(), -1);
-    EXPECT_EQ(commands(), (Posted{{MsgPanelEvent, 8, 3, {}}, {MsgPanelEvent, 8, 0, {}}}));
-    // Keys move the selection and tell the owner; the edges hold.
-    w.view->SetSelectedItem(0);
-    for (Qt::Key key : {Qt::Key_Down, Qt::Key_Down, Qt::Key_Right}) Key(w.view, key);
-    EXPECT_EQ(w.view->GetSelectedItem(), 5);
-    EXPECT_EQ(commands(), (Posted{{MsgPanelCommand, 1, 4, {}}, {MsgPanelCommand, 1, 5, {}}}));
-}
-
-TEST(DwgListView, NamesFitTheCellAndCellsDrawInTheirStates) {
+TEST(DwgListView, NamesFitCellsDrawInTheirStatesAndTheMouseAndKeysPost) {
     for (float rate : {1.0f, 1.5f}) {
         SetSkinRateForTest(rate);
         // A name as wide as the cell stands whole; one character more ends in "..." inside the cell.
@@ -206,11 +174,40 @@ TEST(DwgListView, NamesFitTheCellAndCellsDrawInTheirStates) {
         w.view->isBoutique = [](int item) { return item == 4 || item == 6; };
         ASSERT_TRUE(w.Show());
         w.view->RedrawItem(3);
+        (void)w.Missing();
+        w.commands.clear();
         Click(w.view, w.view->IconRect(4).center());
         w.Repaint();
         MoveAway(&w.window);
         EXPECT_TRUE(MatchesReference(w.view->grab().toImage().convertToFormat(QImage::Format_RGB32), "panel/lists",
                                      rate == 1.0f ? "grid_1.0" : "grid_1.5"));
+
+        // What the mouse and keys post. A click selects (1) and tells the panel (22); a double click on the
+        // picture inserts (3), on the label renames (4).
+        using Posted = std::vector<RecordedMessage>;
+        auto commands = [&] {
+            (void)w.Missing();
+            return std::exchange(w.commands, {});
+        };
+        EXPECT_EQ(commands(), (Posted{{MsgPanelCommand, 1, 4, {}}, {MsgPanelCommand, 22, 4, {}}}));
+        auto has = [](const Posted& got, std::uintptr_t code) {
+            return std::find(got.begin(), got.end(), RecordedMessage{MsgPanelCommand, code, 4, {}}) != got.end();
+        };
+        DoubleClick(w.view, w.view->IconRect(4).center());
+        EXPECT_TRUE(has(commands(), 3));
+        DoubleClick(w.view, w.view->LabelRect(4).center());
+        const Posted onLabel = commands();
+        EXPECT_TRUE(has(onLabel, 4) && !has(onLabel, 3));
+        // Right clicks: a menu for tried items only; beside the items the selection clears quietly.
+        for (int item : {2, 3, 0}) Click(w.view, w.view->IconRect(item).center(), Qt::RightButton);
+        Click(w.view, QPoint(w.view->ItemRect(3).center().x(), w.view->ItemRect(7).bottom() + 20));
+        EXPECT_EQ(w.view->GetSelectedItem(), -1);
+        EXPECT_EQ(commands(), (Posted{{MsgPanelEvent, 8, 3, {}}, {MsgPanelEvent, 8, 0, {}}}));
+        // Keys move the selection and tell the owner; the edges hold.
+        w.view->SetSelectedItem(0);
+        for (Qt::Key key : {Qt::Key_Down, Qt::Key_Down, Qt::Key_Right}) Key(w.view, key);
+        EXPECT_EQ(w.view->GetSelectedItem(), 5);
+        EXPECT_EQ(commands(), (Posted{{MsgPanelCommand, 1, 4, {}}, {MsgPanelCommand, 1, 5, {}}}));
     }
     EXPECT_EQ(CDWGListView::TitleOf(u"/store/建筑/门.窗.dwg"), QStringLiteral("门.窗"));
     EXPECT_EQ(CDWGListView::TitleOf(u"单独"), QStringLiteral("单独"));
@@ -260,7 +257,7 @@ private:
     bool m_open = false;
 };
 
-TEST(PreviewLoading, WorkersReadTheShownCellsOnceAndDropThoseScrolledPast) {
+TEST(PreviewLoading, WorkersReadShownCellsOnceDropThoseScrolledPastAndLateResultsOfAnOldListing) {
     GridWorld w(std::vector<Make>(400, Make::Preview));
     WatchedDecoder watch(WatchedDecoder::Hold::Every);
     w.view->SetPreviewDecoder(watch.Decoder(w.paths));
@@ -289,33 +286,27 @@ TEST(PreviewLoading, WorkersReadTheShownCellsOnceAndDropThoseScrolledPast) {
     EXPECT_GE(*std::min_element(items.begin() + 2, items.end()), first - screen) << "scrolled past, yet read";
     for (int i = first; i <= 399; ++i) EXPECT_EQ(w.view->ItemState(i), CDWGListView::kStateFinal) << i;
     EXPECT_EQ(w.view->grab().toImage().copy(w.view->IconRect(first)), w.view->CachedPicture(first));
-}
 
-TEST(PreviewLoading, ALateResultOfTheOldListingNeverLandsInTheNewOne) {
-    // The same paths listed again after their files changed: only the listing's
-    // generation tells the old pictures from the new.
-    GridWorld w(std::vector<Make>(40, Make::Preview));
-    WatchedDecoder watch(WatchedDecoder::Hold::First);
-    w.view->SetPreviewDecoder(watch.Decoder(w.paths));
+    // Listed again after its files changed: only the listing's generation tells a late picture of the
+    // old listing, held back here, from the new ones.
+    WatchedDecoder held(WatchedDecoder::Hold::First);
+    w.view->SetPreviewDecoder(held.Decoder(w.paths));
     w.view->SetPaths(w.paths);
-    ASSERT_TRUE(ShowExposed(&w.window));
     w.view->repaint();
-    ASSERT_TRUE(watch.WaitForCalls(1)) << "one old picture held back";
+    ASSERT_TRUE(held.WaitForCalls(1));
     const QImage old = DecodeCellPreview(w.paths[0], 1.0).picture;
     for (size_t i = 0; i < w.paths.size(); ++i) w.Write(i, Make::PngPreview);
-
     w.view->SetPaths(w.paths);
     w.view->repaint();
     const QImage fresh = DecodeCellPreview(w.paths[0], 1.0).picture;
     ASSERT_NE(fresh, old);
-    const int last = w.view->LastVisibleItem();
     auto allFresh = [&] {
-        for (int i = 0; i <= last; ++i)
+        for (int i = w.view->FirstVisibleItem(); i <= w.view->LastVisibleItem(); ++i)
             if (w.view->CachedPicture(i) != fresh) return false;
         return true;
     };
     ASSERT_TRUE(PumpUntil(allFresh)) << "the new listing loads beside the held job";
-    watch.Open();
+    held.Open();
     ASSERT_TRUE(w.Settle());
     EXPECT_TRUE(allFresh()) << "the held old picture was dropped";
 }
