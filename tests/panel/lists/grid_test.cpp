@@ -214,13 +214,13 @@ TEST(DwgListView, NamesFitCellsDrawInTheirStatesAndTheMouseAndKeysPost) {
 }
 
 
-// Notes the item of every call of the decoder, and can hold calls at a gate
-// until the test opens it: every call, or only the first. No call may run on
+// Notes the item of every call of the decoder, and holds the first calls (one,
+// or every one) at a gate until the test opens it. No call may run on
 // the thread that made the watch (the panel's).
 class WatchedDecoder {
 public:
-    enum class Hold { None, Every, First };
-    explicit WatchedDecoder(Hold hold = Hold::None) : m_hold(hold) {}
+    enum Hold : size_t { First = 1, Every = SIZE_MAX };
+    explicit WatchedDecoder(Hold hold) : m_hold(hold) {}
     PreviewDecoder Decoder(const std::vector<std::u16string>& paths) {
         return [this, paths](const std::u16string& path, double rate) {
             EXPECT_NE(std::this_thread::get_id(), m_panel) << "read on the panel's thread";
@@ -228,8 +228,7 @@ public:
             std::unique_lock<std::mutex> lock(m_mutex);
             m_items.push_back(int(std::find(paths.begin(), paths.end(), path) - paths.begin()));
             m_changed.notify_all();
-            if (m_hold == Hold::Every || (m_hold == Hold::First && m_items.size() == 1))
-                m_changed.wait(lock, [this] { return m_open; });
+            if (m_items.size() <= m_hold) m_changed.wait(lock, [this] { return m_open; });
             return decode;
         };
     }
@@ -249,7 +248,7 @@ public:
     }
 
 private:
-    const Hold m_hold;
+    const size_t m_hold;
     const std::thread::id m_panel = std::this_thread::get_id();
     mutable std::mutex m_mutex;
     std::condition_variable m_changed;
@@ -259,7 +258,7 @@ private:
 
 TEST(PreviewLoading, WorkersReadShownCellsOnceDropThoseScrolledPastAndLateResultsOfAnOldListing) {
     GridWorld w(std::vector<Make>(400, Make::Preview));
-    WatchedDecoder watch(WatchedDecoder::Hold::Every);
+    WatchedDecoder watch(WatchedDecoder::Every);
     w.view->SetPreviewDecoder(watch.Decoder(w.paths));
     w.view->SetPaths(w.paths);
     ASSERT_TRUE(ShowExposed(&w.window));
@@ -289,7 +288,7 @@ TEST(PreviewLoading, WorkersReadShownCellsOnceDropThoseScrolledPastAndLateResult
 
     // Listed again after its files changed: only the listing's generation tells a late picture of the
     // old listing, held back here, from the new ones.
-    WatchedDecoder held(WatchedDecoder::Hold::First);
+    WatchedDecoder held(WatchedDecoder::First);
     w.view->SetPreviewDecoder(held.Decoder(w.paths));
     w.view->SetPaths(w.paths);
     w.view->repaint();
@@ -312,7 +311,7 @@ TEST(PreviewLoading, WorkersReadShownCellsOnceDropThoseScrolledPastAndLateResult
 }
 
 TEST(PreviewLoading, ShownJobsRunInOrderAndOnlyWhileWanted) {
-    WatchedDecoder watch(WatchedDecoder::Hold::First);
+    WatchedDecoder watch(WatchedDecoder::First);
     std::vector<std::pair<uint64_t, int>> delivered;
     PreviewLoader loader([&](PreviewResult r) { delivered.emplace_back(r.generation, r.item); }, 1);
     std::vector<std::u16string> paths;
@@ -336,7 +335,7 @@ TEST(PreviewLoading, ShownJobsRunInOrderAndOnlyWhileWanted) {
     EXPECT_EQ(loader.Decodes(), 0) << "no file was there to read";
 
     // A new generation while an old job runs: the old result is dropped.
-    WatchedDecoder held(WatchedDecoder::Hold::First);
+    WatchedDecoder held(WatchedDecoder::First);
     loader.SetDecoder(held.Decoder(paths));
     delivered.clear();
     loader.Want(1, jobs({3}), 1.0);
@@ -357,8 +356,8 @@ TEST(PreviewLoading, StoppingWithJobsPendingReturnsPromptlyAndDeliversNothing) {
         std::this_thread::sleep_for(std::chrono::milliseconds(20));
         return PreviewDecode{PreviewOutcome::NoPicture, {}};
     });
-    std::vector<PreviewJob> jobs;
-    for (int i = 0; i < 500; ++i) jobs.push_back({i, u"/x.dwg"});
+    std::vector<PreviewJob> jobs(500, {0, u"/x.dwg"});
+    for (int i = 0; i < 500; ++i) jobs[size_t(i)].item = i;
     loader->Want(1, std::move(jobs), 1.0);
     for (int n = 0; n < 5000 && calls < 3; ++n) std::this_thread::sleep_for(std::chrono::milliseconds(1));
     loader.reset();
@@ -371,10 +370,9 @@ TEST(PreviewLoading, StoppingWithJobsPendingReturnsPromptlyAndDeliversNothing) {
     w.view->SetPaths(w.paths);
     ASSERT_TRUE(ShowExposed(&w.window));
     w.view->repaint();
-    CDWGListView* view = w.view;
-    for (int n = 0; n < 5000 && view->PreviewReads() < 2; ++n) std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    ASSERT_GE(view->PreviewReads(), 2);
-    delete view;
+    for (int n = 0; n < 5000 && w.view->PreviewReads() < 2; ++n) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    ASSERT_GE(w.view->PreviewReads(), 2);
+    delete w.view;
     QCoreApplication::processEvents();
     EXPECT_TRUE(w.window.findChildren<CDWGListView*>().isEmpty());
 }

@@ -116,8 +116,7 @@ TEST_P(PaintScenes, SearchLayerAndStatusLine) {
     fresh.searchUntouched = true;  // no count for a search not yet made
     states.push_back(fresh);
     states.push_back(Search(PageCollectionSearch, 0, 23));
-    PanelPaintState running = Search(PageSearch, 1, 40);
-    states.push_back(running);
+    states.push_back(Search(PageSearch, 1, 40));
     PanelPaintState browseNamed = Browse(2, 7);
     browseNamed.selectedName = QStringLiteral("平开门M1021");
     browseNamed.rowCount = 3;
