@@ -28,11 +28,8 @@ Names Keys(const KindMap& kinds) {
 }
 
 Names Items(const KindMap& kinds, const std::u16string& key) {
-    Names names{u"<no such kind>"};
-    if (auto it = kinds.find(key); it != kinds.end()) {
-        names.clear();
-        for (const ClassItem& item : it->second) names.push_back(item.name);
-    }
+    Names names;
+    for (const ClassItem& item : kinds.at(key)) names.push_back(item.name);
     return names;
 }
 
@@ -46,7 +43,7 @@ std::u16string Table(std::u16string_view versionOfA, std::u16string_view extra =
 
 }  // namespace
 
-TEST(ClassTable, KindNumbersItemsAndLookups) {
+TEST(ClassTable, ReadAndApplied) {
     test::TempHome home;
     // A type before the sorts whose kinds it fills; two sorts of other ids between the known ones.
     MarkupDocument doc;
@@ -61,32 +58,29 @@ TEST(ClassTable, KindNumbersItemsAndLookups) {
         u"<sort id=\"通用图库\" show=\"通用\"><kind>全部</kind><kind>建筑</kind></sort>"
         u"<sort id=\"推荐图库\" show=\"推荐\"><kind>甲</kind><kind>乙</kind></sort><sort id=\"其他\"><kind>丙</kind></sort>"
         u"<sort id=\"精品图库\" show=\"精品\"><kind>室内</kind><kind>全部</kind></sort></root>"));
-    ClassTable table;
-    table.generalKinds[u"099_旧"];  // a root restarts the tables
-    const ClassVersions versions = ReadClassDocument(doc, table);
+    ClassTable read;
+    read.generalKinds[u"099_旧"];  // a root restarts the tables
+    const ClassVersions versions = ReadClassDocument(doc, read);
     // Numbers run across every sort; skipped sorts still use theirs.
-    EXPECT_EQ(Keys(table.generalKinds), (Names{u"001_全部", u"002_建筑"}));
-    EXPECT_EQ(Keys(table.boutiqueKinds), (Names{u"006_室内", u"007_全部"}));
-    EXPECT_EQ(table.typeWord, u"挑图库");
-    EXPECT_TRUE(table.showDesc);
-    EXPECT_EQ(table.generalTitle + table.boutiqueTitle, u"通用精品");
+    EXPECT_EQ(Keys(read.generalKinds), (Names{u"001_全部", u"002_建筑"}));
+    EXPECT_EQ(Keys(read.boutiqueKinds), (Names{u"006_室内", u"007_全部"}));
+    EXPECT_EQ(read.typeWord, u"挑图库");
+    EXPECT_TRUE(read.showDesc);
+    EXPECT_EQ(read.generalTitle + read.boutiqueTitle, u"通用精品");
     // "全部" takes every item of its side; an item without a kind, or with one no sort names, is only there.
-    EXPECT_EQ(Items(table.generalKinds, u"001_全部"), (Names{u"无类", u"门窗", u"楼梯", u"树木"}));
-    EXPECT_EQ(Items(table.generalKinds, u"002_建筑"), (Names{u"门窗", u"楼梯"}));
-    EXPECT_EQ(Items(table.boutiqueKinds, u"006_室内"), (Names{u"家具", u"灯具"}));
-    EXPECT_EQ(Items(table.boutiqueKinds, u"007_全部"), (Names{u"家具", u"灯具"}));
+    EXPECT_EQ(Items(read.generalKinds, u"001_全部"), (Names{u"无类", u"门窗", u"楼梯", u"树木"}));
+    EXPECT_EQ(Items(read.generalKinds, u"002_建筑"), (Names{u"门窗", u"楼梯"}));
+    EXPECT_EQ(Items(read.boutiqueKinds, u"006_室内"), (Names{u"家具", u"灯具"}));
+    EXPECT_EQ(Items(read.boutiqueKinds, u"007_全部"), (Names{u"家具", u"灯具"}));
     EXPECT_EQ(versions.size(), 6u);
     EXPECT_EQ(versions.at(u"灯具"), u"9");
-    EXPECT_EQ(FindClassItem(table, u"门窗").describe, u"门和窗");
-    EXPECT_TRUE(FindClassItem(table, u"没有").name.empty());
+    EXPECT_EQ(FindClassItem(read, u"门窗").describe, u"门和窗");
     const std::u16string root = StoreRoot();
     for (auto [path, boutique] : {std::pair{root + u"/家具/沙发/a.dwg", true}, {root + u"/灯具", true},
                                   {root + u"/门窗/单开门", false}, {root + u"/", false}, {u"/elsewhere/家具/x.dwg", false}})
-        EXPECT_EQ(IsBoutiqueClass(table, path), boutique) << U8(path);
-}
+        EXPECT_EQ(IsBoutiqueClass(read, path), boutique) << U8(path);
 
-TEST(ClassTable, BadAnswersKeepTheCachedFileAndVersionsCountFromTheStartOfTheRun) {
-    test::TempHome home;
+    // Applied: the cached file under bad answers, the version marks against the start of the run.
     g_seenClasses.clear();
     g_seenKinds.clear();
     ClassTable table;

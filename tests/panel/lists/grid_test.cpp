@@ -210,7 +210,6 @@ TEST(DwgListView, NamesFitCellsDrawInTheirStatesAndTheMouseAndKeysPost) {
         EXPECT_EQ(commands(), (Posted{{MsgPanelCommand, 1, 4, {}}, {MsgPanelCommand, 1, 5, {}}}));
     }
     EXPECT_EQ(CDWGListView::TitleOf(u"/store/建筑/门.窗.dwg"), QStringLiteral("门.窗"));
-    EXPECT_EQ(CDWGListView::TitleOf(u"单独"), QStringLiteral("单独"));
 }
 
 

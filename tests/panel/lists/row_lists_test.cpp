@@ -116,16 +116,14 @@ BlockRow Row(const char* name, const char* subclass, int state, bool boutique = 
             .url = {}, .path = {}, .thumbnail = {}, .prefetch = false, .boutique = boutique, .state = state, .percent = 40};
 }
 
-struct SearchBoard : ListOwner {
-    CSearchListCtrl* list = new CSearchListCtrl(&window);
-    std::vector<BlockRow> rows;
-    QPoint At(int row, int x, int y) const { return list->RowRect(row).topLeft() + QPoint(ScaleUnits(x), ScaleUnits(y)); }
-};
-
 TEST(SearchList, RowsInEveryStateHoverPressAndRowsDroppedBehindItsBack) {
     for (float rate : {1.0f, 1.5f}) {
         UseRate(rate);
-        SearchBoard b;
+        struct : ListOwner {
+            CSearchListCtrl* list = new CSearchListCtrl(&window);
+            std::vector<BlockRow> rows;
+            QPoint At(int row, int x, int y) const { return list->RowRect(row).topLeft() + ScaleBox(x, y, 0, 0).topLeft(); }
+        } b;
         b.window.resize(ScaleUnits(760), ScaleUnits(373));
         b.list->setGeometry(ScaleUnits(7), ScaleUnits(12), ScaleUnits(740), ScaleUnits(343));
         b.rows = {Row("单开门.dwg", "门窗..平开门", RowFresh),    Row("双开门.DWG", "门窗..平开门", RowCollected),

@@ -60,8 +60,7 @@ QImage Sheet(const QSize& size, const std::vector<Scene>& scenes, int columns) {
 class PaintScenes : public ::testing::TestWithParam<float> {
 protected:
     void SetUp() override {
-        SetSkinRateForTest(GetParam());
-        MakeSkinFonts(GetParam());
+        UseRate(GetParam());
         ASSERT_TRUE(LoadSkinSheet());
     }
     std::string At(const char* name) const { return name + std::string(GetParam() == 1.0f ? "_1.0" : "_1.5"); }
@@ -73,8 +72,8 @@ PanelPaintState Browse(int classIndex, int itemCount, int syncStatus = -1) {
             .syncStatus = syncStatus};
 }
 
-PanelPaintState Search(int page, int searchState, int rows, bool ended = false) {
-    return {.page = page, .searchState = searchState, .rowCount = rows, .searchEnded = ended,
+PanelPaintState Search(int page, int searchState, int rows, bool ended = false, bool untouched = false) {
+    return {.page = page, .searchUntouched = untouched, .searchState = searchState, .rowCount = rows, .searchEnded = ended,
             .defaultHotWord = QStringLiteral("门窗")};
 }
 
@@ -102,26 +101,19 @@ TEST_P(PaintScenes, BrowseLayerInEveryState) {
 TEST_P(PaintScenes, SearchLayerAndStatusLine) {
     std::vector<PanelPaintState> states;
     for (int page : {int(PageSearch), int(PageCollectionSearch)}) {
-        PanelPaintState untouched = Search(page, 0, 0);
-        untouched.searchUntouched = true;
         // Untouched, idle, loading, network down, nothing found, an unknown state.
-        for (const PanelPaintState& s : {untouched, Search(page, 0, 0), Search(page, 1, 0), Search(page, 2, 0),
+        for (const PanelPaintState& s : {Search(page, 0, 0, false, true), Search(page, 0, 0), Search(page, 1, 0), Search(page, 2, 0),
                                          Search(page, 3, 0), Search(page, 9, 0)})
             states.push_back(s);
     }
     // Rows: the hint, the default word on the search page only, the count once ended.
     states.push_back(Search(PageSearch, 0, 12));
     states.push_back(Search(PageSearch, 3, 0, true));
-    PanelPaintState fresh = Search(PageSearch, 3, 0, true);
-    fresh.searchUntouched = true;  // no count for a search not yet made
-    states.push_back(fresh);
+    states.push_back(Search(PageSearch, 3, 0, true, true));  // no count for a search not yet made
     states.push_back(Search(PageCollectionSearch, 0, 23));
     states.push_back(Search(PageSearch, 1, 40));
-    PanelPaintState browseNamed = Browse(2, 7);
-    browseNamed.selectedName = QStringLiteral("平开门M1021");
-    browseNamed.rowCount = 3;
-    browseNamed.searchEnded = true;
-    states.push_back(browseNamed);
+    states.push_back({.page = PageBrowse, .classIndex = 2, .itemCount = 7, .selectedName = QStringLiteral("平开门M1021"),
+                      .rowCount = 3, .searchEnded = true});
     const QImage sheet = Sheet(QSize(ScaleUnits(755), ScaleUnits(454)), Panels(states), 3);
     EXPECT_TRUE(MatchesReference(sheet, "panel/paint", At("search_layer")));
 }
@@ -249,11 +241,11 @@ TEST(StatusLineRules, HintPlaceAndASqueezedWindow) {
     }
     // A window squeezed to almost nothing gets its frame and paints nothing outside it.
     UseRate(1.0f);
-    const QImage tiny = Painted(QSize(6, 6), [](QPainter& p) { PaintPanel(p, QSize(3, 3), {}); }, Qt::black);
+    QImage tiny = Painted(QSize(6, 6), [](QPainter& p) { PaintPanel(p, QSize(3, 3), {}); }, Qt::black);
     EXPECT_EQ(tiny.pixelColor(0, 0), panel_colours::OuterFrame());
     EXPECT_EQ(tiny.pixelColor(1, 1), panel_colours::Band());
-    EXPECT_EQ(tiny.copy(3, 0, 3, 6), Painted(QSize(3, 6), [](QPainter&) {}, Qt::black));
-    EXPECT_EQ(tiny.copy(0, 3, 6, 3), Painted(QSize(6, 3), [](QPainter&) {}, Qt::black));
+    QPainter(&tiny).fillRect(0, 0, 3, 3, Qt::black);
+    EXPECT_EQ(tiny, Painted(QSize(6, 6), [](QPainter&) {}, Qt::black));
     const QImage none = Painted(QSize(4, 4), [](QPainter& p) { PaintPanel(p, QSize(0, 0), {}); }, Qt::black);
     EXPECT_EQ(none, Painted(QSize(4, 4), [](QPainter&) {}, Qt::black));
 }
