@@ -1,0 +1,254 @@
+// The panel's painting at both rates: the browse and search layers with their
+// empty and waiting states, the status line and result rows in every state, as
+// sheets of scenes compared against reference pictures (class rows are seen in
+// the class column's own); and its arithmetic as values: where a highlighted
+// text is cut and its pieces stand, the row's name and class line, where the
+// status line's hint fits, a squeezed window.
+#include <gtest/gtest.h>
+
+#include <QFontMetrics>
+#include <QPainter>
+#include <QTemporaryDir>
+#include <functional>
+#include <vector>
+
+#include "panel/model/block_row.h"
+#include "panel/model/panel_page.h"
+#include "panel/paint/highlight_text.h"
+#include "panel/paint/panel_colours.h"
+#include "panel/paint/panel_draw.h"
+#include "panel/paint/panel_painter.h"
+#include "skin/skin_fonts.h"
+#include "skin/skin_scale.h"
+#include "skin/skin_sheet.h"
+#include "support/reference_picture.h"
+#include "support/test_paths.h"
+
+namespace marrowfin::test {
+namespace {
+
+
+using Scene = std::function<void(QPainter&)>;
+
+void UseRate(float rate) {
+    SetSkinRateForTest(rate);
+    MakeSkinFonts(rate);
+}
+
+QImage Painted(const QSize& size, const Scene& paint, QColor ground = Qt::white) {
+    QImage image(size, QImage::Format_RGB32);
+    image.fill(ground);
+    QPainter p(&image);
+    paint(p);
+    return image;
+}
+
+
+// The scenes side by side in `columns`, each `size` on its own magenta ground
+// (anything painted outside its rectangle shows against it), 8 pixels apart.
+QImage Sheet(const QSize& size, const std::vector<Scene>& scenes, int columns) {
+    const int rows = (int(scenes.size()) + columns - 1) / columns;
+    QImage sheet(columns * (size.width() + 8), rows * (size.height() + 8), QImage::Format_RGB32);
+    sheet.fill(Qt::lightGray);
+    for (size_t i = 0; i < scenes.size(); ++i) {
+        QPainter(&sheet).drawImage(int(i % columns) * (size.width() + 8), int(i / columns) * (size.height() + 8),
+                                   Painted(size, scenes[i], QColor(0xFF, 0x00, 0xFF)));
+    }
+    return sheet;
+}
+
+class PaintScenes : public ::testing::TestWithParam<float> {
+protected:
+    void SetUp() override {
+        UseRate(GetParam());
+        ASSERT_TRUE(LoadSkinSheet());
+    }
+    std::string At(const char* name) const { return name + std::string(GetParam() == 1.0f ? "_1.0" : "_1.5"); }
+};
+INSTANTIATE_TEST_SUITE_P(Rates, PaintScenes, ::testing::Values(1.0f, 1.5f));
+
+PanelPaintState Browse(int classIndex, int itemCount, int syncStatus = -1) {
+    return {.page = classIndex == 1 ? PageCollection : PageBrowse, .classIndex = classIndex, .itemCount = itemCount,
+            .syncStatus = syncStatus};
+}
+
+PanelPaintState Search(int page, int searchState, int rows, bool ended = false, bool untouched = false) {
+    return {.page = page, .searchUntouched = untouched, .searchState = searchState, .rowCount = rows, .searchEnded = ended,
+            .defaultHotWord = QStringLiteral("门窗")};
+}
+
+std::vector<Scene> Panels(const std::vector<PanelPaintState>& states) {
+    std::vector<Scene> out;
+    const QSize client(ScaleUnits(755), ScaleUnits(454));
+    for (const PanelPaintState& s : states) out.push_back([s, client](QPainter& p) { PaintPanel(p, client, s); });
+    return out;
+}
+
+TEST_P(PaintScenes, BrowseLayerInEveryState) {
+    PanelPaintState opened = Browse(3, 0);
+    opened.emptySubclassOpened = true;
+    // Recent with items (heading and bar), recent empty, the collection in each
+    // sync status (-2 and unknown ones show nothing), an opened empty subclass,
+    // an empty common list, and no class chosen yet.
+    const QImage sheet = Sheet(QSize(ScaleUnits(755), ScaleUnits(454)),
+                               Panels({Browse(0, 4), Browse(0, 0), Browse(1, 0, -1), Browse(1, 0, 0), Browse(1, 0, 1),
+                                       Browse(1, 0, 2), Browse(1, 0, 3), Browse(1, 0, 4), Browse(1, 0, -2),
+                                       Browse(1, 0, 7), opened, Browse(3, 0), Browse(-1, 0), Browse(2, 5)}),
+                               4);
+    EXPECT_TRUE(MatchesReference(sheet, "panel/paint", At("browse_layer")));
+}
+
+TEST_P(PaintScenes, SearchLayerAndStatusLine) {
+    std::vector<PanelPaintState> states;
+    for (int page : {int(PageSearch), int(PageCollectionSearch)}) {
+        // Untouched, idle, loading, network down, nothing found, an unknown state.
+        for (const PanelPaintState& s : {Search(page, 0, 0, false, true), Search(page, 0, 0), Search(page, 1, 0), Search(page, 2, 0),
+                                         Search(page, 3, 0), Search(page, 9, 0)})
+            states.push_back(s);
+    }
+    // Rows: the hint, the default word on the search page only, the count once ended.
+    states.push_back(Search(PageSearch, 0, 12));
+    states.push_back(Search(PageSearch, 3, 0, true));
+    states.push_back(Search(PageSearch, 3, 0, true, true));  // no count for a search not yet made
+    states.push_back(Search(PageCollectionSearch, 0, 23));
+    states.push_back(Search(PageSearch, 1, 40));
+    states.push_back({.page = PageBrowse, .classIndex = 2, .itemCount = 7, .selectedName = QStringLiteral("平开门M1021"),
+                      .rowCount = 3, .searchEnded = true});
+    const QImage sheet = Sheet(QSize(ScaleUnits(755), ScaleUnits(454)), Panels(states), 3);
+    EXPECT_TRUE(MatchesReference(sheet, "panel/paint", At("search_layer")));
+}
+
+TEST_P(PaintScenes, ResultRowsInEveryState) {
+    QTemporaryDir dir;
+    ASSERT_TRUE(dir.isValid());
+    const QString onDisk = dir.filePath(QStringLiteral("block.dwg")), missing = dir.filePath(QStringLiteral("no.dwg"));
+    WriteBytes(onDisk.toStdString(), std::string(2048, 'x'));
+    // Each row: its state, whether its file is on disk (placeholder A, else B), its look, and a change.
+    std::vector<std::pair<BlockRow, SearchRowLook>> rows;
+    auto add = [&](int state, bool present, SearchRowLook look = {}, const std::function<void(BlockRow&)>& change = {}) {
+        BlockRow row{.name = QStringLiteral("平开门M1021.dwg"), .klass = QStringLiteral("建筑"),
+                     .subclass = QStringLiteral("门窗..平开门"), .url = {}, .path = present ? onDisk : missing, .thumbnail = {},
+                     .prefetch = false, .state = state, .percent = 40};
+        if (change) change(row);
+        rows.push_back({row, look});
+    };
+    for (int state : {int(RowFresh), int(RowFetched), int(RowCollected), int(RowRemote), int(RowFailed)}) add(state, false);
+    add(RowDownloading, false, {}, [](BlockRow& r) { r.prefetch = true; });
+    add(RowDownloading, false, {.hoverButton = 2, .key = {}}, [](BlockRow& r) { r.prefetch = true; });
+    for (int percent : {-20, 3, 50, 100, 180}) add(RowDownloading, false, {}, [=](BlockRow& r) { r.percent = percent; });
+    add(RowFresh, false, {.hoverButton = 1, .key = {}});
+    add(RowFresh, false, {.hoverButton = 2, .key = {}});
+    add(RowCollected, true, {.hoverLink = true, .key = {}});
+    add(RowCollected, true, {.key = QStringLiteral("门")});
+    add(RowFresh, true, {.selected = true, .key = {}});
+    add(RowFresh, true, {}, [](BlockRow& r) { r.boutique = true; });
+    add(RowFailed, false, {.selected = true, .key = QStringLiteral("门")}, [](BlockRow& r) { r.boutique = true; });
+    add(RowCollected, true, {}, [](BlockRow& r) {
+        r.thumbnail = QImage(200, 100, QImage::Format_RGB32);
+        r.thumbnail.fill(Qt::red);
+    });
+    add(RowCollected, true, {}, [](BlockRow& r) { r.name = QString(60, QChar(0x95E8)); });
+    add(RowCollected, true, {}, [](BlockRow& r) {
+        r.name = QStringLiteral("plan.dw");  // not ".dwg": kept whole
+        r.subclass = QStringLiteral("a..b..c");
+    });
+    const QRect item(4, 6, ScaleUnits(740), ScaleUnits(60) + 1);
+    std::vector<Scene> scenes;
+    for (const auto& [row, look] : rows)
+        scenes.push_back([&, row, look](QPainter& p) {
+            p.fillRect(item, Qt::white);
+            DrawSearchRow(p, item, row, look);
+        });
+    const QImage sheet = Sheet(QSize(ScaleUnits(740) + 12, ScaleUnits(60) + 14), scenes, 2);
+    EXPECT_TRUE(MatchesReference(sheet, "panel/paint", At("result_rows")));
+}
+
+TEST(HighlightRule, CutsAtEveryExactOccurrenceAndKeepsThePiecesInPlace) {
+    const std::tuple<const char*, const char*, const char*> cases[] = {
+        {"abcab", "ab", "ab|c|ab"},  {"x阀门y阀门", "阀门", "x|阀门|y|阀门"},
+        {"aaa", "aa", "aa|a"},       // no overlap: the scan resumes behind each key
+        {"ABab", "ab", "AB|ab"},     // exact comparison
+        {"共12条结果", "", "共12条结果"}, {"共12条结果", "7", "共12条结果"}, {"", "a", ""}, {"ab", "ab", "ab"}};
+    for (const auto& [text, key, pieces] : cases)
+        EXPECT_EQ(SplitAtKey(QString::fromUtf8(text), QString::fromUtf8(key)),
+                  QString::fromUtf8(pieces).split(QLatin1Char('|'), Qt::SkipEmptyParts))
+            << text;
+
+    // Cut into pieces, the text stands where it would stand whole (within a
+    // pixel: glyphs may land on another sub-pixel phase).
+    UseRate(1.0f);
+    const QRect rect(10, 0, 380, 30);
+    const QString text = QStringLiteral("共12条结果");
+    const QImage cut = Painted(QSize(400, 30), [&](QPainter& p) {
+        DrawHighlighted(p, text, QStringLiteral("12"), rect, panel_colours::Text());
+    });
+    const QImage whole = Painted(QSize(400, 30), [&](QPainter& p) {
+        p.setFont(Font(SkinFont::Normal));
+        p.setPen(panel_colours::Text());
+        p.drawText(rect, Qt::AlignLeft | Qt::AlignVCenter, text);
+    });
+    auto ink = [](const QImage& img, int x, int y) { return x >= 0 && x < img.width() && img.pixel(x, y) != 0xffffffffu; };
+    int misplaced = 0, inked = 0;
+    for (int y = 0; y < 30; ++y)
+        for (int x = 0; x < 400; ++x)
+            if (ink(cut, x, y)) {
+                ++inked;
+                misplaced += !(ink(whole, x - 1, y) || ink(whole, x, y) || ink(whole, x + 1, y));
+            }
+    EXPECT_GT(inked, 100);
+    EXPECT_EQ(misplaced, 0);
+}
+
+TEST(ResultRowRules, NameAndClassLine) {
+    // Only a trailing ".dwg", in any case, goes; four characters or fewer stay whole.
+    const std::pair<const char*, const char*> names[] = {
+        {"阀门.dwg", "阀门"}, {"a.DWG", "a"},  {"a.Dwg", "a"},     {".dwg", ".dwg"},
+        {"阀门", "阀门"},     {"plan.dwg.bak", "plan.dwg.bak"},   {"plan.dw", "plan.dw"}, {"x.dwg.dwg", "x.dwg"}};
+    for (const auto& [name, shown] : names)
+        EXPECT_EQ(RowDisplayName(QString::fromUtf8(name)), QString::fromUtf8(shown)) << name;
+    // The class, then the subclass behind its first "..".
+    const std::pair<const char*, const char*> lines[] = {
+        {"门窗..平开门", "建筑>平开门"}, {"a..b..c", "建筑>b..c"}, {"门窗", "建筑>门窗"}, {"门窗..", "建筑>"}, {"", "建筑>"}};
+    BlockRow row;
+    row.klass = QStringLiteral("建筑");
+    for (const auto& [subclass, line] : lines) {
+        row.subclass = QString::fromUtf8(subclass);
+        EXPECT_EQ(RowClassLine(row), QString::fromUtf8(line)) << subclass;
+    }
+    for (float rate : {1.0f, 1.5f}) {
+        UseRate(rate);
+        // The row answers the width of the class line it drew: the list's link ends there.
+        row.subclass = QStringLiteral("门窗..平开门");
+        row.name = QStringLiteral("门.dwg");
+        int width = 0;
+        Painted(QSize(ScaleUnits(760), ScaleUnits(70)), [&](QPainter& p) {
+            width = DrawSearchRow(p, QRect(0, 0, ScaleUnits(740), ScaleUnits(61)), row, {});
+        });
+        EXPECT_EQ(width, QFontMetrics(Font(SkinFont::Normal)).horizontalAdvance(QStringLiteral("建筑>平开门")));
+    }
+}
+
+TEST(StatusLineRules, HintPlaceAndASqueezedWindow) {
+    // The double-click hint stays at 588 units where it fits, else it ends 5 units inside the frame.
+    for (float rate : {1.0f, 1.5f}) {
+        UseRate(rate);
+        const int hint = QFontMetrics(Font(SkinFont::Bold)).horizontalAdvance(QStringLiteral("注：双击缩略图快速插入图块"));
+        for (int width : {ScaleUnits(755), ScaleUnits(588) + hint + ScaleUnits(5) + 1, ScaleUnits(620), 300}) {
+            const QRect placed = DoubleClickHintRect(QSize(width, ScaleUnits(454)));
+            const int fitted = width - 1 - ScaleUnits(5) - hint;
+            EXPECT_EQ(placed.left(), std::max(ScaleUnits(530), std::min(ScaleUnits(588), fitted))) << rate << " " << width;
+        }
+    }
+    // A window squeezed to almost nothing gets its frame and paints nothing outside it.
+    UseRate(1.0f);
+    QImage tiny = Painted(QSize(6, 6), [](QPainter& p) { PaintPanel(p, QSize(3, 3), {}); }, Qt::black);
+    EXPECT_EQ(tiny.pixelColor(0, 0), panel_colours::OuterFrame());
+    EXPECT_EQ(tiny.pixelColor(1, 1), panel_colours::Band());
+    QPainter(&tiny).fillRect(0, 0, 3, 3, Qt::black);
+    EXPECT_EQ(tiny, Painted(QSize(6, 6), [](QPainter&) {}, Qt::black));
+    const QImage none = Painted(QSize(4, 4), [](QPainter& p) { PaintPanel(p, QSize(0, 0), {}); }, Qt::black);
+    EXPECT_EQ(none, Painted(QSize(4, 4), [](QPainter&) {}, Qt::black));
+}
+
+}  // namespace
+}  // namespace marrowfin::test
