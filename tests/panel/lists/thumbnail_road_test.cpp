@@ -35,13 +35,13 @@ void DoubleClickItem(CDWGListView* list, int item) {
 
 std::vector<std::u16string> PathsOf(const std::vector<GalleryNode*>& nodes) {
     std::vector<std::u16string> out;
-    for (const GalleryNode* n : nodes) out.push_back(n ? n->path : u"");
+    for (const GalleryNode* n : nodes) out.push_back(n ? n->Path() : u"");
     return out;
 }
 
 std::vector<std::u16string> PathsOf(const CBrindleDlg& panel) {
     std::vector<std::u16string> out;
-    for (size_t i = 0; i < panel.m_listNodes.size(); ++i) out.push_back(panel.m_listNodes.At(*panel.m_store, i)->path);
+    for (size_t i = 0; i < panel.m_listNodes.size(); ++i) out.push_back(panel.m_listNodes.At(*panel.m_store, i)->Path());
     return out;
 }
 
@@ -100,10 +100,10 @@ TEST(ThumbnailRoad, ABurstOfReportsMakesOneRequestRunAndDoubleClickInsertsAndHea
     w.AddGallery({u"建筑", 2, 120});
     GalleryNode* gallery = w.AddGallery({u"机械", 2, 5});
     GalleryNode* cls = gallery->dirChildren[0];
-    ASSERT_TRUE(CreateDirectories(cls->path));
-    for (GalleryNode* block : cls->fileChildren) WriteFileAtomic(block->path, PreviewDrawing());
-    const std::u16string p1 = cls->fileChildren[1]->path, p2 = cls->fileChildren[2]->path;
-    const std::u16string p3 = cls->fileChildren[3]->path, p4 = cls->fileChildren[4]->path;
+    ASSERT_TRUE(CreateDirectories(cls->Path()));
+    for (GalleryNode* block : cls->fileChildren) WriteFileAtomic(block->Path(), PreviewDrawing());
+    const std::u16string p1 = cls->fileChildren[1]->Path(), p2 = cls->fileChildren[2]->Path();
+    const std::u16string p3 = cls->fileChildren[3]->Path(), p4 = cls->fileChildren[4]->Path();
     w.AddRecent(p4);
     w.AddRecent(p3);
     RecordingHost host;
@@ -143,7 +143,7 @@ TEST(ThumbnailRoad, ABurstOfReportsMakesOneRequestRunAndDoubleClickInsertsAndHea
               std::vector<std::uintptr_t>({2, 3, 4}));
     EXPECT_EQ(insertions()[0].text, p2);
     EXPECT_EQ(PathsOf(gallery->fileChildren), (std::vector<std::u16string>{p2, p1}));
-    EXPECT_EQ(gallery->fileChildren[0]->ownerName, kCommonUseTag);
+    EXPECT_EQ(gallery->fileChildren[0]->OwnerName(), kCommonUseTag);
     EXPECT_EQ(PathsOf(w.root()->fileChildren), (std::vector<std::u16string>{p2, p1, p4, p3}));
     EXPECT_EQ(w.panel->m_boutiqueCache.count(p2), 1u);
     // On the recent list the order stays.
@@ -221,7 +221,7 @@ TEST(ThumbnailRoad, ABlockInFlightOrTooSmallIsRefusedWithTheTipAndAskedFor) {
         ASSERT_EQ(host.Requests(2, 4).size(), sent + (inserted ? 1 : 0));
         if (inserted) {
             EXPECT_EQ(host.Requests(2, 4).back().text, list->GetPath(item));
-            EXPECT_EQ(w.root()->fileChildren.at(0)->path, list->GetPath(item));
+            EXPECT_EQ(w.root()->fileChildren.at(0)->Path(), list->GetPath(item));
             continue;
         }
         EXPECT_EQ(PathsOf(w.root()->fileChildren), recent) << "the recent list is left alone";
