@@ -34,7 +34,7 @@ void RemoveTreeNative(const fs::path& dir) {
     std::error_code ec;
     for (fs::directory_iterator it(dir, ec), end; !ec && it != end; it.increment(ec)) {
         const fs::path entry = it->path();
-        // Clear a read-only mark first, as the design does with FILE_ATTRIBUTE_NORMAL.
+        // Clear a read-only mark first, as FILE_ATTRIBUTE_NORMAL did on Windows.
         std::error_code pec;
         const bool isDir = it->is_directory(pec) && !it->is_symlink(pec);
         fs::permissions(entry, isDir ? fs::perms::owner_all : (fs::perms::owner_read | fs::perms::owner_write),
@@ -82,7 +82,7 @@ bool CreateDirectories(std::u16string_view path) {
 
 void RemoveDirectoryTree(std::u16string_view path) {
     if (path.empty()) {
-        (void)::rmdir("");  // the design's lone RemoveDirectory on an empty name
+        (void)::rmdir("");  // the lone RemoveDirectory on an empty name, kept as it was
         return;
     }
     const std::string native = NativePath(path);

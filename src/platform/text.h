@@ -9,7 +9,7 @@
 
 namespace marrowfin {
 
-// Code page numbers as the design names them.
+// Code page numbers as Windows names them.
 enum CodePage : uint32_t {
     CpDefault = 0,       // the process's default: UTF-8 on this platform
     CpUtf16Le = 1200,

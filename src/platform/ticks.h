@@ -1,6 +1,6 @@
 #pragma once
 // Milliseconds of a monotonic clock as a 32-bit number that wraps, so that
-// tick differences behave as the design's GetTickCount arithmetic expects.
+// tick differences behave as GetTickCount arithmetic expects.
 
 #include <cstdint>
 

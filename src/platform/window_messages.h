@@ -54,7 +54,7 @@ bool PostWindowMessage(WindowHandle window, uint32_t message, std::uintptr_t wPa
 std::intptr_t SendWindowMessage(WindowHandle window, uint32_t message, std::uintptr_t wParam = 0,
                                 std::intptr_t lParam = 0, std::unique_ptr<MessagePayload> payload = nullptr);
 
-// Posts an owned text (the design's "new string with the path").
+// Posts an owned text: the receiver frees it, as with a new string on Windows.
 inline bool PostText(WindowHandle window, uint32_t message, std::uintptr_t wParam, std::u16string text) {
     return PostWindowMessage(window, message, wParam, 0, std::make_unique<OwnedText>(std::move(text)));
 }
