@@ -15,23 +15,6 @@ using marrowfin::test::TestStore;
 
 namespace {
 
-// Answers every form post with the scripted reply and keeps the URLs asked for.
-class ReplyStack : public HttpStack {
-public:
-    std::string reply;
-    std::vector<std::string> urls;
-    bool PostForm(const std::string& url, const std::string&, std::string& response) override {
-        urls.push_back(url);
-        response = reply;
-        return true;
-    }
-    bool DownloadFile(const std::string&, const std::u16string&, WindowHandle, uint16_t) override { return false; }
-    bool UploadFile(const std::string&, const std::u16string&, const std::u16string&, std::string&,
-                    WindowHandle) override {
-        return false;
-    }
-};
-
 // A fresh home whose every request is answered by `stack`.
 class FirstTreeReply : public ::testing::Test {
 protected:
@@ -40,7 +23,7 @@ protected:
     }
     ~FirstTreeReply() override { RestoreDefaultHttpStacks(); }
     TempHome home;
-    ReplyStack stack;
+    test::ScriptedStack stack;
     TestStore store;
 };
 
