@@ -207,39 +207,6 @@ TEST(MarkupParse, AttributesInAnyOrderAndAfterEdits) {
     EXPECT_EQ(doc.GetChildAttribute(u"a2"), u"other");
 }
 
-// Text between tags, quoted values, comments, CDATA sections and declarations
-// are scanned several units at a time: every length must end where it ends,
-// and a text cut inside one must be reported.
-TEST(MarkupParse, ScannedStretchesOfEveryLength) {
-    for (size_t n = 0; n < 20; ++n) {
-        SCOPED_TRACE(n);
-        MarkupDocument doc;
-        for (size_t between : {size_t{0}, size_t{7}, size_t{8}, size_t{9}, size_t{17}}) {
-            const std::u16string text =
-                u"<r>" + std::u16string(n, u'中') + u"<a/>" + std::u16string(between, u'x') + u"<b>t</b></r>";
-            ASSERT_TRUE(doc.SetText(text + std::u16string(between, u' ')) && doc.FindElement(u"r")) << ResultOf(doc);
-            ASSERT_TRUE(doc.FindChildElement(u"a"));
-            const uint32_t a = doc.Record(doc.ChildCursor()).start;
-            ASSERT_TRUE(doc.FindChildElement(u"b"));
-            EXPECT_EQ(std::make_pair(a, doc.Record(doc.ChildCursor()).start), std::make_pair(uint32_t(3 + n), uint32_t(3 + n + 4 + between)));
-        }
-        const std::u16string value(n, u'值'), inner(n, u'c');
-        const std::u16string text = u"<!DOCTYPE r [<!ENTITY e \"" + value + u"\">]><r a=\"" + value + u"\" b='" + value +
-                                    u"\"'><!--" + inner + u"--><![CDATA[" + inner + u"]]><?p " + inner + u"?><c/></r>";
-        ASSERT_TRUE(doc.SetText(text) && doc.FindElement(u"r")) << ResultOf(doc);
-        EXPECT_EQ(doc.GetAttribute(u"a") + u"|" + doc.GetAttribute(u"b"), value + u"|" + value + u"\"");
-        ASSERT_TRUE(doc.FindChildElement(u"c"));
-        EXPECT_EQ(doc.Record(doc.ChildCursor()).start, text.size() - 8);
-        const std::pair<std::u16string_view, const char*> cuts[] = {
-            {u"<r a=\"", "unterminated_tag_syntax type=\"start_tag\""}, {u"<!--", "type=\"comment\""},
-            {u"<![CDATA[", "type=\"cdata_section\""}, {u"<!ENTITY e \"", "type=\"document_type\""}};
-        for (const auto& [opener, record] : cuts) {
-            EXPECT_FALSE(doc.SetText(text.substr(0, text.find(opener) + opener.size() + n)));
-            EXPECT_TRUE(HasRecord(doc, record)) << ResultOf(doc);
-        }
-    }
-}
-
 // Sets the text, enters the root and finds its child `child`.
 void Open(MarkupDocument& doc, const std::u16string& text, const std::u16string& child) {
     doc.SetText(text);
