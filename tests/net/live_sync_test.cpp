@@ -26,14 +26,15 @@ struct OneGalleryWorld {
 }  // namespace
 
 // Every broken reply of the service falls back on the catalogues and keeps what the tree had,
-// for the first tree, a full fetch, a class fetch and a class summary.
-TEST(LiveSync, EveryBrokenReplyFallsBackAndKeepsWhatTheTreeHad) {
+// for the first tree, a full fetch, a class fetch and a class summary. Then, with the service
+// sound, the summary, the full fetch and an added gallery follow the hour rule.
+TEST(LiveSync, BrokenRepliesFallBackAndSoundOnesFollowTheHourRule) {
     OneGalleryWorld w;
     test::ShortTimeouts timeouts;
     TestStore reference;
     test::BuildAndAdopt(reference);
     EXPECT_EQ(w.Count("/gallery/g_all_s"), 1);
-    const GalleryNode* gallery = reference.root->dirChildren[0];
+    GalleryNode* gallery = reference.root->dirChildren[0];
     const size_t blocks = CountBlocks(gallery);
     ASSERT_GT(blocks, 0u);
     const GalleryNode* first = gallery->dirChildren[0]->fileChildren[0];
@@ -65,6 +66,47 @@ TEST(LiveSync, EveryBrokenReplyFallsBackAndKeepsWhatTheTreeHad) {
         EXPECT_TRUE(store.staleClasses.empty());
         w.svc.faults().releaseHeld();
     }
+    w.svc.faults().clearAll();
+    const long summaries = w.Count("/gallery/g_cs_s"), classFetches = w.Count("/gallery/g_cs");
+    // Within the hour no summary is sent; after it, a class older here is marked stale.
+    RefreshClassSummary(reference, w.names[0]);
+    EXPECT_EQ(w.Count("/gallery/g_cs_s"), summaries);
+    GalleryNode* cls = gallery->dirChildren[0];
+    cls->version -= 1;
+    gallery->refreshTick -= kGalleryFreshMs + 1;
+    RefreshClassSummary(reference, w.names[0]);
+    EXPECT_EQ(w.Count("/gallery/g_cs_s"), summaries + 1);
+    EXPECT_EQ(reference.staleClasses.size(), 1u);
+    cls = FindNodeByPath(reference.root, clsPath);
+    ASSERT_NE(cls, nullptr);
+    EXPECT_EQ(cls->fileChildren.size(), classBlocks);  // the old node with its blocks survives
+
+    // Opening it fetches the class once; its folder goes.
+    ASSERT_TRUE(CreateDirectories(clsPath));
+    OpenClass(reference, clsPath);
+    OpenClass(reference, clsPath);
+    EXPECT_EQ(w.Count("/gallery/g_cs"), classFetches + 1);
+    EXPECT_TRUE(reference.staleClasses.empty());
+    EXPECT_FALSE(DirectoryExists(clsPath));
+    EXPECT_EQ(cls->fileChildren.size(), classBlocks);
+
+    // A full fetch of a gallery not in the tree adds it only when asked to.
+    EXPECT_FALSE(FetchGalleryFull(reference, w.names[1], false));
+    EXPECT_TRUE(FetchGalleryFull(reference, w.names[1], true));
+    ASSERT_EQ(reference.root->dirChildren.size(), 2u);
+    GalleryNode* added = reference.root->dirChildren[1];
+    const size_t classes = added->dirChildren.size();
+    EXPECT_GT(classes, 0u);
+    EXPECT_TRUE(FileExists(CataloguePath(w.names[1])));
+    // An added gallery reads its catalogue within the hour and fetches after it.
+    const long before = w.Count("/gallery/g_all");
+    for (int64_t past : {kGalleryFreshMs - 50, kGalleryFreshMs + 50}) {
+        ClearChildren(added);
+        reference.galleryFetchTicks[w.names[1]] = GetTickCount() - static_cast<uint32_t>(past);
+        OpenAddedGallery(reference, w.names[1]);
+        EXPECT_EQ(w.Count("/gallery/g_all"), before + (past > kGalleryFreshMs));
+        EXPECT_EQ(added->dirChildren.size(), classes);
+    }
 }
 
 TEST(LiveSync, ForcedRefreshRemovesDownloadedClassesOnce) {
@@ -86,55 +128,6 @@ TEST(LiveSync, ForcedRefreshRemovesDownloadedClassesOnce) {
         classPath = store.root->dirChildren[0]->dirChildren[0]->Path();
         ASSERT_TRUE(CreateDirectories(classPath));
         ASSERT_TRUE(WriteFileAtomic(classPath + u"/old.dwg", std::string(2000, 'x')));
-    }
-}
-
-TEST(LiveSync, SummaryFullFetchAndAddedGalleryFollowTheHourRule) {
-    OneGalleryWorld w;
-    TestStore store;
-    test::BuildAndAdopt(store);
-    GalleryNode* gallery = store.root->dirChildren[0];
-
-    // Within the hour no summary is sent; after it, a class older here is marked stale.
-    RefreshClassSummary(store, w.names[0]);
-    EXPECT_EQ(w.Count("/gallery/g_cs_s"), 0);
-    GalleryNode* cls = gallery->dirChildren[0];
-    const std::u16string clsPath = cls->Path();
-    const size_t blocks = cls->fileChildren.size();
-    cls->version -= 1;
-    gallery->refreshTick -= kGalleryFreshMs + 1;
-    RefreshClassSummary(store, w.names[0]);
-    EXPECT_EQ(w.Count("/gallery/g_cs_s"), 1);
-    EXPECT_EQ(store.staleClasses.size(), 1u);
-    cls = FindNodeByPath(store.root, clsPath);
-    ASSERT_NE(cls, nullptr);
-    EXPECT_EQ(cls->fileChildren.size(), blocks);  // the old node with its blocks survives
-
-    // Opening it fetches the class once; its folder goes.
-    ASSERT_TRUE(CreateDirectories(clsPath));
-    OpenClass(store, clsPath);
-    OpenClass(store, clsPath);
-    EXPECT_EQ(w.Count("/gallery/g_cs"), 1);
-    EXPECT_TRUE(store.staleClasses.empty());
-    EXPECT_FALSE(DirectoryExists(clsPath));
-    EXPECT_EQ(cls->fileChildren.size(), blocks);
-
-    // A full fetch of a gallery not in the tree adds it only when asked to.
-    EXPECT_FALSE(FetchGalleryFull(store, w.names[1], false));
-    EXPECT_TRUE(FetchGalleryFull(store, w.names[1], true));
-    ASSERT_EQ(store.root->dirChildren.size(), 2u);
-    GalleryNode* added = store.root->dirChildren[1];
-    const size_t classes = added->dirChildren.size();
-    EXPECT_GT(classes, 0u);
-    EXPECT_TRUE(FileExists(CataloguePath(w.names[1])));
-    // An added gallery reads its catalogue within the hour and fetches after it.
-    const long before = w.Count("/gallery/g_all");
-    for (int64_t past : {kGalleryFreshMs - 50, kGalleryFreshMs + 50}) {
-        ClearChildren(added);
-        store.galleryFetchTicks[w.names[1]] = GetTickCount() - static_cast<uint32_t>(past);
-        OpenAddedGallery(store, w.names[1]);
-        EXPECT_EQ(w.Count("/gallery/g_all"), before + (past > kGalleryFreshMs));
-        EXPECT_EQ(added->dirChildren.size(), classes);
     }
 }
 

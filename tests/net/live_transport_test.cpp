@@ -25,7 +25,8 @@ protected:
 
 }  // namespace
 
-TEST_F(LiveTransport, FormPostsReachTheServiceAndEveryFaultIsAFailure) {
+// Form posts, downloads and uploads against the service, each with every fault it can meet.
+TEST_F(LiveTransport, EveryCallReachesTheServiceAndEveryFaultIsAFailure) {
     std::u16string out;
     ASSERT_TRUE(PostForm(formUrl, u"", out));
     EXPECT_NE(out.find(u"<root"), std::u16string::npos);
@@ -47,23 +48,22 @@ TEST_F(LiveTransport, FormPostsReachTheServiceAndEveryFaultIsAFailure) {
         svc.faults().releaseHeld();
     }
     EXPECT_EQ(GetOptionInt(u"FNetUseInet", -2), 2);  // a failure never rewrites the remembered stack
-}
 
-// While an answer comes in, nothing stands under the target's name: a slow answer lands
-// whole, a broken one leaves nothing that could pass for a block and an existing file as it was.
-TEST_F(LiveTransport, DownloadsLandWholeOrNotAtAllAndNoTargetStandsBeforeTheBody) {
+    // While an answer comes in, nothing stands under the target's name: a slow answer lands
+    // whole, a broken one leaves nothing that could pass for a block and an existing file as it was.
+    svc.faults().clearAll();
     const std::u16string url = BlockUrl(), target = W(home.file("block.dwg")), fresh = W(home.file("fresh.dwg"));
     ASSERT_TRUE(DownloadFile(url, target, test::RecordingWindows::kPanel, 7));
     const std::string bytes = test::ReadBytes(U8(target));
     EXPECT_EQ(bytes.substr(0, 4), "AC10");
-    const auto progress = windows.Messages(MsgProgress);  // the job number in the high word
-    ASSERT_FALSE(progress.empty());
-    EXPECT_EQ(std::make_pair(progress.back().wParam, progress.back().lParam), std::make_pair(std::uintptr_t(7u << 16), std::intptr_t(bytes.size())));
+    const auto loaded = windows.Messages(MsgProgress);  // the job number in the high word
+    ASSERT_FALSE(loaded.empty());
+    EXPECT_EQ(std::make_pair(loaded.back().wParam, loaded.back().lParam), std::make_pair(std::uintptr_t(7u << 16), std::intptr_t(bytes.size())));
 
-    const std::pair<service::Fault, bool> cases[] = {
+    const std::pair<service::Fault, bool> downloads[] = {
         {{.latencyMs = 700}, true}, {{.dripBytesPerSecond = 6000}, true}, {{.status = 404}, false},
         {{.truncateAt = 100}, false}, {{.drop = true}, false}, {{.holdMs = 4000}, false}};
-    for (const auto& [fault, ok] : cases) {
+    for (const auto& [fault, ok] : downloads) {
         SCOPED_TRACE(service::FaultText(fault));
         (void)RemoveFile(fresh);
         svc.faults().set("/files/*", fault);
@@ -94,20 +94,19 @@ TEST_F(LiveTransport, DownloadsLandWholeOrNotAtAllAndNoTargetStandsBeforeTheBody
     EXPECT_FALSE(DownloadFile(url, W(home.file("no-such-folder/x.dwg")), 0, 0));
     EXPECT_FALSE(PathExists(W(home.file("no-such-folder"))));
     EXPECT_EQ(svc.counters().get("/files/*").count, before);
-}
 
-TEST_F(LiveTransport, UploadsReportTheirShareAndFailWithTheService) {
-    const std::u16string url = ServiceBaseUrl() + u"/gallery/lfupload";
-    std::u16string out;
-    // The service reads the archive and refuses this one with its reply word.
+    // Uploads: the service reads the archive and refuses this one with its reply word.
+    const std::u16string upload = ServiceBaseUrl() + u"/gallery/lfupload";
     test::WriteBytes(home.file("12345.zip"), "not really a zip");
-    EXPECT_TRUE(UploadFile(url, u"", W(home.file("12345.zip")), out, 0));
+    EXPECT_TRUE(UploadFile(upload, u"", W(home.file("12345.zip")), out, 0));
     EXPECT_EQ(out, u"error");
-    EXPECT_FALSE(UploadFile(url, u"", W(home.file("missing.zip")), out, 0));
+    EXPECT_FALSE(UploadFile(upload, u"", W(home.file("missing.zip")), out, 0));
     // Progress: wParam 2 and the share sent, rising to 100.
     test::WriteBytes(home.file("big.zip"), std::string(3 * 1024 * 1024, 'z'));
-    EXPECT_TRUE(UploadFile(url, u"", W(home.file("big.zip")), out, test::RecordingWindows::kPanel));
-    const auto progress = windows.Messages(MsgProgress);
+    const size_t earlier = windows.Messages(MsgProgress).size();
+    EXPECT_TRUE(UploadFile(upload, u"", W(home.file("big.zip")), out, test::RecordingWindows::kPanel));
+    auto progress = windows.Messages(MsgProgress);
+    progress.erase(progress.begin(), progress.begin() + static_cast<std::ptrdiff_t>(earlier));
     ASSERT_FALSE(progress.empty());
     for (size_t i = 0; i < progress.size(); ++i) {
         EXPECT_EQ(progress[i].wParam, 2u);
@@ -116,5 +115,5 @@ TEST_F(LiveTransport, UploadsReportTheirShareAndFailWithTheService) {
     EXPECT_EQ(progress.back().lParam, 100);
     EXPECT_EQ(svc.counters().get("/gallery/lfupload").count, 2);
     svc.faults().set("/gallery/lfupload", {.status = 500});
-    EXPECT_FALSE(UploadFile(url, u"", W(home.file("12345.zip")), out, 0));
+    EXPECT_FALSE(UploadFile(upload, u"", W(home.file("12345.zip")), out, 0));
 }

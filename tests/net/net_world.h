@@ -41,6 +41,35 @@ struct TestStore : GalleryStore {
     }
 };
 
+// A stack that answers every call as scripted, keeping the URLs asked for and,
+// given a log, its own number in the order of attempts.
+class ScriptedStack : public HttpStack {
+public:
+    explicit ScriptedStack(int number = 0, std::vector<int>* log = nullptr) : m_number(number), m_log(log) {}
+    bool succeed = true;
+    std::string reply;
+    std::vector<std::string> urls;
+    bool PostForm(const std::string& url, const std::string&, std::string& response) override {
+        response = reply;
+        return Attempt(url);
+    }
+    bool DownloadFile(const std::string& url, const std::u16string&, WindowHandle, uint16_t) override { return Attempt(url); }
+    bool UploadFile(const std::string& url, const std::u16string&, const std::u16string&, std::string& response,
+                    WindowHandle) override {
+        response = reply;
+        return Attempt(url);
+    }
+
+private:
+    bool Attempt(const std::string& url) {
+        urls.push_back(url);
+        if (m_log) m_log->push_back(m_number);
+        return succeed;
+    }
+    int m_number;
+    std::vector<int>* m_log;
+};
+
 // The first tree built and handed over to the owner, as the panel does at its start.
 inline void BuildAndAdopt(GalleryStore& store) {
     BuildFirstTree(store);

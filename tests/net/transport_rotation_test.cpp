@@ -1,44 +1,8 @@
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
-
-#include "net/http_transport.h"
-#include "platform/profile.h"
-#include "support/temp_home.h"
+#include "net_world.h"
 
 using namespace marrowfin;
+using marrowfin::test::ScriptedStack;
 using marrowfin::test::TempHome;
-
-namespace {
-
-// A stack that answers as scripted and records the order of attempts.
-class ScriptedStack : public HttpStack {
-public:
-    ScriptedStack(int number, std::vector<int>& log) : m_number(number), m_log(log) {}
-    bool succeed = false;
-    std::string reply;
-    bool PostForm(const std::string& url, const std::string&, std::string& response) override {
-        response = reply;
-        return Attempt(url);
-    }
-    bool DownloadFile(const std::string& url, const std::u16string&, WindowHandle, uint16_t) override { return Attempt(url); }
-    bool UploadFile(const std::string& url, const std::u16string&, const std::u16string&, std::string& response,
-                    WindowHandle) override {
-        response = reply;
-        return Attempt(url);
-    }
-
-private:
-    bool Attempt(const std::string&) {
-        m_log.push_back(m_number);
-        return succeed;
-    }
-    int m_number;
-    std::vector<int>& m_log;
-};
-
-}  // namespace
 
 // Stacks: 0 WinINet, 1 WinHTTP, 2 libcurl. Posts and downloads start at the remembered
 // winner (libcurl when none) and go round; uploads always go WinHTTP, libcurl, WinINet,
@@ -46,7 +10,7 @@ private:
 TEST(TransportRotation, StartsOnCurlThenRemembersTheWinner) {
     TempHome home;
     std::vector<int> log;
-    ScriptedStack stacks[] = {{0, log}, {1, log}, {2, log}};
+    ScriptedStack stacks[] = {ScriptedStack(0, &log), ScriptedStack(1, &log), ScriptedStack(2, &log)};
     for (int n = 0; n < 3; ++n) InstallHttpStack(n, &stacks[n]);
     enum Call { Post, Download, Upload };
     struct Step { int optionBefore; int winner; Call call; std::vector<int> attempts; int optionAfter; };

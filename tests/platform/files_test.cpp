@@ -1,12 +1,24 @@
+// Files, folders, paths, threads, ticks and window messages of the platform layer.
+
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 
+#include <atomic>
 #include <filesystem>
+#include <memory>
+#include <stdexcept>
+#include <tuple>
 
 #include "platform/files.h"
+#include "platform/paths.h"
+#include "platform/profile.h"
 #include "platform/text.h"
+#include "platform/threads.h"
+#include "platform/ticks.h"
+#include "platform/window_messages.h"
+#include "support/recording_windows.h"
 #include "support/temp_home.h"
 #include "support/test_paths.h"
 
@@ -61,4 +73,94 @@ TEST(Files, RemoveTreeCopyAndRename) {
     EXPECT_TRUE(RenameFile(a, b));
     EXPECT_EQ(test::ReadBytes(U8(b)), "A2");
     EXPECT_FALSE(FileExists(a) || RenameFile(a, b));
+}
+
+TEST(DocumentRoot, HonoursDocDirAndFallsBack) {
+    {
+        TempHome home;
+        const std::string custom = home.file("custom");
+        std::filesystem::create_directories(custom);
+        WriteOptionString(u"docDir", W(custom));
+        EXPECT_EQ(DocumentRoot(), W(custom));
+        WriteOptionString(u"docDir", u"");
+        EXPECT_EQ(DocumentRoot(), W(custom));  // computed once per process
+    }
+    // docDir names a folder that is gone: the documents folder is used, and docDir is
+    // written empty only when that is missing too.
+    for (bool documents : {true, false}) {
+        TempHome home;
+        if (!documents) std::filesystem::remove_all(home.documentsDir());
+        WriteOptionString(u"docDir", W(home.file("gone")));
+        EXPECT_EQ(DocumentRoot(), W(home.documentsDir()));
+        EXPECT_EQ(GetOptionString(u"docDir", u"?"), documents ? W(home.file("gone")) : u"");
+    }
+    TempHome home;
+    test::WriteBytes(home.configDir() + "/user-dirs.dirs", "# c\nXDG_DESKTOP_DIR=\"$HOME/D\"\nXDG_DOCUMENTS_DIR=\"$HOME/文档\"\n");
+    EXPECT_EQ(DocumentsFolder(), W(home.dir() + "/文档"));
+}
+
+TEST(PathHelpers, StemsAndNames) {
+    const std::tuple<const char16_t*, bool, const char16_t*> stems[] = {
+        {u"/a/b/门.dwg", false, u"门"}, {u"/a/b/门.dwg", true, u"门.dwg"}, {u"no-separator.dwg", false, u"no-separator.dwg"},
+        {u"/a.b/name", false, u"name"}, {u"/a/b.c.dwg", false, u"b.c"}};
+    for (const auto& [path, withExtension, stem] : stems) EXPECT_EQ(FileStem(path, withExtension), stem) << U8(path);
+    EXPECT_EQ(FileNameOf(u"/a/b/c.dwg"), u"c.dwg");
+    for (const char16_t* none : {u"/c.dwg", u"c.dwg", u"/a/"}) EXPECT_EQ(FileNameOf(none), u"") << U8(none);
+    EXPECT_EQ(ToLibrarySeparators(u"图库\\门窗\\a.dwg"), u"图库/门窗/a.dwg");
+    EXPECT_TRUE(DirectoryExists(HostFolder()));
+}
+
+TEST(Threads, AFailedStartAnswersFalseRunsNothingAndTheNextStartWorks) {
+    auto token = std::make_shared<int>(0);  // tells whether the work was let go
+    std::atomic<int> runs{0};
+    FailThreadStartsForTests(2);
+    std::thread t;
+    EXPECT_FALSE(StartThread(t, [&runs, token] { ++runs; }));
+    EXPECT_FALSE(StartDetachedThread([&runs, token] { ++runs; }));
+    EXPECT_FALSE(t.joinable());
+    EXPECT_EQ(token.use_count(), 1) << "the work of a failed start is destroyed";
+    ASSERT_TRUE(StartThread(t, [&runs, token] { ++runs; }));
+    t.join();
+    // A throwing body ends its worker, not the process.
+    ASSERT_TRUE(StartThread(t, [&runs] { ++runs; throw std::runtime_error("worker"); }));
+    t.join();
+    EXPECT_EQ(runs.load(), 2);
+}
+
+TEST(Ticks, DifferencesSurviveTheWrap) {
+    const uint32_t now = GetTickCount();
+    // Move the clock to 100 ms before the 32-bit wrap.
+    ShiftTicksForTest(static_cast<int64_t>(0xFFFFFFFFu - 100u) - now);
+    const uint32_t before = GetTickCount();
+    ShiftTicksForTest(250);
+    const uint32_t after = GetTickCount();
+    EXPECT_LT(after, 1000u);  // wrapped, yet the difference is right
+    EXPECT_GE(TicksSince(before), 250u);
+    EXPECT_LT(after - before, 5000u);
+    ShiftTicksForTest(-static_cast<int64_t>(0xFFFFFFFFu - 100u) + now - 250);
+}
+
+namespace {
+
+struct CountedPayload : MessagePayload {
+    explicit CountedPayload(std::atomic<int>& c) : freed(c) {}
+    ~CountedPayload() override { ++freed; }
+    std::atomic<int>& freed;
+};
+
+}  // namespace
+
+// The order of posts from several threads is the window system's own (see the Qt layer's tests).
+TEST(WindowMessages, PayloadsAreFreedWhenNobodyTakesThem) {
+    std::atomic<int> freed{0};
+    InstallWindowSystem(nullptr);
+    EXPECT_FALSE(PostWindowMessage(1, 2526, 0, 0, std::make_unique<CountedPayload>(freed)));  // no window system yet
+    test::RecordingWindows windows;
+    EXPECT_FALSE(PostWindowMessage(9, 2526, 0, 0, std::make_unique<CountedPayload>(freed)));  // a dead window
+    EXPECT_EQ(freed, 2);
+    EXPECT_FALSE(PostWindowMessage(0, 2526));
+    EXPECT_TRUE(PostText(1, 2526, 4, u"path"));
+    ASSERT_EQ(windows.Messages(2526).size(), 1u);
+    EXPECT_EQ(windows.Messages(2526)[0].text, u"path");
+    EXPECT_EQ(SendWindowMessage(1, 100, 5) + SendWindowMessage(9, 100, 5), 105);
 }

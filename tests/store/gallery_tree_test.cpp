@@ -15,17 +15,23 @@ GalleryNode* Entry(const std::u16string& owner, const GalleryNode* block, Galler
     return n;
 }
 
+// Blocks are added as read in bulk (name only): their path, owner and URL follow the class
+// on every road that looks at them.
 TEST_F(Tree, ChildrenLookupsAndFilters) {
     GalleryNode orphan(u"", u"/r", kRootName, kKindDir, false, false, 0);
     orphan.parent = store.root;
     EXPECT_TRUE(IsRoot(*store.root));
     EXPECT_FALSE(IsRoot(orphan));  // the name alone does not make a root
     GalleryNode* g = AddGallery(u"G");
-    GalleryNode* c1 = AddClass(g, u"C1", 1, u"");
+    GalleryNode* c1 = AddClass(g, u"C1", 1, u"http://h/c1");
     GalleryNode* c2 = AddClass(g, u"C2", 1, u"");
     GalleryNode* door = AddBlock(c1, u"DoorFrame.dwg", 1, false);
     GalleryNode* win = AddBlock(c1, u"Window.dwg", 1, false);
     GalleryNode* cn = AddBlock(c2, u"木门OOR.dwg", 1, false);
+    EXPECT_EQ(std::u16string(door->OwnerName()) + u"|" + DownloadUrl(*door), u"C1|http://h/c1/DoorFrame.dwg");
+    EXPECT_TRUE(door->PathIs(rootPath + u"/G/C1/DoorFrame.dwg"));
+    for (const std::u16string& other : {rootPath + u"/G/C1xDoorFrame.dwg", rootPath + u"/G/C1/xDoorFrame.dwg", rootPath + u"/G/C1/"})
+        EXPECT_FALSE(door->PathIs(other)) << U8(other);  // the slash and the whole last name count
     // Common-use and recent entries for the same blocks, ahead of them in the walk.
     GalleryNode* common = Entry(kCommonUseTag, door, g, true);
     GalleryNode* recent = Entry(kRootName, win, store.root, true);
@@ -39,13 +45,16 @@ TEST_F(Tree, ChildrenLookupsAndFilters) {
     EXPECT_EQ(FindNodeByPath(store.root, rootPath), store.root);
     for (const std::u16string& path : {door->Path(), c1->Path() + u"/", rootPath + u"/g/C2"})
         EXPECT_EQ(FindNodeByPath(store.root, path), nullptr) << U8(path);  // dirs only, whole and case-sensitive
-    EXPECT_EQ(FindBlockByPath(store.root, win->Path(), true), win);
-    EXPECT_EQ(FindBlockByPath(store.root, win->Path(), false), recent);
-    EXPECT_EQ(FindBlockByPath(g, door->Path(), true), door);  // the common-use entry is never the answer
     GalleryNode only(u"C2", rootPath + u"/G/C2/only.dwg", u"only", kKindFile, false, false, 0);
     Entry(kCommonUseTag, &only, g, false);
-    EXPECT_EQ(FindBlockByPath(store.root, only.Path(), true), nullptr);
-    EXPECT_EQ(FindBlockByPath(store.root, u"", true), nullptr);
+    const std::tuple<GalleryNode*, std::u16string, bool, GalleryNode*> blocks[] = {
+        {store.root, win->Path(), true, win}, {store.root, win->Path(), false, recent},
+        {g, door->Path(), true, door},  // the common-use entry is never the answer
+        {store.root, only.Path(), true, nullptr}, {store.root, u"", true, nullptr},
+        {store.root, c1->Path() + u"/", true, nullptr}, {store.root, door->Path() + u"x", true, nullptr},
+    };
+    for (const auto& [from, path, skipRoot, expected] : blocks)
+        EXPECT_EQ(FindBlockByPath(from, path, skipRoot), expected) << U8(path) << skipRoot;
 
     const std::tuple<GalleryNode*, const char16_t*, bool, Nodes> filters[] = {
         {store.root, u"oOr", false, {door, cn}},  // folds case, skips common-use entries
@@ -76,28 +85,78 @@ TEST_F(Tree, ChildrenLookupsAndFilters) {
     delete a1;
 }
 
-TEST_F(Tree, RenameNode) {
-    GalleryNode* c = AddClass(AddGallery(u"G"), u"C", 1, u"");
+// Renames and removals, read through the whole tree afterwards: a renamed block keeps its
+// extension and the URL of its old name, a renamed class carries its blocks along, and a
+// block taken out keeps its path, owner and URL without a parent.
+TEST_F(Tree, RenameAndRemove) {
+    GalleryNode* c = AddClass(AddGallery(u"G"), u"C", 1, u"http://h/c");
     GalleryNode* b = AddBlock(c, u"a.b.dwg", 1, false);
+    GalleryNode* out = AddBlock(c, u"out.dwg", 2, true);
     GalleryNode* sub = new GalleryNode(u"C", c->Path() + u"/S", u"S", kKindDir, false, false, 0);
     AddChild(c, sub, false);
-    GalleryNode* deep = AddBlock(sub, u"d.dwg", 1, false);
-    GalleryNode* plain = AddBlock(c, u"noext", 1, false);
+    AddBlock(sub, u"d.dwg", 1, false);
+    GalleryNode* plain = new GalleryNode(u"C", c->Path() + u"/noext", u"noext", kKindFile, false, false, 3);
+    AddChild(c, plain, false);
     auto* dotted = new GalleryNode(u"x", u"/r/a.b/file", u"file", kKindFile, false, false, 0);
     AddChild(sub, dotted, false);
 
-    RenameNode(c, u"New");  // children follow one level down, keeping their names
     RenameNode(b, u"z");    // the old extension with its dot stays
+    RenameNode(c, u"New");  // children follow one level down, keeping their names
     RenameNode(plain, u"other");   // no extension: unchanged
     RenameNode(dotted, u"other");  // a dot before the last separator is no extension
     RenameNode(store.root, u"Elsewhere");
-    const std::pair<GalleryNode*, std::u16string> expected[] = {
-        {c, u"New|" + rootPath + u"/G/New"}, {b, u"z|" + rootPath + u"/G/New/z.dwg"},
-        {sub, u"S|" + rootPath + u"/G/C/S"}, {deep, u"d.dwg|" + rootPath + u"/G/C/S/d.dwg"},
-        {plain, u"noext|" + rootPath + u"/G/New/noext"}, {dotted, u"file|/r/a.b/file"},
-        {store.root, std::u16string(kRootName) + u"|" + rootPath},
-    };
-    for (const auto& [node, text] : expected) EXPECT_EQ(node->name + u"|" + node->Path(), text);
+    EXPECT_EQ(FindBlockByPath(store.root, rootPath + u"/G/New/z.dwg", true), b);
+    EXPECT_EQ(FindBlockByPath(store.root, rootPath + u"/G/New/out.dwg", true), out);
+    ASSERT_TRUE(RemoveChild(c, out));
+    OwnedNode taken(out);
+    EXPECT_EQ(taken->parent, nullptr);
+    const std::u16string r = rootPath;
+    EXPECT_EQ(DumpTree(taken.get()) + DumpTree(store.root),
+              u"New|out.dwg|" + r + u"/G/New/out.dwg|file|http://h/c/out.dwg|0|2|h|-\n"
+              u"|Orsolen|" + r + u"|dir||0|0|-|-\n"
+              u"  Orsolen|G|" + r + u"/G|dir||0|0|-|-\n"
+              u"    G|New|" + r + u"/G/New|dir|http://h/c|1|0|-|-\n"
+              u"      C|z|" + r + u"/G/New/z.dwg|file|http://h/c/a.b.dwg|0|1|-|-\n"
+              u"      C|noext|" + r + u"/G/New/noext|file||0|3|-|-\n"
+              u"      C|S|" + r + u"/G/C/S|dir||0|0|-|-\n"
+              u"        S|d.dwg|" + r + u"/G/C/S/d.dwg|file|/d.dwg|0|1|-|-\n"
+              u"        x|file|/r/a.b/file|file||0|0|-|-\n");
+}
+
+// Node texts are deep copies that survive assignment from themselves; child arrays keep
+// their order through inserts, erasures and growth.
+TEST(NodeStorage, TextsAndChildArrays) {
+    NodeText empty;
+    EXPECT_TRUE(empty.empty() && empty.size() == 0u && empty == u"");
+    NodeText text(u"门窗_1.dwg");
+    NodeText copy = text;
+    EXPECT_NE(copy.data(), text.data());
+    EXPECT_EQ(copy, text);
+    copy = copy;
+    EXPECT_EQ(copy, u"门窗_1.dwg");
+    copy = std::u16string_view(copy).substr(2);  // assigned from a view of itself
+    EXPECT_EQ(copy, u"_1.dwg");
+    EXPECT_LT(copy, text);
+    EXPECT_EQ(u"/" + text, u"/门窗_1.dwg");
+    NodeText moved = std::move(text);
+    EXPECT_EQ(moved.size(), 8u);
+    copy = NodeText();
+    EXPECT_TRUE(copy.empty());
+
+    std::vector<GalleryNode> nodes(40);
+    ChildArray children;
+    EXPECT_EQ(children.begin(), children.end());
+    for (auto& n : nodes) children.push_back(&n);
+    EXPECT_EQ(children.back(), &nodes[39]);
+    children.insert(children.begin() + 1, &nodes[39]);
+    children.erase(children.end() - 1);
+    children.erase(children.begin() + 2, children.begin() + 40);
+    EXPECT_EQ(children, (Nodes{&nodes[0], &nodes[39]}));
+    ChildArray kept = children;
+    Nodes taken = std::exchange(children, {});
+    EXPECT_TRUE(children.empty());
+    EXPECT_EQ(kept, taken);
+    EXPECT_THROW((void)kept.at(2), std::out_of_range);
 }
 
 TEST_F(Tree, RebuildKeepsOldClassesAndMarksNewOnesStale) {

@@ -12,6 +12,7 @@
 #include "store/gallery_store.h"
 #include "store/gallery_tree.h"
 #include "support/temp_home.h"
+#include "support/tree_dump.h"
 #include "support/test_paths.h"
 
 namespace marrowfin::test {
@@ -37,9 +38,9 @@ protected:
         AddChild(gallery, c, false);
         return c;
     }
+    // A block as read in bulk: its path, owner and URL follow from the class.
     static GalleryNode* AddBlock(GalleryNode* cls, const std::u16string& fn, int32_t size, bool hidden) {
-        auto* b = new GalleryNode(cls->name, cls->Path() + u"/" + fn, fn, kKindFile, hidden, false, size);
-        b->remoteBase = cls->remoteBase + u"/" + fn;
+        GalleryNode* b = NewBlock(fn, hidden, false, size);
         AddChild(cls, b, false);
         return b;
     }
