@@ -1,14 +1,9 @@
-// Pages, the search commands and the buttons that talk to the service.
+// The pages whose buttons talk to the stand-in service.
 #include <gtest/gtest.h>
 
-#include <QTimer>
 #include <QtTest/QTest>
 
-#include "marrowfin/marrowfin.h"
 #include "net/gallery_sync.h"
-#include "panel/dialog/host_requests.h"
-#include "store/store_ini.h"
-#include "panel/dialog/hot_words.h"
 #include "panel_world.h"
 #include "platform/text.h"
 #include "support/live_service.h"
@@ -17,124 +12,6 @@
 
 using namespace marrowfin;
 using namespace marrowfin::test;
-
-namespace {
-
-// What stands where on each page.
-void ExpectPage(PanelWorld& w, int page) {
-    CBrindleDlg& p = *w.panel;
-    const bool browse = !IsSearchPage(page);
-    EXPECT_EQ(p.m_page, page);
-    EXPECT_EQ(w.Shown(p.m_classList), browse);
-    EXPECT_EQ(w.Shown(p.m_searchEdit), !browse);
-    EXPECT_EQ(w.ButtonShown(2100), page == PageCollection);
-    if (!browse) {
-        EXPECT_FALSE(w.Shown(p.m_pThumbList) || w.VisibleSubclassButtons() || w.ButtonShown(2151));
-    }
-}
-
-}  // namespace
-
-TEST(Pages, EachPageShowsItsWidgetsLeavingASearchReopensTheClassAndTheCollectionsHaveNoDefaultWord) {
-    PanelWorld w;
-    GalleryNode* g = w.AddGallery({u"五金", 3, 2});
-    GalleryNode* mine = w.AddCollections(7, {u"夹1"}, 2);
-    w.MakePanel();
-    CBrindleDlg& p = *w.panel;
-    ASSERT_TRUE(w.OpenRow(2));
-    ExpectPage(w, PageBrowse);
-    EXPECT_EQ(w.VisibleSubclassButtons(), 3);
-
-    w.ClickButton(2158);
-    ExpectPage(w, PageSearch);
-    EXPECT_TRUE(p.m_searchUntouched);
-    // The same page again changes nothing.
-    p.m_searchUntouched = false;
-    p.GoToPage(PageSearch);
-    EXPECT_FALSE(p.m_searchUntouched);
-
-    w.ClickButton(2202);
-    ExpectPage(w, PageBrowse);
-    EXPECT_FALSE(p.m_searchUntouched);
-    EXPECT_TRUE(IsTimerRunning(p.Handle(), 1011));
-    ASSERT_TRUE(w.WaitForSwitch());
-    EXPECT_EQ(p.m_curClassPath, g->dirChildren[0]->Path());
-
-    w.SignIn(7);
-    ASSERT_TRUE(w.OpenRow(1));
-    ExpectPage(w, PageCollection);
-    EXPECT_EQ(p.m_curClassPath, mine->dirChildren[0]->Path());
-    // A browse argument on a browse page changes nothing.
-    p.GoToPage(PageBrowse);
-    EXPECT_EQ(p.m_page, PageCollection);
-
-    // "搜索收藏": the collection's blocks come from the service; offline the page stays, empty.
-    w.ClickButton(2104);
-    ExpectPage(w, PageCollectionSearch);
-    ASSERT_TRUE(PumpUntil([&] { return !p.m_collectionRowsPending; }));
-    EXPECT_TRUE(p.m_collectionRows.empty());
-    w.ClickButton(2202, 500);
-    ExpectPage(w, PageCollection);
-    ASSERT_TRUE(w.WaitForSwitch());
-    EXPECT_EQ(p.m_curClassPath, mine->dirChildren[0]->Path());
-    ExpectPage(w, PageCollection);
-
-    // The whole-library search from the collections, and back.
-    w.ClickButton(2158);
-    ExpectPage(w, PageSearch);
-    w.ClickButton(2202, 500);
-    ASSERT_TRUE(w.WaitForSwitch());
-    ExpectPage(w, PageCollection);
-
-    // In the collections an empty box stops: no default word.
-    g_defaultHotWord = QStringLiteral("螺栓");
-    w.ClickButton(2104, 500);
-    ASSERT_EQ(p.m_page, PageCollectionSearch);
-    ASSERT_TRUE(PumpUntil([&] { return !p.m_collectionRowsPending; }));
-    w.ClickButton(2201);
-    EXPECT_TRUE(p.m_searchEdit->text().isEmpty());
-    EXPECT_TRUE(p.m_searchUntouched);  // nothing was searched
-    EXPECT_EQ(p.m_searchState, 0);
-}
-
-TEST(Pages, SearchCommandsAreDampedAndAnEmptyBoxTakesTheDefaultWord) {
-    PanelWorld w;
-    w.AddGallery({u"五金", 2, 2});
-    w.MakePanel();
-    CBrindleDlg& p = *w.panel;
-    g_defaultHotWord = QStringLiteral("螺栓");
-    w.ClickButton(2158);
-    ASSERT_EQ(p.m_page, PageSearch);
-
-    QTest::keyClicks(p.m_searchEdit, QStringLiteral("abc"));
-    EXPECT_TRUE(w.ButtonShown(2200));
-    w.ClickButton(2200);
-    EXPECT_TRUE(p.m_searchEdit->text().isEmpty());
-    EXPECT_FALSE(w.ButtonShown(2200));
-
-    // Within 450 ms of the last accepted command a press is ignored.
-    QTest::keyClicks(p.m_searchEdit, QStringLiteral("de"));
-    w.ClickButton(2200);
-    EXPECT_EQ(p.m_searchEdit->text(), QStringLiteral("de"));
-    w.ClickButton(2200, 460);
-    EXPECT_TRUE(p.m_searchEdit->text().isEmpty());
-
-    // "搜索" forgets the last press and runs at once; the empty box searches the default word.
-    w.ClickButton(2201);
-    EXPECT_EQ(p.m_searchEdit->text(), QStringLiteral("螺栓"));
-    // "返回" right after it is damped, later it leaves the page.
-    w.ClickButton(2202);
-    EXPECT_EQ(p.m_page, PageSearch);
-    ShiftTicksForTest(460);
-    p.m_rows.resize(3);
-    p.m_downloadQueue[1] = BlockRow{};
-    w.ClickButton(2202);
-    EXPECT_EQ(p.m_page, PageBrowse);
-    EXPECT_TRUE(p.m_rows.empty());
-    EXPECT_TRUE(p.m_downloadQueue.empty());  // waiting downloads go with the page
-    EXPECT_TRUE(p.m_searchEdit->text().isEmpty());
-    ASSERT_TRUE(w.WaitForSwitch());
-}
 
 TEST(LivePages, CollectionSearchListsTheCloudBlocksAndFiltersThem) {
     PanelWorld w(SampleLibrary());
@@ -249,57 +126,6 @@ TEST(LivePages, DownloadGalleryButtonTipsOnFailureAndFillsTheGalleryOnSuccess) {
     EXPECT_EQ(w.VisibleSubclassButtons(), static_cast<int>(std::min<size_t>(18, gallery->dirChildren.size())));
     EXPECT_EQ(p.m_curClassPath, gallery->dirChildren[0]->Path());
     EXPECT_TRUE(w.Shown(p.m_pThumbList));
-}
-
-TEST(Pages, CollectionsRowWithoutUserOrFolderAndTheHostButtons) {
-    RecordingHost host;
-    SetApplicationMainWindow(&host);
-    PanelWorld w;
-    w.AddGallery({u"五金", 2, 2});
-    w.MakePanel();
-    CBrindleDlg& p = *w.panel;
-    ASSERT_EQ(p.hostWindow, HandleOf(&host));
-    ASSERT_TRUE(w.OpenRow(2));
-    const int gallery = p.m_classIndex;
-
-    // Not signed in and the host signs nobody in: the collections cannot be
-    // read, so the panel goes back to the gallery it came from.
-    ASSERT_TRUE(w.OpenRow(1));
-    EXPECT_EQ(host.Requests(MARROWFIN_REQUEST_SIGN_IN, MARROWFIN_REQUEST_SIGN_IN).size(), 1u);
-    EXPECT_EQ(p.m_page, PageBrowse);
-    EXPECT_EQ(p.m_classIndex, gallery);
-    EXPECT_EQ(p.m_classList->GetSelectedRow(), gallery);
-    EXPECT_FALSE(w.ButtonShown(2100));
-
-    // Signed in without a mirror folder: the empty collection offers "添加图块".
-    w.SignIn(8);
-    ASSERT_TRUE(w.OpenRow(1));
-    EXPECT_EQ(p.m_classIndex, 1);
-    EXPECT_EQ(p.m_curClassPath, NumberedCollectionFolder(8));
-    EXPECT_TRUE(w.ButtonShown(2150));
-    EXPECT_FALSE(w.ButtonShown(2151));
-    EXPECT_FALSE(w.Shown(p.m_pThumbList));
-
-    // "不替换" remembers the answer and reopens the collections.
-    p.Button(2156)->show();
-    w.ClickButton(2156);
-    EXPECT_EQ(ReadOldCollectTip(), u"1");
-    EXPECT_TRUE(p.m_forceList);
-    EXPECT_EQ(p.m_pendingClass, 1);
-    EXPECT_TRUE(IsTimerRunning(p.Handle(), 2000));
-    ASSERT_TRUE(w.WaitForSwitch());
-
-    // "统计" and "反馈" are notices to the host; the feedback wait ends when the host sets the user.
-    w.ClickButton(2154);
-    Pump(30);
-    EXPECT_EQ(host.NoticeOrder(), (std::vector<std::intptr_t>{16}));
-    QTimer::singleShot(150, [&] { p.userId = 8; });
-    w.ClickButton(2153);
-    Pump(30);
-    EXPECT_EQ(p.userId, 8);
-    EXPECT_TRUE(p.isEnabled());
-    EXPECT_EQ(host.NoticeOrder(), (std::vector<std::intptr_t>{16, 13}));
-    SetApplicationMainWindow(nullptr);
 }
 
 TEST(LivePages, SwitchingRefreshesAStaleGalleryAndOpeningAStaleClassFetchesItsBlocks) {
