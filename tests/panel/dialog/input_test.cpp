@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <QApplication>
+#include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPaintEvent>
 #include <QThread>
@@ -33,6 +34,16 @@ void Mouse(CBrindleDlg& panel, QEvent::Type type, QPoint global) {
     const Qt::MouseButtons held = type == QEvent::MouseButtonRelease ? Qt::NoButton : Qt::LeftButton;
     QMouseEvent event(type, QPointF(panel.mapFromGlobal(global)), QPointF(global), button, held, Qt::NoModifier);
     QCoreApplication::sendEvent(&panel, &event);
+}
+
+// A key as the host's loop hands it to GaDllPretanslateMsg; one the panel
+// leaves goes on to `receiver`. Answers whether the panel took it.
+bool PressKey(CBrindleDlg& panel, QObject* receiver, int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier,
+              bool release = false) {
+    QKeyEvent event(release ? QEvent::KeyRelease : QEvent::KeyPress, key, modifiers);
+    const bool consumed = panel.PreTranslateMessage(receiver, &event);
+    if (!consumed && receiver) QCoreApplication::sendEvent(receiver, &event);
+    return consumed;
 }
 
 }  // namespace

@@ -1,87 +1,13 @@
 // The pages whose buttons talk to the stand-in service.
 #include <gtest/gtest.h>
 
-#include <QtTest/QTest>
-
 #include "net/gallery_sync.h"
 #include "panel_world.h"
-#include "platform/text.h"
 #include "support/live_service.h"
-#include "support/test_paths.h"
 #include "user_state.h"
 
 using namespace marrowfin;
 using namespace marrowfin::test;
-
-TEST(LivePages, CollectionSearchListsTheCloudBlocksAndFiltersThem) {
-    PanelWorld w(SampleLibrary());
-    w.ServeCollection(42);
-    GalleryNode* mine = w.AddCollections(42, {u"收藏夹1"}, 0);
-    WriteBytes(U8(mine->dirChildren[0]->Path()) + "/螺母.dwg", std::string(2000, 'x'));
-    w.MakePanel();
-    CBrindleDlg& p = *w.panel;
-    w.SignIn(42);
-    ASSERT_TRUE(w.OpenRow(1));
-    ASSERT_EQ(p.m_page, PageCollection);
-
-    w.ClickButton(2104);
-    ASSERT_EQ(p.m_page, PageCollectionSearch);
-    ASSERT_TRUE(PumpUntil([&] { return !p.m_collectionRowsPending; }));
-    EXPECT_EQ(w.service.counters().get("/gallery/get_u_collect").count, 1);
-    ASSERT_EQ(p.m_collectionRows.size(), 3u);
-    const BlockRow* nut = nullptr;
-    for (const BlockRow& row : p.m_collectionRows) {
-        EXPECT_EQ(row.klass, QStringLiteral("我的收藏"));
-        EXPECT_EQ(row.subclass, QStringLiteral("收藏夹1"));
-        EXPECT_TRUE(row.prefetch);
-        EXPECT_EQ(row.path, QString::fromStdU16String(NumberedCollectionFolder(42)) + QStringLiteral("/收藏夹1/") + row.name);
-        if (row.name == QStringLiteral("螺母.dwg")) {
-            nut = &row;
-        } else {
-            EXPECT_EQ(row.state, RowRemote);
-            EXPECT_FALSE(row.boutique);
-        }
-    }
-    ASSERT_NE(nut, nullptr);
-    EXPECT_EQ(nut->state, RowCollected);  // its file is in the mirror
-    EXPECT_TRUE(nut->boutique);
-
-    // The filter folds case and shows the hits; nothing found, the state says so and the old hits go.
-    struct Query {
-        const char16_t* text;
-        size_t hits;
-        int state;
-    };
-    for (const Query& q : {Query{u"BOLT", 1, 0}, Query{u"螺", 2, 0}, Query{u"垫圈", 0, 3}}) {
-        SCOPED_TRACE(QString::fromUtf16(q.text).toStdString());
-        const QString text = QString::fromUtf16(q.text);
-        p.m_searchEdit->clear();
-        // Typed where the test keyboard has the keys.
-        text.front().unicode() < 0x80 ? QTest::keyClicks(p.m_searchEdit, text) : p.m_searchEdit->setText(text);
-        w.ClickButton(2201);
-        Pump(30);
-        EXPECT_EQ(p.m_lastSearch, text.toLower());
-        EXPECT_EQ(p.m_rows.size(), q.hits);
-        EXPECT_EQ(p.m_searchState, q.state);
-        EXPECT_EQ(w.Shown(p.m_searchList), q.hits > 0);
-        if (q.hits == 1) {
-            EXPECT_EQ(p.m_rows[0].name, QStringLiteral("Bolt-Large.dwg"));
-        }
-    }
-
-    // A failing service leaves the page open with nothing to filter.
-    w.ClickButton(2202, 500);
-    ASSERT_TRUE(w.WaitForSwitch());
-    service::Fault fault;
-    fault.status = 500;
-    w.service.faults().set("/gallery/get_u_collect", fault);
-    w.ClickButton(2104);
-    EXPECT_EQ(p.m_page, PageCollectionSearch);
-    ASSERT_TRUE(PumpUntil([&] { return !p.m_collectionRowsPending; }));
-    EXPECT_TRUE(p.m_collectionRows.empty());
-    EXPECT_EQ(p.m_searchState, 0);
-    EXPECT_EQ(w.service.counters().get("/gallery/get_u_collect").count, 2);
-}
 
 TEST(LivePages, DownloadGalleryButtonTipsOnFailureAndFillsTheGalleryOnSuccess) {
     PanelWorld w(SampleLibrary());
