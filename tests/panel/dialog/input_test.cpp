@@ -5,8 +5,8 @@
 #include <gtest/gtest.h>
 
 #include <QApplication>
+#include <QKeyEvent>
 #include <QMouseEvent>
-#include <QPaintEvent>
 #include <QThread>
 
 #include "net/download_queue.h"
@@ -33,6 +33,16 @@ void Mouse(CBrindleDlg& panel, QEvent::Type type, QPoint global) {
     const Qt::MouseButtons held = type == QEvent::MouseButtonRelease ? Qt::NoButton : Qt::LeftButton;
     QMouseEvent event(type, QPointF(panel.mapFromGlobal(global)), QPointF(global), button, held, Qt::NoModifier);
     QCoreApplication::sendEvent(&panel, &event);
+}
+
+// A key as the host's loop hands it to GaDllPretanslateMsg; one the panel
+// leaves goes on to `receiver`. Answers whether the panel took it.
+bool PressKey(CBrindleDlg& panel, QObject* receiver, int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier,
+              bool release = false) {
+    QKeyEvent event(release ? QEvent::KeyRelease : QEvent::KeyPress, key, modifiers);
+    const bool consumed = panel.PreTranslateMessage(receiver, &event);
+    if (!consumed && receiver) QCoreApplication::sendEvent(receiver, &event);
+    return consumed;
 }
 
 }  // namespace
@@ -143,33 +153,11 @@ TEST(PanelInput, FocusFollowsTheMouseTheTitleBandDragsAndTheBackgroundRegionsAct
     EXPECT_EQ(panel.pos(), start + QPoint(-20, 10));
     Pump(1000);  // the class list is built and its first row switched to
 
-    // The "全库搜索" box opens the search page; the edit's focus repaints the
-    // box there, and on the search page a click in the box focuses the edit.
-    struct PaintSpy : QObject {
-        QRegion painted;
-        bool eventFilter(QObject*, QEvent* event) override {
-            if (event->type() == QEvent::Paint) painted += static_cast<QPaintEvent*>(event)->region();
-            return false;
-        }
-    } spy;
-    const QRect box = ScaleRect(11, 39, 689, 65);
-    auto focusRound = [&] {
-        Pump(50);
-        spy.painted = QRegion();
-        panel.installEventFilter(&spy);
-        panel.m_searchEdit->setFocus();
-        Pump(50);
-        panel.setFocus();
-        Pump(50);
-        panel.removeEventFilter(&spy);
-        return spy.painted;
-    };
-    EXPECT_FALSE(focusRound().intersects(QRect(box.left(), box.top(), 20, box.height())));  // browsing: no repaint
+    // The "全库搜索" box opens the search page; there a click in the box focuses the edit.
     Click(&panel, QPoint(ScaleUnits(127), ScaleUnits(90)));  // just outside the box
     EXPECT_EQ(panel.m_page, PageBrowse);
     Click(&panel, QPoint(ScaleUnits(126), ScaleUnits(101)));
     ASSERT_EQ(panel.m_page, PageSearch);
-    EXPECT_TRUE(focusRound().contains(box));
     Click(&panel, QPoint(ScaleUnits(13), ScaleUnits(41)));
     EXPECT_TRUE(panel.m_searchEdit->hasFocus());
     EXPECT_EQ(panel.m_page, PageSearch);

@@ -9,6 +9,7 @@
 
 #include "panel/dialog/collection_rows.h"
 #include "panel/dialog/hot_words.h"
+#include "support/test_paths.h"
 #include "panel_world.h"
 #include "platform/text.h"
 #include "store/show_list.h"
@@ -101,12 +102,22 @@ TEST(ServiceWait, FirstRunClassTableComesFromAWorkerInTheDesignedOrder) {
     EXPECT_EQ(GetOptionInt(u"RequestNetwork", -7), -7);
 }
 
-TEST(ServiceWait, CollectionRowsComeFromAWorkerAndALateAnswerIsDropped) {
+// The collection's blocks: asked for on a worker while the page waits, listed
+// and filtered when they land; an answer for a page the user has left is
+// dropped, and a failing service leaves the page open and empty.
+TEST(LivePages, CollectionSearchWaitsForTheCloudBlocksFiltersThemAndDropsLateAnswers) {
     PanelWorld w(SampleLibrary());
-    w.ServeCollection(42);
-    w.AddCollections(42, {u"收藏夹1"}, 0);
+    // User 42 keeps "螺栓M8.dwg", "螺母.dwg" (a boutique block, also in the mirror) and "Bolt-Large.dwg".
+    ASSERT_TRUE(w.service.users().addUser(42, "token-42"));
+    int64_t folder = 0;
+    ASSERT_EQ(w.service.users().addFolder(42, "收藏夹1", &folder), "");
+    for (const std::string name : {"螺栓M8.dwg", "螺母.dwg", "Bolt-Large.dwg"})
+        w.service.users().addBlock({0, folder, name, "收藏夹1", 3000, name == "螺母.dwg"});
+    GalleryNode* mine = w.AddCollections(42, {u"收藏夹1"}, 0);
+    WriteBytes(U8(mine->dirChildren[0]->Path()) + "/螺母.dwg", std::string(2000, 'x'));
     w.MakePanel();
     CBrindleDlg& p = *w.panel;
+    auto asked = [&] { return w.service.counters().get("/gallery/get_u_collect").count; };
     w.SignIn(42);
     ASSERT_TRUE(w.OpenRow(1));
     ASSERT_EQ(p.m_page, PageCollection);
@@ -118,7 +129,6 @@ TEST(ServiceWait, CollectionRowsComeFromAWorkerAndALateAnswerIsDropped) {
     EXPECT_TRUE(p.m_collectionRowsPending);
     EXPECT_EQ(p.m_searchState, 1);  // "图块加载中，请稍候"
     ASSERT_TRUE(PumpUntil([&] { return witness.ticksWhileAsked >= 5; }));
-    w.Render(QStringLiteral("collection_search_waiting"));
 
     // A filter asked for before the rows came runs when they land.
     p.m_searchEdit->setText(QStringLiteral("螺"));
@@ -127,13 +137,41 @@ TEST(ServiceWait, CollectionRowsComeFromAWorkerAndALateAnswerIsDropped) {
     EXPECT_EQ(p.m_searchState, 1);
     w.service.faults().releaseHeld();
     ASSERT_TRUE(PumpUntil([&] { return !p.m_collectionRowsPending; }));
-    EXPECT_EQ(p.m_collectionRows.size(), 3u);
     Pump(30);  // command 16 shows the hits
+    EXPECT_EQ(asked(), 1);
+    ASSERT_EQ(p.m_collectionRows.size(), 3u);
+    for (const BlockRow& row : p.m_collectionRows) {
+        const bool nut = row.name == QStringLiteral("螺母.dwg");
+        EXPECT_EQ(row.klass, QStringLiteral("我的收藏"));
+        EXPECT_EQ(row.subclass, QStringLiteral("收藏夹1"));
+        EXPECT_TRUE(row.prefetch);
+        EXPECT_EQ(row.path, QString::fromStdU16String(NumberedCollectionFolder(42)) + QStringLiteral("/收藏夹1/") + row.name);
+        EXPECT_EQ(row.state, nut ? RowCollected : RowRemote);  // its file is in the mirror
+        EXPECT_EQ(row.boutique, nut);
+    }
     EXPECT_EQ(p.m_rows.size(), 2u);
     EXPECT_EQ(p.m_searchState, 0);
     EXPECT_TRUE(w.Shown(p.m_searchList));
+    // The filter folds case; nothing found, the state says so and the old hits go.
+    for (const QString& text : {QStringLiteral("BOLT"), QStringLiteral("垫圈")}) {
+        SCOPED_TRACE(text.toStdString());
+        p.m_searchEdit->clear();
+        // Typed where the test keyboard has the keys.
+        text.front().unicode() < 0x80 ? QTest::keyClicks(p.m_searchEdit, text) : p.m_searchEdit->setText(text);
+        w.ClickButton(2201);
+        Pump(30);
+        const bool found = text == QStringLiteral("BOLT");
+        EXPECT_EQ(p.m_lastSearch, text.toLower());
+        ASSERT_EQ(p.m_rows.size(), found ? 1u : 0u);
+        if (found) {
+            EXPECT_EQ(p.m_rows[0].name, QStringLiteral("Bolt-Large.dwg"));
+        }
+        EXPECT_EQ(p.m_searchState, found ? 0 : 3);
+        EXPECT_EQ(w.Shown(p.m_searchList), found);
+    }
 
     // Leave before the answer: it comes, and is dropped.
+    w.service.faults().set("/gallery/get_u_collect", kHeld);
     w.ClickButton(2202, 500);
     ASSERT_TRUE(w.WaitForSwitch());
     w.ClickButton(2104, 500);
@@ -148,8 +186,7 @@ TEST(ServiceWait, CollectionRowsComeFromAWorkerAndALateAnswerIsDropped) {
         ASSERT_TRUE(PumpUntil([&] { return spy.Count(MsgCollectionRows, left) == 1; }));
     }
     EXPECT_EQ(p.m_page, PageCollection);
-    EXPECT_TRUE(p.m_collectionRows.empty());
-    EXPECT_TRUE(p.m_rows.empty());
+    EXPECT_TRUE(p.m_collectionRows.empty() && p.m_rows.empty());
     EXPECT_FALSE(p.m_collectionRowsPending);
 
     // Leave and come back before the first answer: the newer answer stands,
@@ -176,4 +213,16 @@ TEST(ServiceWait, CollectionRowsComeFromAWorkerAndALateAnswerIsDropped) {
     ASSERT_EQ(p.m_collectionRows.size(), 3u);
     for (const BlockRow& row : p.m_collectionRows) EXPECT_NE(row.name, QStringLiteral("旧.dwg"));
     EXPECT_EQ(p.m_searchState, 0);
+
+    // A failing service leaves the page open with nothing to filter.
+    w.ClickButton(2202, 500);
+    ASSERT_TRUE(w.WaitForSwitch());
+    const long before = asked();
+    w.service.faults().set("/gallery/get_u_collect", {.status = 500});
+    w.ClickButton(2104, 500);
+    EXPECT_EQ(p.m_page, PageCollectionSearch);
+    ASSERT_TRUE(PumpUntil([&] { return !p.m_collectionRowsPending; }));
+    EXPECT_TRUE(p.m_collectionRows.empty());
+    EXPECT_EQ(p.m_searchState, 0);
+    EXPECT_EQ(asked(), before + 1);
 }

@@ -6,17 +6,23 @@
 using namespace marrowfin;
 using namespace marrowfin::test;
 
-TEST(ClassSwitch, BurstsOfClicksEndInOneSwitchAndSubclassButtonsAreDampedAndStayOpenUnlessForced) {
+TEST(ClassSwitch, BurstsEndInOneSwitchSubclassButtonsAreDampedFollowTheClassesAndStayOpenUnlessForced) {
     PanelWorld w;
     for (const char16_t* name : {u"五金", u"家具", u"电气", u"管道"}) w.AddGallery({name, 3, 4});
     GalleryNode* gallery = w.AddGallery({u"紧固件", 0, 0});
     w.AddClass(gallery, u"螺栓..六角", 5);
     w.AddClass(gallery, u"垫圈", 3);
     w.AddClass(gallery, u"..隐藏", 0);
+    struct Case {
+        const char16_t* name;
+        int classes, common, buttons;
+    };
+    const Case cases[] = {{u"零常", 0, 2, 0}, {u"九常", 9, 2, 10}, {u"十八", 18, 0, 18}, {u"十九", 19, 0, 18}};
+    for (const Case& c : cases) w.AddGallery({c.name, c.classes, 2, c.common, /*boutique*/ true});
     w.MakePanel();
     CBrindleDlg& p = *w.panel;
     EXPECT_EQ(p.m_classIndex, 0);  // the recent list is the start page
-    ASSERT_EQ(p.m_classList->GetItemCount(), 7);
+    ASSERT_EQ(p.m_classList->GetItemCount(), 11);
 
     // Every class switch posts event 4 exactly once; nothing switches while the clicks come.
     MessageRecorder events(&p);
@@ -69,33 +75,21 @@ TEST(ClassSwitch, BurstsOfClicksEndInOneSwitchAndSubclassButtonsAreDampedAndStay
     EXPECT_FALSE(w.Shown(p.m_pThumbList));
     EXPECT_TRUE(w.ButtonShown(2151));
     EXPECT_TRUE(p.m_selectedName.isEmpty());
-}
 
-TEST(ClassSwitch, ButtonsFollowTheNumberOfSubclassesAndTheCommonList) {
-    struct Case {
-        const char16_t* name;
-        int classes, common, buttons;
-    };
-    const Case cases[] = {{u"零", 0, 0, 0},  {u"零常", 0, 2, 0},    {u"九常", 9, 2, 10},
-                          {u"十八", 18, 0, 18}, {u"十九", 19, 0, 18}, {u"十九常", 19, 1, 18}};
-    PanelWorld w;
-    for (const Case& c : cases) w.AddGallery({c.name, c.classes, 2, c.common, /*boutique*/ true});
-    w.MakePanel();
-    CBrindleDlg& p = *w.panel;
     for (const Case& c : cases) {
         SCOPED_TRACE(QString::fromUtf16(c.name).toStdString());
         const int row = w.RowOf(c.name);
         ASSERT_TRUE(w.OpenRow(row));
-        GalleryNode* gallery = w.root()->dirChildren[row - 2];
+        GalleryNode* g = w.root()->dirChildren[row - 2];
         EXPECT_EQ(w.VisibleSubclassButtons(), c.buttons);
         EXPECT_EQ(w.ButtonShown(2151), c.classes == 0);  // an empty gallery offers "下载图库"
         if (c.classes == 0) continue;
-        // "常用" comes first and opens first with the common-use entries.
+        // "常用" comes first and opens first with the common-use entries; the
+        // buttons take the classes in order, the ones past 18 left out.
         EXPECT_EQ(p.m_subclassBtns[0]->text(), c.common ? QStringLiteral("常用") : QStringLiteral("类A"));
-        EXPECT_EQ(p.m_curClassPath, c.common ? gallery->Path() : gallery->dirChildren[0]->Path());
+        EXPECT_EQ(p.m_curClassPath, c.common ? g->Path() : g->dirChildren[0]->Path());
         EXPECT_EQ(p.m_pThumbList->GetItemCount(), c.common ? c.common : 2);
-        // The buttons take the classes in order; the ones past 18 are left out.
         const int last = c.buttons - 1;
-        EXPECT_EQ(p.m_subclassBtns[last]->text(), QString::fromStdU16String(gallery->dirChildren[last - (c.common ? 1 : 0)]->name));
+        EXPECT_EQ(p.m_subclassBtns[last]->text(), QString::fromStdU16String(g->dirChildren[last - (c.common ? 1 : 0)]->name));
     }
 }

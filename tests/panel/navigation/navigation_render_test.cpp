@@ -1,8 +1,13 @@
-// The browse pages as drawn: the recent list, few and many subclasses, the
-// collections and the search page; at Rate 1.5 the pages whose two rows of
-// buttons and bars move with the rate.
+// The browse and search pages as the user walks them, compared with their
+// pictures: the recent list, few and many subclasses, the search page and
+// back, the collections, their search and back; at Rate 1.5 the pages whose
+// rows of buttons and bars move with the rate.
 #include <gtest/gtest.h>
 
+#include <QApplication>
+#include <QtTest/QTest>
+
+#include "panel/dialog/hot_words.h"
 #include "panel_world.h"
 #include "support/reference_picture.h"
 #include "support/widget_input.h"
@@ -10,22 +15,60 @@
 using namespace marrowfin;
 using namespace marrowfin::test;
 
-TEST(NavigationRender, BrowsePagesAtRatesOneAndOneAndAHalf) {
+TEST(NavigationRender, BrowseAndSearchRoadsAtRatesOneAndOneAndAHalf) {
     ParkMouse();
+    QApplication::setCursorFlashTime(0);  // the caret stands still
     for (const float rate : {1.0f, 1.5f}) {
         const std::string at = rate == 1.0f ? "_1.0" : "_1.5";
         PanelWorld w;
-        w.AddGallery({u"五金", 3, 6});
+        GalleryNode* few = w.AddGallery({u"五金", 3, 6});
         GalleryNode* many = w.AddGallery({u"机械零件", 19, 8, 2, /*boutique*/ true});
-        w.AddCollections(7, {u"收藏夹1", u"螺栓..常用件", u"管件"}, 4);
+        GalleryNode* mine = w.AddCollections(7, {u"收藏夹1", u"螺栓..常用件", u"管件"}, 4);
         for (int i = 0; i < 5; ++i) w.AddRecent(many->dirChildren[i]->fileChildren[0]->Path());
         w.MakePanel(true, rate);
+        CBrindleDlg& p = *w.panel;
         auto looks = [&](const std::string& name) {
-            return MatchesReference(w.Render(QString::fromStdString(name + at)), "panel/navigation", name + at);
+            Pump(30);
+            return MatchesReference(p.grab().toImage(), "panel/navigation", name + at);
         };
         if (rate == 1.0f) {
             EXPECT_TRUE(looks("recent"));  // the start page; the boutique gallery's row is marked
             ASSERT_TRUE(w.OpenRow(2));
+            EXPECT_TRUE(looks("few_subclasses"));
+            w.ClickButton(2158);
+            EXPECT_TRUE(looks("search_page"));
+            EXPECT_TRUE(p.m_searchUntouched);
+            p.m_searchUntouched = false;
+            p.GoToPage(PageSearch);  // the same page again changes nothing
+            EXPECT_FALSE(p.m_searchUntouched);
+
+            // The clear button comes with text; within 450 ms of the last
+            // accepted command a press is ignored.
+            g_defaultHotWord = QStringLiteral("螺栓");
+            QTest::keyClicks(p.m_searchEdit, QStringLiteral("abc"));
+            EXPECT_TRUE(w.ButtonShown(2200));
+            w.ClickButton(2200);
+            EXPECT_TRUE(p.m_searchEdit->text().isEmpty());
+            EXPECT_FALSE(w.ButtonShown(2200));
+            QTest::keyClicks(p.m_searchEdit, QStringLiteral("de"));
+            w.ClickButton(2200);
+            EXPECT_EQ(p.m_searchEdit->text(), QStringLiteral("de"));
+            w.ClickButton(2200, 460);
+            EXPECT_TRUE(p.m_searchEdit->text().isEmpty());
+            // "搜索" forgets the last press and runs at once; the empty box searches the default word.
+            w.ClickButton(2201);
+            EXPECT_EQ(p.m_searchEdit->text(), QStringLiteral("螺栓"));
+            // "返回" right after it is damped; later it leaves the page with its
+            // rows and waiting downloads, and the class opens again as it was.
+            w.ClickButton(2202);
+            EXPECT_EQ(p.m_page, PageSearch);
+            p.m_rows.resize(3);
+            p.m_downloadQueue[1] = BlockRow{};
+            w.ClickButton(2202, 460);
+            EXPECT_TRUE(p.m_rows.empty() && p.m_downloadQueue.empty() && p.m_searchEdit->text().isEmpty());
+            EXPECT_TRUE(IsTimerRunning(p.Handle(), 1011));
+            ASSERT_TRUE(w.WaitForSwitch());
+            EXPECT_EQ(p.m_curClassPath, few->dirChildren[0]->Path());
             EXPECT_TRUE(looks("few_subclasses"));
         }
         ASSERT_TRUE(w.OpenRow(3));
@@ -34,9 +77,30 @@ TEST(NavigationRender, BrowsePagesAtRatesOneAndOneAndAHalf) {
         w.SignIn(7);
         ASSERT_TRUE(w.OpenRow(1));
         EXPECT_TRUE(looks("collections"));  // the bar, the folders one row lower, the list below
-        if (rate == 1.0f) {
-            w.ClickButton(2158);
-            EXPECT_TRUE(looks("search_page"));
-        }
+        if (rate != 1.0f) continue;
+        EXPECT_EQ(p.m_curClassPath, mine->dirChildren[0]->Path());
+        p.GoToPage(PageBrowse);  // a browse argument on a browse page changes nothing
+        EXPECT_EQ(p.m_page, PageCollection);
+
+        // "搜索收藏": offline the page stays, empty, and an empty box stops
+        // there: no default word. "返回" brings the collections back.
+        w.ClickButton(2104, 500);
+        ASSERT_TRUE(PumpUntil([&] { return !p.m_collectionRowsPending; }));
+        EXPECT_TRUE(p.m_collectionRows.empty());
+        EXPECT_TRUE(looks("collection_search"));
+        w.ClickButton(2201);
+        EXPECT_TRUE(p.m_searchEdit->text().isEmpty());
+        EXPECT_TRUE(p.m_searchUntouched);  // nothing was searched
+        EXPECT_EQ(p.m_searchState, 0);
+        g_defaultHotWord.clear();
+        w.ClickButton(2202, 500);
+        ASSERT_TRUE(w.WaitForSwitch());
+        EXPECT_TRUE(looks("collections"));
+        // The whole-library search from the collections, and back.
+        w.ClickButton(2158, 500);
+        EXPECT_TRUE(looks("search_page"));
+        w.ClickButton(2202, 500);
+        ASSERT_TRUE(w.WaitForSwitch());
+        EXPECT_TRUE(looks("collections"));
     }
 }

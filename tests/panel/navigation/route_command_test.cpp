@@ -1,37 +1,34 @@
-// Routes, target classes and the command table.
+// Routes, target classes, the collections row and the command table.
 #include <gtest/gtest.h>
 
+#include <QTimer>
+
+#include "marrowfin/marrowfin.h"
 #include "panel/model/panel_messages.h"
 #include "panel_world.h"
 #include "store/show_list.h"
+#include "store/store_ini.h"
 
 using namespace marrowfin;
 using namespace marrowfin::test;
 
-namespace {
-
-void Command(CBrindleDlg& panel, std::uintptr_t code, std::intptr_t lParam) {
-    SendWindowMessage(panel.Handle(), MsgPanelCommand, code, lParam);
-}
-
-std::vector<std::u16string> ChildNames(GalleryNode* node) {
-    std::vector<std::u16string> names;
-    for (GalleryNode* child : node->dirChildren)
-        if (child) names.push_back(child->name);
-    return names;
-}
-
-}  // namespace
-
-TEST(Routes, RoutesWithAndWithoutTheCollectionPrefixAndTheSelectionCommands) {
+TEST(Routes, RoutesTheCollectionsRowTheHostButtonsTheCommandsAndTheShowList) {
+    RecordingHost host;
     PanelWorld w;
     GalleryNode* g1 = w.AddGallery({u"五金", 3, 2});
     GalleryNode* g2 = w.AddGallery({u"家具", 3, 6});
     GalleryNode* mine = w.AddCollections(7, {u"夹1", u"夹2"}, 2);
     w.MakePanel();
     CBrindleDlg& p = *w.panel;
+    p.hostWindow = HandleOf(&host);
+    auto command = [&](std::uintptr_t code, std::intptr_t lParam) {
+        SendWindowMessage(p.Handle(), MsgPanelCommand, code, lParam);
+    };
     ASSERT_EQ(p.m_classList->GetItemCount(), 4);  // the collections have row 1 only
 
+    // A class that is not in the tree, and the collections without a user, change nothing.
+    for (const char16_t* route : {u"/家具/没有", u"/没有/类A", u"/我的收藏/夹2"}) p.OpenRoute(route);
+    EXPECT_FALSE(IsTimerRunning(p.Handle(), 2000));
     p.OpenRoute(u"/家具/类C");
     ASSERT_TRUE(w.WaitForSwitch());
     EXPECT_EQ(p.m_classIndex, w.RowOf(u"家具"));
@@ -39,39 +36,56 @@ TEST(Routes, RoutesWithAndWithoutTheCollectionPrefixAndTheSelectionCommands) {
     EXPECT_TRUE(p.m_subclassBtns[2]->selected);
     EXPECT_TRUE(p.m_targetClass.empty());
 
-    // A class that is not in the tree changes nothing.
-    p.OpenRoute(u"/家具/没有");
-    p.OpenRoute(u"/没有/类A");
-    EXPECT_FALSE(IsTimerRunning(p.Handle(), 2000));
-    EXPECT_EQ(p.m_curClassPath, g2->dirChildren[2]->Path());
+    // Not signed in and the host signs nobody in: the collections cannot be
+    // read, so the panel goes back to the gallery it came from.
+    const size_t asked = host.Requests(MARROWFIN_REQUEST_SIGN_IN).size();
+    ASSERT_TRUE(w.OpenRow(1));
+    EXPECT_EQ(host.Requests(MARROWFIN_REQUEST_SIGN_IN).size(), asked + 1);
+    EXPECT_EQ(p.m_page, PageBrowse);
+    EXPECT_EQ(p.m_classList->GetSelectedRow(), w.RowOf(u"家具"));
+    EXPECT_FALSE(w.ButtonShown(2100));
+    // Signed in without a mirror folder: the empty collection offers "添加图块".
+    w.SignIn(8);
+    ASSERT_TRUE(w.OpenRow(1));
+    EXPECT_EQ(p.m_curClassPath, NumberedCollectionFolder(8));
+    EXPECT_TRUE(w.ButtonShown(2150));
+    EXPECT_FALSE(w.ButtonShown(2151) || w.Shown(p.m_pThumbList));
+    // "不替换" remembers the answer and reopens the collections.
+    p.Button(2156)->show();
+    w.ClickButton(2156);
+    EXPECT_EQ(ReadOldCollectTip(), u"1");
+    EXPECT_TRUE(p.m_forceList);
+    EXPECT_EQ(p.m_pendingClass, 1);
+    ASSERT_TRUE(w.WaitForSwitch());
+    // "统计" and "反馈" are notices to the host; the feedback wait ends when the host sets the user.
+    w.ClickButton(2154);
+    Pump(30);
+    EXPECT_EQ(host.NoticeOrder(), (std::vector<std::intptr_t>{16}));
+    QTimer::singleShot(150, [&] { p.userId = 8; });
+    w.ClickButton(2153);
+    Pump(30);
+    EXPECT_TRUE(p.isEnabled());
+    EXPECT_EQ(host.NoticeOrder(), (std::vector<std::intptr_t>{16, 13}));
 
-    // The collections need a signed-in user.
-    p.OpenRoute(u"/我的收藏/夹2");
-    EXPECT_FALSE(IsTimerRunning(p.Handle(), 2000));
     w.SignIn(7);
     p.OpenRoute(u"/我的收藏/夹2");
     ASSERT_TRUE(w.WaitForSwitch());
-    EXPECT_EQ(p.m_classIndex, 1);
     EXPECT_EQ(p.m_page, PageCollection);
     EXPECT_EQ(p.m_curClassPath, mine->dirChildren[1]->Path());
     EXPECT_TRUE(p.m_subclassBtns[1]->selected);
-
     // A gallery alone opens its first class; leaving the collections puts the buttons back.
     p.OpenRoute(u"/五金");
     ASSERT_TRUE(w.WaitForSwitch());
     EXPECT_EQ(p.m_classIndex, w.RowOf(u"五金"));
-    EXPECT_EQ(p.m_page, PageBrowse);
     EXPECT_EQ(p.m_curClassPath, g1->dirChildren[0]->Path());
     EXPECT_FALSE(w.ButtonShown(2100));
     EXPECT_EQ(p.m_syncStatus, -2);  // leaving the collections clears their status
-
-    // An empty route rebuilds the list on a browse page only.
+    // An empty route rebuilds the list on a browse page only; from a search
+    // page a route goes back to browsing first.
     p.OpenRoute(u"");
     EXPECT_TRUE(IsTimerRunning(p.Handle(), 1011));
     ASSERT_TRUE(w.WaitForSwitch());
-    EXPECT_EQ(p.m_curClassPath, g1->dirChildren[0]->Path());  // the rebuild reopened the class
-
-    // From a search page a route goes back to browsing first.
+    EXPECT_EQ(p.m_curClassPath, g1->dirChildren[0]->Path());
     w.ClickButton(2158, 500);
     ASSERT_EQ(p.m_page, PageSearch);
     p.OpenRoute(u"");
@@ -82,46 +96,67 @@ TEST(Routes, RoutesWithAndWithoutTheCollectionPrefixAndTheSelectionCommands) {
     EXPECT_EQ(p.m_curClassPath, g2->dirChildren[1]->Path());
 
     // 21: a row that does not exist does nothing; a real one schedules the switch.
-    Command(p, 21, 9);
+    command(21, 9);
     EXPECT_FALSE(IsTimerRunning(p.Handle(), 2000));
-    Command(p, 21, 3);
-    EXPECT_TRUE(IsTimerRunning(p.Handle(), 2000));
+    command(21, 3);
     EXPECT_EQ(p.m_classList->GetSelectedRow(), 3);
     ASSERT_TRUE(w.WaitForSwitch());
     ASSERT_EQ(p.m_listNodes.size(), 6u);
-
-    // 1: the selected block's name, nothing for a stale index.
-    Command(p, 1, 4);
+    // 1: the selected block's name, nothing for a stale index. 5: "删除图块" follows the selection.
+    command(1, 4);
     EXPECT_EQ(p.m_selectedName, QString::fromStdU16String(p.m_listNodes.At(*p.m_store, 4)->name));
-    Command(p, 1, 6);
+    command(1, 6);
     EXPECT_TRUE(p.m_selectedName.isEmpty());
-
-    // 5: "删除图块" follows the selection.
-    Command(p, 5, 0);
+    command(5, 0);
     EXPECT_TRUE(p.m_collectionBtns[2]->isEnabled());
-    Command(p, 5, -1);
+    command(5, -1);
     EXPECT_FALSE(p.m_collectionBtns[2]->isEnabled());
-
     // 23: a result row's class link opens its class and selects the block.
     BlockRow row;
     row.klass = QStringLiteral("家具");
     row.subclass = QStringLiteral("类C");
     row.name = QString::fromStdU16String(g2->dirChildren[2]->fileChildren[3]->name);
     p.m_rows = {row};
-    Command(p, 23, 1);  // no such row
+    command(23, 1);  // no such row
     EXPECT_FALSE(IsTimerRunning(p.Handle(), 2000));
     ShiftTicksForTest(400);
-    Command(p, 23, 0);
+    command(23, 0);
     ASSERT_TRUE(w.WaitForSwitch());
     EXPECT_EQ(p.m_curClassPath, g2->dirChildren[2]->Path());
     EXPECT_EQ(p.m_pThumbList->GetSelectedItem(), 3);
-
     // 8: opens a pending target.
     p.m_targetClass = u"/家具/类A";
     ShiftTicksForTest(400);
-    Command(p, 8, 0);
+    command(8, 0);
     ASSERT_TRUE(w.WaitForSwitch());
     EXPECT_EQ(p.m_curClassPath, g2->dirChildren[0]->Path());
+
+    // 6: the user dropped 家具 (the class shown), added 新图库 and put it first.
+    auto galleries = [&] {
+        std::vector<std::u16string> names;
+        for (GalleryNode* child : w.root()->dirChildren) names.push_back(child->name);
+        return names;
+    };
+    RemoveFile(ShowListPath());
+    for (const char16_t* name : {u"新图库", u"五金", u"新图库"}) AddGalleryToShowList(name);
+    p.hide();
+    command(6, 0);  // a hidden panel applies only when forced
+    EXPECT_EQ(galleries(), (std::vector<std::u16string>{u"我的收藏", u"五金", u"家具"}));
+    p.show();
+    command(6, 0);
+    EXPECT_EQ(galleries(), (std::vector<std::u16string>{u"我的收藏", u"新图库", u"五金"}));
+    EXPECT_EQ(w.root()->dirChildren[2]->dirChildren.size(), 3u);  // kept with its classes
+    EXPECT_TRUE(p.m_listNodes.empty());  // they pointed into the gallery that went
+    // The rebuild lists the new order; the shown class has gone, so the recent list opens.
+    ASSERT_TRUE(w.WaitForSwitch());
+    ASSERT_EQ(p.m_classList->GetItemCount(), 4);
+    EXPECT_EQ(p.m_classList->GetItemText(2), QStringLiteral("新图库"));
+    EXPECT_EQ(p.m_classIndex, 0);
+    // Button 2002: without the class manager the list is applied as it stands.
+    RemoveFile(ShowListPath());
+    AddGalleryToShowList(u"五金");
+    w.ClickButton(2002, 400);
+    EXPECT_EQ(galleries(), (std::vector<std::u16string>{u"我的收藏", u"五金"}));
 }
 
 TEST(Routes, TargetClassBeforeTheFirstClassListBuildsItFirst) {
@@ -131,54 +166,11 @@ TEST(Routes, TargetClassBeforeTheFirstClassListBuildsItFirst) {
     w.MakePanel(/*waitForStart*/ false);
     CBrindleDlg& p = *w.panel;
     ASSERT_FALSE(p.m_classesReady);
-    ASSERT_TRUE(IsTimerRunning(p.Handle(), 1011));
-
     p.m_targetClass = u"/家具/类B";
     p.OpenTargetClass();
     EXPECT_TRUE(p.m_classesReady);
     EXPECT_FALSE(IsTimerRunning(p.Handle(), 1011));  // the start tick is not needed any more
-    EXPECT_TRUE(IsTimerRunning(p.Handle(), 2000));
     ASSERT_TRUE(w.WaitForSwitch());
-    EXPECT_EQ(p.m_classIndex, w.RowOf(u"家具"));
     EXPECT_EQ(p.m_curClassPath, g2->dirChildren[1]->Path());
     EXPECT_TRUE(p.m_subclassBtns[1]->selected);
-}
-
-TEST(Commands, ShowListDecidesTheGalleriesAndTheirOrder) {
-    PanelWorld w;
-    w.AddGallery({u"五金", 2, 2});
-    w.AddGallery({u"家具", 2, 2});
-    GalleryNode* g3 = w.AddGallery({u"电气", 2, 2});
-    w.AddCollections(7, {u"夹1"}, 1);
-    w.MakePanel();
-    CBrindleDlg& p = *w.panel;
-    ASSERT_TRUE(w.OpenRow(w.RowOf(u"电气")));
-    ASSERT_EQ(p.m_curClassPath, g3->dirChildren[0]->Path());
-
-    // The user dropped 电气, added 新图库 and put 家具 first.
-    RemoveFile(ShowListPath());
-    for (const char16_t* name : {u"家具", u"新图库", u"五金", u"家具"}) AddGalleryToShowList(name);
-
-    p.hide();
-    Command(p, 6, 0);  // a hidden panel applies only when forced
-    EXPECT_EQ(ChildNames(w.root()), (std::vector<std::u16string>{u"我的收藏", u"五金", u"家具", u"电气"}));
-    p.show();
-    Command(p, 6, 0);
-    EXPECT_EQ(ChildNames(w.root()), (std::vector<std::u16string>{u"我的收藏", u"家具", u"新图库", u"五金"}));
-    EXPECT_EQ(w.root()->dirChildren[1]->dirChildren.size(), 2u);  // kept with its classes
-    EXPECT_TRUE(p.m_listNodes.empty());  // they pointed into the gallery that went
-    EXPECT_TRUE(IsTimerRunning(p.Handle(), 1011));
-
-    // The rebuild lists the new order; the shown class has gone, so the recent list opens.
-    ASSERT_TRUE(w.WaitForSwitch());
-    ASSERT_EQ(p.m_classList->GetItemCount(), 5);
-    EXPECT_EQ(p.m_classList->GetItemText(2), QStringLiteral("家具"));
-    EXPECT_EQ(p.m_classList->GetItemText(3), QStringLiteral("新图库"));
-    EXPECT_EQ(p.m_classIndex, 0);
-
-    // Button 2002: without the class manager the list is applied as it stands.
-    RemoveFile(ShowListPath());
-    AddGalleryToShowList(u"五金");
-    w.ClickButton(2002, 400);
-    EXPECT_EQ(ChildNames(w.root()), (std::vector<std::u16string>{u"我的收藏", u"五金"}));
 }

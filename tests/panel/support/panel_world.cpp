@@ -2,9 +2,7 @@
 
 #include <QApplication>
 #include <QDir>
-#include <QKeyEvent>
 #include <QtTest/QTest>
-#include <gtest/gtest.h>
 
 #include "net/download_queue.h"
 #include "net/gallery_sync.h"
@@ -15,7 +13,6 @@
 #include "store/gallery_tree.h"
 #include "store/show_list.h"
 #include "support/live_service.h"
-#include "user_state.h"
 
 namespace marrowfin::test {
 
@@ -75,22 +72,6 @@ void PanelHarness::SignIn(int user) {
     panel->userToken = u"token-" + QString::number(user).toStdU16String();
 }
 
-void PanelHarness::ServeCollection(int user) {
-    const std::string id = std::to_string(user);
-    ASSERT_TRUE(service.users().addUser(user, "token-" + id));
-    int64_t folder = 0;
-    ASSERT_EQ(service.users().addFolder(user, "收藏夹1", &folder), "");
-    for (const std::string name : {"螺栓M8.dwg", "螺母.dwg", "Bolt-Large.dwg"}) {
-        service::UserBlock block;
-        block.folder = folder;
-        block.fileName = name;
-        block.info = "收藏夹1";
-        block.size = 3000;
-        block.boutique = name == "螺母.dwg";
-        service.users().addBlock(block);
-    }
-}
-
 int PanelHarness::RowOf(const std::u16string& text) const {
     for (int i = 0; i < panel->m_classList->GetItemCount(); ++i)
         if (panel->m_classList->GetItemText(i) == QString::fromStdU16String(text)) return i;
@@ -106,13 +87,6 @@ int PanelHarness::VisibleSubclassButtons() const {
 bool PanelHarness::Shown(QWidget* widget) const { return widget && widget->isVisibleTo(panel.get()); }
 
 bool PanelHarness::ButtonShown(int id) const { return Shown(panel->Button(id)); }
-
-QImage PanelHarness::Render(const QString& name) {
-    Pump(30);
-    QImage image = panel->grab().toImage();
-    image.save(RenderFolder() + u'/' + name + QStringLiteral(".png"));
-    return image;
-}
 
 SampleWorld::SampleWorld(const WorldOptions& options) {
     ResetGalleryStore();
@@ -267,13 +241,6 @@ void ResetGalleryStore() {
     store.galleryVersions.clear();
     store.galleryFetchTicks.clear();
     store.syncBusy.store(0);
-}
-
-bool PressKey(CBrindleDlg& panel, QObject* receiver, int key, Qt::KeyboardModifiers modifiers, bool release) {
-    QKeyEvent event(release ? QEvent::KeyRelease : QEvent::KeyPress, key, modifiers);
-    const bool consumed = panel.PreTranslateMessage(receiver, &event);
-    if (!consumed && receiver) QCoreApplication::sendEvent(receiver, &event);
-    return consumed;
 }
 
 }  // namespace marrowfin::test

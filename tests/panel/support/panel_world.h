@@ -59,15 +59,10 @@ public:
     bool OpenRow(int row);
     // The host has signed in `user` with the token "token-<user>".
     void SignIn(int user);
-    // The service keeps, for `user` (token "token-<user>"), folder "收藏夹1"
-    // with "螺栓M8.dwg", "螺母.dwg" (a boutique block) and "Bolt-Large.dwg".
-    void ServeCollection(int user);
     int RowOf(const std::u16string& text) const;
     int VisibleSubclassButtons() const;
     bool Shown(QWidget* widget) const;
     bool ButtonShown(int id) const;
-    // The panel as painted; also saved to <program folder>/rendered/<name>.png.
-    QImage Render(const QString& name);
 
 protected:
     // Starts the stand-in service on `library` and points the profile at it.
@@ -151,10 +146,5 @@ private:
 
 // Frees the process-wide store's tree, so that a test starts with none.
 void ResetGalleryStore();
-
-// A key as the host's loop hands it to GaDllPretanslateMsg; one the panel
-// leaves goes on to `receiver`. Answers whether the panel took it.
-bool PressKey(CBrindleDlg& panel, QObject* receiver, int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier,
-              bool release = false);
 
 }  // namespace marrowfin::test
