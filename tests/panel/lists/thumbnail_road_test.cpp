@@ -181,14 +181,18 @@ TEST(ThumbnailRoad, ABlockInFlightOrTooSmallIsRefusedWithTheTipAndAskedFor) {
     RecordingHost host;
     CDWGListView* list = OpenLargeClass(w, {.latencyMs = 20000});  // the files in view stay in flight
     w.panel->hostWindow = HandleOf(&host);
-    std::u16string running, waiting;
+    // The queue is full of real downloads held by the service; two more paths
+    // stand in its lists as in flight, so that nothing the service does moves them.
     ASSERT_TRUE(PumpUntil([&] {
         std::lock_guard<std::mutex> lock(w.store.downloadLock);
-        if (w.store.downloadsRunning.size() < kMaxRunningDownloads || w.store.downloadsWaiting.empty()) return false;
-        running = w.store.downloadsRunning.front();
-        waiting = w.store.downloadsWaiting.front();
-        return true;
+        return w.store.downloadsRunning.size() >= kMaxRunningDownloads;
     }, 5000));
+    const std::u16string running = list->GetPath(296), waiting = list->GetPath(297);
+    {
+        std::lock_guard<std::mutex> lock(w.store.downloadLock);
+        w.store.downloadsRunning.push_back(running);
+        w.store.downloadsWaiting.push_back(waiting);
+    }
     auto itemOf = [&](const std::u16string& path) {
         for (int i = 0; i < list->GetItemCount(); ++i)
             if (list->GetPath(i) == path) return i;
@@ -227,6 +231,11 @@ TEST(ThumbnailRoad, ABlockInFlightOrTooSmallIsRefusedWithTheTipAndAskedFor) {
         EXPECT_EQ(PathsOf(w.root()->fileChildren), recent) << "the recent list is left alone";
         EXPECT_EQ(PathsOf(w.root()->dirChildren.at(0)->fileChildren), common) << "nor the common-use list";
         EXPECT_TRUE(PumpUntil([&] { return Asked(*w.panel, item); }, 2000)) << "the file is asked for";
+    }
+    {
+        std::lock_guard<std::mutex> lock(w.store.downloadLock);
+        std::erase(w.store.downloadsRunning, running);
+        std::erase(w.store.downloadsWaiting, waiting);
     }
     w.service.faults().clearAll();
     ASSERT_TRUE(WaitForDownloadWorkers(std::chrono::milliseconds(30000)));
