@@ -147,6 +147,7 @@ bool CurlStack::PostForm(const std::string& url, const std::string& body, std::s
     curl_easy_setopt(h.get(), CURLOPT_WRITEDATA, &sink);
     curl_easy_setopt(h.get(), CURLOPT_HEADERFUNCTION, AppendToString);
     curl_easy_setopt(h.get(), CURLOPT_HEADERDATA, &head);
+    curl_easy_setopt(h.get(), CURLOPT_BUFFERSIZE, 256L * 1024);
     if (!PerformWith200(h.get())) return false;  // this stack hands out a reply only on success
     response = std::move(bytes);
     return true;
