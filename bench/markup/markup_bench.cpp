@@ -190,9 +190,10 @@ const WideNames& WideNamesOf(const Input& in) {
 size_t WalkMarkup(MarkupDocument& doc, const Input& in, size_t depth) {
     size_t sum = 0;
     const WideNames& names = WideNamesOf(in);
+    std::u16string scratch;
     while (doc.FindElement(names.path[depth])) {
         if (depth + 1 == in.path.size()) {
-            for (const std::u16string& a : names.attributes) sum += doc.GetAttribute(a).size();
+            for (const std::u16string& a : names.attributes) sum += doc.AttributeView(a, scratch).size();
             sum += 1;
         } else {
             doc.EnterElement();

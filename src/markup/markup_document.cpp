@@ -524,6 +524,17 @@ bool MarkupDocument::GetAttribute(std::u16string_view name, std::u16string& out)
     return true;
 }
 
+std::u16string_view MarkupDocument::AttributeView(std::u16string_view name, std::u16string& scratch) const {
+    uint32_t begin = 0;
+    uint32_t length = 0;
+    if (!FindAttributeValue(m_main, name, begin, length)) return {};
+    const std::u16string_view raw(m_text.get() + begin, length);
+    if (raw.find(u'&') == std::u16string_view::npos) return raw;
+    scratch.clear();
+    DecodeMarkupText(raw, scratch);
+    return scratch;
+}
+
 std::u16string MarkupDocument::GetElementText() const { return ElementTextOf(m_main); }
 std::u16string MarkupDocument::GetChildText() const { return ElementTextOf(m_child); }
 std::u16string MarkupDocument::GetAttribute(std::u16string_view name) const { return AttributeOf(m_main, name); }

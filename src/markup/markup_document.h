@@ -66,6 +66,11 @@ public:
     // held, keeping its storage): a walk over many elements reuses one
     // buffer. False, with `out` empty, when there is no such attribute.
     bool GetAttribute(std::u16string_view name, std::u16string& out) const;
+    // The main element's attribute without a copy: a view into the text when
+    // it holds no reference to decode, else decoded into `scratch` and viewed
+    // there. Empty when there is no such attribute. The view lasts until the
+    // document or `scratch` changes.
+    std::u16string_view AttributeView(std::u16string_view name, std::u16string& scratch) const;
     // Tag names of the main and the child element; empty when there is none.
     std::u16string GetTagName() const;
     std::u16string GetChildTagName() const;

@@ -130,19 +130,20 @@ private:
 void ReadBlocks(MarkupDocument& doc, std::u16string_view tag, GalleryNode* cls, bool boutique) {
     // The block array is left to grow by itself: reserving each class's
     // array whole made freeing the tree much slower and building it no faster.
-    // The attributes are read into buffers kept across the loop: the name
-    // is copied once, into the node, and the path and URL follow from the class.
-    std::u16string fn;
-    std::u16string size;
-    std::u16string hi;
+    // The attributes are read as views into the reply (a scratch buffer only
+    // where a reference needs decoding): the name is copied once, into the
+    // node, and the path and URL follow from the class.
+    std::u16string fnScratch;
+    std::u16string sizeScratch;
+    std::u16string hiScratch;
     doc.EnterElement();
     while (doc.FindElement(tag)) {
-        doc.GetAttribute(u"fn", fn);
+        const std::u16string_view fn = doc.AttributeView(u"fn", fnScratch);
         if (fn.empty()) continue;
-        doc.GetAttribute(u"size", size);
+        const std::u16string_view size = doc.AttributeView(u"size", sizeScratch);
         if (size.empty()) continue;
-        doc.GetAttribute(u"hi", hi);
-        GalleryNode* block = NewBlock(fn, hi == u"1", boutique, ToInt(size));
+        const bool hidden = doc.AttributeView(u"hi", hiScratch) == u"1";
+        GalleryNode* block = NewBlock(fn, hidden, boutique, ToInt(size));
         if (!AddChild(cls, block, false)) delete block;
     }
     doc.LeaveElement();

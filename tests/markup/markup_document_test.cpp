@@ -335,5 +335,19 @@ TEST(MarkupEdit, BigDocumentsGrowAndRelease) {
     EXPECT_EQ(doc.Text(), u"<s/>");
 }
 
+// Views point into the text unless a reference must be decoded, and an
+// absent attribute reads as empty.
+TEST(MarkupRead, AttributeViewsDecodeOnlyWhereNeeded) {
+    MarkupDocument doc;
+    Open(doc, u"<r><a k=\"plain\" e=\"x&amp;y&#20013;\"/></r>", u"a");
+    std::u16string scratch = u"old";
+    const std::u16string_view plain = doc.AttributeView(u"k", scratch);
+    EXPECT_EQ(plain, u"plain");
+    EXPECT_TRUE(plain.data() >= doc.Text().data() && plain.data() < doc.Text().data() + doc.Text().size());
+    EXPECT_EQ(doc.AttributeView(u"e", scratch), u"x&y中");
+    EXPECT_EQ(scratch, u"x&y中");
+    EXPECT_TRUE(doc.AttributeView(u"missing", scratch).empty());
+}
+
 }  // namespace
 }  // namespace marrowfin
