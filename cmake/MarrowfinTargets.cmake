@@ -45,10 +45,9 @@ function(marrowfin_test name)
   cmake_parse_arguments(T "QT" "PREFIX" "SOURCES;DEPS" ${ARGN})
   add_executable(${name} ${T_SOURCES})
   target_link_libraries(${name} PRIVATE ${T_DEPS} marrowfin_testsupport GTest::gtest GTest::gmock GTest::gtest_main marrowfin_options)
-  set(_env "MARROWFIN_SOURCE_DIR=${CMAKE_SOURCE_DIR};MARROWFIN_SHARED_DIR=${CMAKE_SOURCE_DIR}/../shared")
-  if(T_QT)
-    list(APPEND _env "QT_QPA_PLATFORM=offscreen")
-  endif()
+  # The programs find the source and the shared drawings by themselves (the
+  # environment may point elsewhere) and a Qt program goes offscreen by
+  # itself: no environment is set here.
   gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60 TEST_PREFIX "${T_PREFIX}"
-                       PROPERTIES ENVIRONMENT "${_env}" TIMEOUT 300)
+                       PROPERTIES TIMEOUT 300)
 endfunction()

@@ -13,7 +13,7 @@ std::string SourceDir() {
 
 std::string SharedDir() {
     const char* v = std::getenv("MARROWFIN_SHARED_DIR");
-    return v ? v : SourceDir() + "/../shared";
+    return v ? v : MARROWFIN_SHARED_FROM;
 }
 
 std::string ReadBytes(const std::string& path) {
