@@ -5,12 +5,9 @@
 // cut answers, dropped words and a thread that cannot start keep the file.
 #include <gtest/gtest.h>
 
-#include "panel/dialog/hot_words.h"
 #include "panel/dialog/hourly_refresh.h"
 #include "panel_world.h"
-#include "platform/text.h"
 #include "platform/threads.h"
-#include "support/test_paths.h"
 
 using namespace marrowfin;
 using namespace marrowfin::test;
@@ -29,13 +26,9 @@ TEST(PanelClassTable, FirstRunSortCommandFailuresAndHourlyRefresh) {
     CBrindleDlg& panel = *world.panel;
     auto count = [&](const char* path) { return world.service.counters().get(path).count; };
 
-    // No cached table: the worker asks, the panel applies what it stores.
+    // A first run as the service-wait test walks it; here what it leaves for the refreshes.
     ASSERT_TRUE(PumpUntil([&] { return !panel.m_boutiqueKinds.empty() && !panel.m_hotWords.empty(); }));
-    EXPECT_EQ(count("/gallery/selpageinfo") + count("/gallery/gethotwords"), 2);
     EXPECT_FALSE(panel.m_generalKinds.empty());
-    EXPECT_EQ(panel.m_hotWords[0], QStringLiteral("门"));
-    EXPECT_EQ(g_defaultHotWord, QStringLiteral("门"));
-    EXPECT_EQ(GetOptionInt(u"RequestNetwork", -7), -7);  // the first run leaves the option alone
     const std::string cached = ReadBytes(U8(ClassTablePath()));
     // A gallery outside the tree is judged by the table: every third of the sample (the second first) is boutique.
     EXPECT_TRUE(panel.IsBlkBoutique(StoreRoot() + u"/" + world.galleries.at(1) + u"/类/块.dwg"));

@@ -5,16 +5,8 @@
 
 #include <gtest/gtest.h>
 
-#include <QtTest/QTest>
-
 #include "panel/dialog/collection_rows.h"
-#include "panel/dialog/hot_words.h"
-#include "support/test_paths.h"
 #include "panel_world.h"
-#include "platform/text.h"
-#include "store/show_list.h"
-#include "support/live_service.h"
-#include "user_state.h"
 
 using namespace marrowfin;
 using namespace marrowfin::test;
@@ -41,6 +33,13 @@ private:
     QTimer m_timer;
 };
 
+// Releases the held answers and waits until the one of `generation` has come.
+bool AnswerCame(PanelWorld& w, std::uintptr_t generation) {
+    MessageRecorder spy(w.panel.get());
+    w.service.faults().releaseHeld();
+    return PumpUntil([&] { return spy.Count(MsgCollectionRows, generation) == 1; });
+}
+
 // Bound: a panel that waits for a held answer fails the test slowly, not for ever.
 const service::Fault kHeld{.holdMs = 10000};
 
@@ -65,14 +64,10 @@ TEST(ServiceWait, FirstRunClassTableComesFromAWorkerInTheDesignedOrder) {
     // built, no gallery is marked boutique, no kinds, no default word.
     ASSERT_TRUE(PumpUntil([&] { return panel.m_classesReady; }));
     Pump(100);  // command 19 after the first class list
-    ASSERT_NE(store.root, nullptr);
-    ASSERT_EQ(store.root->dirChildren.size(), 2u);
+    ASSERT_TRUE(store.root && store.root->dirChildren.size() == 2u);
     for (const GalleryNode* gallery : store.root->dirChildren) EXPECT_FALSE(gallery->boutique) << U8(gallery->name);
-    EXPECT_TRUE(panel.m_generalKinds.empty());
-    EXPECT_TRUE(panel.m_hotWords.empty());
-    EXPECT_TRUE(g_defaultHotWord.isEmpty());
-    EXPECT_FALSE(FileExists(ClassTablePath()));
-    EXPECT_FALSE(panel.IsBlkBoutique(fineBlock));
+    EXPECT_TRUE(panel.m_generalKinds.empty() && panel.m_hotWords.empty() && g_defaultHotWord.isEmpty());
+    EXPECT_FALSE(FileExists(ClassTablePath()) || panel.IsBlkBoutique(fineBlock));
 
     // The table lands: stored, applied, the boutique gallery marked, and the
     // answer given without it forgotten.
@@ -84,10 +79,9 @@ TEST(ServiceWait, FirstRunClassTableComesFromAWorkerInTheDesignedOrder) {
             if (g->name == name) return g;
         return static_cast<const GalleryNode*>(nullptr);
     };
-    ASSERT_NE(gallery(world.galleries[1]), nullptr);
+    ASSERT_TRUE(gallery(world.galleries[0]) && gallery(world.galleries[1]));
     ASSERT_TRUE(PumpUntil([&] { return gallery(world.galleries[1])->boutique; }));
-    EXPECT_FALSE(gallery(world.galleries[0])->boutique);
-    EXPECT_TRUE(panel.IsBlkBoutique(fineBlock));
+    EXPECT_TRUE(!gallery(world.galleries[0])->boutique && panel.IsBlkBoutique(fineBlock));
     EXPECT_TRUE(panel.m_hotWords.empty());  // the words come after the table
 
     LoopWitness words(world.service, "/gallery/gethotwords");
@@ -97,9 +91,9 @@ TEST(ServiceWait, FirstRunClassTableComesFromAWorkerInTheDesignedOrder) {
     EXPECT_EQ(g_defaultHotWord, QStringLiteral("门"));
 
     // One request each, and the first run leaves the network option alone.
-    EXPECT_EQ(world.service.counters().get("/gallery/selpageinfo").count, 1);
-    EXPECT_EQ(world.service.counters().get("/gallery/gethotwords").count, 1);
-    EXPECT_EQ(GetOptionInt(u"RequestNetwork", -7), -7);
+    EXPECT_EQ(std::make_tuple(world.service.counters().get("/gallery/selpageinfo").count,
+                              world.service.counters().get("/gallery/gethotwords").count, GetOptionInt(u"RequestNetwork", -7)),
+              std::make_tuple(1, 1, -7));
 }
 
 // The collection's blocks: asked for on a worker while the page waits, listed
@@ -125,16 +119,14 @@ TEST(LivePages, CollectionSearchWaitsForTheCloudBlocksFiltersThemAndDropsLateAns
     w.service.faults().set("/gallery/get_u_collect", kHeld);
     LoopWitness witness(w.service, "/gallery/get_u_collect");
     w.ClickButton(2104);
-    EXPECT_EQ(p.m_page, PageCollectionSearch);
-    EXPECT_TRUE(p.m_collectionRowsPending);
-    EXPECT_EQ(p.m_searchState, 1);  // "图块加载中，请稍候"
+    EXPECT_EQ(std::make_tuple(p.m_page, p.m_collectionRowsPending, p.m_searchState),
+              std::make_tuple(int(PageCollectionSearch), true, 1));  // "图块加载中，请稍候"
     ASSERT_TRUE(PumpUntil([&] { return witness.ticksWhileAsked >= 5; }));
 
     // A filter asked for before the rows came runs when they land.
     p.m_searchEdit->setText(QStringLiteral("螺"));
     w.ClickButton(2201);
-    EXPECT_TRUE(p.m_rows.empty());
-    EXPECT_EQ(p.m_searchState, 1);
+    EXPECT_TRUE(p.m_rows.empty() && p.m_searchState == 1);
     w.service.faults().releaseHeld();
     ASSERT_TRUE(PumpUntil([&] { return !p.m_collectionRowsPending; }));
     Pump(30);  // command 16 shows the hits
@@ -142,16 +134,13 @@ TEST(LivePages, CollectionSearchWaitsForTheCloudBlocksFiltersThemAndDropsLateAns
     ASSERT_EQ(p.m_collectionRows.size(), 3u);
     for (const BlockRow& row : p.m_collectionRows) {
         const bool nut = row.name == QStringLiteral("螺母.dwg");
-        EXPECT_EQ(row.klass, QStringLiteral("我的收藏"));
-        EXPECT_EQ(row.subclass, QStringLiteral("收藏夹1"));
-        EXPECT_TRUE(row.prefetch);
-        EXPECT_EQ(row.path, QString::fromStdU16String(NumberedCollectionFolder(42)) + QStringLiteral("/收藏夹1/") + row.name);
-        EXPECT_EQ(row.state, nut ? RowCollected : RowRemote);  // its file is in the mirror
-        EXPECT_EQ(row.boutique, nut);
+        // The nut's file is in the mirror.
+        EXPECT_EQ(std::make_tuple(row.klass, row.subclass, row.prefetch, row.path, row.state, row.boutique),
+                  std::make_tuple(QStringLiteral("我的收藏"), QStringLiteral("收藏夹1"), true,
+                                  QString::fromStdU16String(NumberedCollectionFolder(42)) + QStringLiteral("/收藏夹1/") + row.name,
+                                  int(nut ? RowCollected : RowRemote), nut)) << row.name.toStdString();
     }
-    EXPECT_EQ(p.m_rows.size(), 2u);
-    EXPECT_EQ(p.m_searchState, 0);
-    EXPECT_TRUE(w.Shown(p.m_searchList));
+    EXPECT_TRUE(p.m_rows.size() == 2u && p.m_searchState == 0 && w.Shown(p.m_searchList));
     // The filter folds case; nothing found, the state says so and the old hits go.
     for (const QString& text : {QStringLiteral("BOLT"), QStringLiteral("垫圈")}) {
         SCOPED_TRACE(text.toStdString());
@@ -163,11 +152,8 @@ TEST(LivePages, CollectionSearchWaitsForTheCloudBlocksFiltersThemAndDropsLateAns
         const bool found = text == QStringLiteral("BOLT");
         EXPECT_EQ(p.m_lastSearch, text.toLower());
         ASSERT_EQ(p.m_rows.size(), found ? 1u : 0u);
-        if (found) {
-            EXPECT_EQ(p.m_rows[0].name, QStringLiteral("Bolt-Large.dwg"));
-        }
-        EXPECT_EQ(p.m_searchState, found ? 0 : 3);
-        EXPECT_EQ(w.Shown(p.m_searchList), found);
+        EXPECT_TRUE(!found || p.m_rows[0].name == QStringLiteral("Bolt-Large.dwg"));
+        EXPECT_EQ(std::make_pair(p.m_searchState, w.Shown(p.m_searchList)), std::make_pair(found ? 0 : 3, found));
     }
 
     // Leave before the answer: it comes, and is dropped.
@@ -180,14 +166,9 @@ TEST(LivePages, CollectionSearchWaitsForTheCloudBlocksFiltersThemAndDropsLateAns
     w.ClickButton(2202, 500);
     EXPECT_EQ(p.m_searchState, 0);
     ASSERT_TRUE(w.WaitForSwitch());
-    {
-        MessageRecorder spy(&p);
-        w.service.faults().releaseHeld();
-        ASSERT_TRUE(PumpUntil([&] { return spy.Count(MsgCollectionRows, left) == 1; }));
-    }
+    ASSERT_TRUE(AnswerCame(w, left));
     EXPECT_EQ(p.m_page, PageCollection);
-    EXPECT_TRUE(p.m_collectionRows.empty() && p.m_rows.empty());
-    EXPECT_FALSE(p.m_collectionRowsPending);
+    EXPECT_TRUE(p.m_collectionRows.empty() && p.m_rows.empty() && !p.m_collectionRowsPending);
 
     // Leave and come back before the first answer: the newer answer stands,
     // the older one (a single block here) is dropped when it comes late.
@@ -204,15 +185,10 @@ TEST(LivePages, CollectionSearchWaitsForTheCloudBlocksFiltersThemAndDropsLateAns
     w.ClickButton(2104, 500);
     ASSERT_TRUE(PumpUntil([&] { return !p.m_collectionRowsPending; }));
     EXPECT_EQ(p.m_collectionRows.size(), 3u);
-    {
-        MessageRecorder spy(&p);
-        w.service.faults().releaseHeld();
-        ASSERT_TRUE(PumpUntil([&] { return spy.Count(MsgCollectionRows, older) == 1; }));
-    }
-    EXPECT_EQ(p.m_page, PageCollectionSearch);
+    ASSERT_TRUE(AnswerCame(w, older));
+    EXPECT_TRUE(p.m_page == PageCollectionSearch && p.m_searchState == 0);
     ASSERT_EQ(p.m_collectionRows.size(), 3u);
     for (const BlockRow& row : p.m_collectionRows) EXPECT_NE(row.name, QStringLiteral("旧.dwg"));
-    EXPECT_EQ(p.m_searchState, 0);
 
     // A failing service leaves the page open with nothing to filter.
     w.ClickButton(2202, 500);
@@ -222,7 +198,5 @@ TEST(LivePages, CollectionSearchWaitsForTheCloudBlocksFiltersThemAndDropsLateAns
     w.ClickButton(2104, 500);
     EXPECT_EQ(p.m_page, PageCollectionSearch);
     ASSERT_TRUE(PumpUntil([&] { return !p.m_collectionRowsPending; }));
-    EXPECT_TRUE(p.m_collectionRows.empty());
-    EXPECT_EQ(p.m_searchState, 0);
-    EXPECT_EQ(asked(), before + 1);
+    EXPECT_TRUE(p.m_collectionRows.empty() && p.m_searchState == 0 && asked() == before + 1);
 }

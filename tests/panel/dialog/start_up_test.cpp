@@ -3,9 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "net/gallery_sync.h"
 #include "panel_world.h"
-#include "store/tree_update.h"
 
 using namespace marrowfin;
 using namespace marrowfin::test;

@@ -4,14 +4,10 @@
 
 #include <gtest/gtest.h>
 
-#include <QApplication>
 #include <QPointer>
 
-#include "panel/dialog/hot_words.h"
 #include "panel_world.h"
 #include "store/usage_lists.h"
-#include "support/reference_picture.h"
-#include "support/widget_input.h"
 
 using namespace marrowfin;
 using namespace marrowfin::test;

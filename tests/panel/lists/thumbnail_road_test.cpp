@@ -4,19 +4,10 @@
 // missing, in flight or too small).
 #include <gtest/gtest.h>
 
-#include <QtTest/QTest>
 #include <algorithm>
 #include <mutex>
 
-#include "net/download_queue.h"
-#include "net/gallery_sync.h"
-#include "store/tree_update.h"
 #include "panel_world.h"
-#include "store/gallery_tree.h"
-#include "store/show_list.h"
-#include "support/live_service.h"
-#include "support/test_paths.h"
-#include "support/widget_input.h"
 
 namespace marrowfin {
 namespace {
@@ -161,7 +152,7 @@ TEST(ThumbnailRoad, ABurstOfReportsMakesOneRequestRunAndDoubleClickInsertsAndHea
     RemoveFile(p1);
     w.panel->m_thumbsToCheck.clear();
     {
-        test::TipWatcher tip(QStringLiteral("thumbs_missing_tip"), /*accept*/ false);
+        test::TipWatcher tip(/*accept*/ false);
         DoubleClickItem(list, 1);
         EXPECT_EQ(tip.seen, 1);
         EXPECT_TRUE(tip.cancelShown);
@@ -219,7 +210,7 @@ TEST(ThumbnailRoad, ABlockInFlightOrTooSmallIsRefusedWithTheTipAndAskedFor) {
         const std::vector<std::u16string> common = PathsOf(w.root()->dirChildren.at(0)->fileChildren);
         const size_t sent = host.Requests(2, 4).size();
         w.panel->m_thumbsToCheck.clear();
-        test::TipWatcher tip(QStringLiteral("thumbs_in_flight_tip"), /*accept*/ false);
+        test::TipWatcher tip(/*accept*/ false);
         DoubleClickItem(list, item);
         EXPECT_EQ(tip.seen, inserted ? 0 : 1) << "the tip that the file is not downloaded";
         ASSERT_EQ(host.Requests(2, 4).size(), sent + (inserted ? 1 : 0));

@@ -4,13 +4,7 @@
 // rows of buttons and bars move with the rate.
 #include <gtest/gtest.h>
 
-#include <QApplication>
-#include <QtTest/QTest>
-
-#include "panel/dialog/hot_words.h"
 #include "panel_world.h"
-#include "support/reference_picture.h"
-#include "support/widget_input.h"
 
 using namespace marrowfin;
 using namespace marrowfin::test;

@@ -1,10 +1,7 @@
 // The pages whose buttons talk to the stand-in service.
 #include <gtest/gtest.h>
 
-#include "net/gallery_sync.h"
 #include "panel_world.h"
-#include "support/live_service.h"
-#include "user_state.h"
 
 using namespace marrowfin;
 using namespace marrowfin::test;
@@ -22,7 +19,7 @@ TEST(LivePages, DownloadGalleryButtonTipsOnFailureAndFillsTheGalleryOnSuccess) {
     fault.status = 500;
     w.service.faults().set("/gallery/g_all", fault);
     {
-        TipWatcher watcher(QStringLiteral("download_failed_tip"));
+        TipWatcher watcher;
         w.ClickButton(2151);
         // The gallery comes on a worker: the button waits, disabled, and a
         // second press sends nothing.
@@ -41,7 +38,7 @@ TEST(LivePages, DownloadGalleryButtonTipsOnFailureAndFillsTheGalleryOnSuccess) {
 
     w.service.faults().clearAll();
     {
-        TipWatcher watcher(QStringLiteral("download_unexpected_tip"));
+        TipWatcher watcher;
         w.ClickButton(2151);
         ASSERT_TRUE(PumpUntil([&] { return !gallery->dirChildren.empty(); }));
         EXPECT_EQ(watcher.seen, 0);

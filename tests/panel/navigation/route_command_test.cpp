@@ -6,7 +6,6 @@
 #include "marrowfin/marrowfin.h"
 #include "panel/model/panel_messages.h"
 #include "panel_world.h"
-#include "store/show_list.h"
 #include "store/store_ini.h"
 
 using namespace marrowfin;

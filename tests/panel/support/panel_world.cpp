@@ -1,30 +1,9 @@
 #include "panel_world.h"
 
-#include <QApplication>
-#include <QDir>
-#include <QtTest/QTest>
-
-#include "net/download_queue.h"
-#include "net/gallery_sync.h"
-#include "store/tree_update.h"
 #include "panel/classes/panel_workers.h"
-#include "platform/text.h"
 #include "skin/pop_tip_dlg.h"
-#include "store/gallery_tree.h"
-#include "store/show_list.h"
-#include "support/live_service.h"
 
 namespace marrowfin::test {
-
-namespace {
-
-QString RenderFolder() {
-    const QString dir = QCoreApplication::applicationDirPath() + QStringLiteral("/rendered");
-    QDir().mkpath(dir);
-    return dir;
-}
-
-}  // namespace
 
 void PanelHarness::Serve(const std::string& library) {
     galleries = GalleryNames(library);
@@ -211,15 +190,14 @@ void PanelWorld::MakePanel(bool waitForStart, float rate) {
     }
 }
 
-TipWatcher::TipWatcher(const QString& png, bool accept) {
+TipWatcher::TipWatcher(bool accept) {
     m_timer.setInterval(20);
-    QObject::connect(&m_timer, &QTimer::timeout, [this, png, accept] {
+    QObject::connect(&m_timer, &QTimer::timeout, [this, accept] {
         auto* tip = qobject_cast<CPopTipDlg*>(QApplication::activeModalWidget());
         if (!tip || !tip->isVisible()) return;
         ++seen;
         okText = tip->OkButton() ? tip->OkButton()->text() : QString();
         cancelShown = tip->CancelButton() && tip->CancelButton()->isVisible();
-        tip->grab().toImage().save(RenderFolder() + u'/' + png + QStringLiteral(".png"));
         if (accept) {
             QTest::mouseClick(tip->OkButton(), Qt::LeftButton);
         } else {

@@ -2,18 +2,23 @@
 // The worlds the panel's tests start from, each on a fresh home: the sample
 // library from the stand-in service in the process-wide store, or a tree made
 // by hand in the test's own store; and the clicks, keys and waits that drive
-// the panel.
+// the panel. It brings the headers the panel's tests share.
 
+#include <QApplication>
 #include <QImage>
 #include <QLineEdit>
 #include <QString>
 #include <QTimer>
+#include <QtTest/QTest>
 #include <functional>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "fault_switches.h"
+#include "net/download_queue.h"
+#include "net/gallery_sync.h"
+#include "panel/dialog/hot_words.h"
 #include "panel/dialog/brindle_dlg.h"
 #include "panel/dialog/panel_timers.h"
 #include "panel/lists/class_list_ctrl.h"
@@ -21,6 +26,7 @@
 #include "panel/lists/search_list_ctrl.h"
 #include "platform/files.h"
 #include "platform/profile.h"
+#include "platform/text.h"
 #include "panel/dialog/host_requests.h"
 #include "platform/qt/qt_window_system.h"
 #include "platform/qt/window_message_event.h"
@@ -33,11 +39,19 @@
 #include "skin/subclass_button.h"
 #include "store/gallery_node.h"
 #include "store/gallery_store.h"
+#include "store/gallery_tree.h"
+#include "store/show_list.h"
 #include "store/store_paths.h"
+#include "store/tree_update.h"
 #include "support/event_pump.h"
+#include "support/live_service.h"
 #include "support/message_recorder.h"
 #include "support/recording_host.h"
+#include "support/reference_picture.h"
 #include "support/temp_home.h"
+#include "support/test_paths.h"
+#include "support/widget_input.h"
+#include "user_state.h"
 
 namespace marrowfin::test {
 
@@ -131,11 +145,11 @@ public:
     void MakePanel(bool waitForStart = true, float rate = 1.0f);
 };
 
-// Answers the skin's message box whenever it comes up: notes it, renders it
-// to rendered/<png>.png and presses its first button, or closes it.
+// Answers the skin's message box whenever it comes up: notes it and presses
+// its first button, or closes it.
 class TipWatcher {
 public:
-    explicit TipWatcher(const QString& png, bool accept = true);
+    explicit TipWatcher(bool accept = true);
     int seen = 0;
     QString okText;
     bool cancelShown = true;
