@@ -30,8 +30,7 @@ TEST(NavigationRender, BrowseAndSearchRoadsAtRatesOneAndOneAndAHalf) {
             ASSERT_TRUE(w.OpenRow(2));
             EXPECT_TRUE(looks("few_subclasses"));
             w.ClickButton(2158);
-            EXPECT_TRUE(looks("search_page"));
-            EXPECT_TRUE(p.m_searchUntouched);
+            EXPECT_TRUE(looks("search_page") && p.m_searchUntouched);
             p.m_searchUntouched = false;
             p.GoToPage(PageSearch);  // the same page again changes nothing
             EXPECT_FALSE(p.m_searchUntouched);
@@ -42,8 +41,7 @@ TEST(NavigationRender, BrowseAndSearchRoadsAtRatesOneAndOneAndAHalf) {
             QTest::keyClicks(p.m_searchEdit, QStringLiteral("abc"));
             EXPECT_TRUE(w.ButtonShown(2200));
             w.ClickButton(2200);
-            EXPECT_TRUE(p.m_searchEdit->text().isEmpty());
-            EXPECT_FALSE(w.ButtonShown(2200));
+            EXPECT_TRUE(p.m_searchEdit->text().isEmpty() && !w.ButtonShown(2200));
             QTest::keyClicks(p.m_searchEdit, QStringLiteral("de"));
             w.ClickButton(2200);
             EXPECT_EQ(p.m_searchEdit->text(), QStringLiteral("de"));
@@ -60,10 +58,8 @@ TEST(NavigationRender, BrowseAndSearchRoadsAtRatesOneAndOneAndAHalf) {
             p.m_downloadQueue[1] = BlockRow{};
             w.ClickButton(2202, 460);
             EXPECT_TRUE(p.m_rows.empty() && p.m_downloadQueue.empty() && p.m_searchEdit->text().isEmpty());
-            EXPECT_TRUE(IsTimerRunning(p.Handle(), 1011));
-            ASSERT_TRUE(w.WaitForSwitch());
-            EXPECT_EQ(p.m_curClassPath, few->dirChildren[0]->Path());
-            EXPECT_TRUE(looks("few_subclasses"));
+            ASSERT_TRUE(IsTimerRunning(p.Handle(), 1011) && w.WaitForSwitch());
+            EXPECT_TRUE(p.m_curClassPath == few->dirChildren[0]->Path() && looks("few_subclasses"));
         }
         ASSERT_TRUE(w.OpenRow(3));
         ASSERT_EQ(w.VisibleSubclassButtons(), 18);  // "常用" and the first 17 classes
@@ -80,12 +76,10 @@ TEST(NavigationRender, BrowseAndSearchRoadsAtRatesOneAndOneAndAHalf) {
         // there: no default word. "返回" brings the collections back.
         w.ClickButton(2104, 500);
         ASSERT_TRUE(PumpUntil([&] { return !p.m_collectionRowsPending; }));
-        EXPECT_TRUE(p.m_collectionRows.empty());
-        EXPECT_TRUE(looks("collection_search"));
+        EXPECT_TRUE(p.m_collectionRows.empty() && looks("collection_search"));
         w.ClickButton(2201);
-        EXPECT_TRUE(p.m_searchEdit->text().isEmpty());
-        EXPECT_TRUE(p.m_searchUntouched);  // nothing was searched
-        EXPECT_EQ(p.m_searchState, 0);
+        // Nothing was searched.
+        EXPECT_TRUE(p.m_searchEdit->text().isEmpty() && p.m_searchUntouched && p.m_searchState == 0);
         g_defaultHotWord.clear();
         w.ClickButton(2202, 500);
         ASSERT_TRUE(w.WaitForSwitch());
