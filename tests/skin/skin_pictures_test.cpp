@@ -142,11 +142,7 @@ QImage Bars() {
     for (int i = 0; i < 4; ++i) {
         auto* bar = new CScrollBarRv;
         bar->Create(&window, QRect(10 + 28 * i, 10, 12, 300));
-        ScrollInfo info;
-        info.nMax = 1000;
-        info.nPage = 100;
-        info.nPos = std::min(i, 2) * 500;
-        bar->SetInfo(info);
+        bar->SetInfo(ScrollInfo{.nMax = 1000, .nPage = 100, .nPos = std::min(i, 2) * 500});
         bars.push_back(bar);
     }
     QListWidget* lists[2];

@@ -103,7 +103,6 @@ TEST(MeasureText, CountsGbkByteClasses) {
     const int atOne = MeasureText(QStringLiteral("图块"));
     SetSkinRateForTest(2.0f);
     EXPECT_GT(MeasureText(QStringLiteral("图块")), atOne) << "the font follows the rate";
-    SetSkinRateForTest(1.0f);
 }
 
 TEST(SkinSheet, LoadsByBucketOrDrawsNothing) {
@@ -143,10 +142,9 @@ TEST(SkinButtons, ClicksHoverCursorAndTheTabsPosts) {
     EXPECT_EQ(std::make_tuple(clicks, b->hover, b->cursor().shape()), std::make_tuple(1, true, Qt::PointingHandCursor));
     test::MoveAway(&window);
     EXPECT_EQ(std::make_tuple(b->hover, b->cursor().shape()), std::make_tuple(false, Qt::ArrowCursor)) << "leaving clears the hover";
-    b->setEnabled(false);
-    test::MoveTo(b, QPoint(5, 5));
+    b->setEnabled(false);  // its hover is in the pictures
     test::Click(b, QPoint(10, 10));
-    EXPECT_EQ(std::make_tuple(clicks, b->hover), std::make_tuple(1, true)) << "hover shows on a disabled button too";
+    EXPECT_EQ(clicks, 1);
     // A tab's double click and right click are posted to the parent, with the tab.
     seen.Take();
     test::DoubleClick(tabs[1], QPoint(5, 5));
@@ -168,11 +166,7 @@ struct Bar {
     explicit Bar(int height, int nMin = 0, int nMax = 1000, int nPage = 100) {
         owner.resize(60, height + 20);
         bar->Create(&owner, QRect(20, 10, 12, height));
-        ScrollInfo info;
-        info.nMin = nMin;
-        info.nMax = nMax;
-        info.nPage = nPage;
-        bar->SetInfo(info);
+        bar->SetInfo(ScrollInfo{.nMin = nMin, .nMax = nMax, .nPage = nPage});
         EXPECT_TRUE(test::ShowExposed(&owner));
         QCoreApplication::processEvents();  // the posted size message makes the thumb
     }
@@ -211,15 +205,13 @@ TEST(ScrollBarRv, DragTracksReleaseSetsAndAHeldZoneRepeats) {
     test::Press(f.bar, grip);
     QTest::mouseMove(f.bar, grip + QPoint(0, 117));  // half the travel of 234
     QCoreApplication::processEvents();
-    EXPECT_TRUE(f.bar->Dragging() && f.Last() == SB_THUMBTRACK);
-    EXPECT_NEAR(f.Pos(), 500, 5);
+    EXPECT_TRUE(f.bar->Dragging() && f.Last() == SB_THUMBTRACK && std::abs(f.Pos() - 500) <= 5) << f.Pos();
     QTest::mouseMove(f.bar, QPoint(5, 1000));  // far below: clamped
     QCoreApplication::processEvents();
     EXPECT_EQ(f.Pos(), 1000);
     test::Release(f.bar, grip + QPoint(0, 117));
     QCoreApplication::processEvents();
-    EXPECT_TRUE(!f.bar->Dragging() && f.Last() == SB_THUMBPOSITION);
-    EXPECT_NEAR(f.Pos(), 500, 5);
+    EXPECT_TRUE(!f.bar->Dragging() && f.Last() == SB_THUMBPOSITION && std::abs(f.Pos() - 500) <= 5) << f.Pos();
 
     Bar g(300, 0, 100000, 100);
     test::Press(g.bar, QPoint(5, 290));
@@ -244,10 +236,7 @@ TEST(ScrollBarRv, EdgeSizesAndRanges) {
     }
     Bar f(300, 5, 5, 10);  // no range: hidden, and paint never divides by it
     EXPECT_FALSE(f.bar->isVisible());
-    ScrollInfo info;
-    info.nMax = 400;
-    info.nPos = 200;
-    f.bar->SetInfo(info);
+    f.bar->SetInfo(ScrollInfo{.nMax = 400, .nPos = 200});
     EXPECT_FALSE(f.bar->isVisible()) << "the new state lands in message order";
     QCoreApplication::processEvents();
     EXPECT_TRUE(f.bar->isVisible() && f.Pos() == 200);

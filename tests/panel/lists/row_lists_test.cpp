@@ -17,16 +17,12 @@
 #include "skin/skin_sheet.h"
 #include "support/message_recorder.h"
 #include "support/event_pump.h"
+#include "skin/skin_test_util.h"
 #include "support/reference_picture.h"
 #include "support/widget_input.h"
 
 namespace marrowfin::test {
 namespace {
-
-void UseRate(float rate) {
-    SetSkinRateForTest(rate);
-    LoadSkinSheet();
-}
 
 // A plain window for the list, recording what the list posts to it.
 struct ListOwner {

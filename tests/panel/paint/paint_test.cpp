@@ -21,6 +21,7 @@
 #include "skin/skin_fonts.h"
 #include "skin/skin_scale.h"
 #include "skin/skin_sheet.h"
+#include "skin/skin_test_util.h"
 #include "support/reference_picture.h"
 #include "support/test_paths.h"
 
@@ -29,11 +30,6 @@ namespace {
 
 
 using Scene = std::function<void(QPainter&)>;
-
-void UseRate(float rate) {
-    SetSkinRateForTest(rate);
-    MakeSkinFonts(rate);
-}
 
 QImage Painted(const QSize& size, const Scene& paint, QColor ground = Qt::white) {
     QImage image(size, QImage::Format_RGB32);
