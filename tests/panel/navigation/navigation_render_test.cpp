@@ -25,21 +25,21 @@ TEST(NavigationRender, BrowseAndSearchRoadsAtRatesOneAndOneAndAHalf) {
             Pump(30);
             return MatchesReference(p.grab().toImage(), "panel/navigation", name + at);
         };
+        EXPECT_TRUE(looks("recent"));  // the start page; the boutique gallery's row is marked
         if (rate == 1.0f) {
-            EXPECT_TRUE(looks("recent"));  // the start page; the boutique gallery's row is marked
             ASSERT_TRUE(w.OpenRow(2));
             EXPECT_TRUE(looks("few_subclasses"));
+            // The search page shows the default word in the empty box; typed text brings the clear button.
+            g_defaultHotWord = QStringLiteral("螺栓");
             w.ClickButton(2158);
             EXPECT_TRUE(looks("search_page") && p.m_searchUntouched);
             p.m_searchUntouched = false;
             p.GoToPage(PageSearch);  // the same page again changes nothing
             EXPECT_FALSE(p.m_searchUntouched);
 
-            // The clear button comes with text; within 450 ms of the last
-            // accepted command a press is ignored.
-            g_defaultHotWord = QStringLiteral("螺栓");
+            // Within 450 ms of the last accepted command a press of the clear button is ignored.
             QTest::keyClicks(p.m_searchEdit, QStringLiteral("abc"));
-            EXPECT_TRUE(w.ButtonShown(2200));
+            EXPECT_TRUE(w.ButtonShown(2200) && looks("search_typed"));
             w.ClickButton(2200);
             EXPECT_TRUE(p.m_searchEdit->text().isEmpty() && !w.ButtonShown(2200));
             QTest::keyClicks(p.m_searchEdit, QStringLiteral("de"));
@@ -68,6 +68,12 @@ TEST(NavigationRender, BrowseAndSearchRoadsAtRatesOneAndOneAndAHalf) {
         ASSERT_TRUE(w.OpenRow(1));
         EXPECT_TRUE(looks("collections"));  // the bar, the folders one row lower, the list below
         if (rate != 1.0f) continue;
+        // Shown empty and out of step with the cloud: "替换" and "不替换" are offered.
+        p.m_itemCount = 0;
+        SendWindowMessage(p.Handle(), MsgPanelEvent, 5, 0);
+        EXPECT_TRUE(looks("sync_prompt"));
+        p.m_itemCount = 4;
+        SendWindowMessage(p.Handle(), MsgPanelEvent, 5, -1);
         EXPECT_EQ(p.m_curClassPath, mine->dirChildren[0]->Path());
         p.GoToPage(PageBrowse);  // a browse argument on a browse page changes nothing
         EXPECT_EQ(p.m_page, PageCollection);
@@ -80,7 +86,6 @@ TEST(NavigationRender, BrowseAndSearchRoadsAtRatesOneAndOneAndAHalf) {
         w.ClickButton(2201);
         // Nothing was searched.
         EXPECT_TRUE(p.m_searchEdit->text().isEmpty() && p.m_searchUntouched && p.m_searchState == 0);
-        g_defaultHotWord.clear();
         w.ClickButton(2202, 500);
         ASSERT_TRUE(w.WaitForSwitch());
         EXPECT_TRUE(looks("collections"));
@@ -91,4 +96,5 @@ TEST(NavigationRender, BrowseAndSearchRoadsAtRatesOneAndOneAndAHalf) {
         ASSERT_TRUE(w.WaitForSwitch());
         EXPECT_TRUE(looks("collections"));
     }
+    g_defaultHotWord.clear();
 }
