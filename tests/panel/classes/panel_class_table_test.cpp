@@ -3,8 +3,6 @@
 // an hourly tick start the worker, whose table and words come back through
 // the panel's queue (timer 1004 reapplies, command 19 the boutique marks);
 // cut answers, dropped words and a thread that cannot start keep the file.
-#include <gtest/gtest.h>
-
 #include "panel/dialog/hourly_refresh.h"
 #include "panel_world.h"
 #include "platform/threads.h"

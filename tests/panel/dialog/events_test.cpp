@@ -1,8 +1,6 @@
 // The panel's timers and messages: the hourly refresh rule, the one-shot
 // timers, payloads that must be freed, the collection status buttons and the
-// download percent of a result row, on one panel.
-
-#include <gtest/gtest.h>
+// download percent of a result row.
 
 #include "panel/dialog/hourly_refresh.h"
 #include "panel_world.h"
@@ -20,7 +18,7 @@ struct Tracked final : MessagePayload {
 
 }  // namespace
 
-TEST(PanelEvents, HourlyTimerOneShotTimersPayloadsStatusButtonsAndProgressSteps) {
+TEST(PanelEvents, HourlyTimerWaitsAtBusyHoursOneShotTimersEndAndPayloadsAreFreed) {
     // At 9, 10, 14 and 15 o'clock only a roll of 10 or less refreshes.
     for (int hour = 0; hour < 24; ++hour) {
         const bool busy = hour == 9 || hour == 10 || hour == 14 || hour == 15;
@@ -66,8 +64,12 @@ TEST(PanelEvents, HourlyTimerOneShotTimersPayloadsStatusButtonsAndProgressSteps)
     EXPECT_EQ(freed, 3);
     // A copy-data message without a record is answered 0 (the records themselves are the host link's).
     EXPECT_EQ(SendWindowMessage(self, WM_COPYDATA_MESSAGE, 0, 0), 0);
+}
 
-    // The collection's status events lay out its buttons.
+TEST(PanelEvents, StatusEventsLayOutTheCollectionButtonsAndProgressMovesInSteps) {
+    SampleWorld world;
+    CBrindleDlg& panel = *world.panel;
+    const WindowHandle self = panel.Handle();
     auto shown = [&] {
         std::vector<int> ids;
         for (int id : {2150, 2155, 2156, 2157})

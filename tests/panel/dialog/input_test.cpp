@@ -2,8 +2,6 @@
 // title drag, the click regions of the background, and a tree rebuilt beside
 // the user.
 
-#include <gtest/gtest.h>
-
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QThread>

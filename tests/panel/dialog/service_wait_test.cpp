@@ -3,8 +3,6 @@
 // shows its waiting state, and the answers land when they come. A late
 // collection answer for a page the user has left is dropped.
 
-#include <gtest/gtest.h>
-
 #include "panel/dialog/collection_rows.h"
 #include "panel_world.h"
 

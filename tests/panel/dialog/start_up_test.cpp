@@ -1,8 +1,6 @@
 // The start-up: the host link, the timers, the modes, the class table option
 // and the first tree, which the panel takes when it comes.
 
-#include <gtest/gtest.h>
-
 #include "panel_world.h"
 
 using namespace marrowfin;

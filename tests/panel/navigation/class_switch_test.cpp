@@ -1,6 +1,4 @@
 // The class column, the subclass buttons and what they list.
-#include <gtest/gtest.h>
-
 #include "panel_world.h"
 
 using namespace marrowfin;

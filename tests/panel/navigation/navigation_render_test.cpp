@@ -2,8 +2,6 @@
 // pictures: the recent list, few and many subclasses, the search page and
 // back, the collections, their search and back; at Rate 1.5 the pages whose
 // rows of buttons and bars move with the rate.
-#include <gtest/gtest.h>
-
 #include "panel_world.h"
 
 using namespace marrowfin;

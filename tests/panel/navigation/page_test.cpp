@@ -1,6 +1,4 @@
 // The pages whose buttons talk to the stand-in service.
-#include <gtest/gtest.h>
-
 #include "panel_world.h"
 
 using namespace marrowfin;

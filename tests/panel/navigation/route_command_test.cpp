@@ -1,6 +1,4 @@
 // Routes, target classes, the collections row and the command table.
-#include <gtest/gtest.h>
-
 #include <QTimer>
 
 #include "marrowfin/marrowfin.h"

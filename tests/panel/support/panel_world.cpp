@@ -79,7 +79,6 @@ SampleWorld::SampleWorld(const WorldOptions& options) {
     }
     SetApplicationMainWindow(options.attachHost ? &host : nullptr);
     panel = std::make_unique<CBrindleDlg>();
-    panel->showMode = options.mode;
     panel->Create(options.parentIsHost ? &host : nullptr);
 }
 

@@ -4,6 +4,8 @@
 // by hand in the test's own store; and the clicks, keys and waits that drive
 // the panel. It brings the headers the panel's tests share.
 
+#include <gtest/gtest.h>
+
 #include <QApplication>
 #include <QImage>
 #include <QLineEdit>
@@ -91,7 +93,6 @@ struct WorldOptions {
     bool listGallery = true;     // Show.xml names the sample's first gallery
     bool firstSync = true;       // the host ran FirstSynchro before showing
     bool attachHost = true;      // the host named its main window
-    std::u16string mode = {};    // showMode before Create
     bool parentIsHost = false;   // the panel is a tool window of the host
     // Runs once the service serves and Show.xml is written, before the first
     // tree and the panel: faults, more galleries.

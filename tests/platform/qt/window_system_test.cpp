@@ -55,7 +55,7 @@ protected:
 
 using test::Pump;
 
-TEST(QtWindowSystem, HandlesSendAndPost) {
+TEST(QtWindowSystem, HandlesSendPostAndPostsFromWorkersInOrderPerThreadRacingADeath) {
     auto* a = new Receiver;
     auto* b = new Receiver;
     const WindowHandle ha = HandleOf(a), hb = HandleOf(b);
@@ -86,9 +86,8 @@ TEST(QtWindowSystem, HandlesSendAndPost) {
     EXPECT_EQ(c->seen[0].payloadValue, 9);
     EXPECT_EQ(CountedPayload::alive.load(), 0);
     delete c;
-}
 
-TEST(QtWindowSystem, PostsFromWorkersArriveInOrderPerThreadAndRaceADeathSafely) {
+    // Posts from workers arrive in order per thread.
     Receiver r;
     const WindowHandle h = HandleOf(&r);
     constexpr int kThreads = 4, kEach = 500;
