@@ -49,10 +49,24 @@ struct Picker {
 
 }  // namespace
 
-TEST(SortSelector, ClicksWriteTheOptionAndAskForTheTable) {
+TEST(SortSelector, LosingActivationClosesTheMenuClicksWriteTheOptionAndAskForTheTable) {
     TempHome home;
     UseRate(1.0f);
     Picker picker;
+    auto closing = picker.Menu(true);
+    picker.sortButton->setText(QStringLiteral("排序∧"));
+    ASSERT_TRUE(QTest::qWaitForWindowActive(closing.get(), 2000));
+    // A click elsewhere in the class manager activates it; closing is no choice.
+    picker.owner.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&picker.owner, 2000));
+    QCoreApplication::processEvents();
+    EXPECT_FALSE(closing->isVisible());
+    EXPECT_TRUE(picker.sortButton->selected && picker.sortButton->text() == QStringLiteral("排序∨"));
+    EXPECT_TRUE(picker.toPanel.Take().empty());
+    EXPECT_EQ(GetOptionInt(u"GalDefSort", -1), -1);
+
+    picker.sortButton->setText(QStringLiteral("排序∧"));
+    picker.sortButton->selected = false;
     auto menu = picker.Menu(true);
     EXPECT_EQ(Picker::Checked(*menu), std::vector<int>{1000});  // GalDefSort absent: 0
     EXPECT_TRUE(menu->isVisible() && menu->pos() == picker.sortButton->mapToGlobal(QPoint(-50, picker.sortButton->height())));
@@ -77,23 +91,6 @@ TEST(SortSelector, ClicksWriteTheOptionAndAskForTheTable) {
     Click(alone.Choice(1000), QPoint(20, 10));
     EXPECT_EQ(GetOptionInt(u"GalDefSort", -1), 0);
     EXPECT_EQ(picker.toPanel.Take().size(), 1u);
-}
-
-TEST(SortSelector, LosingActivationClosesTheMenu) {
-    TempHome home;
-    UseRate(1.0f);
-    Picker picker;
-    auto menu = picker.Menu(true);
-    picker.sortButton->setText(QStringLiteral("排序∧"));
-    ASSERT_TRUE(QTest::qWaitForWindowActive(menu.get(), 2000));
-    // A click elsewhere in the class manager activates it.
-    picker.owner.activateWindow();
-    ASSERT_TRUE(QTest::qWaitForWindowActive(&picker.owner, 2000));
-    QCoreApplication::processEvents();
-    EXPECT_FALSE(menu->isVisible());
-    EXPECT_TRUE(picker.sortButton->selected && picker.sortButton->text() == QStringLiteral("排序∨"));
-    EXPECT_TRUE(picker.toPanel.Take().empty());  // closing is no choice
-    EXPECT_EQ(GetOptionInt(u"GalDefSort", -1), -1);
 }
 
 // The checked choice (最热, the lowest) carries the mark, 综合 is under the pointer.

@@ -12,6 +12,7 @@
 #include <QString>
 #include <QTimer>
 #include <QtTest/QTest>
+#include <algorithm>
 #include <functional>
 #include <memory>
 #include <string>
@@ -66,19 +67,31 @@ public:
     std::vector<std::u16string> galleries;
     std::unique_ptr<CBrindleDlg> panel;
 
-    void ClickClassRow(int row);
+    // A click on a row of the class column; its posted command reaches the panel.
+    void ClickClassRow(int row) {
+        panel->m_classList->EnsureVisible(row);
+        Click(panel->m_classList, panel->m_classList->RowRect(row).center());
+    }
     // A click `laterMs` after the last one, as far as the damping clocks know.
     void ClickButton(int id, int laterMs = 0);
     // Waits until the class switch timer has run and nothing is pending.
     bool WaitForSwitch(int timeoutMs = 3000);
     // Clicks a row of the class column and waits for the switch.
-    bool OpenRow(int row);
+    bool OpenRow(int row) {
+        ClickClassRow(row);
+        return WaitForSwitch();
+    }
     // The host has signed in `user` with the token "token-<user>".
-    void SignIn(int user);
+    void SignIn(int user) {
+        panel->userId = user;
+        panel->userToken = u"token-" + QString::number(user).toStdU16String();
+    }
     int RowOf(const std::u16string& text) const;
-    int VisibleSubclassButtons() const;
-    bool Shown(QWidget* widget) const;
-    bool ButtonShown(int id) const;
+    int VisibleSubclassButtons() const {
+        return int(std::count_if(panel->m_subclassBtns.begin(), panel->m_subclassBtns.end(), [this](QWidget* b) { return Shown(b); }));
+    }
+    bool Shown(QWidget* widget) const { return widget && widget->isVisibleTo(panel.get()); }
+    bool ButtonShown(int id) const { return Shown(panel->Button(id)); }
 
 protected:
     // Starts the stand-in service on `library` and points the profile at it.
