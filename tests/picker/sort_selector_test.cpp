@@ -1,17 +1,13 @@
 // The sort selector driven by real clicks: the option, the posts to the
 // panel and the picker, the sort button's state, and its look at two rates.
 
-#include <gtest/gtest.h>
-
 #include <QTest>
 
 #include "picker/gal_sort_sel_dlg.h"
 #include "platform/profile.h"
 #include "platform/qt/qt_window_system.h"
 #include "skin/sel_typeclass_button.h"
-#include "skin/skin_button.h"
 #include "skin/skin_messages.h"
-#include "skin/skin_scale.h"
 #include "skin/skin_test_util.h"
 #include "support/message_recorder.h"
 #include "support/reference_picture.h"

@@ -2,21 +2,16 @@
 // their states, the class tabs, the picker's buttons (a description moves the
 // caption left, an empty one keeps it centred), the scroll and progress bars
 // and the tip box, at two rates where the layout scales.
-#include <gtest/gtest.h>
 
 #include <QCoreApplication>
 #include <QListWidget>
 #include <QPainter>
-#include <functional>
-#include <tuple>
-#include <vector>
 
 #include "skin/pop_tip_dlg.h"
 #include "skin/progress_ctrl_owner.h"
 #include "skin/scroll_bar_ex.h"
 #include "skin/scroll_bar_rv.h"
 #include "skin/sel_typeclass_button.h"
-#include "skin/skin_button.h"
 #include "skin/subclass_button.h"
 #include "skin/skin_test_util.h"
 #include "support/reference_picture.h"

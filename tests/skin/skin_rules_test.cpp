@@ -4,14 +4,10 @@
 #include <gtest/gtest.h>
 
 #include <QFontInfo>
-#include <QImage>
 #include <QListWidget>
 #include <QPainter>
-#include <QScrollBar>
 #include <QTimer>
 #include <QtTest/QTest>
-#include <functional>
-#include <tuple>
 
 #include "platform/profile.h"
 #include "platform/qt/qt_window_system.h"
@@ -19,10 +15,8 @@
 #include "skin/scroll_bar_ex.h"
 #include "skin/scroll_bar_rv.h"
 #include "skin/measure_text.h"
-#include "skin/skin_button.h"
 #include "skin/skin_fonts.h"
 #include "skin/skin_messages.h"
-#include "skin/skin_sheet.h"
 #include "skin/subclass_button.h"
 #include "skin/skin_test_util.h"
 #include "support/event_pump.h"

@@ -3,9 +3,7 @@
 // marks against the table of the start of the run), and its requests.
 #include <gtest/gtest.h>
 
-#include "markup/markup_document.h"
 #include "net/http_transport.h"
-#include "panel/classes/class_table.h"
 #include "panel/classes/class_table_reader.h"
 #include "panel/classes/class_table_refresh.h"
 #include "platform/files.h"

@@ -1,8 +1,6 @@
 // The three close roads (the close button, WM_CLOSE, the save on
 // CloseGallery) with the files they leave on disk.
 
-#include <QPointer>
-
 #include "panel_world.h"
 #include "store/usage_lists.h"
 

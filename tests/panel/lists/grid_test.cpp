@@ -4,20 +4,12 @@
 // read off the panel's thread, watched through the decoder seam: which thread
 // reads, in which order, what is dropped when the grid scrolls on or gets a
 // new listing, and how the loader stops.
-#include <gtest/gtest.h>
 
 #include <QCoreApplication>
 #include <QTemporaryDir>
-#include <algorithm>
-#include <atomic>
-#include <condition_variable>
-#include <mutex>
-#include <set>
-#include <thread>
 
 #include "panel/lists/dwg_list_view.h"
 #include "panel/model/panel_messages.h"
-#include "panel/preview/preview_loader.h"
 #include "platform/files.h"
 #include "platform/qt/qt_window_system.h"
 #include "skin/measure_text.h"
@@ -206,7 +198,6 @@ TEST(DwgListView, NamesFitCellsDrawInTheirStatesAndTheMouseAndKeysPost) {
     }
     EXPECT_EQ(CDWGListView::TitleOf(u"/store/建筑/门.窗.dwg"), QStringLiteral("门.窗"));
 }
-
 
 // Notes the item of every call of the decoder, and holds the first calls (one,
 // or every one) at a gate until the test opens it. No call may run on

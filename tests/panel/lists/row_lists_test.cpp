@@ -2,7 +2,6 @@
 // arithmetic at its edges, scrolling, hover, the click zones and what a click
 // posts or selects, rows dropped behind the list's back, and both lists
 // drawn in their states at two rates against reference pictures.
-#include <gtest/gtest.h>
 
 #include <QApplication>
 #include <QHelpEvent>
@@ -13,8 +12,6 @@
 #include "panel/lists/search_row_zone.h"
 #include "panel/model/panel_messages.h"
 #include "skin/scroll_bar_ex.h"
-#include "skin/skin_scale.h"
-#include "skin/skin_sheet.h"
 #include "support/message_recorder.h"
 #include "support/event_pump.h"
 #include "skin/skin_test_util.h"

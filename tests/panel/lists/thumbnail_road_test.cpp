@@ -2,8 +2,6 @@
 // from the stand-in service, the quiet timer, and the activation of a block
 // (insertion request, recent and common-use lists, the tip for a file that is
 // missing, in flight or too small).
-#include <algorithm>
-#include <mutex>
 
 #include "panel_world.h"
 

@@ -1,8 +1,5 @@
 // Routes, target classes, the collections row and the command table.
-#include <QTimer>
 
-#include "marrowfin/marrowfin.h"
-#include "panel/model/panel_messages.h"
 #include "panel_world.h"
 #include "store/store_ini.h"
 

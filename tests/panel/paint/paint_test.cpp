@@ -4,13 +4,10 @@
 // the class column's own); and its arithmetic as values: where a highlighted
 // text is cut and its pieces stand, the row's name and class line, where the
 // status line's hint fits, a squeezed window.
-#include <gtest/gtest.h>
 
 #include <QFontMetrics>
 #include <QPainter>
 #include <QTemporaryDir>
-#include <functional>
-#include <vector>
 
 #include "panel/model/block_row.h"
 #include "panel/model/panel_page.h"
@@ -19,15 +16,12 @@
 #include "panel/paint/panel_draw.h"
 #include "panel/paint/panel_painter.h"
 #include "skin/skin_fonts.h"
-#include "skin/skin_scale.h"
-#include "skin/skin_sheet.h"
 #include "skin/skin_test_util.h"
 #include "support/reference_picture.h"
 #include "support/test_paths.h"
 
 namespace marrowfin::test {
 namespace {
-
 
 using Scene = std::function<void(QPainter&)>;
 
@@ -38,7 +32,6 @@ QImage Painted(const QSize& size, const Scene& paint, QColor ground = Qt::white)
     paint(p);
     return image;
 }
-
 
 // The scenes side by side in `columns`, each `size` on its own magenta ground
 // (anything painted outside its rectangle shows against it), 8 pixels apart.

@@ -2,17 +2,12 @@
 // files (decoded into the contact sheet), and on hostile files: sections, tables, entries and bitmap headers
 // that lie about their offsets and sizes; and the fitting of previews into the
 // grid's and the result rows' cells.
-#include <gtest/gtest.h>
 
 #include <QBuffer>
-#include <QImage>
 #include <QPainter>
-#include <algorithm>
-#include <cstring>
 
 #include "dwg_writer.h"
 #include "panel/preview/dwg_preview.h"
-#include "panel/preview/dwg_preview_reader.h"
 #include "panel/preview/fit_thumbnail.h"
 #include "platform/text.h"
 #include "support/reference_picture.h"
@@ -255,7 +250,6 @@ TEST(DwgPreviewBitmap, EveryDepthDecodesAndHostileHeadersAreRefused) {
     };
     for (const auto& [name, bytes, error] : cases) EXPECT_EQ(DecodePreviewBitmap(bytes).error, error) << name;
 }
-
 
 QImage Filled(int w, int h, QRgb colour) {
     QImage image(w, h, QImage::Format_RGB32);

@@ -4,22 +4,12 @@
 // by hand in the test's own store; and the clicks, keys and waits that drive
 // the panel. It brings the headers the panel's tests share.
 
-#include <gtest/gtest.h>
-
 #include <QApplication>
-#include <QImage>
 #include <QLineEdit>
-#include <QString>
 #include <QTimer>
 #include <QtTest/QTest>
-#include <algorithm>
-#include <functional>
-#include <memory>
-#include <string>
-#include <vector>
 
 #include "fault_switches.h"
-#include "net/download_queue.h"
 #include "net/gallery_sync.h"
 #include "panel/dialog/hot_words.h"
 #include "panel/dialog/brindle_dlg.h"
@@ -36,19 +26,13 @@
 #include "platform/qt/window_timers.h"
 #include "platform/ticks.h"
 #include "request_counters.h"
-#include "service_handle.h"
-#include "skin/skin_button.h"
 #include "skin/skin_scale.h"
 #include "skin/subclass_button.h"
-#include "store/gallery_node.h"
-#include "store/gallery_store.h"
 #include "store/gallery_tree.h"
 #include "store/show_list.h"
 #include "store/store_paths.h"
-#include "store/tree_update.h"
 #include "support/event_pump.h"
 #include "support/live_service.h"
-#include "support/message_recorder.h"
 #include "support/recording_host.h"
 #include "support/reference_picture.h"
 #include "support/temp_home.h"

@@ -1,11 +1,7 @@
 // The Qt window layer: handles, posting from threads, payload ownership, timers.
 #include <gtest/gtest.h>
 
-#include <atomic>
-#include <set>
 #include <thread>
-#include <tuple>
-#include <vector>
 
 #include "platform/qt/qt_window_system.h"
 #include "platform/qt/window_message_event.h"

@@ -5,7 +5,6 @@
 
 #include <QListWidget>
 #include <QtTest/QTest>
-#include <memory>
 
 #include "drawing_sheet.h"
 #include "host_window.h"
