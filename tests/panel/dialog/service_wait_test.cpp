@@ -166,7 +166,7 @@ TEST(ServiceWait, FirstRunClassTableComesFromAWorkerInTheDesignedOrderAndRefresh
 
 // The collection's blocks: asked for on a worker while the page waits, listed
 // and filtered when they land; an answer for a page the user has left is
-// dropped, and a failing service leaves the page open and empty.
+// dropped.
 TEST(LivePages, CollectionSearchWaitsForTheCloudBlocksFiltersThemAndDropsLateAnswers) {
     PanelWorld w(SampleLibrary());
     // User 42 keeps "螺栓M8.dwg", "螺母.dwg" (a boutique block, also in the mirror) and "Bolt-Large.dwg".
@@ -257,14 +257,5 @@ TEST(LivePages, CollectionSearchWaitsForTheCloudBlocksFiltersThemAndDropsLateAns
     EXPECT_TRUE(p.m_page == PageCollectionSearch && p.m_searchState == 0);
     ASSERT_EQ(p.m_collectionRows.size(), 3u);
     for (const BlockRow& row : p.m_collectionRows) EXPECT_NE(row.name, QStringLiteral("旧.dwg"));
-
-    // A failing service leaves the page open with nothing to filter.
-    w.ClickButton(2202, 500);
-    ASSERT_TRUE(w.WaitForSwitch());
-    const long before = asked();
-    w.service.faults().set("/gallery/get_u_collect", {.status = 500});
-    w.ClickButton(2104, 500);
-    EXPECT_EQ(p.m_page, PageCollectionSearch);
-    ASSERT_TRUE(PumpUntil([&] { return !p.m_collectionRowsPending; }));
-    EXPECT_TRUE(p.m_collectionRows.empty() && p.m_searchState == 0 && asked() == before + 1);
+    // A failing service leaves the page open and empty: the navigation's offline walk.
 }
