@@ -185,11 +185,8 @@ QImage TipBox(bool twoLines) {
 TEST(SkinPictures, EverySceneMatchesItsReference) {
     // Name, drawing, drawn at both rates (else at 1.0 only).
     const std::tuple<const char*, std::function<QImage()>, bool> scenes[] = {
-        {"buttons", SkinButtons, true},
-        {"subclass_tabs", SubclassTabs, true},
-        {"picker_buttons", PickerButtons, true},
-        {"tip_one_line", [] { return TipBox(false); }, true},
-        {"tip_two_lines", [] { return TipBox(true); }, true},
+        {"buttons", SkinButtons, true}, {"subclass_tabs", SubclassTabs, true}, {"picker_buttons", PickerButtons, true},
+        {"tip_one_line", [] { return TipBox(false); }, true}, {"tip_two_lines", [] { return TipBox(true); }, true},
         {"bars", Bars, false},
     };
     for (const auto& [scene, draw, scales] : scenes) {

@@ -5,19 +5,17 @@
 
 #include "panel_world.h"
 
-namespace marrowfin {
+using namespace marrowfin;
+using namespace marrowfin::test;
+
 namespace {
 
-using test::PanelWorld;
-using test::PumpUntil;
-using test::RecordingHost;
-
-std::string PreviewDrawing() { return test::ReadBytes(test::SharedDir() + "/testdata/dwg/bmp8_ac1015.dwg"); }
+std::string PreviewDrawing() { return ReadBytes(SharedDir() + "/testdata/dwg/bmp8_ac1015.dwg"); }
 
 void DoubleClickItem(CDWGListView* list, int item) {
     list->EnsureVisible(item);
-    test::DoubleClick(list, list->IconRect(item).center());
-    test::Pump(30);
+    DoubleClick(list, list->IconRect(item).center());
+    Pump(30);
 }
 
 std::vector<std::u16string> PathsOf(const std::vector<GalleryNode*>& nodes) {
@@ -30,10 +28,6 @@ std::vector<std::u16string> PathsOf(const CBrindleDlg& panel) {
     std::vector<std::u16string> out;
     for (size_t i = 0; i < panel.m_listNodes.size(); ++i) out.push_back(panel.m_listNodes.At(*panel.m_store, i)->Path());
     return out;
-}
-
-bool Asked(const CBrindleDlg& panel, int item) {
-    return std::find(panel.m_thumbsToCheck.begin(), panel.m_thumbsToCheck.end(), item) != panel.m_thumbsToCheck.end();
 }
 
 // A library of one gallery with a class of 300 blocks, its tree handed over, the class open.
@@ -56,10 +50,12 @@ bool AllStatesFinal(CDWGListView* list) {
     return true;
 }
 
+}  // namespace
+
 TEST(ThumbnailRoad, ALargeClassShowsPlaceholdersThenPicturesFetchingOnlyWhatIsInView) {
-    PanelWorld w(test::SampleLibrary({1, 1, 300}));
+    PanelWorld w(SampleLibrary({1, 1, 300}));
     CDWGListView* list = OpenLargeClass(w, {.latencyMs = 80});  // the six places fill up
-    test::Pump(50);
+    Pump(50);
     // Placeholders first: nothing on disk, nothing asked before the quiet time.
     EXPECT_TRUE(list->ItemState(0) == CDWGListView::kStateFresh && IsTimerRunning(w.panel->Handle(), kTimerThumbRequest));
     EXPECT_EQ(w.service.counters().get("/files/*").count, 0);
@@ -73,7 +69,7 @@ TEST(ThumbnailRoad, ALargeClassShowsPlaceholdersThenPicturesFetchingOnlyWhatIsIn
     EXPECT_GE(list->CachedPictures(), shown) << "every arrived file shows its preview";
     // Scrolled on: the newly shown files are asked for after the quiet time.
     list->EnsureVisible(299);
-    test::Pump(50);
+    Pump(50);
     ASSERT_TRUE(PumpUntil([&] { return AllStatesFinal(list); }, 20000));
     ASSERT_TRUE(WaitForDownloadWorkers(std::chrono::milliseconds(5000)));
     EXPECT_EQ(w.service.counters().get("/files/*").count, shown + (list->LastVisibleItem() - list->FirstVisibleItem() + 1));
@@ -99,7 +95,7 @@ TEST(ThumbnailRoad, ABurstOfReportsMakesOneRequestRunAndDoubleClickInsertsAndHea
 
     // 100 reports over 400 ms: the list of items only grows, each item once; one run after the quiet time.
     ASSERT_TRUE(w.OpenRow(w.RowOf(u"建筑")));
-    test::Pump(700);  // the opened class's own reports run out
+    Pump(700);  // the opened class's own reports run out
     PumpUntil([&] { return !IsTimerRunning(w.panel->Handle(), kTimerThumbRequest); }, 2000);
     w.panel->m_thumbsToCheck.clear();
     size_t before = 0;
@@ -140,16 +136,16 @@ TEST(ThumbnailRoad, ABurstOfReportsMakesOneRequestRunAndDoubleClickInsertsAndHea
     // A file that is not there: the tip with 取消, no insertion, and the file is asked for.
     ASSERT_TRUE(w.OpenRow(w.RowOf(u"机械")));
     ASSERT_EQ(PathsOf(*w.panel), (std::vector<std::u16string>{p2, p1}));  // its "常用" list now
-    test::Pump(700);
+    Pump(700);
     RemoveFile(p1);
     w.panel->m_thumbsToCheck.clear();
     {
-        test::TipWatcher tip(/*accept*/ false);
+        TipWatcher tip(/*accept*/ false);
         DoubleClickItem(list, 1);
         EXPECT_TRUE(tip.seen == 1 && tip.cancelShown);
     }
     EXPECT_EQ(insertions().size(), 4u);
-    EXPECT_TRUE(PumpUntil([&] { return Asked(*w.panel, 1); }, 2000));
+    EXPECT_TRUE(PumpUntil([&] { return std::ranges::count(w.panel->m_thumbsToCheck, 1) > 0; }, 2000));
     EXPECT_TRUE(IsTimerRunning(w.panel->Handle(), kTimerThumbRequest));
     // The host's window gone: nothing is sent and nothing moves.
     w.panel->hostWindow = 0;
@@ -159,7 +155,7 @@ TEST(ThumbnailRoad, ABurstOfReportsMakesOneRequestRunAndDoubleClickInsertsAndHea
 }
 
 TEST(ThumbnailRoad, ABlockInFlightOrTooSmallIsRefusedWithTheTipAndAskedFor) {
-    PanelWorld w(test::SampleLibrary({1, 1, 300}));
+    PanelWorld w(SampleLibrary({1, 1, 300}));
     RecordingHost host;
     CDWGListView* list = OpenLargeClass(w, {.latencyMs = 20000});  // the files in view stay in flight
     w.panel->hostWindow = HandleOf(&host);
@@ -201,7 +197,7 @@ TEST(ThumbnailRoad, ABlockInFlightOrTooSmallIsRefusedWithTheTipAndAskedFor) {
         const std::vector<std::u16string> common = PathsOf(w.root()->dirChildren.at(0)->fileChildren);
         const size_t sent = host.Requests(2, 4).size();
         w.panel->m_thumbsToCheck.clear();
-        test::TipWatcher tip(/*accept*/ false);
+        TipWatcher tip(/*accept*/ false);
         DoubleClickItem(list, item);
         EXPECT_EQ(tip.seen, inserted ? 0 : 1) << "the tip that the file is not downloaded";
         ASSERT_EQ(host.Requests(2, 4).size(), sent + (inserted ? 1 : 0));
@@ -212,7 +208,7 @@ TEST(ThumbnailRoad, ABlockInFlightOrTooSmallIsRefusedWithTheTipAndAskedFor) {
         }
         EXPECT_EQ(PathsOf(w.root()->fileChildren), recent) << "the recent list is left alone";
         EXPECT_EQ(PathsOf(w.root()->dirChildren.at(0)->fileChildren), common) << "nor the common-use list";
-        EXPECT_TRUE(PumpUntil([&] { return Asked(*w.panel, item); }, 2000)) << "the file is asked for";
+        EXPECT_TRUE(PumpUntil([&] { return std::ranges::count(w.panel->m_thumbsToCheck, item) > 0; }, 2000)) << "the file is asked for";
     }
     {
         std::lock_guard<std::mutex> lock(w.store.downloadLock);
@@ -223,5 +219,3 @@ TEST(ThumbnailRoad, ABlockInFlightOrTooSmallIsRefusedWithTheTipAndAskedFor) {
     ASSERT_TRUE(WaitForDownloadWorkers(std::chrono::milliseconds(30000)));
 }
 
-}  // namespace
-}  // namespace marrowfin
