@@ -47,8 +47,7 @@ TEST(PanelWindow, CloseButtonWindowCloseAndTheSaveOnCloseGallery) {
     EXPECT_FALSE(panel->close());  // refused: the panel hides and stays
     Pump(20);
     ASSERT_FALSE(panel.isNull());
-    EXPECT_FALSE(panel->isVisible());
-    EXPECT_TRUE(panel->showMode.empty());
+    EXPECT_TRUE(!panel->isVisible() && panel->showMode.empty());
     EXPECT_EQ(ReadListFile(RecentListPath()), std::vector<std::u16string>{block});
     panel->ShowPanel();
     EXPECT_TRUE(panel->isVisible());

@@ -303,8 +303,7 @@ TEST(FitThumbnail, ContactSheetOfPreviewsInBothCells) {
 TEST(FitThumbnail, SizesAndTinyCellsStayInsideTheCanvas) {
     // Units times the rate, truncated; no canvas for a rate or size out of range.
     EXPECT_EQ(FitThumbnail(QImage(), 0, 0, 1.7).size(), QSize(224, 136));
-    EXPECT_TRUE(FitThumbnail(QImage(), 0, 0, 0.0).isNull());
-    EXPECT_TRUE(FitThumbnail(QImage(), -3, 10, 1.0).isNull());
+    EXPECT_TRUE(FitThumbnail(QImage(), 0, 0, 0.0).isNull() && FitThumbnail(QImage(), -3, 10, 1.0).isNull());
     // Small cells and awkward shapes: the asked size and a whole frame (and,
     // under the sanitizers, no write outside the canvas).
     for (int w = 1; w <= 12; ++w)
