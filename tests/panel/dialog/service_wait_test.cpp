@@ -54,7 +54,7 @@ const service::Fault kHeld{.holdMs = 10000};
 
 }  // namespace
 
-TEST(ServiceWait, FirstRunClassTableComesFromAWorkerInTheDesignedOrderAndRefreshesKeepItsFile) {
+TEST(ServiceWait, FirstRunClassTableComesFromAWorkerBeforeTheWordsAndRefreshesKeepItsFile) {
     g_defaultHotWord.clear();
     SampleWorld world({.beforeCreate = [](PanelHarness& w) {
         // The second gallery is a boutique one; list it beside the first.
