@@ -1,17 +1,13 @@
 // The sort selector driven by real clicks: the option, the posts to the
 // panel and the picker, the sort button's state, and its look at two rates.
 
-#include <gtest/gtest.h>
-
 #include <QTest>
 
 #include "picker/gal_sort_sel_dlg.h"
 #include "platform/profile.h"
 #include "platform/qt/qt_window_system.h"
 #include "skin/sel_typeclass_button.h"
-#include "skin/skin_button.h"
 #include "skin/skin_messages.h"
-#include "skin/skin_scale.h"
 #include "skin/skin_test_util.h"
 #include "support/message_recorder.h"
 #include "support/reference_picture.h"
@@ -49,10 +45,24 @@ struct Picker {
 
 }  // namespace
 
-TEST(SortSelector, ClicksWriteTheOptionAndAskForTheTable) {
+TEST(SortSelector, LosingActivationClosesTheMenuClicksWriteTheOptionAndAskForTheTable) {
     TempHome home;
     UseRate(1.0f);
     Picker picker;
+    auto closing = picker.Menu(true);
+    picker.sortButton->setText(QStringLiteral("排序∧"));
+    ASSERT_TRUE(QTest::qWaitForWindowActive(closing.get(), 2000));
+    // A click elsewhere in the class manager activates it; closing is no choice.
+    picker.owner.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&picker.owner, 2000));
+    QCoreApplication::processEvents();
+    EXPECT_FALSE(closing->isVisible());
+    EXPECT_TRUE(picker.sortButton->selected && picker.sortButton->text() == QStringLiteral("排序∨"));
+    EXPECT_TRUE(picker.toPanel.Take().empty());
+    EXPECT_EQ(GetOptionInt(u"GalDefSort", -1), -1);
+
+    picker.sortButton->setText(QStringLiteral("排序∧"));
+    picker.sortButton->selected = false;
     auto menu = picker.Menu(true);
     EXPECT_EQ(Picker::Checked(*menu), std::vector<int>{1000});  // GalDefSort absent: 0
     EXPECT_TRUE(menu->isVisible() && menu->pos() == picker.sortButton->mapToGlobal(QPoint(-50, picker.sortButton->height())));
@@ -77,23 +87,6 @@ TEST(SortSelector, ClicksWriteTheOptionAndAskForTheTable) {
     Click(alone.Choice(1000), QPoint(20, 10));
     EXPECT_EQ(GetOptionInt(u"GalDefSort", -1), 0);
     EXPECT_EQ(picker.toPanel.Take().size(), 1u);
-}
-
-TEST(SortSelector, LosingActivationClosesTheMenu) {
-    TempHome home;
-    UseRate(1.0f);
-    Picker picker;
-    auto menu = picker.Menu(true);
-    picker.sortButton->setText(QStringLiteral("排序∧"));
-    ASSERT_TRUE(QTest::qWaitForWindowActive(menu.get(), 2000));
-    // A click elsewhere in the class manager activates it.
-    picker.owner.activateWindow();
-    ASSERT_TRUE(QTest::qWaitForWindowActive(&picker.owner, 2000));
-    QCoreApplication::processEvents();
-    EXPECT_FALSE(menu->isVisible());
-    EXPECT_TRUE(picker.sortButton->selected && picker.sortButton->text() == QStringLiteral("排序∨"));
-    EXPECT_TRUE(picker.toPanel.Take().empty());  // closing is no choice
-    EXPECT_EQ(GetOptionInt(u"GalDefSort", -1), -1);
 }
 
 // The checked choice (最热, the lowest) carries the mark, 综合 is under the pointer.

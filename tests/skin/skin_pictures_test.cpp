@@ -2,21 +2,16 @@
 // their states, the class tabs, the picker's buttons (a description moves the
 // caption left, an empty one keeps it centred), the scroll and progress bars
 // and the tip box, at two rates where the layout scales.
-#include <gtest/gtest.h>
 
 #include <QCoreApplication>
 #include <QListWidget>
 #include <QPainter>
-#include <functional>
-#include <tuple>
-#include <vector>
 
 #include "skin/pop_tip_dlg.h"
 #include "skin/progress_ctrl_owner.h"
 #include "skin/scroll_bar_ex.h"
 #include "skin/scroll_bar_rv.h"
 #include "skin/sel_typeclass_button.h"
-#include "skin/skin_button.h"
 #include "skin/subclass_button.h"
 #include "skin/skin_test_util.h"
 #include "support/reference_picture.h"
@@ -142,11 +137,7 @@ QImage Bars() {
     for (int i = 0; i < 4; ++i) {
         auto* bar = new CScrollBarRv;
         bar->Create(&window, QRect(10 + 28 * i, 10, 12, 300));
-        ScrollInfo info;
-        info.nMax = 1000;
-        info.nPage = 100;
-        info.nPos = std::min(i, 2) * 500;
-        bar->SetInfo(info);
+        bar->SetInfo(ScrollInfo{.nMax = 1000, .nPage = 100, .nPos = std::min(i, 2) * 500});
         bars.push_back(bar);
     }
     QListWidget* lists[2];
@@ -194,11 +185,8 @@ QImage TipBox(bool twoLines) {
 TEST(SkinPictures, EverySceneMatchesItsReference) {
     // Name, drawing, drawn at both rates (else at 1.0 only).
     const std::tuple<const char*, std::function<QImage()>, bool> scenes[] = {
-        {"buttons", SkinButtons, true},
-        {"subclass_tabs", SubclassTabs, true},
-        {"picker_buttons", PickerButtons, true},
-        {"tip_one_line", [] { return TipBox(false); }, true},
-        {"tip_two_lines", [] { return TipBox(true); }, true},
+        {"buttons", SkinButtons, true}, {"subclass_tabs", SubclassTabs, true}, {"picker_buttons", PickerButtons, true},
+        {"tip_one_line", [] { return TipBox(false); }, true}, {"tip_two_lines", [] { return TipBox(true); }, true},
         {"bars", Bars, false},
     };
     for (const auto& [scene, draw, scales] : scenes) {

@@ -4,14 +4,10 @@
 #include <gtest/gtest.h>
 
 #include <QFontInfo>
-#include <QImage>
 #include <QListWidget>
 #include <QPainter>
-#include <QScrollBar>
 #include <QTimer>
 #include <QtTest/QTest>
-#include <functional>
-#include <tuple>
 
 #include "platform/profile.h"
 #include "platform/qt/qt_window_system.h"
@@ -19,10 +15,8 @@
 #include "skin/scroll_bar_ex.h"
 #include "skin/scroll_bar_rv.h"
 #include "skin/measure_text.h"
-#include "skin/skin_button.h"
 #include "skin/skin_fonts.h"
 #include "skin/skin_messages.h"
-#include "skin/skin_sheet.h"
 #include "skin/subclass_button.h"
 #include "skin/skin_test_util.h"
 #include "support/event_pump.h"
@@ -35,7 +29,7 @@ namespace {
 
 using test::RecordedMessage;
 
-TEST(SkinScale, OptionScreenRuleBucketsAndTruncation) {
+TEST(SkinScale, OptionScreenRuleBucketsTruncationFontsTextMeasureAndTheSheet) {
     const std::tuple<const char*, int, int, float> cases[] = {
         // Option values: kept between 1.0 and 5.0, else 1.0; junk reads as 0; a leading number is read.
         {"1.19", 800, 600, 1.19f}, {"0.5", 3840, 2160, 1.0f}, {"6", 800, 600, 1.0f}, {"5", 800, 600, 5.0f},
@@ -74,9 +68,8 @@ TEST(SkinScale, OptionScreenRuleBucketsAndTruncation) {
     EXPECT_EQ(ScaleUnits(755), 966);
     EXPECT_EQ(SheetPixels(89), 133) << "133.5 truncates";
     SetSkinRateForTest(1.0f);
-}
 
-TEST(SkinFonts, HeightsFollowTheRateAndTheFaceIsCjk) {
+    // The font heights follow the rate, and the face is a CJK one.
     const std::pair<float, int> heights[] = {{0.87f, 18}, {1.0f, 18}, {1.5f, 22}, {1.28f, 21},
                                              {1.99f, 26}, {2.0f, 26}, {2.56f, 36}, {5.0f, 80}};
     for (const auto& [rate, height] : heights) EXPECT_EQ(FontHeightForRate(rate), height) << rate;
@@ -86,9 +79,8 @@ TEST(SkinFonts, HeightsFollowTheRateAndTheFaceIsCjk) {
     ASSERT_TRUE(HasCjkFont()) << "no CJK font installed; family in use: " << SkinFontFamily().toStdString();
     const QString family = QFontInfo(Font(SkinFont::Normal)).family();
     EXPECT_TRUE(PreferredFontFamilies().contains(family, Qt::CaseInsensitive)) << family.toStdString();
-}
 
-TEST(MeasureText, CountsGbkByteClasses) {
+    // Text is measured by GBK byte classes.
     SetSkinRateForTest(1.0f);
     // Text, one-byte and two-byte characters: full-width brackets are two bytes,
     // an emoji has no GBK form (one '?'), é is two bytes in GBK.
@@ -103,10 +95,8 @@ TEST(MeasureText, CountsGbkByteClasses) {
     const int atOne = MeasureText(QStringLiteral("图块"));
     SetSkinRateForTest(2.0f);
     EXPECT_GT(MeasureText(QStringLiteral("图块")), atOne) << "the font follows the rate";
-    SetSkinRateForTest(1.0f);
-}
 
-TEST(SkinSheet, LoadsByBucketOrDrawsNothing) {
+    // The sheet is loaded by bucket; without one nothing is drawn.
     SetSkinRateForTest(1.0f);
     UnloadSkinSheetForTest();
     QImage target(20, 20, QImage::Format_ARGB32);
@@ -143,10 +133,9 @@ TEST(SkinButtons, ClicksHoverCursorAndTheTabsPosts) {
     EXPECT_EQ(std::make_tuple(clicks, b->hover, b->cursor().shape()), std::make_tuple(1, true, Qt::PointingHandCursor));
     test::MoveAway(&window);
     EXPECT_EQ(std::make_tuple(b->hover, b->cursor().shape()), std::make_tuple(false, Qt::ArrowCursor)) << "leaving clears the hover";
-    b->setEnabled(false);
-    test::MoveTo(b, QPoint(5, 5));
+    b->setEnabled(false);  // its hover is in the pictures
     test::Click(b, QPoint(10, 10));
-    EXPECT_EQ(std::make_tuple(clicks, b->hover), std::make_tuple(1, true)) << "hover shows on a disabled button too";
+    EXPECT_EQ(clicks, 1);
     // A tab's double click and right click are posted to the parent, with the tab.
     seen.Take();
     test::DoubleClick(tabs[1], QPoint(5, 5));
@@ -168,11 +157,7 @@ struct Bar {
     explicit Bar(int height, int nMin = 0, int nMax = 1000, int nPage = 100) {
         owner.resize(60, height + 20);
         bar->Create(&owner, QRect(20, 10, 12, height));
-        ScrollInfo info;
-        info.nMin = nMin;
-        info.nMax = nMax;
-        info.nPage = nPage;
-        bar->SetInfo(info);
+        bar->SetInfo(ScrollInfo{.nMin = nMin, .nMax = nMax, .nPage = nPage});
         EXPECT_TRUE(test::ShowExposed(&owner));
         QCoreApplication::processEvents();  // the posted size message makes the thumb
     }
@@ -181,7 +166,7 @@ struct Bar {
     uintptr_t Last() const { return sent.Of(WM_VSCROLL_MESSAGE).back().wParam; }
 };
 
-TEST(ScrollBarRv, ZonesMoveByLinesPagesAndEnds) {
+TEST(ScrollBarRv, ZonesDragHeldZonesEdgeSizesAndRanges) {
     Bar f(300);
     EXPECT_EQ(std::make_tuple(f.bar->ThumbLength(), f.bar->Thumb().top()), std::make_tuple(26, 20));
     // Click point, button, position after, code posted (-1: nothing posted).
@@ -203,23 +188,20 @@ TEST(ScrollBarRv, ZonesMoveByLinesPagesAndEnds) {
     for (int i = 0; i < 11; ++i) f.bar->LineDown();
     EXPECT_EQ(f.Pos(), 1000) << "line steps stop at the end exactly";
     EXPECT_EQ(f.bar->Thumb().bottom() + 1, 280) << "the thumb ends at the down zone";
-}
 
-TEST(ScrollBarRv, DragTracksReleaseSetsAndAHeldZoneRepeats) {
-    Bar f(300);
-    const QPoint grip = f.bar->Thumb().center();
-    test::Press(f.bar, grip);
-    QTest::mouseMove(f.bar, grip + QPoint(0, 117));  // half the travel of 234
+    // A drag tracks, a release sets, a held zone repeats.
+    Bar d(300);
+    const QPoint grip = d.bar->Thumb().center();
+    test::Press(d.bar, grip);
+    QTest::mouseMove(d.bar, grip + QPoint(0, 117));  // half the travel of 234
     QCoreApplication::processEvents();
-    EXPECT_TRUE(f.bar->Dragging() && f.Last() == SB_THUMBTRACK);
-    EXPECT_NEAR(f.Pos(), 500, 5);
-    QTest::mouseMove(f.bar, QPoint(5, 1000));  // far below: clamped
+    EXPECT_TRUE(d.bar->Dragging() && d.Last() == SB_THUMBTRACK && std::abs(d.Pos() - 500) <= 5) << d.Pos();
+    QTest::mouseMove(d.bar, QPoint(5, 1000));  // far below: clamped
     QCoreApplication::processEvents();
-    EXPECT_EQ(f.Pos(), 1000);
-    test::Release(f.bar, grip + QPoint(0, 117));
+    EXPECT_EQ(d.Pos(), 1000);
+    test::Release(d.bar, grip + QPoint(0, 117));
     QCoreApplication::processEvents();
-    EXPECT_TRUE(!f.bar->Dragging() && f.Last() == SB_THUMBPOSITION);
-    EXPECT_NEAR(f.Pos(), 500, 5);
+    EXPECT_TRUE(!d.bar->Dragging() && d.Last() == SB_THUMBPOSITION && std::abs(d.Pos() - 500) <= 5) << d.Pos();
 
     Bar g(300, 0, 100000, 100);
     test::Press(g.bar, QPoint(5, 290));
@@ -231,9 +213,8 @@ TEST(ScrollBarRv, DragTracksReleaseSetsAndAHeldZoneRepeats) {
     const int after = g.Pos();
     test::Pump(250);
     EXPECT_EQ(g.Pos(), after) << "release stops the repeat";
-}
 
-TEST(ScrollBarRv, EdgeSizesAndRanges) {
+    // Edge sizes and ranges.
     EXPECT_EQ(Bar(300, 0, 1, 10).bar->ThumbLength(), 236) << "a range below the page";
     EXPECT_EQ(Bar(56).bar->ThumbLength(), 10) << "at least 10 above 55";
     {
@@ -242,15 +223,12 @@ TEST(ScrollBarRv, EdgeSizesAndRanges) {
         test::Click(f.bar, QPoint(5, 50));
         EXPECT_EQ(f.Pos(), 180);
     }
-    Bar f(300, 5, 5, 10);  // no range: hidden, and paint never divides by it
-    EXPECT_FALSE(f.bar->isVisible());
-    ScrollInfo info;
-    info.nMax = 400;
-    info.nPos = 200;
-    f.bar->SetInfo(info);
-    EXPECT_FALSE(f.bar->isVisible()) << "the new state lands in message order";
+    Bar e(300, 5, 5, 10);  // no range: hidden, and paint never divides by it
+    EXPECT_FALSE(e.bar->isVisible());
+    e.bar->SetInfo(ScrollInfo{.nMax = 400, .nPos = 200});
+    EXPECT_FALSE(e.bar->isVisible()) << "the new state lands in message order";
     QCoreApplication::processEvents();
-    EXPECT_TRUE(f.bar->isVisible() && f.Pos() == 200);
+    EXPECT_TRUE(e.bar->isVisible() && e.Pos() == 200);
 
     // The list's thin bar (its span is in the pictures): the wheel still scrolls.
     QListWidget list;

@@ -4,8 +4,8 @@
 // channels is off by more than `channel`; the picture matches while no more
 // than `share` of its pixels differ (font rasterising moves a few edge pixels).
 // MARROWFIN_UPDATE_REFERENCES=1 rewrites the reference instead. On a mismatch
-// the actual picture and a diff (differing pixels red) are written to
-// <test program's folder>/pictures/ and named in the failure.
+// the actual picture is written to <test program's folder>/pictures/ and
+// named in the failure.
 
 #include <gtest/gtest.h>
 

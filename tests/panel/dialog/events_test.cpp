@@ -2,8 +2,6 @@
 // timers, payloads that must be freed, the collection status buttons and the
 // download percent of a result row.
 
-#include <gtest/gtest.h>
-
 #include "panel/dialog/hourly_refresh.h"
 #include "panel_world.h"
 
@@ -38,17 +36,13 @@ TEST(PanelEvents, HourlyTimerWaitsAtBusyHoursOneShotTimersEndAndPayloadsAreFreed
     SampleWorld world;
     CBrindleDlg& panel = *world.panel;
     const WindowHandle self = panel.Handle();
-    struct Tick {
-        int hour, roll;
-        bool network, keepsRunning;
-    };
-    for (const Tick t : {Tick{10, 50, true, true}, Tick{12, 99, true, false}, Tick{14, 3, false, false}}) {
-        SCOPED_TRACE(t.hour);
-        if (!t.network) WriteOptionInt(u"RequestNetwork", 0);
+    // Hour, roll, whether the timer runs on: a busy hour waits; a refresh, or no network, ends it.
+    for (const auto& [hour, roll, keepsRunning] : {std::tuple{10, 50, true}, {12, 99, false}, {14, 3, false}}) {
+        if (hour == 14) WriteOptionInt(u"RequestNetwork", 0);
         if (!IsTimerRunning(self, kTimerHourlyRefresh)) SetTimer(self, kTimerHourlyRefresh, kHourlyRefreshMs);
-        SetHourlyRefreshSourcesForTest([&] { return t.hour; }, [&] { return t.roll; });
+        SetHourlyRefreshSourcesForTest([hour] { return hour; }, [roll] { return roll; });
         SendWindowMessage(self, WM_TIMER_MESSAGE, kTimerHourlyRefresh);
-        EXPECT_EQ(IsTimerRunning(self, kTimerHourlyRefresh), t.keepsRunning);
+        EXPECT_EQ(IsTimerRunning(self, kTimerHourlyRefresh), keepsRunning) << hour;
     }
     SetHourlyRefreshSourcesForTest({}, {});
 
@@ -68,20 +62,8 @@ TEST(PanelEvents, HourlyTimerWaitsAtBusyHoursOneShotTimersEndAndPayloadsAreFreed
     EXPECT_EQ(SendWindowMessage(self, MsgProgress, 7u << 16, 100, std::make_unique<Tracked>(&freed)), 0);
     Pump(20);
     EXPECT_EQ(freed, 3);
-    // The host's orders: a copy-data record sets the mode, the panel control sets the user.
-    EXPECT_EQ(SendWindowMessage(self, WM_COPYDATA_MESSAGE, 0, 0), 0);  // no record
-    const std::u16string mode = u"YL";
-    CopyDataStruct data{MARROWFIN_COPY_MODE, 0, mode.c_str()};
-    SendWindowMessage(self, WM_COPYDATA_MESSAGE, 0, reinterpret_cast<std::intptr_t>(&data));
-    EXPECT_EQ(panel.showMode, u"YL");
-    EXPECT_EQ(SendWindowMessage(self, GalleryPanelControl, MARROWFIN_CONTROL_SET_USER, 42), 0);
-    EXPECT_EQ(panel.userId, 42);
-    // The panel's own windows are itself and its three lists.
-    for (QWidget* own : {(QWidget*)&panel, (QWidget*)panel.m_pThumbList, (QWidget*)panel.m_searchList,
-                         (QWidget*)panel.m_classList})
-        EXPECT_TRUE(panel.IsOwnWindow(HandleOf(own)));
-    for (QWidget* other : {(QWidget*)panel.Button(1000), (QWidget*)panel.m_searchEdit, (QWidget*)&world.host})
-        EXPECT_FALSE(panel.IsOwnWindow(HandleOf(other)));
+    // A copy-data message without a record is answered 0 (the records themselves are the host link's).
+    EXPECT_EQ(SendWindowMessage(self, WM_COPYDATA_MESSAGE, 0, 0), 0);
 }
 
 TEST(PanelEvents, StatusEventsLayOutTheCollectionButtonsAndProgressMovesInSteps) {
@@ -97,35 +79,24 @@ TEST(PanelEvents, StatusEventsLayOutTheCollectionButtonsAndProgressMovesInSteps)
         return ids;
     };
     const std::vector<int> bar{2100, 2101, 2102, 2103, 2104, 2105};
-    struct Step {
-        int classIndex, itemCount, status;
-        std::vector<int> shown;
-    };
-    const Step steps[] = {
-        {1, 0, -1, {2150, 2100, 2101, 2102, 2103, 2104, 2105}},  // an empty collection
-        {1, 0, 0, {2155, 2156}},  // differs from the cloud
-        {1, 0, 3, {2157}}, {1, 0, 4, {2157}}, {1, 0, 1, {}}, {1, 0, -2, {}},
-        {1, 3, -1, bar},  // with blocks shown, no status button
-        {0, 0, 0, {}},    // off the collections row neither
-    };
-    for (const Step& s : steps) {
-        SCOPED_TRACE(testing::Message() << "row " << s.classIndex << ", items " << s.itemCount << ", " << s.status);
-        panel.m_classIndex = s.classIndex;
-        panel.m_itemCount = s.itemCount;
-        SendWindowMessage(self, MsgPanelEvent, 5, s.status);  // it posts event 4
+    // Class row, items shown, status posted, and the buttons that show.
+    // An empty collection, one that differs from the cloud, with blocks shown, and off its row are
+    // the navigation's pictures and the routes' checks; here the other statuses.
+    const std::tuple<int, int, int, std::vector<int>> steps[] = {
+        {1, 0, 3, {2157}}, {1, 0, 4, {2157}}, {1, 0, 1, {}}, {1, 0, -2, {}}, {1, 3, -1, bar}};
+    for (const auto& [classIndex, itemCount, status, ids] : steps) {
+        panel.m_classIndex = classIndex;
+        panel.m_itemCount = itemCount;
+        SendWindowMessage(self, MsgPanelEvent, 5, status);  // it posts event 4
         Pump(20);
-        EXPECT_EQ(shown(), s.shown);
+        EXPECT_EQ(shown(), ids) << "row " << classIndex << ", items " << itemCount << ", status " << status;
     }
 
     // A row downloading 1000 bytes shows its percent only in steps above one.
     panel.ShowPanel();
     panel.m_searchList->show();
-    BlockRow row;
-    row.name = QStringLiteral("阀门.dwg");
-    row.path = QStringLiteral("/tmp/阀门.dwg");
-    row.size = 1000;
-    row.prefetch = false;
-    row.state = RowDownloading;
+    const BlockRow row{.name = QStringLiteral("阀门.dwg"), .klass = {}, .subclass = {}, .url = {}, .path = QStringLiteral("/tmp/阀门.dwg"),
+                       .thumbnail = {}, .prefetch = false, .size = 1000, .state = RowDownloading};
     BlockRow other = row;
     other.path = QStringLiteral("/tmp/other.dwg");
     panel.m_rows = {other, row};

@@ -1,20 +1,15 @@
 // The panel's loop keeps turning while the service is slow: the first run's
 // class table and the collection's blocks are asked for on workers, the page
 // shows its waiting state, and the answers land when they come. A late
-// collection answer for a page the user has left is dropped.
-
-#include <gtest/gtest.h>
-
-#include <QtTest/QTest>
+// collection answer for a page the user has left is dropped. The class
+// table's refreshes (the sort command, an hourly tick) come back through the
+// panel's queue (timer 1004 reapplies, command 19 the boutique marks); cut
+// answers, dropped words and a thread that cannot start keep the file.
 
 #include "panel/dialog/collection_rows.h"
-#include "panel/dialog/hot_words.h"
-#include "support/test_paths.h"
+#include "panel/dialog/hourly_refresh.h"
 #include "panel_world.h"
-#include "platform/text.h"
-#include "store/show_list.h"
-#include "support/live_service.h"
-#include "user_state.h"
+#include "platform/threads.h"
 
 using namespace marrowfin;
 using namespace marrowfin::test;
@@ -41,12 +36,25 @@ private:
     QTimer m_timer;
 };
 
+// Releases the held answers and waits until the one of `generation` has come.
+bool AnswerCame(PanelWorld& w, std::uintptr_t generation) {
+    MessageRecorder spy(w.panel.get());
+    w.service.faults().releaseHeld();
+    return PumpUntil([&] { return spy.Count(MsgCollectionRows, generation) == 1; });
+}
+
+std::vector<bool> BoutiqueMarks() {
+    std::vector<bool> marks;
+    for (const GalleryNode* gallery : GalleryStore::Instance().root->dirChildren) marks.push_back(gallery->boutique);
+    return marks;
+}
+
 // Bound: a panel that waits for a held answer fails the test slowly, not for ever.
 const service::Fault kHeld{.holdMs = 10000};
 
 }  // namespace
 
-TEST(ServiceWait, FirstRunClassTableComesFromAWorkerInTheDesignedOrder) {
+TEST(ServiceWait, FirstRunClassTableComesFromAWorkerBeforeTheWordsAndRefreshesKeepItsFile) {
     g_defaultHotWord.clear();
     SampleWorld world({.beforeCreate = [](PanelHarness& w) {
         // The second gallery is a boutique one; list it beside the first.
@@ -65,14 +73,10 @@ TEST(ServiceWait, FirstRunClassTableComesFromAWorkerInTheDesignedOrder) {
     // built, no gallery is marked boutique, no kinds, no default word.
     ASSERT_TRUE(PumpUntil([&] { return panel.m_classesReady; }));
     Pump(100);  // command 19 after the first class list
-    ASSERT_NE(store.root, nullptr);
-    ASSERT_EQ(store.root->dirChildren.size(), 2u);
+    ASSERT_TRUE(store.root && store.root->dirChildren.size() == 2u);
     for (const GalleryNode* gallery : store.root->dirChildren) EXPECT_FALSE(gallery->boutique) << U8(gallery->name);
-    EXPECT_TRUE(panel.m_generalKinds.empty());
-    EXPECT_TRUE(panel.m_hotWords.empty());
-    EXPECT_TRUE(g_defaultHotWord.isEmpty());
-    EXPECT_FALSE(FileExists(ClassTablePath()));
-    EXPECT_FALSE(panel.IsBlkBoutique(fineBlock));
+    EXPECT_TRUE(panel.m_generalKinds.empty() && panel.m_hotWords.empty() && g_defaultHotWord.isEmpty());
+    EXPECT_FALSE(FileExists(ClassTablePath()) || panel.IsBlkBoutique(fineBlock));
 
     // The table lands: stored, applied, the boutique gallery marked, and the
     // answer given without it forgotten.
@@ -84,10 +88,9 @@ TEST(ServiceWait, FirstRunClassTableComesFromAWorkerInTheDesignedOrder) {
             if (g->name == name) return g;
         return static_cast<const GalleryNode*>(nullptr);
     };
-    ASSERT_NE(gallery(world.galleries[1]), nullptr);
+    ASSERT_TRUE(gallery(world.galleries[0]) && gallery(world.galleries[1]));
     ASSERT_TRUE(PumpUntil([&] { return gallery(world.galleries[1])->boutique; }));
-    EXPECT_FALSE(gallery(world.galleries[0])->boutique);
-    EXPECT_TRUE(panel.IsBlkBoutique(fineBlock));
+    EXPECT_TRUE(!gallery(world.galleries[0])->boutique && panel.IsBlkBoutique(fineBlock));
     EXPECT_TRUE(panel.m_hotWords.empty());  // the words come after the table
 
     LoopWitness words(world.service, "/gallery/gethotwords");
@@ -97,14 +100,73 @@ TEST(ServiceWait, FirstRunClassTableComesFromAWorkerInTheDesignedOrder) {
     EXPECT_EQ(g_defaultHotWord, QStringLiteral("门"));
 
     // One request each, and the first run leaves the network option alone.
-    EXPECT_EQ(world.service.counters().get("/gallery/selpageinfo").count, 1);
-    EXPECT_EQ(world.service.counters().get("/gallery/gethotwords").count, 1);
-    EXPECT_EQ(GetOptionInt(u"RequestNetwork", -7), -7);
+    auto count = [&](const char* path) { return world.service.counters().get(path).count; };
+    EXPECT_EQ(std::make_tuple(count("/gallery/selpageinfo"), count("/gallery/gethotwords"), GetOptionInt(u"RequestNetwork", -7)),
+              std::make_tuple(1L, 1L, -7));
+
+    // A gallery outside the tree is judged by the table: every third of the sample (the second first) is boutique.
+    EXPECT_FALSE(panel.IsBlkBoutique(StoreRoot() + u"/" + world.galleries.at(2) + u"/类/块.dwg") ||
+                 panel.IsBlkBoutique(StoreRoot() + u"/不存在/类/块.dwg"));
+    EXPECT_FALSE(panel.m_generalKinds.empty());
+    const std::string cached = ReadBytes(U8(ClassTablePath()));
+
+    // The sort command reapplies at once, then refreshes on the worker, the service answering at once now.
+    world.service.faults().clearAll();
+    Pump(300);  // the first class list
+    const std::vector<bool> marks = BoutiqueMarks();
+    ASSERT_FALSE(marks.empty());
+    for (GalleryNode* gallery : GalleryStore::Instance().root->dirChildren) gallery->boutique = !gallery->boutique;
+    panel.m_hotWords.clear();
+    g_defaultHotWord.clear();
+    (void)SendWindowMessage(panel.Handle(), MsgPanelCommand, 24, 0);
+    EXPECT_EQ(GetOptionInt(u"RequestNetwork", -7), 1);
+    panel.m_generalKinds.clear();  // only timer 1004 can fill it again now
+    ASSERT_TRUE(PumpUntil([&] { return !panel.m_hotWords.empty() && !panel.m_generalKinds.empty(); }));
+    EXPECT_EQ(g_defaultHotWord, QStringLiteral("门"));
+    ASSERT_TRUE(PumpUntil([&] { return BoutiqueMarks() == marks; }));  // command 19 after the timer
+    EXPECT_FALSE(IsTimerRunning(panel.Handle(), kTimerClassTableApply));
+    EXPECT_EQ(count("/gallery/selpageinfo") + count("/gallery/gethotwords"), 4);
+
+    // A cut table and dropped words: the file stays, the old table is reapplied, the words stay.
+    world.service.faults().set("/gallery/selpageinfo", {.truncateAt = 40});
+    world.service.faults().set("/gallery/gethotwords", {.drop = true});
+    (void)SendWindowMessage(panel.Handle(), MsgPanelCommand, 24, 0);
+    panel.m_generalKinds.clear();
+    ASSERT_TRUE(PumpUntil([&] { return !panel.m_generalKinds.empty() && count("/gallery/selpageinfo") == 3; }));
+    Pump(200);
+    EXPECT_FALSE(panel.m_hotWords.empty()) << "the panel keeps its words";
+    EXPECT_EQ(ReadBytes(U8(ClassTablePath())), cached);
+    // No thread to be had: handled as a failed fetch on the panel's thread, nothing asked.
+    world.service.faults().clearAll();
+    FailThreadStartsForTests(1);
+    (void)SendWindowMessage(panel.Handle(), MsgPanelCommand, 24, 0);
+    panel.m_generalKinds.clear();
+    ASSERT_TRUE(PumpUntil([&] { return !panel.m_generalKinds.empty(); }));
+    EXPECT_EQ(count("/gallery/selpageinfo"), 3);
+    EXPECT_EQ(ReadBytes(U8(ClassTablePath())), cached);
+
+    // Without the network option the sort command does not ask; with it, an hourly tick at a quiet hour refreshes.
+    ASSERT_TRUE(WriteOptionInt(u"RequestNetwork", 0));
+    (void)SendWindowMessage(panel.Handle(), MsgPanelCommand, 24, 0);
+    Pump(300);
+    EXPECT_EQ(count("/gallery/selpageinfo"), 3);
+    ASSERT_TRUE(WriteOptionInt(u"RequestNetwork", 1));
+    SetHourlyRefreshSourcesForTest([] { return 12; }, [] { return 50; });
+    (void)SendWindowMessage(panel.Handle(), WM_TIMER_MESSAGE, kTimerHourlyRefresh, 0);
+    SetHourlyRefreshSourcesForTest({}, {});
+    ASSERT_TRUE(PumpUntil([&] { return count("/gallery/selpageinfo") == 4; }));
+    Pump(200);  // the worker's last posts land
+
+    // Without a cached table the sort command does nothing.
+    ASSERT_TRUE(RemoveFile(ClassTablePath()));
+    (void)SendWindowMessage(panel.Handle(), MsgPanelCommand, 24, 0);
+    Pump(300);
+    EXPECT_EQ(count("/gallery/selpageinfo"), 4);
 }
 
 // The collection's blocks: asked for on a worker while the page waits, listed
 // and filtered when they land; an answer for a page the user has left is
-// dropped, and a failing service leaves the page open and empty.
+// dropped.
 TEST(LivePages, CollectionSearchWaitsForTheCloudBlocksFiltersThemAndDropsLateAnswers) {
     PanelWorld w(SampleLibrary());
     // User 42 keeps "螺栓M8.dwg", "螺母.dwg" (a boutique block, also in the mirror) and "Bolt-Large.dwg".
@@ -125,16 +187,14 @@ TEST(LivePages, CollectionSearchWaitsForTheCloudBlocksFiltersThemAndDropsLateAns
     w.service.faults().set("/gallery/get_u_collect", kHeld);
     LoopWitness witness(w.service, "/gallery/get_u_collect");
     w.ClickButton(2104);
-    EXPECT_EQ(p.m_page, PageCollectionSearch);
-    EXPECT_TRUE(p.m_collectionRowsPending);
-    EXPECT_EQ(p.m_searchState, 1);  // "图块加载中，请稍候"
+    EXPECT_EQ(std::make_tuple(p.m_page, p.m_collectionRowsPending, p.m_searchState),
+              std::make_tuple(int(PageCollectionSearch), true, 1));  // "图块加载中，请稍候"
     ASSERT_TRUE(PumpUntil([&] { return witness.ticksWhileAsked >= 5; }));
 
     // A filter asked for before the rows came runs when they land.
     p.m_searchEdit->setText(QStringLiteral("螺"));
     w.ClickButton(2201);
-    EXPECT_TRUE(p.m_rows.empty());
-    EXPECT_EQ(p.m_searchState, 1);
+    EXPECT_TRUE(p.m_rows.empty() && p.m_searchState == 1);
     w.service.faults().releaseHeld();
     ASSERT_TRUE(PumpUntil([&] { return !p.m_collectionRowsPending; }));
     Pump(30);  // command 16 shows the hits
@@ -142,16 +202,13 @@ TEST(LivePages, CollectionSearchWaitsForTheCloudBlocksFiltersThemAndDropsLateAns
     ASSERT_EQ(p.m_collectionRows.size(), 3u);
     for (const BlockRow& row : p.m_collectionRows) {
         const bool nut = row.name == QStringLiteral("螺母.dwg");
-        EXPECT_EQ(row.klass, QStringLiteral("我的收藏"));
-        EXPECT_EQ(row.subclass, QStringLiteral("收藏夹1"));
-        EXPECT_TRUE(row.prefetch);
-        EXPECT_EQ(row.path, QString::fromStdU16String(NumberedCollectionFolder(42)) + QStringLiteral("/收藏夹1/") + row.name);
-        EXPECT_EQ(row.state, nut ? RowCollected : RowRemote);  // its file is in the mirror
-        EXPECT_EQ(row.boutique, nut);
+        // The nut's file is in the mirror.
+        EXPECT_EQ(std::make_tuple(row.klass, row.subclass, row.prefetch, row.path, row.state, row.boutique),
+                  std::make_tuple(QStringLiteral("我的收藏"), QStringLiteral("收藏夹1"), true,
+                                  QString::fromStdU16String(NumberedCollectionFolder(42)) + QStringLiteral("/收藏夹1/") + row.name,
+                                  int(nut ? RowCollected : RowRemote), nut)) << row.name.toStdString();
     }
-    EXPECT_EQ(p.m_rows.size(), 2u);
-    EXPECT_EQ(p.m_searchState, 0);
-    EXPECT_TRUE(w.Shown(p.m_searchList));
+    EXPECT_TRUE(p.m_rows.size() == 2u && p.m_searchState == 0 && w.Shown(p.m_searchList));
     // The filter folds case; nothing found, the state says so and the old hits go.
     for (const QString& text : {QStringLiteral("BOLT"), QStringLiteral("垫圈")}) {
         SCOPED_TRACE(text.toStdString());
@@ -163,11 +220,8 @@ TEST(LivePages, CollectionSearchWaitsForTheCloudBlocksFiltersThemAndDropsLateAns
         const bool found = text == QStringLiteral("BOLT");
         EXPECT_EQ(p.m_lastSearch, text.toLower());
         ASSERT_EQ(p.m_rows.size(), found ? 1u : 0u);
-        if (found) {
-            EXPECT_EQ(p.m_rows[0].name, QStringLiteral("Bolt-Large.dwg"));
-        }
-        EXPECT_EQ(p.m_searchState, found ? 0 : 3);
-        EXPECT_EQ(w.Shown(p.m_searchList), found);
+        EXPECT_TRUE(!found || p.m_rows[0].name == QStringLiteral("Bolt-Large.dwg"));
+        EXPECT_EQ(std::make_pair(p.m_searchState, w.Shown(p.m_searchList)), std::make_pair(found ? 0 : 3, found));
     }
 
     // Leave before the answer: it comes, and is dropped.
@@ -180,14 +234,9 @@ TEST(LivePages, CollectionSearchWaitsForTheCloudBlocksFiltersThemAndDropsLateAns
     w.ClickButton(2202, 500);
     EXPECT_EQ(p.m_searchState, 0);
     ASSERT_TRUE(w.WaitForSwitch());
-    {
-        MessageRecorder spy(&p);
-        w.service.faults().releaseHeld();
-        ASSERT_TRUE(PumpUntil([&] { return spy.Count(MsgCollectionRows, left) == 1; }));
-    }
+    ASSERT_TRUE(AnswerCame(w, left));
     EXPECT_EQ(p.m_page, PageCollection);
-    EXPECT_TRUE(p.m_collectionRows.empty() && p.m_rows.empty());
-    EXPECT_FALSE(p.m_collectionRowsPending);
+    EXPECT_TRUE(p.m_collectionRows.empty() && p.m_rows.empty() && !p.m_collectionRowsPending);
 
     // Leave and come back before the first answer: the newer answer stands,
     // the older one (a single block here) is dropped when it comes late.
@@ -204,25 +253,9 @@ TEST(LivePages, CollectionSearchWaitsForTheCloudBlocksFiltersThemAndDropsLateAns
     w.ClickButton(2104, 500);
     ASSERT_TRUE(PumpUntil([&] { return !p.m_collectionRowsPending; }));
     EXPECT_EQ(p.m_collectionRows.size(), 3u);
-    {
-        MessageRecorder spy(&p);
-        w.service.faults().releaseHeld();
-        ASSERT_TRUE(PumpUntil([&] { return spy.Count(MsgCollectionRows, older) == 1; }));
-    }
-    EXPECT_EQ(p.m_page, PageCollectionSearch);
+    ASSERT_TRUE(AnswerCame(w, older));
+    EXPECT_TRUE(p.m_page == PageCollectionSearch && p.m_searchState == 0);
     ASSERT_EQ(p.m_collectionRows.size(), 3u);
     for (const BlockRow& row : p.m_collectionRows) EXPECT_NE(row.name, QStringLiteral("旧.dwg"));
-    EXPECT_EQ(p.m_searchState, 0);
-
-    // A failing service leaves the page open with nothing to filter.
-    w.ClickButton(2202, 500);
-    ASSERT_TRUE(w.WaitForSwitch());
-    const long before = asked();
-    w.service.faults().set("/gallery/get_u_collect", {.status = 500});
-    w.ClickButton(2104, 500);
-    EXPECT_EQ(p.m_page, PageCollectionSearch);
-    ASSERT_TRUE(PumpUntil([&] { return !p.m_collectionRowsPending; }));
-    EXPECT_TRUE(p.m_collectionRows.empty());
-    EXPECT_EQ(p.m_searchState, 0);
-    EXPECT_EQ(asked(), before + 1);
+    // A failing service leaves the page open and empty: the navigation's offline walk.
 }

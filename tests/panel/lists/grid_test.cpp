@@ -4,20 +4,12 @@
 // read off the panel's thread, watched through the decoder seam: which thread
 // reads, in which order, what is dropped when the grid scrolls on or gets a
 // new listing, and how the loader stops.
-#include <gtest/gtest.h>
 
 #include <QCoreApplication>
 #include <QTemporaryDir>
-#include <algorithm>
-#include <atomic>
-#include <condition_variable>
-#include <mutex>
-#include <set>
-#include <thread>
 
 #include "panel/lists/dwg_list_view.h"
 #include "panel/model/panel_messages.h"
-#include "panel/preview/preview_loader.h"
 #include "platform/files.h"
 #include "platform/qt/qt_window_system.h"
 #include "skin/measure_text.h"
@@ -112,12 +104,11 @@ TEST(DwgListView, ShownRangeLoadsPreviewsReportsMissingFilesAndKeepsStates) {
     const int reads = w.view->PreviewReads();
     EXPECT_EQ(reads, 2 * (last + 1) - 3);  // every present file once
     // A second look at the file without preview makes it final; loaded previews are not read again.
-    w.view->RedrawItem(1);
-    w.Repaint();
-    w.view->RedrawItem(1);
-    w.Repaint();
-    EXPECT_EQ(state(1), CDWGListView::kStateFinal);
-    EXPECT_EQ(w.view->PreviewReads(), reads + 1);
+    for (int look = 0; look < 2; ++look) {
+        w.view->RedrawItem(1);
+        w.Repaint();
+    }
+    EXPECT_EQ(std::make_pair(state(1), w.view->PreviewReads()), std::make_pair(int(CDWGListView::kStateFinal), reads + 1));
     // While the owner scans, shown cells report nothing; scrolled in, the missing 25 reports.
     (void)w.Missing();
     w.view->isScanBusy = [] { return true; };
@@ -136,8 +127,7 @@ TEST(DwgListView, ShownRangeLoadsPreviewsReportsMissingFilesAndKeepsStates) {
     ASSERT_TRUE(PostWindowMessage(HandleOf(w.view), MsgListRefresh, 1, 2));
     QCoreApplication::processEvents();
     w.Repaint();
-    EXPECT_EQ(state(2), CDWGListView::kStateFinal);
-    EXPECT_EQ(w.Missing(), Ints({3}));
+    EXPECT_EQ(std::make_pair(state(2), w.Missing()), std::make_pair(int(CDWGListView::kStateFinal), Ints({3})));
     // Down to the end and back: the cache stays bounded; dropped cells are read again and stay final.
     int peak = 0;
     for (int step = 0; step < 40 && w.view->LastVisibleItem() < 299; ++step) {
@@ -145,13 +135,11 @@ TEST(DwgListView, ShownRangeLoadsPreviewsReportsMissingFilesAndKeepsStates) {
         w.Repaint();
         peak = std::max(peak, w.view->CachedPictures());
     }
-    EXPECT_EQ(w.view->LastVisibleItem(), 299);
-    EXPECT_LE(peak, 48);
+    EXPECT_TRUE(w.view->LastVisibleItem() == 299 && peak <= 48) << peak;
     const int before = w.view->PreviewReads();
     w.view->EnsureVisible(0);
     w.Repaint();
-    EXPECT_GT(w.view->PreviewReads(), before);
-    EXPECT_EQ(state(0), CDWGListView::kStateFinal);
+    EXPECT_TRUE(w.view->PreviewReads() > before && state(0) == CDWGListView::kStateFinal);
 }
 
 TEST(DwgListView, NamesFitCellsDrawInTheirStatesAndTheMouseAndKeysPost) {
@@ -162,8 +150,7 @@ TEST(DwgListView, NamesFitCellsDrawInTheirStatesAndTheMouseAndKeysPost) {
         while (MeasureText(exact + QStringLiteral("D")) <= ScaleUnits(132)) exact += QStringLiteral("D");
         EXPECT_EQ(CDWGListView::FitName(exact), exact);
         const QString fitted = CDWGListView::FitName(QStringLiteral("画") + exact);
-        ASSERT_TRUE(fitted.endsWith(QStringLiteral("...")));
-        EXPECT_TRUE((QStringLiteral("画") + exact).startsWith(fitted.chopped(3)));
+        EXPECT_TRUE(fitted.endsWith(QStringLiteral("...")) && (QStringLiteral("画") + exact).startsWith(fitted.chopped(3)));
         EXPECT_LE(MeasureText(fitted.chopped(3)), ScaleUnits(132 - 5));
 
         // Arrived previews (BMP and PNG), missing files, the page mark of a file without preview, and a
@@ -211,7 +198,6 @@ TEST(DwgListView, NamesFitCellsDrawInTheirStatesAndTheMouseAndKeysPost) {
     }
     EXPECT_EQ(CDWGListView::TitleOf(u"/store/建筑/门.窗.dwg"), QStringLiteral("门.窗"));
 }
-
 
 // Notes the item of every call of the decoder, and holds the first calls (one,
 // or every one) at a gate until the test opens it. No call may run on
@@ -265,8 +251,8 @@ TEST(PreviewLoading, WorkersReadShownCellsOnceDropThoseScrolledPastAndLateResult
     ASSERT_TRUE(watch.WaitForCalls(2)) << "both workers take a cell";
     // Meanwhile the cells show one placeholder.
     const QImage waiting = w.view->grab().toImage();
-    EXPECT_EQ(w.view->ItemState(0), CDWGListView::kStateFresh);
-    EXPECT_EQ(waiting.copy(w.view->IconRect(0)), waiting.copy(w.view->IconRect(7)));
+    EXPECT_TRUE(w.view->ItemState(0) == CDWGListView::kStateFresh &&
+                waiting.copy(w.view->IconRect(0)) == waiting.copy(w.view->IconRect(7)));
     // Scrolling fast to the end while the workers are busy with the first cells.
     while (w.view->LastVisibleItem() < 399) {
         Wheel(w.view, QPoint(50, 50), -1);
@@ -316,34 +302,18 @@ TEST(PreviewLoading, ShownJobsRunInOrderAndOnlyWhileWanted) {
     std::vector<std::u16string> paths;
     for (int i = 0; i < 30; ++i) paths.push_back(u"/nowhere/" + std::u16string(1, char16_t(u'a' + i)) + u".dwg");
     loader.SetDecoder(watch.Decoder(paths));
-    auto jobs = [&](std::vector<int> items) {
-        std::vector<PreviewJob> out;
-        for (int i : items) out.push_back({i, paths[size_t(i)]});
-        return out;
-    };
-
-    loader.Want(1, jobs({0, 1, 2, 3, 4, 5, 6, 7, 8, 9}), 1.0);
+    std::vector<PreviewJob> jobs;
+    for (int i : {0, 1, 2, 3, 4, 5, 6, 7, 8, 9}) jobs.push_back({i, paths[size_t(i)]});
+    loader.Want(1, jobs, 1.0);
     ASSERT_TRUE(watch.WaitForCalls(1));
     // Scrolled: 0 is still being read and is not queued twice; 1 to 7 are dropped.
-    loader.Want(1, jobs({8, 9, 0, 20}), 1.0);
+    loader.Want(1, {{8, paths[8]}, {9, paths[9]}, {0, paths[0]}, {20, paths[20]}}, 1.0);
     EXPECT_TRUE(loader.Busy());
     watch.Open();
     ASSERT_TRUE(PumpUntil([&] { return !loader.Busy(); }));
     EXPECT_EQ(watch.Items(), (std::vector<int>{0, 8, 9, 20}));
     EXPECT_EQ(delivered, (std::vector<std::pair<uint64_t, int>>{{1, 0}, {1, 8}, {1, 9}, {1, 20}}));
     EXPECT_EQ(loader.Decodes(), 0) << "no file was there to read";
-
-    // A new generation while an old job runs: the old result is dropped.
-    WatchedDecoder held(WatchedDecoder::First);
-    loader.SetDecoder(held.Decoder(paths));
-    delivered.clear();
-    loader.Want(1, jobs({3}), 1.0);
-    ASSERT_TRUE(held.WaitForCalls(1));
-    loader.Want(2, jobs({3, 4}), 1.0);
-    held.Open();
-    ASSERT_TRUE(PumpUntil([&] { return !loader.Busy(); }));
-    EXPECT_EQ(held.Items(), (std::vector<int>{3, 3, 4}));
-    EXPECT_EQ(delivered, (std::vector<std::pair<uint64_t, int>>{{2, 3}, {2, 4}}));
 }
 
 TEST(PreviewLoading, StoppingWithJobsPendingReturnsPromptlyAndDeliversNothing) {

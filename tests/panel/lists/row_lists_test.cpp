@@ -2,7 +2,6 @@
 // arithmetic at its edges, scrolling, hover, the click zones and what a click
 // posts or selects, rows dropped behind the list's back, and both lists
 // drawn in their states at two rates against reference pictures.
-#include <gtest/gtest.h>
 
 #include <QApplication>
 #include <QHelpEvent>
@@ -13,20 +12,14 @@
 #include "panel/lists/search_row_zone.h"
 #include "panel/model/panel_messages.h"
 #include "skin/scroll_bar_ex.h"
-#include "skin/skin_scale.h"
-#include "skin/skin_sheet.h"
 #include "support/message_recorder.h"
 #include "support/event_pump.h"
+#include "skin/skin_test_util.h"
 #include "support/reference_picture.h"
 #include "support/widget_input.h"
 
 namespace marrowfin::test {
 namespace {
-
-void UseRate(float rate) {
-    SetSkinRateForTest(rate);
-    LoadSkinSheet();
-}
 
 // A plain window for the list, recording what the list posts to it.
 struct ListOwner {
@@ -54,8 +47,7 @@ TEST(ClassList, ClicksHoverScrollTipsAndLookAtTwoRates) {
         // A click posts its row and selects nothing itself; a double click is one click; the last pixel
         // row belongs to its row; right of the column and the right button post nothing.
         Click(list, centre(3));
-        EXPECT_EQ(o.posted.Take(), clicked(3));
-        EXPECT_EQ(list->GetSelectedRow(), -1);
+        EXPECT_EQ(std::make_pair(o.posted.Take(), list->GetSelectedRow()), std::make_pair(clicked(3), -1));
         Pump(QApplication::doubleClickInterval() + 50);
         Click(list, centre(2));  // a double click: the press, then the double-click event
         DoubleClick(list, centre(2));
@@ -72,14 +64,15 @@ TEST(ClassList, ClicksHoverScrollTipsAndLookAtTwoRates) {
         // The selected boutique row in gold, the hovered row bold.
         list->SetSelectedRow(3);
         MoveTo(list, centre(5));
-        EXPECT_EQ(list->HoverRow(), 5);
         EXPECT_TRUE(MatchesReference(Grab(list), "panel/lists", AtRate("class_list", rate)));
         // Not right of the column; gone when the mouse leaves.
+        std::vector<int> hover{list->HoverRow()};
         MoveTo(list, QPoint(ScaleUnits(120), centre(5).y()));
-        EXPECT_EQ(list->HoverRow(), -1);
+        hover.push_back(list->HoverRow());
         MoveTo(list, centre(5));
         MoveAway(&o.window);
-        EXPECT_EQ(list->HoverRow(), -1);
+        hover.push_back(list->HoverRow());
+        EXPECT_EQ(hover, (std::vector<int>{5, -1, -1}));
 
         // The tip shows the row's text, cut to 79 characters.
         QHelpEvent help(QEvent::ToolTip, centre(8), list->mapToGlobal(centre(8)));
@@ -91,9 +84,8 @@ TEST(ClassList, ClicksHoverScrollTipsAndLookAtTwoRates) {
         const int lines = QApplication::wheelScrollLines();
         MoveTo(list, centre(4));
         Wheel(list, centre(4), -1);
-        EXPECT_EQ(list->FirstVisibleRow(), lines);
-        EXPECT_EQ(list->ScrollBar()->value(), lines);
-        EXPECT_EQ(list->HoverRow(), 4 + lines);
+        EXPECT_EQ(std::make_tuple(list->FirstVisibleRow(), list->ScrollBar()->value(), list->HoverRow()),
+                  std::make_tuple(lines, lines, 4 + lines));
         Wheel(list, centre(4 + lines), -50);
         EXPECT_EQ(list->FirstVisibleRow(), 20);
         list->EnsureVisible(15);
@@ -106,8 +98,7 @@ TEST(ClassList, ClicksHoverScrollTipsAndLookAtTwoRates) {
         list->InsertItem(1, QStringLiteral("新"));
         EXPECT_EQ(list->GetSelectedRow(), 4);
         list->DeleteAllItems();
-        EXPECT_EQ(list->FirstVisibleRow(), 0);
-        EXPECT_FALSE(list->IsScrollBarShown());
+        EXPECT_TRUE(list->FirstVisibleRow() == 0 && !list->IsScrollBarShown());
     }
 }
 
@@ -134,8 +125,7 @@ TEST(SearchList, RowsInEveryStateHoverPressAndRowsDroppedBehindItsBack) {
         b.list->SetSearchKey(QStringLiteral("门"));
         ASSERT_TRUE(ShowExposed(&b.window));
         Click(b.list, b.At(1, 300, 5));
-        EXPECT_EQ(b.list->GetSelectedRow(), 1);
-        EXPECT_EQ(b.list->ClickedRow(), 1);
+        EXPECT_TRUE(b.list->GetSelectedRow() == 1 && b.list->ClickedRow() == 1);
         // The zones to their edges (units, then pixels: -1 is the pixel before an edge); the class
         // link is as long as the line was measured when drawn, and never reaches past 420.
         const int line = b.list->LineWidth(0);
@@ -148,35 +138,29 @@ TEST(SearchList, RowsInEveryStateHoverPressAndRowsDroppedBehindItsBack) {
             MoveTo(b.list, b.At(0, e[0], e[1]) + QPoint(e[2], e[3]));
             EXPECT_EQ(b.list->HotZone(), e[4]) << rate << ": " << e[0] << "," << e[1] << " +" << e[2] << "," << e[3];
         }
-        EXPECT_EQ(b.list->HotRow(), 0);
-        EXPECT_TRUE(b.list->IsScrollBarShown());  // five rows and a part show
+        EXPECT_TRUE(b.list->HotRow() == 0 && b.list->IsScrollBarShown());  // five rows and a part show
         EXPECT_TRUE(MatchesReference(Grab(b.list), "panel/lists", AtRate("search_list", rate)));
         // Drawn rows measured their class line; rows out of view were not drawn.
-        EXPECT_GT(b.list->LineWidth(5), 0);
-        EXPECT_EQ(b.list->LineWidth(6), 0);
+        EXPECT_TRUE(b.list->LineWidth(5) > 0 && b.list->LineWidth(6) == 0);
         // A press below the rows selects none and keeps the last clicked row.
         b.list->EnsureVisible(7);
         Pump(QApplication::doubleClickInterval() + 50);
         Click(b.list, QPoint(ScaleUnits(300), b.list->height() - 2));
-        EXPECT_EQ(b.list->GetSelectedRow(), -1);
-        EXPECT_EQ(b.list->ClickedRow(), 1);
+        EXPECT_TRUE(b.list->GetSelectedRow() == -1 && b.list->ClickedRow() == 1);
         b.list->SetSelectedRow(7);
         MoveTo(b.list, b.list->RowRect(7).center());
         EXPECT_EQ(b.list->HotRow(), 7);
         // The owner drops rows without a word: the list follows at its next paint and reads none of them.
         b.rows.resize(2);
         Grab(b.list);
-        EXPECT_EQ(b.list->FirstVisibleRow(), 0);
-        EXPECT_EQ(b.list->GetSelectedRow(), -1);
-        EXPECT_EQ(b.list->HotRow(), -1);
-        EXPECT_FALSE(b.list->IsScrollBarShown());
+        EXPECT_EQ(std::make_tuple(b.list->FirstVisibleRow(), b.list->GetSelectedRow(), b.list->HotRow(), b.list->IsScrollBarShown()),
+                  std::make_tuple(0, -1, -1, false));
         b.list->RedrawRow(7);
         Wheel(b.list, QPoint(5, 5), -1);
         // Rows handed over again start at the top, unselected, measured anew.
         b.list->SetSelectedRow(1);
         b.list->SetRows(&b.rows);
-        EXPECT_EQ(b.list->GetSelectedRow(), -1);
-        EXPECT_EQ(b.list->LineWidth(0), 0);
+        EXPECT_TRUE(b.list->GetSelectedRow() == -1 && b.list->LineWidth(0) == 0);
         MoveAway(&b.window);
     }
 }

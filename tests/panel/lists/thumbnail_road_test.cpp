@@ -2,35 +2,20 @@
 // from the stand-in service, the quiet timer, and the activation of a block
 // (insertion request, recent and common-use lists, the tip for a file that is
 // missing, in flight or too small).
-#include <gtest/gtest.h>
 
-#include <QtTest/QTest>
-#include <algorithm>
-#include <mutex>
-
-#include "net/download_queue.h"
-#include "net/gallery_sync.h"
-#include "store/tree_update.h"
 #include "panel_world.h"
-#include "store/gallery_tree.h"
-#include "store/show_list.h"
-#include "support/live_service.h"
-#include "support/test_paths.h"
-#include "support/widget_input.h"
 
-namespace marrowfin {
+using namespace marrowfin;
+using namespace marrowfin::test;
+
 namespace {
 
-using test::PanelWorld;
-using test::PumpUntil;
-using test::RecordingHost;
-
-std::string PreviewDrawing() { return test::ReadBytes(test::SharedDir() + "/testdata/dwg/bmp8_ac1015.dwg"); }
+std::string PreviewDrawing() { return ReadBytes(SharedDir() + "/testdata/dwg/bmp8_ac1015.dwg"); }
 
 void DoubleClickItem(CDWGListView* list, int item) {
     list->EnsureVisible(item);
-    test::DoubleClick(list, list->IconRect(item).center());
-    test::Pump(30);
+    DoubleClick(list, list->IconRect(item).center());
+    Pump(30);
 }
 
 std::vector<std::u16string> PathsOf(const std::vector<GalleryNode*>& nodes) {
@@ -43,10 +28,6 @@ std::vector<std::u16string> PathsOf(const CBrindleDlg& panel) {
     std::vector<std::u16string> out;
     for (size_t i = 0; i < panel.m_listNodes.size(); ++i) out.push_back(panel.m_listNodes.At(*panel.m_store, i)->Path());
     return out;
-}
-
-bool Asked(const CBrindleDlg& panel, int item) {
-    return std::find(panel.m_thumbsToCheck.begin(), panel.m_thumbsToCheck.end(), item) != panel.m_thumbsToCheck.end();
 }
 
 // A library of one gallery with a class of 300 blocks, its tree handed over, the class open.
@@ -69,26 +50,26 @@ bool AllStatesFinal(CDWGListView* list) {
     return true;
 }
 
+}  // namespace
+
 TEST(ThumbnailRoad, ALargeClassShowsPlaceholdersThenPicturesFetchingOnlyWhatIsInView) {
-    PanelWorld w(test::SampleLibrary({1, 1, 300}));
+    PanelWorld w(SampleLibrary({1, 1, 300}));
     CDWGListView* list = OpenLargeClass(w, {.latencyMs = 80});  // the six places fill up
-    test::Pump(50);
+    Pump(50);
     // Placeholders first: nothing on disk, nothing asked before the quiet time.
-    EXPECT_EQ(list->ItemState(0), CDWGListView::kStateFresh);
-    EXPECT_TRUE(IsTimerRunning(w.panel->Handle(), kTimerThumbRequest));
+    EXPECT_TRUE(list->ItemState(0) == CDWGListView::kStateFresh && IsTimerRunning(w.panel->Handle(), kTimerThumbRequest));
     EXPECT_EQ(w.service.counters().get("/files/*").count, 0);
     ASSERT_TRUE(PumpUntil([&] { return AllStatesFinal(list); }, 20000));
     ASSERT_TRUE(WaitForDownloadWorkers(std::chrono::milliseconds(5000)));
     const int shown = list->LastVisibleItem() - list->FirstVisibleItem() + 1;
     const auto files = w.service.counters().get("/files/*");
     EXPECT_EQ(files.count, shown) << "only the files in view are fetched";
-    EXPECT_LE(files.peak, 6);
-    EXPECT_GE(files.peak, 2);
+    EXPECT_TRUE(files.peak >= 2 && files.peak <= 6) << files.peak;
     EXPECT_FALSE(FileExists(list->GetPath(shown + 4))) << "out of view";
     EXPECT_GE(list->CachedPictures(), shown) << "every arrived file shows its preview";
     // Scrolled on: the newly shown files are asked for after the quiet time.
     list->EnsureVisible(299);
-    test::Pump(50);
+    Pump(50);
     ASSERT_TRUE(PumpUntil([&] { return AllStatesFinal(list); }, 20000));
     ASSERT_TRUE(WaitForDownloadWorkers(std::chrono::milliseconds(5000)));
     EXPECT_EQ(w.service.counters().get("/files/*").count, shown + (list->LastVisibleItem() - list->FirstVisibleItem() + 1));
@@ -114,7 +95,7 @@ TEST(ThumbnailRoad, ABurstOfReportsMakesOneRequestRunAndDoubleClickInsertsAndHea
 
     // 100 reports over 400 ms: the list of items only grows, each item once; one run after the quiet time.
     ASSERT_TRUE(w.OpenRow(w.RowOf(u"建筑")));
-    test::Pump(700);  // the opened class's own reports run out
+    Pump(700);  // the opened class's own reports run out
     PumpUntil([&] { return !IsTimerRunning(w.panel->Handle(), kTimerThumbRequest); }, 2000);
     w.panel->m_thumbsToCheck.clear();
     size_t before = 0;
@@ -125,8 +106,7 @@ TEST(ThumbnailRoad, ABurstOfReportsMakesOneRequestRunAndDoubleClickInsertsAndHea
         emptied |= w.panel->m_thumbsToCheck.size() < before;
         before = w.panel->m_thumbsToCheck.size();
     }
-    EXPECT_FALSE(emptied) << "no run during the burst";
-    EXPECT_EQ(w.panel->m_thumbsToCheck.size(), 40u);
+    EXPECT_TRUE(!emptied && w.panel->m_thumbsToCheck.size() == 40u) << "no run during the burst";
     ASSERT_TRUE(PumpUntil([&] { return w.panel->m_thumbsToCheck.empty(); }, 1500));
     EXPECT_FALSE(IsTimerRunning(w.panel->Handle(), kTimerThumbRequest)) << "one run, and the timer is gone";
 
@@ -143,9 +123,8 @@ TEST(ThumbnailRoad, ABurstOfReportsMakesOneRequestRunAndDoubleClickInsertsAndHea
               std::vector<std::uintptr_t>({2, 3, 4}));
     EXPECT_EQ(insertions()[0].text, p2);
     EXPECT_EQ(PathsOf(gallery->fileChildren), (std::vector<std::u16string>{p2, p1}));
-    EXPECT_EQ(gallery->fileChildren[0]->OwnerName(), kCommonUseTag);
     EXPECT_EQ(PathsOf(w.root()->fileChildren), (std::vector<std::u16string>{p2, p1, p4, p3}));
-    EXPECT_EQ(w.panel->m_boutiqueCache.count(p2), 1u);
+    EXPECT_TRUE(gallery->fileChildren[0]->OwnerName() == kCommonUseTag && w.panel->m_boutiqueCache.count(p2) == 1u);
     // On the recent list the order stays.
     w.panel->showMode.clear();
     ASSERT_TRUE(w.OpenRow(0));
@@ -157,27 +136,26 @@ TEST(ThumbnailRoad, ABurstOfReportsMakesOneRequestRunAndDoubleClickInsertsAndHea
     // A file that is not there: the tip with 取消, no insertion, and the file is asked for.
     ASSERT_TRUE(w.OpenRow(w.RowOf(u"机械")));
     ASSERT_EQ(PathsOf(*w.panel), (std::vector<std::u16string>{p2, p1}));  // its "常用" list now
-    test::Pump(700);
+    Pump(700);
     RemoveFile(p1);
     w.panel->m_thumbsToCheck.clear();
     {
-        test::TipWatcher tip(QStringLiteral("thumbs_missing_tip"), /*accept*/ false);
+        TipWatcher tip(/*accept*/ false);
         DoubleClickItem(list, 1);
-        EXPECT_EQ(tip.seen, 1);
-        EXPECT_TRUE(tip.cancelShown);
+        EXPECT_TRUE(tip.seen == 1 && tip.cancelShown);
     }
     EXPECT_EQ(insertions().size(), 4u);
-    EXPECT_TRUE(PumpUntil([&] { return Asked(*w.panel, 1); }, 2000));
+    EXPECT_TRUE(PumpUntil([&] { return std::ranges::count(w.panel->m_thumbsToCheck, 1) > 0; }, 2000));
     EXPECT_TRUE(IsTimerRunning(w.panel->Handle(), kTimerThumbRequest));
     // The host's window gone: nothing is sent and nothing moves.
     w.panel->hostWindow = 0;
     DoubleClickItem(list, 0);
-    EXPECT_EQ(insertions().size(), 4u);
-    EXPECT_EQ(PathsOf(w.root()->fileChildren), (std::vector<std::u16string>{p2, p1, p4, p3}));
+    EXPECT_EQ(std::make_pair(insertions().size(), PathsOf(w.root()->fileChildren)),
+              std::make_pair(size_t(4), std::vector<std::u16string>{p2, p1, p4, p3}));
 }
 
 TEST(ThumbnailRoad, ABlockInFlightOrTooSmallIsRefusedWithTheTipAndAskedFor) {
-    PanelWorld w(test::SampleLibrary({1, 1, 300}));
+    PanelWorld w(SampleLibrary({1, 1, 300}));
     RecordingHost host;
     CDWGListView* list = OpenLargeClass(w, {.latencyMs = 20000});  // the files in view stay in flight
     w.panel->hostWindow = HandleOf(&host);
@@ -219,18 +197,18 @@ TEST(ThumbnailRoad, ABlockInFlightOrTooSmallIsRefusedWithTheTipAndAskedFor) {
         const std::vector<std::u16string> common = PathsOf(w.root()->dirChildren.at(0)->fileChildren);
         const size_t sent = host.Requests(2, 4).size();
         w.panel->m_thumbsToCheck.clear();
-        test::TipWatcher tip(QStringLiteral("thumbs_in_flight_tip"), /*accept*/ false);
+        TipWatcher tip(/*accept*/ false);
         DoubleClickItem(list, item);
         EXPECT_EQ(tip.seen, inserted ? 0 : 1) << "the tip that the file is not downloaded";
         ASSERT_EQ(host.Requests(2, 4).size(), sent + (inserted ? 1 : 0));
         if (inserted) {
-            EXPECT_EQ(host.Requests(2, 4).back().text, list->GetPath(item));
-            EXPECT_EQ(w.root()->fileChildren.at(0)->Path(), list->GetPath(item));
+            EXPECT_TRUE(host.Requests(2, 4).back().text == list->GetPath(item) &&
+                        w.root()->fileChildren.at(0)->Path() == list->GetPath(item));
             continue;
         }
         EXPECT_EQ(PathsOf(w.root()->fileChildren), recent) << "the recent list is left alone";
         EXPECT_EQ(PathsOf(w.root()->dirChildren.at(0)->fileChildren), common) << "nor the common-use list";
-        EXPECT_TRUE(PumpUntil([&] { return Asked(*w.panel, item); }, 2000)) << "the file is asked for";
+        EXPECT_TRUE(PumpUntil([&] { return std::ranges::count(w.panel->m_thumbsToCheck, item) > 0; }, 2000)) << "the file is asked for";
     }
     {
         std::lock_guard<std::mutex> lock(w.store.downloadLock);
@@ -241,5 +219,3 @@ TEST(ThumbnailRoad, ABlockInFlightOrTooSmallIsRefusedWithTheTipAndAskedFor) {
     ASSERT_TRUE(WaitForDownloadWorkers(std::chrono::milliseconds(30000)));
 }
 
-}  // namespace
-}  // namespace marrowfin

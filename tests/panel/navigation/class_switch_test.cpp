@@ -1,6 +1,4 @@
 // The class column, the subclass buttons and what they list.
-#include <gtest/gtest.h>
-
 #include "panel_world.h"
 
 using namespace marrowfin;
@@ -21,19 +19,17 @@ TEST(ClassSwitch, BurstsEndInOneSwitchSubclassButtonsAreDampedFollowTheClassesAn
     for (const Case& c : cases) w.AddGallery({c.name, c.classes, 2, c.common, /*boutique*/ true});
     w.MakePanel();
     CBrindleDlg& p = *w.panel;
-    EXPECT_EQ(p.m_classIndex, 0);  // the recent list is the start page
-    ASSERT_EQ(p.m_classList->GetItemCount(), 11);
+    // The recent list is the start page.
+    ASSERT_EQ(std::make_pair(p.m_classIndex, p.m_classList->GetItemCount()), std::make_pair(0, 11));
 
     // Every class switch posts event 4 exactly once; nothing switches while the clicks come.
     MessageRecorder events(&p);
     for (int row : {2, 3, 4, 5, 3}) w.ClickClassRow(row);
     EXPECT_EQ(p.m_classIndex, 0);
     ASSERT_TRUE(w.WaitForSwitch());
-    EXPECT_EQ(events.Count(MsgPanelEvent, 4), 1);
-    EXPECT_EQ(p.m_classIndex, 3);
-    EXPECT_EQ(p.m_classList->GetSelectedRow(), 3);
+    EXPECT_EQ(std::make_tuple(events.Count(MsgPanelEvent, 4), p.m_classIndex, p.m_classList->GetSelectedRow(),
+                              p.m_pThumbList->GetItemCount()), std::make_tuple(1, 3, 3, 4));
     EXPECT_EQ(p.m_curClassPath, w.root()->dirChildren[1]->dirChildren[0]->Path());
-    EXPECT_EQ(p.m_pThumbList->GetItemCount(), 4);
     // After a quiet spell the next click switches quickly; clicks that follow it closely wait long.
     EXPECT_FALSE(p.m_slowSwitch);
     w.ClickClassRow(3);  // the row shown switches again
@@ -46,19 +42,18 @@ TEST(ClassSwitch, BurstsEndInOneSwitchSubclassButtonsAreDampedFollowTheClassesAn
 
     ASSERT_TRUE(w.OpenRow(w.RowOf(u"紧固件")));
     ASSERT_EQ(w.VisibleSubclassButtons(), 3);
-    EXPECT_EQ(p.m_subclassBtns[0]->text(), QStringLiteral("螺栓..六角"));
-    EXPECT_EQ(p.m_subclassBtns[0]->toolTip(), QStringLiteral("六角"));
-    EXPECT_EQ(p.m_subclassBtns[2]->toolTip(), QStringLiteral("..隐藏"));  // a leading ".." is no separator
+    // A leading ".." is no separator.
+    EXPECT_EQ(std::make_tuple(p.m_subclassBtns[0]->text(), p.m_subclassBtns[0]->toolTip(), p.m_subclassBtns[2]->toolTip()),
+              std::make_tuple(QStringLiteral("螺栓..六角"), QStringLiteral("六角"), QStringLiteral("..隐藏")));
     EXPECT_EQ(p.m_pThumbList->GetItemCount(), 5);
     w.ClickButton(2081);  // within 350 ms of the last opening: ignored
     EXPECT_EQ(p.m_curClassPath, gallery->dirChildren[0]->Path());
     w.ClickButton(2081, 400);
     Pump(30);
     EXPECT_EQ(p.m_curClassPath, gallery->dirChildren[1]->Path());
-    EXPECT_TRUE(p.m_subclassBtns[1]->selected);
-    EXPECT_FALSE(p.m_subclassBtns[0]->selected);
-    EXPECT_EQ(p.m_pThumbList->GetItemCount(), 3);
-    EXPECT_EQ(p.m_selectedName, QStringLiteral("垫圈_0.dwg"));  // command 1 with item 0
+    EXPECT_TRUE(p.m_subclassBtns[1]->selected && !p.m_subclassBtns[0]->selected);
+    // Command 1 with item 0 names the selection.
+    EXPECT_EQ(std::make_pair(p.m_pThumbList->GetItemCount(), p.m_selectedName), std::make_pair(3, QStringLiteral("垫圈_0.dwg")));
 
     // The open button again lists nothing anew, unless a rebuild is forced.
     p.m_pThumbList->SetSelectedItem(2);
@@ -66,23 +61,20 @@ TEST(ClassSwitch, BurstsEndInOneSwitchSubclassButtonsAreDampedFollowTheClassesAn
     EXPECT_EQ(p.m_pThumbList->GetSelectedItem(), 2);
     p.m_forceList = true;
     w.ClickButton(2081, 400);
-    EXPECT_EQ(p.m_pThumbList->GetSelectedItem(), 0);
-    EXPECT_FALSE(p.m_forceList);
+    EXPECT_TRUE(p.m_pThumbList->GetSelectedItem() == 0 && !p.m_forceList);
 
     // A subclass without blocks: the empty page offers "下载图库".
     w.ClickButton(2082, 400);
     Pump(30);
-    EXPECT_FALSE(w.Shown(p.m_pThumbList));
-    EXPECT_TRUE(w.ButtonShown(2151));
-    EXPECT_TRUE(p.m_selectedName.isEmpty());
+    EXPECT_TRUE(!w.Shown(p.m_pThumbList) && w.ButtonShown(2151) && p.m_selectedName.isEmpty());
 
     for (const Case& c : cases) {
         SCOPED_TRACE(QString::fromUtf16(c.name).toStdString());
         const int row = w.RowOf(c.name);
         ASSERT_TRUE(w.OpenRow(row));
         GalleryNode* g = w.root()->dirChildren[row - 2];
-        EXPECT_EQ(w.VisibleSubclassButtons(), c.buttons);
-        EXPECT_EQ(w.ButtonShown(2151), c.classes == 0);  // an empty gallery offers "下载图库"
+        // An empty gallery offers "下载图库".
+        EXPECT_EQ(std::make_pair(w.VisibleSubclassButtons(), w.ButtonShown(2151)), std::make_pair(c.buttons, c.classes == 0));
         if (c.classes == 0) continue;
         // "常用" comes first and opens first with the common-use entries; the
         // buttons take the classes in order, the ones past 18 left out.

@@ -4,13 +4,10 @@
 // the class column's own); and its arithmetic as values: where a highlighted
 // text is cut and its pieces stand, the row's name and class line, where the
 // status line's hint fits, a squeezed window.
-#include <gtest/gtest.h>
 
 #include <QFontMetrics>
 #include <QPainter>
 #include <QTemporaryDir>
-#include <functional>
-#include <vector>
 
 #include "panel/model/block_row.h"
 #include "panel/model/panel_page.h"
@@ -19,21 +16,14 @@
 #include "panel/paint/panel_draw.h"
 #include "panel/paint/panel_painter.h"
 #include "skin/skin_fonts.h"
-#include "skin/skin_scale.h"
-#include "skin/skin_sheet.h"
+#include "skin/skin_test_util.h"
 #include "support/reference_picture.h"
 #include "support/test_paths.h"
 
 namespace marrowfin::test {
 namespace {
 
-
 using Scene = std::function<void(QPainter&)>;
-
-void UseRate(float rate) {
-    SetSkinRateForTest(rate);
-    MakeSkinFonts(rate);
-}
 
 QImage Painted(const QSize& size, const Scene& paint, QColor ground = Qt::white) {
     QImage image(size, QImage::Format_RGB32);
@@ -42,7 +32,6 @@ QImage Painted(const QSize& size, const Scene& paint, QColor ground = Qt::white)
     paint(p);
     return image;
 }
-
 
 // The scenes side by side in `columns`, each `size` on its own magenta ground
 // (anything painted outside its rectangle shows against it), 8 pixels apart.
@@ -229,15 +218,14 @@ TEST(ResultRowRules, NameAndClassLine) {
 }
 
 TEST(StatusLineRules, HintPlaceAndASqueezedWindow) {
-    // The double-click hint stays at 588 units where it fits, else it ends 5 units inside the frame.
+    // The double-click hint stays at 588 units while it fits, else it ends 5 units inside the frame, never left of 530.
     for (float rate : {1.0f, 1.5f}) {
         UseRate(rate);
-        const int hint = QFontMetrics(Font(SkinFont::Bold)).horizontalAdvance(QStringLiteral("注：双击缩略图快速插入图块"));
-        for (int width : {ScaleUnits(755), ScaleUnits(588) + hint + ScaleUnits(5) + 1, ScaleUnits(620), 300}) {
-            const QRect placed = DoubleClickHintRect(QSize(width, ScaleUnits(454)));
-            const int fitted = width - 1 - ScaleUnits(5) - hint;
-            EXPECT_EQ(placed.left(), std::max(ScaleUnits(530), std::min(ScaleUnits(588), fitted))) << rate << " " << width;
-        }
+        const QString hint = QStringLiteral("注：双击缩略图快速插入图块");
+        const int fits = ScaleUnits(588) + QFontMetrics(Font(SkinFont::Bold)).horizontalAdvance(hint) + ScaleUnits(5) + 1;
+        auto left = [](int width) { return DoubleClickHintRect(QSize(width, ScaleUnits(454))).left(); };
+        EXPECT_EQ(std::make_tuple(left(fits), left(fits - 1), left(300)),
+                  std::make_tuple(ScaleUnits(588), ScaleUnits(588) - 1, ScaleUnits(530))) << rate;
     }
     // A window squeezed to almost nothing gets its frame and paints nothing outside it.
     UseRate(1.0f);

@@ -2,17 +2,12 @@
 // files (decoded into the contact sheet), and on hostile files: sections, tables, entries and bitmap headers
 // that lie about their offsets and sizes; and the fitting of previews into the
 // grid's and the result rows' cells.
-#include <gtest/gtest.h>
 
 #include <QBuffer>
-#include <QImage>
 #include <QPainter>
-#include <algorithm>
-#include <cstring>
 
 #include "dwg_writer.h"
 #include "panel/preview/dwg_preview.h"
-#include "panel/preview/dwg_preview_reader.h"
 #include "panel/preview/fit_thumbnail.h"
 #include "platform/text.h"
 #include "support/reference_picture.h"
@@ -49,18 +44,6 @@ std::string Dib(const QImage& image) {
     return bmp.toStdString().substr(14);
 }
 
-// A standalone .bmp file (the 14-byte file header in front) of a headerless DIB, for Qt to read.
-std::string BmpFile(const std::string& dib) {
-    const int bits = dib[14];
-    uint32_t colours = uint8_t(dib[32]) | uint32_t(uint8_t(dib[33])) << 8;
-    if (bits > 8) colours = 0;
-    else if (colours == 0) colours = 1u << bits;
-    std::string file = "BM" + std::string(12, '\0') + dib;
-    PutLe32(file, 2, uint32_t(file.size()));
-    PutLe32(file, 10, 14 + uint8_t(dib[0]) + colours * 4);
-    return file;
-}
-
 // A preview section at `address` with the given entries (code, data) placed behind the table.
 std::string MakeDrawing(const std::vector<std::pair<uint8_t, std::string>>& entries, uint32_t address = 0x100) {
     static const unsigned char sentinel[16] = {0x1F, 0x25, 0x6D, 0x07, 0xD4, 0x36, 0x28, 0x28,
@@ -87,26 +70,10 @@ std::string MakeDrawing(const std::vector<std::pair<uint8_t, std::string>>& entr
 size_t EntryOffset(uint32_t address, int index) { return address + 21 + 9 * size_t(index); }
 
 TEST(DwgPreviewReader, RealDrawingsAndFilesOnDisk) {
-    // The BMP entry of a real drawing, as a standalone .bmp read by Qt, is the reference.
+    // What the real drawings decode to is in the contact sheet; here the entry each one offers.
     for (const char* name : {"bmp8_ac1014.dwg", "bmp8_ac1015.dwg", "bmp8_ac1024.dwg"}) {
-        SCOPED_TRACE(name);
-        const std::string bytes = RealFile(name);
-        const DwgPreview preview = ReadDwgPreview(bytes);
-        ASSERT_EQ(preview.kind, DwgPreviewKind::Bmp);
-        EXPECT_EQ(preview.palette.size(), 256u);
-        uint32_t address = 0, start = 0, size = 0;
-        std::memcpy(&address, bytes.data() + 13, 4);
-        const size_t entry = EntryOffset(address, 1);  // entry 1 of these files is the BMP
-        ASSERT_EQ(bytes[entry], 2);
-        std::memcpy(&start, bytes.data() + entry + 1, 4);
-        std::memcpy(&size, bytes.data() + entry + 5, 4);
-        const std::string bmp = BmpFile(bytes.substr(start, size));
-        const QImage reference = QImage::fromData(QByteArray::fromStdString(bmp), "BMP");
-        ASSERT_FALSE(reference.isNull());
-        EXPECT_EQ(QSize(preview.width, preview.height), reference.size());
-        const QImage picture = LoadDwgPreview(RealPath(name));
-        EXPECT_EQ(picture, reference.convertToFormat(QImage::Format_RGB32));
-        EXPECT_GT(picture.convertToFormat(QImage::Format_Indexed8).colorCount(), 1) << "not blank";
+        const DwgPreview preview = ReadDwgPreview(RealFile(name));
+        EXPECT_EQ(std::make_tuple(preview.kind, preview.palette.size()), std::make_tuple(DwgPreviewKind::Bmp, size_t(256))) << name;
     }
     // The PNG previews are seen in the contact sheet; a drawing with a header entry only has none.
     EXPECT_EQ(ReadDwgPreview(RealFile("header_only_ac1032.dwg")).error, DwgPreviewError::NoPicture);
@@ -126,7 +93,7 @@ TEST(DwgPreviewReader, RealDrawingsAndFilesOnDisk) {
     EXPECT_TRUE(LoadDwgPreview(QString::fromStdString(path)).isNull());
 }
 
-TEST(DwgPreviewReader, SectionTableAndEntryFailures) {
+TEST(DwgPreviewReader, SectionTableAndEntryFailuresAndAHugeFileReadOnlyWhereNeeded) {
     const std::string dib = Dib(QImage(4, 2, QImage::Format_RGB32));
     const std::string good = MakeDrawing({{1, std::string(80, '\0')}, {2, dib}});
     ASSERT_EQ(ReadDwgPreview(good).kind, DwgPreviewKind::Bmp);
@@ -172,9 +139,7 @@ TEST(DwgPreviewReader, SectionTableAndEntryFailures) {
     const DwgPreview garbage = ReadDwgPreview(MakeDrawing({{6, png.substr(0, 33) + std::string(64, '\x5a')}}));
     ASSERT_EQ(garbage.kind, DwgPreviewKind::Png);
     EXPECT_TRUE(PreviewToImage(garbage).isNull());
-}
 
-TEST(DwgPreviewReader, ReadsOnlyWhatItNeedsFromAHugeFile) {
     // An 8 GiB file served piecewise: the reader refuses the 2 GiB entry without asking for it.
     std::string head = MakeDrawing({{1, std::string(80, '\0')}, {2, "dib"}});
     PutLe32(head, EntryOffset(0x100, 1) + 1, 0x10000000u);
@@ -286,7 +251,6 @@ TEST(DwgPreviewBitmap, EveryDepthDecodesAndHostileHeadersAreRefused) {
     for (const auto& [name, bytes, error] : cases) EXPECT_EQ(DecodePreviewBitmap(bytes).error, error) << name;
 }
 
-
 QImage Filled(int w, int h, QRgb colour) {
     QImage image(w, h, QImage::Format_RGB32);
     image.fill(colour);
@@ -339,8 +303,7 @@ TEST(FitThumbnail, ContactSheetOfPreviewsInBothCells) {
 TEST(FitThumbnail, SizesAndTinyCellsStayInsideTheCanvas) {
     // Units times the rate, truncated; no canvas for a rate or size out of range.
     EXPECT_EQ(FitThumbnail(QImage(), 0, 0, 1.7).size(), QSize(224, 136));
-    EXPECT_TRUE(FitThumbnail(QImage(), 0, 0, 0.0).isNull());
-    EXPECT_TRUE(FitThumbnail(QImage(), -3, 10, 1.0).isNull());
+    EXPECT_TRUE(FitThumbnail(QImage(), 0, 0, 0.0).isNull() && FitThumbnail(QImage(), -3, 10, 1.0).isNull());
     // Small cells and awkward shapes: the asked size and a whole frame (and,
     // under the sanitizers, no write outside the canvas).
     for (int w = 1; w <= 12; ++w)

@@ -1,27 +1,16 @@
 #include "panel_world.h"
 
-#include <QApplication>
-#include <QDir>
-#include <QtTest/QTest>
-
-#include "net/download_queue.h"
-#include "net/gallery_sync.h"
-#include "store/tree_update.h"
 #include "panel/classes/panel_workers.h"
-#include "platform/text.h"
 #include "skin/pop_tip_dlg.h"
-#include "store/gallery_tree.h"
-#include "store/show_list.h"
-#include "support/live_service.h"
 
 namespace marrowfin::test {
 
 namespace {
 
-QString RenderFolder() {
-    const QString dir = QCoreApplication::applicationDirPath() + QStringLiteral("/rendered");
-    QDir().mkpath(dir);
-    return dir;
+void FreeTree(GalleryNode*& root) {
+    if (root) DestroySubtree(root);
+    delete root;
+    root = nullptr;
 }
 
 }  // namespace
@@ -35,41 +24,27 @@ void PanelHarness::DestroyPanel() {
     if (panel) panel->hide();
     panel.reset();
     // A held answer would keep a worker for its whole bound.
-    if (service.ok()) service.faults().clearAll();
-    if (service.ok()) service.faults().releaseHeld();
+    if (service.ok()) {
+        service.faults().clearAll();
+        service.faults().releaseHeld();
+    }
     (void)WaitForPanelWorkers(std::chrono::seconds(30));
-}
-
-void PanelHarness::ClickClassRow(int row) {
-    CClassListCtrl* list = panel->m_classList;
-    list->EnsureVisible(row);
-    QTest::mouseClick(list, Qt::LeftButton, Qt::NoModifier, list->RowRect(row).center());
-    QCoreApplication::processEvents();  // the list's posted command reaches the panel
 }
 
 void PanelHarness::ClickButton(int id, int laterMs) {
     if (laterMs) ShiftTicksForTest(laterMs);
-    CSkinButton* button = panel->Button(id);
-    if (!button) return;
-    QTest::mouseClick(button, Qt::LeftButton, Qt::NoModifier, button->rect().center());
-    QCoreApplication::processEvents();
+    if (CSkinButton* button = panel->Button(id)) Click(button, button->rect().center());
 }
 
 bool PanelHarness::WaitForSwitch(int timeoutMs) {
     const WindowHandle h = panel->Handle();
-    const bool ok = PumpUntil([&] { return !IsTimerRunning(h, 2000) && !IsTimerRunning(h, 1011); }, timeoutMs);
+    // Posted commands first: one of them may start the switch timer the other one's tick asked for.
+    const bool ok = PumpUntil([&] {
+        QCoreApplication::sendPostedEvents();
+        return !IsTimerRunning(h, 2000) && !IsTimerRunning(h, 1011);
+    }, timeoutMs);
     Pump(30);  // the commands the switch posted
     return ok;
-}
-
-bool PanelHarness::OpenRow(int row) {
-    ClickClassRow(row);
-    return WaitForSwitch();
-}
-
-void PanelHarness::SignIn(int user) {
-    panel->userId = user;
-    panel->userToken = u"token-" + QString::number(user).toStdU16String();
 }
 
 int PanelHarness::RowOf(const std::u16string& text) const {
@@ -77,16 +52,6 @@ int PanelHarness::RowOf(const std::u16string& text) const {
         if (panel->m_classList->GetItemText(i) == QString::fromStdU16String(text)) return i;
     return -1;
 }
-
-int PanelHarness::VisibleSubclassButtons() const {
-    int n = 0;
-    for (CSubclassButton* button : panel->m_subclassBtns) n += Shown(button) ? 1 : 0;
-    return n;
-}
-
-bool PanelHarness::Shown(QWidget* widget) const { return widget && widget->isVisibleTo(panel.get()); }
-
-bool PanelHarness::ButtonShown(int id) const { return Shown(panel->Button(id)); }
 
 SampleWorld::SampleWorld(const WorldOptions& options) {
     ResetGalleryStore();
@@ -100,7 +65,6 @@ SampleWorld::SampleWorld(const WorldOptions& options) {
     }
     SetApplicationMainWindow(options.attachHost ? &host : nullptr);
     panel = std::make_unique<CBrindleDlg>();
-    panel->showMode = options.mode;
     panel->Create(options.parentIsHost ? &host : nullptr);
 }
 
@@ -114,11 +78,7 @@ OwnedStore::~OwnedStore() {
     // Download workers report into this store until they return.
     (void)WaitForDownloadWorkers(std::chrono::seconds(10));
     (void)WaitForReleases();
-    if (root) {
-        DestroySubtree(root);
-        delete root;
-        root = nullptr;
-    }
+    FreeTree(root);
 }
 
 PanelWorld::PanelWorld(const std::string& library) {
@@ -149,9 +109,8 @@ GalleryNode* PanelWorld::AddGallery(const GallerySpec& spec) {
     for (int e = 0; e < spec.commonEntries; ++e) {
         const GalleryNode* cls = gallery->dirChildren.empty() ? nullptr : gallery->dirChildren[0];
         const std::u16string name = u"常用" + std::u16string(1, u'0' + e);
-        auto* entry = new GalleryNode(kCommonUseTag, (cls ? cls->Path() : gallery->Path()) + u"/" + name + u".dwg", name,
-                                      kKindFile, false, false, 0);
-        AddChild(gallery, entry, false);
+        AddChild(gallery, new GalleryNode(kCommonUseTag, (cls ? cls->Path() : gallery->Path()) + u"/" + name + u".dwg", name,
+                                          kKindFile, false, false, 0), false);
     }
     return gallery;
 }
@@ -163,8 +122,7 @@ GalleryNode* PanelWorld::AddClass(GalleryNode* gallery, const std::u16string& na
     for (int b = 0; b < blocks; ++b) {
         const std::u16string file = name + u"_" + std::u16string(1, char16_t(u'0' + b % 10)) +
                                     (b >= 10 ? std::u16string(1, char16_t(u'0' + b / 10)) : u"") + u".dwg";
-        auto* block = new GalleryNode(name, cls->Path() + u"/" + file, file, kKindFile, false, gallery->boutique, 2048);
-        AddChild(cls, block, false);
+        AddChild(cls, new GalleryNode(name, cls->Path() + u"/" + file, file, kKindFile, false, gallery->boutique, 2048), false);
     }
     return cls;
 }
@@ -211,20 +169,15 @@ void PanelWorld::MakePanel(bool waitForStart, float rate) {
     }
 }
 
-TipWatcher::TipWatcher(const QString& png, bool accept) {
+TipWatcher::TipWatcher(bool accept) {
     m_timer.setInterval(20);
-    QObject::connect(&m_timer, &QTimer::timeout, [this, png, accept] {
+    QObject::connect(&m_timer, &QTimer::timeout, [this, accept] {
         auto* tip = qobject_cast<CPopTipDlg*>(QApplication::activeModalWidget());
         if (!tip || !tip->isVisible()) return;
         ++seen;
         okText = tip->OkButton() ? tip->OkButton()->text() : QString();
         cancelShown = tip->CancelButton() && tip->CancelButton()->isVisible();
-        tip->grab().toImage().save(RenderFolder() + u'/' + png + QStringLiteral(".png"));
-        if (accept) {
-            QTest::mouseClick(tip->OkButton(), Qt::LeftButton);
-        } else {
-            tip->reject();
-        }
+        accept ? QTest::mouseClick(tip->OkButton(), Qt::LeftButton) : tip->reject();
     });
     m_timer.start();
 }
@@ -232,11 +185,7 @@ TipWatcher::TipWatcher(const QString& png, bool accept) {
 void ResetGalleryStore() {
     GalleryStore& store = GalleryStore::Instance();
     WaitForDownloadWorkers(std::chrono::seconds(30));
-    if (store.root) {
-        DestroySubtree(store.root);
-        delete store.root;
-        store.root = nullptr;
-    }
+    FreeTree(store.root);
     store.staleClasses.clear();
     store.galleryVersions.clear();
     store.galleryFetchTicks.clear();

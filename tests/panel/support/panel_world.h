@@ -2,18 +2,16 @@
 // The worlds the panel's tests start from, each on a fresh home: the sample
 // library from the stand-in service in the process-wide store, or a tree made
 // by hand in the test's own store; and the clicks, keys and waits that drive
-// the panel.
+// the panel. It brings the headers the panel's tests share.
 
-#include <QImage>
+#include <QApplication>
 #include <QLineEdit>
-#include <QString>
 #include <QTimer>
-#include <functional>
-#include <memory>
-#include <string>
-#include <vector>
+#include <QtTest/QTest>
 
 #include "fault_switches.h"
+#include "net/gallery_sync.h"
+#include "panel/dialog/hot_words.h"
 #include "panel/dialog/brindle_dlg.h"
 #include "panel/dialog/panel_timers.h"
 #include "panel/lists/class_list_ctrl.h"
@@ -21,23 +19,26 @@
 #include "panel/lists/search_list_ctrl.h"
 #include "platform/files.h"
 #include "platform/profile.h"
+#include "platform/text.h"
 #include "panel/dialog/host_requests.h"
 #include "platform/qt/qt_window_system.h"
 #include "platform/qt/window_message_event.h"
 #include "platform/qt/window_timers.h"
 #include "platform/ticks.h"
 #include "request_counters.h"
-#include "service_handle.h"
-#include "skin/skin_button.h"
 #include "skin/skin_scale.h"
 #include "skin/subclass_button.h"
-#include "store/gallery_node.h"
-#include "store/gallery_store.h"
+#include "store/gallery_tree.h"
+#include "store/show_list.h"
 #include "store/store_paths.h"
 #include "support/event_pump.h"
-#include "support/message_recorder.h"
+#include "support/live_service.h"
 #include "support/recording_host.h"
+#include "support/reference_picture.h"
 #include "support/temp_home.h"
+#include "support/test_paths.h"
+#include "support/widget_input.h"
+#include "user_state.h"
 
 namespace marrowfin::test {
 
@@ -50,19 +51,31 @@ public:
     std::vector<std::u16string> galleries;
     std::unique_ptr<CBrindleDlg> panel;
 
-    void ClickClassRow(int row);
+    // A click on a row of the class column; its posted command reaches the panel.
+    void ClickClassRow(int row) {
+        panel->m_classList->EnsureVisible(row);
+        Click(panel->m_classList, panel->m_classList->RowRect(row).center());
+    }
     // A click `laterMs` after the last one, as far as the damping clocks know.
     void ClickButton(int id, int laterMs = 0);
     // Waits until the class switch timer has run and nothing is pending.
     bool WaitForSwitch(int timeoutMs = 3000);
     // Clicks a row of the class column and waits for the switch.
-    bool OpenRow(int row);
+    bool OpenRow(int row) {
+        ClickClassRow(row);
+        return WaitForSwitch();
+    }
     // The host has signed in `user` with the token "token-<user>".
-    void SignIn(int user);
+    void SignIn(int user) {
+        panel->userId = user;
+        panel->userToken = u"token-" + QString::number(user).toStdU16String();
+    }
     int RowOf(const std::u16string& text) const;
-    int VisibleSubclassButtons() const;
-    bool Shown(QWidget* widget) const;
-    bool ButtonShown(int id) const;
+    int VisibleSubclassButtons() const {
+        return int(std::count_if(panel->m_subclassBtns.begin(), panel->m_subclassBtns.end(), [this](QWidget* b) { return Shown(b); }));
+    }
+    bool Shown(QWidget* widget) const { return widget && widget->isVisibleTo(panel.get()); }
+    bool ButtonShown(int id) const { return Shown(panel->Button(id)); }
 
 protected:
     // Starts the stand-in service on `library` and points the profile at it.
@@ -77,7 +90,6 @@ struct WorldOptions {
     bool listGallery = true;     // Show.xml names the sample's first gallery
     bool firstSync = true;       // the host ran FirstSynchro before showing
     bool attachHost = true;      // the host named its main window
-    std::u16string mode = {};    // showMode before Create
     bool parentIsHost = false;   // the panel is a tool window of the host
     // Runs once the service serves and Show.xml is written, before the first
     // tree and the panel: faults, more galleries.
@@ -131,11 +143,11 @@ public:
     void MakePanel(bool waitForStart = true, float rate = 1.0f);
 };
 
-// Answers the skin's message box whenever it comes up: notes it, renders it
-// to rendered/<png>.png and presses its first button, or closes it.
+// Answers the skin's message box whenever it comes up: notes it and presses
+// its first button, or closes it.
 class TipWatcher {
 public:
-    explicit TipWatcher(const QString& png, bool accept = true);
+    explicit TipWatcher(bool accept = true);
     int seen = 0;
     QString okText;
     bool cancelShown = true;

@@ -44,7 +44,6 @@ TEST(DemoProgram, FailureRoadsEndWithTheirOwnCodeAndSayWhy) {
         {{"--frobnicate"}, 2, "unknown argument: --frobnicate"},  // the options' roads end the program
         // The partial library has FirstSynchro, show and GetGallery only: half a table is no table.
         {{"--library", FAKE_PARTIAL_PATH}, 3, "lacks 14 of the exports"},
-        {{"--library", home.path() + "/none.so"}, 3, "cannot load"},
         {{"--library", MARROWFIN_DEMO_TEST_SOURCE}, 3, "cannot load"},  // no shared object
         {{"--library", fake, "--sample", home.path()}, 2, "library.tsv"},  // no galleries: refused before any window
         {{"--inspect", blankPath, home.filePath("none.png")}, 1, blankPath + " 40 30 1\n"},

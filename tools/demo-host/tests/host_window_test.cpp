@@ -5,7 +5,6 @@
 
 #include <QListWidget>
 #include <QtTest/QTest>
-#include <memory>
 
 #include "drawing_sheet.h"
 #include "host_window.h"
@@ -59,15 +58,13 @@ TEST(HostWindow, AnInsertedBlockWaitsForAClickAndIsPlacedOnTheGrid) {
     insert(MARROWFIN_REQUEST_INSERT_PMMC, Dwg("png_ac1027.dwg"));
     click(QPoint(500, 300));
     ASSERT_EQ(sheet->blocks().size(), 3u);
-    EXPECT_TRUE(sheet->blocks()[1].preview.isNull());
-    EXPECT_FALSE(sheet->blocks()[2].preview.isNull());
+    EXPECT_TRUE(sheet->blocks()[1].preview.isNull() && !sheet->blocks()[2].preview.isNull());
     QStringList listed;
     for (int i = 0; i < window.insertedList()->count(); ++i) listed << window.insertedList()->item(i)->text();
     EXPECT_EQ(listed, (QStringList{"bmp8_ac1015  [YL]", "no_preview_ac1009", "png_ac1027  [PMMC]  ★"}));
     // An insertion without a path is told, not placed.
     insert(MARROWFIN_REQUEST_INSERT, QString());
-    EXPECT_FALSE(sheet->HasPending());
-    EXPECT_TRUE(window.lastStatus().contains(QStringLiteral("without a path")));
+    EXPECT_TRUE(!sheet->HasPending() && window.lastStatus().contains(QStringLiteral("without a path")));
 }
 
 }  // namespace
