@@ -13,6 +13,7 @@
 #include <string_view>
 
 #include "store/child_array.h"
+#include "store/node_storage.h"
 #include "store/node_text.h"
 
 namespace marrowfin {
@@ -34,6 +35,11 @@ struct GalleryNode {
                 std::u16string_view kind, bool hidden, bool boutique, int32_t size);
 
     // The stored path, or else the parent's path + "/" + name.
+    // Nodes are made and freed by the hundred thousand: they live in the
+    // tree's own storage.
+    static void* operator new(size_t bytes) { return node_storage::Allocate(bytes); }
+    static void operator delete(void* node, size_t bytes) { node_storage::Free(node, bytes); }
+
     std::u16string Path() const;
     // Compares Path() with `path` without building it.
     bool PathIs(std::u16string_view path) const;
