@@ -8,12 +8,14 @@
 #include "host/library_entry.h"
 #include "host/string_arg.h"
 #include "marrowfin/marrowfin.h"
+#include "platform/files.h"
 #include "platform/profile.h"
 #include "platform/threads.h"
 #include "net/gallery_sync.h"
 #include "store/gallery_store.h"
 #include "store/gallery_tree.h"
 #include "store/show_list.h"
+#include "store/store_paths.h"
 #include "store/tree_update.h"
 #include "support/temp_home.h"
 
@@ -23,6 +25,7 @@ TEST(LibraryEntry, FirstSynchroBuildsTheTreeOnItsThread) {
     marrowfin::test::TempHome home;
     WriteOptionString(u"ServiceBase", u"http://127.0.0.1:9");  // no service: galleries stay empty
     AddGalleryToShowList(u"门窗");
+    AddGalleryToShowList(u"Furniture");
     EXPECT_TRUE(PanelSingleton().isNull());  // no panel until an export makes one
     GalleryStore store;
     // No thread to be had: nothing is left marked busy for the panel to wait on.
@@ -34,9 +37,18 @@ TEST(LibraryEntry, FirstSynchroBuildsTheTreeOnItsThread) {
     EXPECT_EQ(store.root, nullptr);  // nothing reaches the tree before its owner takes it
     ASSERT_EQ(AdoptTreeUpdates(store).size(), 1u);
     ASSERT_NE(store.root, nullptr);
-    ASSERT_EQ(store.root->dirChildren.size(), 1u);
+    ASSERT_EQ(store.root->dirChildren.size(), 2u);
     EXPECT_EQ(store.root->dirChildren[0]->name, u"门窗");
+    for (const GalleryNode* g : store.root->dirChildren)  // listed galleries get their folders, and no catalogue
+        EXPECT_TRUE(g->dirChildren.empty() && DirectoryExists(g->Path()) && !FileExists(CataloguePath(g->name)));
     DestroySubtree(store.root);
+    delete std::exchange(store.root, nullptr);
+    // An empty list: nothing to ask, an empty root at once.
+    marrowfin::test::TempHome other;
+    BuildFirstTree(store);
+    AdoptTreeUpdates(store);
+    ASSERT_NE(store.root, nullptr);
+    EXPECT_TRUE(store.root->dirChildren.empty() && DirectoryExists(StoreRoot()));
     delete store.root;
 }
 
@@ -54,6 +66,7 @@ TEST(LibraryEntry, WithoutTheHostsApplicationNoPanelIsMade) {
     SearchBrindleRes(u"门", u"");
     ResetClass(u"我的收藏");
     ShowBoutiqueGallery();
+    AddMoreGallery(nullptr);
     HideGallery();
     CloseGallery();
     EXPECT_TRUE(PanelSingleton().isNull());

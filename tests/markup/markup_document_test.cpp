@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "markup/markup_document.h"
-#include "markup_test_util.h"
+#include "support/markup_index.h"
 
 namespace marrowfin {
 namespace {

@@ -15,7 +15,7 @@
 #include "markup/markup_document.h"
 #include "markup/markup_text.h"
 #include "markup/utf8_decoder.h"
-#include "markup_test_util.h"
+#include "support/markup_index.h"
 #include "platform/text.h"
 #include "support/temp_home.h"
 #include "support/test_paths.h"

@@ -8,24 +8,20 @@ using namespace marrowfin;
 namespace {
 
 // A tree of two galleries from the service, with files not yet fetched.
-struct QueueWorld {
-    test::TempHome home;
-    test::RecordingWindows windows;
-    service::ServiceHandle svc = test::StartLiveService(test::SampleLibrary({2, 3, 20}));
+struct QueueWorld : test::LiveWorld {
     test::TestStore store;
-    QueueWorld() {
-        for (const auto& name : test::GalleryNames(test::SampleLibrary({2, 3, 20}))) AddGalleryToShowList(name);
+    QueueWorld() : LiveWorld({2, 3, 20}, 2) {
         test::BuildAndAdopt(store);
         SetDownloadNotifyWindow(test::RecordingWindows::kPanel);
     }
+    ~QueueWorld() { SetDownloadNotifyWindow(0); }
     std::vector<GalleryNode*> Blocks() {
         std::vector<GalleryNode*> blocks;
         for (GalleryNode* g : store.root->dirChildren)
             for (GalleryNode* c : g->dirChildren) blocks.insert(blocks.end(), c->fileChildren.begin(), c->fileChildren.end());
         return blocks;
     }
-    ~QueueWorld() { SetDownloadNotifyWindow(0); }
-    long Fetched() { return svc.counters().get("/files/*").count; }
+    long Fetched() { return Count("/files/*"); }
     size_t Notices() { return windows.Messages(MsgFileReady).size(); }
     // Until both lists are empty and every worker has returned, noting the most running at once.
     size_t peakRunning = 0;
@@ -64,7 +60,7 @@ TEST(LiveQueue, EveryRoadOfTheQueueInOneLibrary) {
     ASSERT_TRUE(w.WaitIdle());
     EXPECT_GE(FileSize(blocks[0]->Path()), kMinBlockFileSize);
     // From a finishing worker's pump: the seventh path waits for the next finish.
-    w.svc.faults().set("/files/*", {.latencyMs = 150});
+    w.faults().set("/files/*", {.latencyMs = 150});
     for (size_t i = 1; i <= 7; ++i) EnqueueDownload(w.store, blocks[i]->Path());
     EXPECT_EQ(lists().first, Paths{blocks[7]->Path()});
     FailThreadStartsForTests(1);
@@ -91,7 +87,7 @@ TEST(LiveQueue, EveryRoadOfTheQueueInOneLibrary) {
         {{.body = std::string(1025, 'p')}, true}};
     for (const auto& [fault, lands] : cases) {
         SCOPED_TRACE(service::FaultText(fault));
-        w.svc.faults().set("/files/*", fault);
+        w.faults().set("/files/*", fault);
         const size_t notices = w.Notices();
         for (size_t i = 9; i < 13; ++i) EnqueueDownload(w.store, blocks[i]->Path());
         ASSERT_TRUE(w.WaitIdle());
@@ -100,7 +96,7 @@ TEST(LiveQueue, EveryRoadOfTheQueueInOneLibrary) {
     }
 
     // A burst of fifty with duplicates: each fetched once, six at a time with latency, never more.
-    w.svc.faults().set("/files/*", {.latencyMs = 60});
+    w.faults().set("/files/*", {.latencyMs = 60});
     const long fetched = w.Fetched();
     const size_t notices = w.Notices();
     w.peakRunning = 0;
@@ -112,7 +108,7 @@ TEST(LiveQueue, EveryRoadOfTheQueueInOneLibrary) {
     ASSERT_TRUE(w.WaitIdle());
     EXPECT_EQ(w.Fetched(), fetched + 50);
     EXPECT_EQ(w.peakRunning, 6u);
-    EXPECT_LE(w.svc.counters().get("/files/*").peak, 6);
+    EXPECT_LE(w.live.handle.counters().get("/files/*").peak, 6);
     const auto ready = w.windows.Messages(MsgFileReady);
     ASSERT_EQ(ready.size(), notices + 50);
     std::set<std::u16string> paths;
@@ -124,7 +120,7 @@ TEST(LiveQueue, EveryRoadOfTheQueueInOneLibrary) {
 
     // Downloads keep resolving paths on workers while the tree is rebuilt on this thread;
     // every block announced is whole on disk, whatever tree it was resolved in.
-    w.svc.faults().set("/files/*", {.latencyMs = 5});
+    w.faults().set("/files/*", {.latencyMs = 5});
     for (int round = 0; round < 3; ++round) {
         for (GalleryNode* b : w.Blocks()) EnqueueDownload(w.store, b->Path());
         test::BuildAndAdopt(w.store);

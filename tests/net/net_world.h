@@ -43,31 +43,25 @@ struct TestStore : GalleryStore {
 
 // A stack that answers every call as scripted, keeping the URLs asked for and,
 // given a log, its own number in the order of attempts.
-class ScriptedStack : public HttpStack {
-public:
-    explicit ScriptedStack(int number = 0, std::vector<int>* log = nullptr) : m_number(number), m_log(log) {}
-    bool succeed = true;
-    std::string reply;
-    std::vector<std::string> urls;
-    bool PostForm(const std::string& url, const std::string&, std::string& response) override {
-        response = reply;
-        return Attempt(url);
-    }
+struct ScriptedStack : HttpStack {
+    explicit ScriptedStack(int number = 0, std::vector<int>* log = nullptr) : number(number), log(log) {}
+    bool PostForm(const std::string& url, const std::string&, std::string& response) override { return Attempt(url, &response); }
     bool DownloadFile(const std::string& url, const std::u16string&, WindowHandle, uint16_t) override { return Attempt(url); }
     bool UploadFile(const std::string& url, const std::u16string&, const std::u16string&, std::string& response,
                     WindowHandle) override {
-        response = reply;
-        return Attempt(url);
+        return Attempt(url, &response);
     }
-
-private:
-    bool Attempt(const std::string& url) {
+    bool Attempt(const std::string& url, std::string* response = nullptr) {
+        if (response) *response = reply;
         urls.push_back(url);
-        if (m_log) m_log->push_back(m_number);
+        if (log) log->push_back(number);
         return succeed;
     }
-    int m_number;
-    std::vector<int>* m_log;
+    bool succeed = true;
+    std::string reply;
+    std::vector<std::string> urls;
+    int number;
+    std::vector<int>* log;
 };
 
 // The first tree built and handed over to the owner, as the panel does at its start.
@@ -79,15 +73,8 @@ inline void BuildAndAdopt(GalleryStore& store) {
 // For the tests that hold or slow the service; put back when the scope ends,
 // even if a check inside it fails.
 struct ShortTimeouts {
-    ShortTimeouts() {
-        CurlTimeouts t;
-        t.connect = std::chrono::milliseconds(2000);
-        t.lowSpeedTime = std::chrono::seconds(1);
-        CurlStack::SetTimeouts(t);
-    }
+    ShortTimeouts() { CurlStack::SetTimeouts({.connect = std::chrono::milliseconds(2000), .lowSpeedTime = std::chrono::seconds(1)}); }
     ~ShortTimeouts() { CurlStack::SetTimeouts(CurlTimeouts{}); }
-    ShortTimeouts(const ShortTimeouts&) = delete;
-    ShortTimeouts& operator=(const ShortTimeouts&) = delete;
 };
 
 }  // namespace marrowfin::test
