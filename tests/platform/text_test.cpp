@@ -17,8 +17,6 @@
 using namespace marrowfin;
 using marrowfin::test::TempHome;
 
-
-
 TEST(Utf8Codec, ValidityRoundTripsAndLoss) {
     const std::pair<std::string_view, bool> valid[] = {
         {"", true}, {"\xE5\x9B\xBE\xE5\xBA\x93", true}, {"\xF0\x9F\x98\x80", true}, {"\xF8\x88\x80\x80", false},
@@ -37,8 +35,7 @@ TEST(Utf8Codec, ValidityRoundTripsAndLoss) {
 
 TEST(CodePages, LegacyPagesRoundTripThroughIconvAndFailuresAreReported) {
     const std::pair<uint32_t, std::u16string> cases[] = {
-        {936, u"图库门窗"}, {950, u"圖庫門窗"}, {932, u"ドア窓"}, {1252, u"café €"}, {28591, u"Ærø"}, {28595, u"Москва"},
-        {1200, u"图库 x"}, {1201, u"图库 x"},
+        {936, u"图库门窗"}, {932, u"ドア窓"}, {1252, u"café €"}, {28595, u"Москва"}, {1200, u"图库 x"}, {1201, u"图库 x"},
         // Stateful or holding back: the last character comes only when the input is closed.
         {65000, u"café é"}, {50220, u"ドア窓"}, {1258, u"Việt ê"}, {37, u"EBCDIC"}, {51936, u"门窗"},
     };
@@ -137,29 +134,16 @@ TEST(IniFile, WritersOfOneFileNeverLoseEachOthersKeysAndAReadErrorLeavesTheFile)
     for (int t = 0; t < kThreads; ++t)
         EXPECT_EQ(IniGetString(ini, u"options", u"key" + Utf8ToUtf16(std::to_string(t)), u""), u"999");
 
-    // A file that is there but cannot be read is not replaced by one key.
-    struct Case { const char* what; std::string path; bool folder; };
-    const Case cases[] = {{"unreadable file", home.file("locked.ini"), false},
-                          {"a folder", home.file("folder.ini"), true}};
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.what);
-        const std::string before = "[options]\nkeep=1\n";
-        if (c.folder) {
-            ASSERT_TRUE(CreateDirectories(W(c.path)));
-            test::WriteBytes(c.path + "/inside", before);
-        } else {
-            test::WriteBytes(c.path, before);
-            FailFileReadsForTests(1);
-        }
-        EXPECT_FALSE(IniWriteString(W(c.path), u"options", u"new", u"2"));
-        FailFileReadsForTests(0);
-        if (c.folder) {
-            EXPECT_TRUE(DirectoryExists(W(c.path)));
-            EXPECT_EQ(test::ReadBytes(c.path + "/inside"), before);
-        } else {
-            EXPECT_EQ(test::ReadBytes(c.path), before);
-        }
-    }
+    // A file that is there but cannot be read, or a folder, is not replaced by one key.
+    const std::string before = "[options]\nkeep=1\n", locked = home.file("locked.ini"), folder = home.file("folder.ini");
+    test::WriteBytes(locked, before);
+    ASSERT_TRUE(CreateDirectories(W(folder)));
+    test::WriteBytes(folder + "/inside", before);
+    FailFileReadsForTests(1);
+    EXPECT_FALSE(IniWriteString(W(locked), u"options", u"new", u"2"));
+    FailFileReadsForTests(0);
+    EXPECT_FALSE(IniWriteString(W(folder), u"options", u"new", u"2"));
+    EXPECT_EQ(test::ReadBytes(locked) + test::ReadBytes(folder + "/inside"), before + before);
     for (const auto& entry : std::filesystem::directory_iterator(home.dir()))
         EXPECT_EQ(entry.path().filename().string().find(".tmp-"), std::string::npos) << entry.path();
 }

@@ -7,7 +7,7 @@
 #include <gtest/gtest.h>
 #include <httplib.h>
 #include <minizip/zip.h>
-#include <poll.h>
+#include <sys/socket.h>
 #include <unistd.h>
 
 #include <chrono>
@@ -43,29 +43,23 @@ struct RawReply {
     std::string body;  // bytes after the head
 };
 
-// Sends the request text as it stands and reads until the connection ends.
+// Sends the request text as it stands and reads until the connection ends
+// (or nothing comes for `timeoutMs`).
 RawReply RawExchange(int port, const std::string& request, int timeoutMs = 5000) {
     RawReply reply;
     const int fd = socket(AF_INET, SOCK_STREAM, 0);
-    sockaddr_in addr{};
-    addr.sin_family = AF_INET;
-    addr.sin_port = htons(static_cast<uint16_t>(port));
-    addr.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    reply.connected = fd >= 0 && connect(fd, reinterpret_cast<sockaddr*>(&addr), sizeof addr) == 0;
+    sockaddr_in addr{.sin_family = AF_INET, .sin_port = htons(static_cast<uint16_t>(port)), .sin_addr = {htonl(INADDR_LOOPBACK)}, .sin_zero = {}};
+    const timeval wait{timeoutMs / 1000, timeoutMs % 1000 * 1000};
+    setsockopt(fd, SOL_SOCKET, SO_RCVTIMEO, &wait, sizeof wait);
+    reply.connected = connect(fd, reinterpret_cast<sockaddr*>(&addr), sizeof addr) == 0;
     if (reply.connected) (void)send(fd, request.data(), request.size(), MSG_NOSIGNAL);
-    const auto until = Clock::now() + std::chrono::milliseconds(timeoutMs);
     char buffer[8192];
-    ssize_t n = 0;
-    for (pollfd p{fd, POLLIN, 0}; reply.connected && -MsSince(until) > 0 && poll(&p, 1, std::max(1, static_cast<int>(-MsSince(until)))) > 0 &&
-                                  (n = recv(fd, buffer, sizeof buffer, 0)) > 0;)
-        reply.bytes.append(buffer, static_cast<size_t>(n));
-    if (fd >= 0) close(fd);
-    const size_t end = reply.bytes.find("\r\n\r\n");
+    for (ssize_t n; reply.connected && (n = recv(fd, buffer, sizeof buffer, 0)) > 0;) reply.bytes.append(buffer, static_cast<size_t>(n));
+    close(fd);
+    const size_t end = reply.bytes.find("\r\n\r\n"), cl = reply.bytes.substr(0, end).find("Content-Length: ");
     if (reply.bytes.rfind("HTTP/1.1 ", 0) == 0) reply.status = std::atoi(reply.bytes.c_str() + 9);
-    if (end == std::string::npos) return reply;
-    reply.body = reply.bytes.substr(end + 4);
-    const size_t cl = reply.bytes.substr(0, end).find("Content-Length: ");
-    if (cl != std::string::npos) reply.contentLength = std::atol(reply.bytes.c_str() + cl + 16);
+    if (end != std::string::npos) reply.body = reply.bytes.substr(end + 4);
+    if (end != std::string::npos && cl != std::string::npos) reply.contentLength = std::atol(reply.bytes.c_str() + cl + 16);
     return reply;
 }
 

@@ -45,7 +45,7 @@ TEST(ListFile, ExactBytesAndTheLimit) {
 
 // Remember, save, load (filtered), reload: the recent list and the common-use lists on disk.
 TEST_F(Lists, RecentAndCommonListsThroughTheirFiles) {
-    const std::u16string a = rootPath + u"/G/C/a.dwg", b = rootPath + u"/G/C/b.dwg", upper = rootPath + u"/G/C/Up.DWG";
+    const std::u16string a = rootPath + u"/G/C/a.dwg", b = rootPath + u"/G/C/b.dwg", upper = rootPath + u"/G/C.x/Up.v2.DWG";
     GalleryNode* g = AddGallery(u"G");
     GalleryNode* mine = AddGallery(u"我的收藏");
     GalleryNode* empty = AddGallery(u"Empty");
@@ -77,7 +77,7 @@ TEST_F(Lists, RecentAndCommonListsThroughTheirFiles) {
     WriteBytes(U8(rootPath + u"/RecentlyUse.xml"), ListOf({upper, u"", b, rootPath + u"/G/C/notes.txt", a}));
     ReloadRecentList(store);  // replaces what is in memory
     EXPECT_EQ(Paths(store.root->fileChildren), (std::vector<std::u16string>{upper, a}));
-    EXPECT_EQ(store.root->fileChildren[0]->name, u"Up");
+    EXPECT_EQ(store.root->fileChildren[0]->name, u"Up.v2");  // the last dot of the last name
 
     // A gallery added to the tree reads its common-use list; a class does not.
     CreateDirectories(rootPath + u"/H/C");
