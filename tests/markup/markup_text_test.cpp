@@ -199,25 +199,8 @@ TEST(MarkupText, FastDecoderAndDirectReadAgreeWithThePlatformCodec) {
         ASSERT_EQ(std::u16string(out.data(), units), Utf8ToUtf16(withoutNul)) << in;
         EXPECT_EQ(nulls, in.size() - withoutNul.size());
     }
-    // A reply's bytes read straight into a document read as the decoded text set would:
-    // up to the first NUL, and afterwards it edits as an ordinary document.
-    std::string cjkRun;
-    for (int i = 0; i < 40; ++i) cjkRun += "图块";
-    const std::pair<std::string, bool> replies[] = {
-        {"\xEF\xBB\xBF<root a=\"\x80z\"/>", true}, {"<root gn=\"" + cjkRun + "\">" + cjkRun + "\xFF</root>", true},
-        {std::string("<root/>\0<second/>", 17), true}, {std::string("\0<root/>", 8), false}, {"", false}};
-    for (const auto& [bytes, wellFormed] : replies) {
-        SCOPED_TRACE(bytes);
-        MarkupDocument direct, wide;
-        EXPECT_EQ(direct.SetUtf8Text(bytes), wellFormed);
-        EXPECT_EQ(wide.SetText(Utf8ToUtf16(bytes.substr(0, bytes.find('\0')))), wellFormed);
-        EXPECT_EQ(ShapeOf(direct), ShapeOf(wide));
-        if (wellFormed) {
-            ASSERT_TRUE(direct.FindElement(u"root") && wide.FindElement(u"root"));
-            ASSERT_TRUE(direct.SetAttribute(u"ver", u"2") && wide.SetAttribute(u"ver", u"2"));
-        }
-        EXPECT_EQ(std::u16string(direct.Text()), std::u16string(wide.Text()));
-    }
+    // How a reply's bytes read straight into a document compare with the decoded text set,
+    // before and after edits, is the fuzz target's check; its kept inputs replay the edges.
 }
 
 // Upper case at every letter, or at every other one ("uTf-8").

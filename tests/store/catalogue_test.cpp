@@ -112,13 +112,12 @@ TEST_F(Catalogue, BrokenFilesLeaveTheTreeAsItWasAndIncompleteElementsAreSkipped)
     const std::string body = "<sub n=\"K\" ver=\"3\" u_b=\"http://k\" ><itm fn=\"a.dwg\" sz=\"1\" hi=\"0\" /></sub></root>\r";
     const std::string good = kHead + seal + "\">\r" + body;
     auto withSeal = [&](const std::string& s) { return kHead + s + "\">\r" + body; };
-    std::string oneDigit = seal, nonHex = seal;
+    std::string oneDigit = seal;
     oneDigit[5] = oneDigit[5] == 'A' ? 'B' : 'A';
-    nonHex[31] = 'Z';
+    // (Seals of broken hex are the seal's own test.)
     const std::pair<const char*, std::string> broken[] = {
-        {"one changed seal digit", withSeal(oneDigit)}, {"odd length", withSeal(seal.substr(0, 31))},
-        {"not whole blocks", withSeal(seal.substr(0, 30))}, {"non-hex digit", withSeal(nonHex)},
-        {"empty seal", withSeal("")}, {"seal of another gallery", withSeal(MakeSeal(u"H", false))},
+        {"one changed seal digit", withSeal(oneDigit)}, {"empty seal", withSeal("")},
+        {"seal of another gallery", withSeal(MakeSeal(u"H", false))},
         {"truncated", good.substr(0, good.size() / 2)}, {"empty file", ""},
         {"missing root", "\xEF\xBB\xBF<?xml version=\"1.0\"?>\r<top re=\"" + seal + "\"></top>\r"},
     };

@@ -51,7 +51,6 @@ TEST_F(Tree, ChildrenLookupsAndFilters) {
         {store.root, win->Path(), true, win}, {store.root, win->Path(), false, recent},
         {g, door->Path(), true, door},  // the common-use entry is never the answer
         {store.root, only.Path(), true, nullptr}, {store.root, u"", true, nullptr},
-        {store.root, c1->Path() + u"/", true, nullptr}, {store.root, door->Path() + u"x", true, nullptr},
     };
     for (const auto& [from, path, skipRoot, expected] : blocks)
         EXPECT_EQ(FindBlockByPath(from, path, skipRoot), expected) << U8(path) << skipRoot;
@@ -126,36 +125,25 @@ TEST_F(Tree, RenameAndRemove) {
 // Node texts are deep copies that survive assignment from themselves; child arrays keep
 // their order through inserts, erasures and growth.
 TEST(NodeStorage, TextsAndChildArrays) {
-    NodeText empty;
-    EXPECT_TRUE(empty.empty() && empty.size() == 0u && empty == u"");
-    NodeText text(u"门窗_1.dwg");
+    NodeText text(u"门窗_1.dwg"), empty;
     NodeText copy = text;
-    EXPECT_NE(copy.data(), text.data());
-    EXPECT_EQ(copy, text);
+    EXPECT_TRUE(empty.empty() && empty == u"" && copy.data() != text.data() && copy == text);
     copy = copy;
-    EXPECT_EQ(copy, u"门窗_1.dwg");
     copy = std::u16string_view(copy).substr(2);  // assigned from a view of itself
     EXPECT_EQ(copy, u"_1.dwg");
     EXPECT_LT(copy, text);
-    EXPECT_EQ(u"/" + text, u"/门窗_1.dwg");
-    NodeText moved = std::move(text);
-    EXPECT_EQ(moved.size(), 8u);
-    copy = NodeText();
-    EXPECT_TRUE(copy.empty());
+    EXPECT_EQ(u"/" + NodeText(std::move(text)), u"/门窗_1.dwg");
 
     std::vector<GalleryNode> nodes(40);
     ChildArray children;
-    EXPECT_EQ(children.begin(), children.end());
     for (auto& n : nodes) children.push_back(&n);
-    EXPECT_EQ(children.back(), &nodes[39]);
     children.insert(children.begin() + 1, &nodes[39]);
     children.erase(children.end() - 1);
     children.erase(children.begin() + 2, children.begin() + 40);
     EXPECT_EQ(children, (Nodes{&nodes[0], &nodes[39]}));
     ChildArray kept = children;
-    Nodes taken = std::exchange(children, {});
+    EXPECT_EQ(kept, std::exchange(children, {}));
     EXPECT_TRUE(children.empty());
-    EXPECT_EQ(kept, taken);
     EXPECT_THROW((void)kept.at(2), std::out_of_range);
 }
 
