@@ -75,7 +75,6 @@ TEST(TransportRotation, DownloadUrlEscapingAndServiceBase) {
     EXPECT_EQ(EscapeRequestUrl(u"http://h:9/gallery/g_all_s?gallery_name=门 窗,A&B=1#%"),
               "http://h:9/gallery/g_all_s?gallery_name=%E9%97%A8%20%E7%AA%97,A&B=1%23%25");
     TempHome home;
-    EXPECT_EQ(ServiceBaseUrl(), u"http://gallery.tarvex.com");
     WriteOptionString(u"ServiceBase", u"http://127.0.0.1:4321/");
     EXPECT_EQ(ServiceBaseUrl(), u"http://127.0.0.1:4321");
 }
