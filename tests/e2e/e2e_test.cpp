@@ -2,7 +2,7 @@
 // passes every event through GaDllPretanslateMsg, against the stand-in
 // service with a sample library whose first two galleries are shown. The
 // panel is one per process: CTest runs each case in a process of its own;
-// run together, the second is skipped.
+// run together, all but the first are skipped.
 
 #include <gtest/gtest.h>
 
@@ -11,6 +11,7 @@
 #include <QElapsedTimer>
 #include <QKeyEvent>
 #include <QLineEdit>
+#include <QPointer>
 #include <QtTest/QTest>
 #include <filesystem>
 #include <fstream>
@@ -232,6 +233,45 @@ TEST(Exports, UpdateShowMakesAHiddenPanelAndRebuildsTheTreeOnAWorker) {
     Spin(400);
     EXPECT_FALSE(panel->isVisible());
     EXPECT_EQ(World().host.Requests(MARROWFIN_REQUEST_CHANNEL).size(), 1u);
+}
+
+// The host may destroy its main window, and with it the panel that `show` made as its
+// child. The exports then answer as before any panel, and the next export that makes the
+// panel makes a new one, which the host steers as usual.
+TEST(Exports, APanelGoneWithTheMainWindowLeavesTheExportsSound) {
+    if (GetGallery() != 0) GTEST_SKIP() << "needs a process without a panel, as CTest gives it";
+    auto* doomed = new RecordingHost;
+    doomed->show();
+    MarrowfinSetMainWindow(doomed);
+    show();
+    const uint64_t handle = GetGallery();
+    QPointer<QWidget> first = FindPanel();
+    ASSERT_TRUE(first && first->parentWidget() == doomed) << "show makes the panel a child of the main window";
+    Spin(400);  // the start-up's timers run
+    (void)PreTranslateKey(first, Qt::Key_Escape);
+    delete doomed;
+    ASSERT_TRUE(first.isNull());
+    QWidget stranger;
+    EXPECT_EQ(PreTranslateKey(&stranger, Qt::Key_Escape), 0);
+    EXPECT_EQ(std::make_tuple(GetGallery(), IsDLLHwnd(handle), IsBlkBoutique(u"/Orsolen/a/b/c.dwg")), std::make_tuple(0ull, 0, uint8_t{0}));
+    HideGallery();
+    CloseGallery();
+    EXPECT_EQ(MarrowfinSendPanelControl(handle, 5, 7) + MarrowfinSendCopyData(handle, 415, u"token"), 0);
+    Spin(400);  // nothing of the gone panel fires any more
+
+    ShowGallery(nullptr, u"YL");
+    const uint64_t again = GetGallery();
+    EXPECT_TRUE(again != 0 && again != handle && IsDLLHwnd(again) == 1);
+    QWidget* second = FindPanel();
+    ASSERT_NE(second, nullptr);
+    EXPECT_EQ(second->parentWidget(), nullptr);
+    (void)PreTranslateKey(second, Qt::Key_Escape);
+    HideGallery();
+    RecordingHost other;
+    EXPECT_EQ(MarrowfinSendPanelControl(again, 1, static_cast<intptr_t>(MarrowfinWindowOf(&other))), 0);
+    EXPECT_TRUE(second->isVisible());
+    Spin(300);
+    HideGallery();
 }
 
 int main(int argc, char** argv) {
