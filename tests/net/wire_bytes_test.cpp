@@ -1,18 +1,11 @@
 // The exact requests the transport puts on the wire, read by a bare socket.
 
-#include <gtest/gtest.h>
 #include <arpa/inet.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
-#include <string>
-#include <thread>
-
-#include "net/http_transport.h"
-#include "platform/text.h"
-#include "support/temp_home.h"
-#include "support/test_paths.h"
+#include "net_world.h"
 
 using namespace marrowfin;
 using marrowfin::test::TempHome;

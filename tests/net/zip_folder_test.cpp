@@ -1,14 +1,10 @@
-#include <gtest/gtest.h>
+#include <minizip/unzip.h>
 
 #include <filesystem>
 #include <map>
 
-#include <minizip/unzip.h>
-
 #include "net/zip_folder.h"
-#include "platform/text.h"
-#include "support/temp_home.h"
-#include "support/test_paths.h"
+#include "net_world.h"
 
 using namespace marrowfin;
 using marrowfin::test::TempHome;
