@@ -20,6 +20,7 @@
 #include "request_counters.h"
 #include "sample_generator.h"
 #include "service_handle.h"
+#include "support/live_service.h"
 #include "support/temp_home.h"
 #include "support/test_paths.h"
 #include "user_state.h"
@@ -79,13 +80,8 @@ std::string MakeZip(const std::string& path, const std::vector<std::pair<std::st
 
 class ServiceTest : public ::testing::Test {
 protected:
-    void SetUp() override {
-        const service::SampleResult r = service::GenerateSample(home.file("data"), service::SampleOptions{2, 2, 3, 7});
-        ASSERT_TRUE(r.ok) << r.error;
-        service = service::StartService(home.file("data"), 0);
-        ASSERT_TRUE(service.ok()) << service.error();
-    }
-    void TearDown() override { service.stop(); }
+    TempHome home;
+    service::ServiceHandle service = StartLiveService(SampleLibrary({2, 2, 3}));
     httplib::Client Client() const {
         httplib::Client c("127.0.0.1", service.port());
         c.set_read_timeout(10, 0);
@@ -99,8 +95,6 @@ protected:
         return RawExchange(service.port(), "GET " + path + " HTTP/1.1\r\nHost: 127.0.0.1\r\nConnection: close\r\n\r\n");
     }
 
-    TempHome home;
-    service::ServiceHandle service;
 };
 
 }  // namespace
