@@ -8,7 +8,6 @@
 
 #include <QApplication>
 #include <QLineEdit>
-#include <QPointer>
 #include <QTimer>
 #include <QtTest/QTest>
 
@@ -23,8 +22,6 @@
 #include "platform/qt/window_timers.h"
 #include "platform/text.h"
 #include "platform/ticks.h"
-#include "store/gallery_node.h"
-#include "store/gallery_store.h"
 #include "store/gallery_tree.h"
 #include "support/recording_host.h"
 #include "support/temp_home.h"

@@ -10,9 +10,7 @@
 #include "support/tree_dump.h"
 
 using namespace marrowfin;
-using marrowfin::test::DumpTree;
-using marrowfin::test::TempHome;
-using marrowfin::test::TestStore;
+using namespace marrowfin::test;
 
 namespace {
 

@@ -1,7 +1,7 @@
 #include "live_world.h"
 
 using namespace marrowfin;
-using marrowfin::test::TestStore;
+using namespace marrowfin::test;
 
 namespace {
 

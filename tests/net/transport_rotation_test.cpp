@@ -1,8 +1,7 @@
 #include "net_world.h"
 
 using namespace marrowfin;
-using marrowfin::test::ScriptedStack;
-using marrowfin::test::TempHome;
+using namespace marrowfin::test;
 
 // Stacks: 0 WinINet, 1 WinHTTP, 2 libcurl. Posts and downloads start at the remembered
 // winner (libcurl when none) and go round; uploads always go WinHTTP, libcurl, WinINet,
