@@ -34,25 +34,20 @@ TEST(TransportRotation, StartsOnCurlThenRemembersTheWinner) {
     // Replies: a zero byte ends the text, the bytes road keeps all; a failed call keeps the
     // server's page, or leaves nothing of an earlier call. (The escaped URLs and UTF-8
     // bodies on the wire are the wire test's.)
-    for (ScriptedStack& stack : stacks) stack.succeed = false;
+    for (ScriptedStack& stack : stacks) stack.succeed = &stack == &stacks[2];
     stacks[2].reply = std::string("success\0tail", 12);
-    stacks[2].succeed = true;
     WriteOptionInt(u"FNetUseInet", 2);
     std::u16string out;
     std::string bytes = "stale";
-    EXPECT_TRUE(PostForm(u"http://h/x", u"", out));
-    EXPECT_EQ(out, u"success");
-    EXPECT_TRUE(PostFormBytes(u"http://h/x", u"", bytes));
-    EXPECT_EQ(bytes, std::string("success\0tail", 12));
+    EXPECT_TRUE(PostForm(u"http://h/x", u"", out) && out == u"success");
+    EXPECT_TRUE(PostFormBytes(u"http://h/x", u"", bytes) && bytes == std::string("success\0tail", 12));
     stacks[2].succeed = false;
     stacks[2].reply.clear();
     stacks[0].reply = "<html>500</html>";
     WriteOptionInt(u"FNetUseInet", 0);
-    EXPECT_FALSE(PostForm(u"http://h/x", u"", out));
-    EXPECT_EQ(out, u"<html>500</html>");
+    EXPECT_TRUE(!PostForm(u"http://h/x", u"", out) && out == u"<html>500</html>");
     stacks[0].reply.clear();
-    EXPECT_FALSE(PostFormBytes(u"http://h/x", u"", bytes));
-    EXPECT_EQ(bytes, "");
+    EXPECT_TRUE(!PostFormBytes(u"http://h/x", u"", bytes) && bytes.empty());
 
     // Empty slots are skipped, not counted as attempts.
     InstallHttpStack(StackInet, nullptr);
