@@ -36,13 +36,12 @@ TEST(Utf8Codec, ValidityRoundTripsAndLoss) {
     for (const auto& [bytes, ok] : valid) EXPECT_EQ(IsValidUtf8(bytes), ok) << bytes;
     const std::u16string text = u"门窗 Door-1 \U0001F600 é";
     bool lossy = true;
-    EXPECT_EQ(Utf8ToUtf16(Utf16ToUtf8(text, &lossy), &lossy), text);
-    EXPECT_FALSE(lossy);
+    EXPECT_TRUE(Utf8ToUtf16(Utf16ToUtf8(text, &lossy), &lossy) == text && !lossy);
     // Ill-formed input becomes one replacement per bad byte (overlong NUL, encoded surrogate) and is reported.
     EXPECT_EQ(Utf8ToUtf16("a\xFF" "b|\xE5\x9B|\xC0\x80|\xED\xA0\x80", &lossy), u"a\uFFFDb|\uFFFD\uFFFD|\uFFFD\uFFFD|\uFFFD\uFFFD\uFFFD");
     EXPECT_TRUE(lossy);
-    EXPECT_EQ(Utf16ToUtf8(std::u16string{u'a', char16_t(0xD800), u'b'}, &lossy), "a\xEF\xBF\xBD" "b");  // a lone surrogate
-    EXPECT_TRUE(lossy);
+    lossy = false;
+    EXPECT_TRUE(Utf16ToUtf8(std::u16string{u'a', char16_t(0xD800), u'b'}, &lossy) == "a\xEF\xBF\xBD" "b" && lossy);  // a lone surrogate
 }
 
 TEST(CodePages, LegacyPagesRoundTripThroughIconvAndFailuresAreReported) {
@@ -56,29 +55,22 @@ TEST(CodePages, LegacyPagesRoundTripThroughIconvAndFailuresAreReported) {
         std::u16string back;
         bool lossy = true, lossyBack = true;
         ASSERT_TRUE(Utf16ToCodePage(text, cp, bytes, &lossy) && CodePageToUtf16(bytes, cp, back, &lossyBack)) << cp;
-        EXPECT_EQ(back, text) << cp;
-        EXPECT_FALSE(lossy || lossyBack) << cp;
+        EXPECT_TRUE(back == text && !lossy && !lossyBack) << cp;
     }
     std::string bytes;
     bool lossy = false;
-    ASSERT_TRUE(Utf16ToCodePage(u"图", 936, bytes));
-    EXPECT_EQ(bytes, "\xCD\xBC");
-    ASSERT_TRUE(Utf16ToCodePage(u"a图b", 1252, bytes, &lossy));  // 图 has no place in 1252
-    EXPECT_EQ(bytes, "a?b");
-    EXPECT_TRUE(lossy);
+    EXPECT_TRUE(Utf16ToCodePage(u"图", 936, bytes) && bytes == "\xCD\xBC");
+    EXPECT_TRUE(Utf16ToCodePage(u"a图b", 1252, bytes, &lossy) && bytes == "a?b" && lossy);  // 图 has no place in 1252
     std::u16string out = u"stale";
-    EXPECT_FALSE(CodePageToUtf16("abc", 12345, out) || IsCodePageSupported(12345));
-    EXPECT_TRUE(out.empty());
+    EXPECT_FALSE(CodePageToUtf16("abc", 12345, out) || IsCodePageSupported(12345) || !out.empty());
     lossy = false;
-    ASSERT_TRUE(CodePageToUtf16("ok\x81", 936, out, &lossy));  // a cut double-byte character
-    EXPECT_TRUE(lossy);
-    EXPECT_EQ(out.substr(0, 2), u"ok");
+    EXPECT_TRUE(CodePageToUtf16("ok\x81", 936, out, &lossy) && lossy && out.substr(0, 2) == u"ok");  // a cut double-byte character
 }
 
 TEST(CaseFoldingAndIntegers, LatinFoldsCjkStaysAndEachReaderOverflows) {
     EXPECT_EQ(ToLowerFold(u"DOOR Ærø ŁÓDŹ ΑΒΓ МОСКВА ＡＢ 门窗×"), u"door ærø łódź αβγ москва ａｂ 门窗×");
-    EXPECT_TRUE(ContainsFolded(u"Double-DOOR 门", u"door") && ContainsFolded(u"anything", u"") && ContainsFolded(u"沙发Sofa", u"发s"));
-    EXPECT_FALSE(ContainsFolded(u"do", u"door"));
+    EXPECT_TRUE(ContainsFolded(u"Double-DOOR 门", u"door") && ContainsFolded(u"anything", u"") && ContainsFolded(u"沙发Sofa", u"发s") &&
+                !ContainsFolded(u"do", u"door"));
     const std::tuple<const char16_t*, bool, int64_t> cases[] = {
         {u"", false, 0}, {u" \t-12x", true, 12}, {u"+7", false, 7}, {u"- 3", true, 0}, {u"x5", false, 0},
         {u"1000", false, 999}, {u"99", false, 99}};
@@ -87,9 +79,8 @@ TEST(CaseFoldingAndIntegers, LatinFoldsCjkStaysAndEachReaderOverflows) {
         EXPECT_EQ(std::make_pair(n.negative, n.magnitude), std::make_pair(negative, magnitude)) << U8(text);
     }
     // The profile's reader wraps as a 32-bit number would.
-    EXPECT_EQ(ParseProfileInt(u"4294967295") + ParseProfileInt(u"99999999999"), -2);
-    EXPECT_EQ(ParseProfileInt(u"2147483648"), INT32_MIN);
-    EXPECT_EQ(ParseProfileInt(u" -42 "), -42);
+    EXPECT_EQ(std::make_tuple(ParseProfileInt(u"4294967295") + ParseProfileInt(u"99999999999"), ParseProfileInt(u"2147483648"), ParseProfileInt(u" -42 ")),
+              std::make_tuple(-2, INT32_MIN, -42));
 }
 
 TEST(IniFile, NamesWithoutCaseBufferCutAndWritesThatKeepTheRest) {
@@ -105,17 +96,14 @@ TEST(IniFile, NamesWithoutCaseBufferCutAndWritesThatKeepTheRest) {
     EXPECT_EQ(IniGetString(ini, u"missing", u"flag", u"0", 8) + IniGetString(ini, u"version", u"x", u"default", 4), u"0def");
     EXPECT_EQ(IniGetInt(ini, u"version", u"门窗", -1) + IniGetInt(ini, u"version", u"long", -1), 12);  // no digits: 0
     test::WriteBytes(home.file("sub/version.ini"), "[A]\nx=1\n\n[B]\ny=2\n");
-    ASSERT_TRUE(IniWriteString(ini, u"a", u"X", u"10"));  // replaced in place, odd case
-    ASSERT_TRUE(IniWriteString(ini, u"a", u"z", u"3"));   // added at the end of its section
-    ASSERT_TRUE(IniWriteString(ini, u"C", u"w", u"4"));   // a new section at the end
+    // Replaced in place (odd case), added at the end of its section, a new section at the end.
+    ASSERT_TRUE(IniWriteString(ini, u"a", u"X", u"10") && IniWriteString(ini, u"a", u"z", u"3") && IniWriteString(ini, u"C", u"w", u"4"));
     EXPECT_EQ(test::ReadBytes(home.file("sub/version.ini")), "[A]\nX=10\nz=3\n\n[B]\ny=2\n[C]\nw=4\n");
     EXPECT_FALSE(IniWriteString(u"", u"A", u"x", u"1"));
 
     // The profile: under Tarvex, defaults and nothing made until written; another writer seen at once.
-    EXPECT_EQ(GetOptionInt(u"FNetUseInet", -2), -2);
-    EXPECT_FALSE(FileExists(ProfilePath()));
-    ASSERT_TRUE(WriteOptionInt(u"GalDefSort", 2));
-    ASSERT_TRUE(WriteOptionString(u"ServiceBase", u"http://127.0.0.1:8080"));
+    EXPECT_TRUE(GetOptionInt(u"FNetUseInet", -2) == -2 && !FileExists(ProfilePath()));
+    ASSERT_TRUE(WriteOptionInt(u"GalDefSort", 2) && WriteOptionString(u"ServiceBase", u"http://127.0.0.1:8080"));
     EXPECT_EQ(test::ReadBytes(home.configDir() + "/Tarvex/Marrowfin.ini"),
               "[options]\nGalDefSort=2\nServiceBase=http://127.0.0.1:8080\n");
     test::WriteBytes(home.configDir() + "/Tarvex/Marrowfin.ini", "[options]\nGalDefSort=x7\n");
@@ -141,8 +129,7 @@ TEST(IniFile, WritersOfOneFileNeverLoseEachOthersKeysAndAReadErrorLeavesTheFile)
         });
     }
     for (std::thread& w : writers) w.join();
-    EXPECT_EQ(failedWrites.load(), 0);
-    EXPECT_EQ(staleReads.load(), 0) << "a key went back to an older value";
+    EXPECT_EQ(std::make_pair(failedWrites.load(), staleReads.load()), std::make_pair(0, 0)) << "a key went back to an older value";
     for (int t = 0; t < kThreads; ++t)
         EXPECT_EQ(IniGetString(ini, u"options", u"key" + Utf8ToUtf16(std::to_string(t)), u""), u"999");
 
@@ -175,18 +162,13 @@ TEST(Files, AtomicWriteReplacesWholeOrNotAtAll) {
     const bool wrote = WriteFileAtomic(path, std::string(64, 'x'));
     setrlimit(RLIMIT_FSIZE, &old);
     signal(SIGXFSZ, oldHandler);
-    EXPECT_FALSE(wrote);
     std::string bytes = "stale";
-    ASSERT_TRUE(ReadWholeFile(path, bytes));
-    EXPECT_EQ(bytes, "first version");
+    EXPECT_TRUE(!wrote && ReadWholeFile(path, bytes) && bytes == "first version");
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(home.file("图库")), {}), 1);
     EXPECT_FALSE(WriteFileAtomic(W(home.file("missing/dir/x.xml")), "x"));
     // Missing files and folders read as nothing.
-    for (const std::u16string& p : {W(home.file("nope")), W(home.dir())}) {
-        EXPECT_FALSE(ReadWholeFile(p, bytes));
-        EXPECT_EQ(bytes, "");
-        EXPECT_EQ(FileSize(p), -1);
-    }
+    for (const std::u16string& p : {W(home.file("nope")), W(home.dir())})
+        EXPECT_TRUE(!ReadWholeFile(p, bytes) && bytes.empty() && FileSize(p) == -1) << U8(p);
 }
 
 TEST(Files, RemoveTreeAndCopy) {
@@ -201,10 +183,8 @@ TEST(Files, RemoveTreeAndCopy) {
     const std::u16string a = W(home.file("a.xml")), b = W(home.file("b.xml"));
     ASSERT_TRUE(WriteFileAtomic(a, "A"));
     RemoveDirectoryTree(a);  // only folders are removed
-    EXPECT_TRUE(CopyFileNoOverwrite(a, b));
-    ASSERT_TRUE(WriteFileAtomic(a, "A2"));
-    EXPECT_FALSE(CopyFileNoOverwrite(a, b));
-    EXPECT_EQ(test::ReadBytes(U8(b)), "A");
+    EXPECT_TRUE(CopyFileNoOverwrite(a, b) && WriteFileAtomic(a, "A2"));
+    EXPECT_TRUE(!CopyFileNoOverwrite(a, b) && test::ReadBytes(U8(b)) == "A");
 }
 
 TEST(DocumentRoot, HonoursDocDirAndFallsBack) {
@@ -223,8 +203,8 @@ TEST(DocumentRoot, HonoursDocDirAndFallsBack) {
         TempHome home;
         if (!documents) std::filesystem::remove_all(home.documentsDir());
         WriteOptionString(u"docDir", W(home.file("gone")));
-        EXPECT_EQ(DocumentRoot(), W(home.documentsDir()));
-        EXPECT_EQ(GetOptionString(u"docDir", u"?"), documents ? W(home.file("gone")) : u"");
+        EXPECT_EQ(std::make_pair(DocumentRoot(), GetOptionString(u"docDir", u"?")),
+                  std::make_pair(W(home.documentsDir()), documents ? W(home.file("gone")) : u""));
     }
     TempHome home;
     test::WriteBytes(home.configDir() + "/user-dirs.dirs", "# c\nXDG_DESKTOP_DIR=\"$HOME/D\"\nXDG_DOCUMENTS_DIR=\"$HOME/文档\"\n");
@@ -236,9 +216,7 @@ TEST(Threads, AFailedStartAnswersFalseRunsNothingAndTheNextStartWorks) {
     std::atomic<int> runs{0};
     FailThreadStartsForTests(2);
     std::thread t;
-    EXPECT_FALSE(StartThread(t, [&runs, token] { ++runs; }));
-    EXPECT_FALSE(StartDetachedThread([&runs, token] { ++runs; }));
-    EXPECT_FALSE(t.joinable());
+    EXPECT_FALSE(StartThread(t, [&runs, token] { ++runs; }) || StartDetachedThread([&runs, token] { ++runs; }) || t.joinable());
     EXPECT_EQ(token.use_count(), 1) << "the work of a failed start is destroyed";
     ASSERT_TRUE(StartThread(t, [&runs, token] { ++runs; }));
     t.join();
@@ -255,9 +233,7 @@ TEST(Ticks, DifferencesSurviveTheWrap) {
     const uint32_t before = GetTickCount();
     ShiftTicksForTest(250);
     const uint32_t after = GetTickCount();
-    EXPECT_LT(after, 1000u);  // wrapped, yet the difference is right
-    EXPECT_GE(TicksSince(before), 250u);
-    EXPECT_LT(after - before, 5000u);
+    EXPECT_TRUE(after < 1000u && TicksSince(before) >= 250u && after - before < 5000u) << before << " " << after;  // wrapped, yet the difference is right
     ShiftTicksForTest(-static_cast<int64_t>(0xFFFFFFFFu - 100u) + now - 250);
 }
 
@@ -272,9 +248,7 @@ TEST(WindowMessages, PayloadsAreFreedWhenNobodyTakesThem) {
     test::RecordingWindows windows;
     EXPECT_FALSE(PostWindowMessage(9, 2526, 0, 0, std::make_unique<CountedPayload>()));  // a dead window
     EXPECT_EQ(freed, 2);
-    EXPECT_FALSE(PostWindowMessage(0, 2526));
-    EXPECT_TRUE(PostText(1, 2526, 4, u"path"));
-    ASSERT_EQ(windows.Messages(2526).size(), 1u);
-    EXPECT_EQ(windows.Messages(2526)[0].text, u"path");
+    EXPECT_TRUE(!PostWindowMessage(0, 2526) && PostText(1, 2526, 4, u"path"));
+    EXPECT_TRUE(windows.Messages(2526).size() == 1u && windows.Messages(2526)[0].text == u"path");
     EXPECT_EQ(SendWindowMessage(1, 100, 5) + SendWindowMessage(9, 100, 5), 105);
 }
