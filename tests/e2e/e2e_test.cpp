@@ -121,25 +121,21 @@ TEST(Exports, ThePanelMadeByShowServesItsHost) {
     EXPECT_EQ(IsDLLHwnd(handle), 1);
     for (const char* list : {"marrowfin::CClassListCtrl", "marrowfin::CDWGListView", "marrowfin::CSearchListCtrl"})
         EXPECT_EQ(IsDLLHwnd(MarrowfinWindowOf(FindChild(panel, list))), 1) << list;
-    EXPECT_EQ(IsDLLHwnd(MarrowfinWindowOf(&host)), 0);
-    EXPECT_EQ(IsDLLHwnd(MarrowfinWindowOf(FindButton(panel, QStringLiteral("反馈")))), 0);
+    EXPECT_EQ(IsDLLHwnd(MarrowfinWindowOf(&host)) + IsDLLHwnd(MarrowfinWindowOf(FindButton(panel, QStringLiteral("反馈")))), 0);
     show();
     ShowGallery(u"", u"");
-    EXPECT_EQ(GetGallery(), handle);
-    EXPECT_EQ(host.Requests(MARROWFIN_REQUEST_CHANNEL).size(), 1u);
+    EXPECT_TRUE(GetGallery() == handle && host.Requests(MARROWFIN_REQUEST_CHANNEL).size() == 1u);
     Spin(700);  // the first class list comes with a timer
 
     // The loop: the panel's children's events count, the host's do not, and a hidden panel
     // reads nothing (what each key does is the panel's own business).
     QWidget* classList = FindChild(panel, "marrowfin::CClassListCtrl");
     ASSERT_NE(classList, nullptr);
-    EXPECT_EQ(PreTranslateKey(classList, Qt::Key_Escape), 1);
-    EXPECT_EQ(PreTranslateKey(panel, Qt::Key_A), 0);
-    EXPECT_EQ(PreTranslateKey(&host, Qt::Key_Escape), 0);
+    EXPECT_EQ((std::vector<int>{PreTranslateKey(classList, Qt::Key_Escape), PreTranslateKey(panel, Qt::Key_A), PreTranslateKey(&host, Qt::Key_Escape)}),
+              (std::vector<int>{1, 0, 0}));
     // A real key through the host's loop: Control+Tab hides the panel, which stays.
     QTest::keyClick(classList, Qt::Key_Tab, Qt::ControlModifier);
-    EXPECT_TRUE(!panel->isVisible() && GetGallery() == handle);
-    EXPECT_EQ(PreTranslateKey(classList, Qt::Key_Escape), 0);
+    EXPECT_TRUE(!panel->isVisible() && GetGallery() == handle && PreTranslateKey(classList, Qt::Key_Escape) == 0);
     MarrowfinMsg junk{reinterpret_cast<void*>(0x10), reinterpret_cast<void*>(0x20)};  // no object of the library's
     EXPECT_EQ(GaDllPretanslateMsg(&junk), 0);
 
@@ -148,17 +144,13 @@ TEST(Exports, ThePanelMadeByShowServesItsHost) {
     const auto hostHandle = static_cast<intptr_t>(MarrowfinWindowOf(&host));
     RecordingHost stranger;
     const auto strangerHandle = static_cast<intptr_t>(MarrowfinWindowOf(&stranger));
-    EXPECT_EQ(MarrowfinSendPanelControl(handle, 3, strangerHandle), 0);
-    EXPECT_EQ(MarrowfinSendPanelControl(handle, 2, 0), 0);
+    EXPECT_EQ(MarrowfinSendPanelControl(handle, 3, strangerHandle) + MarrowfinSendPanelControl(handle, 2, 0), 0);
     EXPECT_TRUE(panel->isVisible());
     // Handles are compared on their low 32 bits, as a host may have cut them.
-    EXPECT_EQ(MarrowfinSendPanelControl(handle, 3, hostHandle | (intptr_t{0xABCD} << 32)), 0);
-    EXPECT_FALSE(panel->isVisible());
+    EXPECT_TRUE(MarrowfinSendPanelControl(handle, 3, hostHandle | (intptr_t{0xABCD} << 32)) == 0 && !panel->isVisible());
     // Attaching another host shows the panel on top; the old host's order then does nothing.
-    EXPECT_EQ(MarrowfinSendPanelControl(handle, 1, strangerHandle), 0);
-    EXPECT_TRUE(panel->isVisible() && (panel->windowFlags() & Qt::WindowStaysOnTopHint));
-    EXPECT_EQ(MarrowfinSendPanelControl(handle, 3, hostHandle), 0);
-    EXPECT_TRUE(panel->isVisible());
+    EXPECT_TRUE(MarrowfinSendPanelControl(handle, 1, strangerHandle) == 0 && panel->isVisible() && (panel->windowFlags() & Qt::WindowStaysOnTopHint));
+    EXPECT_TRUE(MarrowfinSendPanelControl(handle, 3, hostHandle) == 0 && panel->isVisible());
     // Notices now go to the new host.
     host.records.clear();
     QWidget* statistics = FindButton(panel, QStringLiteral("统计"));
@@ -198,9 +190,8 @@ TEST(Exports, ThePanelMadeByShowServesItsHost) {
     ShowGallery(u"", u"");
     HideGallery();
     SearchBrindleRes(u"门", u"YL");
-    EXPECT_TRUE(panel->isVisible());
     auto* edit = qobject_cast<QLineEdit*>(FindChild(panel, "QLineEdit"));
-    ASSERT_NE(edit, nullptr);
+    ASSERT_TRUE(panel->isVisible() && edit);
     Spin(800);
     EXPECT_TRUE(edit->isVisible() && edit->text() == QStringLiteral("门"));
     EXPECT_EQ(MarrowfinSendCopyData(handle, 412, (u"\\" + World().service.galleries[0]).c_str()), 1);
@@ -212,9 +203,7 @@ TEST(Exports, ThePanelMadeByShowServesItsHost) {
     fs::create_directories(StoreRoot() / "search" / "deep");
     std::ofstream(StoreRoot() / "search" / "deep" / "x.dwg") << "x";
     CloseGallery();
-    EXPECT_TRUE(!panel->isVisible() && GetGallery() == handle);
-    EXPECT_TRUE(fs::exists(recent));
-    EXPECT_FALSE(fs::exists(StoreRoot() / "search"));
+    EXPECT_TRUE(!panel->isVisible() && GetGallery() == handle && fs::exists(recent) && !fs::exists(StoreRoot() / "search"));
     for (int i = 0; i < 2; ++i)  // each shown gallery has its common-use list
         EXPECT_TRUE(fs::exists(StoreRoot() / Gallery(i) / "CommonUse.xml")) << Gallery(i);
 }
@@ -228,11 +217,9 @@ TEST(Exports, UpdateShowMakesAHiddenPanelAndRebuildsTheTreeOnAWorker) {
     // The call comes back at once; the tree is asked for beside it.
     EXPECT_TRUE(SpinUntil([&] { return TreeRequests() > before; }, 5000));
     QWidget* panel = FindPanel();
-    ASSERT_NE(panel, nullptr);
-    EXPECT_EQ(panel->parentWidget(), nullptr);  // only `show` hangs it under the main window
+    ASSERT_TRUE(panel && !panel->parentWidget());  // only `show` hangs it under the main window
     Spin(400);
-    EXPECT_FALSE(panel->isVisible());
-    EXPECT_EQ(World().host.Requests(MARROWFIN_REQUEST_CHANNEL).size(), 1u);
+    EXPECT_TRUE(!panel->isVisible() && World().host.Requests(MARROWFIN_REQUEST_CHANNEL).size() == 1u);
 }
 
 // The host may destroy its main window, and with it the panel that `show` made as its
@@ -263,8 +250,7 @@ TEST(Exports, APanelGoneWithTheMainWindowLeavesTheExportsSound) {
     const uint64_t again = GetGallery();
     EXPECT_TRUE(again != 0 && again != handle && IsDLLHwnd(again) == 1);
     QWidget* second = FindPanel();
-    ASSERT_NE(second, nullptr);
-    EXPECT_EQ(second->parentWidget(), nullptr);
+    ASSERT_TRUE(second && !second->parentWidget());
     (void)PreTranslateKey(second, Qt::Key_Escape);
     HideGallery();
     RecordingHost other;
