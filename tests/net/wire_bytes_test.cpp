@@ -5,6 +5,8 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <algorithm>
+
 #include "net_world.h"
 
 using namespace marrowfin;
@@ -51,6 +53,11 @@ struct OneShotServer {
 
 const std::string kOk = "HTTP/1.1 200 OK\r\nContent-Length: 7\r\nConnection: close\r\n\r\nsuccess";
 
+// Whether `request` holds each of `parts`.
+bool Holds(const std::string& request, std::initializer_list<std::string> parts) {
+    return std::all_of(parts.begin(), parts.end(), [&](const std::string& p) { return request.find(p) != std::string::npos; });
+}
+
 }  // namespace
 
 TEST(WireBytes, FormPostDownloadAndUploadAsTheServiceExpects) {
@@ -58,34 +65,27 @@ TEST(WireBytes, FormPostDownloadAndUploadAsTheServiceExpects) {
     {
         OneShotServer server(kOk);
         std::u16string out;
-        ASSERT_TRUE(PostForm(server.base + u"/gallery/favorite?name=门窗", u"a=1&b=图", out));
-        EXPECT_EQ(out, u"success");
+        ASSERT_TRUE(PostForm(server.base + u"/gallery/favorite?name=门窗", u"a=1&b=图", out) && out == u"success");
         const std::string r = server.Request();
-        EXPECT_EQ(r.rfind("POST /gallery/favorite?name=%E9%97%A8%E7%AA%97 HTTP/1.1\r\n", 0), 0u) << r;
-        EXPECT_NE(r.find("\r\nContent-Type: application/x-www-form-urlencoded\r\n"), std::string::npos);
-        EXPECT_EQ(r.substr(r.size() - 9), "a=1&b=\xE5\x9B\xBE");
+        EXPECT_TRUE(r.starts_with("POST /gallery/favorite?name=%E9%97%A8%E7%AA%97 HTTP/1.1\r\n") && r.ends_with("\r\n\r\na=1&b=\xE5\x9B\xBE") &&
+                    Holds(r, {"\r\nContent-Type: application/x-www-form-urlencoded\r\n"})) << r;
     }
     {
         const std::string body(1500, 'z');
         OneShotServer server("HTTP/1.1 200 OK\r\nContent-Length: 1500\r\nConnection: close\r\n\r\n" + body);
         const std::u16string target = W(home.file("x.dwg"));
-        ASSERT_TRUE(DownloadFile(server.base + u"/files/门 窗/a b.dwg", target, 0, 0));
+        ASSERT_TRUE(DownloadFile(server.base + u"/files/门 窗/a b.dwg", target, 0, 0) && test::ReadBytes(U8(target)) == body);
         const std::string r = server.Request();
-        EXPECT_EQ(r.rfind("GET /files/%e9%97%a8%20%e7%aa%97/a%20b.dwg HTTP/1.1\r\n", 0), 0u) << r;
-        EXPECT_NE(r.find("\r\nUser-Agent:BRINDLE;charset=utf-8\r\n"), std::string::npos) << r;
-        EXPECT_EQ(test::ReadBytes(U8(target)), body);
+        EXPECT_TRUE(r.starts_with("GET /files/%e9%97%a8%20%e7%aa%97/a%20b.dwg HTTP/1.1\r\n") && Holds(r, {"\r\nUser-Agent:BRINDLE;charset=utf-8\r\n"})) << r;
     }
     {
         test::WriteBytes(home.file("100_收藏.zip"), "PK-bytes");
         OneShotServer server(kOk);
         std::u16string out;
-        ASSERT_TRUE(UploadFile(server.base + u"/gallery/lfupload", u"", W(home.file("100_收藏.zip")), out, 0));
-        const std::string r = server.Request();
-        EXPECT_NE(r.find("\r\nContent-Type: multipart/form-data; boundary="), std::string::npos) << r;
-        EXPECT_NE(r.find("Content-Disposition: form-data; name=\"parent_dir\"\r\n\r\n\r\n"), std::string::npos) << r;
-        EXPECT_NE(r.find("Content-Disposition: form-data; name=\"file\"; filename=\"100_\xE6\x94\xB6\xE8\x97\x8F.zip\""),
-                  std::string::npos) << r;
-        EXPECT_NE(r.find("PK-bytes"), std::string::npos);
-        EXPECT_EQ(out, u"success");
+        ASSERT_TRUE(UploadFile(server.base + u"/gallery/lfupload", u"", W(home.file("100_收藏.zip")), out, 0) && out == u"success");
+        EXPECT_TRUE(Holds(server.Request(), {"\r\nContent-Type: multipart/form-data; boundary=",
+                                             "Content-Disposition: form-data; name=\"parent_dir\"\r\n\r\n\r\n",
+                                             "Content-Disposition: form-data; name=\"file\"; filename=\"100_\xE6\x94\xB6\xE8\x97\x8F.zip\"", "PK-bytes"}))
+            << server.Request();
     }
 }
