@@ -6,27 +6,22 @@
 
 #include <chrono>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "net/curl_stack.h"
 #include "net/download_queue.h"
 #include "net/gallery_sync.h"
-#include "net/http_stack.h"
 #include "net/http_transport.h"
 #include "platform/files.h"
 #include "platform/profile.h"
 #include "platform/text.h"
 #include "platform/threads.h"
 #include "platform/ticks.h"
-#include "store/catalogue.h"
-#include "store/gallery_node.h"
 #include "store/gallery_store.h"
 #include "store/gallery_tree.h"
 #include "store/show_list.h"
 #include "store/store_ini.h"
 #include "store/store_paths.h"
-#include "store/tree_update.h"
 #include "support/temp_home.h"
 #include "support/test_paths.h"
 
