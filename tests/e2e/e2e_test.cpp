@@ -8,14 +8,12 @@
 
 #include <QAbstractButton>
 #include <QApplication>
-#include <QElapsedTimer>
 #include <QKeyEvent>
 #include <QLineEdit>
 #include <QPointer>
 #include <QtTest/QTest>
 #include <filesystem>
 #include <fstream>
-#include <functional>
 
 #include "support/live_service.h"
 #include "support/recording_host.h"

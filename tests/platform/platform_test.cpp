@@ -9,10 +9,7 @@
 
 #include <atomic>
 #include <filesystem>
-#include <memory>
-#include <stdexcept>
 #include <thread>
-#include <vector>
 
 #include "platform/files.h"
 #include "platform/ini_file.h"
