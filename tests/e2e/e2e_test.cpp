@@ -119,7 +119,9 @@ TEST(Exports, ThePanelMadeByShowServesItsHost) {
     EXPECT_EQ(IsDLLHwnd(handle), 1);
     for (const char* list : {"marrowfin::CClassListCtrl", "marrowfin::CDWGListView", "marrowfin::CSearchListCtrl"})
         EXPECT_EQ(IsDLLHwnd(MarrowfinWindowOf(FindChild(panel, list))), 1) << list;
-    EXPECT_EQ(IsDLLHwnd(MarrowfinWindowOf(&host)) + IsDLLHwnd(MarrowfinWindowOf(FindButton(panel, QStringLiteral("反馈")))), 0);
+    EXPECT_EQ(
+        IsDLLHwnd(MarrowfinWindowOf(&host)) + IsDLLHwnd(MarrowfinWindowOf(FindButton(panel, QStringLiteral("反馈")))),
+        0);
     show();
     ShowGallery(u"", u"");
     EXPECT_TRUE(GetGallery() == handle && host.Requests(MARROWFIN_REQUEST_CHANNEL).size() == 1u);
@@ -129,7 +131,8 @@ TEST(Exports, ThePanelMadeByShowServesItsHost) {
     // reads nothing (what each key does is the panel's own business).
     QWidget* classList = FindChild(panel, "marrowfin::CClassListCtrl");
     ASSERT_NE(classList, nullptr);
-    EXPECT_EQ((std::vector<int>{PreTranslateKey(classList, Qt::Key_Escape), PreTranslateKey(panel, Qt::Key_A), PreTranslateKey(&host, Qt::Key_Escape)}),
+    EXPECT_EQ((std::vector<int>{PreTranslateKey(classList, Qt::Key_Escape), PreTranslateKey(panel, Qt::Key_A),
+                                PreTranslateKey(&host, Qt::Key_Escape)}),
               (std::vector<int>{1, 0, 0}));
     // A real key through the host's loop: Control+Tab hides the panel, which stays.
     QTest::keyClick(classList, Qt::Key_Tab, Qt::ControlModifier);
@@ -145,9 +148,11 @@ TEST(Exports, ThePanelMadeByShowServesItsHost) {
     EXPECT_EQ(MarrowfinSendPanelControl(handle, 3, strangerHandle) + MarrowfinSendPanelControl(handle, 2, 0), 0);
     EXPECT_TRUE(panel->isVisible());
     // Handles are compared on their low 32 bits, as a host may have cut them.
-    EXPECT_TRUE(MarrowfinSendPanelControl(handle, 3, hostHandle | (intptr_t{0xABCD} << 32)) == 0 && !panel->isVisible());
+    EXPECT_TRUE(MarrowfinSendPanelControl(handle, 3, hostHandle | (intptr_t{0xABCD} << 32)) == 0 &&
+                !panel->isVisible());
     // Attaching another host shows the panel on top; the old host's order then does nothing.
-    EXPECT_TRUE(MarrowfinSendPanelControl(handle, 1, strangerHandle) == 0 && panel->isVisible() && (panel->windowFlags() & Qt::WindowStaysOnTopHint));
+    EXPECT_TRUE(MarrowfinSendPanelControl(handle, 1, strangerHandle) == 0 && panel->isVisible() &&
+                (panel->windowFlags() & Qt::WindowStaysOnTopHint));
     EXPECT_TRUE(MarrowfinSendPanelControl(handle, 3, hostHandle) == 0 && panel->isVisible());
     // Notices now go to the new host.
     host.records.clear();
@@ -162,7 +167,9 @@ TEST(Exports, ThePanelMadeByShowServesItsHost) {
     // The collections ask the host to sign in, and for a token only for a real user (users
     // 0 and 1 are nobody). Each round starts signed out.
     const std::pair<uint32_t, std::vector<uintptr_t>> rounds[] = {
-        {0, {MARROWFIN_REQUEST_SIGN_IN}}, {1, {MARROWFIN_REQUEST_SIGN_IN}}, {42, {MARROWFIN_REQUEST_SIGN_IN, MARROWFIN_REQUEST_TOKEN}}};
+        {0, {MARROWFIN_REQUEST_SIGN_IN}},
+        {1, {MARROWFIN_REQUEST_SIGN_IN}},
+        {42, {MARROWFIN_REQUEST_SIGN_IN, MARROWFIN_REQUEST_TOKEN}}};
     for (const auto& [user, requests] : rounds) {
         MarrowfinSendPanelControl(handle, 6, 0);
         Spin(500);
@@ -201,7 +208,8 @@ TEST(Exports, ThePanelMadeByShowServesItsHost) {
     fs::create_directories(StoreRoot() / "search" / "deep");
     std::ofstream(StoreRoot() / "search" / "deep" / "x.dwg") << "x";
     CloseGallery();
-    EXPECT_TRUE(!panel->isVisible() && GetGallery() == handle && fs::exists(recent) && !fs::exists(StoreRoot() / "search"));
+    EXPECT_TRUE(!panel->isVisible() && GetGallery() == handle && fs::exists(recent) &&
+                !fs::exists(StoreRoot() / "search"));
     for (int i = 0; i < 2; ++i)  // each shown gallery has its common-use list
         EXPECT_TRUE(fs::exists(StoreRoot() / Gallery(i) / "CommonUse.xml")) << Gallery(i);
 }
@@ -238,7 +246,8 @@ TEST(Exports, APanelGoneWithTheMainWindowLeavesTheExportsSound) {
     ASSERT_TRUE(first.isNull());
     QWidget stranger;
     EXPECT_EQ(PreTranslateKey(&stranger, Qt::Key_Escape), 0);
-    EXPECT_EQ(std::make_tuple(GetGallery(), IsDLLHwnd(handle), IsBlkBoutique(u"/Orsolen/a/b/c.dwg")), std::make_tuple(0ull, 0, uint8_t{0}));
+    EXPECT_EQ(std::make_tuple(GetGallery(), IsDLLHwnd(handle), IsBlkBoutique(u"/Orsolen/a/b/c.dwg")),
+              std::make_tuple(0ull, 0, uint8_t{0}));
     HideGallery();
     CloseGallery();
     EXPECT_EQ(MarrowfinSendPanelControl(handle, 5, 7) + MarrowfinSendCopyData(handle, 415, u"token"), 0);

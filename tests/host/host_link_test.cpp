@@ -92,7 +92,9 @@ TEST_F(HostLink, OrdersSetModeTokenAndUserAsTheHostWroteThem) {
         {u"99999999999&^&big", INT32_MAX, u"big"}, {u"77&^", INT32_MAX, u"big"},
     };
     for (const auto& [text, user, token] : cases)
-        EXPECT_EQ(std::make_tuple(CopyData(416, text), panel->userId, panel->userToken), std::make_tuple(0, user, std::u16string(token))) << U8(text);
+        EXPECT_EQ(std::make_tuple(CopyData(416, text), panel->userId, panel->userToken),
+                  std::make_tuple(0, user, std::u16string(token)))
+            << U8(text);
     // Signing out forgets the user; on the collections entry (class 1) the search text goes too.
     for (int classIndex : {1, 3}) {
         panel->userId = 77;
@@ -157,7 +159,8 @@ TEST_F(HostLink, FeedbackWaitRemindsEveryThirdTickUntilTheUserChanges) {
     });
     EXPECT_TRUE(disabledDuring && hiddenDuring && panel->isEnabled() && panel->userId == 31);
     EXPECT_EQ(noticesAtTick, (std::vector<int>{0, 0, 1, 1, 1, 2, 2}));
-    EXPECT_TRUE(host->NoticeOrder() == (std::vector<intptr_t>{13, 14, 14}) && host->records.front().wParam == panel->Handle());
+    EXPECT_TRUE(host->NoticeOrder() == (std::vector<intptr_t>{13, 14, 14}) &&
+                host->records.front().wParam == panel->Handle());
 }
 
 TEST_F(HostLink, FeedbackWaitEndsWhenTheHostWindowGoes) {
@@ -210,7 +213,8 @@ TEST_F(HostLink, BoutiqueAnswersFromTheTreeAndCachesIt) {
     AddChild(&root, new GalleryNode(u"Orsolen", u"/d/Orsolen/精品/门/c.dwg", u"c.dwg", kKindFile, false, true, 2048), false);
     store.root = &root;
     // (The host's separators name the same block.)
-    EXPECT_EQ((std::vector<size_t>{IsBlkBoutique(u"/d/Orsolen/精品/门/a.dwg"), IsBlkBoutique(u"\\d\\Orsolen\\精品\\门\\a.dwg"),
+    EXPECT_EQ((std::vector<size_t>{IsBlkBoutique(u"/d/Orsolen/精品/门/a.dwg"),
+                                   IsBlkBoutique(u"\\d\\Orsolen\\精品\\门\\a.dwg"),
                                    IsBlkBoutique(u"/d/Orsolen/精品/门/c.dwg"), panel->m_boutiqueCache.size()}),
               (std::vector<size_t>{1, 1, 0, 2}));
     // Answers come from the cache once given, whatever the tree says now,
@@ -218,8 +222,8 @@ TEST_F(HostLink, BoutiqueAnswersFromTheTreeAndCachesIt) {
     fine->boutique = false;
     EXPECT_EQ(IsBlkBoutique(u"/d/Orsolen/精品/门/a.dwg"), 1);
     for (int i = 0; i < 98; ++i) IsBlkBoutique((u"/nowhere/" + std::u16string(1, char16_t(u'A' + i))).c_str());
-    EXPECT_EQ((std::vector<size_t>{panel->m_boutiqueCache.size(), IsBlkBoutique(u"/nowhere/new.dwg"), panel->m_boutiqueCache.size(),
-                                   IsBlkBoutique(u"/d/Orsolen/精品/门/a.dwg")}),
+    EXPECT_EQ((std::vector<size_t>{panel->m_boutiqueCache.size(), IsBlkBoutique(u"/nowhere/new.dwg"),
+                                   panel->m_boutiqueCache.size(), IsBlkBoutique(u"/d/Orsolen/精品/门/a.dwg")}),
               (std::vector<size_t>{100, 0, 1, 0}));
     store.root = savedRoot;
     DestroySubtree(&root);

@@ -43,7 +43,9 @@ TEST(MarkupParse, WalksTheCallersReadingOrder) {
         std::u16string text = full;
         if (at < text.size()) text[at] = 0;
         doc.SetText(text + std::u16string(1, u'\0') + u"<b/>");
-        EXPECT_TRUE(doc.Text() == std::u16string_view(full).substr(0, at) && doc.Text().data()[doc.Text().size()] == u'\0') << "NUL at " << at;
+        EXPECT_TRUE(doc.Text() == std::u16string_view(full).substr(0, at) &&
+                    doc.Text().data()[doc.Text().size()] == u'\0')
+            << "NUL at " << at;
     }
 }
 
@@ -71,7 +73,8 @@ TEST(MarkupParse, AttributeValuesQuotingAndAReusedBuffer) {
             EXPECT_EQ(doc.GetElementText(), value);
             continue;
         }
-        EXPECT_EQ(std::make_pair(doc.GetAttribute(name, buffer), buffer), std::make_pair(value != nullptr, std::u16string(value ? value : u"")));
+        EXPECT_EQ(std::make_pair(doc.GetAttribute(name, buffer), buffer),
+                  std::make_pair(value != nullptr, std::u16string(value ? value : u"")));
     }
     doc.RewindMain();
     buffer = u"stale";
@@ -200,12 +203,16 @@ TEST(MarkupEdit, AddAndSetKeepTheLayoutAndMatchAReparse) {
         // A run of slashes before '>' goes whole, or the parent would stay empty.
         {u"<r x='1' //>", u"", {{u"x", u"<r x='1' >\r\n<x>t</x>\r\n</r>"}}},
         // Appending behind the last sibling, as Show.xml is extended.
-        {u"<root>\r\n  <g id=\"1\"/>\r\n</root>\r\n", u"", {{u"x", u"<root>\r\n  <g id=\"1\"/>\r\n<x>t</x>\r\n</root>\r\n"}}},
+        {u"<root>\r\n  <g id=\"1\"/>\r\n</root>\r\n",
+         u"",
+         {{u"x", u"<root>\r\n  <g id=\"1\"/>\r\n<x>t</x>\r\n</root>\r\n"}}},
         // An unended parent is closed around the new element.
         {u"<r><u a=\"1\"><v/></r>", u"u>", {{u"n", u"<r><u a=\"1\">\r\n<n>t</n>\r\n</u><v/></r>"}}},
         // Set: replaced in place (any quoting), appended behind the last attribute.
-        {u"<r><a x='1' flag y=2 ><b/></a><c/></r>", u"a",
-         {{u"=y", u"<r><a x='1' flag y=\"v\" ><b/></a><c/></r>"}, {u"=flag", u"<r><a x='1' flag=\"v\" y=2 ><b/></a><c/></r>"},
+        {u"<r><a x='1' flag y=2 ><b/></a><c/></r>",
+         u"a",
+         {{u"=y", u"<r><a x='1' flag y=\"v\" ><b/></a><c/></r>"},
+          {u"=flag", u"<r><a x='1' flag=\"v\" y=2 ><b/></a><c/></r>"},
           {u"=new", u"<r><a x='1' flag y=2 new=\"v\" ><b/></a><c/></r>"}}},
         // Tags whose quoting the attribute scan and the tokeniser read apart: edits stay
         // inside the tag and keep it empty or not as it was.
@@ -282,11 +289,13 @@ TEST(MarkupEdit, BigDocumentsGrowAndRelease) {
     for (uint32_t i = 0; i < count; ++i) ASSERT_TRUE(doc.AddElement(u"i", W(std::to_string(i))));
     EXPECT_TRUE(doc.RecordCount() == count + 2 && CheckIndex(doc).empty() && ReparsedShape(doc) == ShapeOf(doc));
     // The last child is found through the first child's previous-sibling word.
-    EXPECT_TRUE(doc.Record(doc.Record(doc.ParentCursor()).firstChild).prevSibling == count + 1 && doc.GetElementText() == W(std::to_string(count - 1)));
+    EXPECT_TRUE(doc.Record(doc.Record(doc.ParentCursor()).firstChild).prevSibling == count + 1 &&
+                doc.GetElementText() == W(std::to_string(count - 1)));
 
     const std::u16string filler(5u << 20, u'x');
     doc.SetText(u"<r>" + filler + u"<a k=\"v\"/></r>");
-    ASSERT_TRUE(doc.FindElement() && doc.EnterElement() && doc.FindElement(u"a") && doc.GetAttribute(u"k") == u"v" && doc.AddElement(u"b", u"t"));
+    ASSERT_TRUE(doc.FindElement() && doc.EnterElement() && doc.FindElement(u"a") && doc.GetAttribute(u"k") == u"v" &&
+                doc.AddElement(u"b", u"t"));
     EXPECT_EQ(doc.Text().substr(3 + filler.size()), u"<a k=\"v\"/><b>t</b>\r\n</r>");
     const std::string bytes = "<r>" + std::string(6u << 20, 'y') + "<a k=\"\xE4\xB8\xAD\"/></r>";
     ASSERT_TRUE(doc.LoadBytes(bytes)) << ResultOf(doc);
@@ -301,7 +310,8 @@ TEST(MarkupRead, AttributeViewsDecodeOnlyWhereNeeded) {
     ASSERT_TRUE(doc.SetText(u"<a k=\"plain\" e=\"x&amp;y&#20013;\"/>") && doc.FindElement());
     std::u16string scratch = u"old";
     const std::u16string_view plain = doc.AttributeView(u"k", scratch);
-    EXPECT_TRUE(plain == u"plain" && plain.data() >= doc.Text().data() && plain.data() < doc.Text().data() + doc.Text().size());
+    EXPECT_TRUE(plain == u"plain" && plain.data() >= doc.Text().data() &&
+                plain.data() < doc.Text().data() + doc.Text().size());
     EXPECT_TRUE(doc.AttributeView(u"e", scratch) == u"x&y中" && scratch == u"x&y中");
     EXPECT_TRUE(doc.AttributeView(u"missing", scratch).empty());
 }

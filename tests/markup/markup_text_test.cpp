@@ -99,7 +99,8 @@ TEST(MarkupFile, DetectionNulsEmptyFilesAndFailures) {
         MarkupDocument doc;
         doc.LoadFile(W(path));
         EXPECT_EQ(HasRecord(doc, "utf8_detection"), detected) << ResultOf(doc);
-        EXPECT_TRUE(text.empty() ? doc.Text().find(u"图块") == std::u16string::npos : doc.Text() == text) << U8(doc.Text());
+        EXPECT_TRUE(text.empty() ? doc.Text().find(u"图块") == std::u16string::npos : doc.Text() == text)
+            << U8(doc.Text());
     }
     MarkupDocument doc;
     WriteBytes(path, std::string("<r>a\0b\0</r>", 11));
@@ -203,8 +204,10 @@ TEST(EncodingNames, EveryNameFindsItsCodePageInAnyCaseAndItsBucketOnly) {
             EXPECT_EQ(CodePageOfEncodingName(form), e.codePage);
         // One unit more or less is another name, unknown unless the table has it.
         for (const std::u16string& other : {name + u"x", name.substr(0, name.size() - 1)})
-            EXPECT_TRUE(std::count_if(names.begin(), names.end(), [&](const EncodingName& o) { return other == o.name; }) ||
-                        CodePageOfEncodingName(other) == 0u) << U8(other);
+            EXPECT_TRUE(
+                std::count_if(names.begin(), names.end(), [&](const EncodingName& o) { return other == o.name; }) ||
+                CodePageOfEncodingName(other) == 0u)
+                << U8(other);
     }
     // "8-ftu" shares the bucket of "utf-8"; "UTF-32" counts only at the start; 99 units at most.
     const std::pair<std::u16string, uint32_t> others[] = {

@@ -50,8 +50,8 @@ const char kFirstReply[] =
 
 }  // namespace
 
-// The first run: each listed gallery gets its own elements and its catalogue. A second run on its own thread builds beside the
-// owner and rebuilds the galleries in place once adopted.
+// The first run: each listed gallery gets its own elements and its catalogue. A second run on its own thread builds
+// beside the owner and rebuilds the galleries in place once adopted.
 TEST_F(FirstTreeReply, FirstRunThenASecondRunOnItsOwnThread) {
     stack.reply = kFirstReply;
     for (const char16_t* name : {u"石", u"石材", u"石材10", u"空"}) ASSERT_TRUE(AddGalleryToShowList(name));
@@ -77,12 +77,15 @@ TEST_F(FirstTreeReply, FirstRunThenASecondRunOnItsOwnThread) {
     for (size_t i = 0; i < 3; ++i) EXPECT_GT(Child(root, i)->refreshTick, 0u) << i;
     // Versions, ticks and catalogues for the three answered galleries only.
     EXPECT_EQ(store.galleryVersions, (std::map<std::u16string, int32_t>{{u"石", 2}, {u"石材", 9}, {u"石材10", 4}}));
-    EXPECT_EQ(std::make_pair(ReadGalleryVersion(u"石材10"), store.galleryFetchTicks.size()), std::make_pair(4, size_t{3}));
-    EXPECT_TRUE(store.staleClasses.empty() && !FileExists(r + u"/空/空.xdb") && DirectoryExists(r + u"/空") && !DirectoryExists(r + u"/未列"));
+    EXPECT_EQ(std::make_pair(ReadGalleryVersion(u"石材10"), store.galleryFetchTicks.size()),
+              std::make_pair(4, size_t{3}));
+    EXPECT_TRUE(store.staleClasses.empty() && !FileExists(r + u"/空/空.xdb") && DirectoryExists(r + u"/空") &&
+                !DirectoryExists(r + u"/未列"));
 
     // Downloaded blocks in two classes; only the class whose version rose loses them.
     const std::u16string risen = r + u"/石/材10/d.dwg", kept = r + u"/石材10/甲/c.dwg";
-    for (const std::u16string& file : {risen, kept}) ASSERT_TRUE(CreateDirectories(file.substr(0, file.rfind(u'/'))) && WriteFileAtomic(file, "dwg"));
+    for (const std::u16string& file : {risen, kept})
+        ASSERT_TRUE(CreateDirectories(file.substr(0, file.rfind(u'/'))) && WriteFileAtomic(file, "dwg"));
     std::string second = kFirstReply;
     second.replace(second.find("ver=\"2\""), 7, "ver=\"3\"");
     second.replace(second.find("<dwg fn=\"f.dwg\""), 0, "<dwg fn=\"g.dwg\" size=\"7\" hi=\"1\"/>");
@@ -108,7 +111,8 @@ TEST_F(FirstTreeReply, FirstRunThenASecondRunOnItsOwnThread) {
               u"    材10|d.dwg|" + r + u"/石/材10/d.dwg|file|http://h/s/d.dwg|0|5|-|-\n"
               u"    材10|g.dwg|" + r + u"/石/材10/g.dwg|file|http://h/s/g.dwg|0|7|h|-\n"
               u"    材10|f.dwg|" + r + u"/石/材10/f.dwg|file|http://h/s/f.dwg|0|6|-|-\n");
-    EXPECT_TRUE(!FileExists(risen) && !DirectoryExists(r + u"/石/材10") && FileExists(kept) && ReadGalleryVersion(u"石") == 3);
+    EXPECT_TRUE(!FileExists(risen) && !DirectoryExists(r + u"/石/材10") && FileExists(kept) &&
+                ReadGalleryVersion(u"石") == 3);
     EXPECT_NE(test::ReadBytes(U8(r + u"/石/石.xdb")).find("<sub n=\"材10\" ver=\"3\""), std::string::npos);
     EXPECT_EQ(stack.urls.size(), 2u);  // one request per run
 }
@@ -134,7 +138,9 @@ TEST_F(FirstTreeReply, AGalleryNamedTwiceComparesWithItsNewCatalogue) {
     for (const auto& [reply, keepsA, keepsB, classes] : runs) {
         stack.reply = "<root dv=\"0\">" + reply + "</root>";
         test::BuildAndAdopt(store);
-        EXPECT_EQ(std::make_pair(FileExists(g + u"/A/x.dwg"), FileExists(g + u"/B/y.dwg")), std::make_pair(keepsA, keepsB)) << reply;
+        EXPECT_EQ(std::make_pair(FileExists(g + u"/A/x.dwg"), FileExists(g + u"/B/y.dwg")),
+                  std::make_pair(keepsA, keepsB))
+            << reply;
         ASSERT_EQ(store.root->dirChildren.size(), 1u);
         EXPECT_EQ(store.root->dirChildren[0]->dirChildren.size(), classes) << reply;
         for (const char16_t* file : {u"/A/x.dwg", u"/B/y.dwg"})

@@ -107,7 +107,8 @@ TEST(LiveQueue, EveryRoadOfTheQueueInOneLibrary) {
     ASSERT_EQ(ready.size(), notices + 50);
     std::set<std::u16string> paths;
     for (size_t m = notices; m < ready.size(); ++m) paths.insert(ready[m].text);
-    for (size_t i = 13; i < 63; ++i) EXPECT_TRUE(paths.count(blocks[i]->Path()) && FileSize(blocks[i]->Path()) >= kMinBlockFileSize) << i;
+    for (size_t i = 13; i < 63; ++i)
+        EXPECT_TRUE(paths.count(blocks[i]->Path()) && FileSize(blocks[i]->Path()) >= kMinBlockFileSize) << i;
 
     // Downloads keep resolving paths on workers while the tree is rebuilt on this thread;
     // every block announced is whole on disk, whatever tree it was resolved in.

@@ -25,7 +25,8 @@ TEST(LiveSync, BrokenRepliesFallBackAndSoundOnesFollowTheHourRule) {
     const size_t blocks = CountBlocks(gallery), classBlocks = gallery->dirChildren[0]->fileChildren.size();
     const std::u16string clsPath = gallery->dirChildren[0]->Path();
     ASSERT_GT(blocks, 0u);
-    EXPECT_EQ(std::make_pair(w.Count("/gallery/g_all_s"), ReadGalleryVersion(first)), std::make_pair(1L, reference.galleryVersions[first]));
+    EXPECT_EQ(std::make_pair(w.Count("/gallery/g_all_s"), ReadGalleryVersion(first)),
+              std::make_pair(1L, reference.galleryVersions[first]));
 
     // A failed transfer (every transport fault is one, as the transport's test shows), an
     // empty reply and one that is no markup.
@@ -37,7 +38,8 @@ TEST(LiveSync, BrokenRepliesFallBackAndSoundOnesFollowTheHourRule) {
         TestStore store;
         BuildAndAdopt(store);
         ASSERT_EQ(store.root->dirChildren.size(), 1u);
-        EXPECT_EQ(std::make_pair(store.syncBusy.load(), CountBlocks(store.root->dirChildren[0])), std::make_pair(0, blocks));
+        EXPECT_EQ(std::make_pair(store.syncBusy.load(), CountBlocks(store.root->dirChildren[0])),
+                  std::make_pair(0, blocks));
         EXPECT_FALSE(FetchGalleryFull(store, first, false));
         EXPECT_EQ(CountBlocks(store.root->dirChildren[0]), blocks);
         FetchClassItems(store, clsPath);
@@ -56,7 +58,8 @@ TEST(LiveSync, BrokenRepliesFallBackAndSoundOnesFollowTheHourRule) {
     gallery->dirChildren[0]->version -= 1;
     gallery->refreshTick -= kGalleryFreshMs + 1;
     RefreshClassSummary(reference, first);
-    EXPECT_EQ(std::make_pair(w.Count("/gallery/g_cs_s"), reference.staleClasses.size()), std::make_pair(summaries + 1, size_t{1}));
+    EXPECT_EQ(std::make_pair(w.Count("/gallery/g_cs_s"), reference.staleClasses.size()),
+              std::make_pair(summaries + 1, size_t{1}));
     GalleryNode* cls = FindNodeByPath(reference.root, clsPath);
     ASSERT_NE(cls, nullptr);
     EXPECT_EQ(cls->fileChildren.size(), classBlocks);
@@ -81,7 +84,8 @@ TEST(LiveSync, BrokenRepliesFallBackAndSoundOnesFollowTheHourRule) {
         ClearChildren(added);
         reference.galleryFetchTicks[second] = GetTickCount() - static_cast<uint32_t>(past);
         OpenAddedGallery(reference, second);
-        EXPECT_EQ(std::make_pair(w.Count("/gallery/g_all"), added->dirChildren.size()), std::make_pair(before + (past > kGalleryFreshMs), classes));
+        EXPECT_EQ(std::make_pair(w.Count("/gallery/g_all"), added->dirChildren.size()),
+                  std::make_pair(before + (past > kGalleryFreshMs), classes));
     }
 }
 

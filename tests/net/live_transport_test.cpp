@@ -7,10 +7,12 @@ using namespace marrowfin;
 TEST(LiveTransport, EveryCallReachesTheServiceAndEveryFaultIsAFailure) {
     test::LiveWorld w({}, 0);
     test::ShortTimeouts timeouts;
-    const std::u16string gallery = w.live.galleries.at(0), formUrl = ServiceBaseUrl() + u"/gallery/g_all?gallery_name=" + gallery;
+    const std::u16string gallery = w.live.galleries.at(0),
+                         formUrl = ServiceBaseUrl() + u"/gallery/g_all?gallery_name=" + gallery;
     std::u16string out;
     ASSERT_TRUE(PostForm(formUrl, u"", out));
-    EXPECT_TRUE(out.find(u"<root") != std::u16string::npos && out.find(gallery) != std::u16string::npos);  // Chinese names survive
+    EXPECT_TRUE(out.find(u"<root") != std::u16string::npos &&
+                out.find(gallery) != std::u16string::npos);  // Chinese names survive
     EXPECT_EQ(GetOptionInt(u"FNetUseInet", -2), 2);
     const std::pair<service::Fault, bool> cases[] = {
         {{.status = 404}, false}, {{.status = 500}, false}, {{.truncateAt = 10}, false}, {{.drop = true}, false},
@@ -23,7 +25,8 @@ TEST(LiveTransport, EveryCallReachesTheServiceAndEveryFaultIsAFailure) {
         out = u"stale";
         EXPECT_EQ(PostForm(formUrl, u"", out), ok);
         // libcurl hands out nothing on failure.
-        EXPECT_EQ(std::make_pair(out.find(u"<root") != std::u16string::npos, out.empty()), std::make_pair(ok && !fault.emptyBody, !ok || fault.emptyBody));
+        EXPECT_EQ(std::make_pair(out.find(u"<root") != std::u16string::npos, out.empty()),
+                  std::make_pair(ok && !fault.emptyBody, !ok || fault.emptyBody));
         w.faults().releaseHeld();
     }
 
@@ -59,7 +62,8 @@ TEST(LiveTransport, EveryCallReachesTheServiceAndEveryFaultIsAFailure) {
         download.join();
         EXPECT_TRUE(!ok || looks > 20) << "the answer was not slow enough to look at";
         EXPECT_EQ(seen, 0) << "the target stood there before the body was in";
-        EXPECT_EQ(std::make_pair(landed.load(), FileSize(fresh)), std::make_pair(ok, ok ? std::int64_t(bytes.size()) : -1));
+        EXPECT_EQ(std::make_pair(landed.load(), FileSize(fresh)),
+                  std::make_pair(ok, ok ? std::int64_t(bytes.size()) : -1));
         if (!ok) {
             w.faults().releaseHeld();
             EXPECT_FALSE(DownloadFile(url, target, 0, 0));
@@ -83,7 +87,8 @@ TEST(LiveTransport, EveryCallReachesTheServiceAndEveryFaultIsAFailure) {
     ASSERT_FALSE(progress.empty());
     for (size_t i = 0; i < progress.size(); ++i)
         EXPECT_TRUE(progress[i].wParam == 2u && (i == 0 || progress[i].lParam > progress[i - 1].lParam)) << i;
-    EXPECT_EQ(std::make_pair(progress.back().lParam, w.Count("/gallery/lfupload")), std::make_pair(std::intptr_t{100}, 1L));
+    EXPECT_EQ(std::make_pair(progress.back().lParam, w.Count("/gallery/lfupload")),
+              std::make_pair(std::intptr_t{100}, 1L));
     w.faults().set("/gallery/lfupload", {.status = 500});
     EXPECT_FALSE(UploadFile(upload, u"", W(w.home.file("big.zip")), out, 0));
 }

@@ -45,7 +45,7 @@ TEST(ZipFolder, NamesEntriesWithDoubleSlashesKeepsContentAndFailsOnlyForABadTarg
     EXPECT_EQ(ReadZip(home.file("out.zip")),
               (std::map<std::string, std::string>{{"a//b", "bee"}, {"a//c/", ""}, {"a//c//d", big}, {"a//c//门.dwg", ""}, {"a//空/", ""}}));
     // A missing folder gives an empty archive.
-    EXPECT_TRUE(ZipFolder(W(home.file("missing")), W(home.file("empty.zip"))) && std::filesystem::exists(home.file("empty.zip")) &&
-                ReadZip(home.file("empty.zip")).empty());
+    EXPECT_TRUE(ZipFolder(W(home.file("missing")), W(home.file("empty.zip"))) &&
+                std::filesystem::exists(home.file("empty.zip")) && ReadZip(home.file("empty.zip")).empty());
     EXPECT_FALSE(ZipFolder(W(home.dir()), W(home.file("no/such/dir/x.zip"))));
 }

@@ -35,10 +35,16 @@ TEST(Utf8Codec, ValidityRoundTripsAndLoss) {
     bool lossy = true;
     EXPECT_TRUE(Utf8ToUtf16(Utf16ToUtf8(text, &lossy), &lossy) == text && !lossy);
     // Ill-formed input becomes one replacement per bad byte (overlong NUL, encoded surrogate) and is reported.
-    EXPECT_EQ(Utf8ToUtf16("a\xFF" "b|\xE5\x9B|\xC0\x80|\xED\xA0\x80", &lossy), u"a\uFFFDb|\uFFFD\uFFFD|\uFFFD\uFFFD|\uFFFD\uFFFD\uFFFD");
+    EXPECT_EQ(Utf8ToUtf16("a\xFF"
+                          "b|\xE5\x9B|\xC0\x80|\xED\xA0\x80",
+                          &lossy),
+              u"a\uFFFDb|\uFFFD\uFFFD|\uFFFD\uFFFD|\uFFFD\uFFFD\uFFFD");
     EXPECT_TRUE(lossy);
     lossy = false;
-    EXPECT_TRUE(Utf16ToUtf8(std::u16string{u'a', char16_t(0xD800), u'b'}, &lossy) == "a\xEF\xBF\xBD" "b" && lossy);  // a lone surrogate
+    EXPECT_TRUE(Utf16ToUtf8(std::u16string{u'a', char16_t(0xD800), u'b'}, &lossy) ==
+                    "a\xEF\xBF\xBD"
+                    "b" &&
+                lossy);  // a lone surrogate
 }
 
 TEST(CodePages, LegacyPagesRoundTripThroughIconvAndFailuresAreReported) {
@@ -61,13 +67,14 @@ TEST(CodePages, LegacyPagesRoundTripThroughIconvAndFailuresAreReported) {
     std::u16string out = u"stale";
     EXPECT_FALSE(CodePageToUtf16("abc", 12345, out) || IsCodePageSupported(12345) || !out.empty());
     lossy = false;
-    EXPECT_TRUE(CodePageToUtf16("ok\x81", 936, out, &lossy) && lossy && out.substr(0, 2) == u"ok");  // a cut double-byte character
+    EXPECT_TRUE(CodePageToUtf16("ok\x81", 936, out, &lossy) && lossy &&
+                out.substr(0, 2) == u"ok");  // a cut double-byte character
 }
 
 TEST(CaseFoldingAndIntegers, LatinFoldsCjkStaysAndEachReaderOverflows) {
     EXPECT_EQ(ToLowerFold(u"DOOR Ærø ŁÓDŹ ΑΒΓ МОСКВА ＡＢ 门窗×"), u"door ærø łódź αβγ москва ａｂ 门窗×");
-    EXPECT_TRUE(ContainsFolded(u"Double-DOOR 门", u"door") && ContainsFolded(u"anything", u"") && ContainsFolded(u"沙发Sofa", u"发s") &&
-                !ContainsFolded(u"do", u"door"));
+    EXPECT_TRUE(ContainsFolded(u"Double-DOOR 门", u"door") && ContainsFolded(u"anything", u"") &&
+                ContainsFolded(u"沙发Sofa", u"发s") && !ContainsFolded(u"do", u"door"));
     const std::tuple<const char16_t*, bool, int64_t> cases[] = {
         {u"", false, 0}, {u" \t-12x", true, 12}, {u"+7", false, 7}, {u"- 3", true, 0}, {u"x5", false, 0},
         {u"1000", false, 999}, {u"99", false, 99}};
@@ -76,7 +83,8 @@ TEST(CaseFoldingAndIntegers, LatinFoldsCjkStaysAndEachReaderOverflows) {
         EXPECT_EQ(std::make_pair(n.negative, n.magnitude), std::make_pair(negative, magnitude)) << U8(text);
     }
     // The profile's reader wraps as a 32-bit number would.
-    EXPECT_EQ(std::make_tuple(ParseProfileInt(u"4294967295") + ParseProfileInt(u"99999999999"), ParseProfileInt(u"2147483648"), ParseProfileInt(u" -42 ")),
+    EXPECT_EQ(std::make_tuple(ParseProfileInt(u"4294967295") + ParseProfileInt(u"99999999999"),
+                              ParseProfileInt(u"2147483648"), ParseProfileInt(u" -42 ")),
               std::make_tuple(-2, INT32_MIN, -42));
 }
 
@@ -90,11 +98,13 @@ TEST(IniFile, NamesWithoutCaseBufferCutAndWritesThatKeepTheRest) {
     EXPECT_EQ(IniGetString(ini, u"version", u"门窗", u"0", 25), u"12");
     EXPECT_EQ(IniGetString(ini, u"VERSION", u"long", u"0", 25), u"abcdefghijklmnopqrstuvwx");  // 24 characters
     EXPECT_EQ(IniGetString(ini, u"brindlemoved", u"flag", u"0", 8), u"1");
-    EXPECT_EQ(IniGetString(ini, u"missing", u"flag", u"0", 8) + IniGetString(ini, u"version", u"x", u"default", 4), u"0def");
+    EXPECT_EQ(IniGetString(ini, u"missing", u"flag", u"0", 8) + IniGetString(ini, u"version", u"x", u"default", 4),
+              u"0def");
     EXPECT_EQ(IniGetInt(ini, u"version", u"门窗", -1) + IniGetInt(ini, u"version", u"long", -1), 12);  // no digits: 0
     test::WriteBytes(home.file("sub/version.ini"), "[A]\nx=1\n\n[B]\ny=2\n");
     // Replaced in place (odd case), added at the end of its section, a new section at the end.
-    ASSERT_TRUE(IniWriteString(ini, u"a", u"X", u"10") && IniWriteString(ini, u"a", u"z", u"3") && IniWriteString(ini, u"C", u"w", u"4"));
+    ASSERT_TRUE(IniWriteString(ini, u"a", u"X", u"10") && IniWriteString(ini, u"a", u"z", u"3") &&
+                IniWriteString(ini, u"C", u"w", u"4"));
     EXPECT_EQ(test::ReadBytes(home.file("sub/version.ini")), "[A]\nX=10\nz=3\n\n[B]\ny=2\n[C]\nw=4\n");
     EXPECT_FALSE(IniWriteString(u"", u"A", u"x", u"1"));
 
@@ -126,12 +136,14 @@ TEST(IniFile, WritersOfOneFileNeverLoseEachOthersKeysAndAReadErrorLeavesTheFile)
         });
     }
     for (std::thread& w : writers) w.join();
-    EXPECT_EQ(std::make_pair(failedWrites.load(), staleReads.load()), std::make_pair(0, 0)) << "a key went back to an older value";
+    EXPECT_EQ(std::make_pair(failedWrites.load(), staleReads.load()), std::make_pair(0, 0))
+        << "a key went back to an older value";
     for (int t = 0; t < kThreads; ++t)
         EXPECT_EQ(IniGetString(ini, u"options", u"key" + Utf8ToUtf16(std::to_string(t)), u""), u"999");
 
     // A file that is there but cannot be read, or a folder, is not replaced by one key.
-    const std::string before = "[options]\nkeep=1\n", locked = home.file("locked.ini"), folder = home.file("folder.ini");
+    const std::string before = "[options]\nkeep=1\n", locked = home.file("locked.ini"),
+                      folder = home.file("folder.ini");
     test::WriteBytes(locked, before);
     ASSERT_TRUE(CreateDirectories(W(folder)));
     test::WriteBytes(folder + "/inside", before);
@@ -204,7 +216,8 @@ TEST(DocumentRoot, HonoursDocDirAndFallsBack) {
         EXPECT_EQ(GetOptionString(u"docDir", u"?"), documents ? W(home.file("gone")) : u"");
     }
     TempHome home;
-    test::WriteBytes(home.configDir() + "/user-dirs.dirs", "# c\nXDG_DESKTOP_DIR=\"$HOME/D\"\nXDG_DOCUMENTS_DIR=\"$HOME/文档\"\n");
+    test::WriteBytes(home.configDir() + "/user-dirs.dirs",
+                     "# c\nXDG_DESKTOP_DIR=\"$HOME/D\"\nXDG_DOCUMENTS_DIR=\"$HOME/文档\"\n");
     EXPECT_EQ(DocumentsFolder(), W(home.dir() + "/文档"));
 }
 
@@ -213,7 +226,8 @@ TEST(Threads, AFailedStartAnswersFalseRunsNothingAndTheNextStartWorks) {
     std::atomic<int> runs{0};
     FailThreadStartsForTests(2);
     std::thread t;
-    EXPECT_FALSE(StartThread(t, [&runs, token] { ++runs; }) || StartDetachedThread([&runs, token] { ++runs; }) || t.joinable());
+    EXPECT_FALSE(StartThread(t, [&runs, token] { ++runs; }) || StartDetachedThread([&runs, token] { ++runs; }) ||
+                 t.joinable());
     EXPECT_EQ(token.use_count(), 1) << "the work of a failed start is destroyed";
     ASSERT_TRUE(StartThread(t, [&runs, token] { ++runs; }));
     t.join();
@@ -230,7 +244,8 @@ TEST(Ticks, DifferencesSurviveTheWrap) {
     const uint32_t before = GetTickCount();
     ShiftTicksForTest(250);
     const uint32_t after = GetTickCount();
-    EXPECT_TRUE(after < 1000u && TicksSince(before) >= 250u && after - before < 5000u) << before << " " << after;  // wrapped, yet the difference is right
+    EXPECT_TRUE(after < 1000u && TicksSince(before) >= 250u && after - before < 5000u)
+        << before << " " << after;  // wrapped, yet the difference is right
     ShiftTicksForTest(-static_cast<int64_t>(0xFFFFFFFFu - 100u) + now - 250);
 }
 

@@ -49,18 +49,23 @@ struct RawReply {
 RawReply RawExchange(int port, const std::string& request, int timeoutMs = 5000) {
     RawReply reply;
     const int fd = socket(AF_INET, SOCK_STREAM, 0);
-    sockaddr_in addr{.sin_family = AF_INET, .sin_port = htons(static_cast<uint16_t>(port)), .sin_addr = {htonl(INADDR_LOOPBACK)}, .sin_zero = {}};
+    sockaddr_in addr{.sin_family = AF_INET,
+                     .sin_port = htons(static_cast<uint16_t>(port)),
+                     .sin_addr = {htonl(INADDR_LOOPBACK)},
+                     .sin_zero = {}};
     const timeval wait{timeoutMs / 1000, timeoutMs % 1000 * 1000};
     setsockopt(fd, SOL_SOCKET, SO_RCVTIMEO, &wait, sizeof wait);
     reply.connected = connect(fd, reinterpret_cast<sockaddr*>(&addr), sizeof addr) == 0;
     if (reply.connected) (void)send(fd, request.data(), request.size(), MSG_NOSIGNAL);
     char buffer[8192];
-    for (ssize_t n; reply.connected && (n = recv(fd, buffer, sizeof buffer, 0)) > 0;) reply.bytes.append(buffer, static_cast<size_t>(n));
+    for (ssize_t n; reply.connected && (n = recv(fd, buffer, sizeof buffer, 0)) > 0;)
+        reply.bytes.append(buffer, static_cast<size_t>(n));
     close(fd);
     const size_t end = reply.bytes.find("\r\n\r\n"), cl = reply.bytes.substr(0, end).find("Content-Length: ");
     if (reply.bytes.rfind("HTTP/1.1 ", 0) == 0) reply.status = std::atoi(reply.bytes.c_str() + 9);
     if (end != std::string::npos) reply.body = reply.bytes.substr(end + 4);
-    if (end != std::string::npos && cl != std::string::npos) reply.contentLength = std::atol(reply.bytes.c_str() + cl + 16);
+    if (end != std::string::npos && cl != std::string::npos)
+        reply.contentLength = std::atol(reply.bytes.c_str() + cl + 16);
     return reply;
 }
 
@@ -164,7 +169,8 @@ TEST_F(ServiceTest, MalformedRequestsLeaveTheServerStanding) {
         EXPECT_TRUE(r.connected && r.body.find("root:x:") == std::string::npos) << "no file outside the data folder";
     }
     EXPECT_EQ("error", Raw("/gallery/lfupload").body) << "an upload without a file is refused";
-    EXPECT_EQ(std::make_pair(Raw("/files/%2e%2e/library.tsv").status, Raw("/gallery/gethotwords").status), std::make_pair(404, 200));
+    EXPECT_EQ(std::make_pair(Raw("/files/%2e%2e/library.tsv").status, Raw("/gallery/gethotwords").status),
+              std::make_pair(404, 200));
 }
 
 TEST_F(ServiceTest, DamagedArchivesAreReadWithoutCrashAndRefusedOnesStartNothing) {
@@ -215,7 +221,8 @@ TEST_F(ServiceTest, DamagedArchivesAreReadWithoutCrashAndRefusedOnesStartNothing
 TEST(SampleLibrary, SameSeedSameBytesOtherSeedOtherLibrary) {
     TempHome home;
     service::SampleOptions options{3, 2, 3, 42};
-    ASSERT_TRUE(service::GenerateSample(home.file("a"), options).ok && service::GenerateSample(home.file("b"), options).ok);
+    ASSERT_TRUE(service::GenerateSample(home.file("a"), options).ok &&
+                service::GenerateSample(home.file("b"), options).ok);
     options.seed = 43;
     ASSERT_TRUE(service::GenerateSample(home.file("c"), options).ok);
     auto snapshot = [](const std::string& dir) {

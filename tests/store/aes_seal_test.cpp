@@ -62,9 +62,9 @@ TEST(Seal, MatchesAnIndependentCipherAndRefusesWhatCannotBeWhole) {
     const std::string seal = MakeSeal(u"建筑图库", true);
     std::string changed = seal;
     changed[0] = changed[0] == '0' ? '1' : '0';
-    for (const std::string& broken : {std::string(), seal.substr(0, 31), seal.substr(0, 30), seal.substr(0, 17) + "G" + seal.substr(18),
-                                      seal.substr(0, 17) + " " + seal.substr(18),
-                                      MakeSeal(u"Mechanical part", false).substr(0, 48)})
+    for (const std::string& broken :
+         {std::string(), seal.substr(0, 31), seal.substr(0, 30), seal.substr(0, 17) + "G" + seal.substr(18),
+          seal.substr(0, 17) + " " + seal.substr(18), MakeSeal(u"Mechanical part", false).substr(0, 48)})
         EXPECT_EQ(DecryptFromHex(SealAes(), broken), "") << broken;
     EXPECT_NE(DecryptFromHex(SealAes(), changed), U8(u"建筑图库1"));
     EXPECT_EQ(DecryptFromHex(SealAes(), EncryptToHex(SealAes(), "")), "");  // one block of padding alone

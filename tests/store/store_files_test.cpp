@@ -31,14 +31,16 @@ protected:
 // The file Stone.xdb: one complete class and one stale one, written empty and read back empty.
 TEST_F(Catalogue, WritesTheExactBytesAndReadsThemBack) {
     GalleryNode* g = AddGallery(u"Stone");
-    GalleryNode *granite = AddClass(g, u"Granite", 3, u"http://h/g"), *marble = AddClass(g, u"Marble", 7, u"http://h/m");
+    GalleryNode *granite = AddClass(g, u"Granite", 3, u"http://h/g"),
+                *marble = AddClass(g, u"Marble", 7, u"http://h/m");
     AddBlock(granite, u"a.dwg", 2048, false);
     AddBlock(granite, u"b&c.dwg", 10, true);
     AddBlock(marble, u"old.dwg", 5, false);
     store.staleClasses[marble->Path()] = 8;
     AddGallery(u"Other");
     WriteCatalogue(store, u"Stone");
-    EXPECT_TRUE(ReadBytes(U8(FileOf(u"Stone"))) == DataFile("Stone.xdb") && !FileExists(FileOf(u"Other")));  // only the named gallery
+    EXPECT_TRUE(ReadBytes(U8(FileOf(u"Stone"))) == DataFile("Stone.xdb") &&
+                !FileExists(FileOf(u"Other")));  // only the named gallery
 
     // An empty name writes every gallery, making missing folders and replacing old files.
     RemoveDirectoryTree(rootPath + u"/Stone");
@@ -52,7 +54,8 @@ TEST_F(Catalogue, WritesTheExactBytesAndReadsThemBack) {
     ASSERT_TRUE(ReadCatalogue(store, u"Stone"));
     ASSERT_EQ(fresh->dirChildren.size(), 2u);
     EXPECT_EQ(fresh->dirChildren[0]->parent, fresh);
-    EXPECT_EQ(DumpChildren(fresh), granitePart + u"Stone|Marble|" + rootPath + u"/Stone/Marble|dir|http://h/m|7|0|-|-\n");
+    EXPECT_EQ(DumpChildren(fresh),
+              granitePart + u"Stone|Marble|" + rootPath + u"/Stone/Marble|dir|http://h/m|7|0|-|-\n");
 
     GalleryStore bare;  // without a root nothing is read or written
     WriteCatalogue(bare, u"");
@@ -83,7 +86,8 @@ TEST_F(Catalogue, BytesAreTheUtf8OfTheWholeTextAndRoundTrip) {
     // The layout is Stone.xdb's; here the bytes must be whole UTF-8, lone units as U+FFFD.
     WriteCatalogue(store, g->name);
     const std::string bytes = ReadBytes(U8(FileOf(g->name)));
-    EXPECT_TRUE(IsValidUtf8(bytes) && bytes.find("\xEF\xBF\xBD") != std::string::npos && bytes.find(U8(u"块1999" + pair)) != std::string::npos);
+    EXPECT_TRUE(IsValidUtf8(bytes) && bytes.find("\xEF\xBF\xBD") != std::string::npos &&
+                bytes.find(U8(u"块1999" + pair)) != std::string::npos);
 
     // Read back into a fresh gallery, into none (made, boutique from the seal), and into a
     // plain one (keeps its own flag, its blocks take the seal's): the same classes each time.
@@ -109,7 +113,8 @@ TEST_F(Catalogue, BytesAreTheUtf8OfTheWholeTextAndRoundTrip) {
 
 TEST_F(Catalogue, BrokenFilesLeaveTheTreeAsItWasAndIncompleteElementsAreSkipped) {
     const std::string seal = MakeSeal(u"G", false);
-    const std::string body = "<sub n=\"K\" ver=\"3\" u_b=\"http://k\" ><itm fn=\"a.dwg\" sz=\"1\" hi=\"0\" /></sub></root>\r";
+    const std::string body =
+        "<sub n=\"K\" ver=\"3\" u_b=\"http://k\" ><itm fn=\"a.dwg\" sz=\"1\" hi=\"0\" /></sub></root>\r";
     const std::string good = kHead + seal + "\">\r" + body;
     auto withSeal = [&](const std::string& s) { return kHead + s + "\">\r" + body; };
     std::string oneDigit = seal;
@@ -125,7 +130,8 @@ TEST_F(Catalogue, BrokenFilesLeaveTheTreeAsItWasAndIncompleteElementsAreSkipped)
     for (const auto& [what, bytes] : broken) {
         GalleryNode* g = Reset(u"G");
         WriteBytes(U8(FileOf(u"G")), bytes);
-        EXPECT_TRUE(!ReadCatalogue(store, u"G") && g->dirChildren.empty() && store.root->dirChildren.size() == 1u) << what;
+        EXPECT_TRUE(!ReadCatalogue(store, u"G") && g->dirChildren.empty() && store.root->dirChildren.size() == 1u)
+            << what;
     }
     RemoveFile(FileOf(u"G"));
     EXPECT_FALSE(ReadCatalogue(store, u"G"));
@@ -133,14 +139,18 @@ TEST_F(Catalogue, BrokenFilesLeaveTheTreeAsItWasAndIncompleteElementsAreSkipped)
     // The seal alone is checked (in either case); elements that lack a part are skipped.
     std::string lower = seal;
     for (char& ch : lower) ch = static_cast<char>(std::tolower(static_cast<unsigned char>(ch)));
-    WriteBytes(U8(FileOf(u"G")),
-               kHead + lower + "\">\r<sub n=\"\" ver=\"1\" u_b=\"x\" ><itm fn=\"lost.dwg\" sz=\"1\" hi=\"0\" /></sub>"
-               "<sub n=\"K\" ver=\"9\" u_b=\"http://k\" ><itm fn=\"nohi.dwg\" sz=\"1\" /><itm fn=\"\" sz=\"1\" hi=\"0\" />"
-               "<itm fn=\"nosz.dwg\" sz=\"\" hi=\"0\" /><itm fn=\"ok.dwg\" sz=\"12abc\" hi=\"yes\" /></sub></root>\r");
+    WriteBytes(
+        U8(FileOf(u"G")),
+        kHead + lower +
+            "\">\r<sub n=\"\" ver=\"1\" u_b=\"x\" ><itm fn=\"lost.dwg\" sz=\"1\" hi=\"0\" /></sub>"
+            "<sub n=\"K\" ver=\"9\" u_b=\"http://k\" ><itm fn=\"nohi.dwg\" sz=\"1\" /><itm fn=\"\" sz=\"1\" hi=\"0\" />"
+            "<itm fn=\"nosz.dwg\" sz=\"\" hi=\"0\" /><itm fn=\"ok.dwg\" sz=\"12abc\" hi=\"yes\" /></sub></root>\r");
     GalleryNode* g = Reset(u"G");
     ASSERT_TRUE(ReadCatalogue(store, u"G"));
-    EXPECT_EQ(DumpTree(g), u"Orsolen|G|" + rootPath + u"/G|dir||0|0|-|-\n  G|K|" + rootPath + u"/G/K|dir|http://k|9|0|-|-\n"
-                           u"    K|ok.dwg|" + rootPath + u"/G/K/ok.dwg|file|http://k/ok.dwg|0|12|-|-\n");
+    EXPECT_EQ(DumpTree(g), u"Orsolen|G|" + rootPath + u"/G|dir||0|0|-|-\n  G|K|" + rootPath +
+                               u"/G/K|dir|http://k|9|0|-|-\n"
+                               u"    K|ok.dwg|" +
+                               rootPath + u"/G/K/ok.dwg|file|http://k/ok.dwg|0|12|-|-\n");
 }
 
 // The store folder's other files: versions, the tip, Show.xml and the move from the previous generation.
@@ -181,12 +191,19 @@ TEST_F(Layout, MoveFromThePreviousGeneration) {
          ShowXml({"New"}), u""},
         {"none here, flag unset: copied, flag set", [&] { RemoveFile(ShowListPath()); }, ShowXml({"Old"}), u"1"},
         {"flag set: nothing copied", [&] { RemoveFile(ShowListPath()); }, "", u"1"},
-        {"no old list: the flag is set all the same", [&] { RemoveFile(flag); RemoveFile(old + u"/Show.xml"); }, "", u"1"},
-        {"no store folder: the copy makes it", [&] {
+        {"no old list: the flag is set all the same",
+         [&] {
+             RemoveFile(flag);
+             RemoveFile(old + u"/Show.xml");
+         },
+         "", u"1"},
+        {"no store folder: the copy makes it",
+         [&] {
              RemoveDirectoryTree(StoreRoot());
              RemoveFile(flag);
              WriteBytes(U8(old + u"/Show.xml"), ShowXml({"Old"}));
-         }, ShowXml({"Old"}), u"1"},
+         },
+         ShowXml({"Old"}), u"1"},
     };
     for (const Step& step : steps) {
         step.prepare();
@@ -202,12 +219,15 @@ TEST_F(Layout, ShowListReadsAtMost101NamedItemsAndAddsEachNameOnce) {
     std::vector<std::string> names{""};       // empty items don't count
     for (int i = 0; i < 150; ++i) names.push_back("g" + std::to_string(i));
     WriteBytes(U8(ShowListPath()), ShowXml(names));
-    EXPECT_TRUE(ReadShowList(false).size() == 101u && !DirectoryExists(StoreRoot() + u"/g0"));  // without createFolders nothing is made
+    EXPECT_TRUE(ReadShowList(false).size() == 101u &&
+                !DirectoryExists(StoreRoot() + u"/g0"));  // without createFolders nothing is made
     const auto items = ReadShowList(true);
     ASSERT_EQ(items.size(), 101u);
-    EXPECT_TRUE(items.back().name == u"g100" && DirectoryExists(StoreRoot() + u"/g100") && !DirectoryExists(StoreRoot() + u"/g101"));
+    EXPECT_TRUE(items.back().name == u"g100" && DirectoryExists(StoreRoot() + u"/g100") &&
+                !DirectoryExists(StoreRoot() + u"/g101"));
     // More than 101 listed: a new name is still added.
-    EXPECT_TRUE(AddGalleryToShowList(u"extra") && ReadBytes(U8(ShowListPath())).find("<item>extra</item>") != std::string::npos);
+    EXPECT_TRUE(AddGalleryToShowList(u"extra") &&
+                ReadBytes(U8(ShowListPath())).find("<item>extra</item>") != std::string::npos);
 
     RemoveDirectoryTree(StoreRoot());
     ASSERT_TRUE(AddGalleryToShowList(u"石材"));  // makes the folder and the list

@@ -13,7 +13,9 @@
 namespace marrowfin::test {
 
 inline std::string ResultOf(const MarkupDocument& doc) { return U8(doc.GetResult()); }
-inline bool HasRecord(const MarkupDocument& doc, const char* record) { return ResultOf(doc).find(record) != std::string::npos; }
+inline bool HasRecord(const MarkupDocument& doc, const char* record) {
+    return ResultOf(doc).find(record) != std::string::npos;
+}
 
 // Empty when links agree both ways, every element lies inside its parent and on a '<',
 // siblings are in text order without overlap, and depths and first marks fit.
@@ -30,7 +32,8 @@ inline std::string CheckIndex(const MarkupDocument& doc) {
             (r.tagLengths & 0x3FFFFF) > r.length ||
             (r.parent != 0 && (r.start < p.start || r.start + r.length > p.start + p.length)) ||
             (r.nextSibling != 0 && (n.prevSibling != i || n.parent != r.parent || n.start < r.start + r.length)) ||
-            (p.firstChild == i) != ((r.levelMarks & MarkupDocument::MarkFirst) != 0) || (r.levelMarks & 0xFFFF) != level)
+            (p.firstChild == i) != ((r.levelMarks & MarkupDocument::MarkFirst) != 0) ||
+            (r.levelMarks & 0xFFFF) != level)
             return "record " + std::to_string(i) + " of " + U8(text);
     }
     return {};
