@@ -15,6 +15,7 @@
 #include "markup/markup_document.h"
 #include "platform/files.h"
 #include "platform/text.h"
+#include "support/markup_index.h"
 
 using marrowfin::MarkupDocument;
 
@@ -27,43 +28,9 @@ void Check(bool ok, const char* what) {
     }
 }
 
-void CheckIndex(const MarkupDocument& doc) {
-    const auto text = doc.Text();
-    Check(doc.Record(0).length == text.size(), "document length");
-    for (uint32_t i = 1; i < doc.RecordCount(); ++i) {
-        const auto& r = doc.Record(i);
-        Check(r.start < text.size() && text[r.start] == u'<', "start on '<'");
-        Check(static_cast<size_t>(r.start) + r.length <= text.size(), "length inside the text");
-        Check((r.tagLengths & 0x3FFFFF) <= r.length, "start tag inside the element");
-        Check(r.parent < doc.RecordCount() && r.nextSibling < doc.RecordCount(), "links in range");
-        if (r.nextSibling != 0) {
-            const auto& n = doc.Record(r.nextSibling);
-            Check(n.prevSibling == i && n.parent == r.parent, "sibling links");
-            Check(n.start >= r.start + r.length, "sibling order");
-        }
-        if (r.parent != 0) {
-            const auto& p = doc.Record(r.parent);
-            Check(r.start >= p.start && r.start + r.length <= p.start + p.length, "inside the parent");
-        }
-    }
-}
+void CheckIndex(const MarkupDocument& doc) { Check(marrowfin::test::CheckIndex(doc).empty(), "index invariants"); }
 
-using Shape = std::vector<std::tuple<uint32_t, uint32_t, uint32_t>>;
-Shape ShapeOf(const MarkupDocument& doc) {
-    Shape shape;
-    uint32_t e = doc.Record(0).firstChild;
-    while (e != 0) {
-        const auto& r = doc.Record(e);
-        shape.emplace_back(r.start, r.length, r.tagLengths);
-        if (r.firstChild != 0) {
-            e = r.firstChild;
-            continue;
-        }
-        while (e != 0 && doc.Record(e).nextSibling == 0) e = doc.Record(e).parent;
-        if (e != 0) e = doc.Record(e).nextSibling;
-    }
-    return shape;
-}
+using marrowfin::test::ShapeOf;
 
 // Walks two documents of the same text side by side and compares what each
 // element reads, attributes in an order that switches names on every element.
@@ -166,8 +133,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     }
 
     // Edits driven by the rest of the input.
-    const Shape before = ShapeOf(doc);
-    (void)before;
     doc.RewindMain();
     for (int i = 0; i < 12 && p < end; ++i) {
         const uint8_t op = *p++;

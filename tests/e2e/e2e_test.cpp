@@ -2,20 +2,18 @@
 // passes every event through GaDllPretanslateMsg, against the stand-in
 // service with a sample library whose first two galleries are shown. The
 // panel is one per process: CTest runs each case in a process of its own;
-// run together, they go in this order, the first one needing a process
-// without a panel and the last one skipped.
+// run together, all but the first are skipped.
 
 #include <gtest/gtest.h>
 
 #include <QAbstractButton>
 #include <QApplication>
-#include <QElapsedTimer>
 #include <QKeyEvent>
 #include <QLineEdit>
+#include <QPointer>
 #include <QtTest/QTest>
 #include <filesystem>
 #include <fstream>
-#include <functional>
 
 #include "support/live_service.h"
 #include "support/recording_host.h"
@@ -104,81 +102,60 @@ int PreTranslateKey(QObject* receiver, int key) {
     return GaDllPretanslateMsg(&message);
 }
 
-// The cases after the first two start from the panel made by `show` and shown.
-class ShownPanelCase : public ::testing::Test {
-protected:
-    void SetUp() override {
-        if (!FindPanel()) {
-            ASSERT_TRUE(WaitForFirstTree(15000));
-            show();
-            Spin(700);  // the first class list comes with a timer
-        }
-        show();
-        panel = FindPanel();
-        ASSERT_NE(panel, nullptr);
-        host.records.clear();
-        host.onEvent = nullptr;
-    }
-    RecordingHost& host = World().host;
-    QWidget* panel = nullptr;
-};
-
 }  // namespace
 
-TEST(Exports, ShowMakesOnePanelUnderTheMainWindowAndAsksForTheChannelOnce) {
+// One road through the panel made by `show`: what is the library's, the host's loop, the
+// host's orders, the collections' sign-in, a search from the host and closing.
+TEST(Exports, ThePanelMadeByShowServesItsHost) {
     ASSERT_TRUE(WaitForFirstTree(15000));
     show();
     const uint64_t handle = GetGallery();
     QWidget* panel = FindPanel();
     ASSERT_NE(panel, nullptr);
+    RecordingHost& host = World().host;
     EXPECT_EQ(std::make_tuple(panel->isVisible(), panel->parentWidget(), panel->windowTitle()),
-              std::make_tuple(true, static_cast<QWidget*>(&World().host), QStringLiteral("Ombrel_Panel")));
+              std::make_tuple(true, static_cast<QWidget*>(&host), QStringLiteral("Ombrel_Panel")));
     // The panel and three of its lists are the library's; the host and other children are not.
     EXPECT_EQ(IsDLLHwnd(handle), 1);
     for (const char* list : {"marrowfin::CClassListCtrl", "marrowfin::CDWGListView", "marrowfin::CSearchListCtrl"})
         EXPECT_EQ(IsDLLHwnd(MarrowfinWindowOf(FindChild(panel, list))), 1) << list;
-    EXPECT_EQ(IsDLLHwnd(MarrowfinWindowOf(&World().host)), 0);
-    EXPECT_EQ(IsDLLHwnd(MarrowfinWindowOf(FindButton(panel, QStringLiteral("反馈")))), 0);
+    EXPECT_EQ(
+        IsDLLHwnd(MarrowfinWindowOf(&host)) + IsDLLHwnd(MarrowfinWindowOf(FindButton(panel, QStringLiteral("反馈")))),
+        0);
     show();
     ShowGallery(u"", u"");
-    EXPECT_EQ(GetGallery(), handle);
-    EXPECT_EQ(World().host.Requests(MARROWFIN_REQUEST_CHANNEL).size(), 1u);
-}
+    EXPECT_TRUE(GetGallery() == handle && host.Requests(MARROWFIN_REQUEST_CHANNEL).size() == 1u);
+    Spin(700);  // the first class list comes with a timer
 
-TEST_F(ShownPanelCase, TheLoopGivesThePanelOnlyItsOwnEventsWhileItIsShown) {
-    // What each key does is the panel's own business; here: its children's
-    // events count, the host's do not, and a hidden panel reads nothing.
+    // The loop: the panel's children's events count, the host's do not, and a hidden panel
+    // reads nothing (what each key does is the panel's own business).
     QWidget* classList = FindChild(panel, "marrowfin::CClassListCtrl");
     ASSERT_NE(classList, nullptr);
-    EXPECT_EQ(PreTranslateKey(classList, Qt::Key_Escape), 1);
-    EXPECT_EQ(PreTranslateKey(panel, Qt::Key_A), 0);
-    EXPECT_EQ(PreTranslateKey(&host, Qt::Key_Escape), 0);
+    EXPECT_EQ((std::vector<int>{PreTranslateKey(classList, Qt::Key_Escape), PreTranslateKey(panel, Qt::Key_A),
+                                PreTranslateKey(&host, Qt::Key_Escape)}),
+              (std::vector<int>{1, 0, 0}));
     // A real key through the host's loop: Control+Tab hides the panel, which stays.
     QTest::keyClick(classList, Qt::Key_Tab, Qt::ControlModifier);
-    EXPECT_TRUE(!panel->isVisible() && GetGallery() != 0u);
-    EXPECT_EQ(PreTranslateKey(classList, Qt::Key_Escape), 0);
+    EXPECT_TRUE(!panel->isVisible() && GetGallery() == handle && PreTranslateKey(classList, Qt::Key_Escape) == 0);
     MarrowfinMsg junk{reinterpret_cast<void*>(0x10), reinterpret_cast<void*>(0x20)};  // no object of the library's
     EXPECT_EQ(GaDllPretanslateMsg(&junk), 0);
-}
 
-TEST_F(ShownPanelCase, HostOrdersActOnlyForTheHostsWindow) {
-    const uint64_t handle = GetGallery();
+    // Host orders act only for the host's window.
+    show();
     const auto hostHandle = static_cast<intptr_t>(MarrowfinWindowOf(&host));
     RecordingHost stranger;
     const auto strangerHandle = static_cast<intptr_t>(MarrowfinWindowOf(&stranger));
-    EXPECT_EQ(MarrowfinSendPanelControl(handle, 3, strangerHandle), 0);
-    EXPECT_EQ(MarrowfinSendPanelControl(handle, 2, 0), 0);
+    EXPECT_EQ(MarrowfinSendPanelControl(handle, 3, strangerHandle) + MarrowfinSendPanelControl(handle, 2, 0), 0);
     EXPECT_TRUE(panel->isVisible());
     // Handles are compared on their low 32 bits, as a host may have cut them.
-    EXPECT_EQ(MarrowfinSendPanelControl(handle, 3, hostHandle | (intptr_t{0xABCD} << 32)), 0);
-    EXPECT_FALSE(panel->isVisible());
-
+    EXPECT_TRUE(MarrowfinSendPanelControl(handle, 3, hostHandle | (intptr_t{0xABCD} << 32)) == 0 &&
+                !panel->isVisible());
     // Attaching another host shows the panel on top; the old host's order then does nothing.
-    EXPECT_EQ(MarrowfinSendPanelControl(handle, 1, strangerHandle), 0);
-    EXPECT_TRUE(panel->isVisible() && (panel->windowFlags() & Qt::WindowStaysOnTopHint));
-    EXPECT_EQ(MarrowfinSendPanelControl(handle, 3, hostHandle), 0);
-    EXPECT_TRUE(panel->isVisible());
+    EXPECT_TRUE(MarrowfinSendPanelControl(handle, 1, strangerHandle) == 0 && panel->isVisible() &&
+                (panel->windowFlags() & Qt::WindowStaysOnTopHint));
+    EXPECT_TRUE(MarrowfinSendPanelControl(handle, 3, hostHandle) == 0 && panel->isVisible());
     // Notices now go to the new host.
+    host.records.clear();
     QWidget* statistics = FindButton(panel, QStringLiteral("统计"));
     ASSERT_NE(statistics, nullptr);
     QTest::mouseClick(statistics, Qt::LeftButton);
@@ -186,57 +163,53 @@ TEST_F(ShownPanelCase, HostOrdersActOnlyForTheHostsWindow) {
     EXPECT_EQ(stranger.records, (std::vector<RecordedMessage>{{MARROWFIN_GALLERY_HOST_NOTICE, handle, MARROWFIN_NOTICE_STATISTICS, {}}}));
     EXPECT_TRUE(host.records.empty());
     EXPECT_EQ(MarrowfinSendPanelControl(handle, 1, hostHandle), 0);
-}
 
-TEST_F(ShownPanelCase, CollectionsAskTheHostToSignInAndForATokenOnlyForARealUser) {
-    // Users 0 and 1 are nobody: no token is asked for. Each round starts signed out.
-    struct Round { uint32_t user; std::vector<uintptr_t> requests; };
-    const Round rounds[] = {{0, {MARROWFIN_REQUEST_SIGN_IN}},
-                            {1, {MARROWFIN_REQUEST_SIGN_IN}},
-                            {42, {MARROWFIN_REQUEST_SIGN_IN, MARROWFIN_REQUEST_TOKEN}}};
-    for (const Round& round : rounds) {
-        MarrowfinSendPanelControl(GetGallery(), 6, 0);
+    // The collections ask the host to sign in, and for a token only for a real user (users
+    // 0 and 1 are nobody). Each round starts signed out.
+    const std::pair<uint32_t, std::vector<uintptr_t>> rounds[] = {
+        {0, {MARROWFIN_REQUEST_SIGN_IN}},
+        {1, {MARROWFIN_REQUEST_SIGN_IN}},
+        {42, {MARROWFIN_REQUEST_SIGN_IN, MARROWFIN_REQUEST_TOKEN}}};
+    for (const auto& [user, requests] : rounds) {
+        MarrowfinSendPanelControl(handle, 6, 0);
         Spin(500);
         host.records.clear();
-        host.userNumber = round.user;
+        host.userNumber = user;
         bool hiddenForSignIn = false;
         host.onEvent = [&](const RecordedMessage& r) {
             if (r.message == MARROWFIN_GALLERY_HOST_REQUEST && r.wParam == MARROWFIN_REQUEST_SIGN_IN)
                 hiddenForSignIn = !panel->isVisible();
         };
-        MarrowfinSendPanelControl(GetGallery(), 0, 0);
+        MarrowfinSendPanelControl(handle, 0, 0);
         EXPECT_TRUE(SpinUntil([&] { return !host.Requests(MARROWFIN_REQUEST_SIGN_IN).empty(); }, 3000));
         Spin(300);
-        EXPECT_EQ(host.RequestOrder(), round.requests) << round.user;
+        EXPECT_EQ(host.RequestOrder(), requests) << user;
         EXPECT_TRUE(hiddenForSignIn && panel->isVisible()) << "hidden for the sign-in only";
     }
-    MarrowfinSendPanelControl(GetGallery(), 6, 0);
+    host.onEvent = nullptr;
+    MarrowfinSendPanelControl(handle, 6, 0);
     Spin(600);  // signing out leaves the collections through the class-switch timer
-}
 
-TEST_F(ShownPanelCase, SearchFromTheHostShowsTheSearchPageUntilALocationComes) {
-    ShowGallery(u"", u"");  // starts a class-list build, which the search must drop
+    // A search from the host drops the class-list build it finds running and shows the
+    // search page until a location comes.
+    ShowGallery(u"", u"");
     HideGallery();
     SearchBrindleRes(u"门", u"YL");
-    EXPECT_TRUE(panel->isVisible());
     auto* edit = qobject_cast<QLineEdit*>(FindChild(panel, "QLineEdit"));
-    ASSERT_NE(edit, nullptr);
+    ASSERT_TRUE(panel->isVisible() && edit);
     Spin(800);
     EXPECT_TRUE(edit->isVisible() && edit->text() == QStringLiteral("门"));
-    EXPECT_EQ(MarrowfinSendCopyData(GetGallery(), 412, (u"\\" + World().service.galleries[0]).c_str()), 1);
+    EXPECT_EQ(MarrowfinSendCopyData(handle, 412, (u"\\" + World().service.galleries[0]).c_str()), 1);
     EXPECT_TRUE(!edit->isVisible() && panel->isVisible());
-}
 
-TEST_F(ShownPanelCase, CloseGallerySavesTheListsAndKeepsThePanel) {
-    const uint64_t handle = GetGallery();
+    // Closing saves the lists, removes the search's downloads and keeps the panel.
     const fs::path recent = StoreRoot() / "RecentlyUse.xml";
     fs::remove(recent);
     fs::create_directories(StoreRoot() / "search" / "deep");
     std::ofstream(StoreRoot() / "search" / "deep" / "x.dwg") << "x";
     CloseGallery();
-    EXPECT_TRUE(!panel->isVisible() && GetGallery() == handle);
-    EXPECT_TRUE(fs::exists(recent));
-    EXPECT_FALSE(fs::exists(StoreRoot() / "search"));
+    EXPECT_TRUE(!panel->isVisible() && GetGallery() == handle && fs::exists(recent) &&
+                !fs::exists(StoreRoot() / "search"));
     for (int i = 0; i < 2; ++i)  // each shown gallery has its common-use list
         EXPECT_TRUE(fs::exists(StoreRoot() / Gallery(i) / "CommonUse.xml")) << Gallery(i);
 }
@@ -250,11 +223,48 @@ TEST(Exports, UpdateShowMakesAHiddenPanelAndRebuildsTheTreeOnAWorker) {
     // The call comes back at once; the tree is asked for beside it.
     EXPECT_TRUE(SpinUntil([&] { return TreeRequests() > before; }, 5000));
     QWidget* panel = FindPanel();
-    ASSERT_NE(panel, nullptr);
-    EXPECT_EQ(panel->parentWidget(), nullptr);  // only `show` hangs it under the main window
+    ASSERT_TRUE(panel && !panel->parentWidget());  // only `show` hangs it under the main window
     Spin(400);
-    EXPECT_FALSE(panel->isVisible());
-    EXPECT_EQ(World().host.Requests(MARROWFIN_REQUEST_CHANNEL).size(), 1u);
+    EXPECT_TRUE(!panel->isVisible() && World().host.Requests(MARROWFIN_REQUEST_CHANNEL).size() == 1u);
+}
+
+// The host may destroy its main window, and with it the panel that `show` made as its
+// child. The exports then answer as before any panel, and the next export that makes the
+// panel makes a new one, which the host steers as usual.
+TEST(Exports, APanelGoneWithTheMainWindowLeavesTheExportsSound) {
+    if (GetGallery() != 0) GTEST_SKIP() << "needs a process without a panel, as CTest gives it";
+    auto* doomed = new RecordingHost;
+    doomed->show();
+    MarrowfinSetMainWindow(doomed);
+    show();
+    const uint64_t handle = GetGallery();
+    QPointer<QWidget> first = FindPanel();
+    ASSERT_TRUE(first && first->parentWidget() == doomed) << "show makes the panel a child of the main window";
+    Spin(400);  // the start-up's timers run
+    (void)PreTranslateKey(first, Qt::Key_Escape);
+    delete doomed;
+    ASSERT_TRUE(first.isNull());
+    QWidget stranger;
+    EXPECT_EQ(PreTranslateKey(&stranger, Qt::Key_Escape), 0);
+    EXPECT_EQ(std::make_tuple(GetGallery(), IsDLLHwnd(handle), IsBlkBoutique(u"/Orsolen/a/b/c.dwg")),
+              std::make_tuple(0ull, 0, uint8_t{0}));
+    HideGallery();
+    CloseGallery();
+    EXPECT_EQ(MarrowfinSendPanelControl(handle, 5, 7) + MarrowfinSendCopyData(handle, 415, u"token"), 0);
+    Spin(400);  // nothing of the gone panel fires any more
+
+    ShowGallery(nullptr, u"YL");
+    const uint64_t again = GetGallery();
+    EXPECT_TRUE(again != 0 && again != handle && IsDLLHwnd(again) == 1);
+    QWidget* second = FindPanel();
+    ASSERT_TRUE(second && !second->parentWidget());
+    (void)PreTranslateKey(second, Qt::Key_Escape);
+    HideGallery();
+    RecordingHost other;
+    EXPECT_EQ(MarrowfinSendPanelControl(again, 1, static_cast<intptr_t>(MarrowfinWindowOf(&other))), 0);
+    EXPECT_TRUE(second->isVisible());
+    Spin(300);
+    HideGallery();
 }
 
 int main(int argc, char** argv) {

@@ -4,29 +4,19 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include <algorithm>
 #include <random>
-#include <set>
-#include <string>
-#include <tuple>
-#include <vector>
 
 #include "markup/encoding_names.h"
-#include "markup/markup_document.h"
 #include "markup/markup_text.h"
 #include "markup/utf8_decoder.h"
-#include "markup_test_util.h"
-#include "platform/text.h"
+#include "support/markup_index.h"
 #include "support/temp_home.h"
 #include "support/test_paths.h"
 
 namespace marrowfin {
 namespace {
 
-using test::HasRecord;
-using test::ReadBytes;
-using test::ResultOf;
-using test::WriteBytes;
+using namespace test;
 
 std::string Utf16Bytes(std::u16string_view text, bool big) {
     std::string out;
@@ -42,13 +32,12 @@ std::string InCodePage(const std::u16string& text, uint32_t page) {
 
 // Each form is read from a file and from memory alike, and saved back byte for byte.
 TEST(MarkupFile, EveryFormReadsAndSavesByteForByte) {
-    test::TempHome home;
+    TempHome home;
     const std::u16string body = u"<root><item name=\"第一 é\">块 &amp; ü</item></root>";
     const std::u16string decl32 = u"<?xml version=\"1.0\" encoding=\"UTF-32\"?><r>中\U0001F600</r>";
     const std::u16string decl16 = u"<?xml version=\"1.0\" encoding=\"utf-16\"?><r>块</r>";
     const std::u16string gbk = u"<?xml version=\"1.0\" encoding=\"GBK\"?>\r\n<r n=\"图块库\">图块库</r>";
-    const std::u16string big5 = u"<?xml encoding=\"big5\"?><r>圖塊</r>", sjis = u"<?xml encoding=\"Shift_JIS\"?><r>ブロック</r>";
-    const std::u16string cp1251 = u"<?xml encoding=\"windows-1251\"?><r>Блок</r>", cp1252 = u"<?xml encoding=\"cp1252\"?><r>€uro</r>";
+    // (Which names give which code pages, and the code pages themselves, have their own tests.)
     const std::u16string latin = u"<?xml encoding=\"ISO-8859-1\"?><r>Ølé</r>";
     const std::tuple<std::string, std::u16string, uint32_t, const char*> forms[] = {
         {"\xEF\xBB\xBF" + U8(body), body, MarkupDocument::FlagUtf8Bom, "bom"},
@@ -60,8 +49,6 @@ TEST(MarkupFile, EveryFormReadsAndSavesByteForByte) {
         {InCodePage(decl32, CpUtf32), decl32, 0, ""},  // no marks: found through the declaration
         {Utf16Bytes(decl16, false), decl16, 0, ""},
         {InCodePage(gbk, 936), gbk, 0, "converted_to encoding=\"UTF-16\""},
-        {InCodePage(big5, 950), big5, 0, "converted_to"}, {InCodePage(sjis, 932), sjis, 0, "converted_to"},
-        {InCodePage(cp1251, 1251), cp1251, 0, "converted_to"}, {InCodePage(cp1252, 1252), cp1252, 0, "converted_to"},
         {InCodePage(latin, 28591), latin, 0, "converted_to"},
     };
     const std::string in = home.file("in.xml"), out = home.file("out.xml");
@@ -70,32 +57,26 @@ TEST(MarkupFile, EveryFormReadsAndSavesByteForByte) {
         WriteBytes(in, bytes);
         MarkupDocument doc, fromBytes;
         ASSERT_TRUE(doc.LoadFile(W(in))) << ResultOf(doc);
-        EXPECT_EQ(doc.Text(), text);
-        EXPECT_EQ(doc.Flags(), flags);
+        EXPECT_EQ(std::make_pair(doc.Text(), doc.Flags()), std::make_pair(std::u16string_view(text), flags));
         EXPECT_TRUE(HasRecord(doc, record)) << ResultOf(doc);
         ASSERT_TRUE(fromBytes.LoadBytes(bytes));
-        EXPECT_EQ(fromBytes.Text(), doc.Text());
-        EXPECT_EQ(fromBytes.GetResult(), doc.GetResult());
+        EXPECT_TRUE(fromBytes.Text() == doc.Text() && fromBytes.GetResult() == doc.GetResult());
         ASSERT_TRUE(doc.SaveFile(W(out))) << ResultOf(doc);
         EXPECT_EQ(ReadBytes(out), bytes);
         // A text set from nothing is written in its declared code page as well.
         MarkupDocument set;
         ASSERT_TRUE(set.SetText(text));
-        if (flags == 0) {
-            ASSERT_TRUE(set.SaveFile(W(out)));
-            EXPECT_EQ(ReadBytes(out), bytes);
-        }
+        EXPECT_TRUE(flags != 0 || (set.SaveFile(W(out)) && ReadBytes(out) == bytes));
     }
     // A character without an equivalent is recorded, and the write still happens.
     MarkupDocument doc;
-    ASSERT_TRUE(doc.SetText(u"<?xml encoding=\"iso-8859-1\"?><r>中</r>"));
-    ASSERT_TRUE(doc.SaveFile(W(out)));
+    ASSERT_TRUE(doc.SetText(u"<?xml encoding=\"iso-8859-1\"?><r>中</r>") && doc.SaveFile(W(out)));
     EXPECT_TRUE(HasRecord(doc, "conversion_loss")) << ResultOf(doc);
     EXPECT_EQ(ReadBytes(out), "<?xml encoding=\"iso-8859-1\"?><r>?</r>");
 }
 
 TEST(MarkupFile, DetectionNulsEmptyFilesAndFailures) {
-    test::TempHome home;
+    TempHome home;
     const std::string path = home.file("x.xml");
     const std::string gbk = InCodePage(u"图块", 936);
     const std::u16string meta = u"<html><head><meta http-equiv=\"Content-Type\" content=\"text/html; charset=gbk\"></head>";
@@ -118,36 +99,25 @@ TEST(MarkupFile, DetectionNulsEmptyFilesAndFailures) {
         MarkupDocument doc;
         doc.LoadFile(W(path));
         EXPECT_EQ(HasRecord(doc, "utf8_detection"), detected) << ResultOf(doc);
-        if (text.empty()) {
-            EXPECT_EQ(doc.Text().find(u"图块"), std::u16string::npos);
-        } else {
-            EXPECT_EQ(doc.Text(), text);
-        }
+        EXPECT_TRUE(text.empty() ? doc.Text().find(u"图块") == std::u16string::npos : doc.Text() == text)
+            << U8(doc.Text());
     }
     MarkupDocument doc;
     WriteBytes(path, std::string("<r>a\0b\0</r>", 11));
-    EXPECT_TRUE(doc.LoadFile(W(path)));
-    EXPECT_TRUE(HasRecord(doc, "nulls_removed count=\"2\""));
+    EXPECT_TRUE(doc.LoadFile(W(path)) && HasRecord(doc, "nulls_removed count=\"2\""));
     WriteBytes(path, "\xEF\xBB\xBF");
-    EXPECT_FALSE(doc.LoadFile(W(path)));
-    EXPECT_EQ(doc.Flags(), MarkupDocument::FlagUtf8Bom);
-    EXPECT_FALSE(doc.FindElement());
+    EXPECT_TRUE(!doc.LoadFile(W(path)) && doc.Flags() == MarkupDocument::FlagUtf8Bom && !doc.FindElement());
     EXPECT_FALSE(doc.LoadFile(W(home.file("missing.xml"))));
     EXPECT_TRUE(HasRecord(doc, "file_error msg=\"No such file or directory\" n=\"2\"")) << ResultOf(doc);
 
     // Nothing saves as an empty file; a built document as UTF-8 without a mark; a failed
     // write leaves the old file.
     MarkupDocument empty, built;
-    EXPECT_TRUE(empty.SaveFile(W(path)));
-    EXPECT_EQ(ReadBytes(path), "");
-    built.AddElement(u"root", u"图");
-    ASSERT_TRUE(built.SaveFile(W(path)));
+    EXPECT_TRUE(empty.SaveFile(W(path)) && ReadBytes(path).empty());
+    ASSERT_TRUE(built.AddElement(u"root", u"图") && built.SaveFile(W(path)));
     EXPECT_EQ(ReadBytes(path), "<root>\xE5\x9B\xBE</root>\r\n");
     ASSERT_EQ(mkdir(home.file("ro").c_str(), 0500), 0);
-    if (geteuid() != 0) {
-        EXPECT_FALSE(built.SaveFile(W(home.file("ro/x.xml"))));
-        EXPECT_TRUE(HasRecord(built, "file_error"));
-    }
+    EXPECT_TRUE(geteuid() == 0 || (!built.SaveFile(W(home.file("ro/x.xml"))) && HasRecord(built, "file_error")));
     EXPECT_FALSE(built.SaveFile(W(home.file("no/such/dir/x.xml"))));
 }
 
@@ -196,11 +166,8 @@ TEST(MarkupText, FastDecoderAndDirectReadAgreeWithThePlatformCodec) {
     }
     std::mt19937 rng(7);
     const char alphabet[] = {'a', '<', ' ', '\xE4', '\xB8', '\xAD', '\xC2', '\xA9', '\xF0', '\x9F', '\x80', '\xFF', '\xED', '\xA0'};
-    for (int k = 0; k < 2000; ++k) {
-        std::string s(rng() % 64, 'a');
-        for (char& c : s) c = alphabet[rng() % sizeof alphabet];
-        inputs.push_back(s);
-    }
+    for (int k = 0; k < 2000; ++k)
+        for (char& c : inputs.emplace_back(rng() % 64, 'a')) c = alphabet[rng() % sizeof alphabet];
     for (const std::string& in : inputs) {
         std::vector<char16_t> out(in.size() + 1);
         size_t nulls = 1;
@@ -210,25 +177,8 @@ TEST(MarkupText, FastDecoderAndDirectReadAgreeWithThePlatformCodec) {
         ASSERT_EQ(std::u16string(out.data(), units), Utf8ToUtf16(withoutNul)) << in;
         EXPECT_EQ(nulls, in.size() - withoutNul.size());
     }
-    // A reply's bytes read straight into a document read as the decoded text set would:
-    // up to the first NUL, and afterwards it edits as an ordinary document.
-    std::string cjkRun;
-    for (int i = 0; i < 40; ++i) cjkRun += "图块";
-    const std::pair<std::string, bool> replies[] = {
-        {"\xEF\xBB\xBF<root a=\"\x80z\"/>", true}, {"<root gn=\"" + cjkRun + "\">" + cjkRun + "\xFF</root>", true},
-        {std::string("<root/>\0<second/>", 17), true}, {std::string("\0<root/>", 8), false}, {"", false}};
-    for (const auto& [bytes, wellFormed] : replies) {
-        SCOPED_TRACE(bytes);
-        MarkupDocument direct, wide;
-        EXPECT_EQ(direct.SetUtf8Text(bytes), wellFormed);
-        EXPECT_EQ(wide.SetText(Utf8ToUtf16(bytes.substr(0, bytes.find('\0')))), wellFormed);
-        EXPECT_EQ(test::ShapeOf(direct), test::ShapeOf(wide));
-        if (wellFormed) {
-            ASSERT_TRUE(direct.FindElement(u"root") && wide.FindElement(u"root"));
-            ASSERT_TRUE(direct.SetAttribute(u"ver", u"2") && wide.SetAttribute(u"ver", u"2"));
-        }
-        EXPECT_EQ(std::u16string(direct.Text()), std::u16string(wide.Text()));
-    }
+    // How a reply's bytes read straight into a document compare with the decoded text set,
+    // before and after edits, is the fuzz target's check; its kept inputs replay the edges.
 }
 
 // Upper case at every letter, or at every other one ("uTf-8").
@@ -243,30 +193,22 @@ std::u16string Upper(std::u16string_view s, bool everyOther) {
     return out;
 }
 
+// A name stored in the wrong bucket, in upper case or twice with other pages is not found
+// in some of its cases; so the lookups of every name check the table as well.
 TEST(EncodingNames, EveryNameFindsItsCodePageInAnyCaseAndItsBucketOnly) {
     const auto names = EncodingNames();
-    std::set<std::u16string> distinct;
-    std::set<uint32_t> pages;
     for (const EncodingName& e : names) {
         const std::u16string name = e.name;
         SCOPED_TRACE(U8(name));
-        EXPECT_TRUE(distinct.insert(name).second) << "listed twice";
-        EXPECT_EQ(name, ToLowerFold(name)) << "table names are lower case";
-        pages.insert(e.codePage);
         for (const std::u16string& form : {name, Upper(name, false), Upper(name, true)})
             EXPECT_EQ(CodePageOfEncodingName(form), e.codePage);
         // One unit more or less is another name, unknown unless the table has it.
         for (const std::u16string& other : {name + u"x", name.substr(0, name.size() - 1)})
-            if (!std::count_if(names.begin(), names.end(), [&](const EncodingName& o) { return other == o.name; })) {
-                EXPECT_EQ(CodePageOfEncodingName(other), 0u) << U8(other);
-            }
+            EXPECT_TRUE(
+                std::count_if(names.begin(), names.end(), [&](const EncodingName& o) { return other == o.name; }) ||
+                CodePageOfEncodingName(other) == 0u)
+                << U8(other);
     }
-    EXPECT_EQ(EncodingCodePageCount(), pages.size());
-    EXPECT_EQ(pages.count(0u) + pages.count(65005u), 0u) << "UTF-32 is decided before the table";
-    size_t total = 0;  // the buckets divide the table
-    for (size_t b = 0; b <= EncodingBucketCount; ++b)
-        for (const EncodingName& e : EncodingNamesInBucket(b)) total += EncodingNameBucket(e.name) == b;
-    EXPECT_EQ(total, names.size());
     // "8-ftu" shares the bucket of "utf-8"; "UTF-32" counts only at the start; 99 units at most.
     const std::pair<std::u16string, uint32_t> others[] = {
         {u"8-ftu", 0}, {u" utf-8", 0}, {u"ＵＴＦ-8", 0}, {std::u16string(u"utf-8\0", 6), 0}, {u"Utf-32", 0},

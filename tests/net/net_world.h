@@ -6,27 +6,22 @@
 
 #include <chrono>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "net/curl_stack.h"
 #include "net/download_queue.h"
 #include "net/gallery_sync.h"
-#include "net/http_stack.h"
 #include "net/http_transport.h"
 #include "platform/files.h"
 #include "platform/profile.h"
 #include "platform/text.h"
 #include "platform/threads.h"
 #include "platform/ticks.h"
-#include "store/catalogue.h"
-#include "store/gallery_node.h"
 #include "store/gallery_store.h"
 #include "store/gallery_tree.h"
 #include "store/show_list.h"
 #include "store/store_ini.h"
 #include "store/store_paths.h"
-#include "store/tree_update.h"
 #include "support/temp_home.h"
 #include "support/test_paths.h"
 
@@ -43,31 +38,27 @@ struct TestStore : GalleryStore {
 
 // A stack that answers every call as scripted, keeping the URLs asked for and,
 // given a log, its own number in the order of attempts.
-class ScriptedStack : public HttpStack {
-public:
-    explicit ScriptedStack(int number = 0, std::vector<int>* log = nullptr) : m_number(number), m_log(log) {}
-    bool succeed = true;
-    std::string reply;
-    std::vector<std::string> urls;
+struct ScriptedStack : HttpStack {
+    explicit ScriptedStack(int number = 0, std::vector<int>* log = nullptr) : number(number), log(log) {}
     bool PostForm(const std::string& url, const std::string&, std::string& response) override {
-        response = reply;
-        return Attempt(url);
+        return Attempt(url, &response);
     }
     bool DownloadFile(const std::string& url, const std::u16string&, WindowHandle, uint16_t) override { return Attempt(url); }
     bool UploadFile(const std::string& url, const std::u16string&, const std::u16string&, std::string& response,
                     WindowHandle) override {
-        response = reply;
-        return Attempt(url);
+        return Attempt(url, &response);
     }
-
-private:
-    bool Attempt(const std::string& url) {
+    bool Attempt(const std::string& url, std::string* response = nullptr) {
+        if (response) *response = reply;
         urls.push_back(url);
-        if (m_log) m_log->push_back(m_number);
+        if (log) log->push_back(number);
         return succeed;
     }
-    int m_number;
-    std::vector<int>* m_log;
+    bool succeed = true;
+    std::string reply;
+    std::vector<std::string> urls;
+    int number;
+    std::vector<int>* log;
 };
 
 // The first tree built and handed over to the owner, as the panel does at its start.
@@ -80,14 +71,9 @@ inline void BuildAndAdopt(GalleryStore& store) {
 // even if a check inside it fails.
 struct ShortTimeouts {
     ShortTimeouts() {
-        CurlTimeouts t;
-        t.connect = std::chrono::milliseconds(2000);
-        t.lowSpeedTime = std::chrono::seconds(1);
-        CurlStack::SetTimeouts(t);
+        CurlStack::SetTimeouts({.connect = std::chrono::milliseconds(2000), .lowSpeedTime = std::chrono::seconds(1)});
     }
     ~ShortTimeouts() { CurlStack::SetTimeouts(CurlTimeouts{}); }
-    ShortTimeouts(const ShortTimeouts&) = delete;
-    ShortTimeouts& operator=(const ShortTimeouts&) = delete;
 };
 
 }  // namespace marrowfin::test

@@ -1,18 +1,13 @@
 // The exact requests the transport puts on the wire, read by a bare socket.
 
-#include <gtest/gtest.h>
 #include <arpa/inet.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
-#include <string>
-#include <thread>
+#include <algorithm>
 
-#include "net/http_transport.h"
-#include "platform/text.h"
-#include "support/temp_home.h"
-#include "support/test_paths.h"
+#include "net_world.h"
 
 using namespace marrowfin;
 using marrowfin::test::TempHome;
@@ -20,51 +15,51 @@ using marrowfin::test::TempHome;
 namespace {
 
 // Accepts one connection, keeps the whole request and answers `reply`.
-class OneShotServer {
-public:
-    explicit OneShotServer(std::string reply) : m_reply(std::move(reply)), m_listen(socket(AF_INET, SOCK_STREAM, 0)) {
+struct OneShotServer {
+    explicit OneShotServer(std::string reply) {
         sockaddr_in addr{.sin_family = AF_INET, .sin_port = 0, .sin_addr = {htonl(INADDR_LOOPBACK)}, .sin_zero = {}};
         socklen_t len = sizeof addr;
-        bind(m_listen, reinterpret_cast<sockaddr*>(&addr), len);
-        getsockname(m_listen, reinterpret_cast<sockaddr*>(&addr), &len);
-        listen(m_listen, 1);
-        m_base = W("http://127.0.0.1:" + std::to_string(ntohs(addr.sin_port)));
-        m_thread = std::thread([this] { Serve(); });
+        bind(listener, reinterpret_cast<sockaddr*>(&addr), len);
+        getsockname(listener, reinterpret_cast<sockaddr*>(&addr), &len);
+        listen(listener, 1);
+        base = W("http://127.0.0.1:" + std::to_string(ntohs(addr.sin_port)));
+        server = std::thread([this, reply = std::move(reply)] {
+            const int c = accept(listener, nullptr, nullptr);
+            // Read the head, then as much body as Content-Length announces.
+            for (char buf[65536]; c >= 0;) {
+                const ssize_t n = recv(c, buf, sizeof buf, 0);
+                if (n <= 0) break;
+                request.append(buf, static_cast<size_t>(n));
+                const size_t head = request.find("\r\n\r\n"), cl = request.find("Content-Length: ");
+                if (head != std::string::npos &&
+                    request.size() >= head + 4 + (cl < head ? std::stoul(request.substr(cl + 16)) : 0))
+                    break;
+            }
+            if (c >= 0) send(c, reply.data(), reply.size(), MSG_NOSIGNAL), close(c);
+        });
     }
     ~OneShotServer() {
-        shutdown(m_listen, SHUT_RDWR);
-        close(m_listen);
-        if (m_thread.joinable()) m_thread.join();
+        shutdown(listener, SHUT_RDWR);
+        close(listener);
+        if (server.joinable()) server.join();
     }
-    const std::u16string& base() const { return m_base; }
-    std::string request() {
-        if (m_thread.joinable()) m_thread.join();
-        return m_request;
+    std::string Request() {
+        if (server.joinable()) server.join();
+        return request;
     }
-
-private:
-    void Serve() {
-        const int c = accept(m_listen, nullptr, nullptr);
-        if (c < 0) return;
-        // Read the head, then as much body as Content-Length announces.
-        for (char buf[65536];;) {
-            const ssize_t n = recv(c, buf, sizeof buf, 0);
-            if (n <= 0) break;
-            m_request.append(buf, static_cast<size_t>(n));
-            const size_t head = m_request.find("\r\n\r\n"), cl = m_request.find("Content-Length: ");
-            const size_t length = cl < head ? std::stoul(m_request.substr(cl + 16)) : 0;
-            if (head != std::string::npos && m_request.size() >= head + 4 + length) break;
-        }
-        send(c, m_reply.data(), m_reply.size(), MSG_NOSIGNAL);
-        close(c);
-    }
-    std::string m_reply, m_request;
-    int m_listen;
-    std::u16string m_base;
-    std::thread m_thread;
+    int listener = socket(AF_INET, SOCK_STREAM, 0);
+    std::u16string base;
+    std::string request;
+    std::thread server;
 };
 
 const std::string kOk = "HTTP/1.1 200 OK\r\nContent-Length: 7\r\nConnection: close\r\n\r\nsuccess";
+
+// Whether `request` holds each of `parts`.
+bool Holds(const std::string& request, std::initializer_list<std::string> parts) {
+    return std::all_of(parts.begin(), parts.end(),
+                       [&](const std::string& p) { return request.find(p) != std::string::npos; });
+}
 
 }  // namespace
 
@@ -73,34 +68,36 @@ TEST(WireBytes, FormPostDownloadAndUploadAsTheServiceExpects) {
     {
         OneShotServer server(kOk);
         std::u16string out;
-        ASSERT_TRUE(PostForm(server.base() + u"/gallery/favorite?name=门窗", u"a=1&b=图", out));
-        EXPECT_EQ(out, u"success");
-        const std::string r = server.request();
-        EXPECT_EQ(r.rfind("POST /gallery/favorite?name=%E9%97%A8%E7%AA%97 HTTP/1.1\r\n", 0), 0u) << r;
-        EXPECT_NE(r.find("\r\nContent-Type: application/x-www-form-urlencoded\r\n"), std::string::npos);
-        EXPECT_EQ(r.substr(r.size() - 9), "a=1&b=\xE5\x9B\xBE");
+        ASSERT_TRUE(PostForm(server.base + u"/gallery/favorite?name=门窗", u"a=1&b=图", out) && out == u"success");
+        const std::string r = server.Request();
+        EXPECT_TRUE(r.starts_with("POST /gallery/favorite?name=%E9%97%A8%E7%AA%97 HTTP/1.1\r\n") &&
+                    r.ends_with("\r\n\r\na=1&b=\xE5\x9B\xBE") &&
+                    Holds(r, {"\r\nContent-Type: application/x-www-form-urlencoded\r\n"}))
+            << r;
     }
     {
         const std::string body(1500, 'z');
         OneShotServer server("HTTP/1.1 200 OK\r\nContent-Length: 1500\r\nConnection: close\r\n\r\n" + body);
         const std::u16string target = W(home.file("x.dwg"));
-        ASSERT_TRUE(DownloadFile(server.base() + u"/files/门 窗/a b.dwg", target, 0, 0));
-        const std::string r = server.request();
-        EXPECT_EQ(r.rfind("GET /files/%e9%97%a8%20%e7%aa%97/a%20b.dwg HTTP/1.1\r\n", 0), 0u) << r;
-        EXPECT_NE(r.find("\r\nUser-Agent:BRINDLE;charset=utf-8\r\n"), std::string::npos) << r;
-        EXPECT_EQ(test::ReadBytes(U8(target)), body);
+        ASSERT_TRUE(DownloadFile(server.base + u"/files/门 窗/a b.dwg", target, 0, 0) &&
+                    test::ReadBytes(U8(target)) == body);
+        const std::string r = server.Request();
+        EXPECT_TRUE(r.starts_with("GET /files/%e9%97%a8%20%e7%aa%97/a%20b.dwg HTTP/1.1\r\n") &&
+                    Holds(r, {"\r\nUser-Agent:BRINDLE;charset=utf-8\r\n"}))
+            << r;
     }
     {
         test::WriteBytes(home.file("100_收藏.zip"), "PK-bytes");
         OneShotServer server(kOk);
         std::u16string out;
-        ASSERT_TRUE(UploadFile(server.base() + u"/gallery/lfupload", u"", W(home.file("100_收藏.zip")), out, 0));
-        const std::string r = server.request();
-        EXPECT_NE(r.find("\r\nContent-Type: multipart/form-data; boundary="), std::string::npos) << r;
-        EXPECT_NE(r.find("Content-Disposition: form-data; name=\"parent_dir\"\r\n\r\n\r\n"), std::string::npos) << r;
-        EXPECT_NE(r.find("Content-Disposition: form-data; name=\"file\"; filename=\"100_\xE6\x94\xB6\xE8\x97\x8F.zip\""),
-                  std::string::npos) << r;
-        EXPECT_NE(r.find("PK-bytes"), std::string::npos);
-        EXPECT_EQ(out, u"success");
+        ASSERT_TRUE(UploadFile(server.base + u"/gallery/lfupload", u"", W(home.file("100_收藏.zip")), out, 0) &&
+                    out == u"success");
+        EXPECT_TRUE(
+            Holds(server.Request(),
+                  {"\r\nContent-Type: multipart/form-data; boundary=",
+                   "Content-Disposition: form-data; name=\"parent_dir\"\r\n\r\n\r\n",
+                   "Content-Disposition: form-data; name=\"file\"; filename=\"100_\xE6\x94\xB6\xE8\x97\x8F.zip\"",
+                   "PK-bytes"}))
+            << server.Request();
     }
 }

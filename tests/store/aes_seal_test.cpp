@@ -60,19 +60,14 @@ TEST(Seal, MatchesAnIndependentCipherAndRefusesWhatCannotBeWhole) {
         EXPECT_EQ(DecryptFromHex(SealAes(), lower), U8(name) + (boutique ? "1" : "0"));
     }
     const std::string seal = MakeSeal(u"建筑图库", true);
-    std::string changed = seal, bad = seal, space = seal;
+    std::string changed = seal;
     changed[0] = changed[0] == '0' ? '1' : '0';
-    bad[17] = 'G';
-    space[17] = ' ';
-    for (const std::string& broken : {std::string(), seal.substr(0, 31), seal.substr(0, 30), bad, space,
-                                      MakeSeal(u"Mechanical part", false).substr(0, 48)})
+    for (const std::string& broken :
+         {std::string(), seal.substr(0, 31), seal.substr(0, 30), seal.substr(0, 17) + "G" + seal.substr(18),
+          seal.substr(0, 17) + " " + seal.substr(18), MakeSeal(u"Mechanical part", false).substr(0, 48)})
         EXPECT_EQ(DecryptFromHex(SealAes(), broken), "") << broken;
     EXPECT_NE(DecryptFromHex(SealAes(), changed), U8(u"建筑图库1"));
-    for (size_t n : {0u, 15u, 16u, 17u, 32u}) {
-        const std::string hex = EncryptToHex(SealAes(), std::string(n, 'a'));
-        EXPECT_EQ(hex.size(), 2 * (n + 16 - n % 16)) << n;
-        EXPECT_EQ(DecryptFromHex(SealAes(), hex), std::string(n, 'a')) << n;
-    }
+    EXPECT_EQ(DecryptFromHex(SealAes(), EncryptToHex(SealAes(), "")), "");  // one block of padding alone
 }
 
 }  // namespace

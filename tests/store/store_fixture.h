@@ -4,11 +4,8 @@
 #include <gtest/gtest.h>
 
 #include <string>
-#include <utility>
 
 #include "platform/files.h"
-#include "platform/text.h"
-#include "store/gallery_node.h"
 #include "store/gallery_store.h"
 #include "store/gallery_tree.h"
 #include "support/temp_home.h"

@@ -1,22 +1,11 @@
 #include "message_recorder.h"
 
 #include <QCoreApplication>
-#include <algorithm>
+#include <utility>
 
 #include "platform/qt/window_message_event.h"
 
 namespace marrowfin::test {
-
-std::vector<RecordedMessage> MessageLog::Of(uint32_t message, std::uintptr_t first, std::uintptr_t last) const {
-    std::vector<RecordedMessage> out;
-    for (const RecordedMessage& r : records)
-        if (r.message == message && r.wParam >= first && r.wParam <= last) out.push_back(r);
-    return out;
-}
-
-int MessageLog::Count(uint32_t message, std::uintptr_t wParam) const {
-    return static_cast<int>(Of(message, wParam, wParam).size());
-}
 
 MessageRecorder::MessageRecorder(QObject* target, bool consume) : m_target(target), m_consume(consume) {
     m_target->installEventFilter(this);

@@ -1,33 +1,12 @@
 #pragma once
-// What the library sends to a window, as tests read it back: the window
-// messages that reach an object (MessageRecorder, here) and the requests and
-// notices that reach the host's main window (RecordingHost). Both keep the
-// same records and answer the same questions.
+// The window messages that reach a Qt object, as tests read them back.
 
 #include <QObject>
 #include <QPointer>
-#include <cstdint>
-#include <string>
-#include <vector>
+
+#include "support/message_log.h"
 
 namespace marrowfin::test {
-
-struct RecordedMessage {
-    uint32_t message = 0;
-    std::uintptr_t wParam = 0;
-    std::intptr_t lParam = 0;
-    std::u16string text;  // the path of an insertion, the gallery name of request 8
-    bool operator==(const RecordedMessage&) const = default;
-};
-
-struct MessageLog {
-    std::vector<RecordedMessage> records;
-
-    // The records of `message` with a wParam from `first` to `last`.
-    std::vector<RecordedMessage> Of(uint32_t message, std::uintptr_t first = 0,
-                                    std::uintptr_t last = UINTPTR_MAX) const;
-    int Count(uint32_t message, std::uintptr_t wParam) const;
-};
 
 // Records the window messages that reach `target` (sent, or posted and
 // delivered) while the recorder lives. With `consume` the target never sees

@@ -9,10 +9,14 @@
 namespace marrowfin::test {
 
 namespace {
-std::string takeEnv(const char* name, bool& had) {
-    const char* v = std::getenv(name);
-    had = v != nullptr;
-    return had ? std::string(v) : std::string();
+std::optional<std::string> Swap(const char* name, const std::string& value) {
+    const char* old = std::getenv(name);
+    std::optional<std::string> kept = old ? std::optional<std::string>(old) : std::nullopt;
+    setenv(name, value.c_str(), 1);
+    return kept;
+}
+void Restore(const char* name, const std::optional<std::string>& value) {
+    if (value) setenv(name, value->c_str(), 1); else unsetenv(name);
 }
 }  // namespace
 
@@ -22,16 +26,14 @@ TempHome::TempHome() {
     m_dir = pattern;
     std::filesystem::create_directories(configDir());
     std::filesystem::create_directories(documentsDir());
-    m_oldConfig = takeEnv("XDG_CONFIG_HOME", m_hadConfig);
-    m_oldHome = takeEnv("HOME", m_hadHome);
-    setenv("XDG_CONFIG_HOME", configDir().c_str(), 1);
-    setenv("HOME", m_dir.c_str(), 1);
+    m_oldConfig = Swap("XDG_CONFIG_HOME", configDir());
+    m_oldHome = Swap("HOME", m_dir);
     ResetPathCachesForTest();
 }
 
 TempHome::~TempHome() {
-    if (m_hadConfig) setenv("XDG_CONFIG_HOME", m_oldConfig.c_str(), 1); else unsetenv("XDG_CONFIG_HOME");
-    if (m_hadHome) setenv("HOME", m_oldHome.c_str(), 1); else unsetenv("HOME");
+    Restore("XDG_CONFIG_HOME", m_oldConfig);
+    Restore("HOME", m_oldHome);
     ResetPathCachesForTest();
     std::error_code ec;
     std::filesystem::permissions(m_dir, std::filesystem::perms::owner_all, ec);

@@ -2,6 +2,7 @@
 // A fresh temporary folder per test, with XDG_CONFIG_HOME and the documents
 // folder pointed into it, so that no test touches the real home folder.
 
+#include <optional>
 #include <string>
 
 namespace marrowfin::test {
@@ -21,10 +22,7 @@ public:
 
 private:
     std::string m_dir;
-    std::string m_oldConfig;
-    std::string m_oldHome;
-    bool m_hadConfig = false;
-    bool m_hadHome = false;
+    std::optional<std::string> m_oldConfig, m_oldHome;
 };
 
 }  // namespace marrowfin::test

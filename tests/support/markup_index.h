@@ -1,5 +1,7 @@
 #pragma once
-// Helpers shared by the markup tests.
+// The markup document's index as the tests and the fuzz target judge it:
+// its invariants, and its shape in document order, independent of record
+// numbers, so that an edited document can be compared with a fresh parse.
 
 #include <string>
 #include <tuple>
@@ -10,38 +12,37 @@
 
 namespace marrowfin::test {
 
-// The result records as UTF-8, for readable failure messages.
 inline std::string ResultOf(const MarkupDocument& doc) { return U8(doc.GetResult()); }
 inline bool HasRecord(const MarkupDocument& doc, const char* record) {
     return ResultOf(doc).find(record) != std::string::npos;
 }
 
-// Checks the structural invariants of the index: links agree in both
-// directions, every element lies inside its parent, siblings are in text
-// order and do not overlap, each start lies on a '<', depths and first marks fit.
+// Empty when links agree both ways, every element lies inside its parent and on a '<',
+// siblings are in text order without overlap, and depths and first marks fit.
 inline std::string CheckIndex(const MarkupDocument& doc) {
     const auto text = doc.Text();
     if (doc.Record(0).length != text.size()) return "document length";
     for (uint32_t i = 1; i < doc.RecordCount(); ++i) {
         const auto& r = doc.Record(i);
+        if (r.parent >= doc.RecordCount() || r.nextSibling >= doc.RecordCount()) return "links out of range";
         const auto& p = doc.Record(r.parent);
         const auto& n = doc.Record(r.nextSibling);
         const uint32_t level = r.parent == 0 ? 0 : (p.levelMarks & 0xFFFF) + 1;
         if (r.start >= text.size() || text[r.start] != u'<' || size_t{r.start} + r.length > text.size() ||
+            (r.tagLengths & 0x3FFFFF) > r.length ||
             (r.parent != 0 && (r.start < p.start || r.start + r.length > p.start + p.length)) ||
             (r.nextSibling != 0 && (n.prevSibling != i || n.parent != r.parent || n.start < r.start + r.length)) ||
-            (p.firstChild == i) != ((r.levelMarks & MarkupDocument::MarkFirst) != 0) || (r.levelMarks & 0xFFFF) != level)
+            (p.firstChild == i) != ((r.levelMarks & MarkupDocument::MarkFirst) != 0) ||
+            (r.levelMarks & 0xFFFF) != level)
             return "record " + std::to_string(i) + " of " + U8(text);
     }
     return {};
 }
 
-// The index in document order, independent of record numbers.
 using Shape = std::vector<std::tuple<uint32_t, uint32_t, uint32_t, uint32_t>>;
 inline Shape ShapeOf(const MarkupDocument& doc) {
     Shape shape;
-    uint32_t e = doc.Record(0).firstChild;
-    while (e != 0) {
+    for (uint32_t e = doc.Record(0).firstChild; e != 0;) {
         const auto& r = doc.Record(e);
         shape.emplace_back(r.start, r.length, r.tagLengths, r.levelMarks & (0xFFFF | MarkupDocument::MarkFirst));
         if (r.firstChild != 0) {
@@ -54,7 +55,7 @@ inline Shape ShapeOf(const MarkupDocument& doc) {
     return shape;
 }
 
-// An edited document must index as a fresh parse of its text does.
+// What a fresh parse of the document's text indexes.
 inline Shape ReparsedShape(const MarkupDocument& doc) {
     MarkupDocument again;
     again.SetText(doc.Text());
