@@ -80,8 +80,10 @@ void CSelTypeclassButton::DrawItem(QPainter& painter) {
     case 2: {
         const QColor dark(0x21, 0x28, 0x30);
         DrawRoundRect(painter, client, ScaleUnits(5), dark, dark);
-        DrawTextLine(painter, client, text(), Font(SkinFont::Bold), isBoutique ? kLightGold : QColor(Qt::white),
-                     TextPlace::Centre, false);
+        // Between the crown (boutique) and the arrow, so that neither touches the caption.
+        const int from = isBoutique ? ScaleUnits(23) : ScaleUnits(8);
+        DrawTextLine(painter, QRect(from, 0, ScaleUnits(78) - from, client.height()), text(), Font(SkinFont::Bold),
+                     isBoutique ? kLightGold : QColor(Qt::white), TextPlace::Centre, false);
         if (isBoutique) DrawSheetCell(painter, ScaleBox(7, 7, 16, 16), 352, 88, 16, 16);
         const int arrow = isBoutique ? (isChecked ? 228 : 214) : (isChecked ? 256 : 242);
         DrawSheetCell(painter, ScaleBox(80, 9, 14, 14), arrow, 72, 14, 14);
