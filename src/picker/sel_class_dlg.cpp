@@ -251,6 +251,14 @@ void CSelClassDlg::OnTableFetched(const std::u16string& text) {
     update();
 }
 
+void CSelClassDlg::TableChanged() {
+    // A first run opens the manager before its table has come from the worker.
+    if (!m_built || !m_tableMissing || m_reloading || !HasClassTable(m_table)) return;
+    MakePicker();
+    Layout();
+    update();
+}
+
 void CSelClassDlg::ToggleSortMenu() {
     CSkinButton* sort = m_buttons[Sort];
     sort->selected = !sort->selected;

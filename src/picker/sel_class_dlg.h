@@ -50,6 +50,8 @@ public:
     // Builds the window and shows it modal to the panel; returns at once.
     void Open();
 
+    // The panel applied a class table: a failure face gives way to the picker.
+    void TableChanged();
     void Finish();  // button 999
     void ToggleSortMenu();
     void CloseSearchTip();

@@ -1,6 +1,9 @@
 // The panel's roads into the class manager: button 2002, the exports, the
 // start-up without Show.xml, and a route to a class that is not listed.
 
+#include <QPointer>
+#include <QTimer>
+
 #include "net/gallery_sync.h"
 #include "panel/dialog/brindle_dlg.h"
 #include "panel/dialog/class_route.h"
@@ -49,7 +52,10 @@ bool CBrindleDlg::RunClassManager(std::function<void(int result, bool wantSearch
         m_listNodes.clear();
     };
     manager->onFinished = [this, manager, then = std::move(then)](int result, bool wantSearch) {
-        manager->deleteLater();
+        // Gone at once for the panel, so that the continuation may open the
+        // next one; the window itself goes when its click has returned.
+        m_manager = nullptr;
+        QTimer::singleShot(0, [doomed = QPointer<CSelClassDlg>(manager)] { delete doomed.data(); });
         if (then) then(result, wantSearch);
     };
     manager->Open();
