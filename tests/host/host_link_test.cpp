@@ -26,6 +26,7 @@
 #include "store/gallery_node.h"
 #include "store/gallery_store.h"
 #include "store/gallery_tree.h"
+#include "store/show_list.h"
 #include "support/recording_host.h"
 #include "support/temp_home.h"
 
@@ -41,6 +42,7 @@ protected:
     static void SetUpTestSuite() {
         home = new marrowfin::test::TempHome;
         WriteOptionString(u"ServiceBase", u"http://127.0.0.1:9");
+        WriteShowList({});  // picked before: the start-up opens no class manager
         host = new RecordingHost;
         MarrowfinSetMainWindow(host);
         panel = EnsurePanel(nullptr);
