@@ -55,8 +55,10 @@ void CSelTypeclassButton::DrawClassButton(QPainter& painter) {
         DrawTextLine(painter, QRect(start, top, captionWidth, h - top), text(), Font(SkinFont::Normal), textColour,
                      TextPlace::Left, true);
         const QString desc = Description(describe);
-        DrawTextLine(painter, QRect(start + captionWidth, top, MeasureText(desc), h - top), desc,
-                     Font(SkinFont::Normal), QColor(0x99, 0x99, 0x99), TextPlace::Left, false);
+        // A long description is cut with an ellipsis at the button's edge rather than by it.
+        const int room = std::min(MeasureText(desc), w - ScaleUnits(6) - start - captionWidth);
+        DrawTextLine(painter, QRect(start + captionWidth, top, room, h - top), desc, Font(SkinFont::Normal),
+                     QColor(0x99, 0x99, 0x99), TextPlace::Left, true);
     } else {
         DrawTextLine(painter, QRect(0, top, w - ScaleUnits(6), h - top), text(), Font(SkinFont::Normal), textColour,
                      TextPlace::Centre, true);
