@@ -7,6 +7,7 @@
 #include <QTest>
 
 #include "picker/class_selection.h"
+#include "picker/gal_sort_sel_dlg.h"
 #include "picker/gal_region_dlg.h"
 #include "picker/gallery_type_dlg.h"
 #include "picker/picker_state.h"
@@ -20,6 +21,7 @@
 #include "skin/skin_test_util.h"
 #include "store/show_list.h"
 #include "store/store_paths.h"
+#include "support/event_pump.h"
 #include "support/reference_picture.h"
 #include "support/temp_home.h"
 #include "support/widget_input.h"
@@ -149,6 +151,17 @@ TEST(ClassManager, KindsSectionsAndTheStrip) {
     EXPECT_FALSE(region->m_overflow || picker.Arrow(1004)->isVisible());
     region->ScrollStrip(1);
     EXPECT_EQ(region->m_pStrip->x(), 0);
+
+    // A new sort: the picker takes the table on again a second later and opens a closed section.
+    Click(picker.SectionTitle(true), QPoint(20, 10));
+    ASSERT_FALSE(picker.m_boutiqueOpen);
+    m.Press(1200);
+    ASSERT_TRUE(m.dlg->SortMenu() && m.dlg->SortMenu()->isVisible());
+    EXPECT_EQ(m.dlg->Button(1200)->text(), QStringLiteral("排序∧"));
+    Click(m.dlg->SortMenu()->Choice(1002), QPoint(20, 10));
+    EXPECT_EQ(GetOptionInt(u"GalDefSort", -1), 2);
+    EXPECT_FALSE(picker.m_boutiqueOpen);
+    EXPECT_TRUE(PumpUntil([&] { return picker.m_boutiqueOpen; }, 3000));
 }
 
 TEST(ClassManager, TheStripOfManyKindsScrollsBetweenItsEnds) {
