@@ -207,7 +207,7 @@ TEST(ClassManagerRoad, RoutesAddUnlistedClassesUpToTheLimitOf101) {
 TEST(ClassManagerRoad, AReloadWithTheServiceDownKeepsTheFailureFaceAndUpAgainRebuildsThePicker) {
     NEEDS_A_FRESH_PROCESS();
     Road r;
-    r.service.handle.faults().set("/gallery/selpageinfo", {.status = 500});
+    r.service.handle.faults().set("/gallery/selpageinfo", {.latencyMs = 300, .status = 500});
     ASSERT_TRUE(r.Start({r.G(0), r.G(1)}));
     ShowBoutiqueGallery();
     CSelClassDlg* m = r.WaitForManager();
