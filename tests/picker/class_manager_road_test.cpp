@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <QApplication>
+#include <QKeyEvent>
 #include <QPointer>
 
 #include "host/panel_access.h"
@@ -98,6 +99,10 @@ TEST(ClassManagerRoad, AFirstStartChoosesThroughTheManagerAndEveryCallerFollowsI
     EXPECT_EQ(m->windowModality(), Qt::WindowModal);
     EXPECT_FALSE(r.panel->windowFlags().testFlag(Qt::WindowStaysOnTopHint));
     EXPECT_TRUE(m->m_showSearchTip && m->Button(996)->isVisible());
+    // The host's loop leaves the manager's keys to it, as a modal loop of its own would.
+    QKeyEvent escape(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier);
+    MarrowfinMsg message{m->Picker(), &escape};
+    EXPECT_EQ(GaDllPretanslateMsg(&message), 0);
     // The first table comes from the worker after the opening; the picker follows it.
     ASSERT_TRUE(PumpUntil([m] { return !m->m_tableMissing; }, 15000));
     CGalleryTypeDlg* picker = m->Picker();

@@ -177,7 +177,8 @@ public:
     // Opens the class manager modal to the panel and returns at once; `then`
     // runs with its result (1 after "完成") and whether it asked for the
     // search page. False (and `then` dropped) while a manager is open.
-    bool RunClassManager(std::function<void(int result, bool wantSearch)> then);
+    // The route's manager shows no descriptions (`withDescriptions` false).
+    bool RunClassManager(std::function<void(int result, bool wantSearch)> then, bool withDescriptions = true);
     // Button 2002 and ShowBoutiqueGallery: the manager, then the store
     // reloaded and the list applied, or the search page.
     void ManageClasses();

@@ -32,7 +32,7 @@ std::u16string ClassNameOfRoute(std::u16string_view route) {
     return name;
 }
 
-bool CBrindleDlg::RunClassManager(std::function<void(int result, bool wantSearch)> then) {
+bool CBrindleDlg::RunClassManager(std::function<void(int result, bool wantSearch)> then, bool withDescriptions) {
     if (m_manager) {
         // One manager at a time: the open one comes forward.
         m_manager->raise();
@@ -41,7 +41,7 @@ bool CBrindleDlg::RunClassManager(std::function<void(int result, bool wantSearch
     }
     auto* manager = new CSelClassDlg(this, m_classTable);
     m_manager = manager;
-    manager->m_showDesc = m_showDesc;
+    manager->m_showDesc = withDescriptions && m_showDesc;
     manager->panelHandle = Handle();
     manager->applyTable = [this](const std::u16string& text) {
         (void)ApplyClassTable(text, m_classTable, m_classVersions);
@@ -112,7 +112,7 @@ void CBrindleDlg::ContinueClassRoute(const std::u16string& route, const std::u16
                     return;
                 }
                 ContinueClassRoute(route, name, true);
-            });
+            }, false);
         });
         tip->open();
         return;
