@@ -34,10 +34,7 @@ constexpr int kIds[6] = {996, 1000, 999, 998, 997, 1200};
 const QColor kText(0x33, 0x33, 0x33);
 
 void SetStaysOnTop(QWidget* window, bool onTop) {
-    if (!window || window->testAttribute(Qt::WA_WState_Created) == false) {
-        if (window) window->setWindowFlag(Qt::WindowStaysOnTopHint, onTop);
-        return;
-    }
+    if (!window) return;
     // Changing a flag takes the window down: a shown one is shown again.
     const bool shown = window->isVisible();
     window->setWindowFlag(Qt::WindowStaysOnTopHint, onTop);
