@@ -161,12 +161,14 @@ void CSelClassDlg::Layout() {
         m_picker->hide();
         finish->setText(QStringLiteral("重新加载"));
         finish->setGeometry(ScaleBox(820 / 2, 381, 160, 36));
+        finish->setEnabled(!m_tableComing && !m_reloading);
         m_buttons[Clear]->hide();
         m_buttons[Sort]->hide();
         m_scrollBar->hide();
         return;
     }
     finish->setText(QStringLiteral("完成"));
+    finish->setEnabled(true);
     finish->setGeometry(ScaleBox(820 / 2, 653, 160, 36));
     m_picker->show();
     m_scrollBar->setGeometry(width() - ScaleUnits(17), ScaleUnits(99), ScaleUnits(6), ScaleUnits(540));
@@ -222,6 +224,7 @@ void CSelClassDlg::Finish() {
         if (m_reloading) return;
         m_reloading = true;
         m_buttons[FinishButton]->setEnabled(false);
+        update();
         const WindowHandle self = HandleOf(this);
         const bool started = StartPanelWorker([self] {
             // A window closed meanwhile drops the answer with its message.
@@ -237,7 +240,8 @@ void CSelClassDlg::Finish() {
 
 void CSelClassDlg::OnTableFetched(const std::u16string& text) {
     m_reloading = false;
-    m_buttons[FinishButton]->setEnabled(true);
+    m_buttons[FinishButton]->setEnabled(!m_tableComing);
+    update();
     if (applyTable)
         applyTable(text);
     else
@@ -250,6 +254,11 @@ void CSelClassDlg::OnTableFetched(const std::u16string& text) {
 
 void CSelClassDlg::TableChanged() {
     // A first run opens the manager before its table has come from the worker.
+    if (m_tableComing) {
+        m_tableComing = false;
+        if (m_built && !m_reloading) m_buttons[FinishButton]->setEnabled(true);
+        update();
+    }
     if (!m_built || !m_tableMissing || m_reloading || !HasClassTable(m_table)) return;
     MakePicker();
     Layout();
@@ -361,8 +370,11 @@ void CSelClassDlg::paintEvent(QPaintEvent*) {
     if (m_tableMissing) {
         DrawSheetCell(p, QRect((w - ScaleUnits(70)) / 2, ScaleUnits(265), ScaleUnits(70), ScaleUnits(70)), 363, 0, 70,
                       70);
-        DrawTextLine(p, QRect(0, ScaleUnits(333), w, ScaleUnits(40)), QStringLiteral("图库获取失败，请先检查网络"), normal,
-                     QColor(0x99, 0x99, 0x99), TextPlace::Centre, false);
+        // While a table is on its way the face says so instead of reporting a failure.
+        const QString line = m_tableComing || m_reloading ? QStringLiteral("图库加载中，请稍候")
+                                                          : QStringLiteral("图库获取失败，请先检查网络");
+        DrawTextLine(p, QRect(0, ScaleUnits(333), w, ScaleUnits(40)), line, normal, QColor(0x99, 0x99, 0x99),
+                     TextPlace::Centre, false);
         return;
     }
     DrawTextLine(p, ScaleRect(40, 49, 980, 89), QString::fromStdU16String(g_typeWord), Font(SkinFont::LargeBold), kText,

@@ -37,6 +37,8 @@ public:
     bool m_wantSearch = false;
     bool m_showSearchTip = true;
     bool m_showDesc = false;
+    // The panel is still fetching its first table: the window waits for it.
+    bool m_tableComing = false;
 
     // The panel applies a fetched table (and refreshes what shows it).
     std::function<void(const std::u16string& text)> applyTable;
@@ -50,7 +52,8 @@ public:
     // Builds the window and shows it modal to the panel; returns at once.
     void Open();
 
-    // The panel applied a class table: a failure face gives way to the picker.
+    // The panel applied a class table (or its fetch ended): a failure face
+    // gives way to the picker, or stops waiting.
     void TableChanged();
     void Finish();  // button 999
     void ToggleSortMenu();

@@ -92,6 +92,7 @@ std::vector<std::u16string> ShowNames() {
 TEST(ClassManagerRoad, AFirstStartChoosesThroughTheManagerAndEveryCallerFollowsIt) {
     NEEDS_A_FRESH_PROCESS();
     Road r;
+    r.service.handle.faults().set("/gallery/selpageinfo", {.latencyMs = 300});
     ASSERT_TRUE(r.Start({}));
     // No Show.xml: the manager stands above the panel, which is no longer top-most.
     CSelClassDlg* m = r.WaitForManager();
@@ -103,7 +104,8 @@ TEST(ClassManagerRoad, AFirstStartChoosesThroughTheManagerAndEveryCallerFollowsI
     QKeyEvent escape(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier);
     MarrowfinMsg message{m->Picker(), &escape};
     EXPECT_EQ(GaDllPretanslateMsg(&message), 0);
-    // The first table comes from the worker after the opening; the picker follows it.
+    // The first table comes from the worker after the opening: the window waits, then the picker follows.
+    EXPECT_TRUE(m->m_tableMissing && !m->Button(999)->isEnabled());
     ASSERT_TRUE(PumpUntil([m] { return !m->m_tableMissing; }, 15000));
     CGalleryTypeDlg* picker = m->Picker();
     std::u16string otherKind;
@@ -219,6 +221,8 @@ TEST(ClassManagerRoad, AReloadWithTheServiceDownKeepsTheFailureFaceAndUpAgainReb
     ASSERT_NE(m, nullptr);
     EXPECT_TRUE(m->m_tableMissing);
     EXPECT_EQ(m->Button(999)->text(), QStringLiteral("重新加载"));
+    // The start's own request fails first; until then the button waits.
+    ASSERT_TRUE(PumpUntil([m] { return m->Button(999)->isEnabled(); }, 10000));
     // The request runs on a worker: the button waits, the window stays usable.
     r.Press(m->Button(999));
     EXPECT_TRUE(m->Reloading() && !m->Button(999)->isEnabled());

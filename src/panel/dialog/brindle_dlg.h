@@ -124,6 +124,7 @@ public:
     ClassVersions m_classVersions;  // the table of the start of this run
     std::vector<QString> m_hotWords;
     bool m_showDesc = false;
+    bool m_classTableComing = false;  // a first run's table is on its way
     // Reapplies the cached table (timer 1004, command 24).
     void ReapplyClassTable();
 

@@ -31,6 +31,7 @@ void CBrindleDlg::ReapplyClassTable() {
     // The first table of a first run comes after start-up: what the host was
     // told about boutique blocks without it must not outlive it.
     if (!hadTable) m_boutiqueCache.clear();
+    m_classTableComing = false;
     if (m_manager) m_manager->TableChanged();
 }
 

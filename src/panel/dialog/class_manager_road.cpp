@@ -42,6 +42,7 @@ bool CBrindleDlg::RunClassManager(std::function<void(int result, bool wantSearch
     auto* manager = new CSelClassDlg(this, m_classTable);
     m_manager = manager;
     manager->m_showDesc = withDescriptions && m_showDesc;
+    manager->m_tableComing = m_classTableComing;
     manager->panelHandle = Handle();
     manager->applyTable = [this](const std::u16string& text) {
         (void)ApplyClassTable(text, m_classTable, m_classVersions);
