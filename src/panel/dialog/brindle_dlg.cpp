@@ -202,10 +202,10 @@ void CBrindleDlg::OnTreeUpdate() {
                 break;
             case TreeUpdateKind::GalleryFull:
                 if (!m_routeGallery.empty() && change.gallery == m_routeGallery) {
-                    // A route's class has come: the column lists it and the class opens.
+                    // A route's class has come: the column lists it and the class
+                    // opens, unless the user has gone elsewhere meanwhile.
                     m_routeGallery.clear();
-                    m_curClassPath = m_routeTarget;
-                    SetTimer(Handle(), kTimerBuildClassList, kClassListMs);
+                    if (m_curClassPath == m_routeTarget) SetTimer(Handle(), kTimerBuildClassList, kClassListMs);
                     break;
                 }
                 if (!m_galleryFetchPending) break;

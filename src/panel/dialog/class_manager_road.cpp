@@ -122,11 +122,13 @@ void CBrindleDlg::ContinueClassRoute(const std::u16string& route, const std::u16
     (void)AddGalleryToShowList(name);
     m_curClassPath = m_store->root->Path() + route;
     m_targetClass.clear();
-    // The class comes on a worker; its arrival reopens it (OnTreeUpdate).
+    // The class comes on a worker; its arrival rebuilds the column and opens
+    // it (OnTreeUpdate), as the rebuild followed the fetch when it waited.
     std::optional<TreeRequest> request = PrepareGalleryFull(*m_store, name, true);
     if (request && StartTreeRequest(*m_store, std::move(*request))) {
         m_routeGallery = name;
         m_routeTarget = m_curClassPath;
+        return;
     }
     SetTimer(Handle(), kTimerBuildClassList, kClassListMs);
 }
