@@ -19,6 +19,9 @@ bool IsPanelOrDescendant(const marrowfin::CBrindleDlg& panel, QObject* receiver)
     if (!receiver || !receiver->isWidgetType()) return false;
     for (QObject* at = receiver; at; at = at->parent()) {
         if (at == &panel) return true;
+        // A window of its own (the class manager, a tip) is modal: the panel
+        // does not pre-translate what belongs to it.
+        if (static_cast<QWidget*>(at)->isWindow()) return false;
     }
     return false;
 }

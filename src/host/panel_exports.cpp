@@ -44,11 +44,13 @@ extern "C" MARROWFIN_API void ShowGallery(const char16_t* location, const char16
             return;
         }
         panel.HidePanel();
-        const bool toSearch = panel.RunClassManager();
-        // The picker may have changed Show.xml: the tree is rebuilt on a
-        // worker, and its arrival rebuilds the class list.
-        panel.RebuildTree();
-        if (toSearch) panel.GoToPage(PageSearch);
+        // The manager may change Show.xml: once it ends, the tree is rebuilt
+        // on a worker, and its arrival rebuilds the class list. A manager
+        // already open (a new panel without Show.xml) does the same.
+        (void)panel.RunClassManager([&panel](int, bool wantSearch) {
+            panel.RebuildTree();
+            if (wantSearch) panel.GoToPage(PageSearch);
+        });
     });
 }
 
@@ -112,10 +114,6 @@ extern "C" MARROWFIN_API void ShowBoutiqueGallery(void) {
         if (!made) return;
         CBrindleDlg& panel = *made;
         panel.ShowPanel();
-        if (panel.RunClassManager()) {
-            panel.GoToPage(PageSearch);
-        } else {
-            (void)SendWindowMessage(panel.Handle(), MsgPanelCommand, 6, 0);
-        }
+        panel.ManageClasses();
     });
 }

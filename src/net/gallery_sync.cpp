@@ -410,15 +410,6 @@ bool FetchGalleryFull(GalleryStore& store, std::u16string_view name, bool create
     return ApplyTreeUpdate(store, update).ok;
 }
 
-void OpenAddedGallery(GalleryStore& store, std::u16string_view name) {
-    const auto it = store.galleryFetchTicks.find(std::u16string(name));
-    if (it != store.galleryFetchTicks.end() && TicksSince(it->second) <= kGalleryFreshMs) {
-        (void)ReadCatalogue(store, name);
-        return;
-    }
-    (void)FetchGalleryFull(store, name, false);
-}
-
 void RefreshClassSummary(GalleryStore& store, std::u16string_view name) {
     const std::optional<TreeRequest> request = PrepareClassSummary(store, name);
     if (!request) return;

@@ -59,7 +59,6 @@ bool StartTreeRequest(GalleryStore& store, TreeRequest request);
 
 // The same roads on the calling thread, for callers that may wait.
 bool FetchGalleryFull(GalleryStore& store, std::u16string_view name, bool createIfMissing);
-void OpenAddedGallery(GalleryStore& store, std::u16string_view name);
 void RefreshClassSummary(GalleryStore& store, std::u16string_view name);
 void OpenClass(GalleryStore& store, std::u16string_view path);
 void FetchClassItems(GalleryStore& store, std::u16string_view path);

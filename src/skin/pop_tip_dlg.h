@@ -20,6 +20,7 @@ public:
     void OnInitDialog();
     int DoModal() { return exec(); }
 
+    const QString& FirstLine() const { return m_text1; }
     CSkinButton* OkButton() const { return m_ok; }
     CSkinButton* CancelButton() const { return m_cancel; }
     CSkinButton* CloseButton() const { return m_close; }

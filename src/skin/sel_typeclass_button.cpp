@@ -55,8 +55,10 @@ void CSelTypeclassButton::DrawClassButton(QPainter& painter) {
         DrawTextLine(painter, QRect(start, top, captionWidth, h - top), text(), Font(SkinFont::Normal), textColour,
                      TextPlace::Left, true);
         const QString desc = Description(describe);
-        DrawTextLine(painter, QRect(start + captionWidth, top, MeasureText(desc), h - top), desc,
-                     Font(SkinFont::Normal), QColor(0x99, 0x99, 0x99), TextPlace::Left, false);
+        // A long description is cut with an ellipsis at the button's edge rather than by it.
+        const int room = std::min(MeasureText(desc), w - ScaleUnits(6) - start - captionWidth);
+        DrawTextLine(painter, QRect(start + captionWidth, top, room, h - top), desc, Font(SkinFont::Normal),
+                     QColor(0x99, 0x99, 0x99), TextPlace::Left, true);
     } else {
         DrawTextLine(painter, QRect(0, top, w - ScaleUnits(6), h - top), text(), Font(SkinFont::Normal), textColour,
                      TextPlace::Centre, true);
@@ -80,8 +82,10 @@ void CSelTypeclassButton::DrawItem(QPainter& painter) {
     case 2: {
         const QColor dark(0x21, 0x28, 0x30);
         DrawRoundRect(painter, client, ScaleUnits(5), dark, dark);
-        DrawTextLine(painter, client, text(), Font(SkinFont::Bold), isBoutique ? kLightGold : QColor(Qt::white),
-                     TextPlace::Centre, false);
+        // Between the crown (boutique) and the arrow, so that neither touches the caption.
+        const int from = isBoutique ? ScaleUnits(23) : ScaleUnits(8);
+        DrawTextLine(painter, QRect(from, 0, ScaleUnits(78) - from, client.height()), text(), Font(SkinFont::Bold),
+                     isBoutique ? kLightGold : QColor(Qt::white), TextPlace::Centre, false);
         if (isBoutique) DrawSheetCell(painter, ScaleBox(7, 7, 16, 16), 352, 88, 16, 16);
         const int arrow = isBoutique ? (isChecked ? 228 : 214) : (isChecked ? 256 : 242);
         DrawSheetCell(painter, ScaleBox(80, 9, 14, 14), arrow, 72, 14, 14);

@@ -50,4 +50,44 @@ bool AddGalleryToShowList(std::u16string_view name) {
     return doc.SaveFile(file);
 }
 
+std::vector<ShowItem> ReadAllShowItems() {
+    std::vector<ShowItem> items;
+    const std::u16string file = ShowListPath();
+    if (!FileExists(file)) return items;
+    MarkupDocument doc;
+    (void)doc.LoadFile(file);
+    while (doc.FindElement(u"root")) {
+        if (!doc.EnterElement()) continue;
+        while (doc.FindElement(u"item")) items.push_back({doc.GetElementText(), doc.GetAttribute(u"describe")});
+        (void)doc.LeaveElement();
+    }
+    return items;
+}
+
+bool WriteShowList(const std::vector<ShowItem>& items) {
+    MarkupDocument doc;
+    if (!doc.AddElement(u"root") || !doc.EnterElement()) return false;
+    for (const ShowItem& item : items) {
+        // A name the document refuses would not read back: it is left out.
+        if (!doc.AddElement(u"item", item.name)) continue;
+        (void)doc.SetAttribute(u"describe", item.describe);
+    }
+    (void)doc.LeaveElement();
+    (void)CreateDirectories(StoreRoot());
+    return doc.SaveFile(ShowListPath());
+}
+
+ShowListing CountShowList(std::u16string_view name) {
+    ShowListing listing;
+    MarkupDocument doc;
+    if (!FileExists(ShowListPath())) return listing;
+    (void)doc.LoadFile(ShowListPath());
+    if (!doc.FindElement(u"root") || !doc.EnterElement()) return listing;
+    while (doc.FindElement(u"item")) {
+        ++listing.count;
+        if (doc.GetElementText() == name) listing.listed = true;
+    }
+    return listing;
+}
+
 }  // namespace marrowfin

@@ -26,4 +26,20 @@ std::vector<ShowItem> ReadShowList(bool createFolders);
 // write failed).
 bool AddGalleryToShowList(std::u16string_view name);
 
+// Every item of every <root> in file order, empty ones included, without the
+// limit: the class manager's working copy starts from exactly what is there.
+std::vector<ShowItem> ReadAllShowItems();
+
+// Replaces Show.xml by one <root> holding `items` in their order, each with
+// its describe attribute; creates the store folder when missing.
+bool WriteShowList(const std::vector<ShowItem>& items);
+
+// What a route finds in Show.xml: the items under the first <root> and
+// whether one of them is `name`.
+struct ShowListing {
+    size_t count = 0;
+    bool listed = false;
+};
+ShowListing CountShowList(std::u16string_view name);
+
 }  // namespace marrowfin

@@ -23,6 +23,7 @@
 #include "platform/text.h"
 #include "platform/ticks.h"
 #include "store/gallery_tree.h"
+#include "store/show_list.h"
 #include "support/recording_host.h"
 #include "support/temp_home.h"
 
@@ -38,6 +39,7 @@ protected:
     static void SetUpTestSuite() {
         home = new marrowfin::test::TempHome;
         WriteOptionString(u"ServiceBase", u"http://127.0.0.1:9");
+        WriteShowList({});  // picked before: the start-up opens no class manager
         host = new RecordingHost;
         MarrowfinSetMainWindow(host);
         panel = EnsurePanel(nullptr);

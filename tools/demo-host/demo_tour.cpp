@@ -277,6 +277,40 @@ void DemoTour::BuildSteps() {
                        },
                        nullptr, settle, QStringLiteral("recent")});
 
+    {
+        // The class manager, as the host's "pick galleries" opens it: shown
+        // above the panel, photographed, then closed by its close button.
+        auto manager = [] {
+            for (QWidget* w : QApplication::topLevelWidgets())
+                if (w->isVisible() && QByteArray(w->metaObject()->className()).endsWith("CSelClassDlg")) return w;
+            return static_cast<QWidget*>(nullptr);
+        };
+        m_steps.push_back({QStringLiteral("class-manager"), [this, manager](QString& why) {
+                               m_exports.ShowBoutiqueGallery();
+                               QWidget* window = manager();
+                               if (!window) {
+                                   why = QStringLiteral("ShowBoutiqueGallery opened no class manager");
+                                   return false;
+                               }
+                               window->setProperty("tourSeen", true);  // this step answers it, not the modal watcher
+                               return true;
+                           },
+                           [manager] { return manager() != nullptr; }, settle, QString(), false,
+                           [this, manager](QString& why) {
+                               QWidget* window = manager();
+                               if (!window || !Shoot(QStringLiteral("manager"), [window] { return window->grab().toImage(); })) {
+                                   why = QStringLiteral("no picture of the class manager");
+                                   return false;
+                               }
+                               // The close button: 16 units square, 24 from the right, 7 from the top.
+                               const double rate = window->width() / 980.0;
+                               ClickAt(window, QPoint(window->width() - static_cast<int>(16 * rate), static_cast<int>(15 * rate)));
+                               return true;
+                           }});
+        m_steps.push_back({QStringLiteral("class-manager-closed"), [](QString&) { return true; },
+                           [manager] { return manager() == nullptr; }, 300, QString()});
+    }
+
     m_steps.push_back({QStringLiteral("collections-signed-out"), [this](QString& why) {
                            const uint64_t handle = m_exports.GetGallery();
                            if (!handle) {

@@ -53,6 +53,9 @@ extern std::u16string g_generalTitle;
 
 // The `item` entries of NewAddGalleryType.xml into g_seenClasses (text as name, `ver` as seen).
 void ReadSeenClasses();
+// NewAddGalleryType.xml anew: every g_seenClasses entry as `item`, then every
+// g_seenKinds entry as `class`, each with its seen version as `ver`.
+bool WriteSeenVersions();
 
 // First reader, once at start-up: fills `table` from the cached file and
 // answers each class's version; also reads the seen kinds and, on a first

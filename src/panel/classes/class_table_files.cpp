@@ -42,6 +42,17 @@ void ReadSeenClasses() {
     }
 }
 
+bool WriteSeenVersions() {
+    // Elements side by side at the top level, as the reader expects them.
+    MarkupDocument doc;
+    for (const auto& [name, extra] : g_seenClasses)
+        if (doc.AddElement(u"item", name)) (void)doc.SetAttribute(u"ver", extra.seen);
+    for (const auto& [name, extra] : g_seenKinds)
+        if (doc.AddElement(u"class", name)) (void)doc.SetAttribute(u"ver", extra.seen);
+    (void)CreateDirectories(StoreRoot());
+    return WriteFileAtomic(SeenClassVersionsPath(), "\xEF\xBB\xBF" + U8(doc.Text()));
+}
+
 ClassVersions ReadClassVersions(ClassTable& table) {
     ClassVersions versions;
     const std::u16string path = ClassTablePath();

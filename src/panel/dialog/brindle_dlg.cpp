@@ -22,6 +22,7 @@
 #include "panel/lists/class_list_ctrl.h"
 #include "panel/lists/dwg_list_view.h"
 #include "panel/paint/panel_painter.h"
+#include "picker/sel_class_dlg.h"
 #include "platform/files.h"
 #include "platform/profile.h"
 #include "platform/qt/qt_window_system.h"
@@ -46,6 +47,8 @@ CBrindleDlg::~CBrindleDlg() {
     // must not reach handlers that read the panel's fields.
     delete m_searchEdit;
     m_searchEdit = nullptr;
+    // An open manager goes first, while the panel it hands top-most back to is whole.
+    delete m_manager.data();
 }
 
 bool CBrindleDlg::Create(QWidget* parent) {
@@ -155,11 +158,14 @@ void CBrindleDlg::OnInitDialog() {
     (void)AdoptTreeUpdates(*m_store);
     m_treeWaiting = m_store->syncBusy.load() != 0;
 
-    // 14. No Show.xml yet: the user has picked no gallery.
+    // 14. No Show.xml yet: the user has picked no gallery. The panel starts
+    // with the empty tree while the manager is open; its end reloads the store.
     if (!FileExists(ShowListPath())) {
-        // The class manager dialog joins later; until then the tree is built
-        // as it would be after the dialog closed without a change.
         RebuildTree();
+        (void)RunClassManager([this](int, bool wantSearch) {
+            RebuildTree();
+            if (wantSearch) GoToPage(PageSearch);
+        });
     }
 
     // 15. The host's main window and its channel text.
@@ -195,6 +201,13 @@ void CBrindleDlg::OnTreeUpdate() {
                 SetTimer(Handle(), kTimerBuildClassList, kClassListMs);
                 break;
             case TreeUpdateKind::GalleryFull:
+                if (!m_routeGallery.empty() && change.gallery == m_routeGallery) {
+                    // A route's class has come: the column lists it and the class
+                    // opens, unless the user has gone elsewhere meanwhile.
+                    m_routeGallery.clear();
+                    if (m_curClassPath == m_routeTarget) SetTimer(Handle(), kTimerBuildClassList, kClassListMs);
+                    break;
+                }
                 if (!m_galleryFetchPending) break;
                 m_galleryFetchPending = false;
                 if (CSkinButton* download = Button(2151)) download->setEnabled(true);

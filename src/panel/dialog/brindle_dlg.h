@@ -20,6 +20,7 @@
 #include <QPointer>
 #include <QWidget>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <string>
 #include <vector>
@@ -28,6 +29,7 @@
 #include "panel/model/block_row.h"
 #include "panel/model/panel_messages.h"
 #include "panel/model/panel_page.h"
+#include "picker/sel_class_dlg.h"
 #include "platform/window_messages.h"
 #include "store/node_list.h"
 
@@ -122,6 +124,7 @@ public:
     ClassVersions m_classVersions;  // the table of the start of this run
     std::vector<QString> m_hotWords;
     bool m_showDesc = false;
+    bool m_classTableComing = false;  // a first run's table is on its way
     // Reapplies the cached table (timer 1004, command 24).
     void ReapplyClassTable();
 
@@ -172,8 +175,18 @@ public:
     void SearchCommand(int id);
     void LayoutCollectionBar(bool shown);
     void RebuildClassList();
-    // Runs the class manager (the gallery picker); true when it asks for the search page.
-    bool RunClassManager();
+    // Opens the class manager modal to the panel and returns at once; `then`
+    // runs with its result (1 after "完成") and whether it asked for the
+    // search page. False (and `then` dropped) while a manager is open.
+    // The route's manager shows no descriptions (`withDescriptions` false).
+    bool RunClassManager(std::function<void(int result, bool wantSearch)> then, bool withDescriptions = true);
+    // Button 2002 and ShowBoutiqueGallery: the manager, then the store
+    // reloaded and the list applied, or the search page.
+    void ManageClasses();
+    // Opens the class of a route, adding it to Show.xml first when it is not
+    // listed, within the limit of 101 classes.
+    void OpenClassRoute(const std::u16string& route);
+    CSelClassDlg* ClassManager() const { return m_manager; }
 
     // Tests and the tour read these.
     CSkinButton* Button(int id) const;
@@ -226,6 +239,11 @@ private:
     bool ClassIsBoutique(const std::u16string& path) const;
 
     QPointer<QWidget> m_parent;
+    QPointer<CSelClassDlg> m_manager;
+    // A route's class added to Show.xml and asked for: its arrival opens it.
+    std::u16string m_routeGallery;
+    std::u16string m_routeTarget;
+    void ContinueClassRoute(const std::u16string& route, const std::u16string& name, bool secondRound);
     bool m_created = false;
 
     // Input state of brindle_input.cpp: Qt reports Control as a modifier but

@@ -31,6 +31,8 @@ void CBrindleDlg::ReapplyClassTable() {
     // The first table of a first run comes after start-up: what the host was
     // told about boutique blocks without it must not outlive it.
     if (!hadTable) m_boutiqueCache.clear();
+    m_classTableComing = false;
+    if (m_manager) m_manager->TableChanged();
 }
 
 void CBrindleDlg::OnClassTableRefresh(std::uintptr_t code, std::unique_ptr<MessagePayload> payload) {

@@ -136,9 +136,8 @@ void CBrindleDlg::LocationStep(const std::u16string& location) {
         OpenTargetClass();
         return;
     }
-    // Other routes belong to the class manager, which also adds a missing
-    // gallery to the shown list; until it is in, the panel opens what it has.
-    OpenRoute(location);
+    // Any other route may name a class that is not listed yet: it is added.
+    OpenClassRoute(location);
 }
 
 void CBrindleDlg::OpenCollectionsForHost() {

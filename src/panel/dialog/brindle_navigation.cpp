@@ -510,11 +510,12 @@ void CBrindleDlg::OpenRoute(const std::u16string& route) {
         m_curClassPath.clear();
         SearchCommand(2202);
     }
-    // Routes outside the collections go through the class manager's
-    // OpenClassRoute once it joins, which also lists a missing class in
-    // Show.xml; until then every route opens as a target class.
-    m_targetClass = route;
-    OpenTargetClass();
+    if (route.rfind(kCollectionRoute, 0) == 0) {
+        m_targetClass = route;
+        OpenTargetClass();
+        return;
+    }
+    OpenClassRoute(route);
 }
 
 void CBrindleDlg::OpenTargetClass() {
@@ -667,12 +668,6 @@ void CBrindleDlg::FilterCollectionRows() {
 
 // ---- panel buttons -----------------------------------------------------------
 
-bool CBrindleDlg::RunClassManager() {
-    // The gallery picker joins with the class manager; without it nothing asks
-    // for the search page.
-    return false;
-}
-
 void CBrindleDlg::OnPanelButton(int id) {
     switch (id) {
         case 2150:
@@ -715,10 +710,7 @@ void CBrindleDlg::OnPanelButton(int id) {
             GoToPage(PageSearch);
             return;
         case 2002:
-            if (RunClassManager())
-                GoToPage(PageSearch);
-            else
-                SendWindowMessage(Handle(), MsgPanelCommand, 6, 0);
+            ManageClasses();
             return;
         default:
             return;

@@ -28,6 +28,7 @@ void StartUpClassTable(CBrindleDlg& panel) {
         // option says, and the panel applies the table when it is stored.
         // Until then the panel is what it is without a table: no kinds, no
         // boutique marks, no default word; a failed request leaves it so.
+        panel.m_classTableComing = true;
         StartClassTableRefresh(panel.Handle());
     }
     panel.m_showDesc = panel.m_classTable.showDesc;

@@ -20,8 +20,8 @@ TEST(Routes, RoutesTheCollectionsRowTheHostButtonsTheCommandsAndTheShowList) {
     };
     ASSERT_EQ(p.m_classList->GetItemCount(), 4);  // the collections have row 1 only
 
-    // A class that is not in the tree, and the collections without a user, change nothing.
-    for (const char16_t* route : {u"/家具/没有", u"/没有/类A", u"/我的收藏/夹2"}) p.OpenRoute(route);
+    // A class that is not in its gallery, and the collections without a user, open nothing.
+    for (const char16_t* route : {u"/家具/没有", u"/我的收藏/夹2"}) p.OpenRoute(route);
     EXPECT_FALSE(IsTimerRunning(p.Handle(), 2000));
     p.OpenRoute(u"/家具/类C");
     ASSERT_TRUE(w.WaitForSwitch());
@@ -123,10 +123,12 @@ TEST(Routes, RoutesTheCollectionsRowTheHostButtonsTheCommandsAndTheShowList) {
     ASSERT_TRUE(w.WaitForSwitch());
     EXPECT_EQ(std::make_tuple(p.m_classList->GetItemCount(), p.m_classList->GetItemText(2), p.m_classIndex),
               std::make_tuple(4, QStringLiteral("新图库"), 0));
-    // Button 2002: without the class manager the list is applied as it stands.
+    // Button 2002: the class manager closed unchanged, the list is applied as it stands.
     RemoveFile(ShowListPath());
     AddGalleryToShowList(u"五金");
     w.ClickButton(2002, 400);
+    ASSERT_NE(p.ClassManager(), nullptr);
+    p.ClassManager()->Button(1000)->click();
     EXPECT_EQ(galleries(), (std::vector<std::u16string>{u"我的收藏", u"五金"}));
 }
 
