@@ -8,8 +8,8 @@
 
 namespace marrowfin {
 
-QPointer<CBrindleDlg>& PanelSingleton() {
-    static QPointer<CBrindleDlg> panel;
+QPointer<QObject>& PanelSingleton() {
+    static QPointer<QObject> panel;
     return panel;
 }
 

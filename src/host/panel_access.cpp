@@ -8,11 +8,14 @@
 
 namespace marrowfin {
 
-CBrindleDlg* ExistingPanel() { return PanelSingleton(); }
+// Events still reach the host's filter while the panel's window is torn down
+// with the host's main window; by then the object is a plain widget, and the
+// checked cast answers null where a plain one would be undefined.
+CBrindleDlg* ExistingPanel() { return qobject_cast<CBrindleDlg*>(PanelSingleton().data()); }
 
 CBrindleDlg* EnsurePanel(QWidget* parent, const std::function<void(CBrindleDlg&)>& beforeCreate) {
-    QPointer<CBrindleDlg>& panel = PanelSingleton();
-    if (panel) return panel;
+    if (CBrindleDlg* existing = ExistingPanel()) return existing;
+    QPointer<QObject>& panel = PanelSingleton();
     if (!qobject_cast<QApplication*>(QCoreApplication::instance())) return nullptr;
     // Window handles and posted messages need the Qt window system before
     // the panel's start-up sends its first request.
@@ -23,7 +26,7 @@ CBrindleDlg* EnsurePanel(QWidget* parent, const std::function<void(CBrindleDlg&)
     panel = made;
     if (beforeCreate) beforeCreate(*made);
     made->Create(parent);
-    return panel;
+    return ExistingPanel();
 }
 
 }  // namespace marrowfin
