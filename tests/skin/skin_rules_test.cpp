@@ -62,11 +62,9 @@ TEST(SkinScale, OptionScreenRuleBucketsTruncationFontsTextMeasureAndTheSheet) {
     }
     // Each number truncates on its own, toward zero: edges 4, 7, 13, 16.
     SetSkinRateForTest(1.5f);
-    EXPECT_EQ(ScaleUnits(-7), -10);
-    EXPECT_EQ(ScaleRect(3, 5, 9, 11), QRect(4, 7, 9, 9));
+    EXPECT_EQ(std::make_pair(ScaleUnits(-7), ScaleRect(3, 5, 9, 11)), std::make_pair(-10, QRect(4, 7, 9, 9)));
     SetSkinRateForTest(1.28f);
-    EXPECT_EQ(ScaleUnits(755), 966);
-    EXPECT_EQ(SheetPixels(89), 133) << "133.5 truncates";
+    EXPECT_EQ(std::make_pair(ScaleUnits(755), SheetPixels(89)), std::make_pair(966, 133)) << "133.5 truncates";
     SetSkinRateForTest(1.0f);
 
     // The font heights follow the rate, and the face is a CJK one.
@@ -186,8 +184,8 @@ TEST(ScrollBarRv, ZonesDragHeldZonesEdgeSizesAndRanges) {
     }
     EXPECT_EQ(ObjectOf(static_cast<WindowHandle>(f.sent.Of(WM_VSCROLL_MESSAGE)[0].lParam)), f.bar);
     for (int i = 0; i < 11; ++i) f.bar->LineDown();
-    EXPECT_EQ(f.Pos(), 1000) << "line steps stop at the end exactly";
-    EXPECT_EQ(f.bar->Thumb().bottom() + 1, 280) << "the thumb ends at the down zone";
+    // Line steps stop at the end exactly; the thumb ends at the down zone.
+    EXPECT_EQ(std::make_pair(f.Pos(), f.bar->Thumb().bottom() + 1), std::make_pair(1000, 280));
 
     // A drag tracks, a release sets, a held zone repeats.
     Bar d(300);
