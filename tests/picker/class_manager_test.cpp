@@ -180,7 +180,7 @@ TEST(ClassManager, FacesAsTheirReferencesAtTwoRates) {
         UseRate(rate);
         ParkMouse();
         const std::string suffix = rate == 1.0f ? "_rate_1.0" : "_rate_1.5";
-        ASSERT_TRUE(WriteShowList({{u"通用2", u""}, {u"精品门窗", u""}}));
+        ASSERT_TRUE(WriteShowList({{u"通用2", u""}, {u"精品门窗", u""}}) && WriteOptionInt(u"GalDefSort", 1));
         {
             // With the search tip, the first opening.
             Manager m(MakeTable());
@@ -203,5 +203,9 @@ TEST(ClassManager, FacesAsTheirReferencesAtTwoRates) {
         QCoreApplication::processEvents();  // the bar's own size message comes last
         EXPECT_FALSE(small.dlg->ScrollBar()->isVisible());
         EXPECT_TRUE(MatchesReference(small.dlg->grab().toImage(), "picker", "manager_normal" + suffix));
+        // Its sort menu: the stored choice (最热, the lowest) carries the mark, 综合 is under the pointer.
+        small.Press(1200);
+        MoveTo(small.dlg->SortMenu()->Choice(1000), QPoint(5, 5));
+        EXPECT_TRUE(MatchesReference(small.dlg->SortMenu()->grab().toImage(), "picker", "sort_selector" + suffix));
     }
 }

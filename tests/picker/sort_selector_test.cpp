@@ -1,5 +1,7 @@
 // The sort selector driven by real clicks: the option, the posts to the
-// panel and the picker, the sort button's state, and its look at two rates.
+// panel and the picker, the sort button's state (its look: the manager's faces).
+
+#include <gtest/gtest.h>
 
 #include <QTest>
 
@@ -10,7 +12,6 @@
 #include "skin/skin_messages.h"
 #include "skin/skin_test_util.h"
 #include "support/message_recorder.h"
-#include "support/reference_picture.h"
 #include "support/temp_home.h"
 #include "support/widget_input.h"
 
@@ -87,19 +88,4 @@ TEST(SortSelector, LosingActivationClosesTheMenuClicksWriteTheOptionAndAskForThe
     Click(alone.Choice(1000), QPoint(20, 10));
     EXPECT_EQ(GetOptionInt(u"GalDefSort", -1), 0);
     EXPECT_EQ(picker.toPanel.Take().size(), 1u);
-}
-
-// The checked choice (最热, the lowest) carries the mark, 综合 is under the pointer.
-TEST(SortSelector, LooksAsItsReferenceAtTwoRates) {
-    TempHome home;
-    ASSERT_TRUE(WriteOptionInt(u"GalDefSort", 1));
-    for (float rate : {1.0f, 1.5f}) {
-        UseRate(rate);
-        ParkMouse();
-        Picker picker;
-        auto menu = picker.Menu(true);
-        MoveTo(menu->Choice(1000), QPoint(5, 5));
-        EXPECT_TRUE(MatchesReference(menu->grab().toImage(), "picker",
-                                     rate == 1.0f ? "sort_selector_rate_1.0" : "sort_selector_rate_1.5"));
-    }
 }
