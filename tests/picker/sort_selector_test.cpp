@@ -59,8 +59,7 @@ TEST(SortSelector, LosingActivationClosesTheMenuClicksWriteTheOptionAndAskForThe
     QCoreApplication::processEvents();
     EXPECT_FALSE(closing->isVisible());
     EXPECT_TRUE(picker.sortButton->selected && picker.sortButton->text() == QStringLiteral("排序∨"));
-    EXPECT_TRUE(picker.toPanel.Take().empty());
-    EXPECT_EQ(GetOptionInt(u"GalDefSort", -1), -1);
+    EXPECT_TRUE(picker.toPanel.Take().empty() && GetOptionInt(u"GalDefSort", -1) == -1);
 
     picker.sortButton->setText(QStringLiteral("排序∧"));
     picker.sortButton->selected = false;
@@ -86,6 +85,5 @@ TEST(SortSelector, LosingActivationClosesTheMenuClicksWriteTheOptionAndAskForThe
     // No panel to tell: the option is still written, nothing is posted there.
     CGalSortSelDlg alone(&picker.owner, nullptr, 0);
     Click(alone.Choice(1000), QPoint(20, 10));
-    EXPECT_EQ(GetOptionInt(u"GalDefSort", -1), 0);
-    EXPECT_EQ(picker.toPanel.Take().size(), 1u);
+    EXPECT_TRUE(GetOptionInt(u"GalDefSort", -1) == 0 && picker.toPanel.Take().size() == 1u);
 }
