@@ -44,14 +44,11 @@ TEST(PanelInput, F5ControlTabEnterAndEscape) {
     SampleWorld world;
     CBrindleDlg& panel = *world.panel;
     Pump(400);  // the first class-list tick has passed
-    auto trees = [&] { return world.service.counters().get("/gallery/g_all_s").count; };
-    const long before = trees();
-    // Hidden, F5 is not the panel's; shown, it rebuilds the tree on a worker.
+    // Hidden, F5 is not the panel's; shown, it rebuilds the tree on a worker (what comes of it: the rebuild test).
     EXPECT_TRUE(!PressKey(panel, &panel, Qt::Key_F5) && !IsTimerRunning(panel.Handle(), kTimerBuildClassList));
     ShowActive(panel);
     EXPECT_TRUE(PressKey(panel, panel.m_classList, Qt::Key_F5) && panel.m_treeWaiting);
     ASSERT_TRUE(PumpUntil([&] { return !panel.m_treeWaiting; }));
-    EXPECT_EQ(trees(), before + 1);
     // On a search page F5 leaves it first.
     panel.GoToPage(PageSearch);
     EXPECT_TRUE(PressKey(panel, &panel, Qt::Key_F5));
