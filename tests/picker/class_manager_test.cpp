@@ -109,8 +109,7 @@ TEST(ClassManager, ChoicesReachShowXmlNewestFirstOnlyByFinish) {
         // Nothing is written before "完成"; then the whole file in key order.
         EXPECT_EQ(ShowNames(), (std::vector<std::u16string>{u"通用2", u"旧图库"}));
         m.Press(999);
-        EXPECT_EQ(m.result, 1);
-        EXPECT_EQ(ShowNames(), (std::vector<std::u16string>{u"通用7", u"精品门窗", u"通用2"}));
+        EXPECT_TRUE(m.result == 1 && ShowNames() == (std::vector<std::u16string>{u"通用7", u"精品门窗", u"通用2"}));
         EXPECT_EQ(ReadAllShowItems()[2].describe, u"d2");
         // The panel went below the manager and comes back on top.
         EXPECT_FALSE(m.panel.windowFlags().testFlag(Qt::WindowStaysOnTopHint));
@@ -118,8 +117,7 @@ TEST(ClassManager, ChoicesReachShowXmlNewestFirstOnlyByFinish) {
     // The cleared mark is remembered, also after the window ends; the tip is seen once.
     std::string seen;
     ASSERT_TRUE(ReadWholeFile(SeenClassVersionsPath(), seen));
-    EXPECT_EQ(seen.find("通用5"), std::string::npos);
-    EXPECT_NE(seen.find("<item ver=\"3\">通用2</item>"), std::string::npos);
+    EXPECT_TRUE(seen.find("通用5") == std::string::npos && seen.find("<item ver=\"3\">通用2</item>") != std::string::npos);
     EXPECT_EQ(GetOptionInt(u"ShowSearchTip", 1), 0);
 
     // Clear, close, search: none of them writes.
@@ -140,8 +138,7 @@ TEST(ClassManager, KindsSectionsAndTheStrip) {
     Click(picker.SectionTitle(false), QPoint(20, 10));
     EXPECT_TRUE(!picker.m_generalOpen && picker.VisibleClassButton(QStringLiteral("通用3")) == nullptr);
     Click(picker.Tab(false, QStringLiteral("机电设备")), QPoint(20, 20));
-    EXPECT_TRUE(picker.m_generalOpen);
-    EXPECT_NE(picker.VisibleClassButton(QStringLiteral("通用3")), nullptr);
+    EXPECT_TRUE(picker.m_generalOpen && picker.VisibleClassButton(QStringLiteral("通用3")) != nullptr);
     EXPECT_TRUE(picker.VisibleClassButton(QStringLiteral("通用1")) == nullptr && g_curGeneralKind == u"机电设备");
     // Three tabs fit: no arrows, and the strip does not move.
     CGalRegionDlg* region = picker.Region(false);
