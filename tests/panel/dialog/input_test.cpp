@@ -60,13 +60,8 @@ TEST(PanelInput, F5ControlTabEnterAndEscape) {
                  PressKey(panel, &panel, Qt::Key_A, Qt::ControlModifier) ||
                  PressKey(panel, &panel, Qt::Key_Control, Qt::NoModifier, true));
     EXPECT_TRUE(panel.isVisible());
-    // Control held, then Tab: the Tab press hides.
-    EXPECT_FALSE(PressKey(panel, &panel, Qt::Key_Control, Qt::ControlModifier));
-    EXPECT_TRUE(PressKey(panel, &panel, Qt::Key_Tab, Qt::ControlModifier) && !panel.isVisible());
-    PressKey(panel, &panel, Qt::Key_Tab, Qt::ControlModifier, true);
-    PressKey(panel, &panel, Qt::Key_Control, Qt::NoModifier, true);
-    // Tab held, then Control: the Control press hides, wherever the focus lies.
-    ShowActive(panel);
+    // Tab held, then Control: the Control press hides, wherever the focus lies (Control held, then
+    // Tab: the end-to-end test).
     panel.m_searchEdit->show();
     EXPECT_FALSE(PressKey(panel, panel.m_searchEdit, Qt::Key_Tab));
     EXPECT_TRUE(PressKey(panel, panel.m_searchEdit, Qt::Key_Control, Qt::ControlModifier) && !panel.isVisible());
