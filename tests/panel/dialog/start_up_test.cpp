@@ -29,11 +29,6 @@ TEST(PanelStartUp, HostLinkTimersModesAndTheClassTableOption) {
         SampleWorld world({.attachHost = false});
         EXPECT_TRUE(world.panel->hostWindow == 0u && world.host.records.empty());
     }
-    {
-        // Show.xml lists a gallery: start-up leaves the tree to FirstSynchro.
-        SampleWorld world({.firstSync = false});
-        EXPECT_EQ(GalleryStore::Instance().root, nullptr);
-    }
     // No Show.xml: start-up builds the tree itself (an empty one), on a worker.
     SampleWorld world({.listGallery = false, .firstSync = false});
     ASSERT_TRUE(PumpUntil([] { return GalleryStore::Instance().root != nullptr; }));
