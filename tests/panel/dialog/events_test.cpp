@@ -127,8 +127,4 @@ TEST(PanelEvents, StatusEventsLayOutTheCollectionButtonsAndProgressMovesInSteps)
         set(false);
     }
     EXPECT_EQ(panel.m_rows[1].percent, 20);
-    // Posted, as the HTTP clients do, it arrives the same way.
-    PostWindowMessage(self, MsgProgress, id, 900);
-    Pump(20);
-    EXPECT_EQ(panel.m_rows[1].percent, 90);
 }

@@ -44,18 +44,14 @@ TEST(PanelInput, F5ControlTabEnterAndEscape) {
     SampleWorld world;
     CBrindleDlg& panel = *world.panel;
     Pump(400);  // the first class-list tick has passed
-    auto trees = [&] { return world.service.counters().get("/gallery/g_all_s").count; };
-    const long before = trees();
-    // Hidden, F5 is not the panel's; shown, it rebuilds the tree on a worker.
+    // Hidden, F5 is not the panel's; shown, it rebuilds the tree on a worker (what comes of it: the rebuild test).
     EXPECT_TRUE(!PressKey(panel, &panel, Qt::Key_F5) && !IsTimerRunning(panel.Handle(), kTimerBuildClassList));
     ShowActive(panel);
     EXPECT_TRUE(PressKey(panel, panel.m_classList, Qt::Key_F5) && panel.m_treeWaiting);
     ASSERT_TRUE(PumpUntil([&] { return !panel.m_treeWaiting; }));
-    EXPECT_EQ(trees(), before + 1);
     // On a search page F5 leaves it first.
     panel.GoToPage(PageSearch);
-    EXPECT_TRUE(PressKey(panel, &panel, Qt::Key_F5));
-    EXPECT_NE(panel.m_page, PageSearch);
+    EXPECT_TRUE(PressKey(panel, &panel, Qt::Key_F5) && panel.m_page != PageSearch);
 
     // Tab alone, Control alone and Control with another key go on.
     EXPECT_FALSE(PressKey(panel, panel.m_classList, Qt::Key_Tab) ||
@@ -64,13 +60,8 @@ TEST(PanelInput, F5ControlTabEnterAndEscape) {
                  PressKey(panel, &panel, Qt::Key_A, Qt::ControlModifier) ||
                  PressKey(panel, &panel, Qt::Key_Control, Qt::NoModifier, true));
     EXPECT_TRUE(panel.isVisible());
-    // Control held, then Tab: the Tab press hides.
-    EXPECT_FALSE(PressKey(panel, &panel, Qt::Key_Control, Qt::ControlModifier));
-    EXPECT_TRUE(PressKey(panel, &panel, Qt::Key_Tab, Qt::ControlModifier) && !panel.isVisible());
-    PressKey(panel, &panel, Qt::Key_Tab, Qt::ControlModifier, true);
-    PressKey(panel, &panel, Qt::Key_Control, Qt::NoModifier, true);
-    // Tab held, then Control: the Control press hides, wherever the focus lies.
-    ShowActive(panel);
+    // Tab held, then Control: the Control press hides, wherever the focus lies (Control held, then
+    // Tab: the end-to-end test).
     panel.m_searchEdit->show();
     EXPECT_FALSE(PressKey(panel, panel.m_searchEdit, Qt::Key_Tab));
     EXPECT_TRUE(PressKey(panel, panel.m_searchEdit, Qt::Key_Control, Qt::ControlModifier) && !panel.isVisible());

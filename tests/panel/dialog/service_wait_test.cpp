@@ -90,8 +90,8 @@ TEST(ServiceWait, FirstRunClassTableComesFromAWorkerBeforeTheWordsAndRefreshesKe
     };
     ASSERT_TRUE(gallery(world.galleries[0]) && gallery(world.galleries[1]));
     ASSERT_TRUE(PumpUntil([&] { return gallery(world.galleries[1])->boutique; }));
-    EXPECT_TRUE(!gallery(world.galleries[0])->boutique && panel.IsBlkBoutique(fineBlock));
-    EXPECT_TRUE(panel.m_hotWords.empty());  // the words come after the table
+    // The words come after the table.
+    EXPECT_TRUE(!gallery(world.galleries[0])->boutique && panel.IsBlkBoutique(fineBlock) && panel.m_hotWords.empty());
 
     LoopWitness words(world.service, "/gallery/gethotwords");
     ASSERT_TRUE(PumpUntil([&] { return words.ticksWhileAsked >= 5; }));
@@ -134,16 +134,14 @@ TEST(ServiceWait, FirstRunClassTableComesFromAWorkerBeforeTheWordsAndRefreshesKe
     panel.m_generalKinds.clear();
     ASSERT_TRUE(PumpUntil([&] { return !panel.m_generalKinds.empty() && count("/gallery/selpageinfo") == 3; }));
     Pump(200);
-    EXPECT_FALSE(panel.m_hotWords.empty()) << "the panel keeps its words";
-    EXPECT_EQ(ReadBytes(U8(ClassTablePath())), cached);
+    EXPECT_EQ(std::make_pair(panel.m_hotWords.empty(), ReadBytes(U8(ClassTablePath()))), std::make_pair(false, cached));
     // No thread to be had: handled as a failed fetch on the panel's thread, nothing asked.
     world.service.faults().clearAll();
     FailThreadStartsForTests(1);
     (void)SendWindowMessage(panel.Handle(), MsgPanelCommand, 24, 0);
     panel.m_generalKinds.clear();
     ASSERT_TRUE(PumpUntil([&] { return !panel.m_generalKinds.empty(); }));
-    EXPECT_EQ(count("/gallery/selpageinfo"), 3);
-    EXPECT_EQ(ReadBytes(U8(ClassTablePath())), cached);
+    EXPECT_EQ(std::make_pair(count("/gallery/selpageinfo"), ReadBytes(U8(ClassTablePath()))), std::make_pair(3L, cached));
 
     // Without the network option the sort command does not ask; with it, an hourly tick at a quiet hour refreshes.
     ASSERT_TRUE(WriteOptionInt(u"RequestNetwork", 0));
@@ -235,8 +233,7 @@ TEST(LivePages, CollectionSearchWaitsForTheCloudBlocksFiltersThemAndDropsLateAns
     EXPECT_EQ(p.m_searchState, 0);
     ASSERT_TRUE(w.WaitForSwitch());
     ASSERT_TRUE(AnswerCame(w, left));
-    EXPECT_EQ(p.m_page, PageCollection);
-    EXPECT_TRUE(p.m_collectionRows.empty() && p.m_rows.empty() && !p.m_collectionRowsPending);
+    EXPECT_TRUE(p.m_page == PageCollection && p.m_collectionRows.empty() && p.m_rows.empty() && !p.m_collectionRowsPending);
 
     // Leave and come back before the first answer: the newer answer stands,
     // the older one (a single block here) is dropped when it comes late.
@@ -254,8 +251,7 @@ TEST(LivePages, CollectionSearchWaitsForTheCloudBlocksFiltersThemAndDropsLateAns
     ASSERT_TRUE(PumpUntil([&] { return !p.m_collectionRowsPending; }));
     EXPECT_EQ(p.m_collectionRows.size(), 3u);
     ASSERT_TRUE(AnswerCame(w, older));
-    EXPECT_TRUE(p.m_page == PageCollectionSearch && p.m_searchState == 0);
-    ASSERT_EQ(p.m_collectionRows.size(), 3u);
+    ASSERT_TRUE(p.m_page == PageCollectionSearch && p.m_searchState == 0 && p.m_collectionRows.size() == 3u);
     for (const BlockRow& row : p.m_collectionRows) EXPECT_NE(row.name, QStringLiteral("旧.dwg"));
     // A failing service leaves the page open and empty: the navigation's offline walk.
 }

@@ -51,13 +51,8 @@ TEST(PanelWindow, CloseButtonWindowCloseAndTheSaveOnCloseGallery) {
     EXPECT_EQ(ReadListFile(RecentListPath()), std::vector<std::u16string>{block});
     panel->ShowPanel();
     EXPECT_TRUE(panel->isVisible());
-
-    // CloseGallery's save (its files are the end-to-end test's) removes only the search folder, and
-    // writes the lists when there is none.
-    ASSERT_TRUE(CreateDirectories(SearchFolder() + u"/深/层"));
-    ASSERT_TRUE(WriteFileAtomic(SearchFolder() + u"/深/层/a.dwg", std::string(4096, 'd')));
-    panel->SaveOnClose();
-    EXPECT_TRUE(!PathExists(SearchFolder()) && FileExists(block));
+    // CloseGallery's save writes the lists also when there is no search folder to remove (with one:
+    // the end-to-end test).
     RemoveFile(RecentListPath());
     panel->SaveOnClose();
     EXPECT_TRUE(FileExists(RecentListPath()));

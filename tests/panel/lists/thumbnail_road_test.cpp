@@ -72,8 +72,8 @@ TEST(ThumbnailRoad, ALargeClassShowsPlaceholdersThenPicturesFetchingOnlyWhatIsIn
     Pump(50);
     ASSERT_TRUE(PumpUntil([&] { return AllStatesFinal(list); }, 20000));
     ASSERT_TRUE(WaitForDownloadWorkers(std::chrono::milliseconds(5000)));
-    EXPECT_EQ(w.service.counters().get("/files/*").count, shown + (list->LastVisibleItem() - list->FirstVisibleItem() + 1));
-    EXPECT_LE(w.service.counters().get("/files/*").peak, 6);
+    const auto more = w.service.counters().get("/files/*");
+    EXPECT_TRUE(more.count == shown + (list->LastVisibleItem() - list->FirstVisibleItem() + 1) && more.peak <= 6);
 }
 
 TEST(ThumbnailRoad, ABurstOfReportsMakesOneRequestRunAndDoubleClickInsertsAndHeadsTheUsageLists) {
@@ -121,21 +121,20 @@ TEST(ThumbnailRoad, ABurstOfReportsMakesOneRequestRunAndDoubleClickInsertsAndHea
     ASSERT_EQ(insertions().size(), 3u);
     EXPECT_EQ(std::vector<std::uintptr_t>({insertions()[0].wParam, insertions()[1].wParam, insertions()[2].wParam}),
               std::vector<std::uintptr_t>({2, 3, 4}));
-    EXPECT_EQ(insertions()[0].text, p2);
-    EXPECT_EQ(PathsOf(gallery->fileChildren), (std::vector<std::u16string>{p2, p1}));
-    EXPECT_EQ(PathsOf(w.root()->fileChildren), (std::vector<std::u16string>{p2, p1, p4, p3}));
+    using Paths = std::vector<std::u16string>;
+    EXPECT_EQ(std::make_tuple(insertions()[0].text, PathsOf(gallery->fileChildren), PathsOf(w.root()->fileChildren)),
+              std::make_tuple(p2, Paths{p2, p1}, Paths{p2, p1, p4, p3}));
     EXPECT_TRUE(gallery->fileChildren[0]->OwnerName() == kCommonUseTag && w.panel->m_boutiqueCache.count(p2) == 1u);
     // On the recent list the order stays.
     w.panel->showMode.clear();
     ASSERT_TRUE(w.OpenRow(0));
     DoubleClickItem(list, 2);
     ASSERT_EQ(insertions().size(), 4u);
-    EXPECT_EQ(insertions()[3].text, p4);
-    EXPECT_EQ(PathsOf(w.root()->fileChildren), (std::vector<std::u16string>{p2, p1, p4, p3}));
+    EXPECT_EQ(std::make_pair(insertions()[3].text, PathsOf(w.root()->fileChildren)), std::make_pair(p4, Paths{p2, p1, p4, p3}));
 
     // A file that is not there: the tip with 取消, no insertion, and the file is asked for.
     ASSERT_TRUE(w.OpenRow(w.RowOf(u"机械")));
-    ASSERT_EQ(PathsOf(*w.panel), (std::vector<std::u16string>{p2, p1}));  // its "常用" list now
+    ASSERT_EQ(PathsOf(*w.panel), (Paths{p2, p1}));  // its "常用" list now
     Pump(700);
     RemoveFile(p1);
     w.panel->m_thumbsToCheck.clear();
@@ -151,7 +150,7 @@ TEST(ThumbnailRoad, ABurstOfReportsMakesOneRequestRunAndDoubleClickInsertsAndHea
     w.panel->hostWindow = 0;
     DoubleClickItem(list, 0);
     EXPECT_EQ(std::make_pair(insertions().size(), PathsOf(w.root()->fileChildren)),
-              std::make_pair(size_t(4), std::vector<std::u16string>{p2, p1, p4, p3}));
+              std::make_pair(size_t(4), Paths{p2, p1, p4, p3}));
 }
 
 TEST(ThumbnailRoad, ABlockInFlightOrTooSmallIsRefusedWithTheTipAndAskedFor) {

@@ -133,8 +133,7 @@ TEST(DwgPreviewReader, SectionTableAndEntryFailuresAndAHugeFileReadOnlyWhereNeed
     clear.setPixel(1, 1, qRgba(255, 0, 0, 255));
     const QImage onWhite = PreviewToImage(ReadDwgPreview(MakeDrawing({{6, service::EncodePng(clear)}})));
     ASSERT_EQ(onWhite.size(), QSize(3, 3));
-    EXPECT_EQ(onWhite.pixel(0, 0), qRgb(255, 255, 255));
-    EXPECT_EQ(onWhite.pixel(1, 1), qRgb(255, 0, 0));
+    EXPECT_TRUE(onWhite.pixel(0, 0) == qRgb(255, 255, 255) && onWhite.pixel(1, 1) == qRgb(255, 0, 0));
     // A good signature and header with broken data behind: the image step refuses it.
     const DwgPreview garbage = ReadDwgPreview(MakeDrawing({{6, png.substr(0, 33) + std::string(64, '\x5a')}}));
     ASSERT_EQ(garbage.kind, DwgPreviewKind::Png);

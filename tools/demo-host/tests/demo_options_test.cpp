@@ -15,8 +15,7 @@ TEST(DemoOptions, ReadsEveryOptionWithinItsBoundsAndDefaultsTheRest) {
     ASSERT_TRUE(p.error.isEmpty()) << p.error.toStdString();
     EXPECT_EQ(QStringList({p.options.library, p.options.tourDir, p.options.sampleDir, p.options.rateLabel}),
               QStringList({"/x/lib.so", "/t", "/s", "1.5"}));
-    EXPECT_EQ(p.options.stepTimeoutMs, 100);
-    EXPECT_TRUE(p.options.shortTour);
+    EXPECT_TRUE(p.options.stepTimeoutMs == 100 && p.options.shortTour);
     EXPECT_EQ(Parse({"--step-timeout", "600000"}).options.stepTimeoutMs, 600000);
     // Each of these lines must be told apart, never silently half-read.
     const QList<QStringList> bad = {
