@@ -100,7 +100,7 @@ void CBrindleDlg::CreateControls() {
         return button;
     };
 
-    // 9. The close button.
+    // The close button.
     {
         auto* close = new CSkinButton(this);
         close->Create(QString(), true, QRect(w - ScaleUnits(24), ScaleUnits(7), ScaleUnits(16), ScaleUnits(16)), this,
@@ -111,7 +111,7 @@ void CBrindleDlg::CreateControls() {
         m_buttons[1000] = close;
     }
 
-    // 10. The search edit: frameless, three units wide until text widens it.
+    // The search edit: frameless, three units wide until text widens it.
     m_searchEdit = new QLineEdit(this);
     m_searchEdit->setObjectName(QStringLiteral("searchEdit"));
     m_searchEdit->setFrame(false);
@@ -135,7 +135,7 @@ void CBrindleDlg::CreateControls() {
         m_searchEdit->repaint();
     });
 
-    // 11. The thumbnail list, the result list (hidden) and the class list.
+    // The thumbnail list, the result list (hidden) and the class list.
     m_pThumbList = new CDWGListView(this);
     m_pThumbList->setFont(Font(SkinFont::Normal));
     m_pThumbList->setGeometry(ScaleRect(133, 72, 745, 415));
@@ -149,7 +149,7 @@ void CBrindleDlg::CreateControls() {
     m_classList->setGeometry(QRect(1, ScaleUnits(112), ScaleUnits(132), ScaleUnits(295)));
     m_classList->show();
 
-    // 12. The buttons, in the table's order, then the progress bar.
+    // The buttons, in the table's order, then the progress bar.
     m_buttons[2002] = make(new CSkinButton(this), ButtonSpec{2002, u"添加更多分类", 12, 41, 126, 69, false, 12, 448, 88, 16});
 
     m_subclassBtns.clear();

@@ -124,7 +124,7 @@ std::intptr_t CBrindleDlg::OnMessage(uint32_t message, std::uintptr_t wParam, st
 }
 
 void CBrindleDlg::OnInitDialog() {
-    // 1. The window icon, from the skin folder's drawn icon at several sizes.
+    // The window icon, from the skin folder's drawn icon at several sizes.
     QIcon icon;
     for (const char* stem : {"panel_icon_16", "panel_icon_32", "panel_icon_48", "panel_icon_128"}) {
         const QImage& picture = SkinPicture(QString::fromLatin1(stem), false);
@@ -136,10 +136,10 @@ void CBrindleDlg::OnInitDialog() {
     InitSkinScaleFromScreen();
     (void)LoadSkinSheet();
 
-    // 4 to 6. The class table.
+    // The class table.
     StartUpClassTable(*this);
 
-    // 7. Size, place and caption.
+    // Size, place and caption.
     resize(ScaleUnits(755), ScaleUnits(454));
     if (QScreen* screen = QGuiApplication::primaryScreen()) {
         const QRect desk = screen->availableGeometry();
@@ -147,18 +147,18 @@ void CBrindleDlg::OnInitDialog() {
     }
     setWindowTitle(QStringLiteral("Ombrel_Panel"));
 
-    // 8 to 12. Tool tips are Qt's own; the controls in the table's order.
+    // Tool tips are Qt's own; the controls in the table's order.
     CreateControls();
     WireThumbList(*this);
 
-    // 13. The first tree: taken now if it came, else its arrival (MsgTreeUpdate)
+    // The first tree: taken now if it came, else its arrival (MsgTreeUpdate)
     // continues the start, and the panel stays usable meanwhile.
     m_store = &GalleryStore::Instance();
     SetTreeNotifyWindow(Handle());
     (void)AdoptTreeUpdates(*m_store);
     m_treeWaiting = m_store->syncBusy.load() != 0;
 
-    // 14. No Show.xml yet: the user has picked no gallery. The panel starts
+    // No Show.xml yet: the user has picked no gallery. The panel starts
     // with the empty tree while the manager is open; its end reloads the store.
     if (!FileExists(ShowListPath())) {
         RebuildTree();
@@ -168,20 +168,20 @@ void CBrindleDlg::OnInitDialog() {
         });
     }
 
-    // 15. The host's main window and its channel text.
+    // The host's main window and its channel text.
     hostWindow = HandleOf(ApplicationMainWindow());
     std::u16string channel;
     if (hostWindow != 0) SendHostRequest(hostWindow, MARROWFIN_REQUEST_CHANNEL, &channel);
     m_hostChannel = channel;
 
-    // 16. The advertising tiles join later.
+    // The refresh of the advertising tiles joins with the tiles.
 
-    // 17. The hourly class-table refresh and the first build of the class list.
+    // The hourly class-table refresh and the first build of the class list.
     SetTimer(Handle(), kTimerHourlyRefresh, kHourlyRefreshMs);
     KillTimer(Handle(), kTimerBuildClassList);
     if (m_page != PageSearch) SetTimer(Handle(), kTimerBuildClassList, kFirstClassListMs);
 
-    // 18.
+    // "UpdateShow" leaves the panel hidden, ready for the host.
     if (showMode == u"UpdateShow") HidePanel();
 }
 
