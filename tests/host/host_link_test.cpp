@@ -154,14 +154,15 @@ TEST_F(HostLink, FeedbackWaitRemindsEveryThirdTickUntilTheUserChanges) {
         QTest::keyClick(wait, Qt::Key_Enter);
         for (int i = 1; i <= 7; ++i) {
             tick();
-            noticesAtTick.push_back(static_cast<int>(host->Notices(MARROWFIN_NOTICE_FEEDBACK_WAITING).size()));
+            const auto notices = host->Codes(MARROWFIN_GALLERY_HOST_NOTICE);
+            noticesAtTick.push_back(int(std::ranges::count(notices, MARROWFIN_NOTICE_FEEDBACK_WAITING)));
         }
         Control(5, 31);  // the host reports back: the next tick ends it
         tick();
     });
     EXPECT_TRUE(disabledDuring && hiddenDuring && panel->isEnabled() && panel->userId == 31);
     EXPECT_EQ(noticesAtTick, (std::vector<int>{0, 0, 1, 1, 1, 2, 2}));
-    EXPECT_TRUE(host->NoticeOrder() == (std::vector<intptr_t>{13, 14, 14}) &&
+    EXPECT_TRUE(host->Codes(MARROWFIN_GALLERY_HOST_NOTICE) == (std::vector<intptr_t>{13, 14, 14}) &&
                 host->records.front().wParam == panel->Handle());
 }
 

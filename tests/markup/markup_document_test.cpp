@@ -105,8 +105,7 @@ TEST(MarkupParse, EveryTokeniserCaseBrokenNestingAndTheirTruncations) {
         // An unended child keeps the extent of its start tag; a lone end tag is ignored;
         // two top-level elements are reported but not ill-formed.
         {u"<a><b></a>", false, "unended_start_tag tagname=\"b\" offset=\"3\" offset2=\"7\""},
-        {u"<a></b></a>", false, "lone_end_tag tagname=\"b\" offset=\"3\""},
-        {u"<a/><b/>", false, "root_has_sibling"},
+        {u"<a></b></a>", false, "lone_end_tag tagname=\"b\" offset=\"3\""}, {u"<a/><b/>", false, "root_has_sibling"},
         // Unended elements at the end: their children move up behind them, the inner one reported first.
         {u"<r><u1><c1/><u2><c2><d/></c2><c3/></r>", false,
          "unended_start_tag tagname=\"u2\" offset=\"12\" offset2=\"35\"/><unended_start_tag tagname=\"u1\" offset=\"3\" offset2=\"35\""},
@@ -203,14 +202,12 @@ TEST(MarkupEdit, AddAndSetKeepTheLayoutAndMatchAReparse) {
         // A run of slashes before '>' goes whole, or the parent would stay empty.
         {u"<r x='1' //>", u"", {{u"x", u"<r x='1' >\r\n<x>t</x>\r\n</r>"}}},
         // Appending behind the last sibling, as Show.xml is extended.
-        {u"<root>\r\n  <g id=\"1\"/>\r\n</root>\r\n",
-         u"",
+        {u"<root>\r\n  <g id=\"1\"/>\r\n</root>\r\n", u"",
          {{u"x", u"<root>\r\n  <g id=\"1\"/>\r\n<x>t</x>\r\n</root>\r\n"}}},
         // An unended parent is closed around the new element.
         {u"<r><u a=\"1\"><v/></r>", u"u>", {{u"n", u"<r><u a=\"1\">\r\n<n>t</n>\r\n</u><v/></r>"}}},
         // Set: replaced in place (any quoting), appended behind the last attribute.
-        {u"<r><a x='1' flag y=2 ><b/></a><c/></r>",
-         u"a",
+        {u"<r><a x='1' flag y=2 ><b/></a><c/></r>", u"a",
          {{u"=y", u"<r><a x='1' flag y=\"v\" ><b/></a><c/></r>"},
           {u"=flag", u"<r><a x='1' flag=\"v\" y=2 ><b/></a><c/></r>"},
           {u"=new", u"<r><a x='1' flag y=2 new=\"v\" ><b/></a><c/></r>"}}},
@@ -301,19 +298,6 @@ TEST(MarkupEdit, BigDocumentsGrowAndRelease) {
     ASSERT_TRUE(doc.LoadBytes(bytes)) << ResultOf(doc);
     ASSERT_TRUE(doc.FindElement(u"r") && doc.FindChildElement(u"a") && doc.GetChildAttribute(u"k") == u"中");
     ASSERT_TRUE(doc.SetText(u"<s/>") && doc.Text() == u"<s/>");
-}
-
-// Views point into the text unless a reference must be decoded, and an
-// absent attribute reads as empty.
-TEST(MarkupRead, AttributeViewsDecodeOnlyWhereNeeded) {
-    MarkupDocument doc;
-    ASSERT_TRUE(doc.SetText(u"<a k=\"plain\" e=\"x&amp;y&#20013;\"/>") && doc.FindElement());
-    std::u16string scratch = u"old";
-    const std::u16string_view plain = doc.AttributeView(u"k", scratch);
-    EXPECT_TRUE(plain == u"plain" && plain.data() >= doc.Text().data() &&
-                plain.data() < doc.Text().data() + doc.Text().size());
-    EXPECT_TRUE(doc.AttributeView(u"e", scratch) == u"x&y中" && scratch == u"x&y中");
-    EXPECT_TRUE(doc.AttributeView(u"missing", scratch).empty());
 }
 
 }  // namespace

@@ -47,8 +47,7 @@ TEST(MarkupFile, EveryFormReadsAndSavesByteForByte) {
         {"<?xml version=\"1.0\" encoding=\"utf-8\"?>" + U8(body), u"<?xml version=\"1.0\" encoding=\"utf-8\"?>" + body, 0,
          "read encoding=\"UTF-8\""},
         {InCodePage(decl32, CpUtf32), decl32, 0, ""},  // no marks: found through the declaration
-        {Utf16Bytes(decl16, false), decl16, 0, ""},
-        {InCodePage(gbk, 936), gbk, 0, "converted_to encoding=\"UTF-16\""},
+        {Utf16Bytes(decl16, false), decl16, 0, ""}, {InCodePage(gbk, 936), gbk, 0, "converted_to encoding=\"UTF-16\""},
         {InCodePage(latin, 28591), latin, 0, "converted_to"},
     };
     const std::string in = home.file("in.xml"), out = home.file("out.xml");

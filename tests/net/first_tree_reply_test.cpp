@@ -30,8 +30,7 @@ GalleryNode* Child(GalleryNode* node, size_t index) {
     return index < node->dirChildren.size() ? node->dirChildren[index] : nullptr;
 }
 
-const char kFirstReply[] =
-    "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<root dv=\"0\">\n"
+const char kFirstReply[] = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<root dv=\"0\">\n"
     // A gallery whose name begins with the names of two earlier galleries,
     // answered first although it is listed last but one.
     "<gallery gn=\"石材10\" gv=\"1\"><item cs=\"甲\" b_u=\"http://h/10/甲\" ver=\"4\">"

@@ -32,10 +32,6 @@ using Clock = std::chrono::steady_clock;
 
 namespace {
 
-long MsSince(Clock::time_point t) {
-    return static_cast<long>(std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - t).count());
-}
-
 struct RawReply {
     bool connected = false;
     std::string bytes;  // everything read until the peer closed
@@ -49,10 +45,8 @@ struct RawReply {
 RawReply RawExchange(int port, const std::string& request, int timeoutMs = 5000) {
     RawReply reply;
     const int fd = socket(AF_INET, SOCK_STREAM, 0);
-    sockaddr_in addr{.sin_family = AF_INET,
-                     .sin_port = htons(static_cast<uint16_t>(port)),
-                     .sin_addr = {htonl(INADDR_LOOPBACK)},
-                     .sin_zero = {}};
+    sockaddr_in addr{.sin_family = AF_INET, .sin_port = htons(static_cast<uint16_t>(port)),
+                     .sin_addr = {htonl(INADDR_LOOPBACK)}, .sin_zero = {}};
     const timeval wait{timeoutMs / 1000, timeoutMs % 1000 * 1000};
     setsockopt(fd, SOL_SOCKET, SO_RCVTIMEO, &wait, sizeof wait);
     reply.connected = connect(fd, reinterpret_cast<sockaddr*>(&addr), sizeof addr) == 0;
@@ -132,7 +126,7 @@ TEST_F(ServiceTest, EveryFaultSwitchFiresAndClearingEndsIt) {
         ASSERT_EQ("ok", Admin("/admin/fault?path=" + path + "&" + fault));
         const auto start = Clock::now();
         const RawReply r = Raw(path);
-        check(r, MsSince(start));
+        check(r, long(std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start).count()));
         Admin("/admin/clear?path=" + path);
         EXPECT_EQ(full, Raw(path).body) << "cleared, and the server lives on";
     }
@@ -152,8 +146,7 @@ TEST_F(ServiceTest, EveryFaultSwitchFiresAndClearingEndsIt) {
 TEST_F(ServiceTest, MalformedRequestsLeaveTheServerStanding) {
     const std::string token = service::kDemoUserToken;
     const std::string junk[] = {
-        "\r\n\r\n",
-        "GARBAGE\r\n\r\n",
+        "\r\n\r\n", "GARBAGE\r\n\r\n",
         "GET /gallery/g_cs?gallery_name=%ff%fe&cs=%00 HTTP/1.1\r\nHost: x\r\nConnection: close\r\n\r\n",
         "POST /gallery/dwg_collectu?usertoken=" + token +
             "&favorites_id=1&force=0 HTTP/1.1\r\nHost: x\r\nConnection: close\r\nContent-Type: multipart/form-data; boundary=zz\r\n"

@@ -139,18 +139,15 @@ TEST_F(Catalogue, BrokenFilesLeaveTheTreeAsItWasAndIncompleteElementsAreSkipped)
     // The seal alone is checked (in either case); elements that lack a part are skipped.
     std::string lower = seal;
     for (char& ch : lower) ch = static_cast<char>(std::tolower(static_cast<unsigned char>(ch)));
-    WriteBytes(
-        U8(FileOf(u"G")),
-        kHead + lower +
-            "\">\r<sub n=\"\" ver=\"1\" u_b=\"x\" ><itm fn=\"lost.dwg\" sz=\"1\" hi=\"0\" /></sub>"
-            "<sub n=\"K\" ver=\"9\" u_b=\"http://k\" ><itm fn=\"nohi.dwg\" sz=\"1\" /><itm fn=\"\" sz=\"1\" hi=\"0\" />"
-            "<itm fn=\"nosz.dwg\" sz=\"\" hi=\"0\" /><itm fn=\"ok.dwg\" sz=\"12abc\" hi=\"yes\" /></sub></root>\r");
+    WriteBytes(U8(FileOf(u"G")), kHead + lower + "\">\r<sub n=\"\" ver=\"1\" u_b=\"x\" >"
+                                 "<itm fn=\"lost.dwg\" sz=\"1\" hi=\"0\" /></sub><sub n=\"K\" ver=\"9\" u_b=\"http://k\" >"
+                                 "<itm fn=\"nohi.dwg\" sz=\"1\" /><itm fn=\"\" sz=\"1\" hi=\"0\" />"
+                                 "<itm fn=\"nosz.dwg\" sz=\"\" hi=\"0\" /><itm fn=\"ok.dwg\" sz=\"12abc\" hi=\"yes\" /></sub></root>\r");
     GalleryNode* g = Reset(u"G");
     ASSERT_TRUE(ReadCatalogue(store, u"G"));
     EXPECT_EQ(DumpTree(g), u"Orsolen|G|" + rootPath + u"/G|dir||0|0|-|-\n  G|K|" + rootPath +
                                u"/G/K|dir|http://k|9|0|-|-\n"
-                               u"    K|ok.dwg|" +
-                               rootPath + u"/G/K/ok.dwg|file|http://k/ok.dwg|0|12|-|-\n");
+                               u"    K|ok.dwg|" + rootPath + u"/G/K/ok.dwg|file|http://k/ok.dwg|0|12|-|-\n");
 }
 
 // The store folder's other files: versions, the tip, Show.xml and the move from the previous generation.
@@ -160,12 +157,6 @@ std::string ShowXml(const std::vector<std::string>& names) {
     std::string s = "\xEF\xBB\xBF<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r\n<root>\r\n";
     for (const auto& n : names) s += "<item describe=\"d-" + n + "\">" + n + "</item>\r\n";
     return s + "</root>\r\n";
-}
-
-std::u16string Names(const std::vector<ShowItem>& items) {
-    std::u16string out;
-    for (const auto& i : items) out += i.name + u"(" + i.describe + u") ";
-    return out;
 }
 
 // The version file and the tip file of the store's folder. (Where catalogues and blocks lie
@@ -191,16 +182,10 @@ TEST_F(Layout, MoveFromThePreviousGeneration) {
          ShowXml({"New"}), u""},
         {"none here, flag unset: copied, flag set", [&] { RemoveFile(ShowListPath()); }, ShowXml({"Old"}), u"1"},
         {"flag set: nothing copied", [&] { RemoveFile(ShowListPath()); }, "", u"1"},
-        {"no old list: the flag is set all the same",
-         [&] {
-             RemoveFile(flag);
-             RemoveFile(old + u"/Show.xml");
-         },
-         "", u"1"},
+        {"no old list: the flag is set all the same", [&] { RemoveFile(flag), RemoveFile(old + u"/Show.xml"); }, "", u"1"},
         {"no store folder: the copy makes it",
          [&] {
-             RemoveDirectoryTree(StoreRoot());
-             RemoveFile(flag);
+             RemoveDirectoryTree(StoreRoot()), RemoveFile(flag);
              WriteBytes(U8(old + u"/Show.xml"), ShowXml({"Old"}));
          },
          ShowXml({"Old"}), u"1"},
@@ -236,7 +221,9 @@ TEST_F(Layout, ShowListReadsAtMost101NamedItemsAndAddsEachNameOnce) {
     const std::string once = ReadBytes(U8(ShowListPath()));
     EXPECT_FALSE(AddGalleryToShowList(u"A") || AddGalleryToShowList(u""));
     EXPECT_EQ(ReadBytes(U8(ShowListPath())), once);
-    EXPECT_EQ(Names(ReadShowList(false)), u"A(d-A) B(d-B) C() ");
+    std::u16string listed;
+    for (const ShowItem& i : ReadShowList(false)) listed += i.name + u"(" + i.describe + u") ";
+    EXPECT_EQ(listed, u"A(d-A) B(d-B) C() ");
 }
 
 }  // namespace

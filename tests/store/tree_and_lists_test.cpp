@@ -237,8 +237,7 @@ TEST_F(Lists, BrokenOrMissingFilesGiveEmptyLists) {
     const std::u16string a = rootPath + u"/a.dwg";
     Touch(a);
     const std::string cases[] = {
-        "missing", "", "not xml at all",
-        kHead + "<Item path=\"" + U8(a) + "\" />\r",  // cut before </root>
+        "missing", "", "not xml at all", kHead + "<Item path=\"" + U8(a) + "\" />\r",  // cut before </root>
         kHead.substr(0, kHead.size() - 7) + "<list><Item path=\"" + U8(a) + "\" /></list>\r",
     };
     for (const auto& bytes : cases) {
