@@ -14,6 +14,7 @@
 #include <filesystem>
 #include <functional>
 #include <map>
+#include <random>
 
 #include "archive_reader.h"
 #include "fault_switches.h"
@@ -178,11 +179,7 @@ TEST_F(ServiceTest, DamagedArchivesAreReadWithoutCrashAndRefusedOnesStartNothing
               std::make_pair(std::vector<std::string>{"1", "门窗", "单开门.dwg"}, std::vector<std::string>{"1", "top.dwg"}));
     EXPECT_FALSE(service::ReadArchive(home.file("missing.zip"), entries, error));
     // Deterministic mutations of the good archive: flipped bytes, cut tails.
-    uint64_t state = 12345;
-    auto next = [&state] {
-        state = state * 6364136223846793005ull + 1442695040888963407ull;
-        return static_cast<uint32_t>(state >> 33);
-    };
+    std::mt19937 next(12345);
     int refused = 0;
     for (int round = 0; round < 400; ++round) {
         std::string copy = bytes;
