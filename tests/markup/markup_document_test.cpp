@@ -49,7 +49,7 @@ TEST(MarkupParse, WalksTheCallersReadingOrder) {
     }
 }
 
-TEST(MarkupParse, AttributeValuesQuotingAndAReusedBuffer) {
+TEST(MarkupParse, AttributeValuesQuotingAReusedBufferAndTheCache) {
     // Text, attribute, value read (nullptr: absent).
     const std::tuple<const char16_t*, const char16_t*, const char16_t*> reads[] = {
         {u"<e a=\"one\" b=\"\"/>", u"a", u"one"}, {u"<e a=\"one\" b=\"\"/>", u"b", u""},
@@ -79,6 +79,43 @@ TEST(MarkupParse, AttributeValuesQuotingAndAReusedBuffer) {
     doc.RewindMain();
     buffer = u"stale";
     EXPECT_TRUE(!doc.GetAttribute(u"k", buffer) && buffer.empty()) << "no main element: nothing to read";
+
+    // Attributes are read from a cache of the last element's tag; every order of reading,
+    // misses among hits, more attributes than the cache holds and edits between reads must
+    // give what a fresh scan gives.
+    std::u16string tag = u"<e";
+    std::vector<std::pair<std::u16string, std::u16string>> expected;
+    for (int i = 0; i < 20; ++i) {
+        const std::u16string n = u"a" + W(std::to_string(i)), v = u"v" + W(std::to_string(i));
+        tag += u" " + n + u"=\"" + v + u"&amp;\"";
+        expected.emplace_back(n, v + u"&");
+    }
+    // Later duplicates, inside and beyond the cached part, never win.
+    tag += u" a3='late' a18='late' na=\"short\" name='全名' names=x>";
+    expected.insert(expected.end(), {{u"na", u"short"}, {u"name", u"全名"}, {u"names", u"x"}, {u"a", u""}, {u"names2", u""}});
+    std::mt19937 random(7);
+    for (int round = 0; round < 40; ++round) {
+        ASSERT_TRUE(doc.SetText(u"<r>" + tag + u"<c k=\"child\"/></e><f k=\"other\"/></r>")) << ResultOf(doc);
+        ASSERT_TRUE(doc.FindElement(u"r") && doc.EnterElement() && doc.FindElement(u"e"));
+        std::shuffle(expected.begin(), expected.end(), random);
+        for (const auto& [n, v] : expected) EXPECT_EQ(doc.GetAttribute(n), v) << U8(n) << " in round " << round;
+        ASSERT_TRUE(doc.FindChildElement(u"c"));
+        EXPECT_EQ(doc.GetChildAttribute(u"k") + doc.GetAttribute(u"a19") + doc.GetChildAttribute(u"a0"), u"childv19&");
+    }
+    // Edits move the cached element's tag or change its values; an edit of the parent moves
+    // the child's tag that was read last.
+    ASSERT_TRUE(doc.SetAttribute(u"a0", u"a much longer value than before") && doc.SetAttribute(u"new", u"n"));
+    EXPECT_EQ(doc.GetChildAttribute(u"k") + doc.GetAttribute(u"a0") + doc.GetAttribute(u"a1") + doc.GetAttribute(u"new"),
+              u"childa much longer value than beforev1&n");
+    ASSERT_TRUE(doc.FindElement(u"f") && doc.GetAttribute(u"k") == u"other");
+    doc.RewindMain();
+    ASSERT_TRUE(doc.FindElement(u"e") && doc.LeaveElement());
+    EXPECT_EQ(doc.GetChildAttribute(u"a2"), u"v2&");
+    ASSERT_TRUE(doc.SetAttribute(u"z", u"long enough to move everything behind it"));
+    EXPECT_EQ(doc.GetChildAttribute(u"a2") + doc.GetChildAttribute(u"names"), u"v2&x");
+    // A new text empties the cache even where the record numbers agree.
+    ASSERT_TRUE(doc.SetText(u"<r><e a2='other'/></r>") && doc.FindElement(u"r") && doc.FindChildElement(u"e"));
+    EXPECT_EQ(doc.GetChildAttribute(u"a2"), u"other");
 }
 
 TEST(MarkupParse, EveryTokeniserCaseBrokenNestingAndTheirTruncations) {
@@ -139,46 +176,6 @@ TEST(MarkupParse, EveryTokeniserCaseBrokenNestingAndTheirTruncations) {
     std::u16string order;
     while (doc.FindElement()) order += doc.GetTagName() + u",";
     EXPECT_EQ(order, u"u1,c1,u2,c2,c3,");
-}
-
-// Attributes are read from a cache of the last element's tag; every order of reading,
-// misses among hits, more attributes than the cache holds and edits between reads must
-// give what a fresh scan gives.
-TEST(MarkupParse, AttributesInAnyOrderAndAfterEdits) {
-    std::u16string tag = u"<e";
-    std::vector<std::pair<std::u16string, std::u16string>> expected;
-    for (int i = 0; i < 20; ++i) {
-        const std::u16string n = u"a" + W(std::to_string(i)), v = u"v" + W(std::to_string(i));
-        tag += u" " + n + u"=\"" + v + u"&amp;\"";
-        expected.emplace_back(n, v + u"&");
-    }
-    // Later duplicates, inside and beyond the cached part, never win.
-    tag += u" a3='late' a18='late' na=\"short\" name='全名' names=x>";
-    expected.insert(expected.end(), {{u"na", u"short"}, {u"name", u"全名"}, {u"names", u"x"}, {u"a", u""}, {u"names2", u""}});
-    std::mt19937 random(7);
-    MarkupDocument doc;
-    for (int round = 0; round < 40; ++round) {
-        ASSERT_TRUE(doc.SetText(u"<r>" + tag + u"<c k=\"child\"/></e><f k=\"other\"/></r>")) << ResultOf(doc);
-        ASSERT_TRUE(doc.FindElement(u"r") && doc.EnterElement() && doc.FindElement(u"e"));
-        std::shuffle(expected.begin(), expected.end(), random);
-        for (const auto& [n, v] : expected) EXPECT_EQ(doc.GetAttribute(n), v) << U8(n) << " in round " << round;
-        ASSERT_TRUE(doc.FindChildElement(u"c"));
-        EXPECT_EQ(doc.GetChildAttribute(u"k") + doc.GetAttribute(u"a19") + doc.GetChildAttribute(u"a0"), u"childv19&");
-    }
-    // Edits move the cached element's tag or change its values; an edit of the parent moves
-    // the child's tag that was read last.
-    ASSERT_TRUE(doc.SetAttribute(u"a0", u"a much longer value than before") && doc.SetAttribute(u"new", u"n"));
-    EXPECT_EQ(doc.GetChildAttribute(u"k") + doc.GetAttribute(u"a0") + doc.GetAttribute(u"a1") + doc.GetAttribute(u"new"),
-              u"childa much longer value than beforev1&n");
-    ASSERT_TRUE(doc.FindElement(u"f") && doc.GetAttribute(u"k") == u"other");
-    doc.RewindMain();
-    ASSERT_TRUE(doc.FindElement(u"e") && doc.LeaveElement());
-    EXPECT_EQ(doc.GetChildAttribute(u"a2"), u"v2&");
-    ASSERT_TRUE(doc.SetAttribute(u"z", u"long enough to move everything behind it"));
-    EXPECT_EQ(doc.GetChildAttribute(u"a2") + doc.GetChildAttribute(u"names"), u"v2&x");
-    // A new text empties the cache even where the record numbers agree.
-    ASSERT_TRUE(doc.SetText(u"<r><e a2='other'/></r>") && doc.FindElement(u"r") && doc.FindChildElement(u"e"));
-    EXPECT_EQ(doc.GetChildAttribute(u"a2"), u"other");
 }
 
 TEST(MarkupEdit, AddAndSetKeepTheLayoutAndMatchAReparse) {

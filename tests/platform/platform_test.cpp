@@ -83,7 +83,7 @@ TEST(CaseFoldingAndIntegers, LatinFoldsCjkStaysAndEachReaderOverflows) {
               std::make_tuple(-2, INT32_MIN, -42));
 }
 
-TEST(IniFile, NamesWithoutCaseBufferCutAndWritesThatKeepTheRest) {
+TEST(IniFile, NamesWithoutCaseBufferCutWritesThatKeepTheRestAndConcurrentWriters) {
     TempHome home;
     const std::u16string ini = W(home.file("sub/version.ini"));
     ASSERT_TRUE(IniWriteString(ini, u"OldCollect", u"TIP", u"1"));  // file and folder created
@@ -110,13 +110,10 @@ TEST(IniFile, NamesWithoutCaseBufferCutAndWritesThatKeepTheRest) {
               "[options]\nGalDefSort=2\nServiceBase=http://127.0.0.1:8080\n");
     test::WriteBytes(home.configDir() + "/Tarvex/Marrowfin.ini", "[options]\nGalDefSort=x7\n");
     EXPECT_EQ(GetOptionInt(u"galdefsort", 5), 0);
-}
 
-TEST(IniFile, WritersOfOneFileNeverLoseEachOthersKeysAndAReadErrorLeavesTheFile) {
-    TempHome home;
-    const std::u16string ini = W(home.file("shared.ini"));
-    // Three threads each rewrite their own key; a write that read the file
+    // Three threads each rewrite their own key of one file; a write that read the file
     // before another's rename would put the other's key back to an old value.
+    const std::u16string shared = W(home.file("shared.ini"));
     constexpr int kThreads = 3, kRounds = 1000;
     std::atomic<int> failedWrites{0}, staleReads{0};
     std::vector<std::thread> writers;
@@ -125,8 +122,8 @@ TEST(IniFile, WritersOfOneFileNeverLoseEachOthersKeysAndAReadErrorLeavesTheFile)
             const std::u16string key = u"key" + Utf8ToUtf16(std::to_string(t));
             for (int round = 0; round < kRounds; ++round) {
                 const std::u16string value = Utf8ToUtf16(std::to_string(round));
-                if (!IniWriteString(ini, u"options", key, value)) ++failedWrites;
-                if (IniGetString(ini, u"options", key, u"") != value) ++staleReads;
+                if (!IniWriteString(shared, u"options", key, value)) ++failedWrites;
+                if (IniGetString(shared, u"options", key, u"") != value) ++staleReads;
             }
         });
     }
@@ -134,7 +131,7 @@ TEST(IniFile, WritersOfOneFileNeverLoseEachOthersKeysAndAReadErrorLeavesTheFile)
     EXPECT_EQ(std::make_pair(failedWrites.load(), staleReads.load()), std::make_pair(0, 0))
         << "a key went back to an older value";
     for (int t = 0; t < kThreads; ++t)
-        EXPECT_EQ(IniGetString(ini, u"options", u"key" + Utf8ToUtf16(std::to_string(t)), u""), u"999");
+        EXPECT_EQ(IniGetString(shared, u"options", u"key" + Utf8ToUtf16(std::to_string(t)), u""), u"999");
 
     // A file that is there but cannot be read, or a folder, is not replaced by one key.
     const std::string before = "[options]\nkeep=1\n", locked = home.file("locked.ini"),
@@ -151,7 +148,7 @@ TEST(IniFile, WritersOfOneFileNeverLoseEachOthersKeysAndAReadErrorLeavesTheFile)
         EXPECT_EQ(entry.path().filename().string().find(".tmp-"), std::string::npos) << entry.path();
 }
 
-TEST(Files, AtomicWriteReplacesWholeOrNotAtAll) {
+TEST(Files, AtomicWritesRemovalsAndCopies) {
     TempHome home;
     const std::u16string path = W(home.file("图库/Show.xml"));
     ASSERT_TRUE(CreateDirectories(W(home.file("图库"))));
@@ -173,16 +170,14 @@ TEST(Files, AtomicWriteReplacesWholeOrNotAtAll) {
     // Missing files and folders read as nothing.
     for (const std::u16string& p : {W(home.file("nope")), W(home.dir())})
         EXPECT_TRUE(!ReadWholeFile(p, bytes) && bytes.empty() && FileSize(p) == -1) << U8(p);
-}
 
-TEST(Files, RemoveTreeAndCopy) {
-    TempHome home;
+    // Trees go with their read-only entries; copies never overwrite.
     const std::string top = home.file("tree");
     std::filesystem::create_directories(top + "/a/b/c");
     test::WriteBytes(top + "/a/file.dwg", "x");
     chmod((top + "/a/file.dwg").c_str(), 0444);
     chmod((top + "/a/b/c").c_str(), 0555);
-    RemoveDirectoryTree(W(top));  // read-only entries go as well
+    RemoveDirectoryTree(W(top));
     EXPECT_FALSE(PathExists(W(top)));
     const std::u16string a = W(home.file("a.xml")), b = W(home.file("b.xml"));
     ASSERT_TRUE(WriteFileAtomic(a, "A"));
