@@ -26,9 +26,8 @@ TEST(TransportRotation, StartsOnCurlThenRemembersTheWinner) {
         const bool ok = step.call == Post       ? PostForm(u"http://h/x", u"", out)
                         : step.call == Download ? DownloadFile(u"http://h/b.dwg", u"/tmp/b.dwg", 0, 0)
                                                 : UploadFile(u"http://h/gallery/lfupload", u"", u"/tmp/a.zip", out, 0);
-        EXPECT_EQ(ok, step.winner >= 0);
-        EXPECT_EQ(log, step.attempts);
-        EXPECT_EQ(GetOptionInt(u"FNetUseInet", -2), step.optionAfter);
+        EXPECT_EQ(std::make_tuple(ok, log, GetOptionInt(u"FNetUseInet", -2)),
+                  std::make_tuple(step.winner >= 0, step.attempts, step.optionAfter));
     }
 
     // Replies: a zero byte ends the text, the bytes road keeps all; a failed call keeps the
