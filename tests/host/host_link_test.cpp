@@ -142,7 +142,7 @@ TEST_F(HostLink, LocationsAndTheHostsCallsSteerThePanelAndItsMode) {
     EXPECT_TRUE(panel->isVisible() && panel->showMode == u"YL" && host->records.empty());
 }
 
-TEST_F(HostLink, FeedbackWaitRemindsEveryThirdTickUntilTheUserChanges) {
+TEST_F(HostLink, FeedbackWaitRemindsEveryThirdTickUntilTheUserChangesOrTheHostGoes) {
     std::vector<int> noticesAtTick;
     bool disabledDuring = false, hiddenDuring = false;
     FeedbackWait([&](CDomodalDlg* wait, const std::function<void()>& tick) {
@@ -164,9 +164,8 @@ TEST_F(HostLink, FeedbackWaitRemindsEveryThirdTickUntilTheUserChanges) {
     EXPECT_EQ(noticesAtTick, (std::vector<int>{0, 0, 1, 1, 1, 2, 2}));
     EXPECT_TRUE(host->Codes(MARROWFIN_GALLERY_HOST_NOTICE) == (std::vector<intptr_t>{13, 14, 14}) &&
                 host->records.front().wParam == panel->Handle());
-}
 
-TEST_F(HostLink, FeedbackWaitEndsWhenTheHostWindowGoes) {
+    // The wait also ends when the host window goes.
     auto* doomed = new RecordingHost;
     panel->hostWindow = HandleOf(doomed);
     QPointer<RecordingHost> watch(doomed);

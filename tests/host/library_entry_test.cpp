@@ -21,7 +21,7 @@
 
 using namespace marrowfin;
 
-TEST(LibraryEntry, FirstSynchroBuildsTheTreeOnItsThread) {
+TEST(LibraryEntry, FirstSynchroBuildsTheTreeOnItsThreadAndNoPanelIsMadeWithoutTheHostsApplication) {
     marrowfin::test::TempHome home;
     WriteOptionString(u"ServiceBase", u"http://127.0.0.1:9");  // no service: galleries stay empty
     ASSERT_TRUE(AddGalleryToShowList(u"门窗") && AddGalleryToShowList(u"Furniture"));
@@ -37,16 +37,12 @@ TEST(LibraryEntry, FirstSynchroBuildsTheTreeOnItsThread) {
     // (An empty list gives an empty root at once: the panel's start-up test.)
     DestroySubtree(store.root);
     delete store.root;
-}
 
-TEST(LibraryEntry, WithoutTheHostsApplicationNoPanelIsMade) {
     std::u16string buffer = u"D:\\图库\\门窗";
     const std::u16string path = TakeHostPath(buffer.c_str());
     buffer.assign(buffer.size(), u'x');  // the host reuses its buffer
     EXPECT_TRUE(path == u"D:/图库/门窗" && TakeHostText(nullptr).empty());
     // A host that calls too early gets the neutral answers, not an aborted process.
-    marrowfin::test::TempHome home;
-    WriteOptionString(u"ServiceBase", u"http://127.0.0.1:9");
     show();
     ShowGallery(u"\\门窗", u"UpdateShow");
     SearchBrindleRes(u"门", u"");
