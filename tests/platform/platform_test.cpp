@@ -26,7 +26,7 @@
 using namespace marrowfin;
 using marrowfin::test::TempHome;
 
-TEST(Utf8Codec, ValidityRoundTripsAndLoss) {
+TEST(TextCodecs, Utf8ValidityRoundTripsAndLossAndLegacyCodePages) {
     const std::pair<std::string_view, bool> valid[] = {
         {"", true}, {"\xE5\x9B\xBE\xE5\xBA\x93", true}, {"\xF0\x9F\x98\x80", true}, {"\xF8\x88\x80\x80", false},
         {"\xFF", false}, {"ok\xE5\x9B", false}, {"\xE5\x1B\xBE", false}, {"\x80", false}};
@@ -40,9 +40,8 @@ TEST(Utf8Codec, ValidityRoundTripsAndLoss) {
     lossy = false;
     EXPECT_TRUE(Utf16ToUtf8(std::u16string{u'a', char16_t(0xD800), u'b'}, &lossy) == "a\xEF\xBF\xBD" "b" &&
                 lossy);  // a lone surrogate
-}
 
-TEST(CodePages, LegacyPagesRoundTripThroughIconvAndFailuresAreReported) {
+    // Legacy code pages round-trip through iconv; failures are reported.
     const std::pair<uint32_t, std::u16string> cases[] = {
         {936, u"图库门窗"}, {932, u"ドア窓"}, {1252, u"café €"}, {28595, u"Москва"}, {1200, u"图库 x"}, {1201, u"图库 x"},
         // Stateful or holding back: the last character comes only when the input is closed.
@@ -56,7 +55,7 @@ TEST(CodePages, LegacyPagesRoundTripThroughIconvAndFailuresAreReported) {
         EXPECT_TRUE(back == text && !lossy && !lossyBack) << cp;
     }
     std::string bytes;
-    bool lossy = false;
+    lossy = false;
     EXPECT_TRUE(Utf16ToCodePage(u"图", 936, bytes) && bytes == "\xCD\xBC");
     EXPECT_TRUE(Utf16ToCodePage(u"a图b", 1252, bytes, &lossy) && bytes == "a?b" && lossy);  // 图 has no place in 1252
     std::u16string out = u"stale";
