@@ -99,7 +99,7 @@ protected:
 
 }  // namespace
 
-TEST_F(ServiceTest, EveryFaultSwitchFiresAndClearingEndsIt) {
+TEST_F(ServiceTest, FaultSwitchesMalformedRequestsAndDamagedArchives) {
     const std::string path = "/gallery/selpageinfo";
     const std::string full = Raw(path).body;
     ASSERT_GT(full.size(), 100u);
@@ -142,9 +142,8 @@ TEST_F(ServiceTest, EveryFaultSwitchFiresAndClearingEndsIt) {
         faults.set(pattern, service::Fault{.status = status});
     for (const auto& [path, status] : std::map<std::string, int>{{"/files/a/b.dwg", 503}, {"/files/a/c.dwg", 502}, {"/files/z.dwg", 501}, {"/gallery/g_cs", 500}})
         EXPECT_EQ(status, faults.take(path).status) << path;
-}
 
-TEST_F(ServiceTest, MalformedRequestsLeaveTheServerStanding) {
+    // Requests no client should send leave the server standing.
     const std::string token = service::kDemoUserToken;
     const std::string junk[] = {
         "\r\n\r\n", "GARBAGE\r\n\r\n",
@@ -165,9 +164,8 @@ TEST_F(ServiceTest, MalformedRequestsLeaveTheServerStanding) {
     EXPECT_EQ("error", Raw("/gallery/lfupload").body) << "an upload without a file is refused";
     EXPECT_EQ(std::make_pair(Raw("/files/%2e%2e/library.tsv").status, Raw("/gallery/gethotwords").status),
               std::make_pair(404, 200));
-}
 
-TEST_F(ServiceTest, DamagedArchivesAreReadWithoutCrashAndRefusedOnesStartNothing) {
+    // Damaged archives are read without a crash; refused ones start nothing.
     const std::string big(200000, 'q');  // more than one read buffer
     const std::string bytes = MakeZip(home.file("good.zip"), {{"1//门窗/", ""}, {"1//门窗//单开门.dwg", big}, {"1/top.dwg", "x"}});
     std::vector<service::ArchiveEntry> entries;
