@@ -29,7 +29,7 @@ protected:
 };
 
 // The file Stone.xdb: one complete class and one stale one, written empty and read back empty.
-TEST_F(Catalogue, WritesTheExactBytesAndReadsThemBack) {
+TEST_F(Catalogue, WritesTheExactBytesOfWholeUtf8AndReadsThemBack) {
     GalleryNode* g = AddGallery(u"Stone");
     GalleryNode *granite = AddClass(g, u"Granite", 3, u"http://h/g"),
                 *marble = AddClass(g, u"Marble", 7, u"http://h/m");
@@ -60,14 +60,12 @@ TEST_F(Catalogue, WritesTheExactBytesAndReadsThemBack) {
     GalleryStore bare;  // without a root nothing is read or written
     WriteCatalogue(bare, u"");
     EXPECT_FALSE(ReadCatalogue(bare, u"Stone"));
-}
 
-// Whatever UTF-16 units the values hold (pairs, lone surrogates at the edges), the file is
-// whole UTF-8 and the reader gives the tree back, down to the stale class written empty.
-TEST_F(Catalogue, BytesAreTheUtf8OfTheWholeTextAndRoundTrip) {
+    // Whatever UTF-16 units the values hold (pairs, lone surrogates at the edges), the file is
+    // whole UTF-8 and the reader gives the tree back, down to the stale class written empty.
     const std::u16string pair = u"\U0001F4D0";
     const std::u16string loneHigh(1, char16_t(0xD83D)), loneLow(1, char16_t(0xDC00));
-    GalleryNode* g = AddGallery(u"图库é" + pair, true);
+    g = AddGallery(u"图库é" + pair, true);
     GalleryNode* a = AddClass(g, u"门窗" + loneHigh, INT32_MIN, u"http://h/" + pair + u"/é");
     AddBlock(a, loneLow + u"a.dwg", INT32_MAX, true);
     AddBlock(a, u"x" + loneHigh, -1, false);
