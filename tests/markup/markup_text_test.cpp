@@ -31,7 +31,7 @@ std::string InCodePage(const std::u16string& text, uint32_t page) {
 }
 
 // Each form is read from a file and from memory alike, and saved back byte for byte.
-TEST(MarkupFile, EveryFormReadsAndSavesByteForByte) {
+TEST(MarkupFile, EveryFormReadsAndSavesByteForByteDetectionNulsAndFailures) {
     TempHome home;
     const std::u16string body = u"<root><item name=\"第一 é\">块 &amp; ü</item></root>";
     const std::u16string decl32 = u"<?xml version=\"1.0\" encoding=\"UTF-32\"?><r>中\U0001F600</r>";
@@ -72,12 +72,10 @@ TEST(MarkupFile, EveryFormReadsAndSavesByteForByte) {
     ASSERT_TRUE(doc.SetText(u"<?xml encoding=\"iso-8859-1\"?><r>中</r>") && doc.SaveFile(W(out)));
     EXPECT_TRUE(HasRecord(doc, "conversion_loss")) << ResultOf(doc);
     EXPECT_EQ(ReadBytes(out), "<?xml encoding=\"iso-8859-1\"?><r>?</r>");
-}
 
-TEST(MarkupFile, DetectionNulsEmptyFilesAndFailures) {
-    TempHome home;
+    // Detection, NULs, empty files and failures.
     const std::string path = home.file("x.xml");
-    const std::string gbk = InCodePage(u"图块", 936);
+    const std::string gbkBytes = InCodePage(u"图块", 936);
     const std::u16string meta = u"<html><head><meta http-equiv=\"Content-Type\" content=\"text/html; charset=gbk\"></head>";
     // Bytes on disk, whether UTF-8 was detected, the text read (empty: not read as GBK).
     const std::tuple<std::string, bool, std::u16string> cases[] = {
@@ -85,9 +83,9 @@ TEST(MarkupFile, DetectionNulsEmptyFilesAndFailures) {
         {" \xE4\xB8\xAD<r/>", true, u" 中<r/>"},             // else valid UTF-8 is detected
         {" \xFF<r/>", false, u" \uFFFD<r/>"},                // the default code page is UTF-8 here
         // The charset of an html meta counts before </head> only; another first element ends the search.
-        {U8(meta) + "<p>" + gbk + "</p></html>", false, meta + u"<p>图块</p></html>"},
-        {"<html><head></head><meta content=\"charset=gbk\"><p>" + gbk + "</p></html>", false, u""},
-        {"<root><?xml encoding=\"gbk\"?>" + gbk + "</root>", false, u""},
+        {U8(meta) + "<p>" + gbkBytes + "</p></html>", false, meta + u"<p>图块</p></html>"},
+        {"<html><head></head><meta content=\"charset=gbk\"><p>" + gbkBytes + "</p></html>", false, u""},
+        {"<root><?xml encoding=\"gbk\"?>" + gbkBytes + "</root>", false, u""},
         {std::string("<r>a\0b\0</r>", 11), false, u"<r>ab</r>"},
         {"\xFF\xFE" + Utf16Bytes(std::u16string(u"<r>\0x</r>", 9), false), false, u"<r>x</r>"},
         {"\xFF\xFE" + Utf16Bytes(u"<r/>", false) + "\x01", false, u"<r/>"},  // an odd trailing byte goes
@@ -101,7 +99,6 @@ TEST(MarkupFile, DetectionNulsEmptyFilesAndFailures) {
         EXPECT_TRUE(text.empty() ? doc.Text().find(u"图块") == std::u16string::npos : doc.Text() == text)
             << U8(doc.Text());
     }
-    MarkupDocument doc;
     WriteBytes(path, std::string("<r>a\0b\0</r>", 11));
     EXPECT_TRUE(doc.LoadFile(W(path)) && HasRecord(doc, "nulls_removed count=\"2\""));
     WriteBytes(path, "\xEF\xBB\xBF");
