@@ -79,7 +79,7 @@ protected:
 
 }  // namespace
 
-TEST_F(HostLink, OrdersSetModeTokenAndUserAsTheHostWroteThem) {
+TEST_F(HostLink, OrdersAndLocationsSetModeTokenUserAndPage) {
     panel->userId = 9;
     panel->userToken = u"keep";
     for (uintptr_t unknown : {410u, 417u, 999u}) EXPECT_EQ(CopyData(unknown, u"5&^&x"), 0);
@@ -110,9 +110,8 @@ TEST_F(HostLink, OrdersSetModeTokenAndUserAsTheHostWroteThem) {
     }
     panel->m_page = PageBrowse;
     EXPECT_TRUE(host->records.empty());
-}
 
-TEST_F(HostLink, LocationsAndTheHostsCallsSteerThePanelAndItsMode) {
+    // Locations and the host's calls steer the panel and its mode.
     const WindowHandle handle = panel->Handle();
     KillTimer(handle, 2000);
     const int page = panel->m_page, pending = panel->m_pendingClass;

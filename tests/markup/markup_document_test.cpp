@@ -13,7 +13,7 @@ namespace {
 
 using namespace test;
 
-TEST(MarkupParse, WalksTheCallersReadingOrder) {
+TEST(MarkupParse, WalksTheCallersReadingOrderAndEveryTokeniserCase) {
     MarkupDocument doc;
     EXPECT_FALSE(doc.FindElement() || doc.SetAttribute(u"a", u"b")) << "nothing set yet";
     ASSERT_TRUE(doc.SetText(u"<?xml version=\"1.0\"?>\r\n<!-- list -->\r\n<root>"
@@ -47,6 +47,64 @@ TEST(MarkupParse, WalksTheCallersReadingOrder) {
                     doc.Text().data()[doc.Text().size()] == u'\0')
             << "NUL at " << at;
     }
+
+    // Every tokeniser case, broken nesting and their truncations.
+    // Text, well-formed, the record expected (or none at all).
+    const std::tuple<const char16_t*, bool, const char*> cases[] = {
+        {u"<a><?pi x?><!-- c --><![CDATA[<x>]]>t</a>", true, nullptr},
+        {u"<!DOCTYPE a [ <!ELEMENT a (#PCDATA)> <!ATTLIST a x CDATA \">\"> <!-- > --> ]><a/>", true, nullptr},
+        {u"<!DOCTYPE a [ <!X> ]><a/>", false, "doctype_tag_syntax offset=\"0\""},
+        {u"<a><!x></a>", false, "exclamation_tag_syntax offset=\"3\""},
+        {u"<a><!-x></a>", false, "comment_tag_syntax offset=\"3\""},
+        {u"<a><![x></a>", false, "cdata_section_syntax offset=\"3\""},
+        {u"<a>< b</a>", false, "first_tag_syntax offset=\"3\""}, {u"<a><1></a>", false, "first_tag_syntax"},
+        {u"<a x=\"1>", false, "unterminated_tag_syntax type=\"start_tag\" offset=\"0\""},
+        {u"<a></a", false, "unterminated_tag_syntax type=\"end_tag\" offset=\"3\""},
+        {u"<a/><?pi", false, "type=\"processing_instruction\""}, {u"<a/><!-- c ->", false, "type=\"comment\""},
+        {u"<a/><![CDATA[ x ]>", false, "type=\"cdata_section\""}, {u"<!DOCTYPE a [", false, "type=\"document_type\""},
+        {u"<a/><!x", false, "type=\"tag\""}, {u"<a/><", false, "type=\"tag\""}, {u"<a/><!-->", false, "type=\"comment\""},
+        {u"<a/><?>", false, "type=\"processing_instruction\""}, {u"</x>", false, "no_root_element"},
+        {u" \r\n\t ", false, "no_root_element"}, {u"just text > more", false, "no_root_element"},
+        {u"<!DOCTYPE a [<!-", false, "type=\"document_type\""}, {u"<r><a><b>", false, "offset2=\"9\""},
+        // A second '=' doesn't open a value, so its quote doesn't hide the '>'.
+        {u"<a b==\"x>\"/>", false, "unended_start_tag tagname=\"a\" offset=\"0\" offset2=\"12\""},
+        // An unended child keeps the extent of its start tag; a lone end tag is ignored;
+        // two top-level elements are reported but not ill-formed.
+        {u"<a><b></a>", false, "unended_start_tag tagname=\"b\" offset=\"3\" offset2=\"7\""},
+        {u"<a></b></a>", false, "lone_end_tag tagname=\"b\" offset=\"3\""}, {u"<a/><b/>", false, "root_has_sibling"},
+        // Unended elements at the end: their children move up behind them, the inner one reported first.
+        {u"<r><u1><c1/><u2><c2><d/></c2><c3/></r>", false,
+         "unended_start_tag tagname=\"u2\" offset=\"12\" offset2=\"35\"/><unended_start_tag tagname=\"u1\" offset=\"3\" offset2=\"35\""},
+    };
+    for (const auto& [text, ok, record] : cases) {
+        SCOPED_TRACE(U8(text));
+        EXPECT_EQ(doc.SetText(text), ok) << ResultOf(doc);
+        EXPECT_EQ(record ? HasRecord(doc, record) : doc.GetResult().empty(), true) << ResultOf(doc);
+        EXPECT_EQ(test::ShapeOf(doc), test::ReparsedShape(doc));
+        // Every prefix of the text parses without harm and keeps a sound index.
+        const std::u16string full(text);
+        for (size_t n = 0; n <= full.size(); ++n) {
+            doc.SetText(std::u16string_view(full).substr(0, n));
+            ASSERT_EQ(CheckIndex(doc), "") << n;
+        }
+    }
+    doc.SetText(u"<a/><b/>");
+    EXPECT_TRUE(!doc.IsIllFormed() && doc.FindElement(u"b"));
+    doc.SetText(u"<a><b></a>");
+    EXPECT_TRUE(doc.IsIllFormed());
+    ASSERT_TRUE(doc.FindElement(u"a") && doc.FindChildElement(u"b"));
+    EXPECT_EQ(doc.Record(doc.MainCursor()).length + doc.Record(doc.ChildCursor()).length, 10u + 3u);
+    EXPECT_NE(doc.Record(doc.MainCursor()).levelMarks & MarkupDocument::MarkErrorInside, 0u);
+    EXPECT_NE(doc.Record(doc.ChildCursor()).levelMarks & MarkupDocument::MarkUnended, 0u);
+    std::u16string many = u"<r>";  // the records of the result are capped
+    for (int i = 0; i < 500; ++i) many += u"</x>";
+    EXPECT_FALSE(doc.SetText(many + u"</r>"));
+    EXPECT_TRUE(doc.GetResult().size() >= 1000u && doc.GetResult().size() < 1100u) << doc.GetResult().size();
+    doc.SetText(u"<r><u1><c1/><u2><c2><d/></c2><c3/></r>");
+    ASSERT_TRUE(doc.FindElement(u"r") && doc.EnterElement());
+    std::u16string order;
+    while (doc.FindElement()) order += doc.GetTagName() + u",";
+    EXPECT_EQ(order, u"u1,c1,u2,c2,c3,");
 }
 
 TEST(MarkupParse, AttributeValuesQuotingAReusedBufferAndTheCache) {
@@ -118,67 +176,7 @@ TEST(MarkupParse, AttributeValuesQuotingAReusedBufferAndTheCache) {
     EXPECT_EQ(doc.GetChildAttribute(u"a2"), u"other");
 }
 
-TEST(MarkupParse, EveryTokeniserCaseBrokenNestingAndTheirTruncations) {
-    MarkupDocument doc;
-    // Text, well-formed, the record expected (or none at all).
-    const std::tuple<const char16_t*, bool, const char*> cases[] = {
-        {u"<a><?pi x?><!-- c --><![CDATA[<x>]]>t</a>", true, nullptr},
-        {u"<!DOCTYPE a [ <!ELEMENT a (#PCDATA)> <!ATTLIST a x CDATA \">\"> <!-- > --> ]><a/>", true, nullptr},
-        {u"<!DOCTYPE a [ <!X> ]><a/>", false, "doctype_tag_syntax offset=\"0\""},
-        {u"<a><!x></a>", false, "exclamation_tag_syntax offset=\"3\""},
-        {u"<a><!-x></a>", false, "comment_tag_syntax offset=\"3\""},
-        {u"<a><![x></a>", false, "cdata_section_syntax offset=\"3\""},
-        {u"<a>< b</a>", false, "first_tag_syntax offset=\"3\""}, {u"<a><1></a>", false, "first_tag_syntax"},
-        {u"<a x=\"1>", false, "unterminated_tag_syntax type=\"start_tag\" offset=\"0\""},
-        {u"<a></a", false, "unterminated_tag_syntax type=\"end_tag\" offset=\"3\""},
-        {u"<a/><?pi", false, "type=\"processing_instruction\""}, {u"<a/><!-- c ->", false, "type=\"comment\""},
-        {u"<a/><![CDATA[ x ]>", false, "type=\"cdata_section\""}, {u"<!DOCTYPE a [", false, "type=\"document_type\""},
-        {u"<a/><!x", false, "type=\"tag\""}, {u"<a/><", false, "type=\"tag\""}, {u"<a/><!-->", false, "type=\"comment\""},
-        {u"<a/><?>", false, "type=\"processing_instruction\""}, {u"</x>", false, "no_root_element"},
-        {u" \r\n\t ", false, "no_root_element"}, {u"just text > more", false, "no_root_element"},
-        {u"<!DOCTYPE a [<!-", false, "type=\"document_type\""}, {u"<r><a><b>", false, "offset2=\"9\""},
-        // A second '=' doesn't open a value, so its quote doesn't hide the '>'.
-        {u"<a b==\"x>\"/>", false, "unended_start_tag tagname=\"a\" offset=\"0\" offset2=\"12\""},
-        // An unended child keeps the extent of its start tag; a lone end tag is ignored;
-        // two top-level elements are reported but not ill-formed.
-        {u"<a><b></a>", false, "unended_start_tag tagname=\"b\" offset=\"3\" offset2=\"7\""},
-        {u"<a></b></a>", false, "lone_end_tag tagname=\"b\" offset=\"3\""}, {u"<a/><b/>", false, "root_has_sibling"},
-        // Unended elements at the end: their children move up behind them, the inner one reported first.
-        {u"<r><u1><c1/><u2><c2><d/></c2><c3/></r>", false,
-         "unended_start_tag tagname=\"u2\" offset=\"12\" offset2=\"35\"/><unended_start_tag tagname=\"u1\" offset=\"3\" offset2=\"35\""},
-    };
-    for (const auto& [text, ok, record] : cases) {
-        SCOPED_TRACE(U8(text));
-        EXPECT_EQ(doc.SetText(text), ok) << ResultOf(doc);
-        EXPECT_EQ(record ? HasRecord(doc, record) : doc.GetResult().empty(), true) << ResultOf(doc);
-        EXPECT_EQ(test::ShapeOf(doc), test::ReparsedShape(doc));
-        // Every prefix of the text parses without harm and keeps a sound index.
-        const std::u16string full(text);
-        for (size_t n = 0; n <= full.size(); ++n) {
-            doc.SetText(std::u16string_view(full).substr(0, n));
-            ASSERT_EQ(CheckIndex(doc), "") << n;
-        }
-    }
-    doc.SetText(u"<a/><b/>");
-    EXPECT_TRUE(!doc.IsIllFormed() && doc.FindElement(u"b"));
-    doc.SetText(u"<a><b></a>");
-    EXPECT_TRUE(doc.IsIllFormed());
-    ASSERT_TRUE(doc.FindElement(u"a") && doc.FindChildElement(u"b"));
-    EXPECT_EQ(doc.Record(doc.MainCursor()).length + doc.Record(doc.ChildCursor()).length, 10u + 3u);
-    EXPECT_NE(doc.Record(doc.MainCursor()).levelMarks & MarkupDocument::MarkErrorInside, 0u);
-    EXPECT_NE(doc.Record(doc.ChildCursor()).levelMarks & MarkupDocument::MarkUnended, 0u);
-    std::u16string many = u"<r>";  // the records of the result are capped
-    for (int i = 0; i < 500; ++i) many += u"</x>";
-    EXPECT_FALSE(doc.SetText(many + u"</r>"));
-    EXPECT_TRUE(doc.GetResult().size() >= 1000u && doc.GetResult().size() < 1100u) << doc.GetResult().size();
-    doc.SetText(u"<r><u1><c1/><u2><c2><d/></c2><c3/></r>");
-    ASSERT_TRUE(doc.FindElement(u"r") && doc.EnterElement());
-    std::u16string order;
-    while (doc.FindElement()) order += doc.GetTagName() + u",";
-    EXPECT_EQ(order, u"u1,c1,u2,c2,c3,");
-}
-
-TEST(MarkupEdit, AddAndSetKeepTheLayoutAndMatchAReparseInLongRandomRuns) {
+TEST(MarkupEdit, AddAndSetKeepTheLayoutAndMatchAReparseInLongRandomRunsAndBigDocuments) {
     MarkupDocument doc;
     ASSERT_TRUE(doc.AddElement(u"root"));
     EXPECT_EQ(doc.Text(), u"<root/>\r\n");
@@ -269,13 +267,11 @@ TEST(MarkupEdit, AddAndSetKeepTheLayoutAndMatchAReparseInLongRandomRuns) {
             }
         }
     }
-}
 
-// Many appends grow the records past two pages (65,536 each), and a parse of the text
-// indexes them alike; texts of several megabytes take the big-buffer road: set, loaded,
-// grown past their capacity, and released.
-TEST(MarkupEdit, BigDocumentsGrowAndRelease) {
-    MarkupDocument doc;
+    // Many appends grow the records past two pages (65,536 each), and a parse of the text
+    // indexes them alike; texts of several megabytes take the big-buffer road: set, loaded,
+    // grown past their capacity, and released.
+    doc.SetText(u"");
     ASSERT_TRUE(doc.AddElement(u"root") && doc.EnterElement());
     const uint32_t count = 140000;
     for (uint32_t i = 0; i < count; ++i) ASSERT_TRUE(doc.AddElement(u"i", W(std::to_string(i))));

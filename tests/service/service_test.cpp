@@ -78,28 +78,24 @@ std::string MakeZip(const std::string& path, const std::vector<std::pair<std::st
     return ReadBytes(path);
 }
 
-class ServiceTest : public ::testing::Test {
-protected:
-    TempHome home;
-    service::ServiceHandle service = StartLiveService(SampleLibrary({2, 2, 3}));
-    httplib::Client Client() const {
-        httplib::Client c("127.0.0.1", service.port());
-        c.set_read_timeout(10, 0);
-        return c;
-    }
-    std::string Admin(const std::string& pathAndQuery) const {
-        auto res = Client().Get(pathAndQuery.c_str());
-        return res ? res->body : std::string("<no reply>");
-    }
-    RawReply Raw(const std::string& path) const {
-        return RawExchange(service.port(), "GET " + path + " HTTP/1.1\r\nHost: 127.0.0.1\r\nConnection: close\r\n\r\n");
-    }
-
-};
 
 }  // namespace
 
-TEST_F(ServiceTest, FaultSwitchesMalformedRequestsAndDamagedArchives) {
+TEST(ServiceTest, FaultSwitchesMalformedRequestsAndDamagedArchives) {
+    TempHome home;
+    service::ServiceHandle service = StartLiveService(SampleLibrary({2, 2, 3}));
+    auto Client = [&] {
+        httplib::Client c("127.0.0.1", service.port());
+        c.set_read_timeout(10, 0);
+        return c;
+    };
+    auto Admin = [&](const std::string& pathAndQuery) {
+        auto res = Client().Get(pathAndQuery.c_str());
+        return res ? res->body : std::string("<no reply>");
+    };
+    auto Raw = [&](const std::string& path) {
+        return RawExchange(service.port(), "GET " + path + " HTTP/1.1\r\nHost: 127.0.0.1\r\nConnection: close\r\n\r\n");
+    };
     const std::string path = "/gallery/selpageinfo";
     const std::string full = Raw(path).body;
     ASSERT_GT(full.size(), 100u);
