@@ -208,10 +208,12 @@ std::vector<std::u16string> Paths(const std::vector<GalleryNode*>& nodes) {
     return out;
 }
 
-TEST(ListFile, ExactBytesAndTheLimit) {
-    GalleryNode a(kRootName, u"/d/Orsolen/G/C/a.dwg", u"a", kKindFile, false, false, 0);
-    GalleryNode b(kRootName, u"/d/x&y/门.DWG", u"门", kKindFile, false, false, 0);
-    EXPECT_EQ(ComposeListFile({&a, nullptr, &b}), ReadBytes(SourceDir() + "/tests/store/data/two_entries.xml"));
+// Remember, save, load (filtered), reload: the recent list and the common-use lists on disk.
+TEST_F(Lists, ExactBytesTheLimitAndTheRecentAndCommonListsThroughTheirFiles) {
+    // The exact bytes, and the limit of 500.
+    GalleryNode one(kRootName, u"/d/Orsolen/G/C/a.dwg", u"a", kKindFile, false, false, 0);
+    GalleryNode two(kRootName, u"/d/x&y/门.DWG", u"门", kKindFile, false, false, 0);
+    EXPECT_EQ(ComposeListFile({&one, nullptr, &two}), ReadBytes(SourceDir() + "/tests/store/data/two_entries.xml"));
     EXPECT_EQ(ComposeListFile({}), ReadBytes(SourceDir() + "/tests/store/data/empty_list.xml"));
     // 501 entries: the last (oldest) is dropped.
     std::vector<GalleryNode> nodes;
@@ -222,10 +224,7 @@ TEST(ListFile, ExactBytesAndTheLimit) {
     std::vector<std::u16string> first500 = Paths(all);
     first500.pop_back();
     EXPECT_EQ(ComposeListFile(all), ListOf(first500));
-}
 
-// Remember, save, load (filtered), reload: the recent list and the common-use lists on disk.
-TEST_F(Lists, RecentAndCommonListsThroughTheirFiles) {
     const std::u16string a = rootPath + u"/G/C/a.dwg", b = rootPath + u"/G/C/b.dwg",
                          upper = rootPath + u"/G/C.x/Up.v2.DWG";
     GalleryNode *g = AddGallery(u"G"), *mine = AddGallery(u"我的收藏"), *empty = AddGallery(u"Empty");
