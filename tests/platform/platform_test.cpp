@@ -26,7 +26,7 @@
 using namespace marrowfin;
 using marrowfin::test::TempHome;
 
-TEST(TextCodecs, Utf8ValidityRoundTripsAndLossAndLegacyCodePages) {
+TEST(TextCodecs, Utf8ValidityRoundTripsAndLossLegacyCodePagesFoldingAndIntegers) {
     const std::pair<std::string_view, bool> valid[] = {
         {"", true}, {"\xE5\x9B\xBE\xE5\xBA\x93", true}, {"\xF0\x9F\x98\x80", true}, {"\xF8\x88\x80\x80", false},
         {"\xFF", false}, {"ok\xE5\x9B", false}, {"\xE5\x1B\xBE", false}, {"\x80", false}};
@@ -63,16 +63,15 @@ TEST(TextCodecs, Utf8ValidityRoundTripsAndLossAndLegacyCodePages) {
     lossy = false;
     EXPECT_TRUE(CodePageToUtf16("ok\x81", 936, out, &lossy) && lossy &&
                 out.substr(0, 2) == u"ok");  // a cut double-byte character
-}
 
-TEST(CaseFoldingAndIntegers, LatinFoldsCjkStaysAndEachReaderOverflows) {
+    // Latin folds, CJK stays, and each integer reader overflows in its own way.
     EXPECT_EQ(ToLowerFold(u"DOOR Ærø ŁÓDŹ ΑΒΓ МОСКВА ＡＢ 门窗×"), u"door ærø łódź αβγ москва ａｂ 门窗×");
     EXPECT_TRUE(ContainsFolded(u"Double-DOOR 门", u"door") && ContainsFolded(u"anything", u"") &&
                 ContainsFolded(u"沙发Sofa", u"发s") && !ContainsFolded(u"do", u"door"));
-    const std::tuple<const char16_t*, bool, int64_t> cases[] = {
+    const std::tuple<const char16_t*, bool, int64_t> integers[] = {
         {u"", false, 0}, {u" \t-12x", true, 12}, {u"+7", false, 7}, {u"- 3", true, 0}, {u"x5", false, 0},
         {u"1000", false, 999}, {u"99", false, 99}};
-    for (const auto& [text, negative, magnitude] : cases) {
+    for (const auto& [text, negative, magnitude] : integers) {
         const LeadingInteger n = ScanLeadingInteger(text, 999);
         EXPECT_EQ(std::make_pair(n.negative, n.magnitude), std::make_pair(negative, magnitude)) << U8(text);
     }
@@ -210,7 +209,7 @@ TEST(DocumentRoot, HonoursDocDirAndFallsBack) {
     EXPECT_EQ(DocumentsFolder(), W(home.dir() + "/文档"));
 }
 
-TEST(Threads, AFailedStartAnswersFalseRunsNothingAndTheNextStartWorks) {
+TEST(ThreadsAndTicks, AFailedStartRunsNothingAndTickDifferencesSurviveTheWrap) {
     auto token = std::make_shared<int>(0);  // tells whether the work was let go
     std::atomic<int> runs{0};
     FailThreadStartsForTests(2);
@@ -224,9 +223,8 @@ TEST(Threads, AFailedStartAnswersFalseRunsNothingAndTheNextStartWorks) {
     ASSERT_TRUE(StartThread(t, [&runs] { ++runs; throw std::runtime_error("worker"); }));
     t.join();
     EXPECT_EQ(runs.load(), 2);
-}
 
-TEST(Ticks, DifferencesSurviveTheWrap) {
+    // Tick differences survive the 32-bit wrap.
     const uint32_t now = GetTickCount();
     // Move the clock to 100 ms before the 32-bit wrap.
     ShiftTicksForTest(static_cast<int64_t>(0xFFFFFFFFu - 100u) - now);
