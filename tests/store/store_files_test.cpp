@@ -29,7 +29,7 @@ protected:
 };
 
 // The file Stone.xdb: one complete class and one stale one, written empty and read back empty.
-TEST_F(Catalogue, WritesTheExactBytesOfWholeUtf8AndReadsThemBack) {
+TEST_F(Catalogue, WritesTheExactBytesOfWholeUtf8ReadsThemBackAndRefusesBrokenFiles) {
     GalleryNode* g = AddGallery(u"Stone");
     GalleryNode *granite = AddClass(g, u"Granite", 3, u"http://h/g"),
                 *marble = AddClass(g, u"Marble", 7, u"http://h/m");
@@ -107,9 +107,8 @@ TEST_F(Catalogue, WritesTheExactBytesOfWholeUtf8AndReadsThemBack) {
         for (const GalleryNode* c : read->dirChildren) after += DumpTree(c, 1);
         EXPECT_EQ(after, before);
     }
-}
 
-TEST_F(Catalogue, BrokenFilesLeaveTheTreeAsItWasAndIncompleteElementsAreSkipped) {
+    // Broken files leave the tree as it was; incomplete elements are skipped.
     const std::string seal = MakeSeal(u"G", false);
     const std::string body =
         "<sub n=\"K\" ver=\"3\" u_b=\"http://k\" ><itm fn=\"a.dwg\" sz=\"1\" hi=\"0\" /></sub></root>\r";
@@ -126,7 +125,7 @@ TEST_F(Catalogue, BrokenFilesLeaveTheTreeAsItWasAndIncompleteElementsAreSkipped)
     };
     CreateDirectories(rootPath + u"/G");
     for (const auto& [what, bytes] : broken) {
-        GalleryNode* g = Reset(u"G");
+        g = Reset(u"G");
         WriteBytes(U8(FileOf(u"G")), bytes);
         EXPECT_TRUE(!ReadCatalogue(store, u"G") && g->dirChildren.empty() && store.root->dirChildren.size() == 1u)
             << what;
@@ -141,7 +140,7 @@ TEST_F(Catalogue, BrokenFilesLeaveTheTreeAsItWasAndIncompleteElementsAreSkipped)
                                  "<itm fn=\"lost.dwg\" sz=\"1\" hi=\"0\" /></sub><sub n=\"K\" ver=\"9\" u_b=\"http://k\" >"
                                  "<itm fn=\"nohi.dwg\" sz=\"1\" /><itm fn=\"\" sz=\"1\" hi=\"0\" />"
                                  "<itm fn=\"nosz.dwg\" sz=\"\" hi=\"0\" /><itm fn=\"ok.dwg\" sz=\"12abc\" hi=\"yes\" /></sub></root>\r");
-    GalleryNode* g = Reset(u"G");
+    g = Reset(u"G");
     ASSERT_TRUE(ReadCatalogue(store, u"G"));
     EXPECT_EQ(DumpTree(g), u"Orsolen|G|" + rootPath + u"/G|dir||0|0|-|-\n  G|K|" + rootPath +
                                u"/G/K|dir|http://k|9|0|-|-\n"

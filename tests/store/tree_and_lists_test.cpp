@@ -209,7 +209,7 @@ std::vector<std::u16string> Paths(const std::vector<GalleryNode*>& nodes) {
 }
 
 // Remember, save, load (filtered), reload: the recent list and the common-use lists on disk.
-TEST_F(Lists, ExactBytesTheLimitAndTheRecentAndCommonListsThroughTheirFiles) {
+TEST_F(Lists, ExactBytesTheLimitAndTheRecentAndCommonListsThroughTheirFilesBrokenOrNot) {
     // The exact bytes, and the limit of 500.
     GalleryNode one(kRootName, u"/d/Orsolen/G/C/a.dwg", u"a", kKindFile, false, false, 0);
     GalleryNode two(kRootName, u"/d/x&y/门.DWG", u"门", kKindFile, false, false, 0);
@@ -269,6 +269,18 @@ TEST_F(Lists, ExactBytesTheLimitAndTheRecentAndCommonListsThroughTheirFiles) {
     RememberRecent(bare, a, u"a");
     SaveRecentList(bare);
     EXPECT_EQ(bare.root, nullptr);
+
+    // Broken or missing files give empty lists.
+    const std::string cases[] = {
+        "missing", "", "not xml at all", kHead + "<Item path=\"" + U8(a) + "\" />\r",  // cut before </root>
+        kHead.substr(0, kHead.size() - 7) + "<list><Item path=\"" + U8(a) + "\" /></list>\r",
+    };
+    for (const auto& bytes : cases) {
+        const std::u16string file = rootPath + u"/RecentlyUse.xml";
+        bytes == "missing" ? (void)RemoveFile(file) : WriteBytes(U8(file), bytes);
+        ReloadRecentList(store);
+        EXPECT_TRUE(store.root->fileChildren.empty()) << bytes;
+    }
 }
 
 TEST_F(Lists, BrokenOrMissingFilesGiveEmptyLists) {
