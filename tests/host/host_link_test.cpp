@@ -178,7 +178,7 @@ TEST_F(HostLink, FeedbackWaitRemindsEveryThirdTickUntilTheUserChangesOrTheHostGo
     EXPECT_FALSE(PostHostNotice(panel->hostWindow, panel->Handle(), 14));  // delivered nowhere
 }
 
-TEST_F(HostLink, InsertionsOwnTheirPathUntilTheHostTakesIt) {
+TEST_F(HostLink, InsertionsOwnTheirPathAndBoutiqueAnswersComeFromTheTreeAndItsCache) {
     EXPECT_TRUE(PostHostInsertion(HandleOf(host), 3, u"/d/Orsolen/门窗/推拉门/a.dwg"));
     QCoreApplication::sendPostedEvents();
     EXPECT_TRUE(host->Requests(3).size() == 1u && host->Requests(3)[0].text == u"/d/Orsolen/门窗/推拉门/a.dwg");
@@ -195,9 +195,8 @@ TEST_F(HostLink, InsertionsOwnTheirPathUntilTheHostTakesIt) {
     EXPECT_EQ(permission, -1);
     SendHostRequest(HandleOf(host), MARROWFIN_REQUEST_PERMISSION, &permission);
     EXPECT_EQ(permission, 0);
-}
 
-TEST_F(HostLink, BoutiqueAnswersFromTheTreeAndCachesIt) {
+    // The boutique question is answered from the tree and cached.
     GalleryStore& store = *panel->m_store;
     GalleryNode* savedRoot = store.root;
     panel->m_boutiqueCache.clear();
