@@ -283,19 +283,5 @@ TEST_F(Lists, ExactBytesTheLimitAndTheRecentAndCommonListsThroughTheirFilesBroke
     }
 }
 
-TEST_F(Lists, BrokenOrMissingFilesGiveEmptyLists) {
-    const std::u16string a = rootPath + u"/a.dwg";
-    Touch(a);
-    const std::string cases[] = {
-        "missing", "", "not xml at all", kHead + "<Item path=\"" + U8(a) + "\" />\r",  // cut before </root>
-        kHead.substr(0, kHead.size() - 7) + "<list><Item path=\"" + U8(a) + "\" /></list>\r",
-    };
-    for (const auto& bytes : cases) {
-        if (bytes != "missing") WriteBytes(U8(rootPath + u"/RecentlyUse.xml"), bytes);
-        LoadRecentList(store);
-        EXPECT_TRUE(store.root->fileChildren.empty()) << bytes;
-    }
-}
-
 }  // namespace
 }  // namespace marrowfin::test
