@@ -13,7 +13,7 @@ namespace {
 
 using namespace test;
 
-TEST(MarkupParse, WalksTheCallersReadingOrderAndEveryTokeniserCase) {
+TEST(MarkupParse, WalksTheCallersReadingOrderEveryTokeniserCaseAndAttributeValues) {
     MarkupDocument doc;
     EXPECT_FALSE(doc.FindElement() || doc.SetAttribute(u"a", u"b")) << "nothing set yet";
     ASSERT_TRUE(doc.SetText(u"<?xml version=\"1.0\"?>\r\n<!-- list -->\r\n<root>"
@@ -105,9 +105,8 @@ TEST(MarkupParse, WalksTheCallersReadingOrderAndEveryTokeniserCase) {
     std::u16string order;
     while (doc.FindElement()) order += doc.GetTagName() + u",";
     EXPECT_EQ(order, u"u1,c1,u2,c2,c3,");
-}
 
-TEST(MarkupParse, AttributeValuesQuotingAReusedBufferAndTheCache) {
+    // Attribute values, their quoting, a reused buffer and the attribute cache.
     // Text, attribute, value read (nullptr: absent).
     const std::tuple<const char16_t*, const char16_t*, const char16_t*> reads[] = {
         {u"<e a=\"one\" b=\"\"/>", u"a", u"one"}, {u"<e a=\"one\" b=\"\"/>", u"b", u""},
@@ -121,7 +120,6 @@ TEST(MarkupParse, AttributeValuesQuotingAReusedBufferAndTheCache) {
         {u"<a>x<!-- c -->y<![CDATA[<z>&amp;]]><?p q?></a>", nullptr, u"xy<z>&amp;"}, {u"<a><b>t</b></a>", nullptr, u""},
         {u"<a>1 &lt; 2 &amp;&amp; 3 &gt; 2</a>", nullptr, u"1 < 2 && 3 > 2"}, {u"<a>b>c<!--x-->d</a>", nullptr, u"b>cd"},
     };
-    MarkupDocument doc;
     std::u16string buffer;
     for (const auto& [text, name, value] : reads) {
         SCOPED_TRACE(U8(text) + " " + (name ? U8(name) : "(text)"));

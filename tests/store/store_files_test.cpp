@@ -156,37 +156,9 @@ std::string ShowXml(const std::vector<std::string>& names) {
     return s + "</root>\r\n";
 }
 
-TEST_F(Layout, MoveFromThePreviousGeneration) {
-    const std::u16string old = W(home.documentsDir()) + u"/Pellicor", flag = old + u"/version.ini";
-    CreateDirectories(old);
-    WriteBytes(U8(old + u"/Show.xml"), ShowXml({"Old"}));
-    // Each step: prepare, move, then the list here and the flag.
-    struct Step { const char* what; std::function<void()> prepare; std::string list; const char16_t* flag; };
-    const Step steps[] = {
-        {"a list here: the old folder is not looked at", [&] { WriteBytes(U8(ShowListPath()), ShowXml({"New"})); },
-         ShowXml({"New"}), u""},
-        {"none here, flag unset: copied, flag set", [&] { RemoveFile(ShowListPath()); }, ShowXml({"Old"}), u"1"},
-        {"flag set: nothing copied", [&] { RemoveFile(ShowListPath()); }, "", u"1"},
-        {"no old list: the flag is set all the same", [&] { RemoveFile(flag), RemoveFile(old + u"/Show.xml"); }, "", u"1"},
-        {"no store folder: the copy makes it",
-         [&] {
-             RemoveDirectoryTree(StoreRoot()), RemoveFile(flag);
-             WriteBytes(U8(old + u"/Show.xml"), ShowXml({"Old"}));
-         },
-         ShowXml({"Old"}), u"1"},
-    };
-    for (const Step& step : steps) {
-        step.prepare();
-        MoveFromPreviousGeneration();
-        EXPECT_EQ(std::make_pair(ReadBytes(U8(ShowListPath())), IniGetString(flag, u"BrindleMoved", u"flag", u"")),
-                  std::make_pair(step.list, std::u16string(step.flag))) << step.what;
-    }
-    EXPECT_TRUE(FileExists(old + u"/Show.xml"));  // the old file stays
-}
-
 // The version file, the tip file and Show.xml: at most 101 named items, each name added once.
 // (Where catalogues and blocks lie is read back in the synchronisation's tests.)
-TEST_F(Layout, VersionTipAndShowListFiles) {
+TEST_F(Layout, VersionTipShowListAndTheMoveFromThePreviousGeneration) {
     EXPECT_TRUE(ReadGalleryVersion(u"G") == 0 && WriteGalleryVersion(u"G", 7));
     EXPECT_EQ(IniGetString(rootPath + u"/version.ini", u"version", u"g", u""), u"7");  // keys ignore case
     // 25 characters of buffer: 24 digits are read, the rest is cut.
@@ -218,6 +190,33 @@ TEST_F(Layout, VersionTipAndShowListFiles) {
     std::u16string listed;
     for (const ShowItem& i : ReadShowList(false)) listed += i.name + u"(" + i.describe + u") ";
     EXPECT_EQ(listed, u"A(d-A) B(d-B) C() ");
+
+    // The move from the previous generation.
+    const std::u16string old = W(home.documentsDir()) + u"/Pellicor", flag = old + u"/version.ini";
+    CreateDirectories(old);
+    WriteBytes(U8(old + u"/Show.xml"), ShowXml({"Old"}));
+    // Each step: prepare, move, then the list here and the flag.
+    struct Step { const char* what; std::function<void()> prepare; std::string list; const char16_t* flag; };
+    const Step steps[] = {
+        {"a list here: the old folder is not looked at", [&] { WriteBytes(U8(ShowListPath()), ShowXml({"New"})); },
+         ShowXml({"New"}), u""},
+        {"none here, flag unset: copied, flag set", [&] { RemoveFile(ShowListPath()); }, ShowXml({"Old"}), u"1"},
+        {"flag set: nothing copied", [&] { RemoveFile(ShowListPath()); }, "", u"1"},
+        {"no old list: the flag is set all the same", [&] { RemoveFile(flag), RemoveFile(old + u"/Show.xml"); }, "", u"1"},
+        {"no store folder: the copy makes it",
+         [&] {
+             RemoveDirectoryTree(StoreRoot()), RemoveFile(flag);
+             WriteBytes(U8(old + u"/Show.xml"), ShowXml({"Old"}));
+         },
+         ShowXml({"Old"}), u"1"},
+    };
+    for (const Step& step : steps) {
+        step.prepare();
+        MoveFromPreviousGeneration();
+        EXPECT_EQ(std::make_pair(ReadBytes(U8(ShowListPath())), IniGetString(flag, u"BrindleMoved", u"flag", u"")),
+                  std::make_pair(step.list, std::u16string(step.flag))) << step.what;
+    }
+    EXPECT_TRUE(FileExists(old + u"/Show.xml"));  // the old file stays
 }
 
 }  // namespace
