@@ -122,8 +122,7 @@ TEST(Exports, ThePanelMadeByShowServesItsHost) {
     for (const char* list : {"marrowfin::CClassListCtrl", "marrowfin::CDWGListView", "marrowfin::CSearchListCtrl"})
         EXPECT_EQ(IsDLLHwnd(MarrowfinWindowOf(FindChild(panel, list))), 1) << list;
     EXPECT_EQ(
-        IsDLLHwnd(MarrowfinWindowOf(&host)) + IsDLLHwnd(MarrowfinWindowOf(FindButton(panel, QStringLiteral("反馈")))),
-        0);
+        IsDLLHwnd(MarrowfinWindowOf(&host)) + IsDLLHwnd(MarrowfinWindowOf(FindButton(panel, QStringLiteral("反馈")))), 0);
     show();
     ShowGallery(u"", u"");
     EXPECT_TRUE(GetGallery() == handle && host.Requests(MARROWFIN_REQUEST_CHANNEL).size() == 1u);
@@ -134,8 +133,7 @@ TEST(Exports, ThePanelMadeByShowServesItsHost) {
     QWidget* classList = FindChild(panel, "marrowfin::CClassListCtrl");
     ASSERT_NE(classList, nullptr);
     EXPECT_EQ((std::vector<int>{PreTranslateKey(classList, Qt::Key_Escape), PreTranslateKey(panel, Qt::Key_A),
-                                PreTranslateKey(&host, Qt::Key_Escape)}),
-              (std::vector<int>{1, 0, 0}));
+                                PreTranslateKey(&host, Qt::Key_Escape)}), (std::vector<int>{1, 0, 0}));
     // A real key through the host's loop: Control+Tab hides the panel, which stays.
     QTest::keyClick(classList, Qt::Key_Tab, Qt::ControlModifier);
     EXPECT_TRUE(!panel->isVisible() && GetGallery() == handle && PreTranslateKey(classList, Qt::Key_Escape) == 0);
@@ -168,9 +166,8 @@ TEST(Exports, ThePanelMadeByShowServesItsHost) {
 
     // The collections ask the host to sign in, and for a token only for a real user (users
     // 0 and 1 are nobody). Each round starts signed out.
-    const std::pair<uint32_t, std::vector<uintptr_t>> rounds[] = {
-        {0, {MARROWFIN_REQUEST_SIGN_IN}},
-        {1, {MARROWFIN_REQUEST_SIGN_IN}},
+    const std::pair<uint32_t, std::vector<intptr_t>> rounds[] = {
+        {0, {MARROWFIN_REQUEST_SIGN_IN}}, {1, {MARROWFIN_REQUEST_SIGN_IN}},
         {42, {MARROWFIN_REQUEST_SIGN_IN, MARROWFIN_REQUEST_TOKEN}}};
     for (const auto& [user, requests] : rounds) {
         MarrowfinSendPanelControl(handle, 6, 0);
@@ -185,7 +182,7 @@ TEST(Exports, ThePanelMadeByShowServesItsHost) {
         MarrowfinSendPanelControl(handle, 0, 0);
         EXPECT_TRUE(SpinUntil([&] { return !host.Requests(MARROWFIN_REQUEST_SIGN_IN).empty(); }, 3000));
         Spin(300);
-        EXPECT_EQ(host.RequestOrder(), requests) << user;
+        EXPECT_EQ(host.Codes(MARROWFIN_GALLERY_HOST_REQUEST), requests) << user;
         EXPECT_TRUE(hiddenForSignIn && panel->isVisible()) << "hidden for the sign-in only";
     }
     host.onEvent = nullptr;

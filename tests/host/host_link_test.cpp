@@ -79,7 +79,7 @@ protected:
 
 }  // namespace
 
-TEST_F(HostLink, OrdersSetModeTokenAndUserAsTheHostWroteThem) {
+TEST_F(HostLink, OrdersLocationsInsertionsAndTheBoutiqueQuestion) {
     panel->userId = 9;
     panel->userToken = u"keep";
     for (uintptr_t unknown : {410u, 417u, 999u}) EXPECT_EQ(CopyData(unknown, u"5&^&x"), 0);
@@ -110,9 +110,8 @@ TEST_F(HostLink, OrdersSetModeTokenAndUserAsTheHostWroteThem) {
     }
     panel->m_page = PageBrowse;
     EXPECT_TRUE(host->records.empty());
-}
 
-TEST_F(HostLink, LocationsAndTheHostsCallsSteerThePanelAndItsMode) {
+    // Locations and the host's calls steer the panel and its mode.
     const WindowHandle handle = panel->Handle();
     KillTimer(handle, 2000);
     const int page = panel->m_page, pending = panel->m_pendingClass;
@@ -140,46 +139,8 @@ TEST_F(HostLink, LocationsAndTheHostsCallsSteerThePanelAndItsMode) {
     EXPECT_EQ(panel->showMode, u"");
     ShowGallery(nullptr, u"YL");
     EXPECT_TRUE(panel->isVisible() && panel->showMode == u"YL" && host->records.empty());
-}
 
-TEST_F(HostLink, FeedbackWaitRemindsEveryThirdTickUntilTheUserChanges) {
-    std::vector<int> noticesAtTick;
-    bool disabledDuring = false, hiddenDuring = false;
-    FeedbackWait([&](CDomodalDlg* wait, const std::function<void()>& tick) {
-        // The wait blocks the panel's caller, not the host: its feedback form stays usable.
-        EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
-        disabledDuring = !panel->isEnabled();
-        hiddenDuring = !panel->isVisible();
-        QTest::keyClick(wait, Qt::Key_Return);  // Enter would close an ordinary dialog
-        QTest::keyClick(wait, Qt::Key_Enter);
-        for (int i = 1; i <= 7; ++i) {
-            tick();
-            noticesAtTick.push_back(static_cast<int>(host->Notices(MARROWFIN_NOTICE_FEEDBACK_WAITING).size()));
-        }
-        Control(5, 31);  // the host reports back: the next tick ends it
-        tick();
-    });
-    EXPECT_TRUE(disabledDuring && hiddenDuring && panel->isEnabled() && panel->userId == 31);
-    EXPECT_EQ(noticesAtTick, (std::vector<int>{0, 0, 1, 1, 1, 2, 2}));
-    EXPECT_TRUE(host->NoticeOrder() == (std::vector<intptr_t>{13, 14, 14}) &&
-                host->records.front().wParam == panel->Handle());
-}
-
-TEST_F(HostLink, FeedbackWaitEndsWhenTheHostWindowGoes) {
-    auto* doomed = new RecordingHost;
-    panel->hostWindow = HandleOf(doomed);
-    QPointer<RecordingHost> watch(doomed);
-    FeedbackWait([&](CDomodalDlg*, const std::function<void()>& tick) {
-        tick();
-        tick();
-        delete doomed;  // two ticks counted, then the host is gone
-        tick();
-    });
-    EXPECT_TRUE(watch.isNull() && panel->isEnabled() && panel->userId == -2);  // nobody answered
-    EXPECT_FALSE(PostHostNotice(panel->hostWindow, panel->Handle(), 14));  // delivered nowhere
-}
-
-TEST_F(HostLink, InsertionsOwnTheirPathUntilTheHostTakesIt) {
+    // Insertions own their path until the host takes it.
     EXPECT_TRUE(PostHostInsertion(HandleOf(host), 3, u"/d/Orsolen/门窗/推拉门/a.dwg"));
     QCoreApplication::sendPostedEvents();
     EXPECT_TRUE(host->Requests(3).size() == 1u && host->Requests(3)[0].text == u"/d/Orsolen/门窗/推拉门/a.dwg");
@@ -196,9 +157,8 @@ TEST_F(HostLink, InsertionsOwnTheirPathUntilTheHostTakesIt) {
     EXPECT_EQ(permission, -1);
     SendHostRequest(HandleOf(host), MARROWFIN_REQUEST_PERMISSION, &permission);
     EXPECT_EQ(permission, 0);
-}
 
-TEST_F(HostLink, BoutiqueAnswersFromTheTreeAndCachesIt) {
+    // The boutique question is answered from the tree and cached.
     GalleryStore& store = *panel->m_store;
     GalleryNode* savedRoot = store.root;
     panel->m_boutiqueCache.clear();
@@ -231,3 +191,41 @@ TEST_F(HostLink, BoutiqueAnswersFromTheTreeAndCachesIt) {
     DestroySubtree(&root);
     panel->m_boutiqueCache.clear();
 }
+
+TEST_F(HostLink, FeedbackWaitRemindsEveryThirdTickUntilTheUserChangesOrTheHostGoes) {
+    std::vector<int> noticesAtTick;
+    bool disabledDuring = false, hiddenDuring = false;
+    FeedbackWait([&](CDomodalDlg* wait, const std::function<void()>& tick) {
+        // The wait blocks the panel's caller, not the host: its feedback form stays usable.
+        EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
+        disabledDuring = !panel->isEnabled();
+        hiddenDuring = !panel->isVisible();
+        QTest::keyClick(wait, Qt::Key_Return);  // Enter would close an ordinary dialog
+        QTest::keyClick(wait, Qt::Key_Enter);
+        for (int i = 1; i <= 7; ++i) {
+            tick();
+            const auto notices = host->Codes(MARROWFIN_GALLERY_HOST_NOTICE);
+            noticesAtTick.push_back(int(std::ranges::count(notices, MARROWFIN_NOTICE_FEEDBACK_WAITING)));
+        }
+        Control(5, 31);  // the host reports back: the next tick ends it
+        tick();
+    });
+    EXPECT_TRUE(disabledDuring && hiddenDuring && panel->isEnabled() && panel->userId == 31);
+    EXPECT_EQ(noticesAtTick, (std::vector<int>{0, 0, 1, 1, 1, 2, 2}));
+    EXPECT_TRUE(host->Codes(MARROWFIN_GALLERY_HOST_NOTICE) == (std::vector<intptr_t>{13, 14, 14}) &&
+                host->records.front().wParam == panel->Handle());
+
+    // The wait also ends when the host window goes.
+    auto* doomed = new RecordingHost;
+    panel->hostWindow = HandleOf(doomed);
+    QPointer<RecordingHost> watch(doomed);
+    FeedbackWait([&](CDomodalDlg*, const std::function<void()>& tick) {
+        tick();
+        tick();
+        delete doomed;  // two ticks counted, then the host is gone
+        tick();
+    });
+    EXPECT_TRUE(watch.isNull() && panel->isEnabled() && panel->userId == -2);  // nobody answered
+    EXPECT_FALSE(PostHostNotice(panel->hostWindow, panel->Handle(), 14));  // delivered nowhere
+}
+

@@ -21,15 +21,11 @@
 
 using namespace marrowfin;
 
-TEST(LibraryEntry, FirstSynchroBuildsTheTreeOnItsThread) {
+TEST(LibraryEntry, FirstSynchroBuildsTheTreeOnItsThreadAndNoPanelIsMadeWithoutTheHostsApplication) {
     marrowfin::test::TempHome home;
     WriteOptionString(u"ServiceBase", u"http://127.0.0.1:9");  // no service: galleries stay empty
     ASSERT_TRUE(AddGalleryToShowList(u"门窗") && AddGalleryToShowList(u"Furniture"));
-    EXPECT_TRUE(PanelSingleton().isNull());  // no panel until an export makes one
     GalleryStore store;
-    // No thread to be had: nothing is left marked busy for the panel to wait on.
-    FailThreadStartsForTests(1);
-    EXPECT_TRUE(!StartFirstTree(store) && store.syncBusy.load() == 0);
     ASSERT_TRUE(StartFirstTree(store));
     while (store.syncBusy.load() != 0) std::this_thread::yield();
     EXPECT_EQ(store.root, nullptr);  // nothing reaches the tree before its owner takes it
@@ -41,16 +37,12 @@ TEST(LibraryEntry, FirstSynchroBuildsTheTreeOnItsThread) {
     // (An empty list gives an empty root at once: the panel's start-up test.)
     DestroySubtree(store.root);
     delete store.root;
-}
 
-TEST(LibraryEntry, WithoutTheHostsApplicationNoPanelIsMade) {
     std::u16string buffer = u"D:\\图库\\门窗";
     const std::u16string path = TakeHostPath(buffer.c_str());
     buffer.assign(buffer.size(), u'x');  // the host reuses its buffer
     EXPECT_TRUE(path == u"D:/图库/门窗" && TakeHostText(nullptr).empty());
     // A host that calls too early gets the neutral answers, not an aborted process.
-    marrowfin::test::TempHome home;
-    WriteOptionString(u"ServiceBase", u"http://127.0.0.1:9");
     show();
     ShowGallery(u"\\门窗", u"UpdateShow");
     SearchBrindleRes(u"门", u"");
@@ -62,7 +54,7 @@ TEST(LibraryEntry, WithoutTheHostsApplicationNoPanelIsMade) {
     EXPECT_TRUE(PanelSingleton().isNull());
     EXPECT_EQ(std::make_tuple(GetGallery(), IsBlkBoutique(u"/a/b.dwg"), IsDLLHwnd(1)), std::make_tuple(0ull, uint8_t{0}, 0));
     EXPECT_EQ(MarrowfinSendCopyData(0, 416, u"1&^&t") + MarrowfinSendPanelControl(0, 5, 3), 0);
-    // The export itself: a refused thread is no exception for the host.
+    // No thread to be had: no exception for the host, and nothing is left marked busy for the panel to wait on.
     FailThreadStartsForTests(1);
     FirstSynchro();
     EXPECT_EQ(GalleryStore::Instance().syncBusy.load(), 0);

@@ -13,7 +13,7 @@ namespace {
 
 using namespace test;
 
-TEST(MarkupParse, WalksTheCallersReadingOrder) {
+TEST(MarkupParse, WalksTheCallersReadingOrderEveryTokeniserCaseAndAttributeValues) {
     MarkupDocument doc;
     EXPECT_FALSE(doc.FindElement() || doc.SetAttribute(u"a", u"b")) << "nothing set yet";
     ASSERT_TRUE(doc.SetText(u"<?xml version=\"1.0\"?>\r\n<!-- list -->\r\n<root>"
@@ -47,42 +47,8 @@ TEST(MarkupParse, WalksTheCallersReadingOrder) {
                     doc.Text().data()[doc.Text().size()] == u'\0')
             << "NUL at " << at;
     }
-}
 
-TEST(MarkupParse, AttributeValuesQuotingAndAReusedBuffer) {
-    // Text, attribute, value read (nullptr: absent).
-    const std::tuple<const char16_t*, const char16_t*, const char16_t*> reads[] = {
-        {u"<e a=\"one\" b=\"\"/>", u"a", u"one"}, {u"<e a=\"one\" b=\"\"/>", u"b", u""},
-        {u"<e a=\"one\" b=\"\"/>", u"zz", nullptr}, {u"<e c=\"x&amp;y&#20013;\"/>", u"c", u"x&y\u4E2D"},
-        {u"<a x='1' y=2 z/>", u"y", u"2"}, {u"<a x='1' y=2 z/>", u"z", u"z"},
-        {u"<a t=\"x>'y\" u='\"'><b/></a>", u"t", u"x>'y"}, {u"<a t=\"x>'y\" u='\"'><b/></a>", u"u", u"\""},
-        {u"<a k=\"1\"/>", u"", nullptr},  // (later duplicates are the attribute cache's test)
-        // The '/' of an unquoted value doesn't make the element empty.
-        {u"<r href=x/y/>t</r>", u"href", u"x/y/"}, {u"<r href=x/y/>t</r>", nullptr, u"t"},
-        // Element text (no attribute named) of mixed content.
-        {u"<a>x<!-- c -->y<![CDATA[<z>&amp;]]><?p q?></a>", nullptr, u"xy<z>&amp;"}, {u"<a><b>t</b></a>", nullptr, u""},
-        {u"<a>1 &lt; 2 &amp;&amp; 3 &gt; 2</a>", nullptr, u"1 < 2 && 3 > 2"}, {u"<a>b>c<!--x-->d</a>", nullptr, u"b>cd"},
-    };
-    MarkupDocument doc;
-    std::u16string buffer;
-    for (const auto& [text, name, value] : reads) {
-        SCOPED_TRACE(U8(text) + " " + (name ? U8(name) : "(text)"));
-        ASSERT_TRUE(doc.SetText(text) && doc.FindElement()) << ResultOf(doc);
-        buffer = u"left over from before";
-        if (!name) {
-            EXPECT_EQ(doc.GetElementText(), value);
-            continue;
-        }
-        EXPECT_EQ(std::make_pair(doc.GetAttribute(name, buffer), buffer),
-                  std::make_pair(value != nullptr, std::u16string(value ? value : u"")));
-    }
-    doc.RewindMain();
-    buffer = u"stale";
-    EXPECT_TRUE(!doc.GetAttribute(u"k", buffer) && buffer.empty()) << "no main element: nothing to read";
-}
-
-TEST(MarkupParse, EveryTokeniserCaseBrokenNestingAndTheirTruncations) {
-    MarkupDocument doc;
+    // Every tokeniser case, broken nesting and their truncations.
     // Text, well-formed, the record expected (or none at all).
     const std::tuple<const char16_t*, bool, const char*> cases[] = {
         {u"<a><?pi x?><!-- c --><![CDATA[<x>]]>t</a>", true, nullptr},
@@ -105,8 +71,7 @@ TEST(MarkupParse, EveryTokeniserCaseBrokenNestingAndTheirTruncations) {
         // An unended child keeps the extent of its start tag; a lone end tag is ignored;
         // two top-level elements are reported but not ill-formed.
         {u"<a><b></a>", false, "unended_start_tag tagname=\"b\" offset=\"3\" offset2=\"7\""},
-        {u"<a></b></a>", false, "lone_end_tag tagname=\"b\" offset=\"3\""},
-        {u"<a/><b/>", false, "root_has_sibling"},
+        {u"<a></b></a>", false, "lone_end_tag tagname=\"b\" offset=\"3\""}, {u"<a/><b/>", false, "root_has_sibling"},
         // Unended elements at the end: their children move up behind them, the inner one reported first.
         {u"<r><u1><c1/><u2><c2><d/></c2><c3/></r>", false,
          "unended_start_tag tagname=\"u2\" offset=\"12\" offset2=\"35\"/><unended_start_tag tagname=\"u1\" offset=\"3\" offset2=\"35\""},
@@ -140,12 +105,40 @@ TEST(MarkupParse, EveryTokeniserCaseBrokenNestingAndTheirTruncations) {
     std::u16string order;
     while (doc.FindElement()) order += doc.GetTagName() + u",";
     EXPECT_EQ(order, u"u1,c1,u2,c2,c3,");
-}
 
-// Attributes are read from a cache of the last element's tag; every order of reading,
-// misses among hits, more attributes than the cache holds and edits between reads must
-// give what a fresh scan gives.
-TEST(MarkupParse, AttributesInAnyOrderAndAfterEdits) {
+    // Attribute values, their quoting, a reused buffer and the attribute cache.
+    // Text, attribute, value read (nullptr: absent).
+    const std::tuple<const char16_t*, const char16_t*, const char16_t*> reads[] = {
+        {u"<e a=\"one\" b=\"\"/>", u"a", u"one"}, {u"<e a=\"one\" b=\"\"/>", u"b", u""},
+        {u"<e a=\"one\" b=\"\"/>", u"zz", nullptr}, {u"<e c=\"x&amp;y&#20013;\"/>", u"c", u"x&y\u4E2D"},
+        {u"<a x='1' y=2 z/>", u"y", u"2"}, {u"<a x='1' y=2 z/>", u"z", u"z"},
+        {u"<a t=\"x>'y\" u='\"'><b/></a>", u"t", u"x>'y"}, {u"<a t=\"x>'y\" u='\"'><b/></a>", u"u", u"\""},
+        {u"<a k=\"1\"/>", u"", nullptr},  // (later duplicates are the attribute cache's test)
+        // The '/' of an unquoted value doesn't make the element empty.
+        {u"<r href=x/y/>t</r>", u"href", u"x/y/"}, {u"<r href=x/y/>t</r>", nullptr, u"t"},
+        // Element text (no attribute named) of mixed content.
+        {u"<a>x<!-- c -->y<![CDATA[<z>&amp;]]><?p q?></a>", nullptr, u"xy<z>&amp;"}, {u"<a><b>t</b></a>", nullptr, u""},
+        {u"<a>1 &lt; 2 &amp;&amp; 3 &gt; 2</a>", nullptr, u"1 < 2 && 3 > 2"}, {u"<a>b>c<!--x-->d</a>", nullptr, u"b>cd"},
+    };
+    std::u16string buffer;
+    for (const auto& [text, name, value] : reads) {
+        SCOPED_TRACE(U8(text) + " " + (name ? U8(name) : "(text)"));
+        ASSERT_TRUE(doc.SetText(text) && doc.FindElement()) << ResultOf(doc);
+        buffer = u"left over from before";
+        if (!name) {
+            EXPECT_EQ(doc.GetElementText(), value);
+            continue;
+        }
+        EXPECT_EQ(std::make_pair(doc.GetAttribute(name, buffer), buffer),
+                  std::make_pair(value != nullptr, std::u16string(value ? value : u"")));
+    }
+    doc.RewindMain();
+    buffer = u"stale";
+    EXPECT_TRUE(!doc.GetAttribute(u"k", buffer) && buffer.empty()) << "no main element: nothing to read";
+
+    // Attributes are read from a cache of the last element's tag; every order of reading,
+    // misses among hits, more attributes than the cache holds and edits between reads must
+    // give what a fresh scan gives.
     std::u16string tag = u"<e";
     std::vector<std::pair<std::u16string, std::u16string>> expected;
     for (int i = 0; i < 20; ++i) {
@@ -157,7 +150,6 @@ TEST(MarkupParse, AttributesInAnyOrderAndAfterEdits) {
     tag += u" a3='late' a18='late' na=\"short\" name='全名' names=x>";
     expected.insert(expected.end(), {{u"na", u"short"}, {u"name", u"全名"}, {u"names", u"x"}, {u"a", u""}, {u"names2", u""}});
     std::mt19937 random(7);
-    MarkupDocument doc;
     for (int round = 0; round < 40; ++round) {
         ASSERT_TRUE(doc.SetText(u"<r>" + tag + u"<c k=\"child\"/></e><f k=\"other\"/></r>")) << ResultOf(doc);
         ASSERT_TRUE(doc.FindElement(u"r") && doc.EnterElement() && doc.FindElement(u"e"));
@@ -182,7 +174,7 @@ TEST(MarkupParse, AttributesInAnyOrderAndAfterEdits) {
     EXPECT_EQ(doc.GetChildAttribute(u"a2"), u"other");
 }
 
-TEST(MarkupEdit, AddAndSetKeepTheLayoutAndMatchAReparse) {
+TEST(MarkupEdit, AddAndSetKeepTheLayoutAndMatchAReparseInLongRandomRunsAndBigDocuments) {
     MarkupDocument doc;
     ASSERT_TRUE(doc.AddElement(u"root"));
     EXPECT_EQ(doc.Text(), u"<root/>\r\n");
@@ -203,14 +195,12 @@ TEST(MarkupEdit, AddAndSetKeepTheLayoutAndMatchAReparse) {
         // A run of slashes before '>' goes whole, or the parent would stay empty.
         {u"<r x='1' //>", u"", {{u"x", u"<r x='1' >\r\n<x>t</x>\r\n</r>"}}},
         // Appending behind the last sibling, as Show.xml is extended.
-        {u"<root>\r\n  <g id=\"1\"/>\r\n</root>\r\n",
-         u"",
+        {u"<root>\r\n  <g id=\"1\"/>\r\n</root>\r\n", u"",
          {{u"x", u"<root>\r\n  <g id=\"1\"/>\r\n<x>t</x>\r\n</root>\r\n"}}},
         // An unended parent is closed around the new element.
         {u"<r><u a=\"1\"><v/></r>", u"u>", {{u"n", u"<r><u a=\"1\">\r\n<n>t</n>\r\n</u><v/></r>"}}},
         // Set: replaced in place (any quoting), appended behind the last attribute.
-        {u"<r><a x='1' flag y=2 ><b/></a><c/></r>",
-         u"a",
+        {u"<r><a x='1' flag y=2 ><b/></a><c/></r>", u"a",
          {{u"=y", u"<r><a x='1' flag y=\"v\" ><b/></a><c/></r>"},
           {u"=flag", u"<r><a x='1' flag=\"v\" y=2 ><b/></a><c/></r>"},
           {u"=new", u"<r><a x='1' flag y=2 new=\"v\" ><b/></a><c/></r>"}}},
@@ -234,8 +224,7 @@ TEST(MarkupEdit, AddAndSetKeepTheLayoutAndMatchAReparse) {
             ASSERT_TRUE(child.size() != 2 || doc.EnterElement());
             ASSERT_TRUE(op[0] == u'=' ? doc.SetAttribute(op + 1, u"v") : doc.AddElement(op, u"t"));
             EXPECT_EQ(doc.Text(), expected);
-            EXPECT_EQ(CheckIndex(doc), "");
-            EXPECT_EQ(ReparsedShape(doc), ShapeOf(doc));
+            EXPECT_TRUE(CheckIndex(doc).empty() && ReparsedShape(doc) == ShapeOf(doc)) << CheckIndex(doc);
         }
     // Values are escaped and read back; the cursors still work after the offsets moved.
     doc.SetText(u"<r><a><b/></a><c/></r>");
@@ -251,9 +240,8 @@ TEST(MarkupEdit, AddAndSetKeepTheLayoutAndMatchAReparse) {
     doc.SetText(u"<r><a b= /><c/></r>");
     ASSERT_TRUE(doc.FindElement() && doc.EnterElement() && doc.FindElement(u"a"));
     EXPECT_TRUE(!doc.SetAttribute(u"n", u"x\" y") && doc.Text() == u"<r><a b= /><c/></r>");
-}
 
-TEST(MarkupEdit, LongRandomRunsMatchAReparse) {
+    // Long random runs of edits and moves keep an index that a re-parse gives.
     const char16_t* names[] = {u"root", u"item", u"g", u"cls", u"名字"};
     const char16_t* texts[] = {u"", u"a", u"x<y", u"&amp;", u"中文 text", u"\"q\" 'a'"};
     const char16_t* starts[] = {u"", u"<root/>", u"<root>\r\n  <item a=\"1\">t</item>\r\n</root>", u"<root><u><v></root>"};
@@ -277,13 +265,11 @@ TEST(MarkupEdit, LongRandomRunsMatchAReparse) {
             }
         }
     }
-}
 
-// Many appends grow the records past two pages (65,536 each), and a parse of the text
-// indexes them alike; texts of several megabytes take the big-buffer road: set, loaded,
-// grown past their capacity, and released.
-TEST(MarkupEdit, BigDocumentsGrowAndRelease) {
-    MarkupDocument doc;
+    // Many appends grow the records past two pages (65,536 each), and a parse of the text
+    // indexes them alike; texts of several megabytes take the big-buffer road: set, loaded,
+    // grown past their capacity, and released.
+    doc.SetText(u"");
     ASSERT_TRUE(doc.AddElement(u"root") && doc.EnterElement());
     const uint32_t count = 140000;
     for (uint32_t i = 0; i < count; ++i) ASSERT_TRUE(doc.AddElement(u"i", W(std::to_string(i))));
@@ -301,19 +287,6 @@ TEST(MarkupEdit, BigDocumentsGrowAndRelease) {
     ASSERT_TRUE(doc.LoadBytes(bytes)) << ResultOf(doc);
     ASSERT_TRUE(doc.FindElement(u"r") && doc.FindChildElement(u"a") && doc.GetChildAttribute(u"k") == u"中");
     ASSERT_TRUE(doc.SetText(u"<s/>") && doc.Text() == u"<s/>");
-}
-
-// Views point into the text unless a reference must be decoded, and an
-// absent attribute reads as empty.
-TEST(MarkupRead, AttributeViewsDecodeOnlyWhereNeeded) {
-    MarkupDocument doc;
-    ASSERT_TRUE(doc.SetText(u"<a k=\"plain\" e=\"x&amp;y&#20013;\"/>") && doc.FindElement());
-    std::u16string scratch = u"old";
-    const std::u16string_view plain = doc.AttributeView(u"k", scratch);
-    EXPECT_TRUE(plain == u"plain" && plain.data() >= doc.Text().data() &&
-                plain.data() < doc.Text().data() + doc.Text().size());
-    EXPECT_TRUE(doc.AttributeView(u"e", scratch) == u"x&y中" && scratch == u"x&y中");
-    EXPECT_TRUE(doc.AttributeView(u"missing", scratch).empty());
 }
 
 }  // namespace

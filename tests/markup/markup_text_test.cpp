@@ -31,7 +31,7 @@ std::string InCodePage(const std::u16string& text, uint32_t page) {
 }
 
 // Each form is read from a file and from memory alike, and saved back byte for byte.
-TEST(MarkupFile, EveryFormReadsAndSavesByteForByte) {
+TEST(MarkupFile, EveryFormReadsAndSavesByteForByteDetectionNulsAndFailures) {
     TempHome home;
     const std::u16string body = u"<root><item name=\"第一 é\">块 &amp; ü</item></root>";
     const std::u16string decl32 = u"<?xml version=\"1.0\" encoding=\"UTF-32\"?><r>中\U0001F600</r>";
@@ -47,8 +47,7 @@ TEST(MarkupFile, EveryFormReadsAndSavesByteForByte) {
         {"<?xml version=\"1.0\" encoding=\"utf-8\"?>" + U8(body), u"<?xml version=\"1.0\" encoding=\"utf-8\"?>" + body, 0,
          "read encoding=\"UTF-8\""},
         {InCodePage(decl32, CpUtf32), decl32, 0, ""},  // no marks: found through the declaration
-        {Utf16Bytes(decl16, false), decl16, 0, ""},
-        {InCodePage(gbk, 936), gbk, 0, "converted_to encoding=\"UTF-16\""},
+        {Utf16Bytes(decl16, false), decl16, 0, ""}, {InCodePage(gbk, 936), gbk, 0, "converted_to encoding=\"UTF-16\""},
         {InCodePage(latin, 28591), latin, 0, "converted_to"},
     };
     const std::string in = home.file("in.xml"), out = home.file("out.xml");
@@ -73,12 +72,10 @@ TEST(MarkupFile, EveryFormReadsAndSavesByteForByte) {
     ASSERT_TRUE(doc.SetText(u"<?xml encoding=\"iso-8859-1\"?><r>中</r>") && doc.SaveFile(W(out)));
     EXPECT_TRUE(HasRecord(doc, "conversion_loss")) << ResultOf(doc);
     EXPECT_EQ(ReadBytes(out), "<?xml encoding=\"iso-8859-1\"?><r>?</r>");
-}
 
-TEST(MarkupFile, DetectionNulsEmptyFilesAndFailures) {
-    TempHome home;
+    // Detection, NULs, empty files and failures.
     const std::string path = home.file("x.xml");
-    const std::string gbk = InCodePage(u"图块", 936);
+    const std::string gbkBytes = InCodePage(u"图块", 936);
     const std::u16string meta = u"<html><head><meta http-equiv=\"Content-Type\" content=\"text/html; charset=gbk\"></head>";
     // Bytes on disk, whether UTF-8 was detected, the text read (empty: not read as GBK).
     const std::tuple<std::string, bool, std::u16string> cases[] = {
@@ -86,9 +83,9 @@ TEST(MarkupFile, DetectionNulsEmptyFilesAndFailures) {
         {" \xE4\xB8\xAD<r/>", true, u" 中<r/>"},             // else valid UTF-8 is detected
         {" \xFF<r/>", false, u" \uFFFD<r/>"},                // the default code page is UTF-8 here
         // The charset of an html meta counts before </head> only; another first element ends the search.
-        {U8(meta) + "<p>" + gbk + "</p></html>", false, meta + u"<p>图块</p></html>"},
-        {"<html><head></head><meta content=\"charset=gbk\"><p>" + gbk + "</p></html>", false, u""},
-        {"<root><?xml encoding=\"gbk\"?>" + gbk + "</root>", false, u""},
+        {U8(meta) + "<p>" + gbkBytes + "</p></html>", false, meta + u"<p>图块</p></html>"},
+        {"<html><head></head><meta content=\"charset=gbk\"><p>" + gbkBytes + "</p></html>", false, u""},
+        {"<root><?xml encoding=\"gbk\"?>" + gbkBytes + "</root>", false, u""},
         {std::string("<r>a\0b\0</r>", 11), false, u"<r>ab</r>"},
         {"\xFF\xFE" + Utf16Bytes(std::u16string(u"<r>\0x</r>", 9), false), false, u"<r>x</r>"},
         {"\xFF\xFE" + Utf16Bytes(u"<r/>", false) + "\x01", false, u"<r/>"},  // an odd trailing byte goes
@@ -102,7 +99,6 @@ TEST(MarkupFile, DetectionNulsEmptyFilesAndFailures) {
         EXPECT_TRUE(text.empty() ? doc.Text().find(u"图块") == std::u16string::npos : doc.Text() == text)
             << U8(doc.Text());
     }
-    MarkupDocument doc;
     WriteBytes(path, std::string("<r>a\0b\0</r>", 11));
     EXPECT_TRUE(doc.LoadFile(W(path)) && HasRecord(doc, "nulls_removed count=\"2\""));
     WriteBytes(path, "\xEF\xBB\xBF");
@@ -127,13 +123,25 @@ std::u16string Decode(std::u16string_view s) {
     return out;
 }
 
-TEST(MarkupText, DecodesReferences) {
+// Upper case at every letter, or at every other one ("uTf-8").
+std::u16string Upper(std::u16string_view s, bool everyOther) {
+    std::u16string out(s);
+    bool up = !everyOther;
+    for (char16_t& c : out)
+        if (c >= u'a' && c <= u'z') {
+            if (up) c = static_cast<char16_t>(c - 32);
+            up = up != everyOther;
+        }
+    return out;
+}
+
+TEST(MarkupText, DecodesReferencesAndUtf8LikeThePlatformCodecAndNamesEncodings) {
     EXPECT_EQ(Decode(u"&#65;&#x41;&#X42;&apos;&quot;&lt;&gt;&amp;"), u"AAB'\"<>&");
     EXPECT_EQ(Decode(u"&unknown; & &verylongnamexx; &; &#; &#x; &#0; &#12a;"),
               u"&unknown; & &verylongnamexx; &; &#; &#x; &#0; &#12a;");
     EXPECT_EQ(Decode(u"&#x1F600;&#1114111;&#1114112;"), u"\U0001F600\U0010FFFF&#1114112;");
-    EXPECT_EQ(Decode(u"&thetasym;|&Oslash;&oslash;&OSLASH;&AMP;&Nbsp;"), u"\u03D1|\u00D8\u00F8\u00D8&\u00A0");
-    EXPECT_EQ(Decode(u"&euro;&hellip;&中;"), u"\u20AC\u2026&中;");
+    EXPECT_EQ(Decode(u"&thetasym;|&Oslash;&oslash;&OSLASH;&AMP;&Nbsp;&euro;&hellip;&中;"),
+              u"\u03D1|\u00D8\u00F8\u00D8&\u00A0\u20AC\u2026&中;");
     // Case pairs keep their own characters; a name in neither case takes the
     // first of the table in any case.
     EXPECT_EQ(Decode(u"&Alpha;&alpha;&ALPHA;&Scaron;&scaron;&Dagger;&dagger;&lArr;&larr;&LARR;&Prime;&prime;"),
@@ -141,9 +149,8 @@ TEST(MarkupText, DecodesReferences) {
     EXPECT_EQ(Decode(u"&sup1;&sup;&supe;&sub;&nsub;&zwj;&zwnj;&diams;&lt&gt;x&#60;&#x3C;"),
               u"\u00B9\u2283\u2287\u2282\u2284\u200D\u200C\u2666&lt>x<<");
     EXPECT_EQ(Decode(u"a&|&amp"), u"a&|&amp");
-}
 
-TEST(MarkupText, FastDecoderAndDirectReadAgreeWithThePlatformCodec) {
+    // The fast UTF-8 decoder agrees with the platform's codec.
     // Edge sequences, then runs of three-byte forms (long enough for the four-at-a-time
     // path) with one fault at every place, then random byte soup.
     std::vector<std::string> inputs = {"\xC0\xAF", "\xE0\x80\xAF", "\xF4\x8F\xBF\xBF", "\xF4\x90\x80\x80",
@@ -179,23 +186,9 @@ TEST(MarkupText, FastDecoderAndDirectReadAgreeWithThePlatformCodec) {
     }
     // How a reply's bytes read straight into a document compare with the decoded text set,
     // before and after edits, is the fuzz target's check; its kept inputs replay the edges.
-}
 
-// Upper case at every letter, or at every other one ("uTf-8").
-std::u16string Upper(std::u16string_view s, bool everyOther) {
-    std::u16string out(s);
-    bool up = !everyOther;
-    for (char16_t& c : out)
-        if (c >= u'a' && c <= u'z') {
-            if (up) c = static_cast<char16_t>(c - 32);
-            up = up != everyOther;
-        }
-    return out;
-}
-
-// A name stored in the wrong bucket, in upper case or twice with other pages is not found
-// in some of its cases; so the lookups of every name check the table as well.
-TEST(EncodingNames, EveryNameFindsItsCodePageInAnyCaseAndItsBucketOnly) {
+    // A name stored in the wrong bucket, in upper case or twice with other pages is not found
+    // in some of its cases; so the lookups of every name check the table as well.
     const auto names = EncodingNames();
     for (const EncodingName& e : names) {
         const std::u16string name = e.name;

@@ -26,12 +26,7 @@ protected:
     TestStore store;
 };
 
-GalleryNode* Child(GalleryNode* node, size_t index) {
-    return index < node->dirChildren.size() ? node->dirChildren[index] : nullptr;
-}
-
-const char kFirstReply[] =
-    "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<root dv=\"0\">\n"
+const char kFirstReply[] = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<root dv=\"0\">\n"
     // A gallery whose name begins with the names of two earlier galleries,
     // answered first although it is listed last but one.
     "<gallery gn=\"石材10\" gv=\"1\"><item cs=\"甲\" b_u=\"http://h/10/甲\" ver=\"4\">"
@@ -74,7 +69,7 @@ TEST_F(FirstTreeReply, FirstRunThenASecondRunOnItsOwnThread) {
               u"    甲|a&b.dwg|" + r + u"/石材10/甲/a&b.dwg|file|http://h/10/甲/a&b.dwg|0|100|h|b\n"
               u"    甲|c.dwg|" + r + u"/石材10/甲/c.dwg|file|http://h/10/甲/c.dwg|0|20|-|b\n"
               u"Orsolen|空|" + r + u"/空|dir||0|0|-|-\n");
-    for (size_t i = 0; i < 3; ++i) EXPECT_GT(Child(root, i)->refreshTick, 0u) << i;
+    for (size_t i = 0; i < 3; ++i) EXPECT_GT(root->dirChildren.at(i)->refreshTick, 0u) << i;
     // Versions, ticks and catalogues for the three answered galleries only.
     EXPECT_EQ(store.galleryVersions, (std::map<std::u16string, int32_t>{{u"石", 2}, {u"石材", 9}, {u"石材10", 4}}));
     EXPECT_EQ(std::make_pair(ReadGalleryVersion(u"石材10"), store.galleryFetchTicks.size()),
@@ -97,16 +92,15 @@ TEST_F(FirstTreeReply, FirstRunThenASecondRunOnItsOwnThread) {
     const uint64_t epoch = store.treeEpoch;
     std::thread sync([&] { BuildFirstTree(store); });
     while (store.syncBusy.load() != 0 || !TreeUpdatesWaiting(store))
-        EXPECT_EQ(Child(root, 0)->dirChildren[0]->version, 2);
+        EXPECT_EQ(root->dirChildren.at(0)->dirChildren[0]->version, 2);
     sync.join();
-    EXPECT_EQ(test::DumpChildren(root), before);
-    EXPECT_EQ(store.treeEpoch, epoch);
+    EXPECT_EQ(std::make_pair(test::DumpChildren(root), store.treeEpoch), std::make_pair(before, epoch));
     ASSERT_EQ(AdoptTreeUpdates(store).size(), 1u);
     EXPECT_GT(store.treeEpoch, epoch);  // handles into the old galleries are void
 
     EXPECT_EQ(store.root, root);  // the root survives; the gallery is rebuilt, not appended to
     ASSERT_EQ(root->dirChildren.size(), 4u);
-    EXPECT_EQ(DumpTree(Child(root, 0)), u"Orsolen|石|" + r + u"/石|dir||0|0|-|-\n"
+    EXPECT_EQ(DumpTree(root->dirChildren.at(0)), u"Orsolen|石|" + r + u"/石|dir||0|0|-|-\n"
               u"  石|材10|" + r + u"/石/材10|dir|http://h/s|3|0|-|-\n"
               u"    材10|d.dwg|" + r + u"/石/材10/d.dwg|file|http://h/s/d.dwg|0|5|-|-\n"
               u"    材10|g.dwg|" + r + u"/石/材10/g.dwg|file|http://h/s/g.dwg|0|7|h|-\n"

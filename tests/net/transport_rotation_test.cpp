@@ -6,7 +6,7 @@ using namespace marrowfin::test;
 // Stacks: 0 WinINet, 1 WinHTTP, 2 libcurl. Posts and downloads start at the remembered
 // winner (libcurl when none) and go round; uploads always go WinHTTP, libcurl, WinINet,
 // and a WinINet success is not remembered.
-TEST(TransportRotation, StartsOnCurlThenRemembersTheWinner) {
+TEST(TransportRotation, StartsOnCurlThenRemembersTheWinnerAndEscapesUrls) {
     TempHome home;
     std::vector<int> log;
     ScriptedStack stacks[] = {ScriptedStack(0, &log), ScriptedStack(1, &log), ScriptedStack(2, &log)};
@@ -26,9 +26,8 @@ TEST(TransportRotation, StartsOnCurlThenRemembersTheWinner) {
         const bool ok = step.call == Post       ? PostForm(u"http://h/x", u"", out)
                         : step.call == Download ? DownloadFile(u"http://h/b.dwg", u"/tmp/b.dwg", 0, 0)
                                                 : UploadFile(u"http://h/gallery/lfupload", u"", u"/tmp/a.zip", out, 0);
-        EXPECT_EQ(ok, step.winner >= 0);
-        EXPECT_EQ(log, step.attempts);
-        EXPECT_EQ(GetOptionInt(u"FNetUseInet", -2), step.optionAfter);
+        EXPECT_EQ(std::make_tuple(ok, log, GetOptionInt(u"FNetUseInet", -2)),
+                  std::make_tuple(step.winner >= 0, step.attempts, step.optionAfter));
     }
 
     // Replies: a zero byte ends the text, the bytes road keeps all; a failed call keeps the
@@ -56,9 +55,8 @@ TEST(TransportRotation, StartsOnCurlThenRemembersTheWinner) {
     EXPECT_FALSE(DownloadFile(u"http://h/b.dwg", u"/tmp/b.dwg", 0, 0));
     EXPECT_EQ(log, std::vector<int>{2});
     RestoreDefaultHttpStacks();
-}
 
-TEST(TransportRotation, DownloadUrlEscapingAndServiceBase) {
+    // Escaping of download and request URLs, and the service's base.
     EXPECT_EQ(PercentEncodeDownloadUrl(u"http://h:80/a/b_c-d.e~f/门.dwg"), "http://h:80/a/b_c-d.e~f/%e9%97%a8.dwg");
     EXPECT_EQ(PercentEncodeDownloadUrl(u"a b\"#$%&+,;<=>?@[\\]^`{|}!'()*"),
               "a%20b%22%23%24%25%26%2b%2c%3b%3c%3d%3e%3f%40%5b%5c%5d%5e%60%7b%7c%7d!'()*");
@@ -67,7 +65,6 @@ TEST(TransportRotation, DownloadUrlEscapingAndServiceBase) {
     EXPECT_EQ(PercentEncodeDownloadUrl(longUrl), U8(longUrl));
     EXPECT_EQ(EscapeRequestUrl(u"http://h:9/gallery/g_all_s?gallery_name=门 窗,A&B=1#%"),
               "http://h:9/gallery/g_all_s?gallery_name=%E9%97%A8%20%E7%AA%97,A&B=1%23%25");
-    TempHome home;
     WriteOptionString(u"ServiceBase", u"http://127.0.0.1:4321/");
     EXPECT_EQ(ServiceBaseUrl(), u"http://127.0.0.1:4321");
 }

@@ -26,7 +26,7 @@
 using namespace marrowfin;
 using marrowfin::test::TempHome;
 
-TEST(Utf8Codec, ValidityRoundTripsAndLoss) {
+TEST(TextCodecs, Utf8ValidityRoundTripsAndLossLegacyCodePagesFoldingAndIntegers) {
     const std::pair<std::string_view, bool> valid[] = {
         {"", true}, {"\xE5\x9B\xBE\xE5\xBA\x93", true}, {"\xF0\x9F\x98\x80", true}, {"\xF8\x88\x80\x80", false},
         {"\xFF", false}, {"ok\xE5\x9B", false}, {"\xE5\x1B\xBE", false}, {"\x80", false}};
@@ -35,19 +35,13 @@ TEST(Utf8Codec, ValidityRoundTripsAndLoss) {
     bool lossy = true;
     EXPECT_TRUE(Utf8ToUtf16(Utf16ToUtf8(text, &lossy), &lossy) == text && !lossy);
     // Ill-formed input becomes one replacement per bad byte (overlong NUL, encoded surrogate) and is reported.
-    EXPECT_EQ(Utf8ToUtf16("a\xFF"
-                          "b|\xE5\x9B|\xC0\x80|\xED\xA0\x80",
-                          &lossy),
-              u"a\uFFFDb|\uFFFD\uFFFD|\uFFFD\uFFFD|\uFFFD\uFFFD\uFFFD");
-    EXPECT_TRUE(lossy);
+    EXPECT_TRUE(Utf8ToUtf16("a\xFF" "b|\xE5\x9B|\xC0\x80|\xED\xA0\x80", &lossy) ==
+                    u"a\uFFFDb|\uFFFD\uFFFD|\uFFFD\uFFFD|\uFFFD\uFFFD\uFFFD" && lossy);
     lossy = false;
-    EXPECT_TRUE(Utf16ToUtf8(std::u16string{u'a', char16_t(0xD800), u'b'}, &lossy) ==
-                    "a\xEF\xBF\xBD"
-                    "b" &&
+    EXPECT_TRUE(Utf16ToUtf8(std::u16string{u'a', char16_t(0xD800), u'b'}, &lossy) == "a\xEF\xBF\xBD" "b" &&
                 lossy);  // a lone surrogate
-}
 
-TEST(CodePages, LegacyPagesRoundTripThroughIconvAndFailuresAreReported) {
+    // Legacy code pages round-trip through iconv; failures are reported.
     const std::pair<uint32_t, std::u16string> cases[] = {
         {936, u"图库门窗"}, {932, u"ドア窓"}, {1252, u"café €"}, {28595, u"Москва"}, {1200, u"图库 x"}, {1201, u"图库 x"},
         // Stateful or holding back: the last character comes only when the input is closed.
@@ -61,7 +55,7 @@ TEST(CodePages, LegacyPagesRoundTripThroughIconvAndFailuresAreReported) {
         EXPECT_TRUE(back == text && !lossy && !lossyBack) << cp;
     }
     std::string bytes;
-    bool lossy = false;
+    lossy = false;
     EXPECT_TRUE(Utf16ToCodePage(u"图", 936, bytes) && bytes == "\xCD\xBC");
     EXPECT_TRUE(Utf16ToCodePage(u"a图b", 1252, bytes, &lossy) && bytes == "a?b" && lossy);  // 图 has no place in 1252
     std::u16string out = u"stale";
@@ -69,16 +63,15 @@ TEST(CodePages, LegacyPagesRoundTripThroughIconvAndFailuresAreReported) {
     lossy = false;
     EXPECT_TRUE(CodePageToUtf16("ok\x81", 936, out, &lossy) && lossy &&
                 out.substr(0, 2) == u"ok");  // a cut double-byte character
-}
 
-TEST(CaseFoldingAndIntegers, LatinFoldsCjkStaysAndEachReaderOverflows) {
+    // Latin folds, CJK stays, and each integer reader overflows in its own way.
     EXPECT_EQ(ToLowerFold(u"DOOR Ærø ŁÓDŹ ΑΒΓ МОСКВА ＡＢ 门窗×"), u"door ærø łódź αβγ москва ａｂ 门窗×");
     EXPECT_TRUE(ContainsFolded(u"Double-DOOR 门", u"door") && ContainsFolded(u"anything", u"") &&
                 ContainsFolded(u"沙发Sofa", u"发s") && !ContainsFolded(u"do", u"door"));
-    const std::tuple<const char16_t*, bool, int64_t> cases[] = {
+    const std::tuple<const char16_t*, bool, int64_t> integers[] = {
         {u"", false, 0}, {u" \t-12x", true, 12}, {u"+7", false, 7}, {u"- 3", true, 0}, {u"x5", false, 0},
         {u"1000", false, 999}, {u"99", false, 99}};
-    for (const auto& [text, negative, magnitude] : cases) {
+    for (const auto& [text, negative, magnitude] : integers) {
         const LeadingInteger n = ScanLeadingInteger(text, 999);
         EXPECT_EQ(std::make_pair(n.negative, n.magnitude), std::make_pair(negative, magnitude)) << U8(text);
     }
@@ -88,7 +81,7 @@ TEST(CaseFoldingAndIntegers, LatinFoldsCjkStaysAndEachReaderOverflows) {
               std::make_tuple(-2, INT32_MIN, -42));
 }
 
-TEST(IniFile, NamesWithoutCaseBufferCutAndWritesThatKeepTheRest) {
+TEST(IniFile, NamesWithoutCaseBufferCutWritesThatKeepTheRestAndConcurrentWriters) {
     TempHome home;
     const std::u16string ini = W(home.file("sub/version.ini"));
     ASSERT_TRUE(IniWriteString(ini, u"OldCollect", u"TIP", u"1"));  // file and folder created
@@ -115,13 +108,10 @@ TEST(IniFile, NamesWithoutCaseBufferCutAndWritesThatKeepTheRest) {
               "[options]\nGalDefSort=2\nServiceBase=http://127.0.0.1:8080\n");
     test::WriteBytes(home.configDir() + "/Tarvex/Marrowfin.ini", "[options]\nGalDefSort=x7\n");
     EXPECT_EQ(GetOptionInt(u"galdefsort", 5), 0);
-}
 
-TEST(IniFile, WritersOfOneFileNeverLoseEachOthersKeysAndAReadErrorLeavesTheFile) {
-    TempHome home;
-    const std::u16string ini = W(home.file("shared.ini"));
-    // Three threads each rewrite their own key; a write that read the file
+    // Three threads each rewrite their own key of one file; a write that read the file
     // before another's rename would put the other's key back to an old value.
+    const std::u16string shared = W(home.file("shared.ini"));
     constexpr int kThreads = 3, kRounds = 1000;
     std::atomic<int> failedWrites{0}, staleReads{0};
     std::vector<std::thread> writers;
@@ -130,8 +120,8 @@ TEST(IniFile, WritersOfOneFileNeverLoseEachOthersKeysAndAReadErrorLeavesTheFile)
             const std::u16string key = u"key" + Utf8ToUtf16(std::to_string(t));
             for (int round = 0; round < kRounds; ++round) {
                 const std::u16string value = Utf8ToUtf16(std::to_string(round));
-                if (!IniWriteString(ini, u"options", key, value)) ++failedWrites;
-                if (IniGetString(ini, u"options", key, u"") != value) ++staleReads;
+                if (!IniWriteString(shared, u"options", key, value)) ++failedWrites;
+                if (IniGetString(shared, u"options", key, u"") != value) ++staleReads;
             }
         });
     }
@@ -139,7 +129,7 @@ TEST(IniFile, WritersOfOneFileNeverLoseEachOthersKeysAndAReadErrorLeavesTheFile)
     EXPECT_EQ(std::make_pair(failedWrites.load(), staleReads.load()), std::make_pair(0, 0))
         << "a key went back to an older value";
     for (int t = 0; t < kThreads; ++t)
-        EXPECT_EQ(IniGetString(ini, u"options", u"key" + Utf8ToUtf16(std::to_string(t)), u""), u"999");
+        EXPECT_EQ(IniGetString(shared, u"options", u"key" + Utf8ToUtf16(std::to_string(t)), u""), u"999");
 
     // A file that is there but cannot be read, or a folder, is not replaced by one key.
     const std::string before = "[options]\nkeep=1\n", locked = home.file("locked.ini"),
@@ -156,7 +146,7 @@ TEST(IniFile, WritersOfOneFileNeverLoseEachOthersKeysAndAReadErrorLeavesTheFile)
         EXPECT_EQ(entry.path().filename().string().find(".tmp-"), std::string::npos) << entry.path();
 }
 
-TEST(Files, AtomicWriteReplacesWholeOrNotAtAll) {
+TEST(Files, AtomicWritesRemovalsAndCopies) {
     TempHome home;
     const std::u16string path = W(home.file("图库/Show.xml"));
     ASSERT_TRUE(CreateDirectories(W(home.file("图库"))));
@@ -178,16 +168,14 @@ TEST(Files, AtomicWriteReplacesWholeOrNotAtAll) {
     // Missing files and folders read as nothing.
     for (const std::u16string& p : {W(home.file("nope")), W(home.dir())})
         EXPECT_TRUE(!ReadWholeFile(p, bytes) && bytes.empty() && FileSize(p) == -1) << U8(p);
-}
 
-TEST(Files, RemoveTreeAndCopy) {
-    TempHome home;
+    // Trees go with their read-only entries; copies never overwrite.
     const std::string top = home.file("tree");
     std::filesystem::create_directories(top + "/a/b/c");
     test::WriteBytes(top + "/a/file.dwg", "x");
     chmod((top + "/a/file.dwg").c_str(), 0444);
     chmod((top + "/a/b/c").c_str(), 0555);
-    RemoveDirectoryTree(W(top));  // read-only entries go as well
+    RemoveDirectoryTree(W(top));
     EXPECT_FALSE(PathExists(W(top)));
     const std::u16string a = W(home.file("a.xml")), b = W(home.file("b.xml"));
     ASSERT_TRUE(WriteFileAtomic(a, "A"));
@@ -221,7 +209,7 @@ TEST(DocumentRoot, HonoursDocDirAndFallsBack) {
     EXPECT_EQ(DocumentsFolder(), W(home.dir() + "/文档"));
 }
 
-TEST(Threads, AFailedStartAnswersFalseRunsNothingAndTheNextStartWorks) {
+TEST(ThreadsAndTicks, AFailedStartRunsNothingAndTickDifferencesSurviveTheWrap) {
     auto token = std::make_shared<int>(0);  // tells whether the work was let go
     std::atomic<int> runs{0};
     FailThreadStartsForTests(2);
@@ -235,9 +223,8 @@ TEST(Threads, AFailedStartAnswersFalseRunsNothingAndTheNextStartWorks) {
     ASSERT_TRUE(StartThread(t, [&runs] { ++runs; throw std::runtime_error("worker"); }));
     t.join();
     EXPECT_EQ(runs.load(), 2);
-}
 
-TEST(Ticks, DifferencesSurviveTheWrap) {
+    // Tick differences survive the 32-bit wrap.
     const uint32_t now = GetTickCount();
     // Move the clock to 100 ms before the 32-bit wrap.
     ShiftTicksForTest(static_cast<int64_t>(0xFFFFFFFFu - 100u) - now);

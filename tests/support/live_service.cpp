@@ -3,7 +3,6 @@
 #include <cstdlib>
 #include <filesystem>
 #include <map>
-#include <mutex>
 #include <stdexcept>
 #include <tuple>
 
@@ -15,22 +14,15 @@
 
 namespace marrowfin::test {
 
-namespace {
-// The generated folders, removed with the program.
-struct Samples {
-    std::mutex lock;
-    std::map<std::tuple<int, int, int>, std::string> made;
-    ~Samples() {
-        std::error_code ec;
-        for (const auto& [shape, dir] : made) std::filesystem::remove_all(dir, ec);
-    }
-};
-}  // namespace
-
 const std::string& SampleLibrary(const SampleShape& shape) {
-    static Samples samples;
-    std::lock_guard<std::mutex> guard(samples.lock);
-    std::string& dir = samples.made[std::make_tuple(shape.galleries, shape.classes, shape.blocks)];
+    // The generated folders, one per shape, removed with the program.
+    static struct Samples : std::map<std::tuple<int, int, int>, std::string> {
+        ~Samples() {
+            std::error_code ec;
+            for (const auto& [shape, dir] : *this) std::filesystem::remove_all(dir, ec);
+        }
+    } samples;
+    std::string& dir = samples[std::make_tuple(shape.galleries, shape.classes, shape.blocks)];
     if (!dir.empty()) return dir;
     std::string made = (std::filesystem::temp_directory_path() / "marrowfin-sample-XXXXXX").string();
     if (!mkdtemp(made.data())) throw std::runtime_error("mkdtemp failed");

@@ -2,22 +2,10 @@
 
 namespace marrowfin::test {
 
-std::vector<RecordedMessage> RecordingHost::Notices(std::intptr_t code) const {
-    std::vector<RecordedMessage> out;
-    for (const RecordedMessage& r : Of(MARROWFIN_GALLERY_HOST_NOTICE))
-        if (r.lParam == code) out.push_back(r);
-    return out;
-}
-
-std::vector<std::uintptr_t> RecordingHost::RequestOrder() const {
-    std::vector<std::uintptr_t> out;
-    for (const RecordedMessage& r : Of(MARROWFIN_GALLERY_HOST_REQUEST)) out.push_back(r.wParam);
-    return out;
-}
-
-std::vector<std::intptr_t> RecordingHost::NoticeOrder() const {
+std::vector<std::intptr_t> RecordingHost::Codes(uint32_t message) const {
     std::vector<std::intptr_t> out;
-    for (const RecordedMessage& r : Of(MARROWFIN_GALLERY_HOST_NOTICE)) out.push_back(r.lParam);
+    for (const RecordedMessage& r : Of(message))
+        out.push_back(message == MARROWFIN_GALLERY_HOST_REQUEST ? static_cast<std::intptr_t>(r.wParam) : r.lParam);
     return out;
 }
 

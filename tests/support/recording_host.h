@@ -29,11 +29,8 @@ public:
         return Of(MARROWFIN_GALLERY_HOST_REQUEST, first, last);
     }
     std::vector<RecordedMessage> Requests(std::uintptr_t code) const { return Requests(code, code); }
-    // The notices with the code `code`.
-    std::vector<RecordedMessage> Notices(std::intptr_t code) const;
-    // The codes of the requests, and of the notices, in the order they came.
-    std::vector<std::uintptr_t> RequestOrder() const;
-    std::vector<std::intptr_t> NoticeOrder() const;
+    // The codes of the requests (their wParam) or of the notices (their lParam), in the order they came.
+    std::vector<std::intptr_t> Codes(uint32_t message) const;
 
 protected:
     bool event(QEvent* event) override;
