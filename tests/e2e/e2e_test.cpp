@@ -9,7 +9,6 @@
 #include <QAbstractButton>
 #include <QApplication>
 #include <QDialog>
-#include <QElapsedTimer>
 #include <QKeyEvent>
 #include <QLineEdit>
 #include <QPointer>
@@ -17,6 +16,7 @@
 #include <filesystem>
 #include <fstream>
 
+#include "support/event_pump.h"
 #include "support/live_service.h"
 #include "support/recording_host.h"
 #include "support/temp_home.h"
@@ -64,15 +64,6 @@ public:
     }
 };
 
-// Runs the event loop until `done` or `ms` pass, and answers `done()`.
-bool SpinUntil(const std::function<bool()>& done, int ms) {
-    QElapsedTimer clock;
-    for (clock.start(); !done(); QCoreApplication::processEvents(QEventLoop::AllEvents, 20))
-        if (clock.elapsed() > ms) return false;
-    return true;
-}
-void Spin(int ms) { SpinUntil([] { return false; }, ms); }
-
 fs::path StoreRoot() { return fs::path(World().home->documentsDir()) / "Orsolen"; }
 
 // The library's widgets by class name (the test sees only the exported header).
@@ -94,7 +85,7 @@ long TreeRequests() { return World().service.Served("/gallery/g_all_s") + World(
 std::string Gallery(int i) { return QString::fromStdU16String(World().service.galleries.at(i)).toStdString(); }
 // Runs until the first synchronisation has left a catalogue in the store.
 bool WaitForFirstTree(int ms) {
-    return SpinUntil([] { return fs::exists(StoreRoot() / Gallery(0) / (Gallery(0) + ".xdb")) ||
+    return PumpUntil([] { return fs::exists(StoreRoot() / Gallery(0) / (Gallery(0) + ".xdb")) ||
                                  fs::exists(StoreRoot() / Gallery(1) / (Gallery(1) + ".xdb")); }, ms);
 }
 
@@ -126,7 +117,7 @@ TEST(Exports, ThePanelMadeByShowServesItsHost) {
     show();
     ShowGallery(u"", u"");
     EXPECT_TRUE(GetGallery() == handle && host.Requests(MARROWFIN_REQUEST_CHANNEL).size() == 1u);
-    Spin(700);  // the first class list comes with a timer
+    Pump(700);  // the first class list comes with a timer
 
     // The loop: the panel's children's events count, the host's do not, and a hidden panel
     // reads nothing (what each key does is the panel's own business).
@@ -159,7 +150,7 @@ TEST(Exports, ThePanelMadeByShowServesItsHost) {
     QWidget* statistics = FindButton(panel, QStringLiteral("统计"));
     ASSERT_NE(statistics, nullptr);
     QTest::mouseClick(statistics, Qt::LeftButton);
-    Spin(50);
+    Pump(50);
     EXPECT_EQ(stranger.records, (std::vector<RecordedMessage>{{MARROWFIN_GALLERY_HOST_NOTICE, handle, MARROWFIN_NOTICE_STATISTICS, {}}}));
     EXPECT_TRUE(host.records.empty());
     EXPECT_EQ(MarrowfinSendPanelControl(handle, 1, hostHandle), 0);
@@ -171,7 +162,7 @@ TEST(Exports, ThePanelMadeByShowServesItsHost) {
         {42, {MARROWFIN_REQUEST_SIGN_IN, MARROWFIN_REQUEST_TOKEN}}};
     for (const auto& [user, requests] : rounds) {
         MarrowfinSendPanelControl(handle, 6, 0);
-        Spin(500);
+        Pump(500);
         host.records.clear();
         host.userNumber = user;
         bool hiddenForSignIn = false;
@@ -180,14 +171,14 @@ TEST(Exports, ThePanelMadeByShowServesItsHost) {
                 hiddenForSignIn = !panel->isVisible();
         };
         MarrowfinSendPanelControl(handle, 0, 0);
-        EXPECT_TRUE(SpinUntil([&] { return !host.Requests(MARROWFIN_REQUEST_SIGN_IN).empty(); }, 3000));
-        Spin(300);
+        EXPECT_TRUE(PumpUntil([&] { return !host.Requests(MARROWFIN_REQUEST_SIGN_IN).empty(); }, 3000));
+        Pump(300);
         EXPECT_EQ(host.Codes(MARROWFIN_GALLERY_HOST_REQUEST), requests) << user;
         EXPECT_TRUE(hiddenForSignIn && panel->isVisible()) << "hidden for the sign-in only";
     }
     host.onEvent = nullptr;
     MarrowfinSendPanelControl(handle, 6, 0);
-    Spin(600);  // signing out leaves the collections through the class-switch timer
+    Pump(600);  // signing out leaves the collections through the class-switch timer
 
     // A search from the host drops the class-list build it finds running and shows the
     // search page until a location comes.
@@ -196,7 +187,7 @@ TEST(Exports, ThePanelMadeByShowServesItsHost) {
     SearchBrindleRes(u"门", u"YL");
     auto* edit = qobject_cast<QLineEdit*>(FindChild(panel, "QLineEdit"));
     ASSERT_TRUE(panel->isVisible() && edit);
-    Spin(800);
+    Pump(800);
     EXPECT_TRUE(edit->isVisible() && edit->text() == QStringLiteral("门"));
     EXPECT_EQ(MarrowfinSendCopyData(handle, 412, (u"\\" + World().service.galleries[0]).c_str()), 1);
     EXPECT_TRUE(!edit->isVisible() && panel->isVisible());
@@ -216,17 +207,17 @@ TEST(Exports, ThePanelMadeByShowServesItsHost) {
 TEST(Exports, UpdateShowMakesAHiddenPanelAndRebuildsTheTreeOnAWorker) {
     if (GetGallery() != 0) GTEST_SKIP() << "needs a process without a panel, as CTest gives it";
     ASSERT_TRUE(WaitForFirstTree(15000));
-    Spin(200);  // the first synchronisation's thread has ended
+    Pump(200);  // the first synchronisation's thread has ended
     const long before = TreeRequests();
     ShowGallery(u"", u"UpdateShow");
     // The call comes back at once with the class manager open; its end asks for the tree beside it.
     auto* manager = qobject_cast<QDialog*>(FindChild(nullptr, "marrowfin::CSelClassDlg"));
     ASSERT_TRUE(manager && manager->isVisible());
     manager->reject();
-    EXPECT_TRUE(SpinUntil([&] { return TreeRequests() > before; }, 5000));
+    EXPECT_TRUE(PumpUntil([&] { return TreeRequests() > before; }, 5000));
     QWidget* panel = FindPanel();
     ASSERT_TRUE(panel && !panel->parentWidget());  // only `show` hangs it under the main window
-    Spin(400);
+    Pump(400);
     EXPECT_TRUE(!panel->isVisible() && World().host.Requests(MARROWFIN_REQUEST_CHANNEL).size() == 1u);
 }
 
@@ -242,7 +233,7 @@ TEST(Exports, APanelGoneWithTheMainWindowLeavesTheExportsSound) {
     const uint64_t handle = GetGallery();
     QPointer<QWidget> first = FindPanel();
     ASSERT_TRUE(first && first->parentWidget() == doomed) << "show makes the panel a child of the main window";
-    Spin(400);  // the start-up's timers run
+    Pump(400);  // the start-up's timers run
     (void)PreTranslateKey(first, Qt::Key_Escape);
     delete doomed;
     ASSERT_TRUE(first.isNull());
@@ -253,7 +244,7 @@ TEST(Exports, APanelGoneWithTheMainWindowLeavesTheExportsSound) {
     HideGallery();
     CloseGallery();
     EXPECT_EQ(MarrowfinSendPanelControl(handle, 5, 7) + MarrowfinSendCopyData(handle, 415, u"token"), 0);
-    Spin(400);  // nothing of the gone panel fires any more
+    Pump(400);  // nothing of the gone panel fires any more
 
     ShowGallery(nullptr, u"YL");
     const uint64_t again = GetGallery();
@@ -265,7 +256,7 @@ TEST(Exports, APanelGoneWithTheMainWindowLeavesTheExportsSound) {
     RecordingHost other;
     EXPECT_EQ(MarrowfinSendPanelControl(again, 1, static_cast<intptr_t>(MarrowfinWindowOf(&other))), 0);
     EXPECT_TRUE(second->isVisible());
-    Spin(300);
+    Pump(300);
     HideGallery();
 }
 
