@@ -24,9 +24,7 @@ TEST(LiveSync, BrokenRepliesFallBackAndSoundOnesFollowTheHourRule) {
     GalleryNode* gallery = reference.root->dirChildren[0];
     const size_t blocks = CountBlocks(gallery), classBlocks = gallery->dirChildren[0]->fileChildren.size();
     const std::u16string clsPath = gallery->dirChildren[0]->Path();
-    ASSERT_GT(blocks, 0u);
-    EXPECT_EQ(std::make_pair(w.Count("/gallery/g_all_s"), ReadGalleryVersion(first)),
-              std::make_pair(1L, reference.galleryVersions[first]));
+    ASSERT_GT(blocks, 0u);  // (one request, versions written: the scripted first tree's test)
 
     // A failed transfer (every transport fault is one, as the transport's test shows), an
     // empty reply and one that is no markup.

@@ -13,7 +13,6 @@ TEST(LiveTransport, EveryCallReachesTheServiceAndEveryFaultIsAFailure) {
     ASSERT_TRUE(PostForm(formUrl, u"", out));
     EXPECT_TRUE(out.find(u"<root") != std::u16string::npos &&
                 out.find(gallery) != std::u16string::npos);  // Chinese names survive
-    EXPECT_EQ(GetOptionInt(u"FNetUseInet", -2), 2);
     const std::pair<service::Fault, bool> cases[] = {
         {{.status = 404}, false}, {{.status = 500}, false}, {{.truncateAt = 10}, false}, {{.drop = true}, false},
         {{.holdMs = 4000}, false}, {{.emptyBody = true}, true}, {{.dripBytesPerSecond = 4000}, true},
