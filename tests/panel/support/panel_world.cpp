@@ -56,7 +56,7 @@ int PanelHarness::RowOf(const std::u16string& text) const {
 SampleWorld::SampleWorld(const WorldOptions& options) {
     ResetGalleryStore();
     Serve(SampleLibrary());
-    WriteOptionString(u"Rate", QString::number(options.rate).toStdU16String());
+    WriteOptionString(u"Rate", u"1");
     if (options.listGallery && !galleries.empty()) AddGalleryToShowList(galleries[0]);
     if (options.beforeCreate) options.beforeCreate(*this);
     if (options.firstSync) {

@@ -86,7 +86,6 @@ protected:
 };
 
 struct WorldOptions {
-    float rate = 1.0f;
     bool listGallery = true;     // Show.xml names the sample's first gallery
     bool firstSync = true;       // the host ran FirstSynchro before showing
     bool attachHost = true;      // the host named its main window
