@@ -89,18 +89,14 @@ TEST_P(PaintScenes, BrowseLayerInEveryState) {
 
 TEST_P(PaintScenes, SearchLayerAndStatusLine) {
     std::vector<PanelPaintState> states;
-    for (int page : {int(PageSearch), int(PageCollectionSearch)}) {
-        // Untouched, idle, loading, network down, nothing found, an unknown state.
-        for (const PanelPaintState& s : {Search(page, 0, 0, false, true), Search(page, 0, 0), Search(page, 1, 0), Search(page, 2, 0),
-                                         Search(page, 3, 0), Search(page, 9, 0)})
-            states.push_back(s);
-    }
-    // Rows: the hint, the default word on the search page only, the count once ended.
-    states.push_back(Search(PageSearch, 0, 12));
-    states.push_back(Search(PageSearch, 3, 0, true));
-    states.push_back(Search(PageSearch, 3, 0, true, true));  // no count for a search not yet made
-    states.push_back(Search(PageCollectionSearch, 0, 23));
-    states.push_back(Search(PageSearch, 1, 40));
+    // Untouched (-1), idle, loading, network down, nothing found, an unknown state.
+    for (int page : {int(PageSearch), int(PageCollectionSearch)})
+        for (int state : {-1, 0, 1, 2, 3, 9}) states.push_back(Search(page, std::max(state, 0), 0, false, state < 0));
+    // Rows: the hint, the default word on the search page only, the count once ended (none for a
+    // search not yet made).
+    for (const PanelPaintState& s : {Search(PageSearch, 0, 12), Search(PageSearch, 3, 0, true), Search(PageSearch, 3, 0, true, true),
+                                     Search(PageCollectionSearch, 0, 23), Search(PageSearch, 1, 40)})
+        states.push_back(s);
     states.push_back({.page = PageBrowse, .classIndex = 2, .itemCount = 7, .selectedName = QStringLiteral("平开门M1021"),
                       .rowCount = 3, .searchEnded = true});
     const QImage sheet = Sheet(QSize(ScaleUnits(755), ScaleUnits(454)), Panels(states), 3);
