@@ -19,21 +19,12 @@ namespace {
 // Counts the ticks of a 10 ms timer on the panel's thread that fall while
 // the service still holds a request of `path`: a panel that waited on that
 // thread would let none through.
-class LoopWitness {
-public:
-    LoopWitness(service::ServiceHandle& service, std::string path) : m_service(service), m_path(std::move(path)) {
-        m_timer.setInterval(10);
-        QObject::connect(&m_timer, &QTimer::timeout, [this] {
-            if (m_service.counters().get(m_path).active > 0) ++ticksWhileAsked;
-        });
-        m_timer.start();
-    }
+struct LoopWitness : QTimer {
     int ticksWhileAsked = 0;
-
-private:
-    service::ServiceHandle& m_service;
-    std::string m_path;
-    QTimer m_timer;
+    LoopWitness(service::ServiceHandle& service, std::string path) {
+        connect(this, &QTimer::timeout, [this, &service, path] { ticksWhileAsked += service.counters().get(path).active > 0; });
+        start(10);
+    }
 };
 
 // Releases the held answers and waits until the one of `generation` has come.

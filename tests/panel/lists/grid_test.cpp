@@ -200,8 +200,7 @@ TEST(DwgListView, NamesFitCellsDrawInTheirStatesAndTheMouseAndKeysPost) {
 // Notes the item of every call of the decoder, and holds the first calls (one,
 // or every one) at a gate until the test opens it. No call may run on
 // the thread that made the watch (the panel's).
-class WatchedDecoder {
-public:
+struct WatchedDecoder {
     enum Hold : size_t { First = 1, Every = SIZE_MAX };
     explicit WatchedDecoder(Hold hold) : m_hold(hold) {}
     PreviewDecoder Decoder(const std::vector<std::u16string>& paths) {
@@ -229,8 +228,6 @@ public:
         std::lock_guard<std::mutex> lock(m_mutex);
         return m_items;
     }
-
-private:
     const size_t m_hold;
     const std::thread::id m_panel = std::this_thread::get_id();
     mutable std::mutex m_mutex;
