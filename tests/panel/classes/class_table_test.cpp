@@ -136,8 +136,6 @@ TEST(ClassTable, SortWordOnTheWireAndHotWords) {
         EXPECT_EQ(FetchClassTable(), u"<root/>");
         EXPECT_TRUE(stack.url.ends_with(std::string("/gallery/selpageinfo?sort=") + sort)) << stack.url;
     }
-    (void)FetchHotWords();
-    EXPECT_TRUE(stack.url.ends_with("/gallery/gethotwords")) << stack.url;
     RestoreDefaultHttpStacks();
     EXPECT_EQ(ParseHotWords(u"<root><hot_words><item>a</item><item>b</item></hot_words><default>d</default></root>"),
               (Names{u"d", u"a", u"b"}));

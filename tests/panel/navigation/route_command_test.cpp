@@ -18,13 +18,13 @@ TEST(Routes, RoutesTheCollectionsRowTheHostButtonsTheCommandsAndTheShowList) {
     auto command = [&](std::uintptr_t code, std::intptr_t lParam) {
         SendWindowMessage(p.Handle(), MsgPanelCommand, code, lParam);
     };
+    auto routeTo = [&](const char16_t* route) { p.OpenRoute(route); return w.WaitForSwitch(); };
     ASSERT_EQ(p.m_classList->GetItemCount(), 4);  // the collections have row 1 only
 
     // A class that is not in its gallery, and the collections without a user, open nothing.
     for (const char16_t* route : {u"/家具/没有", u"/我的收藏/夹2"}) p.OpenRoute(route);
     EXPECT_FALSE(IsTimerRunning(p.Handle(), 2000));
-    p.OpenRoute(u"/家具/类C");
-    ASSERT_TRUE(w.WaitForSwitch());
+    ASSERT_TRUE(routeTo(u"/家具/类C"));
     EXPECT_EQ(std::make_pair(p.m_classIndex, p.m_curClassPath), std::make_pair(w.RowOf(u"家具"), g2->dirChildren[2]->Path()));
     EXPECT_TRUE(p.m_subclassBtns[2]->selected && p.m_targetClass.empty());
 
@@ -48,13 +48,11 @@ TEST(Routes, RoutesTheCollectionsRowTheHostButtonsTheCommandsAndTheShowList) {
     // "统计" and "反馈" notify the host: the end-to-end and host-link tests.
 
     w.SignIn(7);
-    p.OpenRoute(u"/我的收藏/夹2");
-    ASSERT_TRUE(w.WaitForSwitch());
+    ASSERT_TRUE(routeTo(u"/我的收藏/夹2"));
     EXPECT_EQ(std::make_pair(p.m_page, p.m_curClassPath), std::make_pair(int(PageCollection), mine->dirChildren[1]->Path()));
     EXPECT_TRUE(p.m_subclassBtns[1]->selected);
     // A gallery alone opens its first class; leaving the collections puts the buttons back.
-    p.OpenRoute(u"/五金");
-    ASSERT_TRUE(w.WaitForSwitch());
+    ASSERT_TRUE(routeTo(u"/五金"));
     EXPECT_EQ(std::make_pair(p.m_classIndex, p.m_curClassPath), std::make_pair(w.RowOf(u"五金"), g1->dirChildren[0]->Path()));
     EXPECT_TRUE(!w.ButtonShown(2100) && p.m_syncStatus == -2);  // leaving the collections clears their status
     // An empty route rebuilds the list on a browse page only; from a search
@@ -67,8 +65,7 @@ TEST(Routes, RoutesTheCollectionsRowTheHostButtonsTheCommandsAndTheShowList) {
     ASSERT_EQ(p.m_page, PageSearch);
     p.OpenRoute(u"");
     EXPECT_FALSE(IsTimerRunning(p.Handle(), 1011));
-    p.OpenRoute(u"/家具/类B");
-    ASSERT_TRUE(w.WaitForSwitch());
+    ASSERT_TRUE(routeTo(u"/家具/类B"));
     EXPECT_EQ(std::make_pair(p.m_page, p.m_curClassPath), std::make_pair(int(PageBrowse), g2->dirChildren[1]->Path()));
 
     // 21: a row that does not exist does nothing; a real one schedules the switch.

@@ -2,8 +2,8 @@
 // empty and waiting states, the status line and result rows in every state, as
 // sheets of scenes compared against reference pictures (class rows are seen in
 // the class column's own); and its arithmetic as values: where a highlighted
-// text is cut and its pieces stand, the row's name and class line, where the
-// status line's hint fits, a squeezed window.
+// text is cut, the row's name and class line, where the status line's hint
+// fits, a squeezed window.
 
 #include <QFontMetrics>
 #include <QPainter>
@@ -89,18 +89,14 @@ TEST_P(PaintScenes, BrowseLayerInEveryState) {
 
 TEST_P(PaintScenes, SearchLayerAndStatusLine) {
     std::vector<PanelPaintState> states;
-    for (int page : {int(PageSearch), int(PageCollectionSearch)}) {
-        // Untouched, idle, loading, network down, nothing found, an unknown state.
-        for (const PanelPaintState& s : {Search(page, 0, 0, false, true), Search(page, 0, 0), Search(page, 1, 0), Search(page, 2, 0),
-                                         Search(page, 3, 0), Search(page, 9, 0)})
-            states.push_back(s);
-    }
-    // Rows: the hint, the default word on the search page only, the count once ended.
-    states.push_back(Search(PageSearch, 0, 12));
-    states.push_back(Search(PageSearch, 3, 0, true));
-    states.push_back(Search(PageSearch, 3, 0, true, true));  // no count for a search not yet made
-    states.push_back(Search(PageCollectionSearch, 0, 23));
-    states.push_back(Search(PageSearch, 1, 40));
+    // Untouched (-1), idle, loading, network down, nothing found, an unknown state.
+    for (int page : {int(PageSearch), int(PageCollectionSearch)})
+        for (int state : {-1, 0, 1, 2, 3, 9}) states.push_back(Search(page, std::max(state, 0), 0, false, state < 0));
+    // Rows: the hint, the default word on the search page only, the count once ended (none for a
+    // search not yet made).
+    for (const PanelPaintState& s : {Search(PageSearch, 0, 12), Search(PageSearch, 3, 0, true), Search(PageSearch, 3, 0, true, true),
+                                     Search(PageCollectionSearch, 0, 23), Search(PageSearch, 1, 40)})
+        states.push_back(s);
     states.push_back({.page = PageBrowse, .classIndex = 2, .itemCount = 7, .selectedName = QStringLiteral("平开门M1021"),
                       .rowCount = 3, .searchEnded = true});
     const QImage sheet = Sheet(QSize(ScaleUnits(755), ScaleUnits(454)), Panels(states), 3);
@@ -152,7 +148,7 @@ TEST_P(PaintScenes, ResultRowsInEveryState) {
     EXPECT_TRUE(MatchesReference(sheet, "panel/paint", At("result_rows")));
 }
 
-TEST(HighlightRule, CutsAtEveryExactOccurrenceAndKeepsThePiecesInPlace) {
+TEST(HighlightRule, CutsAtEveryExactOccurrence) {
     const std::tuple<const char*, const char*, const char*> cases[] = {
         {"abcab", "ab", "ab|c|ab"},  {"x阀门y阀门", "阀门", "x|阀门|y|阀门"},
         {"aaa", "aa", "aa|a"},       // no overlap: the scan resumes behind each key
@@ -163,41 +159,17 @@ TEST(HighlightRule, CutsAtEveryExactOccurrenceAndKeepsThePiecesInPlace) {
                   QString::fromUtf8(pieces).split(QLatin1Char('|'), Qt::SkipEmptyParts))
             << text;
 
-    // Cut into pieces, the text stands where it would stand whole (within a
-    // pixel: glyphs may land on another sub-pixel phase).
-    UseRate(1.0f);
-    const QRect rect(10, 0, 380, 30);
-    const QString text = QStringLiteral("共12条结果");
-    const QImage cut = Painted(QSize(400, 30), [&](QPainter& p) {
-        DrawHighlighted(p, text, QStringLiteral("12"), rect, panel_colours::Text());
-    });
-    const QImage whole = Painted(QSize(400, 30), [&](QPainter& p) {
-        p.setFont(Font(SkinFont::Normal));
-        p.setPen(panel_colours::Text());
-        p.drawText(rect, Qt::AlignLeft | Qt::AlignVCenter, text);
-    });
-    auto ink = [](const QImage& img, int x, int y) { return x >= 0 && x < img.width() && img.pixel(x, y) != 0xffffffffu; };
-    int misplaced = 0, inked = 0;
-    for (int y = 0; y < 30; ++y)
-        for (int x = 0; x < 400; ++x)
-            if (ink(cut, x, y)) {
-                ++inked;
-                misplaced += !(ink(whole, x - 1, y) || ink(whole, x, y) || ink(whole, x + 1, y));
-            }
-    EXPECT_GT(inked, 100);
-    EXPECT_EQ(misplaced, 0);
 }
 
 TEST(ResultRowRules, NameAndClassLine) {
-    // Only a trailing ".dwg", in any case, goes; four characters or fewer stay whole.
+    // Only a trailing ".dwg", in any case, goes; four characters or fewer stay whole (plain names and
+    // ".DWG" are in the lists' pictures).
     const std::pair<const char*, const char*> names[] = {
-        {"阀门.dwg", "阀门"}, {"a.DWG", "a"},  {"a.Dwg", "a"},     {".dwg", ".dwg"},
-        {"阀门", "阀门"},     {"plan.dwg.bak", "plan.dwg.bak"},   {"plan.dw", "plan.dw"}, {"x.dwg.dwg", "x.dwg"}};
+        {"a.Dwg", "a"}, {".dwg", ".dwg"}, {"plan.dwg.bak", "plan.dwg.bak"}, {"x.dwg.dwg", "x.dwg"}};
     for (const auto& [name, shown] : names)
         EXPECT_EQ(RowDisplayName(QString::fromUtf8(name)), QString::fromUtf8(shown)) << name;
-    // The class, then the subclass behind its first "..".
-    const std::pair<const char*, const char*> lines[] = {
-        {"门窗..平开门", "建筑>平开门"}, {"a..b..c", "建筑>b..c"}, {"门窗", "建筑>门窗"}, {"门窗..", "建筑>"}, {"", "建筑>"}};
+    // The class, then the subclass behind its first ".." (one without is in the search list's picture).
+    const std::pair<const char*, const char*> lines[] = {{"a..b..c", "建筑>b..c"}, {"门窗..", "建筑>"}, {"", "建筑>"}};
     BlockRow row;
     row.klass = QStringLiteral("建筑");
     for (const auto& [subclass, line] : lines) {

@@ -56,7 +56,7 @@ int PanelHarness::RowOf(const std::u16string& text) const {
 SampleWorld::SampleWorld(const WorldOptions& options) {
     ResetGalleryStore();
     Serve(SampleLibrary());
-    WriteOptionString(u"Rate", QString::number(options.rate).toStdU16String());
+    WriteOptionString(u"Rate", u"1");
     if (options.listGallery && !galleries.empty()) AddGalleryToShowList(galleries[0]);
     if (options.beforeCreate) options.beforeCreate(*this);
     if (options.firstSync) {
@@ -170,8 +170,7 @@ void PanelWorld::MakePanel(bool waitForStart, float rate) {
 }
 
 TipWatcher::TipWatcher(bool accept) {
-    m_timer.setInterval(20);
-    QObject::connect(&m_timer, &QTimer::timeout, [this, accept] {
+    connect(this, &QTimer::timeout, [this, accept] {
         auto* tip = qobject_cast<CPopTipDlg*>(QApplication::activeModalWidget());
         if (!tip || !tip->isVisible()) return;
         ++seen;
@@ -179,7 +178,7 @@ TipWatcher::TipWatcher(bool accept) {
         cancelShown = tip->CancelButton() && tip->CancelButton()->isVisible();
         accept ? QTest::mouseClick(tip->OkButton(), Qt::LeftButton) : tip->reject();
     });
-    m_timer.start();
+    start(20);
 }
 
 void ResetGalleryStore() {

@@ -86,7 +86,6 @@ protected:
 };
 
 struct WorldOptions {
-    float rate = 1.0f;
     bool listGallery = true;     // Show.xml names the sample's first gallery
     bool firstSync = true;       // the host ran FirstSynchro before showing
     bool attachHost = true;      // the host named its main window
@@ -145,15 +144,11 @@ public:
 
 // Answers the skin's message box whenever it comes up: notes it and presses
 // its first button, or closes it.
-class TipWatcher {
-public:
+struct TipWatcher : QTimer {
     explicit TipWatcher(bool accept = true);
     int seen = 0;
     QString okText;
     bool cancelShown = true;
-
-private:
-    QTimer m_timer;
 };
 
 // Frees the process-wide store's tree, so that a test starts with none.

@@ -19,8 +19,7 @@ struct CountedPayload final : MessagePayload {
     int value;
 };
 
-class Receiver final : public QObject {
-public:
+struct Receiver final : QObject {
     struct Seen {
         uint32_t message;
         std::uintptr_t wParam;
@@ -32,7 +31,6 @@ public:
     int restartsLeft = -1;  // from 0 up: a timer handler that kills its timer, then restarts it so often
     std::vector<std::unique_ptr<MessagePayload>> kept;
 
-protected:
     bool event(QEvent* e) override {
         if (e->type() != WindowMessageEvent::EventType()) return QObject::event(e);
         auto* m = static_cast<WindowMessageEvent*>(e);
