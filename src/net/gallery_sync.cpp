@@ -21,7 +21,6 @@
 #include "store/show_list.h"
 #include "store/store_ini.h"
 #include "store/store_paths.h"
-#include "store/store_settings.h"
 #include "store/usage_lists.h"
 
 namespace marrowfin {
