@@ -6,14 +6,24 @@
 
 namespace marrowfin {
 
+namespace {
+
+// Show.xml loaded with the cursor inside its first <root>; false without a
+// file or a root. A list that is not quite well-formed still yields what
+// could be read.
+bool EnterShowList(MarkupDocument& doc) {
+    const std::u16string file = ShowListPath();
+    if (!FileExists(file)) return false;
+    (void)doc.LoadFile(file);
+    return doc.FindElement(u"root") && doc.EnterElement();
+}
+
+}  // namespace
+
 std::vector<ShowItem> ReadShowList(bool createFolders) {
     std::vector<ShowItem> items;
     MarkupDocument doc;
-    const std::u16string file = ShowListPath();
-    if (!FileExists(file)) return items;
-    // A list that is not quite well-formed still yields what could be read.
-    (void)doc.LoadFile(file);
-    if (!doc.FindElement(u"root") || !doc.EnterElement()) return items;
+    if (!EnterShowList(doc)) return items;
     size_t count = 0;
     while (doc.FindElement(u"item")) {
         if (count > kShowListLimit - 1) break;
@@ -40,9 +50,8 @@ bool AddGalleryToShowList(std::u16string_view name) {
         if (!empty.AddElement(u"root") || !empty.SaveFile(file)) return false;
     }
     MarkupDocument doc;
-    (void)doc.LoadFile(file);
     // Without a root there is no list to add to; the file is left for the user.
-    if (!doc.FindElement(u"root") || !doc.EnterElement()) return false;
+    if (!EnterShowList(doc)) return false;
     while (doc.FindElement(u"item"))
         if (doc.GetElementText() == name) return false;
     // The failed search left the main cursor on the last item: the new one goes behind it.
@@ -80,9 +89,7 @@ bool WriteShowList(const std::vector<ShowItem>& items) {
 ShowListing CountShowList(std::u16string_view name) {
     ShowListing listing;
     MarkupDocument doc;
-    if (!FileExists(ShowListPath())) return listing;
-    (void)doc.LoadFile(ShowListPath());
-    if (!doc.FindElement(u"root") || !doc.EnterElement()) return listing;
+    if (!EnterShowList(doc)) return listing;
     while (doc.FindElement(u"item")) {
         ++listing.count;
         if (doc.GetElementText() == name) listing.listed = true;
