@@ -4,16 +4,9 @@
 #include <QImage>
 #include <QString>
 
-namespace marrowfin {
+#include "search/search_hit.h"
 
-enum BlockRowState : int {
-    RowFresh = 0,        // local, not collected: "收藏", "使用"
-    RowCollected = 1,    // local and collected: "使用"
-    RowDownloading = 2,  // queued or running
-    RowFailed = 3,       // download failed; lasts 3 seconds
-    RowFetched = 4,      // in the search cache, not collected
-    RowRemote = 5,       // not downloaded
-};
+namespace marrowfin {
 
 struct BlockRow {
     QString name;      // file name as the service gives it

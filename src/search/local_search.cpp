@@ -1,0 +1,60 @@
+#include "search/local_search.h"
+
+#include "platform/files.h"
+#include "store/gallery_node.h"
+#include "store/gallery_tree.h"
+#include "store/store_paths.h"
+
+namespace marrowfin {
+
+namespace {
+
+constexpr char16_t kCollectionName[] = u"我的收藏";
+
+SearchHit LocalHit(const GalleryNode& node, int state) {
+    SearchHit hit;
+    hit.name = node.name.str();
+    hit.klass = node.parent->parent->name.str();
+    hit.subclass = node.parent->name.str();
+    hit.path = node.Path();
+    hit.size = node.size;
+    hit.boutique = node.parent->parent->boutique;
+    hit.state = state;
+    return hit;
+}
+
+bool HasGrandparent(const GalleryNode& node) { return node.parent && node.parent->parent; }
+
+}  // namespace
+
+std::vector<SearchHit> LocalBlockSearch(GalleryNode* root, std::u16string_view text,
+                                        const std::map<std::u16string, int>& collected,
+                                        std::vector<GalleryNode*>* nodes) {
+    std::vector<SearchHit> rows;
+    if (!root || text.empty()) return rows;
+    std::vector<GalleryNode*> found;
+    FilterBlocksFromTop(root, text, found);
+    for (GalleryNode* node : found) {
+        if (!HasGrandparent(*node)) continue;
+        const std::u16string path = node->Path();
+        if (!FileExists(path)) continue;
+        const bool isCollected = node->parent->parent->name == kCollectionName || collected.count(path);
+        rows.push_back(LocalHit(*node, isCollected ? RowCollected : RowFresh));
+        if (nodes) nodes->push_back(node);
+    }
+    return rows;
+}
+
+std::vector<SearchHit> OldCollectionHits(GalleryNode* root, std::u16string_view text) {
+    std::vector<SearchHit> rows;
+    if (!root || text.empty()) return rows;
+    GalleryNode* collection = FindNodeByPath(root, root->Path() + u"/" + kCollectionName);
+    if (!collection) return rows;
+    std::vector<GalleryNode*> found;
+    FilterBlocks(collection, text, found);
+    for (GalleryNode* node : found)
+        if (HasGrandparent(*node)) rows.push_back(LocalHit(*node, RowCollected));
+    return rows;
+}
+
+}  // namespace marrowfin
