@@ -60,22 +60,29 @@ void CBrindleDlg::OnPanelCommand(std::uintptr_t code, std::intptr_t lParam) {
             if (!m_targetClass.empty()) OpenTargetClass();
             return;
         case 9:
+            RowThumbnail(lParam);
+            return;
         case 10:
+            CollectRow(lParam);
+            return;
         case 11:
+            UseRow(lParam);
+            return;
         case 12:
         case 13:
+            RowDownloadEnded(lParam, code == 12);
+            return;
         case 14:
+            RowBackToRemote(lParam);
+            return;
         case 15:
-        case 18:
-            // The result rows and their downloads join with the result list.
+            StartRowDownloads();
             return;
         case 16:
-            if (!IsSearchPage(m_page)) return;
-            m_rows = m_serverRows;
-            if (m_searchList) {
-                m_searchList->SetRows(&m_rows);
-                m_searchList->show();
-            }
+            ShowStagedRows();
+            return;
+        case 18:
+            NoteRowToCheck(lParam);
             return;
         case 17:
             if (!IsSearchPage(m_page)) return;
@@ -86,7 +93,7 @@ void CBrindleDlg::OnPanelCommand(std::uintptr_t code, std::intptr_t lParam) {
             RefreshClassRows();
             return;
         case 20:
-            // A failed search joins with the search run.
+            SearchFailed(static_cast<int>(lParam));
             return;
         case 21:
             if (m_classList && lParam >= 0 && lParam < m_classList->GetItemCount()) {

@@ -1,4 +1,5 @@
 #include "panel/dialog/brindle_dlg.h"
+#include "panel/dialog/search_road.h"
 
 #include <QGuiApplication>
 #include <QIcon>
@@ -110,6 +111,9 @@ std::intptr_t CBrindleDlg::OnMessage(uint32_t message, std::uintptr_t wParam, st
             return 0;
         case MsgTreeUpdate:
             OnTreeUpdate();
+            return 0;
+        case MsgSearchOutcome:
+            OnSearchOutcome(static_cast<int>(wParam), std::move(payload));
             return 0;
         case MsgCollectionRows:
             OnCollectionRows(wParam, std::move(payload));
@@ -270,7 +274,7 @@ void CBrindleDlg::paintEvent(QPaintEvent* event) {
     state.searchState = m_searchState;
     state.rowCount = static_cast<int>(m_rows.size());
     state.defaultHotWord = g_defaultHotWord;
-    // Whether the current search generation has ended joins with the search run.
+    state.searchEnded = SearchEnded();
     PaintPanel(painter, size(), state);
 }
 

@@ -16,6 +16,8 @@
 //                            commands, the panel buttons
 //   brindle_commands.cpp     MsgPanelCommand
 //   collection_rows.cpp      the collection search page's rows as they come back
+//   search_road.cpp          the search run, its staged rows, the local fallback
+//   row_commands.cpp         result rows: thumbnails, downloads, "使用" and "收藏"
 
 #include <QPointer>
 #include <QWidget>
@@ -29,8 +31,10 @@
 #include "panel/model/block_row.h"
 #include "panel/model/panel_messages.h"
 #include "panel/model/panel_page.h"
+#include "panel/preview/preview_loader.h"
 #include "picker/sel_class_dlg.h"
 #include "platform/window_messages.h"
+#include "search/row_downloads.h"
 #include "store/node_list.h"
 
 class QLineEdit;
@@ -45,6 +49,7 @@ class CSearchListCtrl;
 class CSkinButton;
 class CSubclassButton;
 class CProgressCtrlOwner;
+struct SearchOutcome;
 
 class CBrindleDlg : public QWidget {
     Q_OBJECT
@@ -105,8 +110,10 @@ public:
     bool m_searchUntouched = false;
     int m_searchState = 0;
     QString m_lastSearch;
+    std::map<int, int> m_searchRuns;  // search generation -> 1 while it runs, 0 once ended
     std::map<int, BlockRow> m_downloadQueue;
-    std::map<int, BlockRow> m_activeDownloads;
+    // Written by the download workers, which hold it beyond the panel's life.
+    std::shared_ptr<ActiveRowDownloads> m_activeDownloads = std::make_shared<ActiveRowDownloads>();
     std::map<std::u16string, int> m_collected;
     std::vector<int> m_rowsToCheck;
     std::map<std::u16string, uint8_t> m_boutiqueCache;
@@ -162,6 +169,7 @@ public:
     // 1 the collection is fresh, 0 nothing could be read, 2 the page is occupied.
     int ReloadCollection();
     int FindRow(const BlockRow& row) const;
+    int FindRow(const RowKey& row) const;
     void FeedbackButton();    // 2153
     void StatisticsButton();  // 2154
 
@@ -226,6 +234,30 @@ private:
     void FilterCollectionRows();
     void LoadCollectionRows();
     void OnCollectionRows(std::uintptr_t generation, std::unique_ptr<MessagePayload> payload);
+
+    // The search run (search_road.cpp).
+    void StartSearch(QString text);                  // the tail of 2204
+    void OnSearchOutcome(int generation, std::unique_ptr<MessagePayload> payload);
+    void SearchFailed(int generation);               // command 20
+    void RunLocalSearch();                           // 2203
+    void ShowStagedRows();                           // command 16
+    void ListRows();                                 // m_rows into the list, a new row generation
+    bool SearchEnded() const;
+    // Result rows (row_commands.cpp).
+    bool EnqueueRow(BlockRow& row);
+    void RowThumbnail(std::intptr_t row);            // command 9
+    void CollectRow(std::intptr_t row);              // command 10
+    void UseRow(std::intptr_t row);                  // command 11
+    void RowDownloadEnded(std::intptr_t id, bool ok);  // commands 12 and 13
+    void RowBackToRemote(std::intptr_t row);         // command 14
+    void StartRowDownloads();                        // command 15
+    void NoteRowToCheck(std::intptr_t row);          // command 18
+    void CheckShownRows();                           // timer 1006
+    void RedrawResultRow(int row);
+    void OnRowPreview(PreviewResult result);
+    std::unique_ptr<PreviewLoader> m_rowPreviews;
+    std::vector<PreviewJob> m_rowPreviewJobs;
+    uint64_t m_rowGeneration = 0;
     void ForgetCollectionRows();
     void ShowEmptyClass(int row, const std::u16string& path);
     // The halves of SwitchClass and OpenSubclass after the service was asked;

@@ -81,13 +81,21 @@ void CBrindleDlg::OnTimer(std::uintptr_t id) {
             (void)PostWindowMessage(self, MsgPanelCommand, 19, 0);
             return;
         case kTimerRowCheck:
+            CheckShownRows();
+            return;
         case kTimerRowUse:
         case kTimerRowCollect:
-        case kTimerRowClassLink:
-            // One-shots whose work joins with the result rows: they end here
-            // so they never tick on.
+        case kTimerRowClassLink: {
             KillTimer(self, id);
+            const int row = m_searchList ? m_searchList->ClickedRow() : -1;
+            if (id == kTimerRowUse)
+                UseRow(row);
+            else if (id == kTimerRowCollect)
+                CollectRow(row);
+            else
+                OnPanelCommand(23, row);
             return;
+        }
         default:
             // 1010, the cloud sync poll, joins with the collections.
             return;

@@ -604,6 +604,7 @@ void CBrindleDlg::SearchCommand(int id) {
         case 2202:
             m_localHits.clear();
             m_rows.clear();
+            ListRows();
             m_searchState = 0;
             m_downloadQueue.clear();  // waiting downloads go; running ones find no row
             m_forceList = true;
@@ -611,7 +612,7 @@ void CBrindleDlg::SearchCommand(int id) {
             // Hiding the hot word row joins with the search box.
             return;
         case 2203:
-            // The local search joins with the search run.
+            RunLocalSearch();
             return;
         case 2204:
         case 2205:
@@ -626,13 +627,13 @@ void CBrindleDlg::SearchCommand(int id) {
         text = g_defaultHotWord;
         if (m_searchEdit) m_searchEdit->setText(text);
     }
-    // The search run itself joins with the search.
+    StartSearch(text);
 }
 
 void CBrindleDlg::RunCollectionFilter() {
     QString text = m_searchEdit ? m_searchEdit->text() : QString();
     if (text == m_lastSearch) return;
-    // Running search generations are forgotten here once the search joins.
+    m_searchRuns.clear();
     m_searchUntouched = false;
     if (text.isEmpty()) return;
     m_lastSearch = text;

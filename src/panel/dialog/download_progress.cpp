@@ -13,9 +13,9 @@ double ProgressPercent(std::intptr_t bytes, int size) {
 
 bool ShowDownloadProgress(CBrindleDlg& panel, std::uintptr_t wParam, std::intptr_t bytes) {
     const int id = static_cast<int>((wParam >> 16) & 0xffff);
-    auto active = panel.m_activeDownloads.find(id);
-    if (active == panel.m_activeDownloads.end()) return false;
-    const int index = panel.FindRow(active->second);
+    const std::optional<RowKey> active = panel.m_activeDownloads->Find(static_cast<uint16_t>(id));
+    if (!active) return false;
+    const int index = panel.FindRow(*active);
     if (index < 0) return false;
     BlockRow& row = panel.m_rows[static_cast<std::size_t>(index)];
     if (row.size <= 0) return false;
@@ -23,8 +23,7 @@ bool ShowDownloadProgress(CBrindleDlg& panel, std::uintptr_t wParam, std::intptr
     if (!panel.m_searchList || !panel.m_searchList->isVisible() || row.prefetch || percent <= row.percent + 1)
         return false;
     row.percent = percent;
-    // The list has no per-row redraw; the row is one of its few visible ones.
-    panel.m_searchList->update();
+    panel.m_searchList->RedrawRow(index);
     return true;
 }
 

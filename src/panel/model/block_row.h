@@ -29,4 +29,23 @@ inline bool SameRow(const BlockRow& a, const BlockRow& b) {
     return a.name == b.name && a.klass == b.klass && a.url == b.url && a.path == b.path;
 }
 
+inline RowKey KeyOf(const BlockRow& row) {
+    return {row.name.toStdU16String(), row.klass.toStdU16String(), row.url.toStdU16String(),
+            row.path.toStdU16String()};
+}
+
+inline BlockRow RowOfHit(const SearchHit& hit) {
+    BlockRow row;
+    row.name = QString::fromStdU16String(hit.name);
+    row.klass = QString::fromStdU16String(hit.klass);
+    row.subclass = QString::fromStdU16String(hit.subclass);
+    row.url = QString::fromStdU16String(hit.url);
+    row.path = QString::fromStdU16String(hit.path);
+    row.size = hit.size;
+    row.boutique = hit.boutique;
+    row.prefetch = hit.prefetch;
+    row.state = hit.state;
+    return row;
+}
+
 }  // namespace marrowfin

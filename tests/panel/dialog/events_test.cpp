@@ -100,7 +100,7 @@ TEST(PanelEvents, StatusEventsLayOutTheCollectionButtonsAndProgressMovesInSteps)
     BlockRow other = row;
     other.path = QStringLiteral("/tmp/other.dwg");
     panel.m_rows = {other, row};
-    panel.m_activeDownloads[0x1234] = row;
+    ASSERT_TRUE(panel.m_activeDownloads->Begin(0x1234, KeyOf(row)));
     const std::uintptr_t id = std::uintptr_t{0x1234} << 16;
     std::vector<int> seen;
     for (std::intptr_t bytes : {20, 99, 100, 1000}) {
