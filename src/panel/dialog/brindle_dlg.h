@@ -170,6 +170,8 @@ public:
     int ReloadCollection();
     int FindRow(const BlockRow& row) const;
     int FindRow(const RowKey& row) const;
+    // The newest search run is known and has ended (the result count may show).
+    bool SearchEnded() const;
     void FeedbackButton();    // 2153
     void StatisticsButton();  // 2154
 
@@ -242,7 +244,6 @@ private:
     void RunLocalSearch();                           // 2203
     void ShowStagedRows();                           // command 16
     void ListRows();                                 // m_rows into the list, a new row generation
-    bool SearchEnded() const;
     // Result rows (row_commands.cpp).
     bool EnqueueRow(BlockRow& row);
     void RowThumbnail(std::intptr_t row);            // command 9
