@@ -1,4 +1,3 @@
-#include <QFileInfo>
 #include <QFontMetrics>
 #include <QPainter>
 
@@ -34,8 +33,10 @@ QRect RowRect(const QPoint& origin, int left, int top, int right, int bottom) {
 
 const QImage& RowPicture(const BlockRow& row) {
     if (!row.thumbnail.isNull()) return row.thumbnail;
-    // A file on disk without a preview gets A; one still to come gets B.
-    if (!row.path.isEmpty() && QFileInfo::exists(row.path)) return SkinPicture(QStringLiteral("placeholder_a"), true);
+    // A file on disk without a preview gets A; one still to come gets B. The
+    // state tells which, so painting never asks the disk.
+    const bool onDisk = row.state == RowFresh || row.state == RowCollected || row.state == RowFetched;
+    if (!row.path.isEmpty() && onDisk) return SkinPicture(QStringLiteral("placeholder_a"), true);
     return SkinPicture(QStringLiteral("placeholder_b"), true);
 }
 

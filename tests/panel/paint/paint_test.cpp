@@ -104,36 +104,32 @@ TEST_P(PaintScenes, SearchLayerAndStatusLine) {
 }
 
 TEST_P(PaintScenes, ResultRowsInEveryState) {
-    QTemporaryDir dir;
-    ASSERT_TRUE(dir.isValid());
-    const QString onDisk = dir.filePath(QStringLiteral("block.dwg")), missing = dir.filePath(QStringLiteral("no.dwg"));
-    WriteBytes(onDisk.toStdString(), std::string(2048, 'x'));
-    // Each row: its state, whether its file is on disk (placeholder A, else B), its look, and a change.
+    // Each row: its state (a state with a file on disk shows placeholder A, else B), its look, and a change.
     std::vector<std::pair<BlockRow, SearchRowLook>> rows;
-    auto add = [&](int state, bool present, SearchRowLook look = {}, const std::function<void(BlockRow&)>& change = {}) {
+    auto add = [&](int state, SearchRowLook look = {}, const std::function<void(BlockRow&)>& change = {}) {
         BlockRow row{.name = QStringLiteral("平开门M1021.dwg"), .klass = QStringLiteral("建筑"),
-                     .subclass = QStringLiteral("门窗..平开门"), .url = {}, .path = present ? onDisk : missing, .thumbnail = {},
+                     .subclass = QStringLiteral("门窗..平开门"), .url = {}, .path = QStringLiteral("/x/block.dwg"), .thumbnail = {},
                      .prefetch = false, .state = state, .percent = 40};
         if (change) change(row);
         rows.push_back({row, look});
     };
-    for (int state : {int(RowFresh), int(RowFetched), int(RowCollected), int(RowRemote), int(RowFailed)}) add(state, false);
-    add(RowDownloading, false, {}, [](BlockRow& r) { r.prefetch = true; });
-    add(RowDownloading, false, {.hoverButton = 2, .key = {}}, [](BlockRow& r) { r.prefetch = true; });
-    for (int percent : {-20, 3, 50, 100, 180}) add(RowDownloading, false, {}, [=](BlockRow& r) { r.percent = percent; });
-    add(RowFresh, false, {.hoverButton = 1, .key = {}});
-    add(RowFresh, false, {.hoverButton = 2, .key = {}});
-    add(RowCollected, true, {.hoverLink = true, .key = {}});
-    add(RowCollected, true, {.key = QStringLiteral("门")});
-    add(RowFresh, true, {.selected = true, .key = {}});
-    add(RowFresh, true, {}, [](BlockRow& r) { r.boutique = true; });
-    add(RowFailed, false, {.selected = true, .key = QStringLiteral("门")}, [](BlockRow& r) { r.boutique = true; });
-    add(RowCollected, true, {}, [](BlockRow& r) {
+    for (int state : {int(RowFresh), int(RowFetched), int(RowCollected), int(RowRemote), int(RowFailed)}) add(state);
+    add(RowDownloading, {}, [](BlockRow& r) { r.prefetch = true; });
+    add(RowDownloading, {.hoverButton = 2, .key = {}}, [](BlockRow& r) { r.prefetch = true; });
+    for (int percent : {-20, 3, 50, 100, 180}) add(RowDownloading, {}, [=](BlockRow& r) { r.percent = percent; });
+    add(RowFresh, {.hoverButton = 1, .key = {}});
+    add(RowFresh, {.hoverButton = 2, .key = {}});
+    add(RowCollected, {.hoverLink = true, .key = {}});
+    add(RowCollected, {.key = QStringLiteral("门")});
+    add(RowFresh, {.selected = true, .key = {}});
+    add(RowFresh, {}, [](BlockRow& r) { r.boutique = true; });
+    add(RowFailed, {.selected = true, .key = QStringLiteral("门")}, [](BlockRow& r) { r.boutique = true; });
+    add(RowCollected, {}, [](BlockRow& r) {
         r.thumbnail = QImage(200, 100, QImage::Format_RGB32);
         r.thumbnail.fill(Qt::red);
     });
-    add(RowCollected, true, {}, [](BlockRow& r) { r.name = QString(60, QChar(0x95E8)); });
-    add(RowCollected, true, {}, [](BlockRow& r) {
+    add(RowCollected, {}, [](BlockRow& r) { r.name = QString(60, QChar(0x95E8)); });
+    add(RowCollected, {}, [](BlockRow& r) {
         r.name = QStringLiteral("plan.dw");  // not ".dwg": kept whole
         r.subclass = QStringLiteral("a..b..c");
     });
