@@ -417,6 +417,29 @@ void DemoTour::BuildSteps() {
                        },
                        [this] { return PanelVisible(); }, netSettle, QStringLiteral("search-typed")});
 
+    // A result row is used: a double click on its picture fetches the block
+    // when it is not on the disk yet, and the next one inserts it.
+    m_steps.push_back({QStringLiteral("search-use"), [this](QString&) {
+                           m_insertedBefore = m_host->insertedList()->count();
+                           m_useClock.invalidate();
+                           return true;
+                       },
+                       [this] {
+                           QWidget* p = FindPanelWidget();
+                           QWidget* list = nullptr;
+                           for (QWidget* w : p ? p->findChildren<QWidget*>() : QList<QWidget*>())
+                               if (qstrcmp(w->metaObject()->className(), "marrowfin::CSearchListCtrl") == 0) list = w;
+                           if (!list || !list->isVisible()) return false;
+                           if (m_host->insertedList()->count() > m_insertedBefore) return true;
+                           if (!m_useClock.isValid() || m_useClock.elapsed() > 1000) {
+                               if (m_useClock.isValid()) Log(QStringLiteral("the first result row is not on the disk yet: asked again"));
+                               ClickAt(list, QPoint(40, 30), true);
+                               m_useClock.start();
+                           }
+                           return false;
+                       },
+                       netSettle, QStringLiteral("search-used")});
+
     // The panel's feedback button asks the host for its form and waits,
     // hidden; the form must take input while the panel waits, and sending it
     // ends the wait. The host then shows the panel again.
