@@ -16,6 +16,7 @@
 #include <filesystem>
 #include <fstream>
 
+#include "request_counters.h"
 #include "support/event_pump.h"
 #include "support/live_service.h"
 #include "support/recording_host.h"
@@ -258,6 +259,53 @@ TEST(Exports, APanelGoneWithTheMainWindowLeavesTheExportsSound) {
     EXPECT_TRUE(second->isVisible());
     Pump(300);
     HideGallery();
+}
+
+// A search typed into the panel: Enter through the host's loop asks the service,
+// the rows in view fetch their blocks into the search cache, a double click on a
+// row's picture inserts its block (the panel hides for the ordinary mode), and
+// closing deletes the cache.
+TEST(Exports, ASearchTypedInThePanelFetchesRowsInViewAndInsertsOne) {
+    if (GetGallery() != 0) GTEST_SKIP() << "needs a process without a panel, as CTest gives it";
+    ASSERT_TRUE(WaitForFirstTree(15000));
+    show();
+    SearchBrindleRes(u"_00", u"");
+    QWidget* panel = FindPanel();
+    auto* edit = qobject_cast<QLineEdit*>(FindChild(panel, "QLineEdit"));
+    QWidget* list = FindChild(panel, "marrowfin::CSearchListCtrl");
+    ASSERT_TRUE(edit && list);
+    ASSERT_TRUE(PumpUntil([&] { return list->isVisible(); }, 5000));
+    const long searches = World().service.Served("/gallery/search_g");
+
+    QTest::mouseClick(edit, Qt::LeftButton);
+    edit->clear();
+    QTest::keyClicks(edit, QStringLiteral("_01"));
+    QTest::keyClick(edit, Qt::Key_Return);
+    EXPECT_TRUE(!list->isVisible() && World().service.Served("/gallery/search_g") <= searches + 1);
+    ASSERT_TRUE(PumpUntil([&] { return list->isVisible(); }, 5000));
+    EXPECT_EQ(World().service.Served("/gallery/search_g"), searches + 1);
+
+    // The rows in view come into the cache after a moment, a screen at most.
+    const fs::path cache = StoreRoot() / "search";
+    auto cached = [&] {
+        int n = 0;
+        if (fs::exists(cache))
+            for (const auto& entry : fs::recursive_directory_iterator(cache)) n += entry.path().extension() == ".dwg";
+        return n;
+    };
+    ASSERT_TRUE(PumpUntil([&] { return cached() > 0 && World().service.handle.counters().get("/files/*").active == 0; }, 8000));
+    EXPECT_LE(World().service.handle.counters().get("/files/*").peak, 6);
+
+    RecordingHost& host = World().host;
+    const size_t before = host.Requests(MARROWFIN_REQUEST_INSERT).size();
+    QTest::mouseDClick(list, Qt::LeftButton, Qt::NoModifier, QPoint(40, 30));
+    ASSERT_TRUE(PumpUntil([&] { return host.Requests(MARROWFIN_REQUEST_INSERT).size() > before; }, 3000));
+    const std::u16string inserted = host.Requests(MARROWFIN_REQUEST_INSERT).back().text;
+    EXPECT_EQ(QString::fromStdU16String(inserted).left(int(cache.string().size())), QString::fromStdString(cache.string()));
+    EXPECT_FALSE(panel->isVisible());
+
+    CloseGallery();
+    EXPECT_FALSE(fs::exists(cache));
 }
 
 int main(int argc, char** argv) {
