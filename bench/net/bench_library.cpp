@@ -4,10 +4,42 @@
 #include <filesystem>
 #include <fstream>
 #include <stdexcept>
+#include <system_error>
+#include <vector>
+
+#include "platform/paths.h"
 
 namespace fs = std::filesystem;
 
 namespace marrowfin::bench {
+
+namespace {
+
+struct TempFolders {
+    std::vector<std::string> dirs;
+    ~TempFolders() {
+        std::error_code ec;
+        for (const std::string& d : dirs) fs::remove_all(d, ec);
+    }
+};
+
+}  // namespace
+
+std::string KeepUntilExit(std::string dir) {
+    static TempFolders folders;
+    folders.dirs.push_back(dir);
+    return dir;
+}
+
+void UseFreshHome() {
+    std::string dir = (fs::temp_directory_path() / "marrowfin-bench-home-XXXXXX").string();
+    if (!mkdtemp(dir.data())) std::abort();
+    KeepUntilExit(dir);
+    fs::create_directories(dir + "/Documents");
+    setenv("HOME", dir.c_str(), 1);
+    setenv("XDG_CONFIG_HOME", (dir + "/config").c_str(), 1);
+    ResetPathCachesForTest();
+}
 
 std::string GalleryName(int index) { return "图库" + std::to_string(index); }
 

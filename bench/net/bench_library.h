@@ -12,4 +12,10 @@ namespace marrowfin::bench {
 std::string WriteLinkedLibrary(int galleries, int classes, int blocks, size_t blockBytes);
 std::string GalleryName(int index);
 
+// Keeps a folder until the program ends, then removes it (a big library is
+// hundreds of thousands of links). Returns the folder.
+std::string KeepUntilExit(std::string dir);
+// A profile and documents folder of the benchmark's own, for the rest of the run.
+void UseFreshHome();
+
 }  // namespace marrowfin::bench

@@ -38,39 +38,13 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// Folders the benchmark made, removed when the program ends: a big library
-// is hundreds of thousands of links.
-struct TempFolders {
-    std::vector<std::string> dirs;
-    ~TempFolders() {
-        std::error_code ec;
-        for (const std::string& d : dirs) fs::remove_all(d, ec);
-    }
-    static std::string Keep(std::string dir) {
-        static TempFolders folders;
-        folders.dirs.push_back(dir);
-        return dir;
-    }
-};
-
-// A profile and documents folder of the benchmark's own.
-void UseFreshHome() {
-    std::string dir = (fs::temp_directory_path() / "marrowfin-bench-home-XXXXXX").string();
-    if (!mkdtemp(dir.data())) std::abort();
-    TempFolders::Keep(dir);
-    fs::create_directories(dir + "/Documents");
-    setenv("HOME", dir.c_str(), 1);
-    setenv("XDG_CONFIG_HOME", (dir + "/config").c_str(), 1);
-    ResetPathCachesForTest();
-}
-
 struct BigLibrary {
     std::string data;
     service::ServiceHandle svc;
     std::u16string reply;
     BigLibrary() {
-        UseFreshHome();
-        data = TempFolders::Keep(bench::WriteLinkedLibrary(101, 30, 100, 2048));
+        bench::UseFreshHome();
+        data = bench::KeepUntilExit(bench::WriteLinkedLibrary(101, 30, 100, 2048));
         svc = service::StartService(data, 0);
         WriteOptionString(u"ServiceBase", Utf8ToUtf16(svc.baseUrl()));
         std::u16string query;
@@ -287,8 +261,8 @@ void BM_EncodeSameText(benchmark::State& state) {
 }
 
 void BM_DownloadQueue_600x32KB_25ms(benchmark::State& state) {
-    UseFreshHome();
-    const std::string data = TempFolders::Keep(bench::WriteLinkedLibrary(1, 6, 100, 32 * 1024));
+    bench::UseFreshHome();
+    const std::string data = bench::KeepUntilExit(bench::WriteLinkedLibrary(1, 6, 100, 32 * 1024));
     service::ServiceHandle svc = service::StartService(data, 0);
     WriteOptionString(u"ServiceBase", Utf8ToUtf16(svc.baseUrl()));
     AddGalleryToShowList(Utf8ToUtf16(bench::GalleryName(0)));
