@@ -1,5 +1,7 @@
 #include "net/http_transport.h"
 
+#include <cctype>
+
 #include <array>
 #include <atomic>
 #include <mutex>
@@ -81,9 +83,14 @@ std::string PercentEncodeDownloadUrl(std::u16string_view url) {
 std::string EscapeRequestUrl(std::u16string_view url) {
     static constexpr char kHex[] = "0123456789ABCDEF";
     std::string out;
-    for (unsigned char b : Utf16ToUtf8(url)) {
-        const bool unsafe = b <= 32 || b >= 127 || b == '"' || b == '#' || b == '%' || b == '<' || b == '>' ||
-                            b == '\\' || b == '^' || b == '`' || b == '{' || b == '|' || b == '}';
+    const std::string bytes = Utf16ToUtf8(url);
+    auto isHex = [](char c) { return std::isxdigit(static_cast<unsigned char>(c)) != 0; };
+    for (size_t i = 0; i < bytes.size(); ++i) {
+        const unsigned char b = static_cast<unsigned char>(bytes[i]);
+        // An escape a caller made on purpose (a query value's own '&') stays.
+        const bool escaped = b == '%' && i + 2 < bytes.size() && isHex(bytes[i + 1]) && isHex(bytes[i + 2]);
+        const bool unsafe = b <= 32 || b >= 127 || b == '"' || b == '#' || (b == '%' && !escaped) || b == '<' ||
+                            b == '>' || b == '\\' || b == '^' || b == '`' || b == '{' || b == '|' || b == '}';
         if (unsafe) {
             out.push_back('%');
             out.push_back(kHex[b >> 4]);

@@ -32,7 +32,8 @@ bool UploadFile(std::u16string_view url, std::u16string_view parentDir, std::u16
 std::string PercentEncodeDownloadUrl(std::u16string_view url);
 // The escaping of form-post and upload URLs: UTF-8, then spaces, controls,
 // bytes above 126 and the marks a URL cannot carry raw (" # % < > \ ^ ` { | })
-// become %XX; the query's own separators (? & = , /) stay.
+// become %XX; the query's own separators (? & = , /) stay, and so does an
+// escape already made (a '%' before two hex digits).
 std::string EscapeRequestUrl(std::u16string_view url);
 // Reply bytes up to the first zero byte, decoded from UTF-8.
 std::u16string DecodeReply(std::string_view bytes);

@@ -13,7 +13,8 @@
 namespace marrowfin {
 
 // ServiceBaseUrl() + "/gallery/search_g?search_content=<text>&excepts=", the
-// text as typed (the transport escapes what a URL cannot carry).
+// text as typed but for the marks that would cut the value short (% & + = # ;),
+// escaped; the transport escapes what a URL cannot carry.
 std::u16string SearchRequestUrl(const std::u16string& text);
 
 struct SearchOutcome {
