@@ -11,6 +11,7 @@
 #include "platform/text.h"
 #include "request_counters.h"
 #include "sample_generator.h"
+#include "support/test_paths.h"
 
 namespace marrowfin::test {
 
@@ -29,6 +30,21 @@ const std::string& SampleLibrary(const SampleShape& shape) {
     const service::SampleResult result = service::GenerateSample(made, {shape.galleries, shape.classes, shape.blocks});
     if (!result.ok) throw std::runtime_error("sample generation failed: " + result.error);
     return dir = made;
+}
+
+std::string WriteLibrary(const std::string& dir, const std::string& tsv, size_t blockBytes) {
+    namespace fs = std::filesystem;
+    fs::create_directories(dir);
+    WriteBytes(dir + "/library.tsv", tsv);
+    const std::string bytes = "AC1015" + std::string(blockBytes > 6 ? blockBytes - 6 : 0, 'b');
+    for (size_t at = 0, end; at < tsv.size(); at = end + 1) {
+        end = std::min(tsv.find('\n', at), tsv.size());
+        const std::vector<std::string> f = service::SplitTabs(tsv.substr(at, end - at));
+        if (f.size() != 5 || f[0] != "block") continue;
+        fs::create_directories(fs::path(dir) / "blocks" / f[1] / f[2]);
+        WriteBytes((fs::path(dir) / "blocks" / f[1] / f[2] / f[3]).string(), bytes);
+    }
+    return dir;
 }
 
 std::vector<std::u16string> GalleryNames(const std::string& dataDir) {
