@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <map>
+#include <sstream>
 #include <stdexcept>
 #include <tuple>
 
@@ -33,17 +34,14 @@ const std::string& SampleLibrary(const SampleShape& shape) {
 }
 
 std::string WriteLibrary(const std::string& dir, const std::string& tsv, size_t blockBytes) {
-    namespace fs = std::filesystem;
-    fs::create_directories(dir);
+    std::filesystem::create_directories(dir);
+    std::istringstream lines(tsv);
+    for (std::string line; std::getline(lines, line);)
+        if (const auto f = service::SplitTabs(line); f.size() == 5 && f[0] == "block") {
+            std::filesystem::create_directories(dir + "/blocks/" + f[1] + "/" + f[2]);
+            WriteBytes(dir + "/blocks/" + f[1] + "/" + f[2] + "/" + f[3], "AC1015" + std::string(blockBytes - 6, 'b'));
+        }
     WriteBytes(dir + "/library.tsv", tsv);
-    const std::string bytes = "AC1015" + std::string(blockBytes > 6 ? blockBytes - 6 : 0, 'b');
-    for (size_t at = 0, end; at < tsv.size(); at = end + 1) {
-        end = std::min(tsv.find('\n', at), tsv.size());
-        const std::vector<std::string> f = service::SplitTabs(tsv.substr(at, end - at));
-        if (f.size() != 5 || f[0] != "block") continue;
-        fs::create_directories(fs::path(dir) / "blocks" / f[1] / f[2]);
-        WriteBytes((fs::path(dir) / "blocks" / f[1] / f[2] / f[3]).string(), bytes);
-    }
     return dir;
 }
 
