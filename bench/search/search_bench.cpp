@@ -116,7 +116,9 @@ BENCHMARK_CAPTURE(FlatScan, many_with_file_test, kMany, true)->Unit(benchmark::k
 class RatioReporter : public benchmark::ConsoleReporter {
 public:
     void ReportRuns(const std::vector<Run>& runs) override {
-        for (const auto& r : runs) times[r.benchmark_name()] = r.GetAdjustedRealTime();
+        // With repetitions the median stands for a benchmark.
+        for (const auto& r : runs)
+            if (r.run_type != Run::RT_Aggregate || r.aggregate_name == "median") times[r.run_name.str()] = r.GetAdjustedRealTime();
         ConsoleReporter::ReportRuns(runs);
     }
     std::map<std::string, double> times;
