@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <map>
+#include <sstream>
 #include <stdexcept>
 #include <tuple>
 
@@ -11,6 +12,7 @@
 #include "platform/text.h"
 #include "request_counters.h"
 #include "sample_generator.h"
+#include "support/test_paths.h"
 
 namespace marrowfin::test {
 
@@ -29,6 +31,18 @@ const std::string& SampleLibrary(const SampleShape& shape) {
     const service::SampleResult result = service::GenerateSample(made, {shape.galleries, shape.classes, shape.blocks});
     if (!result.ok) throw std::runtime_error("sample generation failed: " + result.error);
     return dir = made;
+}
+
+std::string WriteLibrary(const std::string& dir, const std::string& tsv, size_t blockBytes) {
+    std::filesystem::create_directories(dir);
+    std::istringstream lines(tsv);
+    for (std::string line; std::getline(lines, line);)
+        if (const auto f = service::SplitTabs(line); f.size() == 5 && f[0] == "block") {
+            std::filesystem::create_directories(dir + "/blocks/" + f[1] + "/" + f[2]);
+            WriteBytes(dir + "/blocks/" + f[1] + "/" + f[2] + "/" + f[3], "AC1015" + std::string(blockBytes - 6, 'b'));
+        }
+    WriteBytes(dir + "/library.tsv", tsv);
+    return dir;
 }
 
 std::vector<std::u16string> GalleryNames(const std::string& dataDir) {

@@ -18,6 +18,9 @@ struct SampleShape {
 
 // Generates (once per program and shape) and returns the data folder.
 const std::string& SampleLibrary(const SampleShape& shape = {});
+// A data folder of exactly the given library.tsv text: every block line gets
+// a file of `blockBytes` (at least 6) bytes starting with "AC1015". Returns `dir`.
+std::string WriteLibrary(const std::string& dir, const std::string& tsv, size_t blockBytes = 2000);
 // Gallery names of a data folder, in the service's order, as UTF-16.
 std::vector<std::u16string> GalleryNames(const std::string& dataDir);
 // Starts the service on a free port and writes ServiceBase into the current profile.

@@ -3,6 +3,7 @@
 
 #include "service_impl.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <set>
@@ -50,6 +51,41 @@ std::string AsciiLower(std::string text) {
     for (char& c : text)
         if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
     return text;
+}
+
+struct RankedHit {
+    const CatalogGallery* gallery;
+    const CatalogClass* klass;
+    const CatalogBlock* block;
+};
+
+// Non-hidden blocks found by `text` (ASCII case folded), best first: a name
+// (without extension) equal to the text, then names starting with it, then
+// names holding it, then blocks found by their class name only. Catalogue
+// order within each group; at most 500.
+std::vector<RankedHit> RankedSearch(const LibraryCatalog& catalog, const std::string& text) {
+    constexpr size_t kMaxHits = 500;
+    const std::string needle = AsciiLower(text);
+    std::vector<RankedHit> groups[4];
+    if (needle.empty()) return {};
+    for (const CatalogGallery& g : catalog.galleries()) {
+        for (const CatalogClass& c : g.classes) {
+            const bool classHit = AsciiLower(c.name).find(needle) != std::string::npos;
+            for (const CatalogBlock& b : c.blocks) {
+                if (b.hidden) continue;
+                const std::string name = AsciiLower(b.fileName);
+                const std::string stem = name.substr(0, name.rfind('.'));
+                const size_t at = name.find(needle);
+                const int group = stem == needle ? 0 : at == 0 ? 1 : at != std::string::npos ? 2 : classHit ? 3 : -1;
+                if (group >= 0) groups[group].push_back({&g, &c, &b});
+            }
+        }
+    }
+    std::vector<RankedHit> hits;
+    for (const auto& group : groups)
+        for (const RankedHit& hit : group)
+            if (hits.size() < kMaxHits) hits.push_back(hit);
+    return hits;
 }
 
 bool ReadText(const fs::path& path, std::string& out) {
@@ -132,32 +168,26 @@ void ServiceHandle::Impl::registerGalleryRoutes() {
     });
 
     route("search_g", [this](const httplib::Request& req) {
-        const std::string needle = AsciiLower(req.get_param_value("search_content"));
         const std::string base = baseOf(req);
         std::string items;
-        std::map<std::string, int> versions;
-        std::vector<std::string> versionOrder;
-        int hits = 0;
-        constexpr int kMaxHits = 500;
-        if (!needle.empty()) {
-            for (const CatalogGallery& g : catalog.galleries()) {
-                for (const CatalogClass& c : g.classes) {
-                    const bool classHit = AsciiLower(c.name).find(needle) != std::string::npos;
-                    for (const CatalogBlock& b : c.blocks) {
-                        if (b.hidden || hits >= kMaxHits) continue;
-                        if (!classHit && AsciiLower(b.fileName).find(needle) == std::string::npos) continue;
-                        ++hits;
-                        if (versions.emplace(c.name, c.version).second) versionOrder.push_back(c.name);
-                        items += "<item filename=\"" + XmlAttr(b.fileName) + "\" classify=\"" + XmlAttr(g.name) + "\" subclass=\"" +
-                                 XmlAttr(c.name) + "\" download_url=\"" + XmlAttr(ClassBase(base, g.name, c.name) + "/" + b.fileName) +
-                                 "\" size=\"" + std::to_string(b.size) + "\" gv=\"" + (g.boutique ? "1" : "0") + "\"/>\n";
-                    }
-                }
-            }
+        std::vector<const CatalogGallery*> versionOrder;
+        for (const RankedHit& hit : RankedSearch(catalog, req.get_param_value("search_content"))) {
+            const CatalogGallery& g = *hit.gallery;
+            if (std::find(versionOrder.begin(), versionOrder.end(), &g) == versionOrder.end()) versionOrder.push_back(&g);
+            items += "<item filename=\"" + XmlAttr(hit.block->fileName) + "\" classify=\"" + XmlAttr(g.name) + "\" subclass=\"" +
+                     XmlAttr(hit.klass->name) + "\" download_url=\"" +
+                     XmlAttr(ClassBase(base, g.name, hit.klass->name) + "/" + hit.block->fileName) + "\" size=\"" +
+                     std::to_string(hit.block->size) + "\" gv=\"" + (g.boutique ? "1" : "0") + "\"/>\n";
         }
+        // The client keeps one cache folder per `classify` (a gallery) and
+        // empties it when that name's version rises: the gallery's version
+        // is the highest of its classes'.
         std::string x = XmlHead() + "<root nom=\"" + XmlAttr(currentSettings().nom) + "\">\n";
-        for (const std::string& name : versionOrder)
-            x += "<ver t=\"" + std::to_string(versions[name]) + "\">" + XmlAttr(name) + "</ver>\n";
+        for (const CatalogGallery* g : versionOrder) {
+            int version = 0;
+            for (const CatalogClass& c : g->classes) version = std::max(version, c.version);
+            x += "<ver t=\"" + std::to_string(version) + "\">" + XmlAttr(g->name) + "</ver>\n";
+        }
         return Xml(x + items + "</root>\n");
     });
 

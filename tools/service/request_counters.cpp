@@ -4,13 +4,14 @@
 
 namespace marrowfin::service {
 
-void RequestCounters::enter(const std::vector<std::string>& keys) {
+void RequestCounters::enter(const std::vector<std::string>& keys, const std::string& requestLine) {
     std::lock_guard lock(m_mutex);
     for (const std::string& key : keys) {
         PathCount& c = m_counts[key];
         ++c.count;
         ++c.active;
         c.peak = std::max(c.peak, c.active);
+        c.last = requestLine;
     }
 }
 

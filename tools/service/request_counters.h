@@ -13,11 +13,12 @@ struct PathCount {
     long count = 0;   // requests started
     int active = 0;   // running now
     int peak = 0;     // highest `active` seen
+    std::string last; // request line of the latest one: method and target as sent
 };
 
 class RequestCounters {
 public:
-    void enter(const std::vector<std::string>& keys);
+    void enter(const std::vector<std::string>& keys, const std::string& requestLine = {});
     void leave(const std::vector<std::string>& keys);
     PathCount get(const std::string& key) const;
     std::map<std::string, PathCount> all() const;
@@ -31,8 +32,8 @@ private:
 // Counts a request for the lifetime of the scope.
 class CountedRequest {
 public:
-    CountedRequest(RequestCounters& counters, std::vector<std::string> keys)
-        : m_counters(counters), m_keys(std::move(keys)) { m_counters.enter(m_keys); }
+    CountedRequest(RequestCounters& counters, std::vector<std::string> keys, const std::string& requestLine = {})
+        : m_counters(counters), m_keys(std::move(keys)) { m_counters.enter(m_keys, requestLine); }
     ~CountedRequest() { m_counters.leave(m_keys); }
     CountedRequest(const CountedRequest&) = delete;
     CountedRequest& operator=(const CountedRequest&) = delete;

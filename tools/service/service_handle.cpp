@@ -80,7 +80,7 @@ bool ServiceHandle::Impl::pause(int ms) {
 }
 
 void ServiceHandle::Impl::serve(const httplib::Request& req, httplib::Response& res, const std::function<Reply()>& route) {
-    CountedRequest counted(counters, CounterKeys(req.path));
+    CountedRequest counted(counters, CounterKeys(req.path), req.method + " " + req.target);
     const Fault fault = faults.take(req.path);
     if (fault.holdMs > 0) faults.waitHeld(fault.holdMs);
     if (fault.latencyMs > 0) pause(fault.latencyMs);
