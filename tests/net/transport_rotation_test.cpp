@@ -60,6 +60,8 @@ TEST(TransportRotation, StartsOnCurlThenRemembersTheWinnerAndEscapesUrls) {
     EXPECT_EQ(PercentEncodeDownloadUrl(longUrl), U8(longUrl));
     EXPECT_EQ(EscapeRequestUrl(u"http://h:9/gallery/g_all_s?gallery_name=门 窗,A&B=1#%"),
               "http://h:9/gallery/g_all_s?gallery_name=%E9%97%A8%20%E7%AA%97,A&B=1%23%25");
+    // An escape made by the caller stays; a '%' without two hex digits after it does not.
+    EXPECT_EQ(EscapeRequestUrl(u"?a=%26%2b%G1%4"), "?a=%26%2b%25G1%254");
     WriteOptionString(u"ServiceBase", u"http://127.0.0.1:4321/");
     EXPECT_EQ(ServiceBaseUrl(), u"http://127.0.0.1:4321");
 }

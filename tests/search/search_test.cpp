@@ -72,6 +72,10 @@ TEST_F(Search, RowsComeFromTheFilesAndTheCacheIsRefreshedFirst) {
     EXPECT_EQ(Rows(Run({{At(u"search/建筑门窗/推拉窗/推拉门.dwg"), 1}}).hits),
               (Lines{"建筑门窗/单开门/门.dwg 0 2000", "建筑门窗/单开门/门把手.dwg 0 2000",
                      "search/Doors/Sliding/门-s.dwg 4 b 2000", "search/建筑门窗/推拉窗/推拉门.dwg 1 2000"}));
+    // Marks that would cut the query short reach the service as typed.
+    (void)RunBlockSearch(rootPath, u"C++ & =%41", {}, [] { return true; });
+    EXPECT_EQ(service.counters().get("/gallery/search_g").last,
+              "POST /gallery/search_g?search_content=C%2B%2B%20%26%20%3D%2541&excepts=");
     int asks = 0;  // a run that is no longer the newest stages nothing more
     EXPECT_EQ(RunBlockSearch(rootPath, u"门", {}, [&] { return ++asks <= 2; }).hits.size(), 2u);
 }
