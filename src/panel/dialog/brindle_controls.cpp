@@ -142,6 +142,7 @@ void CBrindleDlg::CreateControls() {
     m_pThumbList->show();
 
     m_searchList = new CSearchListCtrl(this);
+    m_searchList->SetOwner(Handle());
     m_searchList->setGeometry(ScaleBox(7, 72, 740, 343));
     m_searchList->hide();
 
