@@ -1,7 +1,9 @@
 // The browse and search pages as the user walks them, compared with their
 // pictures: the recent list, few and many subclasses, the search page with
-// its hot words and back, the collections, their search and back; at Rate 1.5
-// the pages whose rows of buttons and bars move with the rate.
+// its hot words and back, the collections, their search and back, result
+// rows in their states; at Rate 1.5 the pages whose rows of buttons and bars
+// move with the rate.
+#include "panel/preview/dwg_preview.h"
 #include "panel_world.h"
 
 using namespace marrowfin;
@@ -75,6 +77,23 @@ TEST(NavigationRender, BrowseAndSearchRoadsAtRatesOneAndOneAndAHalf) {
         // without them.
         w.ClickButton(2158, 500);
         EXPECT_TRUE(looks("search_page"));
+        // Rows of a search for "门", hot words hidden as a search hides them: every state, a boutique
+        // row, a real thumbnail, "使用" of the first row under the mouse. No file to fetch or read.
+        p.ShowHotWords(false);
+        const QString drawing = QString::fromStdString(SharedDir() + "/testdata/dwg/bmp8_ac1015.dwg");
+        for (const char* name : {"平开门M1021", "双开门", "推拉门", "旋转门", "卷帘门", "折叠门", "门套", "门槛"})
+            p.m_serverRows.push_back({.name = QString::fromUtf8(name) + ".dwg", .klass = QStringLiteral("建筑"),
+                                      .subclass = QStringLiteral("门窗..平开门"), .url = {}, .path = drawing + ".gone",
+                                      .thumbnail = {}, .thumbnailTried = true, .prefetch = false,
+                                      .state = int(p.m_serverRows.size() % 6), .percent = 40});
+        p.m_serverRows[0].thumbnail = LoadDwgPreview(drawing);
+        p.m_serverRows[1].boutique = true;
+        p.m_searchUntouched = false;
+        SendWindowMessage(p.Handle(), MsgPanelCommand, 16, 0);
+        p.m_searchList->SetSearchKey(QStringLiteral("门"));
+        MoveTo(p.m_searchList, p.m_searchList->RowRect(0).topLeft() + ScaleBox(660, 25, 0, 0).topLeft());
+        EXPECT_TRUE(p.m_searchList->HotZone() == 2 && looks("search_rows"));
+        MoveAway(&p);
         w.ClickButton(2202, 500);
         ASSERT_TRUE(w.WaitForSwitch());
         EXPECT_TRUE(looks("collections") && !w.ButtonShown(4001));
