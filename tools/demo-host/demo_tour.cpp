@@ -1,4 +1,5 @@
 #include "demo_tour.h"
+#include "sample_galleries.h"
 
 #include <QApplication>
 #include <QDateTime>
@@ -380,8 +381,12 @@ void DemoTour::BuildSteps() {
                            [this] { return PanelVisible(); }, settle, QString()});
     }
 
-    m_steps.push_back({QStringLiteral("search"), [this](QString&) {
-                           m_exports.SearchBrindleRes(u"门", u"");
+    // Words the service finds: class names of the sample library.
+    const QStringList classes = ReadSampleClasses(m_options.sampleDir);
+    const QString hostWord = classes.value(0, QStringLiteral("门"));
+    const QString typedWord = classes.value(1, hostWord);
+    m_steps.push_back({QStringLiteral("search"), [this, hostWord](QString&) {
+                           m_exports.SearchBrindleRes(hostWord.toStdU16String().c_str(), u"");
                            return true;
                        },
                        [this] { return PanelVisible(); }, netSettle, QStringLiteral("search")});
@@ -389,7 +394,7 @@ void DemoTour::BuildSteps() {
     // Typing into the panel's search box goes through the host's input
     // filter: letters reach the box, Enter and Escape are the panel's (the
     // filter swallows them, so the box never sees Enter and the panel stays).
-    m_steps.push_back({QStringLiteral("type-search"), [this, panel](QString& why) {
+    m_steps.push_back({QStringLiteral("type-search"), [this, panel, typedWord](QString& why) {
                            QLineEdit* edit = panel() ? panel()->findChild<QLineEdit*>(QStringLiteral("searchEdit")) : nullptr;
                            if (!edit || !edit->isVisible()) {
                                why = QStringLiteral("no visible search box in the panel");
@@ -399,8 +404,8 @@ void DemoTour::BuildSteps() {
                            auto counter = connect(edit, &QLineEdit::returnPressed, this, [&returns] { ++returns; });
                            ClickAt(edit, QPoint(edit->width() / 2, edit->height() / 2));
                            edit->clear();
-                           // keyClicks takes ASCII only; a Chinese letter goes as text.
-                           QTest::sendKeyEvent(QTest::Click, edit, Qt::Key_unknown, QStringLiteral("窗"), Qt::NoModifier);
+                           // keyClicks takes ASCII only; the word goes as typed text.
+                           QTest::sendKeyEvent(QTest::Click, edit, Qt::Key_unknown, typedWord, Qt::NoModifier);
                            QTest::keyClick(edit, Qt::Key_Return);
                            QTest::keyClick(edit, Qt::Key_Escape);
                            disconnect(counter);
@@ -409,7 +414,7 @@ void DemoTour::BuildSteps() {
                                why = QStringLiteral("Enter went past the panel to the search box");
                                return false;
                            }
-                           if (!edit->text().contains(QStringLiteral("窗"))) {
+                           if (edit->text() != typedWord) {
                                why = QStringLiteral("the typed text did not reach the search box");
                                return false;
                            }
@@ -418,19 +423,20 @@ void DemoTour::BuildSteps() {
                        [this] { return PanelVisible(); }, netSettle, QStringLiteral("search-typed")});
 
     // A result row is used: a double click on its picture fetches the block
-    // when it is not on the disk yet, and the next one inserts it.
+    // when it is not on the disk yet, and the next one asks the host to insert
+    // it; the panel hides, and the host waits for a click on its sheet.
     m_steps.push_back({QStringLiteral("search-use"), [this](QString&) {
-                           m_insertedBefore = m_host->insertedList()->count();
+                           m_insertedBefore = m_host->requestsSeen(MARROWFIN_REQUEST_INSERT);
                            m_useClock.invalidate();
                            return true;
                        },
                        [this] {
+                           if (m_host->requestsSeen(MARROWFIN_REQUEST_INSERT) > m_insertedBefore) return true;
                            QWidget* p = FindPanelWidget();
                            QWidget* list = nullptr;
                            for (QWidget* w : p ? p->findChildren<QWidget*>() : QList<QWidget*>())
                                if (qstrcmp(w->metaObject()->className(), "marrowfin::CSearchListCtrl") == 0) list = w;
                            if (!list || !list->isVisible()) return false;
-                           if (m_host->insertedList()->count() > m_insertedBefore) return true;
                            if (!m_useClock.isValid() || m_useClock.elapsed() > 1000) {
                                if (m_useClock.isValid()) Log(QStringLiteral("the first result row is not on the disk yet: asked again"));
                                ClickAt(list, QPoint(40, 30), true);
@@ -438,7 +444,12 @@ void DemoTour::BuildSteps() {
                            }
                            return false;
                        },
-                       netSettle, QStringLiteral("search-used")});
+                       settle, QString(), true});
+    m_steps.push_back({QStringLiteral("panel-again"), [this](QString&) {
+                           m_exports.show();
+                           return true;
+                       },
+                       [this] { return PanelVisible(); }, settle, QString()});
 
     // The panel's feedback button asks the host for its form and waits,
     // hidden; the form must take input while the panel waits, and sending it

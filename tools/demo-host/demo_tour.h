@@ -92,7 +92,7 @@ private:
     int m_shotNumber = 0;
     QStringList m_shots;
     int m_insertTries = 0;
-    int m_insertedBefore = 0;   // blocks inserted before the result row's use
+    int m_insertedBefore = 0;   // insertion requests before the result row's use
     QElapsedTimer m_useClock;   // since the last double click on the result row
     qint64 m_lastTry = 0;
     int m_feedbackSeen = 0;

@@ -30,7 +30,7 @@ fi
 grep -q 'tour ends: .*, 0 failed,' "$work/tour/tour.log" || { echo "FAIL: tour.log does not end clean" >&2; exit 1; }
 # Numbers follow the order of the shots, which modal windows (a sign-in the
 # panel asks for) may shift; the names are fixed.
-expected="host panel gallery insert place-block recent manager collections search search-typed feedback-form after-feedback host-window"
+expected="host panel gallery insert place-block recent manager collections search search-typed search-use feedback-form after-feedback host-window"
 for name in $expected; do
   found=$(ls "$work/tour/"[0-9][0-9]-"$name"-1.0.png 2>/dev/null | head -n1)
   if [ -z "$found" ] || [ ! -s "$found" ]; then

@@ -5,6 +5,7 @@
 #include <QLineEdit>
 
 #include "panel/dialog/brindle_dlg.h"
+#include "panel/dialog/hot_word_bar.h"
 #include "panel/lists/class_list_ctrl.h"
 #include "panel/lists/dwg_list_view.h"
 #include "panel/lists/search_list_ctrl.h"
@@ -142,6 +143,7 @@ void CBrindleDlg::CreateControls() {
     m_pThumbList->show();
 
     m_searchList = new CSearchListCtrl(this);
+    m_searchList->SetOwner(Handle());
     m_searchList->setGeometry(ScaleBox(7, 72, 740, 343));
     m_searchList->hide();
 
@@ -193,6 +195,15 @@ void CBrindleDlg::CreateControls() {
     m_progress = new CProgressCtrlOwner(this);
     m_progress->setGeometry(ScaleRect(644, 435, 746, 442));
     m_progress->hide();
+
+    // The hot word row is made when the search page first opens.
+    m_hotWordBar = new HotWordBar(this, [this](int id) { OnButton(id); });
+}
+
+void CBrindleDlg::ShowHotWords(bool show) {
+    if (!m_hotWordBar) return;
+    if (show) m_hotWordBar->Build(m_hotWords, width());
+    m_hotWordBar->SetShown(show);
 }
 
 CSkinButton* CBrindleDlg::Button(int id) const {
@@ -202,6 +213,7 @@ CSkinButton* CBrindleDlg::Button(int id) const {
         if (button && button->ControlId() == id) return button;
     for (CSkinButton* button : m_searchBtns)
         if (button && button->ControlId() == id) return button;
+    if (m_hotWordBar) return m_hotWordBar->Button(id);
     return nullptr;
 }
 
@@ -217,6 +229,8 @@ void CBrindleDlg::OnButton(int id) {
         OnPanelButton(id);
     } else if (id >= 2200 && id <= 2205) {
         SearchCommand(id);
+    } else if (id > HotWordBar::kLabelId && id <= HotWordBar::kLabelId + HotWordBar::kMaxWords) {
+        if (CSkinButton* word = Button(id)) OpenHotWord(word->text());
     }
 }
 

@@ -48,6 +48,7 @@ class CDWGListView;
 class CSearchListCtrl;
 class CSkinButton;
 class CSubclassButton;
+class HotWordBar;
 class CProgressCtrlOwner;
 struct SearchOutcome;
 
@@ -80,6 +81,7 @@ public:
     std::vector<CSubclassButton*> m_subclassBtns;   // 18: 2080 to 2097
     std::vector<CSkinButton*> m_collectionBtns;     // 2100, 2101, 2102, 2103, 2104, 2105
     std::vector<CSkinButton*> m_searchBtns;         // 2200, 2201, 2202
+    HotWordBar* m_hotWordBar = nullptr;             // 4000 label, 4001 to 4032 words
 
     // ---- navigation -----------------------------------------------------
     int m_page = PageBrowse;
@@ -183,6 +185,10 @@ public:
     void OpenTargetClass();
     void OpenRoute(const std::u16string& route);
     void SearchCommand(int id);
+    // Rebuilds the hot word row from m_hotWords and shows it, or hides it.
+    void ShowHotWords(bool show);
+    // A hot word names a class: it is added to the shown classes and opened.
+    void OpenHotWord(const QString& word);
     void LayoutCollectionBar(bool shown);
     void RebuildClassList();
     // Opens the class manager modal to the panel and returns at once; `then`

@@ -448,7 +448,7 @@ void CBrindleDlg::GoToPage(int page) {
         m_searchUntouched = true;
         if (m_store) m_localHits.Reset(*m_store);
         if (page == PageSearch) {
-            // The hot word row joins with the search box.
+            ShowHotWords(true);
             m_page = PageSearch;
             if (m_searchEdit) {
                 m_searchEdit->setCursorPosition(0);
@@ -609,7 +609,7 @@ void CBrindleDlg::SearchCommand(int id) {
             m_downloadQueue.clear();  // waiting downloads go; running ones find no row
             m_forceList = true;
             GoToPage(PageBrowse);
-            // Hiding the hot word row joins with the search box.
+            ShowHotWords(false);
             return;
         case 2203:
             RunLocalSearch();

@@ -123,10 +123,12 @@ void CBrindleDlg::CheckShownRows() {
 void CBrindleDlg::StartRowDownloads() {
     int visited = 0;
     const WindowHandle self = Handle();
-    for (const auto& [sequence, row] : m_downloadQueue) {
+    for (auto& [sequence, row] : m_downloadQueue) {
         if (visited++ >= kStartsPerScan) break;
-        // A row that runs already ends its second worker at once.
-        (void)StartPanelWorker([self, active = m_activeDownloads, key = KeyOf(row)] {
+        // One worker per entry: a second one could start after the first had
+        // ended and been retired, and fetch the block again.
+        if (row.workerStarted) continue;
+        row.workerStarted = StartPanelWorker([self, active = m_activeDownloads, key = KeyOf(row)] {
             uint16_t id = 0;
             const RowDownloadResult result = RunRowDownload(*active, key, self, &id);
             if (result == RowDownloadResult::AlreadyRunning) return;

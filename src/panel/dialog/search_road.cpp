@@ -9,11 +9,14 @@
 #include "panel/dialog/brindle_dlg.h"
 #include "panel/dialog/hot_words.h"
 #include "panel/lists/search_list_ctrl.h"
+#include "panel/dialog/panel_timers.h"
 #include "platform/profile.h"
+#include "platform/qt/window_timers.h"
 #include "search/local_search.h"
 #include "skin/skin_scale.h"
 #include "store/gallery_node.h"
 #include "store/gallery_store.h"
+#include "store/show_list.h"
 
 namespace marrowfin {
 
@@ -39,6 +42,7 @@ void CBrindleDlg::StartSearch(QString text) {
 
     m_searchRuns.clear();
     m_searchUntouched = false;
+    ShowHotWords(false);
     if (text.isEmpty()) return;
     m_lastSearch = text;
     if (!m_store || !m_store->root) return;
@@ -65,8 +69,9 @@ void CBrindleDlg::StartSearch(QString text) {
 
 void CBrindleDlg::OnSearchOutcome(int generation, std::unique_ptr<MessagePayload> payload) {
     auto* outcome = dynamic_cast<SearchOutcomePayload*>(payload.get());
-    // A run overtaken by a newer one: what it found goes; the area stays the newer run's.
-    if (generation != g_searchGeneration.load() || !outcome) {
+    // A run overtaken by a newer one, or one whose page was left: what it
+    // found goes, and the area stays as the newer run or the page has it.
+    if (generation != g_searchGeneration.load() || !outcome || !IsSearchPage(m_page)) {
         if (auto run = m_searchRuns.find(generation); run != m_searchRuns.end()) run->second = 0;
         return;
     }
@@ -135,6 +140,15 @@ void CBrindleDlg::ListRows() {
     if (!m_searchList) return;
     m_searchList->SetSearchKey(m_lastSearch);
     m_searchList->SetRows(&m_rows);
+}
+
+void CBrindleDlg::OpenHotWord(const QString& word) {
+    if (m_searchEdit) m_searchEdit->show();
+    (void)AddGalleryToShowList(word.toStdU16String());
+    ApplyShowList(1);
+    KillTimer(Handle(), kTimerBuildClassList);
+    RebuildAndReopen();
+    OpenRoute(u"/" + word.toStdU16String());
 }
 
 bool CBrindleDlg::SearchEnded() const {

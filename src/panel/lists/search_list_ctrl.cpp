@@ -1,11 +1,16 @@
 #include "panel/lists/search_list_ctrl.h"
 
+#include <QHelpEvent>
 #include <QMouseEvent>
 #include <QPainter>
+#include <QToolTip>
 
 #include "panel/lists/list_scroller.h"
 #include "panel/lists/search_row_zone.h"
+#include "panel/model/panel_messages.h"
 #include "panel/paint/panel_painter.h"
+#include "platform/qt/qt_window_system.h"
+#include "platform/qt/window_timers.h"
 #include "skin/scroll_bar_ex.h"
 #include "skin/skin_scale.h"
 
@@ -14,12 +19,25 @@ namespace marrowfin {
 namespace {
 constexpr int kRowUnits = 60;      // plus one pixel
 constexpr int kColumnUnits = 723;  // the one column "名称"
+
+// What the owner hears: its commands and its one-shot row timers.
+constexpr std::uintptr_t kCommandRowShown = 9;    // the cache hint, per row
+constexpr std::uintptr_t kCommandRowDrawn = 18;   // the display data of a row
+constexpr std::uintptr_t kTimerRowUse = 2002;
+constexpr std::uintptr_t kTimerRowCollect = 2003;
+constexpr std::uintptr_t kTimerRowClassLink = 2004;
+constexpr unsigned kClickDelayMs = 300;
+constexpr unsigned kLinkDelayMs = 200;
+// A double click counts on the picture and the texts, not on the buttons.
+constexpr int kDoubleClickWidthUnits = 420;
+constexpr int kDoubleClickHeightUnits = 60;
 }  // namespace
 
 struct CSearchListCtrl::Impl {
     explicit Impl(CSearchListCtrl* self) : self(self), scroller(self, [this] { Scrolled(); }) {}
 
     CSearchListCtrl* self;
+    WindowHandle owner = 0;
     std::vector<BlockRow>* rows = nullptr;
     std::vector<int> lineWidths;
     QString key;
@@ -29,6 +47,9 @@ struct CSearchListCtrl::Impl {
     int clickedRow = -1;
     bool mouseInside = false;
     QPoint lastMouse;
+    // The rows last handed to the owner as shown; empty (last < first) when
+    // none were, so the next paint hands over all it shows.
+    int hintFirst = 0, hintLast = -1;
     ListScroller scroller;
 
     static int RowHeight() { return ScaleUnits(kRowUnits) + 1; }
@@ -43,8 +64,10 @@ struct CSearchListCtrl::Impl {
         if (selected >= count) selected = -1;
         if (hotRow >= count) hotRow = -1, hotZone = ZoneNone;
         if (clickedRow >= count) clickedRow = -1;
+        ForgetHint();
         Relayout();
     }
+    void ForgetHint() { hintFirst = 0, hintLast = -1; }
     // New rows start unmeasured; kept rows keep their measure.
     void Relayout() {
         lineWidths.resize(static_cast<size_t>(Count()), 0);
@@ -75,6 +98,30 @@ struct CSearchListCtrl::Impl {
         if (mouseInside) Track(lastMouse);
         self->update();
     }
+    // The rows the client shows, a cut last row included; last < first for none.
+    std::pair<int, int> ShownRange() const {
+        const RowWindow& w = Window();
+        if (w.count == 0 || self->height() <= 0) return {0, -1};
+        int last = w.first;
+        while (last + 1 < w.count && w.RowTop(last + 1) < self->height()) ++last;
+        return {w.first, last};
+    }
+    // As a list's cache hint: the rows newly in view go to the owner, each
+    // once, before they are drawn; rows scrolled past unseen never do.
+    void HintShownRows() {
+        if (!owner) return;  // kept for the owner to come
+        const auto [first, last] = ShownRange();
+        if (first == hintFirst && last == hintLast) return;
+        const int oldFirst = hintFirst, oldLast = hintLast;
+        hintFirst = first, hintLast = last;
+        for (int row = first; row <= last; ++row) {
+            if (row >= oldFirst && row <= oldLast) continue;
+            (void)SendWindowMessage(owner, MsgPanelCommand, kCommandRowShown, row);
+        }
+    }
+    void RestartOwnerTimer(std::uintptr_t id, unsigned ms) const {
+        if (owner) (void)SetTimer(owner, id, ms);
+    }
     void Select(int row) {
         const int next = Window().IsRow(row) ? row : -1;
         if (next == selected) return;
@@ -93,6 +140,8 @@ CSearchListCtrl::CSearchListCtrl(QWidget* parent) : QWidget(parent), m_impl(new 
 
 CSearchListCtrl::~CSearchListCtrl() { delete m_impl; }
 
+void CSearchListCtrl::SetOwner(WindowHandle owner) { m_impl->owner = owner; }
+
 void CSearchListCtrl::SetRows(std::vector<BlockRow>* rows) {
     m_impl->rows = rows;
     m_impl->lineWidths.assign(static_cast<size_t>(m_impl->Count()), 0);
@@ -100,6 +149,7 @@ void CSearchListCtrl::SetRows(std::vector<BlockRow>* rows) {
     m_impl->clickedRow = -1;
     m_impl->hotRow = -1;
     m_impl->hotZone = ZoneNone;
+    m_impl->ForgetHint();
     m_impl->Relayout();
     m_impl->scroller.SetFirst(0);
     if (m_impl->mouseInside) m_impl->Track(m_impl->lastMouse);
@@ -151,6 +201,9 @@ int CSearchListCtrl::RowAt(QPoint point) const { return m_impl->RowAt(point); }
 
 void CSearchListCtrl::paintEvent(QPaintEvent* event) {
     m_impl->Follow();
+    // The owner may load thumbnails for the rows it is told of: before painting.
+    m_impl->HintShownRows();
+    m_impl->Follow();
     QPainter painter(this);
     painter.fillRect(event->rect(), Qt::white);
     const RowWindow& w = m_impl->Window();
@@ -171,6 +224,7 @@ void CSearchListCtrl::paintEvent(QPaintEvent* event) {
         // The link zone keeps the first measure of the class line.
         int& kept = m_impl->lineWidths[static_cast<size_t>(row)];
         if (kept == 0) kept = std::max(lineWidth, 0);
+        if (m_impl->owner) (void)PostWindowMessage(m_impl->owner, MsgPanelCommand, kCommandRowDrawn, row);
     }
 }
 
@@ -185,8 +239,26 @@ void CSearchListCtrl::mouseMoveEvent(QMouseEvent* event) {
 void CSearchListCtrl::mousePressEvent(QMouseEvent* event) {
     m_impl->Follow();
     if (event->button() == Qt::LeftButton) {
-        const int row = m_impl->RowAt(event->position().toPoint());
-        if (row >= 0) m_impl->clickedRow = row;
+        const QPoint at = event->position().toPoint();
+        const int row = m_impl->RowAt(at);
+        if (row >= 0) {
+            m_impl->clickedRow = row;
+            // The owner acts when its timer fires, so a second press within
+            // the delay only restarts it.
+            switch (SearchZoneAt(at - m_impl->ItemRect(row).topLeft(), m_impl->lineWidths[static_cast<size_t>(row)])) {
+                case ZoneCollect:
+                    m_impl->RestartOwnerTimer(kTimerRowCollect, kClickDelayMs);
+                    break;
+                case ZoneUse:
+                    m_impl->RestartOwnerTimer(kTimerRowUse, kClickDelayMs);
+                    break;
+                case ZoneClassLink:
+                    m_impl->RestartOwnerTimer(kTimerRowClassLink, kLinkDelayMs);
+                    break;
+                default:
+                    break;
+            }
+        }
         // As in a list: a press selects its row, a press beside the rows selects none.
         m_impl->Select(row);
         setFocus(Qt::MouseFocusReason);
@@ -194,7 +266,25 @@ void CSearchListCtrl::mousePressEvent(QMouseEvent* event) {
     event->accept();
 }
 
-void CSearchListCtrl::mouseDoubleClickEvent(QMouseEvent* event) { mousePressEvent(event); }
+void CSearchListCtrl::mouseDoubleClickEvent(QMouseEvent* event) {
+    // The second press of a double click arrives here instead of as a press,
+    // so a double click on "使用" keeps the one timer its first press started.
+    m_impl->Follow();
+    if (event->button() == Qt::LeftButton) {
+        const QPoint at = event->position().toPoint();
+        m_impl->Track(at);
+        const int row = m_impl->hotRow;
+        if (row >= 0) {
+            const QPoint inRow = at - m_impl->ItemRect(row).topLeft();
+            if (inRow.x() < ScaleUnits(kDoubleClickWidthUnits) && inRow.y() < ScaleUnits(kDoubleClickHeightUnits)) {
+                m_impl->clickedRow = row;
+                m_impl->RestartOwnerTimer(kTimerRowUse, kClickDelayMs);
+            }
+        }
+        m_impl->Select(row);
+    }
+    event->accept();
+}
 
 void CSearchListCtrl::leaveEvent(QEvent* event) {
     // Leaving clears the row, so that no button stays lit under a gone mouse.
@@ -210,6 +300,28 @@ void CSearchListCtrl::wheelEvent(QWheelEvent* event) {
     m_impl->Follow();
     m_impl->scroller.Wheel(*event);
     event->accept();
+}
+
+void CSearchListCtrl::showEvent(QShowEvent* event) {
+    // Shown again, the list asks for all it shows, as when first shown.
+    m_impl->ForgetHint();
+    QWidget::showEvent(event);
+}
+
+bool CSearchListCtrl::event(QEvent* event) {
+    if (event->type() == QEvent::ToolTip) {
+        // The row's file name in full, as a list shows an item's text.
+        m_impl->Follow();
+        auto* help = static_cast<QHelpEvent*>(event);
+        const int row = m_impl->RowAt(help->pos());
+        if (row >= 0)
+            QToolTip::showText(help->globalPos(), (*m_impl->rows)[static_cast<size_t>(row)].name, this,
+                               m_impl->ItemRect(row));
+        else
+            QToolTip::hideText();
+        return true;
+    }
+    return QWidget::event(event);
 }
 
 void CSearchListCtrl::resizeEvent(QResizeEvent* event) {

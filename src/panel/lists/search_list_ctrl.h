@@ -5,14 +5,18 @@
 // bar and the wheel. The mouse's row and zone and the selected row go to the
 // painter; a press selects its row and notes it as the clicked row.
 //
-// Not here yet: the row commands. Presses and double clicks will restart the
-// panel's timers 2002 to 2004 by zone, and the shown range will ask the panel
-// for its rows (commands 9 and 18); both join with the search work.
+// What it tells its owner window (SetOwner), as a list control notifies its
+// parent: a press restarts the owner's timer of its zone (2003 "收藏",
+// 2002 "使用", 2004 the class line) and a double click on the picture or the
+// texts restarts 2002, the owner reading ClickedRow when the timer fires;
+// rows that come into view are sent as MsgPanelCommand 9 (the cache hint),
+// and every row drawn posts MsgPanelCommand 18 (its display data asked for).
 
 #include <QWidget>
 #include <vector>
 
 #include "panel/model/block_row.h"
+#include "platform/window_messages.h"
 
 namespace marrowfin {
 
@@ -23,6 +27,9 @@ class CSearchListCtrl : public QWidget {
 public:
     explicit CSearchListCtrl(QWidget* parent = nullptr);
     ~CSearchListCtrl() override;
+
+    // The window that hears the list's commands and owns the row timers; 0 for none.
+    void SetOwner(WindowHandle owner);
 
     // The rows to show (the panel's m_rows); null shows none. Repaints.
     void SetRows(std::vector<BlockRow>* rows);
@@ -58,6 +65,8 @@ protected:
     void leaveEvent(QEvent* event) override;
     void wheelEvent(QWheelEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
+    void showEvent(QShowEvent* event) override;
+    bool event(QEvent* event) override;
 
 private:
     struct Impl;

@@ -22,6 +22,7 @@ struct BlockRow {
     int state = RowFresh;
     int percent = 5;
     int sequence = 0;
+    bool workerStarted = false;  // a copy in the download queue whose worker was started
 };
 
 // Rows are the same row when name, class, url and path agree.

@@ -14,8 +14,8 @@ namespace marrowfin {
 
 bool ShowsResultCount(const PanelPaintState& state) {
     if (!state.selectedName.isEmpty() || state.searchUntouched) return false;
-    // A search still running has no count yet.
-    if (state.page == PageSearch) return state.searchEnded;
+    // A search still running has no count yet; an empty page shows none.
+    if (state.page == PageSearch) return state.searchEnded && state.rowCount != 0;
     if (state.page == PageCollectionSearch) return state.rowCount != 0;
     return false;
 }

@@ -1,16 +1,23 @@
 // The class column and the result list driven through their windows: the row
 // arithmetic at its edges, scrolling, hover, the click zones and what a click
-// posts or selects, rows dropped behind the list's back, and both lists
-// drawn in their states at two rates against reference pictures.
+// posts, selects or starts on the owner, the rows told to the owner as they
+// come into view, rows dropped behind the list's back, and the class column
+// drawn at two rates against reference pictures (the result rows are seen in
+// the panel's search page).
 
 #include <QApplication>
 #include <QHelpEvent>
+#include <QTimer>
 #include <QToolTip>
+#include <set>
 
 #include "panel/lists/class_list_ctrl.h"
 #include "panel/lists/search_list_ctrl.h"
 #include "panel/lists/search_row_zone.h"
 #include "panel/model/panel_messages.h"
+#include "platform/qt/qt_window_system.h"
+#include "platform/qt/window_message_event.h"
+#include "platform/qt/window_timers.h"
 #include "skin/scroll_bar_ex.h"
 #include "support/message_recorder.h"
 #include "support/event_pump.h"
@@ -100,66 +107,128 @@ TEST(ClassList, ClicksHoverScrollTipsAndLookAtTwoRates) {
     }
 }
 
-BlockRow Row(const char* name, const char* subclass, int state, bool boutique = false) {
-    return {.name = QString::fromUtf8(name), .klass = QStringLiteral("建筑"), .subclass = QString::fromUtf8(subclass),
-            .url = {}, .path = {}, .thumbnail = {}, .prefetch = false, .boutique = boutique, .state = state, .percent = 40};
+BlockRow Row(const QString& name, int state) {
+    return {.name = name, .klass = QStringLiteral("建筑"), .subclass = QStringLiteral("门窗..平开门"), .url = {},
+            .path = {}, .thumbnail = {}, .prefetch = false, .boutique = false, .state = state, .percent = 40};
 }
 
-TEST(SearchList, RowsInEveryStateHoverPressAndRowsDroppedBehindItsBack) {
+// The list's owner window: like the panel, it kills a row timer when it fires,
+// so every start of a timer shows as one tick in what it heard.
+struct RowOwner : QWidget {
+    MessageRecorder heard{this};
+    bool event(QEvent* event) override {
+        if (event->type() != WindowMessageEvent::EventType()) return QWidget::event(event);
+        const auto* message = static_cast<WindowMessageEvent*>(event);
+        if (message->Message() == WM_TIMER_MESSAGE) KillTimer(HandleOf(this), message->WParam());
+        return true;
+    }
+    // The ids of the timer ticks heard, or the rows of a command, in order.
+    std::vector<int> Of(const std::vector<RecordedMessage>& records, std::uintptr_t command = 0) const {
+        std::vector<int> out;
+        for (const RecordedMessage& r : records)
+            if (r.message == (command ? MsgPanelCommand : WM_TIMER_MESSAGE) && (!command || r.wParam == command))
+                out.push_back(int(command ? r.lParam : r.wParam));
+        return out;
+    }
+    // The periods of the timers that run now.
+    std::vector<int> Running() const {
+        std::vector<int> out;
+        for (const QTimer* t : findChildren<QTimer*>())
+            if (t->isActive()) out.push_back(t->interval());
+        return out;
+    }
+};
+
+TEST(SearchList, ZonesTimersShownRowsTipAndRowsDroppedBehindItsBack) {
     for (float rate : {1.0f, 1.5f}) {
         UseRate(rate);
-        struct : ListOwner {
-            CSearchListCtrl* list = new CSearchListCtrl(&window);
-            std::vector<BlockRow> rows;
-            QPoint At(int row, int x, int y) const { return list->RowRect(row).topLeft() + ScaleBox(x, y, 0, 0).topLeft(); }
-        } b;
-        b.window.resize(ScaleUnits(760), ScaleUnits(373));
-        b.list->setGeometry(ScaleUnits(7), ScaleUnits(12), ScaleUnits(740), ScaleUnits(343));
-        b.rows = {Row("单开门.dwg", "门窗..平开门", RowFresh),    Row("双开门.DWG", "门窗..平开门", RowCollected),
-                  Row("推拉门", "门窗", RowDownloading),           Row("旋转门.dwg", "门窗..旋转门", RowFailed),
-                  Row("精品门套.dwg", "精品门窗..门套", RowRemote, true), Row(".dwg", "门窗..其他", RowFetched),
-                  Row("折叠门.dwg", "门窗..折叠门", RowFresh),    Row("卷帘门.dwg", "门窗..卷帘门", RowFresh)};
-        b.list->SetRows(&b.rows);
-        b.list->SetSearchKey(QStringLiteral("门"));
-        ASSERT_TRUE(ShowExposed(&b.window));
-        Click(b.list, b.At(1, 300, 5));
-        EXPECT_TRUE(b.list->GetSelectedRow() == 1 && b.list->ClickedRow() == 1);
+        RowOwner o;
+        auto* list = new CSearchListCtrl(&o);
+        list->SetOwner(HandleOf(&o));
+        auto at = [&](int row, int x, int y) { return list->RowRect(row).topLeft() + ScaleBox(x, y, 0, 0).topLeft(); };
+        std::vector<BlockRow> rows;
+        for (int i = 0; i < 30; ++i) rows.push_back(Row(QStringLiteral("门%1.dwg").arg(i), i % 6));
+        o.resize(ScaleUnits(760), ScaleUnits(373));
+        list->setGeometry(ScaleUnits(7), ScaleUnits(12), ScaleUnits(740), ScaleUnits(343));
+        list->SetRows(&rows);
+        ASSERT_TRUE(ShowExposed(&o));
+        // Shown: five rows and a cut one, each told once before it is drawn, and each drawn one asked for.
+        const std::vector<RecordedMessage> heard = o.heard.Take();
+        const std::vector<int> drawn = o.Of(heard, 18), shown = {0, 1, 2, 3, 4, 5};
+        EXPECT_TRUE(o.Of(heard, 9) == shown && std::set<int>(drawn.begin(), drawn.end()) == std::set<int>(shown.begin(), shown.end()));
+
         // The zones to their edges (units, then pixels: -1 is the pixel before an edge); the class
         // link is as long as the line was measured when drawn, and never reaches past 420.
-        const int line = b.list->LineWidth(0);
+        const int line = list->LineWidth(0);
         ASSERT_GT(line, 0);
         const int edges[][5] = {{570, 17, 0, 0, ZoneCollect}, {630, 41, -1, -1, ZoneCollect}, {630, 20, 0, 0, ZoneNone},
                                 {640, 17, 0, 0, ZoneUse},     {700, 41, -1, -1, ZoneUse},     {700, 20, 0, 0, ZoneNone},
                                 {650, 17, -1, -1, ZoneNone},  {100, 30, 0, 0, ZoneClassLink}, {100, 50, line - 1, -1, ZoneClassLink},
                                 {100, 40, line, 0, ZoneNone}, {99, 40, 0, 0, ZoneNone},      {650, 25, 0, 0, ZoneUse}};
         for (const auto& e : edges) {
-            MoveTo(b.list, b.At(0, e[0], e[1]) + QPoint(e[2], e[3]));
-            EXPECT_EQ(b.list->HotZone(), e[4]) << rate << ": " << e[0] << "," << e[1] << " +" << e[2] << "," << e[3];
+            MoveTo(list, at(0, e[0], e[1]) + QPoint(e[2], e[3]));
+            EXPECT_EQ(list->HotZone(), e[4]) << rate << ": " << e[0] << "," << e[1] << " +" << e[2] << "," << e[3];
         }
-        // Five rows and a part show, with the bar; the first row's button under the pointer.
-        EXPECT_TRUE(MatchesReference(Grab(b.list), "panel/lists", AtRate("search_list", rate)));
-        // Drawn rows measured their class line; rows out of view were not drawn.
-        EXPECT_TRUE(b.list->LineWidth(5) > 0 && b.list->LineWidth(6) == 0);
-        // A press below the rows selects none and keeps the last clicked row.
-        b.list->EnsureVisible(7);
+        // The tip is the row's whole file name.
+        QHelpEvent help(QEvent::ToolTip, at(2, 300, 20), list->mapToGlobal(at(2, 300, 20)));
+        QApplication::sendEvent(list, &help);
+        EXPECT_EQ(QToolTip::text(), QStringLiteral("门2.dwg"));
+
+        if (rate == 1.0f) {
+            // A press restarts the owner's timer of its zone, which then reads the clicked row; a press
+            // on the picture starts none. A double click on "使用" starts its timer once; one on the
+            // picture starts "使用"'s. Row, x, y, double, timer, period:
+            const int presses[][6] = {{1, 600, 30, 0, 2003, 300}, {2, 660, 20, 0, 2002, 300}, {0, 110, 40, 0, 2004, 200},
+                                      {3, 40, 30, 0, 0, 0},       {4, 660, 20, 1, 2002, 300}, {3, 40, 30, 1, 2002, 300}};
+            for (const auto& p : presses) {
+                Pump(QApplication::doubleClickInterval() + 50);
+                o.heard.Take();
+                Click(list, at(p[0], p[1], p[2]));
+                if (p[3]) DoubleClick(list, at(p[0], p[1], p[2]));
+                EXPECT_EQ(o.Running(), p[4] ? std::vector<int>{p[5]} : std::vector<int>{});
+                ASSERT_TRUE(PumpUntil([&] { return o.Running().empty(); }));
+                EXPECT_EQ(std::make_pair(o.Of(o.heard.Take()), list->ClickedRow()),
+                          std::make_pair(p[4] ? std::vector<int>{p[4]} : std::vector<int>{}, p[0]));
+            }
+        }
+
+        // Scrolled, only the rows that come into view are told; a wheel's jump skips the rows
+        // between; a taller list tells the row it gains.
+        o.heard.Take();
+        list->EnsureVisible(8);
+        Grab(list);
+        EXPECT_EQ(o.Of(o.heard.Take(), 9), (std::vector<int>{6, 7, 8, 9}));  // the last one cut
+        Wheel(list, QPoint(5, 5), -50);
+        Grab(list);
+        EXPECT_EQ(o.Of(o.heard.Take(), 9), (std::vector<int>{25, 26, 27, 28, 29}));
+        // A press below the last row selects none, keeps the last clicked row and starts nothing.
+        const int clicked = list->ClickedRow();
+        list->SetSelectedRow(27);
         Pump(QApplication::doubleClickInterval() + 50);
-        Click(b.list, QPoint(ScaleUnits(300), b.list->height() - 2));
-        EXPECT_TRUE(b.list->GetSelectedRow() == -1 && b.list->ClickedRow() == 1);
-        b.list->SetSelectedRow(7);
-        MoveTo(b.list, b.list->RowRect(7).center());
-        EXPECT_EQ(b.list->HotRow(), 7);
+        Click(list, QPoint(ScaleUnits(650), list->height() - 2));
+        EXPECT_TRUE(list->GetSelectedRow() == -1 && list->ClickedRow() == clicked && o.Running().empty());
+        list->resize(list->width(), ScaleUnits(343) + list->RowRect(0).height());
+        Grab(list);
+        EXPECT_EQ(o.Of(o.heard.Take(), 9), (std::vector<int>{24}));
+
         // The owner drops rows without a word: the list follows at its next paint and reads none of them.
-        b.rows.resize(2);
-        Grab(b.list);
-        EXPECT_EQ(std::make_tuple(b.list->FirstVisibleRow(), b.list->GetSelectedRow(), b.list->HotRow(), b.list->IsScrollBarShown()),
+        list->SetSelectedRow(26);
+        MoveTo(list, list->RowRect(26).center());
+        EXPECT_EQ(list->HotRow(), 26);
+        rows.resize(2);
+        Grab(list);
+        EXPECT_EQ(std::make_tuple(list->FirstVisibleRow(), list->GetSelectedRow(), list->HotRow(), list->IsScrollBarShown()),
                   std::make_tuple(0, -1, -1, false));
-        b.list->RedrawRow(7);
-        Wheel(b.list, QPoint(5, 5), -1);
-        // Rows handed over again start at the top, unselected, measured anew.
-        b.list->SetSelectedRow(1);
-        b.list->SetRows(&b.rows);
-        EXPECT_TRUE(b.list->GetSelectedRow() == -1 && b.list->LineWidth(0) == 0);
-        MoveAway(&b.window);
+        list->RedrawRow(7);
+        Wheel(list, QPoint(5, 5), -1);
+        // Rows handed over again start at the top, unselected, measured anew, and are told again.
+        list->SetSelectedRow(1);
+        o.heard.Take();
+        list->SetRows(&rows);
+        EXPECT_TRUE(list->GetSelectedRow() == -1 && list->LineWidth(0) == 0);
+        Grab(list);
+        EXPECT_EQ(o.Of(o.heard.Take(), 9), (std::vector<int>{0, 1}));
+        MoveAway(&o);
     }
 }
 

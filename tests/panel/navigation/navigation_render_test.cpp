@@ -1,7 +1,9 @@
 // The browse and search pages as the user walks them, compared with their
-// pictures: the recent list, few and many subclasses, the search page and
-// back, the collections, their search and back; at Rate 1.5 the pages whose
-// rows of buttons and bars move with the rate.
+// pictures: the recent list, few and many subclasses, the search page with
+// its hot words and back, the collections, their search and back, result
+// rows in their states; at Rate 1.5 the pages whose rows of buttons and bars
+// move with the rate.
+#include "panel/preview/dwg_preview.h"
 #include "panel_world.h"
 
 using namespace marrowfin;
@@ -19,6 +21,12 @@ TEST(NavigationRender, BrowseAndSearchRoadsAtRatesOneAndOneAndAHalf) {
         for (int i = 0; i < 5; ++i) w.AddRecent(many->dirChildren[i]->fileChildren[0]->Path());
         w.MakePanel(true, rate);
         CBrindleDlg& p = *w.panel;
+        // Words enough, some long, for the hot word row to wrap; the first is the default word.
+        for (const char* word : {"螺栓", "平开门", "螺母", "法兰盘", "建筑装饰构件大样", "给排水", "电气符号", "暖通空调设备",
+                                 "家具", "卫浴洁具", "机械零件标准件", "园林景观小品", "结构节点详图", "楼梯", "停车位",
+                                 "厨房设备", "办公家具组合", "灯具"})
+            p.m_hotWords.push_back(QString::fromUtf8(word));
+        g_defaultHotWord = p.m_hotWords[0];
         auto looks = [&](const std::string& name) {
             Pump(30);
             return MatchesReference(p.grab().toImage(), "panel/navigation", name + at);
@@ -27,8 +35,8 @@ TEST(NavigationRender, BrowseAndSearchRoadsAtRatesOneAndOneAndAHalf) {
         if (rate == 1.0f) {
             ASSERT_TRUE(w.OpenRow(2));
             EXPECT_TRUE(looks("few_subclasses"));
-            // The search page shows the default word in the empty box; typed text brings the clear button.
-            g_defaultHotWord = QStringLiteral("螺栓");
+            // The search page shows the default word in the empty box and the hot words under it;
+            // typed text brings the clear button.
             w.ClickButton(2158);
             EXPECT_TRUE(looks("search_page") && p.m_searchUntouched);
             p.m_searchUntouched = false;
@@ -46,8 +54,9 @@ TEST(NavigationRender, BrowseAndSearchRoadsAtRatesOneAndOneAndAHalf) {
             w.ClickButton(2200, 460);
             EXPECT_TRUE(p.m_searchEdit->text().isEmpty());
             // "搜索" forgets the last press and runs at once; the empty box searches the default word.
+            // The hot words go with the search.
             w.ClickButton(2201);
-            EXPECT_EQ(p.m_searchEdit->text(), QStringLiteral("螺栓"));
+            EXPECT_TRUE(p.m_searchEdit->text() == QStringLiteral("螺栓") && !w.ButtonShown(4000) && !w.ButtonShown(4017));
             // "返回" right after it is damped; later it leaves the page with its
             // rows and waiting downloads, and the class opens again as it was.
             w.ClickButton(2202);
@@ -64,6 +73,30 @@ TEST(NavigationRender, BrowseAndSearchRoadsAtRatesOneAndOneAndAHalf) {
         w.SignIn(7);
         ASSERT_TRUE(w.OpenRow(1));
         EXPECT_TRUE(looks("collections"));  // the bar, the folders one row lower, the list below
+        // The whole-library search from the collections (the hot words built again), and back
+        // without them.
+        w.ClickButton(2158, 500);
+        EXPECT_TRUE(looks("search_page"));
+        // Rows of a search for "门", hot words hidden as a search hides them: every state, a boutique
+        // row, a real thumbnail, "使用" of the first row under the mouse. No file to fetch or read.
+        p.ShowHotWords(false);
+        const QString drawing = QString::fromStdString(SharedDir() + "/testdata/dwg/bmp8_ac1015.dwg");
+        for (const char* name : {"平开门M1021", "双开门", "推拉门", "旋转门", "卷帘门", "折叠门", "门套", "门槛"})
+            p.m_serverRows.push_back({.name = QString::fromUtf8(name) + ".dwg", .klass = QStringLiteral("建筑"),
+                                      .subclass = QStringLiteral("门窗..平开门"), .url = {}, .path = drawing + ".gone",
+                                      .thumbnail = {}, .thumbnailTried = true, .prefetch = false,
+                                      .state = int(p.m_serverRows.size() % 6), .percent = 40});
+        p.m_serverRows[0].thumbnail = LoadDwgPreview(drawing);
+        p.m_serverRows[1].boutique = true;
+        p.m_searchUntouched = false;
+        SendWindowMessage(p.Handle(), MsgPanelCommand, 16, 0);
+        p.m_searchList->SetSearchKey(QStringLiteral("门"));
+        MoveTo(p.m_searchList, p.m_searchList->RowRect(0).topLeft() + ScaleBox(660, 25, 0, 0).topLeft());
+        EXPECT_TRUE(p.m_searchList->HotZone() == 2 && looks("search_rows"));
+        MoveAway(&p);
+        w.ClickButton(2202, 500);
+        ASSERT_TRUE(w.WaitForSwitch());
+        EXPECT_TRUE(looks("collections") && !w.ButtonShown(4001));
         if (rate != 1.0f) continue;
         // Shown empty and out of step with the cloud: "替换" and "不替换" are offered.
         p.m_itemCount = 0;
@@ -83,12 +116,6 @@ TEST(NavigationRender, BrowseAndSearchRoadsAtRatesOneAndOneAndAHalf) {
         w.ClickButton(2201);
         // Nothing was searched.
         EXPECT_TRUE(p.m_searchEdit->text().isEmpty() && p.m_searchUntouched && p.m_searchState == 0);
-        w.ClickButton(2202, 500);
-        ASSERT_TRUE(w.WaitForSwitch());
-        EXPECT_TRUE(looks("collections"));
-        // The whole-library search from the collections, and back.
-        w.ClickButton(2158, 500);
-        EXPECT_TRUE(looks("search_page"));
         w.ClickButton(2202, 500);
         ASSERT_TRUE(w.WaitForSwitch());
         EXPECT_TRUE(looks("collections"));

@@ -144,7 +144,9 @@ TEST(LiveSearch, WithoutPrefetchUseFetchesFirstAndFailuresShowOnTheRow) {
     }
     w.service.faults().clearAll();
     // An error page left on disk by an older program is deleted by "使用", not inserted.
-    WriteFileAtomic(p.m_rows[row].path.toStdU16String(), "<html>");
+    const std::u16string page = p.m_rows[row].path.toStdU16String();
+    CreateDirectories(page.substr(0, page.rfind(u'/')));
+    WriteFileAtomic(page, "<html>");
     p.m_rows[row].state = RowFetched;
     w.Press(row, 2);
     EXPECT_TRUE(p.m_rows[row].state == RowRemote && !PathExists(p.m_rows[row].path.toStdU16String()));

@@ -113,21 +113,14 @@ TEST_P(PaintScenes, ResultRowsInEveryState) {
         if (change) change(row);
         rows.push_back({row, look});
     };
-    for (int state : {int(RowFresh), int(RowFetched), int(RowCollected), int(RowRemote), int(RowFailed)}) add(state);
+    // The states as such, a thumbnail, the key and the mouse on "使用" are seen on the search page.
     add(RowDownloading, {}, [](BlockRow& r) { r.prefetch = true; });
     add(RowDownloading, {.hoverButton = 2, .key = {}}, [](BlockRow& r) { r.prefetch = true; });
     for (int percent : {-20, 3, 50, 100, 180}) add(RowDownloading, {}, [=](BlockRow& r) { r.percent = percent; });
     add(RowFresh, {.hoverButton = 1, .key = {}});
-    add(RowFresh, {.hoverButton = 2, .key = {}});
     add(RowCollected, {.hoverLink = true, .key = {}});
-    add(RowCollected, {.key = QStringLiteral("门")});
     add(RowFresh, {.selected = true, .key = {}});
-    add(RowFresh, {}, [](BlockRow& r) { r.boutique = true; });
     add(RowFailed, {.selected = true, .key = QStringLiteral("门")}, [](BlockRow& r) { r.boutique = true; });
-    add(RowCollected, {}, [](BlockRow& r) {
-        r.thumbnail = QImage(200, 100, QImage::Format_RGB32);
-        r.thumbnail.fill(Qt::red);
-    });
     add(RowCollected, {}, [](BlockRow& r) { r.name = QString(60, QChar(0x95E8)); });
     add(RowCollected, {}, [](BlockRow& r) {
         r.name = QStringLiteral("plan.dw");  // not ".dwg": kept whole
