@@ -180,7 +180,29 @@ void ReadFullGallery(TreeUpdate& update, MarkupDocument& doc, GalleryNode* galle
 
 // The first tree, detached: the galleries of Show.xml under a stand-in root
 // that also holds the recent list (used only by a store without a root).
-TreeUpdate ComposeFirstTree() {
+// The listed galleries as their catalogues have them, with the recent list;
+// none when Show.xml is missing or no catalogue could be read.
+TreeUpdate ComposeCatalogueTree() {
+    TreeUpdate update;
+    update.kind = TreeUpdateKind::FirstTree;
+    const std::u16string rootPath = StoreRoot();
+    if (!FileExists(ShowListPath())) return update;
+    update.scratch = ScratchRoot(kRootName, rootPath);
+    GalleryNode* root = update.scratch.get();
+    bool read = false;
+    for (const ShowItem& item : ReadShowList(true)) {
+        GalleryNode* gallery = NewGalleryNode(*root, item.name);
+        if (!AddChild(root, gallery, false)) delete gallery;
+        read = ReadCatalogueInto(*root, item.name) || read;
+    }
+    if (!read) update.scratch.reset();
+    else LoadRecentListInto(*root);
+    return update;
+}
+
+// With `cataloguesShown` a failed request leaves no update: the catalogues'
+// tree deposited before it is all there is.
+TreeUpdate ComposeFirstTree(bool cataloguesShown = false) {
     TreeUpdate update;
     update.kind = TreeUpdateKind::FirstTree;
     const std::u16string rootPath = StoreRoot();
@@ -205,6 +227,10 @@ TreeUpdate ComposeFirstTree() {
     update.usable = FetchReply(u"/gallery/g_all_s?gallery_name=" + query, doc);
     if (!update.usable) {
         ahead.Stop();
+        if (cataloguesShown) {
+            update.scratch.reset();
+            return update;
+        }
         for (GalleryNode* gallery : root->dirChildren)
             if (gallery) (void)ReadCatalogueInto(*root, gallery->name);
         return update;
@@ -318,10 +344,16 @@ TreeUpdate RunClassItems(const TreeRequest& request) {
 
 }  // namespace
 
-void BuildFirstTree(GalleryStore& store) {
+void BuildFirstTree(GalleryStore& store, bool cataloguesFirst) {
     store.syncBusy.store(1);
-    TreeUpdate update = ComposeFirstTree();
-    DepositTreeUpdate(store, std::move(update));
+    bool shown = false;
+    if (cataloguesFirst) {
+        TreeUpdate early = ComposeCatalogueTree();
+        shown = early.scratch && !early.scratch->dirChildren.empty();
+        if (shown) DepositTreeUpdate(store, std::move(early));
+    }
+    TreeUpdate update = ComposeFirstTree(shown);
+    if (update.scratch) DepositTreeUpdate(store, std::move(update));
     // Cleared only once the tree waits for the owner, so that "busy or
     // waiting" never looks idle in between.
     store.syncBusy.store(0);
@@ -332,7 +364,9 @@ bool StartFirstTree(GalleryStore& store) {
     // A run already under way will deliver the newest Show.xml's tree or be
     // followed by the next request of the user.
     if (!store.syncBusy.compare_exchange_strong(idle, 1)) return true;
-    if (StartDetachedThread([&store] { BuildFirstTree(store); })) return true;
+    // At a cold start the catalogues on disk fill the panel while the service answers.
+    const bool cataloguesFirst = store.root == nullptr;
+    if (StartDetachedThread([&store, cataloguesFirst] { BuildFirstTree(store, cataloguesFirst); })) return true;
     store.syncBusy.store(0);
     return false;
 }

@@ -40,10 +40,12 @@ struct TreeRequest {
 
 // The first tree, built detached on the calling (worker) thread from
 // Show.xml, one request for all listed galleries and the catalogues, and
-// deposited for the owner. syncBusy is 1 while it runs.
-void BuildFirstTree(GalleryStore& store);
-// Owner: runs BuildFirstTree on a worker unless one runs already. False when
-// no worker could be started.
+// deposited for the owner. syncBusy is 1 while it runs. With `cataloguesFirst`
+// the galleries as their catalogues have them are deposited before the
+// service is asked, so that a panel can show them while the answer comes.
+void BuildFirstTree(GalleryStore& store, bool cataloguesFirst = false);
+// Owner: runs BuildFirstTree on a worker unless one runs already, catalogues
+// first when the store has no tree yet. False when no worker could be started.
 bool StartFirstTree(GalleryStore& store);
 
 std::optional<TreeRequest> PrepareGalleryFull(const GalleryStore& store, std::u16string_view name,

@@ -1,5 +1,7 @@
 #include "live_world.h"
 
+#include <thread>
+
 using namespace marrowfin;
 using namespace marrowfin::test;
 
@@ -94,4 +96,38 @@ TEST(LiveSync, ForcedRefreshRemovesDownloadedClassesOnce) {
         classPath = store.root->dirChildren[0]->dirChildren[0]->Path();
         ASSERT_TRUE(CreateDirectories(classPath) && WriteFileAtomic(classPath + u"/old.dwg", std::string(2000, 'x')));
     }
+}
+
+// A cold start deposits the catalogues' tree before the service answers, and the answer
+// then replaces it; with the service down the catalogues' tree is the only one.
+TEST(LiveSync, AColdStartShowsTheCataloguesWhileTheServiceIsSlow) {
+    LiveWorld w;
+    size_t blocks = 0;
+    {
+        TestStore warm;  // writes the catalogues
+        BuildAndAdopt(warm);
+        blocks = CountBlocks(warm.root->dirChildren[0]);
+    }
+    w.faults().set("/gallery/g_all_s", {.holdMs = 10000});
+    TestStore store;
+    std::thread run([&] { BuildFirstTree(store, true); });
+    std::vector<TreeChange> early;
+    for (int i = 0; i < 500 && early.empty(); ++i) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        early = AdoptTreeUpdates(store);
+    }
+    ASSERT_EQ(early.size(), 1u);
+    EXPECT_EQ(std::make_tuple(store.syncBusy.load(), CountBlocks(store.root->dirChildren[0]), store.galleryFetchTicks.size()),
+              std::make_tuple(1, blocks, size_t{0}));
+    w.faults().releaseHeld();
+    run.join();
+    EXPECT_EQ(AdoptTreeUpdates(store).size(), 1u);
+    EXPECT_EQ(std::make_pair(store.galleryFetchTicks.size(), CountBlocks(store.root->dirChildren[0])),
+              std::make_pair(size_t{1}, blocks));
+
+    w.faults().set("/gallery/g_all_s", {.status = 500});
+    TestStore down;
+    BuildFirstTree(down, true);
+    EXPECT_EQ(AdoptTreeUpdates(down).size(), 1u);
+    EXPECT_EQ(CountBlocks(down.root->dirChildren[0]), blocks);
 }
