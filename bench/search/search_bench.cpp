@@ -6,6 +6,8 @@
 
 #include <benchmark/benchmark.h>
 
+#include "ratio_main.h"
+
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -112,33 +114,10 @@ BENCHMARK_CAPTURE(LocalSearch, many, kMany)->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(FlatScan, many, kMany, false)->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(FlatScan, many_with_file_test, kMany, true)->Unit(benchmark::kMillisecond);
 
-// Remembers the times so that the ratios can be printed after the run.
-class RatioReporter : public benchmark::ConsoleReporter {
-public:
-    void ReportRuns(const std::vector<Run>& runs) override {
-        // With repetitions the median stands for a benchmark.
-        for (const auto& r : runs)
-            if (r.run_type != Run::RT_Aggregate || r.aggregate_name == "median") times[r.run_name.str()] = r.GetAdjustedRealTime();
-        ConsoleReporter::ReportRuns(runs);
-    }
-    std::map<std::string, double> times;
-};
-
 }  // namespace
 }  // namespace marrowfin
 
 int main(int argc, char** argv) {
-    benchmark::Initialize(&argc, argv);
-    marrowfin::RatioReporter reporter;
-    benchmark::RunSpecifiedBenchmarks(&reporter);
-    auto ratio = [&](const char* a, const char* b) {
-        auto ia = reporter.times.find(a), ib = reporter.times.find(b);
-        if (ia == reporter.times.end() || ib == reporter.times.end() || ib->second <= 0) return;
-        std::printf("ratio %s / %s = %.2f\n", a, b, ia->second / ib->second);
-    };
-    ratio("LocalSearch/few", "FlatScan/few");
-    ratio("LocalSearch/many", "FlatScan/many");
-    ratio("LocalSearch/many", "FlatScan/many_with_file_test");
-    benchmark::Shutdown();
-    return 0;
+    return marrowfin::bench::RunWithRatios(argc, argv, {{"LocalSearch/few", "FlatScan/few"}, {"LocalSearch/many", "FlatScan/many"},
+                                           {"LocalSearch/many", "FlatScan/many_with_file_test"}});
 }

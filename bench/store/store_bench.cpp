@@ -3,6 +3,8 @@
 // the ratios are printed at the end.
 
 #include <benchmark/benchmark.h>
+
+#include "ratio_main.h"
 #include <malloc.h>
 
 #include <atomic>
@@ -175,31 +177,11 @@ void BM_TreeMemory(benchmark::State& state) {
 }
 BENCHMARK(BM_TreeMemory)->Iterations(1);
 
-// Remembers the times so that the ratios can be printed after the run.
-class RatioReporter : public benchmark::ConsoleReporter {
-public:
-    void ReportRuns(const std::vector<Run>& runs) override {
-        for (const auto& r : runs) times[r.benchmark_name()] = r.GetAdjustedRealTime();
-        ConsoleReporter::ReportRuns(runs);
-    }
-    std::map<std::string, double> times;
-};
-
 }  // namespace
 }  // namespace marrowfin
 
 int main(int argc, char** argv) {
-    benchmark::Initialize(&argc, argv);
-    marrowfin::RatioReporter reporter;
-    benchmark::RunSpecifiedBenchmarks(&reporter);
-    auto ratio = [&](const char* a, const char* b) {
-        auto ia = reporter.times.find(a), ib = reporter.times.find(b);
-        if (ia == reporter.times.end() || ib == reporter.times.end() || ib->second <= 0) return;
-        std::printf("ratio %s / %s = %.2f\n", a, b, ia->second / ib->second);
-    };
-    ratio("BM_FilterBlocks", "BM_FlatNameScan");
-    ratio("BM_FindBlockByPath_Last", "BM_FlatPathScan_Last");
-    ratio("BM_FindBlockByPath_Absent", "BM_FlatPathScan_Last");
-    benchmark::Shutdown();
-    return 0;
+    return marrowfin::bench::RunWithRatios(argc, argv, {{"BM_FilterBlocks", "BM_FlatNameScan"},
+                                           {"BM_FindBlockByPath_Last", "BM_FlatPathScan_Last"},
+                                           {"BM_FindBlockByPath_Absent", "BM_FlatPathScan_Last"}});
 }
