@@ -11,12 +11,12 @@ namespace {
 
 constexpr char16_t kCollectionName[] = u"我的收藏";
 
-SearchHit LocalHit(const GalleryNode& node, int state) {
+SearchHit LocalHit(const GalleryNode& node, std::u16string path, int state) {
     SearchHit hit;
     hit.name = node.name.str();
     hit.klass = node.parent->parent->name.str();
     hit.subclass = node.parent->name.str();
-    hit.path = node.Path();
+    hit.path = std::move(path);
     hit.size = node.size;
     hit.boutique = node.parent->parent->boutique;
     hit.state = state;
@@ -34,12 +34,13 @@ std::vector<SearchHit> LocalBlockSearch(GalleryNode* root, std::u16string_view t
     if (!root || text.empty()) return rows;
     std::vector<GalleryNode*> found;
     FilterBlocksFromTop(root, text, found);
+    rows.reserve(found.size());
     for (GalleryNode* node : found) {
         if (!HasGrandparent(*node)) continue;
-        const std::u16string path = node->Path();
+        std::u16string path = node->Path();
         if (!FileExists(path)) continue;
         const bool isCollected = node->parent->parent->name == kCollectionName || collected.count(path);
-        rows.push_back(LocalHit(*node, isCollected ? RowCollected : RowFresh));
+        rows.push_back(LocalHit(*node, std::move(path), isCollected ? RowCollected : RowFresh));
         if (nodes) nodes->push_back(node);
     }
     return rows;
@@ -53,7 +54,7 @@ std::vector<SearchHit> OldCollectionHits(GalleryNode* root, std::u16string_view 
     std::vector<GalleryNode*> found;
     FilterBlocks(collection, text, found);
     for (GalleryNode* node : found)
-        if (HasGrandparent(*node)) rows.push_back(LocalHit(*node, RowCollected));
+        if (HasGrandparent(*node)) rows.push_back(LocalHit(*node, node->Path(), RowCollected));
     return rows;
 }
 
