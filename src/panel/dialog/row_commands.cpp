@@ -25,8 +25,6 @@ constexpr size_t kQueueLimit = 100;       // a queue holding more refuses the ne
 constexpr int kStartsPerScan = 15;        // queue entries one start visits
 constexpr unsigned kRowCheckMs = 700;     // a row must stay in view this long to be fetched
 constexpr int kFailedShowMs = 3000;       // "下载失败，检查网络" stands this long
-constexpr int64_t kSmallestBlockBytes = 1024;
-constexpr size_t kBoutiqueCacheBound = 100;
 
 // The gallery folder's name: the path component two levels above the file.
 std::u16string GalleryOfBlock(std::u16string_view path) {
@@ -38,8 +36,6 @@ std::u16string GalleryOfBlock(std::u16string_view path) {
     const size_t begin = path.rfind(u'/', end - 1);
     return std::u16string(path.substr(begin == std::u16string_view::npos ? 0 : begin + 1, end - (begin + 1)));
 }
-
-bool HasLocalFile(int state) { return state == RowFresh || state == RowCollected || state == RowFetched; }
 
 }  // namespace
 
@@ -62,7 +58,7 @@ void CBrindleDlg::RedrawResultRow(int row) {
 void CBrindleDlg::RowThumbnail(std::intptr_t index) {
     if (index < 0 || index >= static_cast<std::intptr_t>(m_rows.size())) return;
     const BlockRow& row = m_rows[static_cast<size_t>(index)];
-    if (row.path.isEmpty() || row.thumbnailTried || !HasLocalFile(row.state)) return;
+    if (row.path.isEmpty() || row.thumbnailTried || !RowHasFile(row.state)) return;
     const int item = static_cast<int>(index);
     const std::u16string path = row.path.toStdU16String();
     const bool asked = std::any_of(m_rowPreviewJobs.begin(), m_rowPreviewJobs.end(),
@@ -214,15 +210,14 @@ void CBrindleDlg::UseRow(std::intptr_t index) {
     const std::u16string path = row.path.toStdU16String();
     if (!FileExists(path)) return;
     const int64_t size = FileSize(path);
-    if (size >= 0 && size < kSmallestBlockBytes) {
+    if (size >= 0 && size < kFailedDownloadBytes) {
         // An error page saved as a block: fetch it again on the next press.
         (void)RemoveFile(path);
         row.state = RowRemote;
         m_searchList->RedrawRow(at);
         return;
     }
-    if (m_boutiqueCache.size() > kBoutiqueCacheBound) m_boutiqueCache.clear();
-    m_boutiqueCache[path] = row.boutique ? 1 : 0;
+    NoteBoutique(*this, path, row.boutique);
 
     const uint32_t code = InsertionCode(showMode);
     if (code == 2) HidePanel();

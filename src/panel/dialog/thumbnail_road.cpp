@@ -70,6 +70,11 @@ bool BlockFileReady(GalleryStore& store, const std::u16string& path) {
 
 }  // namespace
 
+void NoteBoutique(CBrindleDlg& panel, const std::u16string& path, bool boutique) {
+    if (panel.m_boutiqueCache.size() > kBoutiqueCacheBound) panel.m_boutiqueCache.clear();
+    panel.m_boutiqueCache[path] = boutique ? 1 : 0;
+}
+
 uint32_t InsertionCode(const std::u16string& showMode) {
     if (showMode == u"YL") return 3;
     if (showMode == u"PMMC") return 4;
@@ -159,12 +164,13 @@ void ActivateBlock(CBrindleDlg& panel, std::intptr_t item) {
     GalleryNode* node = panel.m_listNodes.At(store, static_cast<size_t>(item));
     if (!node) return;
 
-    if (panel.m_boutiqueCache.size() > kBoutiqueCacheBound) panel.m_boutiqueCache.clear();
     GalleryNode* parent = node->parent;
     GalleryNode* grand = parent ? parent->parent : nullptr;
     if (parent && grand) {
         const GalleryNode* gallery = node->OwnerName() == kCommonUseTag ? parent : grand;
-        panel.m_boutiqueCache[node->Path()] = gallery->boutique ? 1 : 0;
+        NoteBoutique(panel, node->Path(), gallery->boutique);
+    } else if (panel.m_boutiqueCache.size() > kBoutiqueCacheBound) {
+        panel.m_boutiqueCache.clear();
     }
 
     const std::u16string path = node->Path();

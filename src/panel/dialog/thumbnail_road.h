@@ -24,6 +24,9 @@ void ThumbFileReady(CBrindleDlg& panel, const std::u16string& path);
 void ThumbDownloadEnded(CBrindleDlg& panel, bool succeeded, const std::u16string& path);
 // MsgPanelCommand 3: a double click on item i of the grid.
 void ActivateBlock(CBrindleDlg& panel, std::intptr_t item);
+// An inserted block's boutique flag, for the host's later question; the
+// cache starts over once it holds more than 100 paths.
+void NoteBoutique(CBrindleDlg& panel, const std::u16string& path, bool boutique);
 // The insertion code the host expects for a show mode.
 uint32_t InsertionCode(const std::u16string& showMode);
 

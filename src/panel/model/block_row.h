@@ -25,6 +25,9 @@ struct BlockRow {
     bool workerStarted = false;  // a copy in the download queue whose worker was started
 };
 
+// The states whose file is on the disk.
+inline bool RowHasFile(int state) { return state == RowFresh || state == RowCollected || state == RowFetched; }
+
 // Rows are the same row when name, class, url and path agree.
 inline bool SameRow(const BlockRow& a, const BlockRow& b) {
     return a.name == b.name && a.klass == b.klass && a.url == b.url && a.path == b.path;

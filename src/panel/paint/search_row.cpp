@@ -35,8 +35,7 @@ const QImage& RowPicture(const BlockRow& row) {
     if (!row.thumbnail.isNull()) return row.thumbnail;
     // A file on disk without a preview gets A; one still to come gets B. The
     // state tells which, so painting never asks the disk.
-    const bool onDisk = row.state == RowFresh || row.state == RowCollected || row.state == RowFetched;
-    if (!row.path.isEmpty() && onDisk) return SkinPicture(QStringLiteral("placeholder_a"), true);
+    if (!row.path.isEmpty() && RowHasFile(row.state)) return SkinPicture(QStringLiteral("placeholder_a"), true);
     return SkinPicture(QStringLiteral("placeholder_b"), true);
 }
 
