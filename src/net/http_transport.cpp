@@ -102,6 +102,23 @@ std::string EscapeRequestUrl(std::u16string_view url) {
     return out;
 }
 
+std::u16string EscapeQueryValue(std::u16string_view value) {
+    std::u16string out;
+    out.reserve(value.size());
+    for (char16_t c : value) {
+        switch (c) {
+            case u'%': out += u"%25"; break;
+            case u'&': out += u"%26"; break;
+            case u'+': out += u"%2B"; break;
+            case u'=': out += u"%3D"; break;
+            case u'#': out += u"%23"; break;
+            case u';': out += u"%3B"; break;
+            default: out += c;
+        }
+    }
+    return out;
+}
+
 std::u16string DecodeReply(std::string_view bytes) {
     const size_t zero = bytes.find('\0');
     if (zero != std::string_view::npos) bytes = bytes.substr(0, zero);

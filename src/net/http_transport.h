@@ -35,6 +35,10 @@ std::string PercentEncodeDownloadUrl(std::u16string_view url);
 // become %XX; the query's own separators (? & = , /) stay, and so does an
 // escape already made (a '%' before two hex digits).
 std::string EscapeRequestUrl(std::u16string_view url);
+// A value typed by the user, made ready to stand in a query: the marks that
+// would end or split it there (% & + = # ;) become %XX. EscapeRequestUrl
+// keeps these escapes and escapes the rest, so the value arrives as typed.
+std::u16string EscapeQueryValue(std::u16string_view value);
 // Reply bytes up to the first zero byte, decoded from UTF-8.
 std::u16string DecodeReply(std::string_view bytes);
 

@@ -7,21 +7,7 @@
 namespace marrowfin {
 
 std::u16string SearchRequestUrl(const std::u16string& text) {
-    // The marks that would end or split the query's value are escaped here;
-    // the transport escapes the rest and keeps these.
-    std::u16string value;
-    for (char16_t c : text) {
-        switch (c) {
-            case u'%': value += u"%25"; break;
-            case u'&': value += u"%26"; break;
-            case u'+': value += u"%2B"; break;
-            case u'=': value += u"%3D"; break;
-            case u'#': value += u"%23"; break;
-            case u';': value += u"%3B"; break;
-            default: value += c;
-        }
-    }
-    return ServiceBaseUrl() + u"/gallery/search_g?search_content=" + value + u"&excepts=";
+    return ServiceBaseUrl() + u"/gallery/search_g?search_content=" + EscapeQueryValue(text) + u"&excepts=";
 }
 
 SearchOutcome RunBlockSearch(const std::u16string& root, const std::u16string& text,
