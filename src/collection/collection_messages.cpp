@@ -39,38 +39,38 @@ CollectionMessage MessageForReply(CollectionRoad road, const CollectionReply& re
         case CollectionRoad::CheckOldCollection:
             if (lost) return Tip(u"Ombrel", u"收藏失败", u"请先连接网络，然后重试");
             break;
-        case CollectionRoad::DialogFolders:
+        case CollectionRoad::CollectDialogOpen:
             if (lost) return Tip(kCollectTitle, kNetworkTrouble);
             break;
-        case CollectionRoad::NewFolder:
-        case CollectionRoad::RenameFolder:
+        case CollectionRoad::NewFolderDialog:
+        case CollectionRoad::RenameFolderDialog:
             if (reply.Is(u"favorites is exist")) return Line(CollectionMessage::DialogLine, kNameTaken);
             if (reply.Is(u"error"))
                 return Line(CollectionMessage::DialogLine,
-                            road == CollectionRoad::NewFolder ? u"新建文件夹失败，请重试" : u"更改名称失败，请重试");
+                            road == CollectionRoad::NewFolderDialog ? u"新建文件夹失败，请重试" : u"更改名称失败，请重试");
             break;
-        case CollectionRoad::DeleteFolder:
+        case CollectionRoad::FolderDeletion:
             if (lost) return Tip(u"删除文件夹", u"删除失败，请检查网络");
             if (!reply.Is(u"success")) return Tip(u"删除文件夹", u"删除失败，请重试");
             break;
-        case CollectionRoad::DeleteBlock:
+        case CollectionRoad::BlockDeletion:
             if (lost) return Tip(u"删除图块", u"删除失败", u"请检查网络后重试");
             if (!reply.Is(u"success")) return Tip(u"删除图块", u"删除失败，请重试");
             break;
-        case CollectionRoad::CollectBlock:
+        case CollectionRoad::CollectDialogUpload:
             if (lost) return Tip(kCollectTitle, kNetworkTrouble);
             if (reply.Is(u"2")) return Tip(kCollectTitle, kSameName, u"是否替换", u"替换", u"取消");
             if (reply.Is(u"3")) return Tip(kCollectTitle, u"图块收藏失败，请重试。");
             break;
-        case CollectionRoad::CollectReplace:
+        case CollectionRoad::CollectDialogReplace:
             break;  // with force 1 no reply is looked at
         case CollectionRoad::AddFromDisk:
             if (reply.Is(u"3")) return Tip(u"Ombrel", u"收藏失败，然后重试");
             break;
-        case CollectionRoad::MoveBlock:
+        case CollectionRoad::MoveBlockDialog:
             if (reply.Is(u"filename is exist")) return Tip(u"移动图块", kSameName, u"是否要替换？", u"替换", u"取消移动");
             break;
-        case CollectionRoad::RenameBlock:
+        case CollectionRoad::RenameBlockDialog:
             if (reply.Is(u"file is not exist") || reply.Is(u"filename is exist"))
                 return Line(CollectionMessage::DialogLine, kNameTaken);
             break;

@@ -12,19 +12,19 @@
 namespace marrowfin {
 
 enum class CollectionRoad {
-    LoadCollection,      // get_u_collect when the collection class opens
-    LoadDefaultFolder,   // the default folder made on that road
-    CheckOldCollection,  // get_u_collect before the old collection is handed over
-    DialogFolders,       // get_u_f, and the default folder it may make, as the collect dialog opens
-    NewFolder,           // favorite, add, from the new-folder dialog
-    RenameFolder,        // favorite, rename
-    DeleteFolder,        // favorite, delete
-    DeleteBlock,         // dwg_collect, delete
-    CollectBlock,        // dwg_collectu with force 0, from the collect dialog
-    CollectReplace,      // the same with force 1, after the user chose to replace
-    AddFromDisk,         // dwg_collectu with force=true
-    MoveBlock,           // mvff
-    RenameBlock,         // cdwgrn
+    LoadCollection,        // get_u_collect when the collection class opens
+    LoadDefaultFolder,     // the default folder made on that road
+    CheckOldCollection,    // get_u_collect before the old collection is handed over
+    CollectDialogOpen,     // get_u_f, and the default folder it may make, as the collect dialog opens
+    NewFolderDialog,       // favorite, add
+    RenameFolderDialog,    // favorite, rename
+    FolderDeletion,        // favorite, delete
+    BlockDeletion,         // dwg_collect, delete
+    CollectDialogUpload,   // dwg_collectu with force 0, from the collect dialog
+    CollectDialogReplace,  // the same with force 1, after the user chose to replace
+    AddFromDisk,           // dwg_collectu with force=true
+    MoveBlockDialog,       // mvff
+    RenameBlockDialog,     // cdwgrn
 };
 
 struct CollectionMessage {
