@@ -216,7 +216,7 @@ TEST_F(Collections, TransportFailuresOnEveryPath) {
         {CollectDialogOpen, "get_u_f", [&] { return FetchFolderNames(a); }},
         {NewFolderDialog, "favorite", [&] { return AddFolder(a, u"新"); }},
         {RenameFolderDialog, "favorite", [&] { return RenameFolder(a, second, u"x"); }},
-        {FolderDeletion, "favorite", [&] { return DeleteFolder(a, u"999"); }},
+        {FolderDeletion, "favorite", [&] { return DeleteFolder(a, second); }},
         {BlockDeletion, "dwg_collect", [&] { return DeleteCollectedBlock(a, first, u"999"); }},
         {CollectDialogUpload, "dwg_collectu", [&] { return CollectBlockFile(a, first, File("b.dwg"), Ask); }},
         {CollectDialogReplace, "dwg_collectu", [&] { return CollectBlockFile(a, first, File("b.dwg"), Replace); }},
@@ -256,6 +256,10 @@ TEST_F(Collections, TransportFailuresOnEveryPath) {
                                         service::Fault{.drop = true}}) {
         SCOPED_TRACE(service::FaultText(fault));
         EXPECT_EQ(run(fault), lost);
+        // A refused request was not carried out: no folder made, renamed or deleted.
+        if (fault.status) {
+            EXPECT_EQ(Describe(FetchCollection(a, true).document.folders), "收藏夹1[b.dwg 106 b 收藏夹1;]收藏夹2[]");
+        }
     }
     // An empty body is delivered: only the folder load and the deletions take it for a failure.
     EXPECT_EQ(run({.emptyBody = true}),

@@ -89,12 +89,10 @@ void ServiceHandle::Impl::serve(const httplib::Request& req, httplib::Response& 
         res.status = 500;
         return;
     }
-    Reply reply = route();
-    if (fault.status > 0) {
-        reply.status = fault.status;
-        reply.body = "fault: status " + std::to_string(fault.status) + "\n";
-        reply.type = "text/plain; charset=utf-8";
-    }
+    // A refused request is not carried out: a client that sees the status
+    // must find the service's state as it was (a folder it failed to delete
+    // is still there).
+    Reply reply = fault.status > 0 ? Reply{fault.status, "fault: status " + std::to_string(fault.status) + "\n"} : route();
     if (fault.body) reply.body = *fault.body;
     if (fault.emptyBody) reply.body.clear();
     res.status = reply.status;
