@@ -4,7 +4,6 @@
 #include <optional>
 
 #include "net/gallery_sync.h"
-#include "net/http_transport.h"
 #include "panel/dialog/brindle_dlg.h"
 #include "panel/dialog/collection_rows.h"
 #include "panel/dialog/hot_words.h"
@@ -491,12 +490,10 @@ void CBrindleDlg::GoToPage(int page) {
 
 void CBrindleDlg::LoadCollectionRows() {
     // Asked on a worker; the page shows "图块加载中，请稍候" until the rows land.
-    const std::u16string url = ServiceBaseUrl() + u"/gallery/get_u_collect?type=client&usertoken=" + userToken +
-                               u"&kind=dwg&needdwg=1";
     const std::u16string base = m_store && m_store->root ? m_store->root->Path() : std::u16string();
     m_collectionRowsPending = true;
     m_searchState = 1;
-    StartCollectionRowsFetch(Handle(), ++m_collectionRowsGeneration, url, base + u"/" + CollectionName(userId));
+    StartCollectionRowsFetch(Handle(), ++m_collectionRowsGeneration, userToken, base + u"/" + CollectionName(userId));
 }
 
 // ---- routes ----------------------------------------------------------------

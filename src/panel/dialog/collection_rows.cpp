@@ -1,10 +1,10 @@
 #include "panel/dialog/collection_rows.h"
 
-#include "markup/markup_document.h"
-#include "net/http_transport.h"
+#include "collection/collection_calls.h"
 #include "panel/dialog/brindle_dlg.h"
 #include "panel/classes/panel_workers.h"
 #include "platform/files.h"
+#include "search/search_cache.h"
 
 namespace marrowfin {
 
@@ -14,26 +14,20 @@ QString Q(const std::u16string& text) { return QString::fromStdU16String(text); 
 
 }  // namespace
 
-std::vector<BlockRow> ParseCollectionRows(std::u16string_view reply, const std::u16string& mirror) {
+std::vector<BlockRow> CollectionRows(const FolderListDocument& document, const std::u16string& mirror) {
     std::vector<BlockRow> rows;
-    MarkupDocument doc;
-    (void)doc.SetText(reply);  // a text that does not parse has no root below
-    if (!doc.FindElement(u"root")) return rows;
-    doc.EnterElement();
-    while (doc.FindElement(u"favorites")) {
-        while (doc.FindChildElement(u"dwg")) {
+    for (const ListedFolder& folder : document.folders) {
+        for (const ListedBlock& block : folder.blocks) {
+            // A name that would reach outside the mirror is no row.
+            if (!IsSafePathSegment(block.info) || !IsSafePathSegment(block.filename)) continue;
             BlockRow row;
-            const std::u16string name = doc.GetChildAttribute(u"filename");
-            const std::u16string info = doc.GetChildAttribute(u"dwg_info");
-            row.name = Q(name);
+            row.name = Q(block.filename);
             row.klass = QStringLiteral("我的收藏");
-            row.subclass = Q(info);
-            row.url = Q(doc.GetChildAttribute(u"dwg_url"));
-            row.size = Q(doc.GetChildAttribute(u"size")).toInt();
-            row.boutique = doc.GetChildAttribute(u"gv") == u"1";
-            row.thumbnailTried = false;
-            row.prefetch = true;
-            const std::u16string file = mirror + u"/" + info + u"/" + name;
+            row.subclass = Q(block.info);
+            row.url = Q(block.url);
+            row.size = block.size;
+            row.boutique = block.boutique;
+            const std::u16string file = mirror + u"/" + block.info + u"/" + block.filename;
             row.path = Q(file);
             row.state = FileExists(file) ? RowCollected : RowRemote;
             rows.push_back(std::move(row));
@@ -42,12 +36,12 @@ std::vector<BlockRow> ParseCollectionRows(std::u16string_view reply, const std::
     return rows;
 }
 
-void StartCollectionRowsFetch(WindowHandle panel, std::uintptr_t generation, std::u16string url,
+void StartCollectionRowsFetch(WindowHandle panel, std::uintptr_t generation, std::u16string token,
                               std::u16string mirror) {
-    StartPanelWorker([panel, generation, url = std::move(url), mirror = std::move(mirror)] {
-        std::u16string reply;
+    StartPanelWorker([panel, generation, token = std::move(token), mirror = std::move(mirror)] {
+        const FolderListReply reply = FetchCollection(token, true);
         std::vector<BlockRow> rows;
-        if (PostForm(url, u"", reply)) rows = ParseCollectionRows(reply, mirror);
+        if (reply.delivered) rows = CollectionRows(reply.document, mirror);
         // A panel that is gone frees the rows with the message.
         (void)PostWindowMessage(panel, MsgCollectionRows, generation, 0,
                                 std::make_unique<CollectionRowsPayload>(std::move(rows)));

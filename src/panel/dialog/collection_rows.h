@@ -19,12 +19,14 @@ namespace marrowfin {
 inline constexpr uint32_t MsgCollectionRows = 0x9e5;
 using CollectionRowsPayload = OwnedValue<std::vector<BlockRow>>;
 
-// One row per `dwg` of each `favorites` of the answer's `root`; `mirror` is
-// the user's local collection folder, which tells collected from remote rows.
-std::vector<BlockRow> ParseCollectionRows(std::u16string_view reply, const std::u16string& mirror);
+struct FolderListDocument;
 
-// Posts the rows of `url` to `panel` from a worker.
-void StartCollectionRowsFetch(WindowHandle panel, std::uintptr_t generation, std::u16string url,
+// One row per block of each folder; `mirror` is the user's local collection
+// folder, which tells collected from remote rows.
+std::vector<BlockRow> CollectionRows(const FolderListDocument& document, const std::u16string& mirror);
+
+// Posts the rows of the user's collection (`token`) to `panel` from a worker.
+void StartCollectionRowsFetch(WindowHandle panel, std::uintptr_t generation, std::u16string token,
                               std::u16string mirror);
 
 }  // namespace marrowfin
