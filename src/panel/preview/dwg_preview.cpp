@@ -63,9 +63,12 @@ bool ReadPalettePng(PngRead& read, PngSource& source) {
   png_read_update_info(read.png, read.info);
   read.image = QImage(int(width), int(height), QImage::Format_Indexed8);
   if (read.image.isNull()) return false;
-  QList<QRgb> table(count);
-  for (int i = 0; i < count; ++i) table[i] = qRgb(palette[i].red, palette[i].green, palette[i].blue);
-  read.image.setColorTable(table);
+  {
+    // Gone before libpng is called again: a jump back must not skip a destructor.
+    QList<QRgb> table(count);
+    for (int i = 0; i < count; ++i) table[i] = qRgb(palette[i].red, palette[i].green, palette[i].blue);
+    read.image.setColorTable(table);
+  }
   read.rows.resize(height);
   for (png_uint_32 y = 0; y < height; ++y) read.rows[y] = read.image.scanLine(int(y));
   png_read_image(read.png, read.rows.data());
