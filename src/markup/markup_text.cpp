@@ -141,6 +141,21 @@ uint32_t ReferenceValue(std::u16string_view name) {
 }  // namespace
 
 uint32_t NamedReferenceValue(std::u16string_view name) {
+    // Nearly every reference in real text is one of markup's own five: they
+    // are answered before the table, with the values it holds for them.
+    switch (name.size()) {
+    case 2:
+        if (name[1] == u't' && (name[0] == u'l' || name[0] == u'g')) return name[0] == u'l' ? 60 : 62;
+        break;
+    case 3:
+        if (name == u"amp") return 38;
+        break;
+    case 4:
+        if (name == u"quot") return 34;
+        if (name == u"apos") return 39;
+        break;
+    default: break;
+    }
     // Candidates share the bucket of their folded name, in table order:
     // exact case first, so that Oslash and oslash keep their own characters;
     // then any case, so that &AMP; is still an ampersand.

@@ -1,6 +1,8 @@
 #include "panel/preview/dwg_preview_reader.h"
 
+#include <algorithm>
 #include <cstdio>
+#include <iterator>
 #include <cstring>
 #include <memory>
 
@@ -111,30 +113,33 @@ DwgPreview DecodePreviewBitmap(std::string_view dib) {
     }
     preview.pixels.resize(size_t(width) * size_t(height));
     const auto* bits = reinterpret_cast<const unsigned char*>(dib.data() + tableEnd);
+    // Every index a row can hold has a colour: one past a short colour table
+    // is black, as the system draws it.
+    uint32_t colours[256];
+    std::fill(std::begin(colours), std::end(colours), 0xff000000u);
+    std::copy(preview.palette.begin(), preview.palette.end(), colours);
     for (int64_t row = 0; row < height; ++row) {
         const unsigned char* src = bits + (topDown ? row : height - 1 - row) * stride;
         uint32_t* dst = preview.pixels.data() + row * width;
-        for (int32_t x = 0; x < width; ++x) {
-            uint32_t index = 0;
-            switch (bitCount) {
-                case 1:
-                    index = (src[x >> 3] >> (7 - (x & 7))) & 1;
-                    break;
-                case 4:
-                    index = (src[x >> 1] >> ((x & 1) ? 0 : 4)) & 0x0f;
-                    break;
-                case 8:
-                    index = src[x];
-                    break;
-                case 24:
+        // One loop per depth, so the pixel loop itself does not branch.
+        switch (bitCount) {
+            case 1:
+                for (int32_t x = 0; x < width; ++x) dst[x] = colours[(src[x >> 3] >> (7 - (x & 7))) & 1];
+                break;
+            case 4:
+                for (int32_t x = 0; x < width; ++x) dst[x] = colours[(src[x >> 1] >> ((x & 1) ? 0 : 4)) & 0x0f];
+                break;
+            case 8:
+                for (int32_t x = 0; x < width; ++x) dst[x] = colours[src[x]];
+                break;
+            case 24:
+                for (int32_t x = 0; x < width; ++x)
                     dst[x] = 0xff000000u | uint32_t(src[x * 3 + 2]) << 16 | uint32_t(src[x * 3 + 1]) << 8 | src[x * 3];
-                    continue;
-                default:
+                break;
+            default:
+                for (int32_t x = 0; x < width; ++x)
                     dst[x] = 0xff000000u | uint32_t(src[x * 4 + 2]) << 16 | uint32_t(src[x * 4 + 1]) << 8 | src[x * 4];
-                    continue;
-            }
-            // An index past a short colour table is black, as the system draws it.
-            dst[x] = index < preview.palette.size() ? preview.palette[index] : 0xff000000u;
+                break;
         }
     }
     return preview;

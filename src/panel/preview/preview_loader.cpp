@@ -1,7 +1,6 @@
 #include "panel/preview/preview_loader.h"
 
 #include <QObject>
-#include <QString>
 
 #include "panel/preview/dwg_preview.h"
 #include "panel/preview/fit_thumbnail.h"
@@ -14,7 +13,8 @@ PreviewDecode DecodeCellPreview(const std::u16string& path, double rate) {
     // A missing file (size -1) and a cut download are the list's to report;
     // neither is read here.
     if (FileSize(path) < kFailedDownloadBytes) return decode;
-    const QImage preview = LoadDwgPreview(QString::fromStdU16String(path));
+    // Read for fitting: a PNG of a colour table is not expanded to RGB32 first.
+    const QImage preview = PreviewToFittable(ReadDwgPreviewFile(path));
     if (preview.isNull()) {
         decode.outcome = PreviewOutcome::NoPicture;
         return decode;

@@ -294,6 +294,51 @@ TEST(FitThumbnail, ContactSheetOfPreviewsInBothCells) {
     EXPECT_TRUE(MatchesReference(sheet, "panel/preview", "contact_sheet"));
 }
 
+// A PNG of a colour table, as Qt's writer makes it: 1, 2, 4 or 8 bits by the
+// number of colours, a transparency chunk when a colour has alpha.
+std::string PalettePng(int colours, QRgb ground, bool transparent) {
+    QImage image(300, 170, QImage::Format_Indexed8);
+    QList<QRgb> table{ground};
+    for (int i = 1; i < colours; ++i) table.push_back(qRgb(i * 37 % 256, 255 - i, i * 91 % 256));
+    if (transparent) table[1] = qRgba(255, 0, 0, 100);
+    image.setColorTable(table);
+    for (int y = 0; y < image.height(); ++y)
+        for (int x = 0; x < image.width(); ++x)
+            image.setPixel(x, y, (x % 11 == 0 || y % 7 == 0) ? (x + y) % colours : 0);
+    QByteArray png;
+    QBuffer buffer(&png);
+    buffer.open(QIODevice::WriteOnly);
+    image.save(&buffer, "PNG");
+    return png.toStdString();
+}
+
+TEST(FitThumbnail, TheCellsRoadFitsWhatTheWholePictureFits) {
+    // The cells read a PNG of an opaque colour table straight from libpng and
+    // fit it through its table: the picture must be Qt's own decoding of it,
+    // and the cell pixel for pixel the fitting of the whole RGB32 picture.
+    std::vector<std::pair<std::string, bool>> drawings;  // bytes, read through its table
+    for (const char* name : {"bmp8_ac1024.dwg", "png_ac1027.dwg", "png_ac1032.dwg"})
+        drawings.emplace_back(RealFile(name), name[0] == 'p');
+    for (int colours : {2, 4, 16, 200})
+        for (QRgb ground : {qRgb(0, 0, 0), qRgb(255, 255, 255)}) {
+            drawings.emplace_back(MakeDrawing({{6, PalettePng(colours, ground, false)}}), true);
+            const std::string png = PalettePng(colours, ground, false);
+            EXPECT_EQ(PreviewToImage(ReadDwgPreview(drawings.back().first)),
+                      QImage::fromData(QByteArray::fromStdString(png), "PNG").convertToFormat(QImage::Format_RGB32))
+                << colours;
+        }
+    drawings.emplace_back(MakeDrawing({{6, PalettePng(16, qRgb(0, 0, 0), true)}}), false);
+    for (const auto& [bytes, indexed] : drawings) {
+        const QImage picture = PreviewToImage(ReadDwgPreview(bytes));
+        const QImage fittable = PreviewToFittable(ReadDwgPreview(bytes));
+        ASSERT_FALSE(picture.isNull());
+        EXPECT_EQ(fittable.format() == QImage::Format_Indexed8, indexed) << fittable.format();
+        EXPECT_EQ(FitThumbnail(fittable, 0, 0, 1.0), FitThumbnail(picture, 0, 0, 1.0));
+        EXPECT_EQ(FitThumbnail(fittable, 90, 60, 1.5), FitThumbnail(picture, 90, 60, 1.5));
+        EXPECT_EQ(FitThumbnail(fittable, 0, 0, 3.0), FitThumbnail(picture, 0, 0, 3.0));
+    }
+}
+
 TEST(FitThumbnail, SizesAndTinyCellsStayInsideTheCanvas) {
     // Units times the rate, truncated; no canvas for a rate or size out of range.
     EXPECT_EQ(FitThumbnail(QImage(), 0, 0, 1.7).size(), QSize(224, 136));
