@@ -7,6 +7,7 @@
 
 #include "collection/ad_refresh.h"
 #include "fault_switches.h"
+#include "net/http_transport.h"
 #include "platform/files.h"
 #include "platform/text.h"
 #include "request_counters.h"
@@ -76,6 +77,8 @@ struct AdRefresh : ::testing::Test {
 
 TEST_F(AdRefresh, APictureIsFetchedOnlyWhenMissingMovedOrItsVersionWentDown) {
     EXPECT_EQ(service.handle.counters().get("/gallery/gad").last.substr(14), "gad?type=ch%201&img_type=0");
+    std::u16string refused;  // the service insists on both keys
+    EXPECT_FALSE(PostForm(ServiceBaseUrl() + u"/gallery/gad?type=ch", u"", refused));
     ASSERT_EQ(tiles.size(), 3u);
     EXPECT_EQ(Pictures(), 3);
     for (int i = 0; i < 3; ++i) {

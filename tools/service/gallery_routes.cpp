@@ -192,7 +192,12 @@ void ServiceHandle::Impl::registerGalleryRoutes() {
     });
 
     route("gad", [this](const httplib::Request& req) {
-        // Every channel gets the same tiles; `type` and `img_type` are only read.
+        // Every channel gets the same tiles, but a request must carry both keys,
+        // and img_type as a whole decimal number.
+        if (!req.has_param("type") || !req.has_param("img_type")) return BadRequest("type or img_type is missing");
+        const std::string imgType = req.get_param_value("img_type");
+        if (imgType.empty() || imgType.find_first_not_of("0123456789") != std::string::npos)
+            return BadRequest("img_type is not a number");
         const std::string base = baseOf(req);
         std::string x = XmlHead() + "<root>\n";
         for (const CatalogAd& ad : catalog.ads()) {
