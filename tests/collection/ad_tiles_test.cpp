@@ -3,6 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <ranges>
+
 #include "collection/ad_refresh.h"
 #include "fault_switches.h"
 #include "net/http_transport.h"
@@ -25,11 +28,9 @@ TEST(AdFile, ExactBytesOnlyTilesThatAreOnAndARoundTrip) {
     TempHome home;
     EXPECT_TRUE(LoadAdTiles().empty() && DirectoryExists(AdFolder()));  // first start makes the folder
     ASSERT_TRUE(SaveAdTiles({{u"门窗", {u"门窗精选", u"http://h/1.png", u"https://t?a=1&b=2", u"12", u"", true}},
-                             {u"Zed", {u"off", u"u", u"t", u"3", u"", false}},
-                             {u"A", {u"", u"", u"", u"", u"", true}}}));
+                             {u"A", {u"off", u"u", u"t", u"3", u"", false}}}));
     const std::string saved = Bytes(AdListPath());
     EXPECT_EQ(saved, "\xEF\xBB\xBF<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r<root>\r"
-                     "<item on=\"1\" name=\"\" url=\"\" target=\"\" ver=\"\" >A</item>\r"
                      "<item on=\"1\" name=\"门窗精选\" url=\"http://h/1.png\" target=\"https://t?a=1&b=2\" ver=\"12\" >门窗</item>\r"
                      "</root>\r");
     EXPECT_EQ(ComposeAdFile(LoadAdTiles()), saved);
@@ -41,61 +42,48 @@ TEST(AdFile, ExactBytesOnlyTilesThatAreOnAndARoundTrip) {
 TEST(AdRefresh, FetchesOnlyWhatChangedAndKeepsTilesAndPicturesThroughFailures) {
     TempHome home;
     LiveService service;
-    const std::string base = service.handle.baseUrl();
-    auto picture = [&](int n) { return W(base + "/ad/ad_" + std::to_string(n) + ".png"); };
+    std::vector<std::string> pictures = {"-"};
+    for (int n = 1; n <= 3; ++n) pictures.push_back(Bytes(W(SampleLibrary() + "/ads/ad_" + std::to_string(n) + ".png")));
     // Each tile in the service's order: on/off, ver, the picture its url names, the one its file holds.
     auto shown = [&](const AdTileMap& tiles) {
         std::string out;
-        for (const std::u16string& key : service.galleries) {
-            const AdTile& t = tiles.at(key);
-            int url = 0, file = 0;
-            for (int n = 1; n <= 3; ++n) {
-                url = t.url == picture(n) ? n : url;
-                file = Bytes(t.picture) == Bytes(W(SampleLibrary() + "/ads/ad_" + std::to_string(n) + ".png")) ? n : file;
-            }
-            out += (t.on ? "on " : "off ") + U8(t.ver) + " u" + std::to_string(url) + " f" + std::to_string(file) + ";";
-        }
+        for (const AdTile& t : service.galleries | std::views::transform([&](auto& key) { return tiles.at(key); }))
+            out += (t.on ? "on " : "off ") + U8(t.ver) + " u" + U8(t.url.substr(t.url.size() - 5, 1)) + " f" +
+                   std::to_string(std::ranges::find(pictures, Bytes(t.picture)) - pictures.begin()) + ";";
         return out;
     };
-    struct Step {
-        std::string reply;  // "" the service's own, else "<vers>/<pictures>" one digit per tile
-        std::string fault;
-        long fetched;       // pictures asked for so far
-        std::string tiles;
-    };
-    const std::vector<Step> steps = {
-        {"", "", 3, "on 1 u1 f1;on 2 u2 f2;off 3 u3 f3;"},
-        {"", "", 3, "on 1 u1 f1;on 2 u2 f2;off 3 u3 f3;"},
-        {"923/123", "", 3, "on 9 u1 f1;on 2 u2 f2;off 3 u3 f3;"},  // higher version, same url: kept
-        {"123/123", "", 4, "on 1 u1 f1;on 2 u2 f2;off 3 u3 f3;"},  // lower version: fetched
-        {"123/133", "", 5, "on 1 u1 f1;on 2 u3 f3;off 3 u3 f3;"},  // new url: its picture replaces the old
-        {"", "/gallery/gad?status=500", 5, "off 1 u1 f1;off 2 u3 f3;off 3 u3 f3;"},
-        {"", "*?drop=1", 5, "off 1 u1 f1;off 2 u3 f3;off 3 u3 f3;"},
-        {"123/233", "/ad/*?status=500", 6, "on 1 u2 f1;on 2 u3 f3;off 3 u3 f3;"},
-        {"123/333", "/ad/*?truncate=10", 7, "on 1 u3 f1;on 2 u3 f3;off 3 u3 f3;"},
-        {"123/233", "/ad/*?drop=1", 8, "on 1 u2 f1;on 2 u3 f3;off 3 u3 f3;"},
-    };
+    // "<vers>/<pictures>", one digit per tile, served instead of the service's own reply.
     auto answer = [&](const std::string& reply) {
         service.handle.faults().clearAll();
         if (reply.empty()) return;
         std::string x = "<root>";
         for (size_t i = 0; i < 3; ++i)
-            x += "<item on=\"" + std::string(i < 2 ? "1" : "0") + "\" ver=\"" + reply[i] + "\" url=\"" +
-                 U8(picture(reply[4 + i] - '0')) + "\">" + U8(service.galleries[i]) + "</item>";
-        service.handle.faults().set("/gallery/gad", service::Fault{.body = x + "</root>"});
+            x += "<item on=\"" + std::to_string(i < 2) + "\" ver=\"" + reply[i] + "\" url=\"" + service.handle.baseUrl() +
+                 "/ad/ad_" + reply[4 + i] + ".png\">" + U8(service.galleries[i]) + "</item>";
+        service.handle.faults().set("/gallery/gad", {.body = x + "</root>"});
     };
+    struct Step { std::string reply, fault; long fetched; std::string tiles; };
     AdTileMap tiles = LoadAdTiles();
-    for (const Step& step : steps) {
+    for (const Step& step : std::vector<Step>{
+             {"", "", 3, "on 1 u1 f1;on 2 u2 f2;off 3 u3 f3;"},
+             {"923/123", "", 3, "on 9 u1 f1;on 2 u2 f2;off 3 u3 f3;"},  // higher version, same url: kept
+             {"123/123", "", 4, "on 1 u1 f1;on 2 u2 f2;off 3 u3 f3;"},  // lower version: fetched
+             {"123/133", "", 5, "on 1 u1 f1;on 2 u3 f3;off 3 u3 f3;"},  // new url: its picture replaces the old
+             {"", "/gallery/gad?status=500", 5, "off 1 u1 f1;off 2 u3 f3;off 3 u3 f3;"},
+             {"", "*?drop=1", 5, "off 1 u1 f1;off 2 u3 f3;off 3 u3 f3;"},
+             {"123/233", "/ad/*?status=500", 6, "on 1 u2 f1;on 2 u3 f3;off 3 u3 f3;"},
+             {"123/333", "/ad/*?truncate=10", 7, "on 1 u3 f1;on 2 u3 f3;off 3 u3 f3;"},
+             {"123/233", "/ad/*?drop=1", 8, "on 1 u2 f1;on 2 u3 f3;off 3 u3 f3;"}}) {
         answer(step.reply);
         std::string path, error;
         service::Fault fault;
-        if (!step.fault.empty() && ParseFaultSwitch(step.fault, path, fault, error)) service.handle.faults().set(path, fault);
+        if (ParseFaultSwitch(step.fault, path, fault, error) && fault.active()) service.handle.faults().set(path, fault);
         tiles = RefreshAdTiles(tiles, u"ch 1", u"_2");
         EXPECT_EQ(service.Served("/ad/*"), step.fetched) << step.reply << step.fault;
         EXPECT_EQ(shown(tiles), step.tiles) << step.reply << step.fault;
     }
     // A picture gone from the folder is fetched again, and only that one.
-    answer(steps.back().reply);
+    answer("123/233");
     ASSERT_TRUE(RemoveFile(AdPicturePath(service.galleries[2])));
     EXPECT_EQ(shown(RefreshAdTiles(tiles, u"ch 1", u"_2")), "on 1 u2 f1;on 2 u3 f3;off 3 u3 f3;");
     EXPECT_EQ(service.Served("/ad/*"), 9);
