@@ -30,7 +30,8 @@ AdTileMap RefreshAdTiles(AdTileMap tiles, std::u16string_view channel, std::u16s
         if (key.find(u'/') != std::u16string::npos || key.find(u'\0') != std::u16string::npos) continue;
         const std::u16string png = AdPicturePath(key);
         AdTile& stored = tiles[key];
-        const bool current = FileExists(png) && TextToInt(fresh.ver) >= TextToInt(stored.ver) && fresh.url == stored.url;
+        const bool current =
+            FileExists(png) && TextToInt(fresh.ver) >= TextToInt(stored.ver) && fresh.url == stored.url;
         // The new picture replaces the old one only once it is all in, so a
         // failed fetch leaves the tile with the picture it had.
         if (!current) (void)DownloadFile(fresh.url, png, 0, 0);

@@ -30,12 +30,15 @@ TEST(AdFile, ExactBytesOnlyTilesThatAreOnAndARoundTrip) {
     ASSERT_TRUE(SaveAdTiles({{u"门窗", {u"门窗精选", u"http://h/1.png", u"https://t?a=1&b=2", u"12", u"", true}},
                              {u"A", {u"off", u"u", u"t", u"3", u"", false}}}));
     const std::string saved = Bytes(AdListPath());
-    EXPECT_EQ(saved, "\xEF\xBB\xBF<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r<root>\r"
-                     "<item on=\"1\" name=\"门窗精选\" url=\"http://h/1.png\" target=\"https://t?a=1&b=2\" ver=\"12\" >门窗</item>\r"
-                     "</root>\r");
+    EXPECT_EQ(
+        saved,
+        "\xEF\xBB\xBF<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r<root>\r"
+        "<item on=\"1\" name=\"门窗精选\" url=\"http://h/1.png\" target=\"https://t?a=1&b=2\" ver=\"12\" >门窗</item>\r"
+        "</root>\r");
     EXPECT_EQ(ComposeAdFile(LoadAdTiles()), saved);
     // The later item of a key wins; a missing ver reads as empty; on is only "1"; pictures are held.
-    ASSERT_TRUE(WriteFileAtomic(AdListPath(), "<root><item on=\"1\" ver=\"2\">k</item><item on=\"true\" name=\"n\">k</item></root>"));
+    ASSERT_TRUE(WriteFileAtomic(AdListPath(),
+                                "<root><item on=\"1\" ver=\"2\">k</item><item on=\"true\" name=\"n\">k</item></root>"));
     EXPECT_EQ(LoadAdTiles(), (AdTileMap{{u"k", {u"n", u"", u"", u"", AdPicturePath(u"k"), false}}}));
 }
 
@@ -43,7 +46,8 @@ TEST(AdRefresh, FetchesOnlyWhatChangedAndKeepsTilesAndPicturesThroughFailures) {
     TempHome home;
     LiveService service;
     std::vector<std::string> pictures = {"-"};
-    for (int n = 1; n <= 3; ++n) pictures.push_back(Bytes(W(SampleLibrary() + "/ads/ad_" + std::to_string(n) + ".png")));
+    for (int n = 1; n <= 3; ++n)
+        pictures.push_back(Bytes(W(SampleLibrary() + "/ads/ad_" + std::to_string(n) + ".png")));
     // Each tile in the service's order: on/off, ver, the picture its url names, the one its file holds.
     auto shown = [&](const AdTileMap& tiles) {
         std::string out;
@@ -58,11 +62,15 @@ TEST(AdRefresh, FetchesOnlyWhatChangedAndKeepsTilesAndPicturesThroughFailures) {
         if (reply.empty()) return;
         std::string x = "<root>";
         for (size_t i = 0; i < 3; ++i)
-            x += "<item on=\"" + std::to_string(i < 2) + "\" ver=\"" + reply[i] + "\" url=\"" + service.handle.baseUrl() +
-                 "/ad/ad_" + reply[4 + i] + ".png\">" + U8(service.galleries[i]) + "</item>";
+            x += "<item on=\"" + std::to_string(i < 2) + "\" ver=\"" + reply[i] + "\" url=\"" +
+                 service.handle.baseUrl() + "/ad/ad_" + reply[4 + i] + ".png\">" + U8(service.galleries[i]) + "</item>";
         service.handle.faults().set("/gallery/gad", {.body = x + "</root>"});
     };
-    struct Step { std::string reply, fault; long fetched; std::string tiles; };
+    struct Step {
+        std::string reply, fault;
+        long fetched;
+        std::string tiles;
+    };
     AdTileMap tiles = LoadAdTiles();
     for (const Step& step : std::vector<Step>{
              {"", "", 3, "on 1 u1 f1;on 2 u2 f2;off 3 u3 f3;"},
@@ -77,7 +85,8 @@ TEST(AdRefresh, FetchesOnlyWhatChangedAndKeepsTilesAndPicturesThroughFailures) {
         answer(step.reply);
         std::string path, error;
         service::Fault fault;
-        if (ParseFaultSwitch(step.fault, path, fault, error) && fault.active()) service.handle.faults().set(path, fault);
+        if (ParseFaultSwitch(step.fault, path, fault, error) && fault.active())
+            service.handle.faults().set(path, fault);
         tiles = RefreshAdTiles(tiles, u"ch 1", u"_2");
         EXPECT_EQ(service.Served("/ad/*"), step.fetched) << step.reply << step.fault;
         EXPECT_EQ(shown(tiles), step.tiles) << step.reply << step.fault;
