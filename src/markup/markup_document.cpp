@@ -529,7 +529,7 @@ std::u16string_view MarkupDocument::AttributeView(std::u16string_view name, std:
     uint32_t length = 0;
     if (!FindAttributeValue(m_main, name, begin, length)) return {};
     const std::u16string_view raw(m_text.get() + begin, length);
-    if (raw.find(u'&') == std::u16string_view::npos) return raw;
+    if (FindUnitBefore(m_text.get(), begin, static_cast<size_t>(begin) + length, u'&') == begin + length) return raw;
     scratch.clear();
     DecodeMarkupText(raw, scratch);
     return scratch;

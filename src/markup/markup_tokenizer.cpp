@@ -37,7 +37,7 @@ inline bool Is(char16_t c, uint8_t cls) { return c < 128 ? (kClasses.c[c] & cls)
 // m_length"; `from` may lie at m_length but not beyond.
 size_t MarkupTokenizer::FindUnit(size_t from, char16_t c) const { return FindUnitBefore(m_text, from, m_length, c); }
 
-void MarkupTokenizer::Read(size_t offset, MarkupNode& node) {
+void MarkupTokenizer::ReadOther(size_t offset, MarkupNode& node) {
     node.offset = offset;
     node.empty = false;
     const char16_t* t = m_text;

@@ -58,9 +58,25 @@ public:
     MarkupTokenizer(const char16_t* text, size_t length, std::u16string* records)
         : m_text(text), m_length(length), m_records(records) {}
 
-    void Read(size_t offset, MarkupNode& node);
+    void Read(size_t offset, MarkupNode& node) {
+        // Tags, most nodes of a document, go straight to their readers.
+        if (m_text[offset] == u'<') {
+            const char16_t c1 = m_text[offset + 1];
+            if (c1 == u'/' || IsStartTagNameStart(c1)) {
+                node.offset = offset;
+                node.empty = false;
+                return c1 == u'/' ? ReadEndTag(offset, node) : ReadStartTag(offset, node);
+            }
+        }
+        ReadOther(offset, node);
+    }
 
 private:
+    // Letters, '_', ':' and every unit from 'a' up open a start tag behind '<'.
+    static bool IsStartTagNameStart(char16_t c) {
+        return c >= u'a' || (c >= u'A' && c <= u'Z') || c == u'_' || c == u':';
+    }
+    void ReadOther(size_t offset, MarkupNode& node);
     void ReadStartTag(size_t offset, MarkupNode& node);
     void ReadEndTag(size_t offset, MarkupNode& node);
     void ReadTerminated(size_t offset, size_t minEnd, const char16_t* terminator, int kind,

@@ -56,6 +56,93 @@ bool HasSsse3() {
     static const bool has = __builtin_cpu_supports("ssse3");
     return has;
 }
+
+// Mixed runs of one-, two- and three-byte forms (ASCII markup between short
+// CJK words), 64 bytes a block: each byte is classed into a bit mask, the
+// continuations are checked against those the leads call for, and then, in
+// two steps of 32 bytes, every character is decoded in the 16-bit lane of its
+// last byte and those lanes are packed together and stored. Only the block's
+// loads lie on the path from one block to the next. Stops before anything
+// else (NUL, four-byte forms, ill-formed bytes, overlong forms, surrogates),
+// which the caller decodes one at a time. `at` must be a character boundary
+// at least two bytes into `s`, `out` must have room for `n` units. Returns
+// the positions in `s` and `out` behind what is decoded.
+// gcc 12 takes the deliberately undefined inputs of the AVX-512 intrinsics
+// for uninitialised variables.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
+struct Decoded {
+    size_t in;
+    size_t out;
+};
+__attribute__((target("avx512f,avx512bw,avx512vbmi2"))) Decoded DecodeMixedRun(const unsigned char* s, size_t n,
+                                                                                size_t i, char16_t* out, size_t o) {
+    while (i + 64 <= n) {
+        const __m512i v = _mm512_loadu_si512(s + i);
+        const uint64_t ascii = _mm512_cmpgt_epi8_mask(v, _mm512_setzero_si512());
+        if (ascii == ~uint64_t{0}) {
+            _mm512_storeu_si512(out + o, _mm512_cvtepu8_epi16(_mm512_castsi512_si256(v)));
+            _mm512_storeu_si512(out + o + 32, _mm512_cvtepu8_epi16(_mm512_extracti64x4_epi64(v, 1)));
+            i += 64;
+            o += 64;
+            continue;
+        }
+        // Signed bytes: 0x80..0xBF below -64 (0xA0.. of them above -97),
+        // 0xC2.. above -63, 0xE0.. above -33, 0xF0.. above -17; ASCII lies
+        // above all of them.
+        const uint64_t cont = _mm512_cmplt_epi8_mask(v, _mm512_set1_epi8(-64));
+        const uint64_t from2 = _mm512_cmpgt_epi8_mask(v, _mm512_set1_epi8(-63));
+        const uint64_t from3 = _mm512_cmpgt_epi8_mask(v, _mm512_set1_epi8(-33));
+        const uint64_t from4 = _mm512_cmpgt_epi8_mask(v, _mm512_set1_epi8(-17));
+        const uint64_t highCont = _mm512_mask_cmpgt_epi8_mask(cont, v, _mm512_set1_epi8(-97));
+        const uint64_t leadE0 = _mm512_cmpeq_epi8_mask(v, _mm512_set1_epi8(static_cast<char>(0xE0)));
+        const uint64_t leadED = _mm512_cmpeq_epi8_mask(v, _mm512_set1_epi8(static_cast<char>(0xED)));
+        const uint64_t lead2 = from2 & ~from3;
+        const uint64_t lead3 = from3 & ~from4;
+        const uint64_t ends = ascii | (lead2 << 1) | (lead3 << 2);
+        // NUL, 0xC0, 0xC1 and 0xF0 up are in no class; a continuation no lead
+        // calls for, or a lead without its continuations, breaks the pattern,
+        // as do E0 with 80..9F (overlong) and ED with A0..BF (surrogate).
+        // Leads in the last two bytes reach into the next block: not checked
+        // here, as their characters are left for it.
+        const uint64_t faults = ~(ascii | cont | lead2 | lead3) |
+                                (cont ^ ((lead2 << 1) | (lead3 << 1) | (lead3 << 2))) |
+                                (((leadE0 & ~(highCont >> 1)) | (leadED & (highCont >> 1))) & (~uint64_t{0} >> 1));
+        uint64_t take = ends;
+        // Characters through the last one complete before the first fault.
+        if (faults != 0) take &= (faults & (0 - faults)) - 1;
+        if (take == 0) break;
+        for (int c = 0; c < 2; ++c) {
+            const unsigned char* p = s + i + 32 * c;
+            const __m512i b0 = _mm512_cvtepu8_epi16(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(p)));
+            const __m512i b1 = _mm512_cvtepu8_epi16(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(p - 1)));
+            const __m512i b2 = _mm512_cvtepu8_epi16(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(p - 2)));
+            const __m512i low6 = _mm512_and_si512(b0, _mm512_set1_epi16(0x3F));
+            const __m512i cp3 = _mm512_or_si512(
+                _mm512_or_si512(_mm512_slli_epi16(b2, 12),
+                                _mm512_slli_epi16(_mm512_and_si512(b1, _mm512_set1_epi16(0x3F)), 6)),
+                low6);
+            const __m512i cp2 = _mm512_or_si512(_mm512_slli_epi16(_mm512_and_si512(b1, _mm512_set1_epi16(0x1F)), 6), low6);
+            const __mmask32 end3 = static_cast<__mmask32>((lead3 << 2) >> (32 * c));
+            const __mmask32 end2 = static_cast<__mmask32>((lead2 << 1) >> (32 * c));
+            __m512i cp = _mm512_mask_blend_epi16(end2, b0, cp2);
+            cp = _mm512_mask_blend_epi16(end3, cp, cp3);
+            const __mmask32 keep = static_cast<__mmask32>(take >> (32 * c));
+            _mm512_storeu_si512(out + o, _mm512_maskz_compress_epi16(keep, cp));
+            o += static_cast<size_t>(__builtin_popcount(keep));
+        }
+        i += 64 - static_cast<unsigned>(__builtin_clzll(take));
+        if (faults != 0) break;  // the caller decodes the faulty byte
+    }
+    return {i, o};
+}
+#pragma GCC diagnostic pop
+
+bool HasAvx512() {
+    static const bool has = __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
+                                 __builtin_cpu_supports("avx512vbmi2");
+    return has;
+}
 #endif
 
 }  // namespace
@@ -97,6 +184,14 @@ size_t DecodeUtf8Into(const unsigned char* s, size_t n, char16_t* out, size_t& n
                 break;
             }
 #if defined(__x86_64__)
+            if (i >= 2 && HasAvx512()) {
+                const Decoded d = DecodeMixedRun(s, n, i, out, o);
+                if (d.in != i) {
+                    i = d.in;
+                    o = d.out;
+                    continue;
+                }
+            }
             if (b >= 0xE0 && b < 0xF0 && HasSsse3()) {
                 const size_t taken = DecodeThreeByteRun(s + i, n - i, out + o);
                 if (taken != 0) {

@@ -152,12 +152,14 @@ TEST(MarkupText, DecodesReferencesAndUtf8LikeThePlatformCodecAndNamesEncodings) 
 
     // The fast UTF-8 decoder agrees with the platform's codec.
     // Edge sequences, then runs of three-byte forms (long enough for the four-at-a-time
-    // path) with one fault at every place, then random byte soup.
+    // path and for the 64-byte blocks of mixed text) with one fault at every place, then
+    // mixed markup and CJK across several blocks with one fault at every place, then
+    // random byte soup.
     std::vector<std::string> inputs = {"\xC0\xAF", "\xE0\x80\xAF", "\xF4\x8F\xBF\xBF", "\xF4\x90\x80\x80",
                                        "\xF8\x88\x80\x80\x80", std::string(40, 'x') + "\x80" + std::string(16, 'y'),
                                        std::string("a\0b\0\0c", 6)};
     for (size_t prefix = 0; prefix < 3; ++prefix) {
-        for (size_t run = 1; run <= 14; ++run) {
+        for (size_t run = 1; run <= 26; ++run) {
             std::string base = std::string(prefix, 'a');
             for (size_t k = 0; k < run; ++k) base += "\xE4\xB8\xAD";
             base += "z";
@@ -171,10 +173,18 @@ TEST(MarkupText, DecodesReferencesAndUtf8LikeThePlatformCodecAndNamesEncodings) 
                     inputs.push_back(std::string(base).replace(prefix + 3 * k, 3, other));
         }
     }
+    std::string mixed;
+    while (mixed.size() < 200) mixed += "<item id=\"7\" name=\"\xE5\x88\x86\xE7\xB1\xBB\xC3\xA9\">\xE4\xB8\xAD</item>";
+    for (size_t at = 0; at < mixed.size(); ++at) {
+        for (const char* other : {"\x80", "\xC1", "\xF0\x9F\x98\x80", "\xE0\x80\x80", "\xED\xA0\x80", "\xE0\xA0\x80", "\xED\x9F\xBF"})
+            inputs.push_back(std::string(mixed).insert(at, other));
+        // A NUL inside a form spoils it, which the codec of the text without it can't see.
+        if (static_cast<unsigned char>(mixed[at]) < 0x80) inputs.push_back(std::string(mixed).insert(at, 1, '\0'));
+    }
     std::mt19937 rng(7);
     const char alphabet[] = {'a', '<', ' ', '\xE4', '\xB8', '\xAD', '\xC2', '\xA9', '\xF0', '\x9F', '\x80', '\xFF', '\xED', '\xA0'};
     for (int k = 0; k < 2000; ++k)
-        for (char& c : inputs.emplace_back(rng() % 64, 'a')) c = alphabet[rng() % sizeof alphabet];
+        for (char& c : inputs.emplace_back(rng() % 160, 'a')) c = alphabet[rng() % sizeof alphabet];
     for (const std::string& in : inputs) {
         std::vector<char16_t> out(in.size() + 1);
         size_t nulls = 1;
