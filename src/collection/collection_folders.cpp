@@ -24,7 +24,7 @@ std::u16string Decimal(int value) {
 }  // namespace
 
 std::u16string MirrorDir(std::u16string_view root, int32_t userId) {
-    return std::u16string(root) + u"/" + Decimal(userId) + u"_" + std::u16string(kCollectionClass);
+    return std::u16string(root) + u"/" + Decimal(userId) + u"_收藏";
 }
 
 std::u16string FolderIdByName(const CollectionFolderMap& folders, std::u16string_view name) {

@@ -62,6 +62,10 @@ bool FileExists(std::u16string_view path) {
     return StatPath(path, st) && S_ISREG(st.st_mode);
 }
 
+bool IsSafePathSegment(std::u16string_view name) {
+    return !name.empty() && name != u"." && name != u".." && name.find_first_of(u"/\\") == std::u16string_view::npos;
+}
+
 bool DirectoryExists(std::u16string_view path) {
     struct stat st;
     return StatPath(path, st) && S_ISDIR(st.st_mode);

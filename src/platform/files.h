@@ -10,6 +10,10 @@ namespace marrowfin {
 
 std::string NativePath(std::u16string_view path);  // UTF-8 for the system
 
+// A name the service gives that may stand as one folder or file name of a
+// path: not empty, not "." or "..", no separator.
+bool IsSafePathSegment(std::u16string_view name);
+
 bool PathExists(std::u16string_view path);  // file or folder
 bool FileExists(std::u16string_view path);  // a regular file
 bool DirectoryExists(std::u16string_view path);

@@ -9,10 +9,6 @@ namespace marrowfin {
 std::u16string SearchCacheDir(const std::u16string& root) { return root + u"/search"; }
 std::u16string SearchCacheVersions(const std::u16string& root) { return SearchCacheDir(root) + u"/ver.ini"; }
 
-bool IsSafePathSegment(std::u16string_view name) {
-    return !name.empty() && name != u"." && name != u".." && name.find_first_of(u"/\\") == std::u16string_view::npos;
-}
-
 bool EnsureSearchCache(const std::u16string& root) {
     const std::u16string dir = SearchCacheDir(root);
     return DirectoryExists(dir) || CreateDirectories(dir);

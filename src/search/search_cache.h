@@ -12,10 +12,6 @@ namespace marrowfin {
 std::u16string SearchCacheDir(const std::u16string& root);      // <root>/search
 std::u16string SearchCacheVersions(const std::u16string& root); // <root>/search/ver.ini
 
-// A name the service gives that may stand as one folder or file name of a
-// path: not empty, not "." or "..", no separator.
-bool IsSafePathSegment(std::u16string_view name);
-
 // Creates <root>/search when it is missing; false when it cannot be made.
 bool EnsureSearchCache(const std::u16string& root);
 // CloseGallery's clean-up: the cache goes as a whole. True when it is gone.

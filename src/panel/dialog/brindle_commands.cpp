@@ -191,13 +191,14 @@ void CBrindleDlg::ApplyShowList(std::intptr_t force) {
         if (!item.name.empty() && listed.insert(item.name).second) names.push_back(item.name);
 
     {
-        GalleryNode* collection = nullptr;
+        // The collections (the cloud's mirror and an old local one) stay.
+        std::vector<GalleryNode*> collections;
         std::vector<GalleryNode*> dropped;
         std::map<std::u16string, GalleryNode*> kept;
         for (GalleryNode* child : root->dirChildren) {
             if (!child) continue;
-            if (child->name == kCollectionText && !collection) {
-                collection = child;
+            if (child->name == kCollectionText) {
+                collections.push_back(child);
             } else if (listed.count(child->name.str()) && !kept.count(child->name.str())) {
                 kept[child->name.str()] = child;
             } else {
@@ -210,7 +211,7 @@ void CBrindleDlg::ApplyShowList(std::intptr_t force) {
             ++m_store->treeEpoch;
             ReleaseSubtreesLater(std::move(dropped));
         }
-        if (collection) root->dirChildren.push_back(collection);
+        for (GalleryNode* collection : collections) root->dirChildren.push_back(collection);
         for (const std::u16string& name : names) {
             if (auto it = kept.find(name); it != kept.end()) {
                 // Put back as it was: AddChild would read the common-use list a second time.
@@ -221,8 +222,7 @@ void CBrindleDlg::ApplyShowList(std::intptr_t force) {
             if (FindNodeByPath(root, path)) continue;
             auto* gallery = new GalleryNode(root->name, path, name, u"dir", false, false, 0);
             if (!AddChild(root, gallery, false)) delete gallery;
-            // Its classes come from the next opening (or ReloadFolder once the
-            // collections' loader joins).
+            // Its classes come from the next opening.
         }
     }
 

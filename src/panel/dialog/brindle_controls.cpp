@@ -223,8 +223,7 @@ void CBrindleDlg::OnButton(int id) {
     } else if (id >= 2080 && id <= 2099) {
         OpenSubclass(id);
     } else if (id >= 2100 && id <= 2110) {
-        // The rest of the collection bar joins with the collections.
-        if (id == 2104) GoToPage(PageCollectionSearch);
+        OnCollectionBar(id);
     } else if ((id >= 2150 && id <= 2158) || id == 2002) {
         OnPanelButton(id);
     } else if (id >= 2200 && id <= 2205) {

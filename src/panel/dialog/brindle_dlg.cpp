@@ -13,6 +13,7 @@
 #include "net/gallery_sync.h"
 #include "net/http_stack.h"
 #include "panel/classes/class_table_refresh.h"
+#include "panel/classes/panel_workers.h"
 #include "panel/dialog/collection_rows.h"
 #include "panel/dialog/download_progress.h"
 #include "panel/dialog/host_requests.h"
@@ -117,6 +118,9 @@ std::intptr_t CBrindleDlg::OnMessage(uint32_t message, std::uintptr_t wParam, st
             return 0;
         case MsgCollectionRows:
             OnCollectionRows(wParam, std::move(payload));
+            return 0;
+        case MsgWorkerAnswer:
+            if (auto* answer = dynamic_cast<WorkerAnswer*>(payload.get())) answer->deliver();
             return 0;
         case MsgFileReady:
             // The store's queue hands over the path; it is freed on return.

@@ -16,6 +16,7 @@
 //                            commands, the panel buttons
 //   brindle_commands.cpp     MsgPanelCommand
 //   collection_rows.cpp      the collection search page's rows as they come back
+//   collection_road.cpp      the collection's folders, blocks, mirror files, deletions
 //   search_road.cpp          the search run, its staged rows, the local fallback
 //   row_commands.cpp         result rows: thumbnails, downloads, "使用" and "收藏"
 
@@ -27,6 +28,8 @@
 #include <string>
 #include <vector>
 
+#include "collection/collection_folders.h"
+#include "collection/collection_mirror.h"
 #include "panel/classes/class_table.h"
 #include "panel/model/block_row.h"
 #include "panel/model/panel_messages.h"
@@ -120,6 +123,10 @@ public:
     std::vector<int> m_rowsToCheck;
     std::map<std::u16string, uint8_t> m_boutiqueCache;
 
+    // ---- collections ----------------------------------------------------
+    CollectionFolderMap m_folderMap;
+    bool m_quietCollect = false;  // a reload asked for from outside keeps the page's state
+
     // ---- thumbnails -----------------------------------------------------
     std::vector<int> m_thumbsToCheck;
     std::vector<std::u16string> m_thumbWaiting;
@@ -168,8 +175,13 @@ public:
     void SearchFor(const QString& text);                 // SearchBrindleRes, copy-data 414
     bool IsBlkBoutique(const std::u16string& blockPath);
     int RequireLogin();
-    // 1 the collection is fresh, 0 nothing could be read, 2 the page is occupied.
-    int ReloadCollection();
+    // Reads the folder list on a worker and rebuilds the collection's part of
+    // the tree; `then` gets 1 (the collection is fresh), 0 (nothing could be
+    // read) or 2 (the page is occupied) on the panel's thread. A newer reload
+    // drops the `then` of one still on its way.
+    void ReloadCollection(std::function<void(int)> then = {});
+    // A folder list or a folder's blocks is on its way from the service.
+    bool CollectionBusy() const { return m_collectionLoading || m_folderReading; }
     int FindRow(const BlockRow& row) const;
     int FindRow(const RowKey& row) const;
     // The newest search run is known and has ended (the result count may show).
@@ -266,7 +278,29 @@ private:
     std::vector<PreviewJob> m_rowPreviewJobs;
     uint64_t m_rowGeneration = 0;
     void ForgetCollectionRows();
+
+    // The collection (collection_road.cpp).
+    std::uintptr_t m_collectionLoads = 0;      // generation of the newest reload
+    std::function<void(int)> m_collectionThen;  // what the newest reload continues with
+    std::uintptr_t m_folderReads = 0;          // generation of the newest folder read
+    bool m_collectionLoading = false;
+    bool m_folderReading = false;
+    bool m_blockDeletePending = false;
+    bool m_folderDeletePending = false;
+    void OnCollectionBar(int id);  // 2100 to 2105
+    void AdoptFolderList(FolderListRead read, const std::u16string& mirror, bool quiet);
+    void ContinueCollectionSwitch(int previous, int reloaded);
+    // A collection folder's blocks are read on a worker; false when none started.
+    bool LoadFolderBlocks(CSubclassButton* button, const std::u16string& path);
+    void AdoptFolderBlocks(FolderBlocksRead read, const std::u16string& path);
+    void NextCollectionThumb();  // event 3
+    void DeleteSelectedBlock();  // 2102
+    void BlockDeleted(const std::u16string& folderPath, const std::u16string& blockPath,
+                      const std::u16string& blockName);
+    void AskDeleteFolder(CSubclassButton* button);  // event 10, 2105
     void ShowEmptyClass(int row, const std::u16string& path);
+    // SwitchClass's half for a row whose class is known: its subclasses shown.
+    void ShowClassOf(int row, const std::u16string& text);
     // The halves of SwitchClass and OpenSubclass after the service was asked;
     // a fetch under way continues them when its update is adopted.
     void ShowGalleryClasses(int row, const std::u16string& path);

@@ -115,9 +115,7 @@ void CBrindleDlg::OnPanelEvent(std::uintptr_t code, std::intptr_t lParam, std::u
                 ThumbDownloadEnded(*this, code == 1, path->value);
             return;
         case 3:
-            // The collections' thumbnail downloads (m_thumbWaiting to
-            // m_thumbRunning, a worker per path) join with the collections:
-            // their download address comes from the collection model.
+            NextCollectionThumb();
             return;
         case 4: {
             for (int id : kStatusButtons)
@@ -156,6 +154,9 @@ void CBrindleDlg::OnPanelEvent(std::uintptr_t code, std::intptr_t lParam, std::u
             (void)PostWindowMessage(Handle(), MsgPanelEvent, 4, 0);
             return;
         }
+        case 10:
+            AskDeleteFolder(reinterpret_cast<CSubclassButton*>(lParam));
+            return;
         default:
             return;
     }

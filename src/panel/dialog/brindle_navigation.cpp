@@ -192,24 +192,33 @@ void CBrindleDlg::SwitchClass(int row) {
     }
 
     if (row == 1) {
-        const int reloaded = ReloadCollection();
-        if (reloaded == 0) {
-            // Nothing could be read: back to the row the user came from.
-            const int previous = m_classIndex < 0 ? 0 : m_classIndex;
-            m_forceList = true;
-            m_classIndex = row;
-            SelectClass(previous == 1 ? 0 : previous, true);
-            return;
-        }
-        if (reloaded == 2) {
-            m_classIndex = 1;
-            return;
-        }
-        if (userId < 2) return;
+        // The folders come from the service; the page shows that it loads.
+        const int previous = m_classIndex;
         m_classIndex = 1;
-        text = CollectionName(userId);
+        ReloadCollection([this, previous](int reloaded) { ContinueCollectionSwitch(previous, reloaded); });
+        return;
     }
+    ShowClassOf(row, text);
+}
 
+// The class switch's half after the reload: the folders on the subclass
+// buttons, or back to the row the user came from when nothing could be read.
+void CBrindleDlg::ContinueCollectionSwitch(int previous, int reloaded) {
+    // The user went elsewhere while the folders were on their way.
+    if (m_classIndex != 1 || m_page != PageCollection) return;
+    if (reloaded == 0) {
+        if (previous == -2) return;  // "重试" keeps the page with its failure
+        m_forceList = true;
+        SelectClass(previous == 1 || previous < 0 ? 0 : previous, true);
+        return;
+    }
+    if (reloaded == 2 || userId < 2) return;
+    ShowClassOf(1, CollectionName(userId));
+}
+
+void CBrindleDlg::ShowClassOf(int row, const std::u16string& text) {
+    GalleryNode* root = m_store ? m_store->root : nullptr;
+    if (!root) return;
     const std::u16string path = root->Path() + u"/" + text;
     if (!DirectoryExists(path)) {
         ShowEmptyClass(row, path);
@@ -320,14 +329,19 @@ void CBrindleDlg::OpenSubclass(int id) {
 
     if (!m_store || !m_store->root) return;
     const std::u16string path = S(button->data);
-    if (!FindNodeByPath(m_store->root, path)) return;
-    // A folder of the collections takes its blocks from the service first;
-    // that joins with the collections, until then the mirror on disk stands.
+    GalleryNode* opened = FindNodeByPath(m_store->root, path);
+    if (!opened) return;
 
     m_curClassPath = path;
     m_listNodes.Reset(*m_store);
     m_itemsPending.clear();
     m_openedSubclass = button;
+    // A folder of the collections takes its blocks from the service first;
+    // their arrival lists it.
+    if (opened->OwnerName() == kCollectionClass) {
+        if (!LoadFolderBlocks(button, path)) ListSubclass(button, path);
+        return;
+    }
     // Outdated blocks are fetched on a worker; their arrival lists the class.
     if (ClassIsStale(*m_store, path)) {
         if (std::optional<TreeRequest> request = PrepareClassItems(*m_store, path)) {
@@ -528,7 +542,9 @@ void CBrindleDlg::OpenTargetClass() {
     if (target.find(kCollectionRoute) != std::u16string::npos) {
         if (userId < 2 || userId != m_collectionUser) {
             m_collectionUser = userId;
-            if (ReloadCollection() == 1 && userId >= 2) OpenTargetClass();
+            ReloadCollection([this](int reloaded) {
+                if (reloaded == 1 && userId >= 2) OpenTargetClass();
+            });
             return;
         }
         m_forceList = true;
@@ -669,7 +685,7 @@ void CBrindleDlg::FilterCollectionRows() {
 void CBrindleDlg::OnPanelButton(int id) {
     switch (id) {
         case 2150:
-            // As collection bar 2100 ("添加图块"), which joins with the collections.
+            OnButton(2100);
             return;
         case 2151: {
             if (!m_classList || m_classIndex < 0 || m_classIndex >= m_classList->GetItemCount()) return;
@@ -696,8 +712,10 @@ void CBrindleDlg::OnPanelButton(int id) {
             StatisticsButton();
             return;
         case 2155:
+            // The cloud replacement joins with the hand-over.
+            return;
         case 2157:
-            // The cloud replacement and the collection reload join with the collections.
+            ReloadCollection([this](int reloaded) { ContinueCollectionSwitch(-2, reloaded); });
             return;
         case 2156:
             (void)WriteOldCollectTip(u"1");  // a failed write only brings the notice back
@@ -713,27 +731,6 @@ void CBrindleDlg::OnPanelButton(int id) {
         default:
             return;
     }
-}
-
-}  // namespace marrowfin
-
-namespace marrowfin {
-
-// The collections' own reading from the service (folders, the mirror, the
-// hand-over of an old collection) joins with the collections. Until then the
-// sign-in and token steps are real, and a signed-in user's collection stands
-// empty.
-int CBrindleDlg::ReloadCollection() {
-    if (userId < 1) {
-        RequireLogin();
-        if (userId < 1) return 0;
-    }
-    if (userToken.empty()) {
-        SendWindowMessage(Handle(), MsgPanelEvent, 5, 3);
-        return 0;
-    }
-    SendWindowMessage(Handle(), MsgPanelEvent, 5, -1);
-    return 1;
 }
 
 }  // namespace marrowfin

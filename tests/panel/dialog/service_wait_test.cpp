@@ -157,14 +157,15 @@ TEST(LivePages, CollectionSearchWaitsForTheCloudBlocksFiltersThemAndDropsLateAns
     ASSERT_EQ(w.service.users().addFolder(42, "收藏夹1", &folder), "");
     for (const std::string name : {"螺栓M8.dwg", "螺母.dwg", "Bolt-Large.dwg"})
         w.service.users().addBlock({0, folder, name, "收藏夹1", 3000, name == "螺母.dwg"});
-    GalleryNode* mine = w.AddCollections(42, {u"收藏夹1"}, 0);
-    WriteBytes(U8(mine->dirChildren[0]->Path()) + "/螺母.dwg", std::string(2000, 'x'));
     w.MakePanel();
     CBrindleDlg& p = *w.panel;
     auto asked = [&] { return w.service.counters().get("/gallery/get_u_collect").count; };
     w.SignIn(42);
     ASSERT_TRUE(w.OpenRow(1));
     ASSERT_EQ(p.m_page, PageCollection);
+    // The mirror starts clean at the first read: the nut lands in it afterwards.
+    WriteBytes(U8(NumberedCollectionFolder(42)) + "/收藏夹1/螺母.dwg", std::string(2000, 'x'));
+    const long opened = asked();
     // "搜索收藏" opens the page at once, waiting; the loop turns meanwhile.
     w.service.faults().set("/gallery/get_u_collect", kHeld);
     LoopWitness witness(w.service, "/gallery/get_u_collect");
@@ -177,10 +178,11 @@ TEST(LivePages, CollectionSearchWaitsForTheCloudBlocksFiltersThemAndDropsLateAns
     p.m_searchEdit->setText(QStringLiteral("螺"));
     w.ClickButton(2201);
     EXPECT_TRUE(p.m_rows.empty() && p.m_searchState == 1);
+    w.service.faults().clear("/gallery/get_u_collect");
     w.service.faults().releaseHeld();
     ASSERT_TRUE(PumpUntil([&] { return !p.m_collectionRowsPending; }));
     Pump(30);  // command 16 shows the hits
-    EXPECT_EQ(asked(), 1);
+    EXPECT_EQ(asked(), opened + 1);
     ASSERT_EQ(p.m_collectionRows.size(), 3u);
     for (const BlockRow& row : p.m_collectionRows) {
         const bool nut = row.name == QStringLiteral("螺母.dwg");
@@ -206,10 +208,13 @@ TEST(LivePages, CollectionSearchWaitsForTheCloudBlocksFiltersThemAndDropsLateAns
         EXPECT_EQ(std::make_pair(p.m_searchState, w.Shown(p.m_searchList)), std::make_pair(found ? 0 : 3, found));
     }
 
-    // Leave before the answer: it comes, and is dropped.
-    w.service.faults().set("/gallery/get_u_collect", kHeld);
+    // Leave before the answer: it comes, and is dropped. Only the page's
+    // request is held; the collections' own reload on the way back is not.
     w.ClickButton(2202, 500);
     ASSERT_TRUE(w.WaitForSwitch());
+    service::Fault heldOnce = kHeld;
+    heldOnce.remaining = 1;
+    w.service.faults().set("/gallery/get_u_collect", heldOnce);
     w.ClickButton(2104, 500);
     const std::uintptr_t left = p.m_collectionRowsGeneration;
     EXPECT_EQ(p.m_searchState, 1);
@@ -229,6 +234,7 @@ TEST(LivePages, CollectionSearchWaitsForTheCloudBlocksFiltersThemAndDropsLateAns
     w.service.faults().set("/gallery/get_u_collect", late);
     w.ClickButton(2104, 500);
     const std::uintptr_t older = p.m_collectionRowsGeneration;
+    // Back on the collections, the reload meets the fault's second use: none.
     w.ClickButton(2202, 500);
     ASSERT_TRUE(w.WaitForSwitch());
     w.ClickButton(2104, 500);

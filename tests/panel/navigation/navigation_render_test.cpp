@@ -17,7 +17,7 @@ TEST(NavigationRender, BrowseAndSearchRoadsAtRatesOneAndOneAndAHalf) {
         PanelWorld w;
         GalleryNode* few = w.AddGallery({u"五金", 3, 6});
         GalleryNode* many = w.AddGallery({u"机械零件", 19, 8, 2, /*boutique*/ true});
-        GalleryNode* mine = w.AddCollections(7, {u"收藏夹1", u"螺栓..常用件", u"管件"}, 4);
+        const std::u16string mine = w.AddCollections(7, {u"收藏夹1", u"螺栓..常用件", u"管件"}, 4);
         for (int i = 0; i < 5; ++i) w.AddRecent(many->dirChildren[i]->fileChildren[0]->Path());
         w.MakePanel(true, rate);
         CBrindleDlg& p = *w.panel;
@@ -29,6 +29,10 @@ TEST(NavigationRender, BrowseAndSearchRoadsAtRatesOneAndOneAndAHalf) {
         g_defaultHotWord = p.m_hotWords[0];
         auto looks = [&](const std::string& name) {
             Pump(30);
+            // The mirror's files are asked for and fail (the service has none): the cells settle.
+            (void)PumpUntil([&] {
+                return !IsTimerRunning(p.Handle(), kTimerThumbRequest) && p.m_thumbWaiting.empty() && p.m_thumbRunning.empty();
+            });
             return MatchesReference(p.grab().toImage(), "panel/navigation", name + at);
         };
         EXPECT_TRUE(looks("recent"));  // the start page; the boutique gallery's row is marked
@@ -104,15 +108,19 @@ TEST(NavigationRender, BrowseAndSearchRoadsAtRatesOneAndOneAndAHalf) {
         EXPECT_TRUE(looks("sync_prompt"));
         p.m_itemCount = 4;
         SendWindowMessage(p.Handle(), MsgPanelEvent, 5, -1);
-        EXPECT_EQ(p.m_curClassPath, mine->dirChildren[0]->Path());
+        EXPECT_EQ(p.m_curClassPath, mine + u"/收藏夹1");
         p.GoToPage(PageBrowse);  // a browse argument on a browse page changes nothing
         EXPECT_EQ(p.m_page, PageCollection);
 
         // "搜索收藏": offline the page stays, empty, and an empty box stops
         // there: no default word. "返回" brings the collections back.
+        service::Fault offline;
+        offline.drop = true;
+        w.service.faults().set("/gallery/get_u_collect", offline);
         w.ClickButton(2104, 500);
         ASSERT_TRUE(PumpUntil([&] { return !p.m_collectionRowsPending; }));
         EXPECT_TRUE(p.m_collectionRows.empty() && looks("collection_search"));
+        w.service.faults().set("/gallery/get_u_collect", service::Fault{});
         w.ClickButton(2201);
         // Nothing was searched.
         EXPECT_TRUE(p.m_searchEdit->text().isEmpty() && p.m_searchUntouched && p.m_searchState == 0);

@@ -11,7 +11,8 @@ TEST(Routes, RoutesTheCollectionsRowTheHostButtonsTheCommandsAndTheShowList) {
     PanelWorld w;
     GalleryNode* g1 = w.AddGallery({u"五金", 3, 2});
     GalleryNode* g2 = w.AddGallery({u"家具", 3, 6});
-    GalleryNode* mine = w.AddCollections(7, {u"夹1", u"夹2"}, 2);
+    const std::u16string mine = w.AddCollections(7, {u"夹1", u"夹2"}, 2);
+    (void)w.AddCollections(8, {}, 0);
     w.MakePanel();
     CBrindleDlg& p = *w.panel;
     p.hostWindow = HandleOf(&host);
@@ -35,11 +36,13 @@ TEST(Routes, RoutesTheCollectionsRowTheHostButtonsTheCommandsAndTheShowList) {
     EXPECT_EQ(std::make_tuple(host.Requests(MARROWFIN_REQUEST_SIGN_IN).size(), p.m_page, p.m_classList->GetSelectedRow()),
               std::make_tuple(asked + 1, int(PageBrowse), w.RowOf(u"家具")));
     EXPECT_FALSE(w.ButtonShown(2100));
-    // Signed in without a mirror folder: the empty collection offers "添加图块".
+    // Signed in with nothing in the cloud: the default folder is made and
+    // opened empty, offering "添加图块".
     w.SignIn(8);
     ASSERT_TRUE(w.OpenRow(1));
-    EXPECT_EQ(p.m_curClassPath, NumberedCollectionFolder(8));
+    EXPECT_EQ(p.m_curClassPath, NumberedCollectionFolder(8) + u"/收藏夹1");
     EXPECT_TRUE(w.ButtonShown(2150) && !w.ButtonShown(2151) && !w.Shown(p.m_pThumbList));
+    EXPECT_TRUE(DirectoryExists(p.m_curClassPath));
     // "不替换" remembers the answer and reopens the collections.
     p.Button(2156)->show();
     w.ClickButton(2156);
@@ -49,7 +52,7 @@ TEST(Routes, RoutesTheCollectionsRowTheHostButtonsTheCommandsAndTheShowList) {
 
     w.SignIn(7);
     ASSERT_TRUE(routeTo(u"/我的收藏/夹2"));
-    EXPECT_EQ(std::make_pair(p.m_page, p.m_curClassPath), std::make_pair(int(PageCollection), mine->dirChildren[1]->Path()));
+    EXPECT_EQ(std::make_pair(p.m_page, p.m_curClassPath), std::make_pair(int(PageCollection), mine + u"/夹2"));
     EXPECT_TRUE(p.m_subclassBtns[1]->selected);
     // A gallery alone opens its first class; leaving the collections puts the buttons back.
     ASSERT_TRUE(routeTo(u"/五金"));

@@ -41,7 +41,7 @@ bool PanelHarness::WaitForSwitch(int timeoutMs) {
     // Posted commands first: one of them may start the switch timer the other one's tick asked for.
     const bool ok = PumpUntil([&] {
         QCoreApplication::sendPostedEvents();
-        return !IsTimerRunning(h, 2000) && !IsTimerRunning(h, 1011);
+        return !IsTimerRunning(h, 2000) && !IsTimerRunning(h, 1011) && !panel->CollectionBusy();
     }, timeoutMs);
     Pump(30);  // the commands the switch posted
     return ok;
@@ -133,14 +133,30 @@ void PanelWorld::AddRecent(const std::u16string& path) {
     AddChild(root(), new GalleryNode(kRootName, path, stem, kKindFile, false, false, 0), false);
 }
 
-GalleryNode* PanelWorld::AddCollections(int user, const std::vector<std::u16string>& folders, int blocksPerFolder) {
-    const std::u16string path = NumberedCollectionFolder(user);
-    auto* collections = new GalleryNode(kRootName, path, u"我的收藏", kKindDir, false, false, 0);
-    AddChild(root(), collections, true);
-    CreateDirectories(path);
-    for (const std::u16string& folder : folders)
-        CreateDirectories(AddClass(collections, folder, blocksPerFolder)->Path());
-    return collections;
+std::u16string PanelWorld::AddCollections(int user, const std::vector<std::u16string>& folders, int blocksPerFolder) {
+    if (!service.ok()) {
+        // Only the collections are served; every other request fails as
+        // against a closed port, so the rest of the world stays offline.
+        Serve(SampleLibrary());
+        service::Fault down;
+        down.status = 503;
+        service.faults().set("*", down);
+        for (const char* path : {"/gallery/get_u_collect", "/gallery/get_u_f", "/gallery/favorite", "/gallery/favorite_dwgs",
+                                 "/gallery/dwg_collect", "/gallery/dwg_collectu", "/gallery/mvff", "/gallery/cdwgrn",
+                                 "/gallery/lfstatu", "/ufiles/*"})
+            service.faults().set(path, service::Fault{});
+    }
+    service::UserState& users = service.users();
+    // The sample's state outlives a test within one program.
+    if (!users.userExists(user)) users.addUser(user, "token-" + std::to_string(user));
+    (void)users.clearCollection(user);
+    for (const std::u16string& folder : folders) {
+        int64_t id = 0;
+        users.addFolder(user, U8(folder), &id);
+        for (int b = 0; b < blocksPerFolder; ++b)
+            users.addBlock({0, id, U8(folder) + "_" + std::to_string(b) + ".dwg", U8(folder), 2048, false});
+    }
+    return NumberedCollectionFolder(user);
 }
 
 void PanelWorld::MakePanel(bool waitForStart, float rate) {

@@ -134,8 +134,10 @@ public:
     // A class named `name` under `gallery` with `blocks` blocks.
     GalleryNode* AddClass(GalleryNode* gallery, const std::u16string& name, int blocks);
     void AddRecent(const std::u16string& path);
-    // The collections of `user`: node "我的收藏" at <root>/<user>_收藏 with folders.
-    GalleryNode* AddCollections(int user, const std::vector<std::u16string>& folders, int blocksPerFolder);
+    // The collections of `user` (token "token-<user>") on the stand-in
+    // service: folders with blocks "<folder>_<n>.dwg". Without a library the
+    // service is started to serve the collections alone. Returns the mirror.
+    std::u16string AddCollections(int user, const std::vector<std::u16string>& folders, int blocksPerFolder);
 
     // Makes, shows and starts the panel over this store: waits for the first
     // class list (the recent list opened) unless `waitForStart` is false.

@@ -1,0 +1,349 @@
+// The collection as the panel reads it: the folder list (ReloadCollection),
+// a folder's blocks (when its button opens), the mirror's files as they come
+// into view, and deleting a block. Every request runs on a panel worker; the
+// answers change the tree and m_folderMap here, on the panel's thread.
+#include <QLineEdit>
+
+#include <algorithm>
+
+#include "collection/collection_calls.h"
+#include "collection/collection_mirror.h"
+#include "net/http_transport.h"
+#include "panel/classes/panel_workers.h"
+#include "panel/dialog/brindle_dlg.h"
+#include "panel/lists/dwg_list_view.h"
+#include "platform/files.h"
+#include "skin/pop_tip_dlg.h"
+#include "skin/subclass_button.h"
+#include "store/gallery_node.h"
+#include "store/gallery_store.h"
+#include "store/gallery_tree.h"
+
+namespace marrowfin {
+
+namespace {
+
+// Files of the mirror fetched at once, as for the gallery's thumbnails.
+constexpr size_t kMirrorFetchLanes = 6;
+constexpr std::uintptr_t kEventThumbDone = 1;
+constexpr std::uintptr_t kEventThumbFailed = 2;
+constexpr std::uintptr_t kEventNextThumb = 3;
+
+void Tip(QWidget* parent, const QString& title, const QString& text, const QString& second = QString()) {
+    CPopTipDlg tip(parent);
+    tip.Configure(title, false, text, second, QStringLiteral("确定"), QString());
+    (void)tip.DoModal();
+}
+
+bool EndsWith(std::u16string_view text, std::u16string_view tail) {
+    return text.size() >= tail.size() && text.substr(text.size() - tail.size()) == tail;
+}
+
+// Takes every cloud collection (of any user) off the tree and frees it; the
+// old local one, <root>/我的收藏, stays.
+bool DropCloudCollections(GalleryStore& store, GalleryNode* root) {
+    bool dropped = false;
+    auto& children = root->dirChildren;
+    for (auto it = children.begin(); it != children.end();) {
+        if (*it && (*it)->name == kCollectionClass && EndsWith((*it)->Path(), u"_收藏")) {
+            if (!dropped) ++store.treeEpoch;  // handles into it go stale first
+            dropped = true;
+            SubtreeDeleter()(*it);
+            it = children.erase(it);
+        } else {
+            ++it;
+        }
+    }
+    return dropped;
+}
+
+}  // namespace
+
+// ---- the folder list -----------------------------------------------------------
+
+void CBrindleDlg::ReloadCollection(std::function<void(int)> then) {
+    // A reload asked for meanwhile takes the place of one on its way.
+    ++m_collectionLoads;
+    m_collectionThen = nullptr;
+    auto finish = [&then](int result) {
+        if (then) then(result);
+    };
+    const bool quiet = m_quietCollect;
+    if (userId < 1) {
+        RequireLogin();
+        if (userId < 1) return finish(0);
+    }
+    if (userToken.empty()) {
+        if (!quiet) SendWindowMessage(Handle(), MsgPanelEvent, 5, 3);
+        return finish(0);
+    }
+    if (!m_store || !m_store->root) return finish(0);
+    if (!quiet) SendWindowMessage(Handle(), MsgPanelEvent, 5, 1);
+
+    FolderListRequest request;
+    request.token = userToken;
+    request.mirrorDir = MirrorDir(m_store->root->Path(), userId);
+    // The mirror is a cache: the first read of a run starts it clean.
+    request.wipeMirror = m_folderMap.empty();
+    for (const auto& [id, folder] : m_folderMap) request.knownFolders.emplace_back(id, folder.path);
+
+    const std::uintptr_t generation = m_collectionLoads;
+    m_collectionThen = std::move(then);
+    m_collectionLoading = true;
+    const std::u16string mirror = request.mirrorDir;
+    const bool started = AskOnWorker<FolderListRead>(
+        Handle(), [request = std::move(request)] { return ReadFolderList(request); },
+        [this, generation, quiet, mirror](FolderListRead read) {
+            if (generation != m_collectionLoads) return;  // a newer reload decides
+            m_collectionLoading = false;
+            AdoptFolderList(std::move(read), mirror, quiet);
+        });
+    if (!started) {
+        m_collectionLoading = false;
+        if (!quiet) SendWindowMessage(Handle(), MsgPanelEvent, 5, 3);
+        std::function<void(int)> pending = std::move(m_collectionThen);
+        m_collectionThen = nullptr;
+        if (pending) pending(0);
+    }
+}
+
+void CBrindleDlg::AdoptFolderList(FolderListRead read, const std::u16string& mirror, bool quiet) {
+    std::function<void(int)> then = std::move(m_collectionThen);
+    m_collectionThen = nullptr;
+    auto finish = [&then](int result) {
+        if (then) then(result);
+    };
+    if (read.fate != CollectionReadFate::Read || !m_store || !m_store->root) {
+        if (!quiet) SendWindowMessage(Handle(), MsgPanelEvent, 5, 3);
+        return finish(0);
+    }
+    GalleryNode* root = m_store->root;
+    (void)DropCloudCollections(*m_store, root);
+    auto* collection = new GalleryNode(root->name.view(), mirror, kCollectionClass, kKindDir, false, false, 0);
+    collection->parent = root;
+    root->dirChildren.insert(root->dirChildren.begin(), collection);
+
+    CollectionFolderMap folders;
+    for (CollectionFolder& folder : read.folders) {
+        auto* node = new GalleryNode(kCollectionClass, folder.path, folder.name, kKindDir, false, false, 0);
+        node->parent = collection;
+        collection->dirChildren.push_back(node);
+        folders.emplace(folder.id, std::move(folder));
+    }
+    m_folderMap = std::move(folders);
+    RelistNodes();
+    if (!quiet) SendWindowMessage(Handle(), MsgPanelEvent, 5, -1);
+    finish(1);
+}
+
+// ---- a folder's blocks ------------------------------------------------------
+
+bool CBrindleDlg::LoadFolderBlocks(CSubclassButton* button, const std::u16string& path) {
+    const CollectionFolder* folder = FolderByPath(m_folderMap, path);
+    if (!folder) return false;
+    const std::uintptr_t generation = ++m_folderReads;
+    const std::u16string token = userToken;
+    const CollectionFolder asked = *folder;
+    const bool started = AskOnWorker<FolderBlocksRead>(
+        Handle(), [token, asked] { return ReadFolderBlocks(token, asked, asked.blocks); },
+        [this, generation, path](FolderBlocksRead read) {
+            // Only the newest read of the folder still open counts.
+            if (generation == m_folderReads) m_folderReading = false;
+            if (generation != m_folderReads || m_curClassPath != path || !m_openedSubclass) return;
+            AdoptFolderBlocks(std::move(read), path);
+        });
+    if (!started) return false;
+    m_folderReading = true;
+    m_openedSubclass = button;
+    return true;
+}
+
+void CBrindleDlg::AdoptFolderBlocks(FolderBlocksRead read, const std::u16string& path) {
+    if (read.fate == CollectionReadFate::Unparsable) return;
+    GalleryNode* node = m_store && m_store->root ? FindNodeByPath(m_store->root, path) : nullptr;
+    if (!node) return;
+    if (read.fate == CollectionReadFate::Read) {
+        // The service's list replaces what the folder held.
+        if (!node->fileChildren.empty()) {
+            ++m_store->treeEpoch;
+            for (GalleryNode* child : node->fileChildren) SubtreeDeleter()(child);
+            node->fileChildren.clear();
+        }
+        for (const CollectedBlock& block : read.blocks) {
+            auto* child = new GalleryNode(node->name.view(), block.path, block.filename, kKindFile, false, false, 0);
+            child->parent = node;
+            node->fileChildren.push_back(child);
+        }
+        for (auto& [id, folder] : m_folderMap)
+            if (folder.path == path) folder.blocks = std::move(read.blocks);
+    }
+    // Offline the blocks read before stay listed.
+    ListSubclass(m_openedSubclass, path);
+}
+
+// ---- the mirror's files ---------------------------------------------------------
+
+void CBrindleDlg::NextCollectionThumb() {
+    if (m_thumbRunning.size() >= kMirrorFetchLanes || m_thumbWaiting.empty()) return;
+    const std::u16string path = m_thumbWaiting.front();
+    m_thumbWaiting.erase(m_thumbWaiting.begin());
+    const std::u16string url = BlockUrlByPath(m_folderMap, path);
+    if (url.empty()) {
+        // A block without an address is not fetched; the next one may be.
+        (void)PostWindowMessage(Handle(), MsgPanelEvent, kEventNextThumb, 0);
+        return;
+    }
+    m_thumbRunning.push_back(path);
+    const WindowHandle panel = Handle();
+    const bool started = StartPanelWorker([panel, url, path] {
+        const bool landed = DownloadFile(url, path, 0, 0) && FileExists(path);
+        if (!landed) (void)RemoveFile(path);
+        (void)PostText(panel, MsgPanelEvent, landed ? kEventThumbDone : kEventThumbFailed, path);
+    });
+    if (!started) {
+        m_thumbRunning.erase(std::remove(m_thumbRunning.begin(), m_thumbRunning.end(), path), m_thumbRunning.end());
+        return;
+    }
+    // Up to six run side by side.
+    (void)PostWindowMessage(Handle(), MsgPanelEvent, kEventNextThumb, 0);
+}
+
+// ---- deleting a block (bar button 2102) ---------------------------------------
+
+void CBrindleDlg::DeleteSelectedBlock() {
+    if (!m_pThumbList || !m_store || !m_store->root) return;
+    const int item = m_pThumbList->GetSelectedItem();
+    if (item < 0) return;
+    GalleryNode* container = FindNodeByPath(m_store->root, m_curClassPath);
+    GalleryNode* block = m_listNodes.At(*m_store, static_cast<size_t>(item));
+    if (!container || !block || block->parent != container) return;
+    const std::u16string folderName = container->name.str();
+    const std::u16string blockName = block->name.str();
+    const std::u16string folderId = FolderIdByName(m_folderMap, folderName);
+    const std::u16string blockId = BlockIdByNames(m_folderMap, folderName, blockName);
+    if (folderId.empty() || blockId.empty()) return;
+    if (m_blockDeletePending) return;  // one request at a time
+    m_blockDeletePending = true;
+    if (CSkinButton* button = Button(2102)) button->setEnabled(false);
+
+    const std::u16string token = userToken;
+    const std::u16string folderPath = m_curClassPath;
+    const std::u16string blockPath = block->Path();
+    const bool started = AskOnWorker<CollectionReply>(
+        Handle(), [token, folderId, blockId] { return DeleteCollectedBlock(token, folderId, blockId); },
+        [this, folderPath, blockPath, blockName](CollectionReply reply) {
+            m_blockDeletePending = false;
+            if (CSkinButton* button = Button(2102)) button->setEnabled(true);
+            if (!reply.delivered) {
+                Tip(this, QStringLiteral("删除图块"), QStringLiteral("删除失败"), QStringLiteral("请检查网络后重试"));
+                return;
+            }
+            if (!reply.Is(u"success")) {
+                Tip(this, QStringLiteral("删除图块"), QStringLiteral("删除失败，请重试"));
+                return;
+            }
+            BlockDeleted(folderPath, blockPath, blockName);
+        });
+    if (!started) {
+        m_blockDeletePending = false;
+        if (CSkinButton* button = Button(2102)) button->setEnabled(true);
+    }
+}
+
+void CBrindleDlg::BlockDeleted(const std::u16string& folderPath, const std::u16string& blockPath,
+                               const std::u16string& blockName) {
+    for (auto& [id, folder] : m_folderMap) {
+        if (folder.path != folderPath) continue;
+        auto& blocks = folder.blocks;
+        blocks.erase(std::remove_if(blocks.begin(), blocks.end(),
+                                    [&](const CollectedBlock& b) { return b.filename == blockName; }),
+                     blocks.end());
+    }
+    (void)RemoveFile(blockPath);
+    if (GalleryNode* folder = m_store && m_store->root ? FindNodeByPath(m_store->root, folderPath) : nullptr) {
+        auto& files = folder->fileChildren;
+        for (auto it = files.begin(); it != files.end(); ++it) {
+            if (*it && (*it)->PathIs(blockPath)) {
+                ++m_store->treeEpoch;
+                SubtreeDeleter()(*it);
+                files.erase(it);
+                break;
+            }
+        }
+    }
+    RelistNodes();
+    // The folder is read again, which lists what is left.
+    if (m_curClassPath != folderPath) return;
+    for (CSubclassButton* button : m_subclassBtns) {
+        if (!button || !button->selected) continue;
+        m_forceList = true;
+        m_subclassTicked = false;
+        OpenSubclass(button->ControlId());
+    }
+}
+
+}  // namespace marrowfin
+
+namespace marrowfin {
+
+// ---- the collection bar and deleting a folder ----------------------------------
+
+void CBrindleDlg::OnCollectionBar(int id) {
+    switch (id) {
+        case 2102:
+            DeleteSelectedBlock();
+            return;
+        case 2104:
+            GoToPage(PageCollectionSearch);
+            return;
+        case 2105:
+            if (m_curClassPath.find(u"收藏") == std::u16string::npos) return;
+            for (CSubclassButton* button : m_subclassBtns) {
+                if (button && button->data.toStdU16String() == m_curClassPath) {
+                    (void)PostWindowMessage(Handle(), MsgPanelEvent, 10, reinterpret_cast<std::intptr_t>(button));
+                    return;
+                }
+            }
+            return;
+        default:
+            return;
+    }
+}
+
+void CBrindleDlg::AskDeleteFolder(CSubclassButton* button) {
+    // The button comes through a message: it must still be one of ours.
+    if (!button || std::find(m_subclassBtns.begin(), m_subclassBtns.end(), button) == m_subclassBtns.end()) return;
+    if (!m_store || !m_store->root || m_folderDeletePending) return;
+    const std::u16string path = button->data.toStdU16String();
+    if (!FindNodeByPath(m_store->root, path)) return;
+    CPopTipDlg ask(this);
+    ask.Configure(QStringLiteral("删除文件夹"), true, QStringLiteral("确定要删除该收藏夹所有图块么？"), QString(),
+                  QStringLiteral("删除"), QStringLiteral("取消"));
+    if (ask.DoModal() != 1) return;
+    const CollectionFolder* folder = FolderByPath(m_folderMap, path);
+    if (!folder) return;
+
+    m_folderDeletePending = true;
+    const std::u16string token = userToken;
+    const std::u16string folderId = folder->id;
+    const bool started = AskOnWorker<CollectionReply>(
+        Handle(), [token, folderId] { return DeleteFolder(token, folderId); },
+        [this](CollectionReply reply) {
+            m_folderDeletePending = false;
+            if (!reply.delivered) {
+                Tip(this, QStringLiteral("删除文件夹"), QStringLiteral("删除失败，请检查网络"));
+                return;
+            }
+            if (!reply.Is(u"success")) {
+                Tip(this, QStringLiteral("删除文件夹"), QStringLiteral("删除失败，请重试"));
+                return;
+            }
+            // The collection opens again; its reload takes the folder's directory away.
+            m_targetClass = u"/" + std::u16string(kCollectionClass);
+            m_forceList = true;
+            OpenTargetClass();
+        });
+    if (!started) m_folderDeletePending = false;
+}
+
+}  // namespace marrowfin
