@@ -180,8 +180,10 @@ public:
     // read) or 2 (the page is occupied) on the panel's thread. A newer reload
     // drops the `then` of one still on its way.
     void ReloadCollection(std::function<void(int)> then = {});
-    // A folder list or a folder's blocks is on its way from the service.
-    bool CollectionBusy() const { return m_collectionLoading || m_folderReading; }
+    // A request of the collections is on its way to or from the service.
+    bool CollectionBusy() const {
+        return m_collectionLoading || m_folderReading || m_blockDeletePending || m_folderDeletePending;
+    }
     int FindRow(const BlockRow& row) const;
     int FindRow(const RowKey& row) const;
     // The newest search run is known and has ended (the result count may show).

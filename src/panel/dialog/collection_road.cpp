@@ -128,6 +128,10 @@ void CBrindleDlg::AdoptFolderList(FolderListRead read, const std::u16string& mir
         auto* node = new GalleryNode(kCollectionClass, folder.path, folder.name, kKindDir, false, false, 0);
         node->parent = collection;
         collection->dirChildren.push_back(node);
+        // A folder keeps its last block list until it is read again, so that
+        // the files of blocks that left the service go at its next opening.
+        if (auto kept = m_folderMap.find(folder.id); kept != m_folderMap.end() && kept->second.path == folder.path)
+            folder.blocks = std::move(kept->second.blocks);
         folders.emplace(folder.id, std::move(folder));
     }
     m_folderMap = std::move(folders);

@@ -12,12 +12,6 @@ namespace {
 
 std::string PreviewDrawing() { return ReadBytes(SharedDir() + "/testdata/dwg/bmp8_ac1015.dwg"); }
 
-void DoubleClickItem(CDWGListView* list, int item) {
-    list->EnsureVisible(item);
-    DoubleClick(list, list->IconRect(item).center());
-    Pump(30);
-}
-
 std::vector<std::u16string> PathsOf(const std::vector<GalleryNode*>& nodes) {
     std::vector<std::u16string> out;
     for (const GalleryNode* n : nodes) out.push_back(n ? n->Path() : u"");

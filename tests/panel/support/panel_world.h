@@ -153,6 +153,13 @@ struct TipWatcher : QTimer {
     bool cancelShown = true;
 };
 
+// A double click on a cell of the thumbnail list, brought into view first.
+inline void DoubleClickItem(CDWGListView* list, int item) {
+    list->EnsureVisible(item);
+    DoubleClick(list, list->IconRect(item).center());
+    Pump(30);
+}
+
 // Frees the process-wide store's tree, so that a test starts with none.
 void ResetGalleryStore();
 
