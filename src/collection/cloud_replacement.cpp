@@ -1,0 +1,109 @@
+#include "collection/cloud_replacement.h"
+
+#include "collection/collection_calls.h"
+#include "collection/folder_upload.h"
+#include "collection/handover_calls.h"
+#include "collection/old_collection.h"
+#include "net/zip_folder.h"
+#include "platform/files.h"
+#include "platform/ticks.h"
+
+namespace marrowfin {
+
+namespace {
+
+// Holds the old folder under its packing name and gives the name back when it
+// goes, whatever road leaves the packing.
+class PackingName {
+public:
+    PackingName(std::u16string old, std::u16string packing) : m_old(std::move(old)), m_packing(std::move(packing)) {
+        // Never over an existing name: a folder already standing there is not ours to replace.
+        m_moved = RenameNoReplace(m_old, m_packing);
+    }
+    ~PackingName() { restore(); }
+    PackingName(const PackingName&) = delete;
+    PackingName& operator=(const PackingName&) = delete;
+
+    bool moved() const { return m_moved; }
+    void restore() {
+        if (m_moved && RenameNoReplace(m_packing, m_old)) m_moved = false;
+    }
+
+private:
+    std::u16string m_old, m_packing;
+    bool m_moved = false;
+};
+
+// Waits for the service's work on the archive. After an upload that was
+// answered, the idle word "0" means done; after one that broke off, only
+// "success" does, since "0" may mean that the archive never arrived.
+bool AwaitArchiveWork(std::u16string_view token, bool uploadAnswered, const HandoverPacing& pacing) {
+    int busy = 0, failed = 0;
+    for (;;) {
+        const CollectionReply reply = FetchSyncStatus(token);
+        if (!reply.delivered) {
+            if (++failed >= pacing.failedRequests) return false;
+            continue;
+        }
+        failed = 0;
+        if (reply.text != u"1") return reply.text == (uploadAnswered ? u"0" : u"success");
+        if (++busy >= pacing.busyReplies) return false;
+        SleepMs(pacing.busyPauseMs);
+    }
+}
+
+// The file-by-file way; it ends the transfer itself.
+bool UploadOneByOne(const std::u16string& old, const std::u16string& token) {
+    bool done = false;
+    const FolderListReply folders = FetchFolderNames(token);
+    if (folders.delivered) {
+        FolderIdsByName ids;
+        for (const ListedFolder& folder : folders.document.folders) ids[folder.name] = folder.id;
+        // A folder that is not there (its name could not be given back) would pass for an empty one.
+        done = DirectoryExists(old) && UploadFolderBlocks(old, ids, token);
+    }
+    EndCollectionTransfer(token);
+    return done;
+}
+
+bool Replace(const HandoverInput& input, const HandoverPacing& pacing) {
+    const std::u16string old = OldCollectionDir(input.root);
+    const std::u16string packing = PackingDir(input.root, input.userId);
+    const std::u16string archive = packing + u".zip";
+
+    // Announced before anything on the disk moves, so that a failure here leaves it as it was.
+    if (!AnnounceOldFolders(input.token, OldFolderNames(old)).delivered) return false;
+
+    bool packed = false;
+    {
+        PackingName name(old, packing);
+        if (!name.moved()) return UploadOneByOne(old, input.token);
+        try {
+            packed = ZipFolder(packing, archive);
+        } catch (...) {
+            packed = false;
+        }
+    }
+    // An archive that lacks files would replace the cloud collection with less than
+    // the user has: the drawings go one by one instead.
+    if (!packed) return UploadOneByOne(old, input.token);
+
+    const CollectionReply upload = UploadCollectionArchive(archive);
+    if (!upload.text.empty()) return upload.delivered && upload.text == u"success";
+    return AwaitArchiveWork(input.token, upload.delivered, pacing);
+}
+
+}  // namespace
+
+bool ReplaceCloudCollection(HandoverInput input, const HandoverPacing& pacing) {
+    try {
+        RestoreOldCollectionName(input.root, input.userId);
+        HandoverRunning running;
+        return Replace(input, pacing);
+    } catch (...) {
+        // The worker reports only success or failure; the disk is already put back.
+        return false;
+    }
+}
+
+}  // namespace marrowfin
