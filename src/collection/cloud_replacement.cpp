@@ -38,16 +38,13 @@ private:
 // answered, the idle word "0" means done; after one that broke off, only
 // "success" does, since "0" may mean that the archive never arrived.
 bool AwaitArchiveWork(std::u16string_view token, bool uploadAnswered, const HandoverPacing& pacing) {
-    int busy = 0, failed = 0;
-    for (;;) {
-        const CollectionReply reply = FetchSyncStatus(token);
-        if (!reply.delivered) {
-            if (++failed >= pacing.failedRequests) return false;
-            continue;
-        }
-        failed = 0;
+    for (int busy = 1;; ++busy) {
+        CollectionReply reply;
+        // Failed requests are repeated at once; only a run of them gives up.
+        for (int failed = 1; !(reply = FetchSyncStatus(token)).delivered; ++failed)
+            if (failed >= pacing.failedRequests) return false;
         if (reply.text != u"1") return reply.text == (uploadAnswered ? u"0" : u"success");
-        if (++busy >= pacing.busyReplies) return false;
+        if (busy >= pacing.busyReplies) return false;
         SleepMs(pacing.busyPauseMs);
     }
 }
