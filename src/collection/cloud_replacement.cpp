@@ -12,8 +12,9 @@ namespace marrowfin {
 
 namespace {
 
-// Holds the old folder under its packing name and gives the name back when it
-// goes, whatever road leaves the packing.
+// Holds the old folder under its packing name. The name is given back once the
+// archive is made and, should that have failed, tried again as the object goes,
+// whatever road leaves the hand-over.
 class PackingName {
 public:
     PackingName(std::u16string old, std::u16string packing) : m_old(std::move(old)), m_packing(std::move(packing)) {
@@ -25,6 +26,7 @@ public:
     PackingName& operator=(const PackingName&) = delete;
 
     bool moved() const { return m_moved; }
+    // Nothing happens when the name is back already.
     void restore() {
         if (m_moved && RenameNoReplace(m_packing, m_old)) m_moved = false;
     }
@@ -71,16 +73,15 @@ bool Replace(const HandoverInput& input, const HandoverPacing& pacing) {
     // Announced before anything on the disk moves, so that a failure here leaves it as it was.
     if (!AnnounceOldFolders(input.token, OldFolderNames(old)).delivered) return false;
 
+    PackingName name(old, packing);
+    if (!name.moved()) return UploadOneByOne(old, input.token);
     bool packed = false;
-    {
-        PackingName name(old, packing);
-        if (!name.moved()) return UploadOneByOne(old, input.token);
-        try {
-            packed = ZipFolder(packing, archive);
-        } catch (...) {
-            packed = false;
-        }
+    try {
+        packed = ZipFolder(packing, archive);
+    } catch (...) {
+        packed = false;  // the old folder gets its name back below, before the walk needs it
     }
+    name.restore();
     // An archive that lacks files would replace the cloud collection with less than
     // the user has: the drawings go one by one instead.
     if (!packed) return UploadOneByOne(old, input.token);

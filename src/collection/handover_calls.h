@@ -10,7 +10,7 @@
 namespace marrowfin {
 
 // What lfstatu says.
-enum SyncStatus : int {
+enum SyncQuery : int {
     SyncIdle = 0,         // any reply but "1"
     SyncWorking = 1,      // "1": the service works on an upload of this user
     SyncUnreachable = 2,  // the request failed
