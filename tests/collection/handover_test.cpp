@@ -27,7 +27,6 @@ namespace {
 namespace fs = std::filesystem;
 using service::Fault;
 using Entries = std::vector<std::pair<std::string, std::string>>;  // path, bytes; a directory ends in '/'
-using Files = std::map<std::string, std::string>;
 
 // Below `dir` in listing order, each directory before what it holds, as the archive lists them:
 // names joined by `separator` behind `prefix`.
@@ -38,10 +37,6 @@ Entries Walk(const fs::path& dir, const std::string& prefix = "", const std::str
         if (e.is_directory()) out = Walk(e.path(), name + separator, separator, std::move(out));
     }
     return out;
-}
-Files Snapshot(const std::string& dir) {
-    const Entries entries = fs::exists(dir) ? Walk(dir) : Entries{};
-    return Files(entries.begin(), entries.end());
 }
 
 struct Handover : ::testing::Test {
@@ -59,7 +54,7 @@ struct Handover : ::testing::Test {
         }
         WriteBytes(old + "/门窗/说明.txt", "not a drawing");
         fs::create_directories(old + "/空 间/无");
-        before = Snapshot(old);
+        before = Walk(old);
     }
     // The cloud collection as "folder/file" -> size.
     std::map<std::string, int64_t> Cloud() {
@@ -86,13 +81,13 @@ struct Handover : ::testing::Test {
     service::ServiceHandle service;
     const HandoverInput input{30001, u"tk", StoreRoot()};
     const std::string old = U8(input.root) + "/我的收藏", packing = U8(input.root) + "/30001";
-    Files before;
+    Entries before;
 };
 
 TEST_F(Handover, ThreeFoldersOfFortyDrawingsReachTheCloudInOneArchive) {
     EXPECT_EQ(CheckOldCollection(input).step, OldCollectionStep::StartReplacement);
     ASSERT_TRUE(ReplaceCloudCollection(input, {.busyPauseMs = 20}));
-    EXPECT_EQ(Snapshot(old), before);
+    EXPECT_EQ(Walk(old), before);
     EXPECT_FALSE(fs::exists(packing));
     // The service worked on for a while: polled until idle, nothing sent file by file.
     EXPECT_GT(Count("lfstatu"), 1);
@@ -160,7 +155,7 @@ TEST_F(Handover, EveryFaultLeavesTheOldFolderAsItWas) {
         const bool done = ReplaceCloudCollection(input, {.busyPauseMs = 5, .busyReplies = 4, .failedRequests = 6});
         service.faults().clearAll();
         EXPECT_EQ((done ? "done" : "failed") + Counts(), outcome) << road;
-        EXPECT_EQ(Snapshot(old), before) << road;
+        EXPECT_EQ(Walk(old), before) << road;
         EXPECT_EQ(ReadBytes(packing + blocker), blocker.empty() ? "" : "not ours") << road;
         EXPECT_EQ(fs::exists(packing), blocker == "/mine.txt") << road;
         fs::remove_all(packing), fs::remove_all(packing + ".zip");
