@@ -18,8 +18,9 @@ namespace {
 class PackingName {
 public:
     PackingName(std::u16string old, std::u16string packing) : m_old(std::move(old)), m_packing(std::move(packing)) {
-        // Never over an existing name: a folder already standing there is not ours to replace.
-        m_moved = RenameNoReplace(m_old, m_packing);
+        // A folder that holds anything under that name stops the rename (only an
+        // empty one is replaced): what stands there is not ours.
+        m_moved = RenameFile(m_old, m_packing);
     }
     ~PackingName() { restore(); }
     PackingName(const PackingName&) = delete;
@@ -28,7 +29,7 @@ public:
     bool moved() const { return m_moved; }
     // Nothing happens when the name is back already.
     void restore() {
-        if (m_moved && RenameNoReplace(m_packing, m_old)) m_moved = false;
+        if (m_moved && RenameFile(m_packing, m_old)) m_moved = false;
     }
 
 private:

@@ -39,7 +39,7 @@ std::u16string OldFolderNames(std::u16string_view folder) {
 void RestoreOldCollectionName(std::u16string_view root, int32_t userId) {
     if (g_handoversRunning.load() > 0 || userId < 1) return;
     const std::u16string old = OldCollectionDir(root), packing = PackingDir(root, userId);
-    if (!PathExists(old) && DirectoryExists(packing)) (void)RenameNoReplace(packing, old);
+    if (!PathExists(old) && DirectoryExists(packing)) (void)RenameFile(packing, old);
 }
 
 HandoverRunning::HandoverRunning() { ++g_handoversRunning; }

@@ -2,7 +2,6 @@
 
 #include <dirent.h>
 #include <fcntl.h>
-#include <stdio.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -106,16 +105,6 @@ bool CopyFileNoOverwrite(std::u16string_view from, std::u16string_view to) {
 bool RenameFile(std::u16string_view from, std::u16string_view to) {
     if (from.empty() || to.empty()) return false;
     return ::rename(NativePath(from).c_str(), NativePath(to).c_str()) == 0;
-}
-
-bool RenameNoReplace(std::u16string_view from, std::u16string_view to) {
-    if (from.empty() || to.empty()) return false;
-    const std::string source = NativePath(from), target = NativePath(to);
-    if (::renameat2(AT_FDCWD, source.c_str(), AT_FDCWD, target.c_str(), RENAME_NOREPLACE) == 0) return true;
-    if (errno != EINVAL && errno != ENOSYS) return false;
-    // A file system without the flag: test, then rename (a narrow race, as on Windows shares).
-    struct stat st;
-    return ::lstat(target.c_str(), &st) != 0 && errno == ENOENT && ::rename(source.c_str(), target.c_str()) == 0;
 }
 
 std::vector<FolderEntry> ListFolder(std::u16string_view path, bool* listed) {

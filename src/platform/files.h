@@ -27,9 +27,6 @@ bool RemoveFile(std::u16string_view path);
 bool CopyFileNoOverwrite(std::u16string_view from, std::u16string_view to);
 // Renames, replacing an existing target file.
 bool RenameFile(std::u16string_view from, std::u16string_view to);
-// Renames a file or folder only when nothing stands under the target name, as
-// a move on Windows does: an existing folder, even an empty one, is never replaced.
-bool RenameNoReplace(std::u16string_view from, std::u16string_view to);
 
 // One entry of a folder listing. A link counts as what it points at, except
 // that a link to a folder is Other, so that no walk follows it round in a loop.
