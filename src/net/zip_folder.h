@@ -5,9 +5,15 @@
 
 namespace marrowfin {
 
-// Entries are named "<folder name>//<file>", subfolders "<prefix>//<name>/"
-// with no content, recursing with that name as prefix. A folder that does
-// not exist gives an empty archive. False when the archive cannot be written.
+// The folder's own name is the first part of every entry name, and parts are
+// joined by two slashes: "<folder>//<sub>//<file>". A folder below the top is
+// an entry of no data, "<folder>//<sub>/", followed by what it holds; the top
+// itself has no entry. Every entry takes part in the order the system lists
+// it, whatever its kind (what is neither file nor folder, and a link to a
+// folder, is an entry of no data). Deflate at the default level, no password,
+// times and attributes zero. A folder that does not exist gives an empty
+// archive. False when the archive cannot be written or something below the
+// top cannot be read: the archive then lacks data and must not be sent.
 bool ZipFolder(std::u16string_view folder, std::u16string_view zipPath);
 
 }  // namespace marrowfin

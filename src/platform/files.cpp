@@ -1,5 +1,6 @@
 #include "platform/files.h"
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -108,6 +109,32 @@ bool CopyFileNoOverwrite(std::u16string_view from, std::u16string_view to) {
 bool RenameFile(std::u16string_view from, std::u16string_view to) {
     if (from.empty() || to.empty()) return false;
     return ::rename(NativePath(from).c_str(), NativePath(to).c_str()) == 0;
+}
+
+std::vector<FolderEntry> ListFolder(std::u16string_view path, bool* listed) {
+    std::vector<FolderEntry> entries;
+    if (listed) *listed = false;
+    if (path.empty()) return entries;
+    const std::string folder = NativePath(path);
+    DIR* dir = ::opendir(folder.c_str());
+    if (!dir) return entries;
+    while (const dirent* e = ::readdir(dir)) {
+        const std::string name = e->d_name;
+        if (name == "." || name == "..") continue;
+        FolderEntry entry{Utf8ToUtf16(name), FolderEntry::Other};
+        const std::string full = folder + "/" + name;
+        struct stat st;
+        if (::lstat(full.c_str(), &st) == 0) {
+            if (S_ISDIR(st.st_mode)) entry.kind = FolderEntry::Directory;
+            else if (S_ISREG(st.st_mode)) entry.kind = FolderEntry::File;
+            else if (S_ISLNK(st.st_mode) && ::stat(full.c_str(), &st) == 0 && S_ISREG(st.st_mode))
+                entry.kind = FolderEntry::File;
+        }
+        entries.push_back(std::move(entry));
+    }
+    ::closedir(dir);
+    if (listed) *listed = true;
+    return entries;
 }
 
 namespace {

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace marrowfin {
 
@@ -30,6 +31,18 @@ bool RemoveFile(std::u16string_view path);
 bool CopyFileNoOverwrite(std::u16string_view from, std::u16string_view to);
 // Renames, replacing an existing target file.
 bool RenameFile(std::u16string_view from, std::u16string_view to);
+
+// One entry of a folder listing. A link counts as what it points at, except
+// that a link to a folder is Other, so that no walk follows it round in a loop.
+struct FolderEntry {
+    enum Kind { Directory, File, Other };
+    std::u16string name;
+    Kind kind = Other;
+};
+// The entries of a folder in the order the system lists them, without "." and
+// "..". Empty when the folder cannot be listed; `listed` tells that apart from
+// an empty folder.
+std::vector<FolderEntry> ListFolder(std::u16string_view path, bool* listed = nullptr);
 
 // Reads a whole file; false when it cannot be opened or read.
 bool ReadWholeFile(std::u16string_view path, std::string& bytes);

@@ -1,0 +1,48 @@
+#include "collection/old_collection.h"
+
+#include <atomic>
+#include <vector>
+
+#include "platform/files.h"
+#include "platform/text.h"
+
+namespace marrowfin {
+
+namespace {
+std::atomic<int> g_handoversRunning{0};
+}  // namespace
+
+std::u16string OldCollectionDir(std::u16string_view root) { return std::u16string(root) + u"/我的收藏"; }
+
+std::u16string PackingDir(std::u16string_view root, int32_t userId) {
+    return std::u16string(root) + u"/" + Utf8ToUtf16(std::to_string(userId));
+}
+
+bool HoldsOldFiles(std::u16string_view folder) {
+    for (const FolderEntry& entry : ListFolder(folder)) {
+        if (entry.kind != FolderEntry::Directory) return true;
+        if (HoldsOldFiles(std::u16string(folder) + u"/" + entry.name)) return true;
+    }
+    return false;
+}
+
+std::u16string OldFolderNames(std::u16string_view folder) {
+    std::u16string names;
+    for (const FolderEntry& entry : ListFolder(folder)) {
+        if (entry.kind != FolderEntry::Directory) continue;
+        if (!names.empty()) names += u'*';
+        names += entry.name;
+    }
+    return names;
+}
+
+void RestoreOldCollectionName(std::u16string_view root, int32_t userId) {
+    if (g_handoversRunning.load() > 0 || userId < 1) return;
+    const std::u16string old = OldCollectionDir(root), packing = PackingDir(root, userId);
+    if (!PathExists(old) && DirectoryExists(packing)) (void)RenameFile(packing, old);
+}
+
+HandoverRunning::HandoverRunning() { ++g_handoversRunning; }
+HandoverRunning::~HandoverRunning() { --g_handoversRunning; }
+
+}  // namespace marrowfin
