@@ -1,0 +1,95 @@
+// The faces of the five dialogs at two rates, the folder list open, and the
+// share dialog's success, against reference pictures.
+
+#include <QAbstractItemView>
+#include <QApplication>
+#include <QLineEdit>
+#include <QTest>
+
+#include "collection_dialogs/collectiondlg.h"
+#include "collection_dialogs/modify_folder_dlg.h"
+#include "collection_dialogs/move_collect_blk_dlg.h"
+#include "collection_dialogs/new_folder_dlg.h"
+#include "collection_dialogs/share_dwg_block_dlg.h"
+#include "collection_dialogs/share_sel_combo_box.h"
+#include "dialogs_world.h"
+#include "platform/text.h"
+#include "skin/skin_test_util.h"
+#include "support/event_pump.h"
+#include "support/reference_picture.h"
+#include "support/widget_input.h"
+
+namespace marrowfin::test {
+namespace {
+
+struct DialogPictures : DialogWorld {
+    void SetUp() override {
+        DialogWorld::SetUp();
+        QApplication::setCursorFlashTime(0);  // a caret that doesn't blink
+    }
+    ::testing::AssertionResult Matches(QWidget* window, const std::string& name) {
+        Pump(30);
+        return MatchesReference(window->grab().toImage(), "collection_dialogs", name);
+    }
+};
+
+TEST_F(DialogPictures, FacesAtTwoRates) {
+    MakeFolders({u"收藏夹1", u"常用门窗"});
+    Collect(u"收藏夹1", "a.dwg");
+    const std::string block = WriteBlock(mirror + "/收藏夹1/a.dwg");
+    for (float rate : {1.0f, 1.5f}) {
+        UseRate(rate);
+        ASSERT_FALSE(SkinSheet().isNull()) << "the skin pictures lie beside the program";
+        const std::string suffix = rate == 1.0f ? "_rate_1.0" : "_rate_1.5";
+
+        CCollectiondlg collect(&panel, u"Door A.DWG", W(block), SamplePreview(), token);
+        collect.Open();
+        ASSERT_TRUE(PumpUntil([&] { return !collect.Waiting(); }));
+        MoveTo(&collect, collect.FolderRect().center());
+        EXPECT_TRUE(collect.HoverFolder());
+        EXPECT_TRUE(Matches(&collect, "collect" + suffix));
+        if (rate == 1.0f) {
+            Click(&collect, collect.FolderRect().center());
+            QWidget* list = collect.FolderCombo()->view()->window();
+            ASSERT_TRUE(PumpUntil([list] { return list->isVisible(); }));
+            EXPECT_TRUE(Matches(list, "folder_list"));
+            collect.FolderCombo()->hidePopup();
+        }
+        collect.reject();
+
+        CMoveCollectBlkDlg move(&panel, u"a.dwg", W(block), QImage(), token, FolderMap());
+        move.Open();
+        EXPECT_TRUE(Matches(&move, "move" + suffix));
+        move.reject();
+
+        CNewFolderDlg create(&panel, token, W(mirror), FolderMap());
+        create.Open();
+        create.NameEdit()->setText(QStringLiteral("常用门窗"));
+        Key(create.NameEdit(), Qt::Key_Return);
+        ASSERT_TRUE(PumpUntil([&] { return create.m_error == CNameDlg::NameTaken; }));
+        EXPECT_TRUE(Matches(&create, "new_folder_taken" + suffix));
+        create.reject();
+
+        CModifyFolderDlg rename(&panel, token, FolderMap(), W(mirror + "/收藏夹1"), u"a.dwg",
+                                CModifyFolderDlg::RenameBlockMode, false);
+        rename.Open();
+        EXPECT_TRUE(Matches(&rename, "rename_block" + suffix));
+        rename.reject();
+
+        CShareDWGblockDlg share(&panel, token, {u"建筑门窗", u"我的收藏"});
+        share.m_settleMs = 10;
+        share.Open();
+        EXPECT_TRUE(Matches(&share, "share" + suffix));
+        if (rate == 1.5f) {
+            Press(&share, CShareDWGblockDlg::IdShare);
+            ASSERT_TRUE(PumpUntil([&] { return share.m_result == 1; }));
+            MoveAway(&share);
+            EXPECT_TRUE(Matches(&share, "share_done" + suffix));
+        }
+        share.reject();
+    }
+    UseRate(1.0f);
+}
+
+}  // namespace
+}  // namespace marrowfin::test
