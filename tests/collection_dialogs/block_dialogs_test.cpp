@@ -3,13 +3,16 @@
 // that are slow, doubled or answered after the dialog went.
 
 #include <QAbstractItemView>
+#include <QDir>
 #include <QFile>
+#include <QFileDialog>
 #include <QLineEdit>
 #include <QTest>
 #include <fstream>
 
 #include "skin/skin_button.h"
 
+#include "collection_dialogs/add_blocks_from_disk.h"
 #include "collection_dialogs/collectiondlg.h"
 #include "collection_dialogs/move_collect_blk_dlg.h"
 #include "collection_dialogs/share_sel_combo_box.h"
@@ -228,6 +231,37 @@ TEST_F(BlockDialogs, MovesABlockAndDeletesTheStaleTargetFile) {
     EXPECT_EQ(Blocks("窗"), Names{"b.dwg"});
     EXPECT_EQ(Count("mvff"), 4);
     delete dialog;
+}
+
+TEST_F(BlockDialogs, AddsChosenFilesAndTipsOncePerRefusal) {
+    MakeFolders({u"门"});
+    WriteBlock(home.file("disk/a.dwg"));
+    WriteBlock(home.file("disk/C.DWG"));
+    std::ofstream(home.file("disk/b.dwg")) << "not a drawing";
+    const std::string folder = mirror + "/门";
+    QDir().mkpath(QString::fromStdString(folder));
+    const CollectionFolderMap map = FolderMap();
+    int changed = -1;
+    auto* run = CAddBlocksFromDisk::Start(
+        &panel, token, W(folder), [&map](const std::u16string& name) { return FolderIdByName(map, name); },
+        [&changed](bool c) { changed = c; });
+    QFileDialog* files = run->FileDialog();
+    ASSERT_TRUE(PumpUntil([files] { return files->isVisible(); }));
+    EXPECT_EQ(files->windowTitle(), "添加图块");
+    files->setDirectory(QString::fromStdString(home.file("disk")));
+    auto* name = files->findChild<QLineEdit*>("fileNameEdit");
+    ASSERT_NE(name, nullptr);
+    name->setText(QStringLiteral("\"a.dwg\" \"b.dwg\" \"C.DWG\""));
+    Key(name, Qt::Key_Return);
+    ASSERT_TRUE(PumpUntil([run] { return run->CurrentTip() && run->CurrentTip()->isVisible(); }));
+    EXPECT_EQ(run->CurrentTip()->FirstLine(), "收藏失败，然后重试");
+    Click(run->CurrentTip()->OkButton(), run->CurrentTip()->OkButton()->rect().center());
+    ASSERT_TRUE(PumpUntil([&changed] { return changed != -1; }));
+    EXPECT_EQ(changed, 1);
+    EXPECT_EQ(Count("dwg_collectu"), 3);
+    EXPECT_EQ(Blocks("门"), (Names{"a.dwg", "C.DWG"}));
+    EXPECT_TRUE(QFile::exists(QString::fromStdString(folder + "/C.DWG")));
+    EXPECT_FALSE(QFile::exists(QString::fromStdString(folder + "/b.dwg")));
 }
 
 }  // namespace
