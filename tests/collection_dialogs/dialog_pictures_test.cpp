@@ -2,9 +2,6 @@
 // share dialog's success, against reference pictures.
 
 #include <QAbstractItemView>
-#include <QApplication>
-#include <QLineEdit>
-#include <QTest>
 
 #include "collection_dialogs/collectiondlg.h"
 #include "collection_dialogs/modify_folder_dlg.h"
@@ -13,11 +10,7 @@
 #include "collection_dialogs/share_dwg_block_dlg.h"
 #include "collection_dialogs/share_sel_combo_box.h"
 #include "dialogs_world.h"
-#include "platform/text.h"
-#include "skin/skin_test_util.h"
-#include "support/event_pump.h"
 #include "support/reference_picture.h"
-#include "support/widget_input.h"
 
 namespace marrowfin::test {
 namespace {
@@ -43,8 +36,7 @@ TEST_F(DialogPictures, FacesAtTwoRates) {
         const std::string suffix = rate == 1.0f ? "_rate_1.0" : "_rate_1.5";
 
         CCollectiondlg collect(&panel, u"Door A.DWG", W(block), SamplePreview(), token);
-        collect.Open();
-        ASSERT_TRUE(PumpUntil([&] { return !collect.Waiting(); }));
+        Opened(&collect);
         MoveTo(&collect, collect.FolderRect().center());
         EXPECT_TRUE(collect.HoverFolder());
         EXPECT_TRUE(Matches(&collect, "collect" + suffix));
@@ -58,27 +50,25 @@ TEST_F(DialogPictures, FacesAtTwoRates) {
         collect.reject();
 
         CMoveCollectBlkDlg move(&panel, u"a.dwg", W(block), QImage(), token, FolderMap());
-        move.Open();
+        Opened(&move);
         EXPECT_TRUE(Matches(&move, "move" + suffix));
         move.reject();
 
         CNewFolderDlg create(&panel, token, W(mirror), FolderMap());
-        create.Open();
-        create.NameEdit()->setText(QStringLiteral("常用门窗"));
-        Key(create.NameEdit(), Qt::Key_Return);
-        ASSERT_TRUE(PumpUntil([&] { return create.m_error == CNameDlg::NameTaken; }));
+        Type(Opened(&create), QStringLiteral("常用门窗"));
+        EXPECT_EQ(create.m_error, CNameDlg::NameTaken);
         EXPECT_TRUE(Matches(&create, "new_folder_taken" + suffix));
         create.reject();
 
         CModifyFolderDlg rename(&panel, token, FolderMap(), W(mirror + "/收藏夹1"), u"a.dwg",
                                 CModifyFolderDlg::RenameBlockMode, false);
-        rename.Open();
+        Opened(&rename);
         EXPECT_TRUE(Matches(&rename, "rename_block" + suffix));
         rename.reject();
 
         CShareDWGblockDlg share(&panel, token, {u"建筑门窗", u"我的收藏"});
         share.m_settleMs = 10;
-        share.Open();
+        Opened(&share);
         EXPECT_TRUE(Matches(&share, "share" + suffix));
         if (rate == 1.5f) {
             Press(&share, CShareDWGblockDlg::IdShare);
