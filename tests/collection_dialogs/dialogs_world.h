@@ -47,11 +47,15 @@ Dialog* Opened(Dialog* dialog) {
     return dialog;
 }
 
-// Presses the button `id` with real input.
-inline void Press(QWidget* window, int id) {
-    for (CSkinButton* button : window->findChildren<CSkinButton*>())
-        if (button->ControlId() == id) return Click(button, button->rect().center());
+// Presses the button `id` with real input; the button, or null.
+inline CSkinButton* Press(QWidget* window, int id) {
+    for (CSkinButton* button : window->findChildren<CSkinButton*>()) {
+        if (button->ControlId() != id) continue;
+        Click(button, button->rect().center());
+        return button;
+    }
     ADD_FAILURE() << "no button " << id;
+    return nullptr;
 }
 
 // Answers the tips in order, then waits for the end: the dialog's result, or
@@ -122,6 +126,7 @@ struct DialogWorld : ::testing::Test {
         if (qEnvironmentVariableIsSet("TMPDIR")) oldTmp = qgetenv("TMPDIR");
         QDir().mkpath(QString::fromStdString(home.file("tmp")));
         qputenv("TMPDIR", QByteArray::fromStdString(home.file("tmp")));
+        QApplication::setCursorFlashTime(0);  // a caret that doesn't blink in pictures
         panel.resize(600, 400);
         ASSERT_TRUE(ShowExposed(&panel));
     }
