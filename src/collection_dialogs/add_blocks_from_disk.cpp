@@ -4,11 +4,11 @@
 #include <QFileDialog>
 #include <QFileInfo>
 
-#include "collection/collection_calls.h"
+#include "collection/collection_messages.h"
+#include "collection_dialogs/collection_tip.h"
 #include "panel/classes/panel_workers.h"
 #include "platform/qt/qt_window_system.h"
 #include "platform/qt/window_message_event.h"
-#include "skin/pop_tip_dlg.h"
 
 namespace marrowfin {
 
@@ -16,10 +16,10 @@ namespace {
 
 constexpr uint32_t MsgFilesUploaded = 0x0C50;
 
-// What the worker did: how many files landed and how many were refused.
+// What the worker did: how many files landed, and the tip of each refused one.
 struct UploadOutcome {
     int landed = 0;
-    int refused = 0;
+    std::vector<CollectionMessage> tips;
 };
 
 }  // namespace
@@ -60,7 +60,8 @@ void CAddBlocksFromDisk::Upload(const QStringList& chosen) {
         if (!folderId.empty()) {
             for (const std::u16string& file : files) {
                 const CollectionReply reply = CollectBlockFile(token, folderId, file, CollectForce::FromDisk);
-                if (reply.Is(u"3")) ++outcome.refused;
+                const CollectionMessage shown = MessageForReply(CollectionRoad::AddFromDisk, reply);
+                if (shown.kind == CollectionMessage::Tip) outcome.tips.push_back(shown);
                 if (!reply.Is(u"1")) continue;
                 const QString source = QString::fromStdU16String(file);
                 const QString target = folder + u'/' + QFileInfo(source).fileName();
@@ -80,27 +81,17 @@ bool CAddBlocksFromDisk::event(QEvent* event) {
     auto* outcome = dynamic_cast<OwnedValue<UploadOutcome>*>(message->Payload());
     if (message->Message() != MsgFilesUploaded || !outcome) return true;
     m_changed = outcome->value.landed > 0;
-    ShowRefusals(outcome->value.refused);
+    m_tips = std::move(outcome->value.tips);
+    ShowRefusals(0);
     return true;
 }
 
-void CAddBlocksFromDisk::ShowRefusals(int left) {
-    if (left <= 0) {
+void CAddBlocksFromDisk::ShowRefusals(size_t next) {
+    if (next >= m_tips.size()) {
         Finish();
         return;
     }
-    auto* tip = new CPopTipDlg(m_parent);
-    tip->setAttribute(Qt::WA_DeleteOnClose);
-    tip->setWindowModality(Qt::WindowModal);
-    tip->Configure(QStringLiteral("Ombrel"), false, QStringLiteral("收藏失败，然后重试"), QString(),
-                   QStringLiteral("确定"), QString());
-    tip->OnInitDialog();
-    connect(tip, &QDialog::finished, this, [this, tip, left] {
-        tip->close();
-        ShowRefusals(left - 1);
-    });
-    m_tip = tip;
-    tip->open();
+    m_tip = OpenCollectionTip(m_parent, m_tips[next], this, [this, next](int) { ShowRefusals(next + 1); });
 }
 
 void CAddBlocksFromDisk::Finish() {

@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "collection/collection_messages.h"
 #include "skin/pop_tip_dlg.h"
 
 class QWidget;
@@ -43,8 +44,8 @@ private:
     CAddBlocksFromDisk(QWidget* parent, std::u16string token, std::u16string folderPath, FolderIdLookup folderIdOf,
                        Done done);
     void Upload(const QStringList& files);
-    // Shows one tip per refused file, then ends.
-    void ShowRefusals(int left);
+    // Shows the tips of the refused files from `next` on, one after another, then ends.
+    void ShowRefusals(size_t next);
     void Finish();
 
     QWidget* m_parent = nullptr;
@@ -53,6 +54,7 @@ private:
     FolderIdLookup m_folderIdOf;
     Done m_done;
     bool m_changed = false;
+    std::vector<CollectionMessage> m_tips;
     QPointer<QFileDialog> m_files;
     QPointer<CPopTipDlg> m_tip;
 };

@@ -3,9 +3,9 @@
 #include <QKeyEvent>
 #include <QPainter>
 
+#include "collection_dialogs/collection_tip.h"
 #include "panel/classes/panel_workers.h"
 #include "platform/qt/window_message_event.h"
-#include "skin/pop_tip_dlg.h"
 #include "skin/skin_button.h"
 #include "skin/skin_fonts.h"
 #include "skin/skin_paint.h"
@@ -53,21 +53,7 @@ void CCollectionDialogFrame::SetWaiting(bool waiting) {
 }
 
 void CCollectionDialogFrame::ShowTip(const CollectionMessage& shown, std::function<void(int)> then) {
-    auto* tip = new CPopTipDlg(this);
-    tip->setAttribute(Qt::WA_DeleteOnClose);
-    tip->setWindowModality(Qt::WindowModal);
-    const bool twoButtons = !shown.decline.empty();
-    tip->Configure(QString::fromStdU16String(shown.title), twoButtons, QString::fromStdU16String(shown.text),
-                   QString::fromStdU16String(shown.second),
-                   QString::fromStdU16String(shown.accept.empty() ? u"确定" : shown.accept),
-                   QString::fromStdU16String(shown.decline));
-    tip->OnInitDialog();
-    connect(tip, &QDialog::finished, this, [tip, then = std::move(then)](int answer) {
-        tip->close();
-        if (then) then(answer);
-    });
-    m_tip = tip;
-    tip->open();
+    m_tip = OpenCollectionTip(this, shown, this, std::move(then));
 }
 
 void CCollectionDialogFrame::OnWindowMessage(uint32_t, std::uintptr_t, std::intptr_t, MessagePayload*) {}

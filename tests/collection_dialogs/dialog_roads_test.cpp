@@ -10,6 +10,7 @@
 #include "collection/name_rule.h"
 #include "collection_dialogs/add_blocks_from_disk.h"
 #include "collection_dialogs/collectiondlg.h"
+#include "collection_dialogs/delete_folder_run.h"
 #include "collection_dialogs/modify_folder_dlg.h"
 #include "collection_dialogs/move_collect_blk_dlg.h"
 #include "collection_dialogs/new_folder_dlg.h"
@@ -188,14 +189,35 @@ TEST_F(Roads, AddsChosenFilesAndTipsOncePerRefusal) {
     auto* name = files->findChild<QLineEdit*>("fileNameEdit");
     name->setText(QStringLiteral("\"a.dwg\" \"b.dwg\" \"C.DWG\""));
     Key(name, Qt::Key_Return);
-    ASSERT_TRUE(PumpUntil([run] { return run->CurrentTip() && run->CurrentTip()->isVisible(); }));
-    EXPECT_EQ(run->CurrentTip()->FirstLine(), "收藏失败，然后重试");
-    Click(run->CurrentTip()->OkButton(), run->CurrentTip()->OkButton()->rect().center());
+    EXPECT_TRUE(AnswerTips([run] { return run->CurrentTip(); }, {{"收藏失败，然后重试", 1}}));
     ASSERT_TRUE(PumpUntil([&changed] { return changed != -1; }));
     EXPECT_EQ(changed, 1);
     EXPECT_EQ(Blocks("门"), (Names{"a.dwg", "C.DWG"}));
     EXPECT_TRUE(Exists(folder + "/C.DWG"));
     EXPECT_FALSE(Exists(folder + "/b.dwg"));
+}
+
+TEST_F(Roads, DeletesAFolderOnlyWhenConfirmedAndTellsWhyNot) {
+    MakeFolders({u"门", u"窗"});
+    Collect(u"门", "a.dwg");
+    const std::u16string id = FolderIdByName(FolderMap(), u"门");
+    const QString question = "确定要删除该收藏夹所有图块么？";
+    auto removal = [&](const Tips& tips) {
+        int deleted = -1;
+        auto* run = CDeleteFolderRun::Start(&panel, token, id, [&deleted](bool d) { deleted = d; });
+        EXPECT_TRUE(AnswerTips([run] { return run->CurrentTip(); }, tips));
+        EXPECT_TRUE(PumpUntil([&deleted] { return deleted != -1; }));
+        return deleted;
+    };
+    EXPECT_EQ(removal({{question, 2}}), 0);
+    Fault("favorite?drop=1&count=1");
+    EXPECT_EQ(removal({{question, 1}, {"删除失败，请检查网络", 1}}), 0);
+    EXPECT_EQ(Folders(), (Names{"门", "窗"}));
+    EXPECT_EQ(removal({{question, 1}}), 1);
+    EXPECT_EQ(Folders(), Names{"窗"});
+    // The id is stale now: the service answers "error".
+    EXPECT_EQ(removal({{question, 1}, {"删除失败，请重试", 1}}), 0);
+    EXPECT_EQ(Count("favorite"), 5);
 }
 
 TEST_F(Roads, NewFolderRefusalsKeepTheDialogAndItsLine) {

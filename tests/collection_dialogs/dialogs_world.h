@@ -12,6 +12,7 @@
 #include <QLineEdit>
 #include <QPainter>
 #include <fstream>
+#include <functional>
 #include <optional>
 
 #include "collection/collection_calls.h"
@@ -58,18 +59,25 @@ inline CSkinButton* Press(QWidget* window, int id) {
     return nullptr;
 }
 
-// Answers the tips in order, then waits for the end: the dialog's result, or
-// -1 (and a failure) when a tip or the end didn't come.
-inline int Finish(CCollectionDialogFrame* dialog, const Tips& tips = {}) {
+// Answers the tips that `current` shows, in order; false (and a failure)
+// when one didn't come.
+inline bool AnswerTips(const std::function<CPopTipDlg*()>& current, const Tips& tips) {
     for (const auto& [line, button] : tips) {
-        if (!PumpUntil([dialog] { return dialog->CurrentTip() && dialog->CurrentTip()->isVisible(); })) {
+        if (!PumpUntil([&current] { return current() && current()->isVisible(); })) {
             ADD_FAILURE() << "no tip came for " << line.toStdString();
-            return -1;
+            return false;
         }
-        EXPECT_EQ(dialog->CurrentTip()->FirstLine(), line);
-        CSkinButton* pressed = button == 1 ? dialog->CurrentTip()->OkButton() : dialog->CurrentTip()->CancelButton();
+        EXPECT_EQ(current()->FirstLine(), line);
+        CSkinButton* pressed = button == 1 ? current()->OkButton() : current()->CancelButton();
         Click(pressed, pressed->rect().center());
     }
+    return true;
+}
+
+// Answers the dialog's tips, then waits for its end: its result, or -1 (and
+// a failure) when a tip or the end didn't come.
+inline int Finish(CCollectionDialogFrame* dialog, const Tips& tips = {}) {
+    if (!AnswerTips([dialog] { return dialog->CurrentTip(); }, tips)) return -1;
     EXPECT_TRUE(PumpUntil([dialog] { return !dialog->isVisible(); })) << "the dialog stayed open";
     return dialog->isVisible() ? -1 : dialog->result();
 }
