@@ -92,6 +92,10 @@ TEST_F(Roads, CollectRefusalsTipAndCancel) {
     EXPECT_EQ(Drive(missing, CCollectiondlg::IdOk), CANCEL);
     EXPECT_EQ(Count("dwg_collectu"), 2);
     EXPECT_EQ(Blocks("收藏夹1"), Names{});
+    // An empty folder list is no document: nothing is made, the list stays empty.
+    Fault("get_u_f?empty=1&count=1");
+    EXPECT_EQ(Collecting("b.dwg")->FolderCombo()->count(), 0);
+    EXPECT_EQ(Count("favorite"), 1);
     // The service down as the dialog opens.
     service.handle.stop();
     auto* down = new CCollectiondlg(&panel, u"a.dwg", u"", QImage(), token);
