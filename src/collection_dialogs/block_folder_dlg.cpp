@@ -12,6 +12,7 @@
 #include "skin/skin_fonts.h"
 #include "skin/skin_paint.h"
 #include "skin/skin_scale.h"
+#include "skin/skin_sheet.h"
 
 namespace marrowfin {
 
@@ -83,10 +84,16 @@ void CBlockFolderDlg::PaintBody(QPainter& painter) {
     const QFont& font = Font(SkinFont::Normal);
     DrawTextLine(painter, ScaleRect(116, 60, 200, 80), QStringLiteral("图块名："), font, kText, TextPlace::Left, false);
     const QRect picture = ScaleBox(21, 51, 80, 80);
-    if (m_thumbnail.isNull())
-        painter.fillRect(picture, kPlaceholder);
-    else
+    if (!m_thumbnail.isNull()) {
         painter.drawImage(picture, m_thumbnail);
+    } else if (const QImage& placeholder = SkinPicture(QStringLiteral("placeholder_a"), true); !placeholder.isNull()) {
+        // Without a preview: the skin's "暂无预览", uncut, in the middle of the square.
+        QRect centred(QPoint(), placeholder.size());
+        centred.moveCenter(picture.center());
+        painter.drawImage(centred, placeholder);
+    } else {
+        painter.fillRect(picture, kPlaceholder);
+    }
     DrawTextLine(painter, ScaleRect(116, 103, 300, 123), m_body.pathLabel, font, kText, TextPlace::Left, false);
 
     painter.setBrush(Qt::NoBrush);
