@@ -71,4 +71,8 @@ CollectionReply MoveCollectedBlock(std::u16string_view token, std::u16string_vie
 BlockListReply RenameCollectedBlock(std::u16string_view token, std::u16string_view folderId,
                                     std::u16string_view blockId, std::u16string_view newName);
 
+// sharef: hands the user's collection to the service; only the transport's
+// verdict counts, the reply text is not read.
+CollectionReply ShareCollection(std::u16string_view token);
+
 }  // namespace marrowfin
