@@ -18,7 +18,9 @@
 //   collection_rows.cpp      the collection search page's rows as they come back
 //   search_road.cpp          the search run, its staged rows, the local fallback
 //   row_commands.cpp         result rows: thumbnails, downloads, "使用" and "收藏"
+//   ad_tiles_road.cpp        the advertising tiles: refresh, first cell, click, save
 
+#include <QImage>
 #include <QPointer>
 #include <QWidget>
 #include <cstdint>
@@ -27,6 +29,7 @@
 #include <string>
 #include <vector>
 
+#include "collection/ad_tiles.h"
 #include "panel/classes/class_table.h"
 #include "panel/model/block_row.h"
 #include "panel/model/panel_messages.h"
@@ -125,6 +128,10 @@ public:
     std::vector<std::u16string> m_thumbWaiting;
     std::vector<std::u16string> m_thumbRunning;
     bool m_thumbScanBusy = false;
+
+    // ---- advertising tiles ---------------------------------------------
+    AdTileMap m_adTiles;                            // by class name; replaced whole when the refresh comes
+    std::map<std::u16string, QImage> m_adPictures;  // decoded pictures of the tiles that are on
 
     // ---- class table ----------------------------------------------------
     ClassTable m_classTable;
