@@ -8,6 +8,7 @@
 #include "panel/dialog/brindle_dlg.h"
 #include "panel/lists/class_list_ctrl.h"
 #include "panel/lists/dwg_list_view.h"
+#include "panel/preview/fit_thumbnail.h"
 #include "skin/skin_scale.h"
 
 namespace marrowfin {
@@ -28,8 +29,16 @@ std::u16string ShownClassName(const CBrindleDlg& panel) {
     return panel.m_classList->GetItemText(panel.m_classIndex).toStdU16String();
 }
 
-QImage DecodePicture(const AdTile& tile) {
-    return tile.picture.empty() ? QImage() : QImage(QString::fromStdU16String(tile.picture));
+// The cell's picture size in pixels at the panel's rate.
+QSize IconSize() { return {ScaleUnits(kThumbnailWidthUnits), ScaleUnits(kThumbnailHeightUnits)}; }
+
+// A picture far larger than its cell is brought down once, here, rather than
+// stretched at every paint.
+QImage DecodePicture(const AdTile& tile, QSize icon) {
+    QImage picture = tile.picture.empty() ? QImage() : QImage(QString::fromStdU16String(tile.picture));
+    if (picture.width() > 2 * icon.width() || picture.height() > 2 * icon.height())
+        picture = picture.scaled(icon, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+    return picture;
 }
 
 }  // namespace
@@ -41,11 +50,11 @@ void StartAdTiles(CBrindleDlg& panel) {
     // The worker gets its own copy: the panel's map changes only here and
     // when the result is adopted, so no reader of it ever waits.
     const bool started = StartPanelWorker([window, tiles = panel.m_adTiles, channel = panel.m_hostChannel,
-                                           suffix = SkinSuffix().toStdU16String()]() mutable {
+                                           suffix = SkinSuffix().toStdU16String(), icon = IconSize()]() mutable {
         AdTilesArrival arrival;
         arrival.tiles = RefreshAdTiles(std::move(tiles), channel, suffix, &arrival.answered);
         for (const auto& [key, tile] : arrival.tiles)
-            if (tile.on) arrival.pictures[key] = DecodePicture(tile);
+            if (tile.on) arrival.pictures[key] = DecodePicture(tile, icon);
         // A panel that is gone frees the map with the message.
         (void)PostWindowMessage(window, MsgAdTiles, 0, 0, std::make_unique<AdTilesPayload>(std::move(arrival)));
     });
@@ -71,7 +80,7 @@ bool ClassShowsAdTile(CBrindleDlg& panel) {
     const auto it = panel.m_adTiles.find(key);
     if (key.empty() || it == panel.m_adTiles.end() || !it->second.on) return false;
     // A cached tile's picture is read once, when its class is first listed.
-    if (!panel.m_adPictures.count(key)) panel.m_adPictures[key] = DecodePicture(it->second);
+    if (!panel.m_adPictures.count(key)) panel.m_adPictures[key] = DecodePicture(it->second, IconSize());
     return true;
 }
 

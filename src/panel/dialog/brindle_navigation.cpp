@@ -395,7 +395,7 @@ void CBrindleDlg::ListSubclass(CSubclassButton* button, const std::u16string& pa
     if (m_focusPending) {
         m_focusPending = false;
         if (m_pThumbList) {
-            int item = 0;
+            int item = first;
             const std::u16string name = S(m_focusRow.name);
             for (size_t i = 0; i < m_listNodes.size(); ++i) {
                 const GalleryNode* listed = m_listNodes.At(*m_store, i);
