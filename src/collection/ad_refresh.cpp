@@ -1,11 +1,8 @@
 #include "collection/ad_refresh.h"
 
-#include <mutex>
-
 #include "net/http_transport.h"
 #include "platform/files.h"
 #include "platform/text.h"
-#include "store/gallery_store.h"
 
 namespace marrowfin {
 
@@ -15,13 +12,13 @@ std::u16string AdRequestUrl(std::u16string_view channel, std::u16string_view ski
     return url + u"&img_type=" + Utf8ToUtf16(std::to_string(TextToInt(skinSuffix)));
 }
 
-AdTileMap RefreshAdTiles(AdTileMap tiles, std::u16string_view channel, std::u16string_view skinSuffix) {
+AdTileMap RefreshAdTiles(AdTileMap tiles, std::u16string_view channel, std::u16string_view skinSuffix,
+                         bool* answered) {
     std::u16string reply;
     // A failed request leaves an empty or an error text: it mentions no key.
-    (void)PostForm(AdRequestUrl(channel, skinSuffix), u"", reply);
+    const bool delivered = PostForm(AdRequestUrl(channel, skinSuffix), u"", reply);
+    if (answered) *answered = delivered;
 
-    // The download queue waits while the pictures come in.
-    std::lock_guard lock(GalleryStore::Instance().downloadLock);
     for (auto& [key, tile] : tiles)
         if (reply.find(key) == std::u16string::npos) tile.on = false;
     AdItems items = ParseAdReply(reply);

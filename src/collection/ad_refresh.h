@@ -19,7 +19,10 @@ std::u16string AdRequestUrl(std::u16string_view channel, std::u16string_view ski
 // is switched off (without a reply, all of them); each item of the reply
 // replaces its tile, its picture fetched when missing, when the url changed
 // or when the version went down. A failed fetch keeps the picture there was.
-// Blocks; holds the store's download lock over the parse and the fetches.
-AdTileMap RefreshAdTiles(AdTileMap tiles, std::u16string_view channel, std::u16string_view skinSuffix);
+// Blocks. The map is the caller's own copy, so no lock is taken: the panel's
+// thread takes the store's download lock, and must not wait on the fetches.
+// `answered`, when given, tells whether the service answered at all.
+AdTileMap RefreshAdTiles(AdTileMap tiles, std::u16string_view channel, std::u16string_view skinSuffix,
+                         bool* answered = nullptr);
 
 }  // namespace marrowfin

@@ -5,6 +5,7 @@
 #include <shared_mutex>
 
 #include "panel/classes/class_table_refresh.h"
+#include "panel/dialog/ad_tiles_road.h"
 #include "panel/dialog/brindle_dlg.h"
 #include "panel/dialog/start_up.h"
 #include "platform/files.h"
@@ -105,8 +106,8 @@ void CBrindleDlg::OnPanelCommand(std::uintptr_t code, std::intptr_t lParam) {
             }
             return;
         case 22:
-            // A click only matters on an advertising tile in the first cell:
-            // opening its address joins with the tiles.
+            // A click only matters on an advertising tile in the first cell.
+            if (m_store && m_store->root && IsWindow(hostWindow)) (void)OpenAdTileAt(*this, lParam);
             return;
         case 23:
             if (lParam >= 0 && lParam < static_cast<std::intptr_t>(m_rows.size())) {

@@ -194,6 +194,9 @@ void CBrindleDlg::CreateControls() {
 
     m_progress = new CProgressCtrlOwner(this);
     m_progress->setGeometry(ScaleRect(644, 435, 746, 442));
+    m_progress->UseBlueFill();
+    m_progress->UseGreyGround();
+    m_progress->UseLightOutline();
     m_progress->hide();
 
     // The hot word row is made when the search page first opens.

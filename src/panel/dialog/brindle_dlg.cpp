@@ -14,6 +14,7 @@
 #include "net/http_stack.h"
 #include "panel/classes/class_table_refresh.h"
 #include "panel/classes/panel_workers.h"
+#include "panel/dialog/ad_tiles_road.h"
 #include "panel/dialog/collection_rows.h"
 #include "panel/dialog/download_progress.h"
 #include "panel/dialog/host_requests.h"
@@ -116,6 +117,9 @@ std::intptr_t CBrindleDlg::OnMessage(uint32_t message, std::uintptr_t wParam, st
         case MsgSearchOutcome:
             OnSearchOutcome(static_cast<int>(wParam), std::move(payload));
             return 0;
+        case MsgAdTiles:
+            AdoptAdTiles(*this, std::move(payload));
+            return 0;
         case MsgCollectionRows:
             OnCollectionRows(wParam, std::move(payload));
             return 0;
@@ -182,7 +186,8 @@ void CBrindleDlg::OnInitDialog() {
     if (hostWindow != 0) SendHostRequest(hostWindow, MARROWFIN_REQUEST_CHANNEL, &channel);
     m_hostChannel = channel;
 
-    // The refresh of the advertising tiles joins with the tiles.
+    // The cached tiles, and their refresh on a worker with the channel text.
+    StartAdTiles(*this);
 
     // The hourly class-table refresh and the first build of the class list.
     SetTimer(Handle(), kTimerHourlyRefresh, kHourlyRefreshMs);

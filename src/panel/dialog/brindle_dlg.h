@@ -19,7 +19,9 @@
 //   collection_road.cpp      the collection's folders, blocks, mirror files, deletions
 //   search_road.cpp          the search run, its staged rows, the local fallback
 //   row_commands.cpp         result rows: thumbnails, downloads, "使用" and "收藏"
+//   ad_tiles_road.cpp        the advertising tiles: refresh, first cell, click, save
 
+#include <QImage>
 #include <QPointer>
 #include <QWidget>
 #include <cstdint>
@@ -28,6 +30,7 @@
 #include <string>
 #include <vector>
 
+#include "collection/ad_tiles.h"
 #include "collection/collection_folders.h"
 #include "collection/collection_mirror.h"
 #include "panel/classes/class_table.h"
@@ -132,6 +135,10 @@ public:
     std::vector<std::u16string> m_thumbWaiting;
     std::vector<std::u16string> m_thumbRunning;
     bool m_thumbScanBusy = false;
+
+    // ---- advertising tiles ---------------------------------------------
+    AdTileMap m_adTiles;                            // by class name; replaced whole when the refresh comes
+    std::map<std::u16string, QImage> m_adPictures;  // decoded pictures of the tiles that are on
 
     // ---- class table ----------------------------------------------------
     ClassTable m_classTable;

@@ -9,6 +9,7 @@
 #include <QWindow>
 
 #include "net/gallery_sync.h"
+#include "panel/dialog/ad_tiles_road.h"
 #include "panel/dialog/brindle_dlg.h"
 #include "panel/dialog/panel_timers.h"
 #include "panel/lists/class_list_ctrl.h"
@@ -141,7 +142,7 @@ void CBrindleDlg::OnCloseButton() {
     HidePanel();
     if (hostWindow != 0 && m_store) {
         SaveRecentList(*m_store);
-        // The advertising file joins with the tiles.
+        SaveAdTileList(*this);
     }
 }
 
@@ -158,7 +159,7 @@ void CBrindleDlg::SaveOnClose() {
         SaveRecentList(*m_store);
         SaveCommonLists(*m_store);
     }
-    // The advertising file joins with the tiles.
+    SaveAdTileList(*this);
     const std::u16string search = SearchFolder();
     if (DirectoryExists(search)) RemoveDirectoryTree(search);
     HidePanel();

@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "net/gallery_sync.h"
+#include "panel/dialog/ad_tiles_road.h"
 #include "panel/dialog/brindle_dlg.h"
 #include "panel/dialog/collection_rows.h"
 #include "panel/dialog/hot_words.h"
@@ -359,14 +360,20 @@ void CBrindleDlg::ListSubclass(CSubclassButton* button, const std::u16string& pa
     if (!node) return;
     m_listNodes.Reset(*m_store);
 
-    // The advertising tile of the first cell joins with the tiles.
+    // A tile takes the first cell as an empty path and a null node; the
+    // blocks follow it and selection starts behind it.
     std::vector<std::u16string> paths;
+    const int first = ClassShowsAdTile(*this) ? 1 : 0;
+    if (first) {
+        paths.emplace_back();
+        m_listNodes.Add(nullptr);
+    }
     for (GalleryNode* child : node->fileChildren) {
         if (!child) continue;
         paths.push_back(child->Path());
         m_listNodes.Add(child);
     }
-    m_itemCount = static_cast<int>(m_listNodes.size());
+    m_itemCount = static_cast<int>(m_listNodes.size()) - first;
     m_emptySubclassOpened = false;
 
     if (m_itemCount > 0) {
@@ -376,11 +383,11 @@ void CBrindleDlg::ListSubclass(CSubclassButton* button, const std::u16string& pa
         }
         SetTimer(Handle(), kTimerRightStrip, kRightStripMs);
         if (m_pThumbList) {
-            m_pThumbList->SetSelectedItem(0);
-            m_pThumbList->EnsureVisible(0);
+            m_pThumbList->SetSelectedItem(first);
+            m_pThumbList->EnsureVisible(first);
             m_pThumbList->setFocus();
         }
-        PostWindowMessage(Handle(), MsgPanelCommand, 1, 0);
+        PostWindowMessage(Handle(), MsgPanelCommand, 1, first);
     } else {
         PostWindowMessage(Handle(), MsgPanelCommand, 1, -1);
         if (m_classIndex == 1) {
@@ -402,7 +409,7 @@ void CBrindleDlg::ListSubclass(CSubclassButton* button, const std::u16string& pa
     if (m_focusPending) {
         m_focusPending = false;
         if (m_pThumbList) {
-            int item = 0;
+            int item = first;
             const std::u16string name = S(m_focusRow.name);
             for (size_t i = 0; i < m_listNodes.size(); ++i) {
                 const GalleryNode* listed = m_listNodes.At(*m_store, i);

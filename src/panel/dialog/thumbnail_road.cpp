@@ -6,6 +6,7 @@
 #include <shared_mutex>
 
 #include "net/download_queue.h"
+#include "panel/dialog/ad_tiles_road.h"
 #include "panel/dialog/brindle_dlg.h"
 #include "panel/dialog/host_requests.h"
 #include "panel/dialog/panel_timers.h"
@@ -97,7 +98,12 @@ void WireThumbList(CBrindleDlg& panel) {
         };
         return holds(store.downloadsRunning) || holds(store.downloadsWaiting) || holds(self->m_thumbRunning);
     };
-    // The advertising tile of the first cell joins with the tiles.
+    list->tileAtZero = [self](QImage* picture, QString* name) {
+        AdTile tile;
+        if (!GetAdTile(*self, &tile, picture)) return false;
+        *name = QString::fromStdU16String(tile.name);
+        return true;
+    };
 }
 
 void QueueThumbCheck(CBrindleDlg& panel, std::intptr_t item) {
@@ -160,7 +166,7 @@ void ActivateBlock(CBrindleDlg& panel, std::intptr_t item) {
     GalleryStore& store = StoreOf(panel);
     if (!store.root || !IsWindow(panel.hostWindow)) return;
     if (item < 0) return;
-    // An advertising tile in the first cell joins with the tiles.
+    if (OpenAdTileAt(panel, item)) return;
     GalleryNode* node = panel.m_listNodes.At(store, static_cast<size_t>(item));
     if (!node) return;
 

@@ -150,7 +150,20 @@ struct CDWGListView::Impl {
     QString Name(int i) const {
         auto hit = renamed.find(i);
         if (hit != renamed.end()) return hit->second;
-        return FitName(TitleOf(paths[static_cast<size_t>(i)]));
+        const std::u16string& path = paths[static_cast<size_t>(i)];
+        // The tile's caption stands as the service gave it; the paint elides it.
+        QString tileName;
+        if (TileAt(i, nullptr, &tileName)) return tileName;
+        return FitName(TitleOf(path));
+    }
+    // The owner's tile in the first cell, when that cell is the tile's.
+    bool TileAt(int i, QImage* picture, QString* name) const {
+        if (i != 0 || !IsItem(0) || !paths[0].empty() || !self->tileAtZero) return false;
+        QImage unused;
+        QString caption;
+        if (!self->tileAtZero(picture ? picture : &unused, &caption)) return false;
+        if (name) *name = caption;
+        return true;
     }
 
     // What a shown cell asks of its path: the report of a missing or cut file.
@@ -267,21 +280,18 @@ struct CDWGListView::Impl {
         if (QWidget* owner = self->parentWidget()) (void)PostWindowMessage(HandleOf(owner), message, code, item);
     }
 
-    void PaintCell(QPainter& painter, int i, bool tileCell);
+    void PaintCell(QPainter& painter, int i);
 };
 
-void CDWGListView::Impl::PaintCell(QPainter& painter, int i, bool tileCell) {
+void CDWGListView::Impl::PaintCell(QPainter& painter, int i) {
     const QRect icon = IconRect(i);
     const bool isSelected = i == selected;
     QImage tilePicture;
     QString tileName;
-    if (tileCell && self->tileAtZero && self->tileAtZero(&tilePicture, &tileName)) {
+    if (TileAt(i, &tilePicture, &tileName)) {
+        // The picture stretched over the whole icon, whatever its size.
         painter.drawImage(icon, tilePicture);
-        QRect label = LabelRect(i);
-        const QFontMetrics metrics(Font(SkinFont::Normal));
-        const int width = std::min(CellWidth() - 4, metrics.horizontalAdvance(tileName) + 4);
-        label.setLeft(icon.center().x() - width / 2 + 1);
-        label.setWidth(width);
+        const QRect label = LabelRect(i);
         if (isSelected) {
             painter.fillRect(icon, kTileVeil);
             painter.fillRect(QRect(label.left(), label.bottom() + 1, label.width(), 3), kSelectedBlue);
@@ -468,7 +478,7 @@ void CDWGListView::paintEvent(QPaintEvent* event) {
 
     QPainter painter(this);
     painter.fillRect(event->rect(), Qt::white);
-    for (int i : painted) d.PaintCell(painter, i, i == 0 && d.paths[0].empty());
+    for (int i : painted) d.PaintCell(painter, i);
 }
 
 void CDWGListView::resizeEvent(QResizeEvent* event) {

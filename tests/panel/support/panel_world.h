@@ -78,7 +78,8 @@ public:
     bool ButtonShown(int id) const { return Shown(panel->Button(id)); }
 
 protected:
-    // Starts the stand-in service on `library` and points the profile at it.
+    // Starts the stand-in service on `library` and points the profile at it;
+    // it serves no advertising tiles until the fault of /gallery/gad is cleared.
     void Serve(const std::string& library);
     // Hidden first, so that focus leaves the search edit while the panel is
     // still whole; then the panel's workers end against the service.
