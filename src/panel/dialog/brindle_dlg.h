@@ -17,6 +17,7 @@
 //   brindle_commands.cpp     MsgPanelCommand
 //   collection_rows.cpp      the collection search page's rows as they come back
 //   collection_road.cpp      the collection's folders, blocks, mirror files, deletions
+//   collection_sync_road.cpp the hand-over of the old local collection
 //   search_road.cpp          the search run, its staged rows, the local fallback
 //   row_commands.cpp         result rows: thumbnails, downloads, "使用" and "收藏"
 //   ad_tiles_road.cpp        the advertising tiles: refresh, first cell, click, save
@@ -31,6 +32,7 @@
 #include <vector>
 
 #include "collection/ad_tiles.h"
+#include "collection/cloud_replacement.h"
 #include "collection/collection_folders.h"
 #include "collection/collection_mirror.h"
 #include "panel/classes/class_table.h"
@@ -187,6 +189,10 @@ public:
     // read) or 2 (the page is occupied) on the panel's thread. A newer reload
     // drops the `then` of one still on its way.
     void ReloadCollection(std::function<void(int)> then = {});
+    // Whether the old local collection lets the collection go on: `then` gets
+    // 1 go on, 2 the page is taken by the prompt or a transfer, 0 stop. The
+    // service is asked on a worker.
+    void CheckOldCollectionThen(std::function<void(int)> then);
     // A request of the collections is on its way to or from the service.
     bool CollectionBusy() const {
         return m_collectionLoading || m_folderReading || m_blockDeletePending || m_folderDeletePending;
@@ -297,7 +303,17 @@ private:
     bool m_blockDeletePending = false;
     bool m_folderDeletePending = false;
     void OnCollectionBar(int id);  // 2100 to 2105
+
+    // The hand-over of the old local collection (collection_sync_road.cpp).
+    bool m_syncPollPending = false;
+    HandoverInput HandoverOf() const;
+    void StartCloudReplacement();
+    void ReplaceCloudButton();           // 2155
+    void CloudSyncEnded(bool landed);    // events 6 and 7
+    void PollCloudSync();                // timer 1010
+    void ReadCollectionFolders(std::uintptr_t generation, bool quiet);
     void AdoptFolderList(FolderListRead read, const std::u16string& mirror, bool quiet);
+    void EndCollectionLoad(int result);  // hands the result to the newest reload's `then`
     void ContinueCollectionSwitch(int previous, int reloaded);
     // A collection folder's blocks are read on a worker; false when none started.
     bool LoadFolderBlocks(CSubclassButton* button, const std::u16string& path);

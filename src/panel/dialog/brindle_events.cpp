@@ -96,8 +96,10 @@ void CBrindleDlg::OnTimer(std::uintptr_t id) {
                 OnPanelCommand(23, row);
             return;
         }
+        case kTimerSyncPoll:
+            PollCloudSync();
+            return;
         default:
-            // 1010, the cloud sync poll, joins with the collections.
             return;
     }
 }
@@ -154,6 +156,10 @@ void CBrindleDlg::OnPanelEvent(std::uintptr_t code, std::intptr_t lParam, std::u
             (void)PostWindowMessage(Handle(), MsgPanelEvent, 4, 0);
             return;
         }
+        case 6:
+        case 7:
+            CloudSyncEnded(code == 6);
+            return;
         case 10:
             AskDeleteFolder(reinterpret_cast<CSubclassButton*>(lParam));
             return;

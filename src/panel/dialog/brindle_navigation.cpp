@@ -719,7 +719,7 @@ void CBrindleDlg::OnPanelButton(int id) {
             StatisticsButton();
             return;
         case 2155:
-            // The cloud replacement joins with the hand-over.
+            ReplaceCloudButton();
             return;
         case 2157:
             ReloadCollection([this](int reloaded) { ContinueCollectionSwitch(-2, reloaded); });

@@ -65,6 +65,7 @@ void CBrindleDlg::ReloadCollection(std::function<void(int)> then) {
     // A reload asked for meanwhile takes the place of one on its way.
     ++m_collectionLoads;
     m_collectionThen = nullptr;
+    m_collectionLoading = false;
     auto finish = [&then](int result) {
         if (then) then(result);
     };
@@ -78,44 +79,51 @@ void CBrindleDlg::ReloadCollection(std::function<void(int)> then) {
         return finish(0);
     }
     if (!m_store || !m_store->root) return finish(0);
-    if (!quiet) SendWindowMessage(Handle(), MsgPanelEvent, 5, 1);
 
+    const std::uintptr_t generation = m_collectionLoads;
+    m_collectionThen = std::move(then);
+    m_collectionLoading = true;
+    // An old local collection waiting for its hand-over goes first.
+    CheckOldCollectionThen([this, generation, quiet](int checked) {
+        if (generation != m_collectionLoads) return;  // a newer reload decides
+        if (checked != 1) return EndCollectionLoad(checked);
+        ReadCollectionFolders(generation, quiet);
+    });
+}
+
+void CBrindleDlg::EndCollectionLoad(int result) {
+    m_collectionLoading = false;
+    std::function<void(int)> then = std::move(m_collectionThen);
+    m_collectionThen = nullptr;
+    if (then) then(result);
+}
+
+void CBrindleDlg::ReadCollectionFolders(std::uintptr_t generation, bool quiet) {
+    if (!m_store || !m_store->root) return EndCollectionLoad(0);
+    if (!quiet) SendWindowMessage(Handle(), MsgPanelEvent, 5, 1);
     FolderListRequest request;
     request.token = userToken;
     request.mirrorDir = MirrorDir(m_store->root->Path(), userId);
     // The mirror is a cache: the first read of a run starts it clean.
     request.wipeMirror = m_folderMap.empty();
     for (const auto& [id, folder] : m_folderMap) request.knownFolders.emplace_back(id, folder.path);
-
-    const std::uintptr_t generation = m_collectionLoads;
-    m_collectionThen = std::move(then);
-    m_collectionLoading = true;
     const std::u16string mirror = request.mirrorDir;
     const bool started = AskOnWorker<FolderListRead>(
         Handle(), [request = std::move(request)] { return ReadFolderList(request); },
         [this, generation, quiet, mirror](FolderListRead read) {
-            if (generation != m_collectionLoads) return;  // a newer reload decides
-            m_collectionLoading = false;
+            if (generation != m_collectionLoads) return;
             AdoptFolderList(std::move(read), mirror, quiet);
         });
     if (!started) {
-        m_collectionLoading = false;
         if (!quiet) SendWindowMessage(Handle(), MsgPanelEvent, 5, 3);
-        std::function<void(int)> pending = std::move(m_collectionThen);
-        m_collectionThen = nullptr;
-        if (pending) pending(0);
+        EndCollectionLoad(0);
     }
 }
 
 void CBrindleDlg::AdoptFolderList(FolderListRead read, const std::u16string& mirror, bool quiet) {
-    std::function<void(int)> then = std::move(m_collectionThen);
-    m_collectionThen = nullptr;
-    auto finish = [&then](int result) {
-        if (then) then(result);
-    };
     if (read.fate != CollectionReadFate::Read || !m_store || !m_store->root) {
         if (!quiet) SendWindowMessage(Handle(), MsgPanelEvent, 5, 3);
-        return finish(0);
+        return EndCollectionLoad(0);
     }
     GalleryNode* root = m_store->root;
     (void)DropCloudCollections(*m_store, root);
@@ -137,7 +145,7 @@ void CBrindleDlg::AdoptFolderList(FolderListRead read, const std::u16string& mir
     m_folderMap = std::move(folders);
     RelistNodes();
     if (!quiet) SendWindowMessage(Handle(), MsgPanelEvent, 5, -1);
-    finish(1);
+    EndCollectionLoad(1);
 }
 
 // ---- a folder's blocks ------------------------------------------------------

@@ -1,0 +1,92 @@
+// The panel's side of the one-time hand-over of the old local collection:
+// the check before every action on the collection, "替换", the transfer's
+// worker, the poll of a transfer from an earlier run, and their ends.
+#include "collection/cloud_replacement.h"
+#include "collection/handover_calls.h"
+#include "collection/old_collection_check.h"
+#include "panel/classes/panel_workers.h"
+#include "panel/dialog/brindle_dlg.h"
+#include "panel/dialog/panel_timers.h"
+#include "platform/qt/window_timers.h"
+#include "skin/pop_tip_dlg.h"
+#include "store/gallery_node.h"
+#include "store/gallery_store.h"
+#include "store/store_ini.h"
+
+namespace marrowfin {
+
+namespace {
+
+constexpr unsigned kSyncPollMs = 5000;
+constexpr std::uintptr_t kEventSyncDone = 6;
+constexpr std::uintptr_t kEventSyncFailed = 7;
+
+QString Q(const std::u16string& text) { return QString::fromStdU16String(text); }
+
+}  // namespace
+
+HandoverInput CBrindleDlg::HandoverOf() const {
+    return {userId, userToken, m_store && m_store->root ? m_store->root->Path() : std::u16string()};
+}
+
+void CBrindleDlg::CheckOldCollectionThen(std::function<void(int)> then) {
+    const bool started = AskOnWorker<OldCollectionVerdict>(
+        Handle(), [input = HandoverOf()] { return CheckOldCollection(input); },
+        [this, then](OldCollectionVerdict verdict) {
+            if (verdict.syncStatus) (void)PostWindowMessage(Handle(), MsgPanelEvent, 5, *verdict.syncStatus);
+            if (verdict.startPollTimer) (void)SetTimer(Handle(), kTimerSyncPoll, kSyncPollMs);
+            if (verdict.startReplacement) StartCloudReplacement();
+            if (verdict.message.kind == CollectionMessage::Tip) {
+                CPopTipDlg tip(this);
+                tip.Configure(Q(verdict.message.title), !verdict.message.decline.empty(), Q(verdict.message.text),
+                              Q(verdict.message.second), Q(verdict.message.accept), Q(verdict.message.decline));
+                (void)tip.DoModal();
+            }
+            if (then) then(verdict.result);
+        });
+    if (!started && then) then(0);
+}
+
+void CBrindleDlg::StartCloudReplacement() {
+    const WindowHandle panel = Handle();
+    // The worker reports only by posting; a panel hidden meanwhile still hears it.
+    const bool started = StartPanelWorker([panel, input = HandoverOf()] {
+        const bool landed = ReplaceCloudCollection(input);
+        (void)PostWindowMessage(panel, MsgPanelEvent, landed ? kEventSyncDone : kEventSyncFailed, 0);
+    });
+    if (!started) (void)PostWindowMessage(panel, MsgPanelEvent, kEventSyncFailed, 0);
+}
+
+void CBrindleDlg::ReplaceCloudButton() {
+    StartCloudReplacement();
+    SendWindowMessage(Handle(), MsgPanelEvent, 5, 2);
+}
+
+void CBrindleDlg::CloudSyncEnded(bool landed) {
+    if (landed) {
+        (void)WriteOldCollectTip(u"1");  // a failed write asks again at the next opening
+        m_forceList = true;
+        SelectClass(1, true);
+        return;
+    }
+    m_syncStatus = 4;
+    // The service hears that the transfer is over; its answer is not read.
+    (void)StartPanelWorker([token = userToken] { EndCollectionTransfer(token); });
+    (void)PostWindowMessage(Handle(), MsgPanelEvent, 4, 0);
+}
+
+void CBrindleDlg::PollCloudSync() {
+    if (m_syncPollPending) return;  // a slow answer is not asked for twice
+    m_syncPollPending = true;
+    const bool started = AskOnWorker<int>(
+        Handle(), [token = userToken] { return QuerySyncStatus(token); },
+        [this](int status) {
+            m_syncPollPending = false;
+            if (status == SyncWorking) return;
+            KillTimer(Handle(), kTimerSyncPoll);
+            (void)PostWindowMessage(Handle(), MsgPanelEvent, status == SyncIdle ? kEventSyncDone : kEventSyncFailed, 0);
+        });
+    if (!started) m_syncPollPending = false;
+}
+
+}  // namespace marrowfin
