@@ -8,6 +8,7 @@ std::string SourceDir();
 std::string SharedDir();
 // Reads a whole file as bytes; empty when it cannot be read.
 std::string ReadBytes(const std::string& path);
+// Writes a whole file, making its folders first.
 void WriteBytes(const std::string& path, const std::string& bytes);
 
 }  // namespace marrowfin::test

@@ -4,6 +4,7 @@
 // users on one machine, deletions, and a service that is gone.
 
 #include "collection/collection_calls.h"
+#include "store/store_ini.h"
 #include "panel_world.h"
 
 using namespace marrowfin;
@@ -142,4 +143,75 @@ TEST(CollectionRoad, FoldersBlocksAndFilesFollowTheServiceForEachUser) {
     ASSERT_TRUE(PumpUntil([&] { return !p.CollectionBusy(); }));
     EXPECT_EQ(std::make_pair(p.m_page, p.m_syncStatus), std::make_pair(int(PageCollection), 3));
     EXPECT_EQ(tips.seen, 2);
+}
+
+// The old local collection: handed over without a question while the cloud
+// is empty, asked about when it is not; "不替换" settles it for good, a
+// refused transfer leaves it open and the old folder as it was.
+TEST(CollectionRoad, AnOldCollectionIsHandedOverOnceAndAskedAboutWhenTheCloudHoldsData) {
+    PanelWorld w(SampleLibrary());
+    service::ServiceSettings settings = w.service.settings();
+    settings.uploadReplyWaitMs = 4000;  // the archive is answered once processed: no poll pauses
+    w.service.setSettings(settings);
+    const std::u16string fresh = w.AddCollections(11, {}, 0);
+    (void)w.AddCollections(12, {u"云端"}, 0);
+    std::string drawing;
+    ASSERT_TRUE(ReadWholeFile(W(SharedDir() + "/testdata/dwg/bmp8_ac1015.dwg"), drawing));
+    for (const char* file : {"甲/一.dwg", "甲/二.dwg", "乙/三.dwg"}) WriteBytes(U8(CollectionFolder()) + "/" + file, drawing);
+    auto oldFolderIntact = [&] {
+        for (const char* file : {"甲/一.dwg", "甲/二.dwg", "乙/三.dwg"})
+            if (ReadBytes(U8(CollectionFolder()) + "/" + file) != drawing) return false;
+        return true;
+    };
+    TipWatcher tips;
+    w.MakePanel();
+    CBrindleDlg& p = *w.panel;
+    service::UserState& users = w.service.users();
+
+    // An empty cloud takes the old collection at once; the page then reads it.
+    w.SignIn(11);
+    w.ClickClassRow(1);
+    ASSERT_TRUE(PumpUntil([&] { return p.m_syncStatus == 2; }));
+    ASSERT_TRUE(PumpUntil([&] { return ReadOldCollectTip() == u"1" && FolderButtons(p).size() == 2u; }, 10000));
+    ASSERT_TRUE(w.WaitForSwitch());
+    EXPECT_EQ(FolderButtons(p), (std::vector<QString>{QStringLiteral("甲"), QStringLiteral("乙")}));
+    EXPECT_EQ(users.blocks(users.folderByName(11, "甲")->id).size(), 2u);
+    EXPECT_EQ(p.m_pThumbList->GetItemCount(), 2);
+    EXPECT_TRUE(oldFolderIntact() && DirectoryExists(fresh + u"/甲"));
+
+    // A cloud with data: the page asks. "不替换" settles it and the cloud stays as it was.
+    ASSERT_TRUE(WriteOldCollectTip(u"0"));
+    w.SignIn(12);
+    ASSERT_TRUE(w.OpenRow(0));
+    ASSERT_TRUE(w.OpenRow(1));
+    Pump(30);
+    EXPECT_EQ(p.m_syncStatus, 0);
+    EXPECT_TRUE(w.ButtonShown(2155) && w.ButtonShown(2156) && FolderButtons(p).empty());
+    w.ClickButton(2156);
+    ASSERT_TRUE(w.WaitForSwitch());
+    EXPECT_EQ(ReadOldCollectTip(), u"1");
+    EXPECT_EQ(FolderButtons(p), (std::vector<QString>{QStringLiteral("云端")}));
+    EXPECT_EQ(users.folders(12).size(), 1u);
+
+    // "替换" with the archive refused: "同步失败" with "重试", the transfer's end
+    // told to the service, the decision still open, the old folder as it was.
+    ASSERT_TRUE(WriteOldCollectTip(u"0"));
+    ASSERT_TRUE(w.OpenRow(0));
+    ASSERT_TRUE(w.OpenRow(1));
+    ASSERT_TRUE(w.ButtonShown(2155));
+    service::Fault refused;
+    refused.status = 200;
+    refused.body = "refused";
+    w.service.faults().set("/gallery/lfupload", refused);
+    const long ended = w.service.counters().get("/gallery/lfupload_end").count;
+    w.ClickButton(2155, 400);
+    EXPECT_EQ(p.m_syncStatus, 2);
+    ASSERT_TRUE(PumpUntil([&] { return p.m_syncStatus == 4; }, 10000));
+    Pump(30);
+    EXPECT_TRUE(w.ButtonShown(2157) && !w.ButtonShown(2155));
+    ASSERT_TRUE(PumpUntil([&] { return w.service.counters().get("/gallery/lfupload_end").count > ended; }));
+    EXPECT_EQ(ReadOldCollectTip(), u"0");
+    EXPECT_TRUE(oldFolderIntact());
+    EXPECT_EQ(users.folders(12).size(), 1u);
+    EXPECT_EQ(tips.seen, 0);
 }
