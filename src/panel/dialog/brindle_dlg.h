@@ -77,7 +77,6 @@ public:
     int32_t userId = -1;
     std::u16string userToken;
     std::u16string m_hostChannel;  // answer to GalleryHostRequest 7
-    bool m_hostAskedCollections = false;  // ResetClass asked for the collections (this step only)
 
     // ---- owned widgets --------------------------------------------------
     CDWGListView* m_pThumbList = nullptr;        // 2213
@@ -131,6 +130,7 @@ public:
     // ---- collections ----------------------------------------------------
     CollectionFolderMap m_folderMap;
     bool m_quietCollect = false;  // a reload asked for from outside keeps the page's state
+    bool m_collectionJustRead = false;  // the next switch to the collections opens them as read
 
     // ---- thumbnails -----------------------------------------------------
     std::vector<int> m_thumbsToCheck;

@@ -142,14 +142,16 @@ void CBrindleDlg::LocationStep(const std::u16string& location) {
 
 void CBrindleDlg::OpenCollectionsForHost() {
     if (IsSearchPage(m_page)) SearchCommand(2202);
-    // The host asked: the collections opening may skip its own prompts.
-    m_hostAskedCollections = true;
-    // The collections' own opening (reload from the service, then the list)
-    // joins with the collection model; until then selecting row 1 opens them
-    // through the class switch, which shows the list when it has blocks.
-    m_forceList = true;
-    SelectClass(1, true);
-    m_hostAskedCollections = false;
+    // The host asked: the reload leaves the page as it is while it reads,
+    // and only a fresh collection opens the page with its list.
+    m_quietCollect = true;
+    ReloadCollection([this](int reloaded) {
+        if (reloaded != 1) return;
+        m_collectionJustRead = true;  // the switch need not read it again
+        m_forceList = true;
+        SelectClass(1, true);
+    });
+    m_quietCollect = false;
 }
 
 void CBrindleDlg::SearchFor(const QString& text) {

@@ -2,6 +2,7 @@
 #include <QLineEdit>
 
 #include <optional>
+#include <utility>
 
 #include "net/gallery_sync.h"
 #include "panel/dialog/ad_tiles_road.h"
@@ -192,10 +193,12 @@ void CBrindleDlg::SwitchClass(int row) {
         return;
     }
 
+    const bool justRead = std::exchange(m_collectionJustRead, false);
     if (row == 1) {
         // The folders come from the service; the page shows that it loads.
         const int previous = m_classIndex;
         m_classIndex = 1;
+        if (justRead) return ContinueCollectionSwitch(previous, 1);
         ReloadCollection([this, previous](int reloaded) { ContinueCollectionSwitch(previous, reloaded); });
         return;
     }
