@@ -1,6 +1,8 @@
 #include "collection/old_collection.h"
 
+#include <algorithm>
 #include <atomic>
+#include <utility>
 #include <vector>
 
 #include "platform/files.h"
@@ -24,6 +26,26 @@ bool HoldsOldFiles(std::u16string_view folder) {
         if (HoldsOldFiles(std::u16string(folder) + u"/" + entry.name)) return true;
     }
     return false;
+}
+
+std::vector<OldCollectionFolder> ReadOldCollectionFolders(std::u16string_view folder) {
+    std::vector<OldCollectionFolder> folders;
+    for (const FolderEntry& entry : ListFolder(folder)) {
+        if (entry.kind != FolderEntry::Directory) continue;
+        const std::u16string dir = std::u16string(folder) + u"/" + entry.name;
+        std::vector<std::pair<int64_t, std::u16string>> stamped;
+        for (const FolderEntry& file : ListFolder(dir)) {
+            const std::u16string_view name = file.name;
+            if (file.kind != FolderEntry::File || name.size() < 4 || name.substr(name.size() - 4) != u".dwg") continue;
+            stamped.emplace_back(FileWriteTime(dir + u"/" + file.name), file.name);
+        }
+        std::stable_sort(stamped.begin(), stamped.end(),
+                         [](const auto& a, const auto& b) { return a.first < b.first; });
+        OldCollectionFolder read{entry.name, {}};
+        for (auto& [stamp, name] : stamped) read.drawings.push_back(std::move(name));
+        folders.push_back(std::move(read));
+    }
+    return folders;
 }
 
 std::u16string OldFolderNames(std::u16string_view folder) {

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace marrowfin {
 
@@ -20,6 +21,14 @@ std::u16string PackingDir(std::u16string_view root, int32_t userId);
 bool HoldsOldFiles(std::u16string_view folder);
 // The names of the directories directly in `folder`, in listing order, joined by "*".
 std::u16string OldFolderNames(std::u16string_view folder);
+
+// A folder of the old collection as the panel lists it.
+struct OldCollectionFolder {
+    std::u16string name;
+    std::vector<std::u16string> drawings;  // the ".dwg" files, oldest first
+};
+// The directories of `folder` in listing order, each with its drawings.
+std::vector<OldCollectionFolder> ReadOldCollectionFolders(std::u16string_view folder);
 
 // A process that ended while packing left the old folder under the user
 // number: gives it its name back. Nothing happens while a hand-over of this

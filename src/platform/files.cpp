@@ -78,6 +78,12 @@ int64_t FileSize(std::u16string_view path) {
     return static_cast<int64_t>(st.st_size);
 }
 
+int64_t FileWriteTime(std::u16string_view path) {
+    struct stat st;
+    if (!StatPath(path, st) || !S_ISREG(st.st_mode)) return -1;
+    return static_cast<int64_t>(st.st_mtim.tv_sec) * 1000000000 + st.st_mtim.tv_nsec;
+}
+
 bool CreateDirectories(std::u16string_view path) {
     if (path.empty()) return false;
     std::error_code ec;

@@ -191,6 +191,7 @@ void CBrindleDlg::ApplyShowList(std::intptr_t force) {
     for (const ShowItem& item : ReadShowList(true))
         if (!item.name.empty() && listed.insert(item.name).second) names.push_back(item.name);
 
+    bool oldCollectionListed = false;
     {
         // The collections (the cloud's mirror and an old local one) stay.
         std::vector<GalleryNode*> collections;
@@ -223,11 +224,14 @@ void CBrindleDlg::ApplyShowList(std::intptr_t force) {
             if (FindNodeByPath(root, path)) continue;
             auto* gallery = new GalleryNode(root->name, path, name, u"dir", false, false, 0);
             if (!AddChild(root, gallery, false)) delete gallery;
-            // Its classes come from the next opening.
+            // A gallery's classes come from its next opening; the old local
+            // collection is read from the disk.
+            if (name == kCollectionText) oldCollectionListed = true;
         }
     }
 
     RelistNodes();
+    if (oldCollectionListed) ReloadOldCollection();
     SetTimer(Handle(), kTimerBuildClassList, kClassListMs);
     PostWindowMessage(Handle(), MsgPanelCommand, 19, 0);
 }

@@ -311,6 +311,8 @@ private:
     void ReplaceCloudButton();           // 2155
     void CloudSyncEnded(bool landed);    // events 6 and 7
     void PollCloudSync();                // timer 1010
+    // The node <root>/我的收藏, when the tree has one, read again from the disk.
+    void ReloadOldCollection();
     void ReadCollectionFolders(std::uintptr_t generation, bool quiet);
     void AdoptFolderList(FolderListRead read, const std::u16string& mirror, bool quiet);
     void EndCollectionLoad(int result);  // hands the result to the newest reload's `then`

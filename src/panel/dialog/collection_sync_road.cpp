@@ -90,3 +90,48 @@ void CBrindleDlg::PollCloudSync() {
 }
 
 }  // namespace marrowfin
+
+#include <QCollator>
+#include <QLocale>
+
+#include <algorithm>
+
+#include "collection/old_collection.h"
+#include "store/gallery_tree.h"
+
+namespace marrowfin {
+
+void CBrindleDlg::ReloadOldCollection() {
+    if (!m_store || !m_store->root) return;
+    GalleryNode* old = FindNodeByPath(m_store->root, OldCollectionDir(m_store->root->Path()));
+    if (!old) return;
+    if (!old->dirChildren.empty()) {
+        ++m_store->treeEpoch;  // handles into the folders that go are stale
+        for (GalleryNode* folder : old->dirChildren) SubtreeDeleter()(folder);
+        old->dirChildren.clear();
+    }
+    std::vector<OldCollectionFolder> folders = ReadOldCollectionFolders(old->Path());
+    // Folders by name as a Chinese reader sorts them, at most one per subclass button.
+    QCollator collator{QLocale(QLocale::Chinese, QLocale::China)};
+    std::stable_sort(folders.begin(), folders.end(), [&](const OldCollectionFolder& a, const OldCollectionFolder& b) {
+        return collator.compare(QString::fromStdU16String(a.name), QString::fromStdU16String(b.name)) < 0;
+    });
+    if (folders.size() > static_cast<size_t>(kMaxCollectionFolders)) folders.resize(kMaxCollectionFolders);
+    const std::u16string owner = u"/" + std::u16string(kCollectionClass);
+    for (const OldCollectionFolder& read : folders) {
+        const std::u16string path = old->Path() + u"/" + read.name;
+        auto* folder = new GalleryNode(owner, path, read.name, kKindDir, false, false, 0);
+        folder->parent = old;
+        old->dirChildren.push_back(folder);
+        for (const std::u16string& drawing : read.drawings) {
+            auto* block = new GalleryNode(read.name, path + u"/" + drawing, drawing, kKindFile, false, false, 0);
+            block->parent = folder;
+            folder->fileChildren.push_back(block);
+        }
+    }
+    RelistNodes();
+    m_forceList = true;
+    SelectClass(1, true);
+}
+
+}  // namespace marrowfin

@@ -3,6 +3,8 @@
 // fetched as they come into view, the mirror following the service, two
 // users on one machine, deletions, and a service that is gone.
 
+#include <filesystem>
+
 #include "collection/collection_calls.h"
 #include "store/store_ini.h"
 #include "panel_world.h"
@@ -214,4 +216,20 @@ TEST(CollectionRoad, AnOldCollectionIsHandedOverOnceAndAskedAboutWhenTheCloudHol
     EXPECT_TRUE(oldFolderIntact());
     EXPECT_EQ(users.folders(12).size(), 1u);
     EXPECT_EQ(tips.seen, 0);
+
+    // Listed in Show.xml, the old collection hangs in the tree as the disk has
+    // it: folders in a Chinese reader's order (甲 before 乙, unlike their code
+    // points), drawings oldest first.
+    namespace fs = std::filesystem;
+    const fs::path first = fs::u8path(U8(CollectionFolder()) + "/甲/一.dwg");
+    fs::last_write_time(fs::u8path(U8(CollectionFolder()) + "/甲/二.dwg"), fs::last_write_time(first) - std::chrono::hours(1));
+    AddGalleryToShowList(u"我的收藏");
+    SendWindowMessage(p.Handle(), MsgPanelCommand, 6, 1);
+    GalleryNode* old = FindNodeByPath(w.root(), CollectionFolder());
+    ASSERT_TRUE(old && old->dirChildren.size() == 2u);
+    EXPECT_EQ(std::make_tuple(old->dirChildren[0]->name.str(), old->dirChildren[1]->name.str(),
+                              old->dirChildren[0]->fileChildren[0]->name.str(), old->dirChildren[0]->fileChildren[1]->name.str()),
+              std::make_tuple(std::u16string(u"甲"), std::u16string(u"乙"), std::u16string(u"二.dwg"), std::u16string(u"一.dwg")));
+    EXPECT_EQ(p.m_pendingClass, 1);
+    ASSERT_TRUE(w.WaitForSwitch());
 }
