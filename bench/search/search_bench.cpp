@@ -95,6 +95,18 @@ void LocalSearch(benchmark::State& state, const std::u16string& text) {
     state.counters["hits"] = static_cast<double>(hits);
 }
 
+// The first stage alone: the walk that finds the hits in the tree.
+void TreeFilter(benchmark::State& state, const std::u16string& text) {
+    Library& lib = Lib();
+    std::vector<GalleryNode*> found;
+    for (auto _ : state) {
+        found.clear();
+        FilterBlocksFromTop(lib.root, text, found);
+        benchmark::DoNotOptimize(found.data());
+    }
+    state.counters["hits"] = static_cast<double>(found.size());
+}
+
 // Peer: the names in one vector, the same folded comparison.
 void FlatScan(benchmark::State& state, const std::u16string& text, bool fileTest) {
     Library& lib = Lib();
@@ -112,6 +124,7 @@ BENCHMARK_CAPTURE(LocalSearch, few, kFew)->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(FlatScan, few, kFew, false)->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(LocalSearch, many, kMany)->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(FlatScan, many, kMany, false)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(TreeFilter, many, kMany)->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(FlatScan, many_with_file_test, kMany, true)->Unit(benchmark::kMillisecond);
 
 }  // namespace

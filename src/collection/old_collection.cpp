@@ -37,7 +37,7 @@ std::vector<OldCollectionFolder> ReadOldCollectionFolders(std::u16string_view fo
         for (const FolderEntry& file : ListFolder(dir)) {
             const std::u16string_view name = file.name;
             if (file.kind != FolderEntry::File || name.size() < 4 || name.substr(name.size() - 4) != u".dwg") continue;
-            stamped.emplace_back(FileWriteTime(dir + u"/" + file.name), file.name);
+            stamped.emplace_back(PathWriteTime(dir + u"/" + file.name), file.name);
         }
         std::stable_sort(stamped.begin(), stamped.end(),
                          [](const auto& a, const auto& b) { return a.first < b.first; });

@@ -78,9 +78,9 @@ int64_t FileSize(std::u16string_view path) {
     return static_cast<int64_t>(st.st_size);
 }
 
-int64_t FileWriteTime(std::u16string_view path) {
+int64_t PathWriteTime(std::u16string_view path) {
     struct stat st;
-    if (!StatPath(path, st) || !S_ISREG(st.st_mode)) return -1;
+    if (!StatPath(path, st)) return -1;
     return static_cast<int64_t>(st.st_mtim.tv_sec) * 1000000000 + st.st_mtim.tv_nsec;
 }
 
@@ -128,6 +128,13 @@ std::vector<FolderEntry> ListFolder(std::u16string_view path, bool* listed) {
         const std::string name = e->d_name;
         if (name == "." || name == "..") continue;
         FolderEntry entry{Utf8ToUtf16(name), FolderEntry::Other};
+        // The listing's own type spares a call per entry; links and file
+        // systems that leave it unknown are asked.
+        if (e->d_type == DT_REG || e->d_type == DT_DIR) {
+            entry.kind = e->d_type == DT_REG ? FolderEntry::File : FolderEntry::Directory;
+            entries.push_back(std::move(entry));
+            continue;
+        }
         const std::string full = folder + "/" + name;
         struct stat st;
         if (::lstat(full.c_str(), &st) == 0) {

@@ -20,8 +20,9 @@ bool FileExists(std::u16string_view path);  // a regular file
 bool DirectoryExists(std::u16string_view path);
 // Size in bytes, or -1 when the file does not exist or cannot be read.
 int64_t FileSize(std::u16string_view path);
-// Last write time in nanoseconds since the epoch, or -1 as FileSize.
-int64_t FileWriteTime(std::u16string_view path);
+// Last write time of a file or folder in nanoseconds since the epoch, or -1
+// when there is none.
+int64_t PathWriteTime(std::u16string_view path);
 
 // Creates the folder with all missing parents; true when it exists afterwards.
 bool CreateDirectories(std::u16string_view path);

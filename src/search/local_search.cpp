@@ -1,6 +1,7 @@
 #include "search/local_search.h"
 
 #include "platform/files.h"
+#include "search/folder_files.h"
 #include "store/gallery_node.h"
 #include "store/gallery_tree.h"
 #include "store/store_paths.h"
@@ -10,6 +11,8 @@ namespace marrowfin {
 namespace {
 
 constexpr char16_t kCollectionName[] = u"我的收藏";
+// Hits of one class from which its folder is listed rather than each file asked for.
+constexpr size_t kListedHits = 8;
 
 SearchHit LocalHit(const GalleryNode& node, std::u16string path, int state) {
     SearchHit hit;
@@ -35,10 +38,33 @@ std::vector<SearchHit> LocalBlockSearch(GalleryNode* root, std::u16string_view t
     std::vector<GalleryNode*> found;
     FilterBlocksFromTop(root, text, found);
     rows.reserve(found.size());
-    for (GalleryNode* node : found) {
+    // Hits come class by class. A class with many of them has its folder
+    // listed (once per change of the folder) instead of a check per file.
+    const GalleryNode* listedClass = nullptr;
+    std::u16string classPath;
+    std::shared_ptr<const FileNames> listed;
+    for (size_t i = 0; i < found.size(); ++i) {
+        GalleryNode* node = found[i];
         if (!HasGrandparent(*node)) continue;
-        std::u16string path = node->Path();
-        if (!FileExists(path)) continue;
+        if (node->parent != listedClass && !node->HasOwnPath() && i + kListedHits <= found.size() &&
+            found[i + kListedHits - 1]->parent == node->parent) {
+            listedClass = node->parent;
+            classPath = listedClass->Path();
+            listed = SharedFolderFiles().FilesOf(classPath);
+        }
+        std::u16string path;
+        if (node->parent == listedClass && !node->HasOwnPath()) {
+            // The path follows from the class: composed in one piece.
+            const std::u16string_view name = node->name.view();
+            path.reserve(classPath.size() + 1 + name.size());
+            path.append(classPath).append(1, u'/').append(name);
+        } else {
+            path = node->Path();
+        }
+        const bool present = node->parent == listedClass && !node->HasOwnPath()
+                                 ? listed->count(node->name.view()) != 0
+                                 : FileExists(path);
+        if (!present) continue;
         const bool isCollected = node->parent->parent->name == kCollectionName || collected.count(path);
         rows.push_back(LocalHit(*node, std::move(path), isCollected ? RowCollected : RowFresh));
         if (nodes) nodes->push_back(node);

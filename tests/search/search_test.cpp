@@ -3,6 +3,7 @@
 // odd and broken replies, the offline fallback over the tree, the download
 // ids and the row downloads with their size rule and progress.
 
+#include <filesystem>
 #include <thread>
 
 #include "fault_switches.h"
@@ -135,6 +136,23 @@ TEST_F(Search, OfflineFallbackAndOldCollectionOverATree) {
     // The old collection in found order, with or without a file: it heads a service search's rows.
     EXPECT_EQ(Rows(OldCollectionHits(store.root, u"门")),
               (Lines{"我的收藏/f1/门1 1 p 1 ", "我的收藏/f1/-门2 1 p 1 ", "我的收藏/f2/门3 1 p 1 "}));
+
+    // A class with many hits is answered from its folder's listing, which
+    // follows every change of the folder: a file gone, a file back, a name
+    // that became a folder.
+    GalleryNode* many = AddClass(AddGallery(u"门库"), u"全部", 0, u"");
+    for (int i = 0; i < 12; ++i) Touch(AddBlock(many, u"窗" + std::u16string(1, u'a' + i), 1, false)->Path());
+    // Written an hour ago: its listing is kept between searches.
+    const std::filesystem::path folder = std::filesystem::u8path(U8(many->Path()));
+    std::filesystem::last_write_time(folder, std::filesystem::last_write_time(folder) - std::chrono::hours(1));
+    auto count = [&] { return LocalBlockSearch(store.root, u"窗", {}).size(); };
+    EXPECT_EQ(count(), 12u);
+    RemoveFile(many->fileChildren[3]->Path());
+    EXPECT_EQ(count(), 11u);
+    Touch(many->fileChildren[3]->Path());
+    RemoveFile(many->fileChildren[5]->Path());
+    CreateDirectories(many->fileChildren[5]->Path());
+    EXPECT_EQ(count(), 11u);
 }
 
 // Ids run 1 to 50000 and round again; of two workers of one row racing, one enters; below 1,025
