@@ -1,19 +1,10 @@
 #include "collection/collection_folders.h"
 
+#include "platform/paths.h"
+
 namespace marrowfin {
 
 namespace {
-
-// The last component of a path and the directory before it.
-std::u16string_view LastComponent(std::u16string_view path) {
-    const size_t slash = path.find_last_of(u"/\\");
-    return slash == std::u16string_view::npos ? path : path.substr(slash + 1);
-}
-
-std::u16string_view DirectoryOf(std::u16string_view path) {
-    const size_t slash = path.find_last_of(u"/\\");
-    return slash == std::u16string_view::npos ? std::u16string_view() : path.substr(0, slash);
-}
 
 std::u16string Decimal(int value) {
     std::u16string text;
@@ -45,7 +36,7 @@ std::u16string BlockIdByNames(const CollectionFolderMap& folders, std::u16string
 
 std::u16string BlockUrlByPath(const CollectionFolderMap& folders, std::u16string_view blockPath) {
     const std::u16string_view fileName = LastComponent(blockPath);
-    const std::u16string_view folderName = LastComponent(DirectoryOf(blockPath));
+    const std::u16string_view folderName = LastComponent(ParentOf(blockPath));
     for (const auto& [id, folder] : folders) {
         if (folder.name != folderName) continue;
         for (const CollectedBlock& block : folder.blocks)

@@ -3,6 +3,7 @@
 #include <QLineEdit>
 
 #include "collection/name_rule.h"
+#include "platform/paths.h"
 
 namespace marrowfin {
 
@@ -10,11 +11,6 @@ namespace {
 
 constexpr uint32_t MsgFolderRenamed = 0x0C40;
 constexpr uint32_t MsgBlockRenamed = 0x0C41;
-
-std::u16string LastComponent(const std::u16string& path) {
-    const size_t slash = path.find_last_of(u'/');
-    return slash == std::u16string::npos ? path : path.substr(slash + 1);
-}
 
 bool EndsWithDwg(const std::u16string& name) {
     return QString::fromStdU16String(name).endsWith(QStringLiteral(".dwg"), Qt::CaseInsensitive);
@@ -62,7 +58,7 @@ void CModifyFolderDlg::OnOk() {
             OnFolderRenamed(CollectionReply{});
         return;
     }
-    m_blockFolder = LastComponent(m_parentPath);
+    m_blockFolder = std::u16string(LastComponent(m_parentPath));
     const std::u16string folderId = FolderIdByName(m_folders, m_blockFolder);
     const std::u16string blockId = BlockIdByNames(m_folders, m_blockFolder, m_oldName);
     if (!Request<BlockListReply>(MsgBlockRenamed,

@@ -3,21 +3,14 @@
 #include <QFile>
 #include <QLineEdit>
 
+#include "platform/paths.h"
+
 namespace marrowfin {
 
 namespace {
 
 constexpr uint32_t MsgMoved = 0x0C20;
 
-std::u16string_view LastComponent(std::u16string_view path) {
-    const size_t slash = path.find_last_of(u'/');
-    return slash == std::u16string_view::npos ? path : path.substr(slash + 1);
-}
-
-std::u16string_view DirectoryOf(std::u16string_view path) {
-    const size_t slash = path.find_last_of(u'/');
-    return slash == std::u16string_view::npos ? std::u16string_view() : path.substr(0, slash);
-}
 
 }  // namespace
 
@@ -28,7 +21,7 @@ CMoveCollectBlkDlg::CMoveCollectBlkDlg(QWidget* parent, std::u16string name, std
                                QStringLiteral("移动"), 42},
                       std::move(name), std::move(path), thumbnail),
       m_token(std::move(token)), m_folders(std::move(folders)) {
-    m_fromFolder = std::u16string(LastComponent(DirectoryOf(m_path)));
+    m_fromFolder = std::u16string(LastComponent(ParentOf(m_path)));
     m_edit->setText(QString::fromStdU16String(m_name).remove(QStringLiteral(".dwg")));
     std::vector<std::u16string> names;
     for (const auto& [id, folder] : m_folders)
@@ -54,7 +47,7 @@ void CMoveCollectBlkDlg::OnMoved(const CollectionReply& reply) {
     if (reply.Is(u"success")) {
         // A file of the block's name in the target's directory is stale: the
         // folder's next opening fetches the moved one.
-        m_path = std::u16string(DirectoryOf(DirectoryOf(m_path))) + u"/" + m_folder + u"/" +
+        m_path = std::u16string(ParentOf(ParentOf(m_path))) + u"/" + m_folder + u"/" +
                  std::u16string(LastComponent(m_path));
         const QString target = QString::fromStdU16String(m_path);
         if (QFile::exists(target)) (void)QFile::remove(target);

@@ -100,6 +100,16 @@ std::u16string FileNameOf(std::u16string_view path) {
     return std::u16string(path.substr(slash + 1));
 }
 
+std::u16string_view LastComponent(std::u16string_view path) {
+    const size_t slash = path.find_last_of(u"/\\");
+    return slash == std::u16string_view::npos ? path : path.substr(slash + 1);
+}
+
+std::u16string_view ParentOf(std::u16string_view path) {
+    const size_t slash = path.find_last_of(u"/\\");
+    return slash == std::u16string_view::npos ? std::u16string_view() : path.substr(0, slash);
+}
+
 std::u16string ToLibrarySeparators(std::u16string_view path) {
     std::u16string out(path);
     for (auto& c : out)

@@ -19,6 +19,10 @@ std::u16string HostFolder();
 std::u16string FileStem(std::u16string_view path, bool keepExtension);
 // The text behind the last '/', or empty when there is none or it stands first.
 std::u16string FileNameOf(std::u16string_view path);
+// The text behind the last '/' (or '\'), or the whole path without one.
+std::u16string_view LastComponent(std::u16string_view path);
+// The text before the last '/' (or '\'), or empty without one.
+std::u16string_view ParentOf(std::u16string_view path);
 // Texts from the host may carry '\': the library uses '/' everywhere.
 std::u16string ToLibrarySeparators(std::u16string_view path);
 
