@@ -18,23 +18,6 @@ std::vector<QString> FolderButtons(CBrindleDlg& p) {
     return captions;
 }
 
-// Uploads a real drawing into the user's folder as `name`, through the
-// client's own call, so that the service also serves its file.
-void Collect(int user, const std::u16string& folderId, const std::string& name) {
-    const std::string dir = U8(StoreRoot()) + "/../upload";
-    CreateDirectories(W(dir));
-    std::string bytes;
-    ASSERT_TRUE(ReadWholeFile(W(SharedDir() + "/testdata/dwg/bmp8_ac1015.dwg"), bytes));
-    ASSERT_TRUE(WriteFileAtomic(W(dir + "/" + name), bytes));
-    const CollectionReply reply = CollectBlockFile(u"token-" + W(std::to_string(user)), folderId, W(dir + "/" + name),
-                                                   CollectForce::FromDisk);
-    ASSERT_TRUE(reply.Is(u"1")) << name;
-}
-
-std::u16string IdOf(service::UserState& users, int user, const std::string& folder) {
-    return W(std::to_string(users.folderByName(user, folder)->id));
-}
-
 }  // namespace
 
 TEST(CollectionRoad, FoldersBlocksAndFilesFollowTheServiceForEachUser) {
@@ -43,8 +26,8 @@ TEST(CollectionRoad, FoldersBlocksAndFilesFollowTheServiceForEachUser) {
     const std::u16string mine = w.AddCollections(7, {u"螺栓", u"管件"}, 0);
     const std::u16string theirs = w.AddCollections(9, {u"门窗"}, 0);
     service::UserState& users = w.service.users();
-    for (const char* name : {"六角螺栓.dwg", "地脚螺栓.dwg", "膨胀螺栓.dwg"}) Collect(7, IdOf(users, 7, "螺栓"), name);
-    Collect(9, IdOf(users, 9, "门窗"), "平开门.dwg");
+    for (const char* name : {"六角螺栓.dwg", "地脚螺栓.dwg", "膨胀螺栓.dwg"}) w.CollectDrawing(7, "螺栓", name);
+    w.CollectDrawing(9, "门窗", "平开门.dwg");
     // A name the service should never give stays out of the mirror and the tree.
     users.addFolder(7, "..");
     // A mirror left from an earlier run is wiped by the first read.

@@ -139,6 +139,9 @@ public:
     // service: folders with blocks "<folder>_<n>.dwg". Without a library the
     // service is started to serve the collections alone. Returns the mirror.
     std::u16string AddCollections(int user, const std::vector<std::u16string>& folders, int blocksPerFolder);
+    // Uploads a real drawing into the user's folder as `name` through the
+    // client's own call, so that the service also serves its file.
+    void CollectDrawing(int user, const std::string& folder, const std::string& name);
 
     // Makes, shows and starts the panel over this store: waits for the first
     // class list (the recent list opened) unless `waitForStart` is false.
