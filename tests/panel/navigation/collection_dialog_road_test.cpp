@@ -245,17 +245,18 @@ TEST(CollectionDialogRoad, FoldersMadeRenamedAndDeletedFromTheBarAndTheirMenus) 
     EXPECT_TRUE(PumpUntil([&] { return FileExists(mine + u"/门窗/门.dwg"); }, 8000));
 
     // "删除" in a button's menu deletes that folder and no other.
-    ChooseOnButton(p, "收藏夹1", "删除");
-    EXPECT_TRUE(AnswerTips(ModalTip, {{"确定要删除该收藏夹所有图块么？", 1}}));
-    ASSERT_TRUE(PumpUntil([&] { return !users.folderByName(8, "收藏夹1") && !p.CollectionBusy(); }));
-    ASSERT_TRUE(w.WaitForSwitch());
-    EXPECT_EQ(FolderButtons(p), (Texts{"门窗", "收藏夹2"}));
-    EXPECT_FALSE(PathExists(mine + u"/收藏夹1"));
-    // With one folder left "移动" is offered disabled.
     ChooseOnButton(p, "收藏夹2", "删除");
+    EXPECT_TRUE(AnswerTips(ModalTip, {{"确定要删除该收藏夹所有图块么？", 1}}));
+    ASSERT_TRUE(PumpUntil([&] { return !users.folderByName(8, "收藏夹2") && !p.CollectionBusy(); }));
+    ASSERT_TRUE(w.WaitForSwitch());
+    EXPECT_EQ(FolderButtons(p), (Texts{"收藏夹1", "门窗"}));
+    EXPECT_FALSE(PathExists(mine + u"/收藏夹2"));
+    // With one folder left "移动" is offered disabled.
+    ChooseOnButton(p, "收藏夹1", "删除");
     EXPECT_TRUE(AnswerTips(ModalTip, {{"确定要删除该收藏夹所有图块么？", 1}}));
     ASSERT_TRUE(PumpUntil([&] { return p.m_folderMap.size() == 1 && !p.CollectionBusy(); }));
     ASSERT_TRUE(w.WaitForSwitch());
+    ASSERT_EQ(FolderButtons(p), Texts{"门窗"});
     ASSERT_TRUE(PumpUntil([&] { return p.m_pThumbList->ItemState(0) != CDWGListView::kStateFresh; }));
     EXPECT_EQ(OpenMenu(p, p.m_pThumbList, p.m_pThumbList->IconRect(0).center()), (Texts{"重命名", "删除", "!移动"}));
     p.CollectionMenu()->close();
@@ -302,8 +303,10 @@ TEST(CollectionDialogRoad, CollectsFromAGalleryMenuAndFromASearchRow) {
     const std::u16string second = hardware->dirChildren[0]->fileChildren[1]->Path();
     const int item = ItemOf(p, second);
     ASSERT_EQ(item, 2);
-    ASSERT_TRUE(PumpUntil([&] { return p.m_pThumbList->ItemState(0) != CDWGListView::kStateFresh; }));
-    EXPECT_TRUE(OpenMenu(p, p.m_pThumbList, p.m_pThumbList->IconRect(0).center()).empty());
+    // The tile's cell has no menu.
+    (void)PostWindowMessage(p.Handle(), MsgPanelEvent, 8, 0);
+    Pump(50);
+    EXPECT_FALSE(p.CollectionMenu());
 
     // A boutique block: the host is asked for its gallery and refuses.
     ChooseOnItem(p, item, "收藏图块");
