@@ -9,17 +9,6 @@
 using namespace marrowfin;
 using namespace marrowfin::test;
 
-namespace {
-
-std::vector<QString> FolderButtons(CBrindleDlg& p) {
-    std::vector<QString> captions;
-    for (CSubclassButton* button : p.m_subclassBtns)
-        if (button && button->isVisibleTo(&p)) captions.push_back(button->text());
-    return captions;
-}
-
-}  // namespace
-
 TEST(CollectionRoad, FoldersBlocksAndFilesFollowTheServiceForEachUser) {
     PanelWorld w(SampleLibrary());
     GalleryNode* hardware = w.AddGallery({u"五金", 2, 3});
@@ -40,7 +29,7 @@ TEST(CollectionRoad, FoldersBlocksAndFilesFollowTheServiceForEachUser) {
 
     w.SignIn(7);
     ASSERT_TRUE(w.OpenRow(1));
-    EXPECT_EQ(FolderButtons(p), (std::vector<QString>{QStringLiteral("螺栓"), QStringLiteral("管件")}));
+    EXPECT_EQ(w.FolderButtons(), (std::vector<QString>{QStringLiteral("螺栓"), QStringLiteral("管件")}));
     EXPECT_EQ(p.m_folderMap.size(), 2u);
     EXPECT_TRUE(DirectoryExists(mine + u"/螺栓") && DirectoryExists(mine + u"/管件"));
     EXPECT_FALSE(PathExists(mine + u"/旧夹"));
@@ -64,7 +53,7 @@ TEST(CollectionRoad, FoldersBlocksAndFilesFollowTheServiceForEachUser) {
     users.addFolder(7, "法兰");
     ASSERT_TRUE(w.OpenRow(0));
     ASSERT_TRUE(w.OpenRow(1));
-    EXPECT_EQ(FolderButtons(p), (std::vector<QString>{QStringLiteral("螺栓"), QStringLiteral("法兰")}));
+    EXPECT_EQ(w.FolderButtons(), (std::vector<QString>{QStringLiteral("螺栓"), QStringLiteral("法兰")}));
     EXPECT_FALSE(PathExists(mine + u"/管件"));
     EXPECT_EQ(p.m_pThumbList->GetItemCount(), 2);
     EXPECT_FALSE(FileExists(mine + u"/螺栓/地脚螺栓.dwg"));
@@ -94,7 +83,7 @@ TEST(CollectionRoad, FoldersBlocksAndFilesFollowTheServiceForEachUser) {
     w.SignIn(9);
     ASSERT_TRUE(w.OpenRow(0));
     ASSERT_TRUE(w.OpenRow(1));
-    EXPECT_EQ(FolderButtons(p), (std::vector<QString>{QStringLiteral("门窗")}));
+    EXPECT_EQ(w.FolderButtons(), (std::vector<QString>{QStringLiteral("门窗")}));
     EXPECT_EQ(p.m_curClassPath, theirs + u"/门窗");
     EXPECT_TRUE(FileExists(mine + u"/螺栓/六角螺栓.dwg"));
     ASSERT_EQ(p.m_folderMap.size(), 1u);
@@ -108,7 +97,7 @@ TEST(CollectionRoad, FoldersBlocksAndFilesFollowTheServiceForEachUser) {
     ASSERT_TRUE(w.WaitForSwitch());
     EXPECT_FALSE(users.folderByName(9, "门窗").has_value());
     EXPECT_FALSE(PathExists(theirs + u"/门窗"));
-    EXPECT_EQ(FolderButtons(p), (std::vector<QString>{QStringLiteral("收藏夹1")}));
+    EXPECT_EQ(w.FolderButtons(), (std::vector<QString>{QStringLiteral("收藏夹1")}));
 
     // The service gone: the collections cannot be read and the user is taken
     // back to the gallery he came from; "重试" on the page keeps the page.

@@ -75,6 +75,13 @@ public:
         return int(std::count_if(panel->m_subclassBtns.begin(), panel->m_subclassBtns.end(), [this](QWidget* b) { return Shown(b); }));
     }
     bool Shown(QWidget* widget) const { return widget && widget->isVisibleTo(panel.get()); }
+    // The captions of the subclass buttons shown, in order.
+    std::vector<QString> FolderButtons() const {
+        std::vector<QString> captions;
+        for (CSubclassButton* button : panel->m_subclassBtns)
+            if (Shown(button)) captions.push_back(button->text());
+        return captions;
+    }
     bool ButtonShown(int id) const { return Shown(panel->Button(id)); }
 
 protected:
