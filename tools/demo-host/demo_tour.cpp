@@ -663,6 +663,10 @@ void DemoTour::AddCollectionSteps(int settle, int netSettle) {
                       [tip] { return !ShownWindow("CMoveCollectBlkDlg") || (tip(QString())(), false); }});
     m_steps.push_back({QStringLiteral("move-block"), move.first, move.second, netSettle,
                        QStringLiteral("collection-moved")});
+    // The folder that took the block goes again, so that the next walk
+    // against the same service starts from the same folders.
+    auto drop = walk({panelPress(QStringLiteral("删除文件夹")), tip(QStringLiteral("删除")), gone("CPopTipDlg")});
+    m_steps.push_back({QStringLiteral("delete-folder"), drop.first, drop.second, netSettle, QString()});
 }
 
 void DemoTour::ArmWatchdog() {
