@@ -372,8 +372,10 @@ void CBrindleDlg::BlockRenamed(const std::u16string& oldPath, const std::u16stri
     if (!node) return;
     const std::u16string stem = fileName.substr(0, fileName.size() - 4);
     RenameNode(node, stem);
-    // A block of the collections is named by its file name, as the service lists it.
+    // A block of the collections is named by its file name, as the service
+    // lists it, and lies where the file went (whatever the case of ".dwg").
     node->name = fileName;
+    node->SetPath(newPath);
     const int item = ItemOfPath(oldPath);
     if (item >= 0 && m_pThumbList) {
         m_pThumbList->SetPath(item, newPath);
