@@ -16,6 +16,7 @@
 #include <optional>
 
 #include "collection/collection_calls.h"
+#include "collection/collection_folders.h"
 #include "collection_dialogs/name_dlg.h"
 #include "fault_switches.h"
 #include "platform/text.h"

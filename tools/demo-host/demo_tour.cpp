@@ -11,6 +11,7 @@
 #include <QDir>
 #include <QLineEdit>
 #include <QListWidget>
+#include <QMenu>
 #include <QPainter>
 #include <QSet>
 #include <QWindow>
@@ -69,6 +70,50 @@ int DistinctColours(const QImage& image, int stopAt) {
     }
     return static_cast<int>(seen.size());
 }
+
+namespace {
+
+void RightClickAt(QWidget* widget, QPoint pos) {
+    QWidget* top = widget->window();
+    QWindow* window = top->windowHandle();
+    const QPoint inWindow = widget->mapTo(top, pos);
+    if (!window) return;
+    QTest::mouseMove(window, inWindow);
+    QTest::mouseClick(window, Qt::RightButton, Qt::NoModifier, inWindow);
+    QCoreApplication::processEvents();
+}
+
+// A shown top-level window of that class, or null.
+QWidget* ShownWindow(const char* className) {
+    for (QWidget* w : QApplication::topLevelWidgets())
+        if (w->isVisible() && ClassIs(w, className)) return w;
+    return nullptr;
+}
+
+// Clicks the shown and enabled button of that caption in `window`.
+bool PressCaption(QWidget* window, const QString& caption) {
+    for (QAbstractButton* b : window ? window->findChildren<QAbstractButton*>() : QList<QAbstractButton*>()) {
+        if (b->text() == caption && b->isVisible() && b->isEnabled()) {
+            ClickAt(b, b->rect().center());
+            return true;
+        }
+    }
+    return false;
+}
+
+// Clicks the entry `text` of the open context menu.
+bool ChooseMenuEntry(const QString& text) {
+    auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+    if (!menu) return false;
+    for (QAction* action : menu->actions()) {
+        if (action->text() != text || !action->isEnabled()) continue;
+        ClickAt(menu, menu->actionGeometry(action).center());
+        return true;
+    }
+    return false;
+}
+
+}  // namespace
 
 void ClickAt(QWidget* widget, QPoint pos, bool doubleClick) {
     // Through the window, as the platform delivers them, so that the widget
@@ -379,6 +424,7 @@ void DemoTour::BuildSteps() {
         m_steps.push_back({QStringLiteral("collection-search-back"),
                            [pressButton](QString& why) { return pressButton(QStringLiteral("返回"), why); },
                            [this] { return PanelVisible(); }, settle, QString()});
+        AddCollectionSteps(settle, netSettle);
     }
 
     // Words the service finds: class names of the sample library.
@@ -527,6 +573,102 @@ void DemoTour::BuildSteps() {
                        nullptr, 100, QString()});
 }
 
+void DemoTour::AddCollectionSteps(int settle, int netSettle) {
+    // Each step is a row of moves made one after another as the panel gets
+    // there, at a user's pace; a move is tried at each poll until it could be made.
+    using Moves = std::vector<std::function<bool()>>;
+    auto walk = [this](Moves moves) {
+        auto next = std::make_shared<size_t>(0);
+        auto last = std::make_shared<qint64>(0);
+        return std::pair<std::function<bool(QString&)>, std::function<bool()>>{
+            [this, next, last](QString&) {
+                *next = 0;
+                *last = -10000;
+                m_lastTry = -10000;
+                m_stepAnswersModals = true;
+                return true;
+            },
+            [this, next, last, moves = std::move(moves)] {
+                if (*next < moves.size() && m_stepClock.elapsed() - *last >= 500 && moves[*next]()) {
+                    Log(QStringLiteral("move %1 of %2 made").arg(*next + 1).arg(moves.size()));
+                    ++*next;
+                    *last = m_stepClock.elapsed();
+                }
+                if (*next < moves.size()) return false;
+                m_stepAnswersModals = false;
+                return true;
+            }};
+    };
+    auto rate = [] { return FindPanelWidget() ? FindPanelWidget()->width() / 755.0 : 1.0; };
+    // Right-clicks the cell (column 0 or 1 of the first row) until its menu is open.
+    auto menuOnCell = [this, rate](int column) {
+        return [this, rate, column] {
+            if (qobject_cast<QMenu*>(QApplication::activePopupWidget())) return true;
+            QWidget* list = FindPanelChild(FindPanelWidget(), "CDWGListView");
+            if (!list || !list->isVisible() || m_stepClock.elapsed() - m_lastTry < 1000) return false;
+            m_lastTry = m_stepClock.elapsed();
+            RightClickAt(list, QPoint(static_cast<int>((74 + 148 * column) * rate()), static_cast<int>(40 * rate())));
+            return qobject_cast<QMenu*>(QApplication::activePopupWidget()) != nullptr;
+        };
+    };
+    auto entry = [](const QString& text) { return [text] { return ChooseMenuEntry(text); }; };
+    auto press = [](const char* window, const QString& caption) {
+        return [window, caption] { return PressCaption(ShownWindow(window), caption); };
+    };
+    // Presses `caption` in the tip that says so; a tip asking whether to
+    // replace a block of the same name is answered "替换" on the way.
+    auto tip = [](const QString& caption) {
+        return [caption] {
+            QWidget* shown = ShownWindow("CPopTipDlg");
+            if (PressCaption(shown, QStringLiteral("替换"))) return false;
+            return PressCaption(shown, caption);
+        };
+    };
+    auto gone = [](const char* window) { return [window] { return ShownWindow(window) == nullptr; }; };
+    auto panelPress = [](const QString& caption) { return [caption] { return PressCaption(FindPanelWidget(), caption); }; };
+    // Types `text` over the dialog's edit as an input method would, then Enter.
+    auto retype = [](const char* window, const QString& text) {
+        return [window, text] {
+            QWidget* dialog = ShownWindow(window);
+            auto* edit = dialog ? dialog->findChild<QLineEdit*>() : nullptr;
+            if (!edit || !edit->isVisible()) return false;
+            edit->selectAll();
+            QTest::sendKeyEvent(QTest::Click, edit, Qt::Key_unknown, text, Qt::NoModifier);
+            QTest::keyClick(edit, Qt::Key_Return);
+            return true;
+        };
+    };
+
+    // A block of the first gallery goes into the collection through the
+    // thumbnail's menu; "查看收藏" then opens the folder that holds it.
+    auto collect = walk({[this] {
+                             if (!m_galleries.isEmpty())
+                                 m_exports.ShowGallery((QStringLiteral("\\") + m_galleries.first()).toStdU16String().c_str(), u"");
+                             return true;
+                         },
+                         menuOnCell(1), entry(QStringLiteral("收藏图块")), press("CCollectiondlg", QStringLiteral("收藏")),
+                         tip(QStringLiteral("查看收藏")), gone("CPopTipDlg")});
+    m_steps.push_back({QStringLiteral("collect-block"), collect.first, collect.second, netSettle,
+                       QStringLiteral("collection-collected")});
+    // A second folder, for the move; then back to the first one.
+    auto folder = walk({panelPress(QStringLiteral("新建文件夹")), press("CNewFolderDlg", QStringLiteral("新建")),
+                        gone("CNewFolderDlg"), [] { return PressCaption(FindPanelWidget(), QStringLiteral("收藏夹2")); },
+                        [] { return PressCaption(FindPanelWidget(), QStringLiteral("收藏夹1")); }});
+    m_steps.push_back({QStringLiteral("new-folder"), folder.first, folder.second, netSettle, QString()});
+    auto rename = walk({menuOnCell(0), entry(QStringLiteral("重命名")), retype("CModifyFolderDlg", QStringLiteral("我的门")),
+                        gone("CModifyFolderDlg")});
+    m_steps.push_back({QStringLiteral("rename-block"), rename.first, rename.second, settle,
+                       QStringLiteral("collection-renamed")});
+    auto move = walk({menuOnCell(0), entry(QStringLiteral("移动")), press("CMoveCollectBlkDlg", QStringLiteral("移动")),
+                      [tip] { return !ShownWindow("CMoveCollectBlkDlg") || (tip(QString())(), false); }});
+    m_steps.push_back({QStringLiteral("move-block"), move.first, move.second, netSettle,
+                       QStringLiteral("collection-moved")});
+    // The folder that took the block goes again, so that the next walk
+    // against the same service starts from the same folders.
+    auto drop = walk({panelPress(QStringLiteral("删除文件夹")), tip(QStringLiteral("删除")), gone("CPopTipDlg")});
+    m_steps.push_back({QStringLiteral("delete-folder"), drop.first, drop.second, netSettle, QString()});
+}
+
 void DemoTour::ArmWatchdog() {
     // A step that never returns (a call blocked outside any event loop)
     // would keep the tour from ending: past every step's time limit the
@@ -572,7 +714,7 @@ void DemoTour::HandleModal() {
     // that the walk goes on.
     QWidget* modal = QApplication::activeModalWidget();
     auto* dialog = qobject_cast<QDialog*>(modal);
-    if (!dialog || !dialog->isVisible() || dialog->property("tourSeen").toBool()) return;
+    if (!dialog || !dialog->isVisible() || dialog->property("tourSeen").toBool() || m_stepAnswersModals) return;
     dialog->setProperty("tourSeen", true);
     const bool signIn = qobject_cast<SignInDialog*>(dialog) != nullptr;
     Log(QStringLiteral("a modal window came up: %1 \"%2\"")
@@ -653,6 +795,7 @@ void DemoTour::BeginStep() {
 
 void DemoTour::EndStep(bool ok, const QString& why) {
     const Step& step = m_steps[m_current];
+    m_stepAnswersModals = false;
     const qint64 stall = m_stalls.stages().empty() ? 0 : m_stalls.stages().back().longestGapMs;
     if (ok) {
         Log(QStringLiteral("step %1 ok (%2 ms, longest stall %3 ms)").arg(step.name).arg(m_stepClock.elapsed()).arg(stall));

@@ -64,6 +64,7 @@ private:
     };
 
     void BuildSteps();
+    void AddCollectionSteps(int settle, int netSettle);
     void ArmWatchdog();
     void Poll();
     void BeginStep();
@@ -99,6 +100,7 @@ private:
     bool m_feedbackSent = false;
     qint64 m_feedbackShownAt = -1;
     bool m_acceptSignIn = false;
+    bool m_stepAnswersModals = false;  // the collection steps press the dialogs' own buttons
     int m_signInAsked = 0;
     // Shared with the watchdog thread, which may outlive the tour object.
     std::shared_ptr<std::atomic<bool>> m_done = std::make_shared<std::atomic<bool>>(false);

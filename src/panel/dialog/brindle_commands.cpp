@@ -40,16 +40,13 @@ void CBrindleDlg::OnPanelCommand(std::uintptr_t code, std::intptr_t lParam) {
             SelectionChanged(lParam);
             return;
         case 2:
-            // Renaming a collection folder joins with the collection dialogs.
+            RenameFolder(lParam);
             return;
         case 3:
             ActivateBlock(*this, lParam);
             return;
         case 4:
-            // Only a block of the collections is renamed (that joins with the
-            // collection dialogs); anywhere else the double click activates.
-            if (m_classIndex != 1 || IsSearchPage(m_page) || m_curClassPath.find(u"收藏") == std::u16string::npos)
-                (void)SendWindowMessage(Handle(), MsgPanelCommand, 3, lParam);
+            RenameBlock(lParam);
             return;
         case 5:
             if (m_collectionBtns.size() > 2 && m_collectionBtns[2]) m_collectionBtns[2]->setEnabled(lParam >= 0);

@@ -19,15 +19,18 @@
 //   collection_road.cpp      the collection's folders, blocks, mirror files, deletions
 //   collection_sync_road.cpp the hand-over of the old local collection
 //   search_road.cpp          the search run, its staged rows, the local fallback
-//   row_commands.cpp         result rows: thumbnails, downloads, "使用" and "收藏"
+//   row_commands.cpp         result rows: thumbnails, downloads, "使用"
+//   collection_dialog_road.cpp the collection's menus and dialogs, "收藏" of a row
 //   ad_tiles_road.cpp        the advertising tiles: refresh, first cell, click, save
 
 #include <QImage>
+#include <QMenu>
 #include <QPointer>
 #include <QWidget>
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -59,6 +62,7 @@ class CSubclassButton;
 class HotWordBar;
 class CProgressCtrlOwner;
 struct SearchOutcome;
+class CAddBlocksFromDisk;
 
 class CBrindleDlg : public QWidget {
     Q_OBJECT
@@ -233,6 +237,10 @@ public:
 
     // Tests and the tour read these.
     CSkinButton* Button(int id) const;
+    // The context menu of the thumbnail list or a folder button while it is open.
+    QMenu* CollectionMenu() const { return m_collectionMenu.data(); }
+    // The collection's dialog, file dialog or tip while one is open.
+    QWidget* CollectionWindow() const { return m_collectionWindow.data(); }
 
 protected:
     bool event(QEvent* event) override;
@@ -325,6 +333,36 @@ private:
     void BlockDeleted(const std::u16string& folderPath, const std::u16string& blockPath,
                       const std::u16string& blockName);
     void AskDeleteFolder(CSubclassButton* button);  // event 10, 2105
+
+    // The collection's menus and dialogs (collection_dialog_road.cpp). One
+    // window at a time: a second request brings the open one forward.
+    QPointer<QWidget> m_collectionWindow;
+    QPointer<QMenu> m_collectionMenu;
+    QPointer<CAddBlocksFromDisk> m_addFromDisk;
+    bool CollectionWindowOpen();
+    template <class Dialog>
+    Dialog* HoldCollectionDialog(Dialog* dialog, std::function<void(Dialog&, int)> then);
+    QMenu* PopCollectionMenu(const std::vector<std::pair<QString, int>>& entries, const std::set<int>& disabled,
+                             std::function<void(int)> chosen);
+    CSubclassButton* SubclassButtonOf(std::intptr_t handle) const;
+    int ItemOfPath(const std::u16string& path) const;
+    void ThumbnailMenu(std::intptr_t item);                  // event 8
+    void FolderButtonMenu(std::intptr_t handle);             // event 9
+    void MoveBlock(std::intptr_t item);                      // event 11
+    void RenameFolder(std::intptr_t handle);                 // command 2
+    void RenameBlock(std::intptr_t item);                    // command 4
+    void AddBlocksFromDisk();                                // 2100, 2150
+    void NewFolder();                                        // 2101
+    void ShareCollection();                                  // 2103
+    void CollectListedBlock(const std::u16string& path);
+    bool HostAllowsCollecting(const std::u16string& path);
+    // CCollectiondlg, then m_collected and the success tip; `closed` runs on its "关闭".
+    void OpenCollectDialog(const std::u16string& name, const std::u16string& path, const QImage& picture,
+                           std::function<void()> closed);
+    void FolderRenamed(const std::u16string& oldPath, const std::u16string& newPath, const std::u16string& newName,
+                       WindowHandle buttonHandle);
+    void BlockRenamed(const std::u16string& oldPath, const std::u16string& newPath, const std::u16string& fileName);
+    void FolderMade(const std::u16string& parentPath, const std::u16string& name);
     void ShowEmptyClass(int row, const std::u16string& path);
     // SwitchClass's half for a row whose class is known: its subclasses shown.
     void ShowClassOf(int row, const std::u16string& text);

@@ -105,8 +105,7 @@ void CBrindleDlg::OnTimer(std::uintptr_t id) {
 }
 
 void CBrindleDlg::OnPanelEvent(std::uintptr_t code, std::intptr_t lParam, std::unique_ptr<MessagePayload> payload) {
-    // A payload (a worker's path) is freed when this returns; codes 6 to 11
-    // join with the collections.
+    // A payload (a worker's path) is freed when this returns.
     switch (code) {
         case 0:
             QueueThumbCheck(*this, lParam);
@@ -160,8 +159,17 @@ void CBrindleDlg::OnPanelEvent(std::uintptr_t code, std::intptr_t lParam, std::u
         case 7:
             CloudSyncEnded(code == 6);
             return;
+        case 8:
+            ThumbnailMenu(lParam);
+            return;
+        case 9:
+            FolderButtonMenu(lParam);
+            return;
         case 10:
             AskDeleteFolder(reinterpret_cast<CSubclassButton*>(lParam));
+            return;
+        case 11:
+            MoveBlock(lParam);
             return;
         default:
             return;

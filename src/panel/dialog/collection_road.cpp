@@ -8,6 +8,7 @@
 
 #include "collection/collection_calls.h"
 #include "collection/collection_mirror.h"
+#include "collection_dialogs/delete_folder_run.h"
 #include "net/http_transport.h"
 #include "panel/classes/panel_workers.h"
 #include "panel/dialog/brindle_dlg.h"
@@ -302,6 +303,15 @@ namespace marrowfin {
 
 void CBrindleDlg::OnCollectionBar(int id) {
     switch (id) {
+        case 2100:
+            AddBlocksFromDisk();
+            return;
+        case 2101:
+            NewFolder();
+            return;
+        case 2103:
+            ShareCollection();
+            return;
         case 2102:
             DeleteSelectedBlock();
             return;
@@ -328,34 +338,18 @@ void CBrindleDlg::AskDeleteFolder(CSubclassButton* button) {
     if (!m_store || !m_store->root || m_folderDeletePending) return;
     const std::u16string path = button->data.toStdU16String();
     if (!FindNodeByPath(m_store->root, path)) return;
-    CPopTipDlg ask(this);
-    ask.Configure(QStringLiteral("删除文件夹"), true, QStringLiteral("确定要删除该收藏夹所有图块么？"), QString(),
-                  QStringLiteral("删除"), QStringLiteral("取消"));
-    if (ask.DoModal() != 1) return;
     const CollectionFolder* folder = FolderByPath(m_folderMap, path);
     if (!folder) return;
-
+    // The question, the request and the tips of a refusal belong to the run.
     m_folderDeletePending = true;
-    const std::u16string token = userToken;
-    const std::u16string folderId = folder->id;
-    const bool started = AskOnWorker<CollectionReply>(
-        Handle(), [token, folderId] { return DeleteFolder(token, folderId); },
-        [this](CollectionReply reply) {
-            m_folderDeletePending = false;
-            if (!reply.delivered) {
-                Tip(this, QStringLiteral("删除文件夹"), QStringLiteral("删除失败，请检查网络"));
-                return;
-            }
-            if (!reply.Is(u"success")) {
-                Tip(this, QStringLiteral("删除文件夹"), QStringLiteral("删除失败，请重试"));
-                return;
-            }
-            // The collection opens again; its reload takes the folder's directory away.
-            m_targetClass = u"/" + std::u16string(kCollectionClass);
-            m_forceList = true;
-            OpenTargetClass();
-        });
-    if (!started) m_folderDeletePending = false;
+    CDeleteFolderRun::Start(this, userToken, folder->id, [this](bool deleted) {
+        m_folderDeletePending = false;
+        if (!deleted) return;
+        // The collection opens again; its reload takes the folder's directory away.
+        m_targetClass = u"/" + std::u16string(kCollectionClass);
+        m_forceList = true;
+        OpenTargetClass();
+    });
 }
 
 }  // namespace marrowfin

@@ -1,5 +1,5 @@
 // The life of a result row after it was listed: its thumbnail, the quiet
-// fetch of rows in view, the download queue, "使用" and "收藏".
+// fetch of rows in view, the download queue and "使用".
 #include <QTimer>
 #include <algorithm>
 
@@ -25,17 +25,6 @@ constexpr size_t kQueueLimit = 100;       // a queue holding more refuses the ne
 constexpr int kStartsPerScan = 15;        // queue entries one start visits
 constexpr unsigned kRowCheckMs = 700;     // a row must stay in view this long to be fetched
 constexpr int kFailedShowMs = 3000;       // "下载失败，检查网络" stands this long
-
-// The gallery folder's name: the path component two levels above the file.
-std::u16string GalleryOfBlock(std::u16string_view path) {
-    size_t end = path.size();
-    for (int level = 0; level < 2; ++level) {
-        end = path.rfind(u'/', end - 1);
-        if (end == std::u16string_view::npos || end == 0) return {};
-    }
-    const size_t begin = path.rfind(u'/', end - 1);
-    return std::u16string(path.substr(begin == std::u16string_view::npos ? 0 : begin + 1, end - (begin + 1)));
-}
 
 }  // namespace
 
@@ -230,25 +219,6 @@ void CBrindleDlg::UseRow(std::intptr_t index) {
         RememberRecent(*m_store, node->Path(), node->name.str());
         RelistNodes();
     }
-}
-
-void CBrindleDlg::CollectRow(std::intptr_t index) {
-    if (!m_searchList || !m_searchList->isVisible()) return;
-    if (index < 0 || index >= static_cast<std::intptr_t>(m_rows.size())) return;
-    const BlockRow& row = m_rows[static_cast<size_t>(index)];
-    if (row.state != RowFresh && row.state != RowFetched) return;
-    if (userId < 2 && RequireLogin() < 2) return;
-    const std::u16string path = row.path.toStdU16String();
-    if (IsBlkBoutique(path)) {
-        // The host decides whether a boutique block may be collected.
-        std::u16string name = GalleryOfBlock(path);
-        SendHostRequest(hostWindow, MARROWFIN_REQUEST_GALLERY_NAME, &name);
-        int32_t allowed = -1;
-        SendHostRequest(hostWindow, MARROWFIN_REQUEST_PERMISSION, &allowed);
-        if (allowed != 0) return;
-    }
-    // Choosing the folder and sending the block to the service come with the
-    // collections; until then a permitted row is not collected.
 }
 
 }  // namespace marrowfin

@@ -12,42 +12,14 @@
 using namespace marrowfin;
 using namespace marrowfin::test;
 
-namespace {
-
-std::vector<QString> FolderButtons(CBrindleDlg& p) {
-    std::vector<QString> captions;
-    for (CSubclassButton* button : p.m_subclassBtns)
-        if (button && button->isVisibleTo(&p)) captions.push_back(button->text());
-    return captions;
-}
-
-// Uploads a real drawing into the user's folder as `name`, through the
-// client's own call, so that the service also serves its file.
-void Collect(int user, const std::u16string& folderId, const std::string& name) {
-    const std::string dir = U8(StoreRoot()) + "/../upload";
-    CreateDirectories(W(dir));
-    std::string bytes;
-    ASSERT_TRUE(ReadWholeFile(W(SharedDir() + "/testdata/dwg/bmp8_ac1015.dwg"), bytes));
-    ASSERT_TRUE(WriteFileAtomic(W(dir + "/" + name), bytes));
-    const CollectionReply reply = CollectBlockFile(u"token-" + W(std::to_string(user)), folderId, W(dir + "/" + name),
-                                                   CollectForce::FromDisk);
-    ASSERT_TRUE(reply.Is(u"1")) << name;
-}
-
-std::u16string IdOf(service::UserState& users, int user, const std::string& folder) {
-    return W(std::to_string(users.folderByName(user, folder)->id));
-}
-
-}  // namespace
-
 TEST(CollectionRoad, FoldersBlocksAndFilesFollowTheServiceForEachUser) {
     PanelWorld w(SampleLibrary());
     GalleryNode* hardware = w.AddGallery({u"五金", 2, 3});
     const std::u16string mine = w.AddCollections(7, {u"螺栓", u"管件"}, 0);
     const std::u16string theirs = w.AddCollections(9, {u"门窗"}, 0);
     service::UserState& users = w.service.users();
-    for (const char* name : {"六角螺栓.dwg", "地脚螺栓.dwg", "膨胀螺栓.dwg"}) Collect(7, IdOf(users, 7, "螺栓"), name);
-    Collect(9, IdOf(users, 9, "门窗"), "平开门.dwg");
+    for (const char* name : {"六角螺栓.dwg", "地脚螺栓.dwg", "膨胀螺栓.dwg"}) w.CollectDrawing(7, "螺栓", name);
+    w.CollectDrawing(9, "门窗", "平开门.dwg");
     // A name the service should never give stays out of the mirror and the tree.
     users.addFolder(7, "..");
     // A mirror left from an earlier run is wiped by the first read.
@@ -60,7 +32,7 @@ TEST(CollectionRoad, FoldersBlocksAndFilesFollowTheServiceForEachUser) {
 
     w.SignIn(7);
     ASSERT_TRUE(w.OpenRow(1));
-    EXPECT_EQ(FolderButtons(p), (std::vector<QString>{QStringLiteral("螺栓"), QStringLiteral("管件")}));
+    EXPECT_EQ(w.FolderButtons(), (std::vector<QString>{QStringLiteral("螺栓"), QStringLiteral("管件")}));
     EXPECT_EQ(p.m_folderMap.size(), 2u);
     EXPECT_TRUE(DirectoryExists(mine + u"/螺栓") && DirectoryExists(mine + u"/管件"));
     EXPECT_FALSE(PathExists(mine + u"/旧夹"));
@@ -84,7 +56,7 @@ TEST(CollectionRoad, FoldersBlocksAndFilesFollowTheServiceForEachUser) {
     users.addFolder(7, "法兰");
     ASSERT_TRUE(w.OpenRow(0));
     ASSERT_TRUE(w.OpenRow(1));
-    EXPECT_EQ(FolderButtons(p), (std::vector<QString>{QStringLiteral("螺栓"), QStringLiteral("法兰")}));
+    EXPECT_EQ(w.FolderButtons(), (std::vector<QString>{QStringLiteral("螺栓"), QStringLiteral("法兰")}));
     EXPECT_FALSE(PathExists(mine + u"/管件"));
     EXPECT_EQ(p.m_pThumbList->GetItemCount(), 2);
     EXPECT_FALSE(FileExists(mine + u"/螺栓/地脚螺栓.dwg"));
@@ -114,7 +86,7 @@ TEST(CollectionRoad, FoldersBlocksAndFilesFollowTheServiceForEachUser) {
     w.SignIn(9);
     ASSERT_TRUE(w.OpenRow(0));
     ASSERT_TRUE(w.OpenRow(1));
-    EXPECT_EQ(FolderButtons(p), (std::vector<QString>{QStringLiteral("门窗")}));
+    EXPECT_EQ(w.FolderButtons(), (std::vector<QString>{QStringLiteral("门窗")}));
     EXPECT_EQ(p.m_curClassPath, theirs + u"/门窗");
     EXPECT_TRUE(FileExists(mine + u"/螺栓/六角螺栓.dwg"));
     ASSERT_EQ(p.m_folderMap.size(), 1u);
@@ -128,7 +100,7 @@ TEST(CollectionRoad, FoldersBlocksAndFilesFollowTheServiceForEachUser) {
     ASSERT_TRUE(w.WaitForSwitch());
     EXPECT_FALSE(users.folderByName(9, "门窗").has_value());
     EXPECT_FALSE(PathExists(theirs + u"/门窗"));
-    EXPECT_EQ(FolderButtons(p), (std::vector<QString>{QStringLiteral("收藏夹1")}));
+    EXPECT_EQ(w.FolderButtons(), (std::vector<QString>{QStringLiteral("收藏夹1")}));
 
     // The service gone: the collections cannot be read and the user is taken
     // back to the gallery he came from; "重试" on the page keeps the page.

@@ -1,5 +1,7 @@
 #include "panel_world.h"
 
+#include "collection/collection_calls.h"
+
 #include "panel/classes/panel_workers.h"
 #include "skin/pop_tip_dlg.h"
 
@@ -160,6 +162,19 @@ std::u16string PanelWorld::AddCollections(int user, const std::vector<std::u16st
             users.addBlock({0, id, U8(folder) + "_" + std::to_string(b) + ".dwg", U8(folder), 2048, false});
     }
     return NumberedCollectionFolder(user);
+}
+
+void PanelWorld::CollectDrawing(int user, const std::string& folder, const std::string& name) {
+    const std::string dir = U8(StoreRoot()) + "/../upload";
+    CreateDirectories(W(dir));
+    std::string bytes;
+    ASSERT_TRUE(ReadWholeFile(W(SharedDir() + "/testdata/dwg/bmp8_ac1015.dwg"), bytes));
+    ASSERT_TRUE(WriteFileAtomic(W(dir + "/" + name), bytes));
+    const auto found = service.users().folderByName(user, folder);
+    ASSERT_TRUE(found.has_value()) << folder;
+    const CollectionReply reply = CollectBlockFile(u"token-" + W(std::to_string(user)), W(std::to_string(found->id)),
+                                                   W(dir + "/" + name), CollectForce::FromDisk);
+    ASSERT_TRUE(reply.Is(u"1")) << name;
 }
 
 void PanelWorld::MakePanel(bool waitForStart, float rate) {

@@ -75,6 +75,13 @@ public:
         return int(std::count_if(panel->m_subclassBtns.begin(), panel->m_subclassBtns.end(), [this](QWidget* b) { return Shown(b); }));
     }
     bool Shown(QWidget* widget) const { return widget && widget->isVisibleTo(panel.get()); }
+    // The captions of the subclass buttons shown, in order.
+    std::vector<QString> FolderButtons() const {
+        std::vector<QString> captions;
+        for (CSubclassButton* button : panel->m_subclassBtns)
+            if (Shown(button)) captions.push_back(button->text());
+        return captions;
+    }
     bool ButtonShown(int id) const { return Shown(panel->Button(id)); }
 
 protected:
@@ -139,6 +146,9 @@ public:
     // service: folders with blocks "<folder>_<n>.dwg". Without a library the
     // service is started to serve the collections alone. Returns the mirror.
     std::u16string AddCollections(int user, const std::vector<std::u16string>& folders, int blocksPerFolder);
+    // Uploads a real drawing into the user's folder as `name` through the
+    // client's own call, so that the service also serves its file.
+    void CollectDrawing(int user, const std::string& folder, const std::string& name);
 
     // Makes, shows and starts the panel over this store: waits for the first
     // class list (the recent list opened) unless `waitForStart` is false.
