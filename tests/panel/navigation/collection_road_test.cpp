@@ -146,9 +146,9 @@ TEST(CollectionRoad, AnOldCollectionIsHandedOverOnceAndAskedAboutWhenTheCloudHol
     w.SignIn(11);
     w.ClickClassRow(1);
     ASSERT_TRUE(PumpUntil([&] { return p.m_syncStatus == 2; }));
-    ASSERT_TRUE(PumpUntil([&] { return ReadOldCollectTip() == u"1" && FolderButtons(p).size() == 2u; }, 10000));
+    ASSERT_TRUE(PumpUntil([&] { return ReadOldCollectTip() == u"1" && w.FolderButtons().size() == 2u; }, 10000));
     ASSERT_TRUE(w.WaitForSwitch());
-    EXPECT_EQ(FolderButtons(p), (std::vector<QString>{QStringLiteral("甲"), QStringLiteral("乙")}));
+    EXPECT_EQ(w.FolderButtons(), (std::vector<QString>{QStringLiteral("甲"), QStringLiteral("乙")}));
     EXPECT_EQ(users.blocks(users.folderByName(11, "甲")->id).size(), 2u);
     EXPECT_EQ(p.m_pThumbList->GetItemCount(), 2);
     EXPECT_TRUE(oldFolderIntact() && DirectoryExists(fresh + u"/甲"));
@@ -160,11 +160,11 @@ TEST(CollectionRoad, AnOldCollectionIsHandedOverOnceAndAskedAboutWhenTheCloudHol
     ASSERT_TRUE(w.OpenRow(1));
     Pump(30);
     EXPECT_EQ(p.m_syncStatus, 0);
-    EXPECT_TRUE(w.ButtonShown(2155) && w.ButtonShown(2156) && FolderButtons(p).empty());
+    EXPECT_TRUE(w.ButtonShown(2155) && w.ButtonShown(2156) && w.FolderButtons().empty());
     w.ClickButton(2156);
     ASSERT_TRUE(w.WaitForSwitch());
     EXPECT_EQ(ReadOldCollectTip(), u"1");
-    EXPECT_EQ(FolderButtons(p), (std::vector<QString>{QStringLiteral("云端")}));
+    EXPECT_EQ(w.FolderButtons(), (std::vector<QString>{QStringLiteral("云端")}));
     EXPECT_EQ(users.folders(12).size(), 1u);
 
     // "替换" with the archive refused: "同步失败" with "重试", the transfer's end
