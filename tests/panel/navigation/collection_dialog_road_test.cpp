@@ -32,12 +32,16 @@ int ItemOf(CBrindleDlg& p, const std::u16string& path) {
 }
 
 // Right-clicks `at` on `widget`: the entries of the menu that opened ("!"
-// before a disabled one); the entry `choose` is then clicked.
-Texts Menu(CBrindleDlg& p, QWidget* widget, QPoint at, const QString& choose = {}) {
+// before a disabled one); the entry `choose` is then clicked. With a
+// `picture` the open menu is compared with that reference.
+Texts Menu(CBrindleDlg& p, QWidget* widget, QPoint at, const QString& choose = {}, const char* picture = nullptr) {
     Click(widget, at, Qt::RightButton);
     Texts entries;
     if (!PumpUntil([&p] { return p.CollectionMenu() && p.CollectionMenu()->isVisible(); }, 500)) return entries;
     QMenu* menu = p.CollectionMenu();
+    if (picture) {
+        EXPECT_TRUE(MatchesReference(menu->grab().toImage(), "panel/navigation", picture));
+    }
     QAction* chosen = nullptr;
     for (QAction* action : menu->actions()) {
         if (action->isSeparator()) continue;
@@ -51,15 +55,16 @@ Texts Menu(CBrindleDlg& p, QWidget* widget, QPoint at, const QString& choose = {
 }
 
 // The menu of a block's cell once its picture has come.
-Texts CellMenu(CBrindleDlg& p, const std::u16string& path, const QString& choose = {}) {
+Texts CellMenu(CBrindleDlg& p, const std::u16string& path, const QString& choose = {}, const char* picture = nullptr) {
     const int item = ItemOf(p, path);
     if (item < 0 || !PumpUntil([&] { return p.m_pThumbList->ItemState(item) != CDWGListView::kStateFresh; })) return {};
-    return Menu(p, p.m_pThumbList, p.m_pThumbList->IconRect(item).center(), choose);
+    return Menu(p, p.m_pThumbList, p.m_pThumbList->IconRect(item).center(), choose, picture);
 }
 
-Texts ButtonMenu(PanelHarness& w, const QString& caption, const QString& choose) {
+Texts ButtonMenu(PanelHarness& w, const QString& caption, const QString& choose, const char* picture = nullptr) {
     for (CSubclassButton* button : w.panel->m_subclassBtns)
-        if (w.Shown(button) && button->text() == caption) return Menu(*w.panel, button, button->rect().center(), choose);
+        if (w.Shown(button) && button->text() == caption)
+            return Menu(*w.panel, button, button->rect().center(), choose, picture);
     return {};
 }
 
@@ -184,7 +189,7 @@ TEST(CollectionDialogRoad, FoldersMadeRenamedAndDeletedFromTheBarAndTheirMenus) 
     EXPECT_EQ(w.FolderButtons(), (Texts{"收藏夹1", "收藏夹3", "收藏夹2"}));
 
     // "重命名" of a folder with a block: the directory, the button and the map follow.
-    EXPECT_EQ(ButtonMenu(w, "收藏夹3", "重命名"), (Texts{"重命名", "删除"}));
+    EXPECT_EQ(ButtonMenu(w, "收藏夹3", "重命名", "folder_menu_1.0"), (Texts{"重命名", "删除"}));
     auto* rename = DialogOf<CModifyFolderDlg>(p);
     ASSERT_TRUE(rename);
     Type(rename, "门窗");
@@ -205,7 +210,7 @@ TEST(CollectionDialogRoad, FoldersMadeRenamedAndDeletedFromTheBarAndTheirMenus) 
         EXPECT_FALSE(PathExists(mine + u"/" + W(folder)));
     }
     EXPECT_EQ(w.FolderButtons(), Texts{"门窗"});
-    EXPECT_EQ(CellMenu(p, mine + u"/门窗/门.dwg"), (Texts{"重命名", "删除", "!移动"}));
+    EXPECT_EQ(CellMenu(p, mine + u"/门窗/门.dwg", {}, "block_menu_1.0"), (Texts{"重命名", "删除", "!移动"}));
 
     // The limit: the eighteenth folder disables the button; still enabled, it only tells.
     for (int i = 0; i < 16; ++i) users.addFolder(8, "夹" + std::to_string(i));
