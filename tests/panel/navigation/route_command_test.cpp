@@ -36,6 +36,8 @@ TEST(Routes, RoutesTheCollectionsRowTheHostButtonsTheCommandsAndTheShowList) {
     EXPECT_EQ(std::make_tuple(host.Requests(MARROWFIN_REQUEST_SIGN_IN).size(), p.m_page, p.m_classList->GetSelectedRow()),
               std::make_tuple(asked + 1, int(PageBrowse), w.RowOf(u"家具")));
     EXPECT_FALSE(w.ButtonShown(2100));
+    for (const FolderEntry& entry : ListFolder(StoreRoot()))
+        EXPECT_FALSE(entry.name.ends_with(u"_收藏")) << "nothing written for nobody";
     // Signed in with nothing in the cloud: the default folder is made and
     // opened empty, offering "添加图块".
     w.SignIn(8);
