@@ -85,11 +85,17 @@ struct ThreadLists {
         shared.threads.push_back(this);
     }
     ~ThreadLists() {
-        for (size_t c = 0; c < kClasses; ++c)
-            for (char* at = uncut[c]; at && at + SizeOf(c) <= uncutEnd[c]; at += SizeOf(c)) lists[c].push_back(at);
         Shared& shared = TheShared();
         std::lock_guard<std::mutex> hold(shared.lock);
-        for (size_t c = 0; c < kClasses; ++c) Move(lists[c], shared.lists[c], lists[c].size());
+        for (size_t c = 0; c < kClasses; ++c) {
+            GiveBackLocked(shared, c, lists[c].size());
+            try {
+                for (char* at = uncut[c]; at && at + SizeOf(c) <= uncutEnd[c]; at += SizeOf(c))
+                    shared.lists[c].push_back(at);
+            } catch (const std::bad_alloc&) {
+                // The rest of the slab stays unused.
+            }
+        }
         shared.endedInUse += inUse.load(std::memory_order_relaxed);
         shared.threads.erase(std::find(shared.threads.begin(), shared.threads.end(), this));
     }
@@ -120,7 +126,16 @@ struct ThreadLists {
     void GiveBack(size_t cls) {
         Shared& shared = TheShared();
         std::lock_guard<std::mutex> hold(shared.lock);
-        Move(lists[cls], shared.lists[cls], kBatch);
+        GiveBackLocked(shared, cls, kBatch);
+    }
+    // Frees must not fail: when the shared list cannot grow, the pieces are
+    // left unused instead.
+    void GiveBackLocked(Shared& shared, size_t cls, size_t count) {
+        try {
+            Move(lists[cls], shared.lists[cls], count);
+        } catch (const std::bad_alloc&) {
+            lists[cls].resize(lists[cls].size() - std::min(count, lists[cls].size()));
+        }
     }
 };
 
