@@ -50,7 +50,8 @@ struct BigLibrary {
         std::u16string query;
         for (int g = 0; g < 101; ++g) {
             AddGalleryToShowList(Utf8ToUtf16(bench::GalleryName(g)));
-            query += (g ? u"," : u"") + Utf8ToUtf16(bench::GalleryName(g));
+            if (g) query += u',';
+            query += Utf8ToUtf16(bench::GalleryName(g));
         }
         (void)PostForm(ServiceBaseUrl() + u"/gallery/g_all_s?gallery_name=" + query, u"", reply);
     }
@@ -188,7 +189,10 @@ void BM_WalkSameReply(benchmark::State& state) {
 void BM_FetchSameReply(benchmark::State& state) {
     BigLibrary& lib = BigLibrary::Get();
     std::u16string query;
-    for (int g = 0; g < 101; ++g) query += (g ? u"," : u"") + Utf8ToUtf16(bench::GalleryName(g));
+    for (int g = 0; g < 101; ++g) {
+        if (g) query += u',';
+        query += Utf8ToUtf16(bench::GalleryName(g));
+    }
     for (auto _ : state) {
         std::string out;
         benchmark::DoNotOptimize(PostFormBytes(ServiceBaseUrl() + u"/gallery/g_all_s?gallery_name=" + query, u"", out));

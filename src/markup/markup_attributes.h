@@ -75,7 +75,10 @@ inline bool NextAttribute(const char16_t* t, size_t& at, size_t end, AttributeSp
         if (q < end && (t[q] == u'"' || t[q] == u'\'')) {
             const char16_t quote = t[q];
             a.valueBegin = ++q;
-            q = FindUnitBefore(t, q, end, quote);
+            // Each quote as a constant: a quote read from the text went
+            // through the stack into the vector register, a store the load
+            // could not take over, stalling every value read.
+            q = quote == u'"' ? FindUnitBefore(t, q, end, u'"') : FindUnitBefore(t, q, end, u'\'');
             a.valueEnd = q;
             if (q < end) ++q;
         } else {

@@ -162,17 +162,22 @@ bool MarkupDocument::SetText(std::u16string_view text) {
 }
 
 bool MarkupDocument::SetUtf8Text(std::string_view bytes) {
-    // The text ends at its first NUL byte, as SetText's does at its first NUL unit.
-    if (const void* nul = std::memchr(bytes.data(), 0, bytes.size()))
-        bytes = bytes.substr(0, static_cast<size_t>(static_cast<const char*>(nul) - bytes.data()));
     Clear();
     m_result.clear();
     if (bytes.size() > kMaxTextLength) bytes = {};
     // Decoded straight into the document's own buffer: a reply of tens of
     // megabytes is not held a second time as a wide string.
     m_text = AllocateText(bytes.size() + 1);
+    const auto* s = reinterpret_cast<const unsigned char*>(bytes.data());
     size_t nulls = 0;
-    m_length = DecodeUtf8Into(reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size(), m_text.get(), nulls);
+    m_length = DecodeUtf8Into(s, bytes.size(), m_text.get(), nulls);
+    // The text ends at its first NUL byte, as SetText's does at its first NUL
+    // unit. The decoder counts them, so that the bytes are searched for one
+    // only when there is one.
+    if (nulls != 0) {
+        const auto* nul = static_cast<const unsigned char*>(std::memchr(s, 0, bytes.size()));
+        m_length = DecodeUtf8Into(s, static_cast<size_t>(nul - s), m_text.get(), nulls);
+    }
     m_text[m_length] = 0;
     m_capacity = bytes.size() + 1;
     return Parse();

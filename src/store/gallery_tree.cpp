@@ -140,9 +140,10 @@ void RenameNode(GalleryNode* node, std::u16string_view newName) {
             if (!child || !child->HasOwnPath()) continue;
             const std::u16string_view old = child->StoredPath();
             const size_t slash = old.find_last_of(u'/');
-            const std::u16string last = slash == std::u16string::npos ? u"/" + std::u16string(old)
-                                                                      : std::u16string(old.substr(slash));
-            child->SetPath(path + last);
+            std::u16string moved = path;
+            if (slash == std::u16string::npos) moved += u'/';
+            moved += slash == std::u16string::npos ? old : old.substr(slash);
+            child->SetPath(moved);
         }
         return;
     }

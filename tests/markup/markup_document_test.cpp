@@ -287,6 +287,16 @@ TEST(MarkupEdit, AddAndSetKeepTheLayoutAndMatchAReparseInLongRandomRunsAndBigDoc
     ASSERT_TRUE(doc.LoadBytes(bytes)) << ResultOf(doc);
     ASSERT_TRUE(doc.FindElement(u"r") && doc.FindChildElement(u"a") && doc.GetChildAttribute(u"k") == u"中");
     ASSERT_TRUE(doc.SetText(u"<s/>") && doc.Text() == u"<s/>");
+
+    // A reply's bytes as they come: decoded as is, and cut at the first NUL
+    // byte, also one inside a character or megabytes in.
+    EXPECT_TRUE(doc.SetUtf8Text("<r a=\"\xE4\xB8\xAD\"/>") && doc.Text() == u"<r a=\"中\"/>");
+    EXPECT_TRUE(doc.SetUtf8Text(std::string("<r/>\0<x>", 8)) && doc.Text() == u"<r/>");
+    doc.SetUtf8Text(std::string("<r/>\xE4\0\xB8\xAD", 8));
+    EXPECT_EQ(doc.Text(), u"<r/>\xFFFD");
+    const std::string far = "<r>" + std::string(6u << 20, 'y') + "</r>";
+    EXPECT_TRUE(doc.SetUtf8Text(far + std::string("\0<x>\0", 5)) && doc.Text().size() == far.size() &&
+                doc.Text().substr(far.size() - 4) == u"</r>");
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cstring>
 #include <thread>
 
@@ -163,6 +164,35 @@ TEST(NodeStorage, PiecesCrossThreadsWithoutOverlapAndComeBack) {
     auto second = make();
     EXPECT_EQ(node_storage::SlabBytes(), slabs);
     for (auto [p, bytes] : second) node_storage::Free(p, bytes);
+    EXPECT_EQ(node_storage::BytesInUse(), inUse);
+
+    // A thread that ends holding pieces, past what the shared lists had, so
+    // that it cut a slab of its own: its pieces stay counted, and the part of
+    // its slab it never handed out goes to others without overlapping them.
+    constexpr size_t kHeld = 5000;
+    std::vector<void*> held;
+    auto fill = [](std::vector<void*>& pieces, size_t count, int mark) {
+        for (size_t i = 0; i < count; ++i) {
+            pieces.push_back(node_storage::Allocate(40));
+            std::memset(pieces.back(), mark, 40);
+        }
+    };
+    std::thread([&] { fill(held, kHeld, 0xA5); }).join();
+    const bool pooled = node_storage::SlabBytes() != 0;  // not under AddressSanitizer
+    if (pooled) {
+        EXPECT_EQ(node_storage::BytesInUse(), inUse + kHeld * 48);
+    }
+    std::vector<void*> others;
+    std::thread([&] { fill(others, 2000, 0x5A); }).join();
+    for (void* p : held)
+        for (size_t b = 0; b < 40; ++b) ASSERT_EQ(static_cast<const unsigned char*>(p)[b], 0xA5);
+    std::vector<const char*> all;
+    for (void* p : held) all.push_back(static_cast<const char*>(p));
+    for (void* p : others) all.push_back(static_cast<const char*>(p));
+    std::sort(all.begin(), all.end());
+    for (size_t i = 1; i < all.size(); ++i) ASSERT_GE(all[i] - all[i - 1], 40) << "pieces overlap";
+    for (void* p : held) node_storage::Free(p, 40);
+    for (void* p : others) node_storage::Free(p, 40);
     EXPECT_EQ(node_storage::BytesInUse(), inUse);
 }
 
