@@ -14,6 +14,7 @@
 #include <fstream>
 #include <map>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "platform/files.h"
@@ -67,6 +68,10 @@ struct Library {
                 }
             }
         }
+        // A store as users search it: not written in the last moments. A
+        // folder written less than two seconds before a search is listed
+        // again at each search (see FolderFiles).
+        std::this_thread::sleep_for(std::chrono::milliseconds(2100));
     }
     ~Library() {
         SubtreeDeleter()(root);
