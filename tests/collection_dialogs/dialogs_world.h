@@ -11,6 +11,7 @@
 #include <QInputMethodEvent>
 #include <QLineEdit>
 #include <QPainter>
+#include <QPointer>
 #include <fstream>
 #include <functional>
 #include <optional>
@@ -37,8 +38,10 @@ using Tips = std::vector<std::pair<QString, int>>;
 
 inline bool Exists(const std::string& path) { return QFile::exists(QString::fromStdString(path)); }
 
+// Until the dialog no longer waits for the service, or has ended and gone.
 inline void WaitIdle(CCollectionDialogFrame* dialog) {
-    EXPECT_TRUE(PumpUntil([dialog] { return !dialog->Waiting(); }));
+    QPointer<CCollectionDialogFrame> alive(dialog);
+    EXPECT_TRUE(PumpUntil([alive] { return !alive || !alive->Waiting(); }));
 }
 
 // Opens `dialog` and waits until it no longer waits for the service.
