@@ -639,6 +639,24 @@ void DemoTour::AddCollectionSteps(int settle, int netSettle) {
         };
     };
 
+    // Photographs the shown window of that class once it no longer waits for
+    // the service (no button of it disabled), or the open menu.
+    auto shoot = [this](const char* window, const QString& name) {
+        return [this, window, name] {
+            QWidget* shown = ShownWindow(window);
+            if (!shown) return false;
+            for (QAbstractButton* button : shown->findChildren<QAbstractButton*>())
+                if (button->isVisible() && !button->isEnabled()) return false;
+            return Shoot(name, [shown] { return shown->grab().toImage(); });
+        };
+    };
+    auto shootMenu = [this](const QString& name) {
+        return [this, name] {
+            auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+            return menu && Shoot(name, [menu] { return menu->grab().toImage(); });
+        };
+    };
+
     // A block of the first gallery goes into the collection through the
     // thumbnail's menu; "查看收藏" then opens the folder that holds it.
     auto collect = walk({[this] {
@@ -646,23 +664,31 @@ void DemoTour::AddCollectionSteps(int settle, int netSettle) {
                                  m_exports.ShowGallery((QStringLiteral("\\") + m_galleries.first()).toStdU16String().c_str(), u"");
                              return true;
                          },
-                         menuOnCell(1), entry(QStringLiteral("收藏图块")), press("CCollectiondlg", QStringLiteral("收藏")),
+                         menuOnCell(1), shootMenu(QStringLiteral("gallery-menu")), entry(QStringLiteral("收藏图块")),
+                         shoot("CCollectiondlg", QStringLiteral("collect-dialog")), press("CCollectiondlg", QStringLiteral("收藏")),
                          tip(QStringLiteral("查看收藏")), gone("CPopTipDlg")});
     m_steps.push_back({QStringLiteral("collect-block"), collect.first, collect.second, netSettle,
                        QStringLiteral("collection-collected")});
     // A second folder, for the move; then back to the first one.
-    auto folder = walk({panelPress(QStringLiteral("新建文件夹")), press("CNewFolderDlg", QStringLiteral("新建")),
+    auto folder = walk({panelPress(QStringLiteral("新建文件夹")), shoot("CNewFolderDlg", QStringLiteral("new-folder-dialog")),
+                        press("CNewFolderDlg", QStringLiteral("新建")),
                         gone("CNewFolderDlg"), [] { return PressCaption(FindPanelWidget(), QStringLiteral("收藏夹2")); },
                         [] { return PressCaption(FindPanelWidget(), QStringLiteral("收藏夹1")); }});
     m_steps.push_back({QStringLiteral("new-folder"), folder.first, folder.second, netSettle, QString()});
-    auto rename = walk({menuOnCell(0), entry(QStringLiteral("重命名")), retype("CModifyFolderDlg", QStringLiteral("我的门")),
+    auto rename = walk({menuOnCell(0), shootMenu(QStringLiteral("collection-menu")), entry(QStringLiteral("重命名")),
+                        shoot("CModifyFolderDlg", QStringLiteral("rename-dialog")), retype("CModifyFolderDlg", QStringLiteral("我的门")),
                         gone("CModifyFolderDlg")});
     m_steps.push_back({QStringLiteral("rename-block"), rename.first, rename.second, settle,
                        QStringLiteral("collection-renamed")});
-    auto move = walk({menuOnCell(0), entry(QStringLiteral("移动")), press("CMoveCollectBlkDlg", QStringLiteral("移动")),
+    auto move = walk({menuOnCell(0), entry(QStringLiteral("移动")), shoot("CMoveCollectBlkDlg", QStringLiteral("move-dialog")),
+                      press("CMoveCollectBlkDlg", QStringLiteral("移动")),
                       [tip] { return !ShownWindow("CMoveCollectBlkDlg") || (tip(QString())(), false); }});
     m_steps.push_back({QStringLiteral("move-block"), move.first, move.second, netSettle,
                        QStringLiteral("collection-moved")});
+    // "分享收藏" opens the share dialog; it is looked at and closed unshared.
+    auto share = walk({panelPress(QStringLiteral("分享收藏")), shoot("CShareDWGblockDlg", QStringLiteral("share-dialog")),
+                       press("CShareDWGblockDlg", QStringLiteral("取消")), gone("CShareDWGblockDlg")});
+    m_steps.push_back({QStringLiteral("share-dialog"), share.first, share.second, settle, QString()});
     // The folder that took the block goes again, so that the next walk
     // against the same service starts from the same folders.
     auto drop = walk({panelPress(QStringLiteral("删除文件夹")), tip(QStringLiteral("删除")), gone("CPopTipDlg")});
