@@ -666,7 +666,7 @@ void DemoTour::AddCollectionSteps(int settle, int netSettle) {
                          },
                          menuOnCell(1), shootMenu(QStringLiteral("gallery-menu")), entry(QStringLiteral("收藏图块")),
                          shoot("CCollectiondlg", QStringLiteral("collect-dialog")), press("CCollectiondlg", QStringLiteral("收藏")),
-                         tip(QStringLiteral("查看收藏")), gone("CPopTipDlg")});
+                         shoot("CPopTipDlg", QStringLiteral("collected-tip")), tip(QStringLiteral("查看收藏")), gone("CPopTipDlg")});
     m_steps.push_back({QStringLiteral("collect-block"), collect.first, collect.second, netSettle,
                        QStringLiteral("collection-collected")});
     // A second folder, for the move; then back to the first one.
