@@ -14,8 +14,10 @@ std::u16string Decimal(int value) {
 
 }  // namespace
 
+std::u16string MirrorName(int32_t userId) { return Decimal(userId) + u"_收藏"; }
+
 std::u16string MirrorDir(std::u16string_view root, int32_t userId) {
-    return std::u16string(root) + u"/" + Decimal(userId) + u"_收藏";
+    return std::u16string(root) + u"/" + MirrorName(userId);
 }
 
 std::u16string FolderIdByName(const CollectionFolderMap& folders, std::u16string_view name) {

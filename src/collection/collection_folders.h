@@ -35,7 +35,8 @@ struct CollectionFolder {
 // By folder id, in the order of the ids as text; lookups walk it in that order.
 using CollectionFolderMap = std::map<std::u16string, CollectionFolder>;
 
-// <root>/<userId>_收藏
+// "<userId>_收藏", the mirror's folder name, and <root>/<userId>_收藏.
+std::u16string MirrorName(int32_t userId);
 std::u16string MirrorDir(std::u16string_view root, int32_t userId);
 
 // The id of the first folder of that name, or an empty string.

@@ -311,6 +311,8 @@ private:
     bool m_blockDeletePending = false;
     bool m_folderDeletePending = false;
     void OnCollectionBar(int id);  // 2100 to 2105
+    // The block of a thumbnail item (a file with a folder), or null.
+    GalleryNode* ListedBlockAt(std::intptr_t item);
 
     // The hand-over of the old local collection (collection_sync_road.cpp).
     bool m_syncPollPending = false;

@@ -63,9 +63,6 @@ QString SubclassTip(const std::u16string& name) {
     return Q(name);
 }
 
-// The collections' folder of a user: "<userId>_收藏".
-std::u16string CollectionName(int32_t user) { return W(std::to_string(user)) + u"_收藏"; }
-
 }  // namespace
 
 // ---- class column ----------------------------------------------------------
@@ -217,7 +214,7 @@ void CBrindleDlg::ContinueCollectionSwitch(int previous, int reloaded) {
         return;
     }
     if (reloaded == 2 || userId < 2) return;
-    ShowClassOf(1, CollectionName(userId));
+    ShowClassOf(1, MirrorName(userId));
 }
 
 void CBrindleDlg::ShowClassOf(int row, const std::u16string& text) {
@@ -517,7 +514,7 @@ void CBrindleDlg::LoadCollectionRows() {
     const std::u16string base = m_store && m_store->root ? m_store->root->Path() : std::u16string();
     m_collectionRowsPending = true;
     m_searchState = 1;
-    StartCollectionRowsFetch(Handle(), ++m_collectionRowsGeneration, userToken, base + u"/" + CollectionName(userId));
+    StartCollectionRowsFetch(Handle(), ++m_collectionRowsGeneration, userToken, base + u"/" + MirrorName(userId));
 }
 
 // ---- routes ----------------------------------------------------------------
@@ -560,7 +557,7 @@ void CBrindleDlg::OpenTargetClass() {
         m_forceList = true;
         const size_t at = target.find(kCollectionText);
         target.replace(at, std::char_traits<char16_t>::length(kCollectionText),
-                       CollectionName(userId));
+                       MirrorName(userId));
     }
 
     GalleryNode* root = m_store->root;

@@ -330,16 +330,20 @@ void CBrindleDlg::FolderRenamed(const std::u16string& oldPath, const std::u16str
 
 // ---- renaming a block (command 4) -------------------------------------------------
 
+GalleryNode* CBrindleDlg::ListedBlockAt(std::intptr_t item) {
+    if (!m_store || !m_pThumbList || item < 0 || item >= m_pThumbList->GetItemCount()) return nullptr;
+    GalleryNode* node = m_listNodes.At(*m_store, static_cast<size_t>(item));
+    return node && IsFile(*node) && node->parent ? node : nullptr;
+}
+
 void CBrindleDlg::RenameBlock(std::intptr_t item) {
     // Only a block of the collections is renamed; anywhere else the double click activates.
     if (m_classIndex != 1 || IsSearchPage(m_page) || m_curClassPath.find(u"收藏") == std::u16string::npos) {
         (void)SendWindowMessage(Handle(), MsgPanelCommand, 3, item);
         return;
     }
-    if (!m_store || !m_pThumbList || item < 0 || item >= m_pThumbList->GetItemCount()) return;
-    GalleryNode* node = m_listNodes.At(*m_store, static_cast<size_t>(item));
-    if (!node || !IsFile(*node) || !node->parent) return;
-    if (CollectionWindowOpen()) return;
+    GalleryNode* node = ListedBlockAt(item);
+    if (!node || CollectionWindowOpen()) return;
     const std::u16string path = node->Path();
     if (!FileExists(path)) {
         m_collectionWindow = OpenCollectionTip(this, Notice(u"修改名称", u"文件未下载，请稍后", u"确定", u"取消"),
@@ -388,10 +392,8 @@ void CBrindleDlg::BlockRenamed(const std::u16string& oldPath, const std::u16stri
 // ---- moving a block (event 11) ----------------------------------------------------
 
 void CBrindleDlg::MoveBlock(std::intptr_t item) {
-    if (!m_store || !m_pThumbList || item < 0 || item >= m_pThumbList->GetItemCount()) return;
-    GalleryNode* node = m_listNodes.At(*m_store, static_cast<size_t>(item));
-    if (!node || !IsFile(*node) || !node->parent) return;
-    if (CollectionWindowOpen()) return;
+    GalleryNode* node = ListedBlockAt(item);
+    if (!node || CollectionWindowOpen()) return;
     const std::u16string path = node->Path();
     if (!FileExists(path)) {
         m_collectionWindow = OpenCollectionTip(this, Notice(u"修改名称", u"文件未下载，请稍后"), this, nullptr);
