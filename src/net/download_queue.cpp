@@ -38,25 +38,10 @@ void RunDownloadJob(GalleryStore& store, std::u16string path, DownloadTarget tar
     FinishDownload(store, false, path);
 }
 
-}  // namespace
-
-void SetDownloadNotifyWindow(WindowHandle window) { g_notifyWindow.store(window); }
-
-void EnqueueDownload(GalleryStore& store, std::u16string_view path) {
-    // The target is read from the tree here, on its owner's thread.
-    DownloadTarget target;
-    if (!ResolveDownload(store, std::u16string(path), target)) return;
-    {
-        std::lock_guard<std::mutex> lock(store.downloadLock);
-        if (!Holds(store.downloadsWaiting, path) && !Holds(store.downloadsRunning, path)) {
-            store.downloadsWaiting.emplace_back(path);
-            store.downloadTargets[std::u16string(path)] = std::move(target);
-        }
-    }
-    PumpDownloads(store);
-}
-
-void PumpDownloads(GalleryStore& store) {
+// Starts at most one worker. A worker that pumps as it finishes and cannot
+// start a thread carries the path itself: the other workers may all have
+// finished meanwhile, and a path put back then would wait for nobody.
+void PumpNext(GalleryStore& store, bool onWorker) {
     std::u16string path;
     DownloadTarget target;
     {
@@ -78,15 +63,39 @@ void PumpDownloads(GalleryStore& store) {
         --g_liveWorkers;  // the last touch of shared state
     });
     if (started) return;
+    --g_liveWorkers;
+    if (onWorker) {
+        RunDownloadJob(store, path, target);
+        return;
+    }
     // No thread to be had: the path goes back to the head of the waiting
     // list, so that it is not "running" for good; the next pump tries again.
-    --g_liveWorkers;
     std::lock_guard<std::mutex> lock(store.downloadLock);
     auto& running = store.downloadsRunning;
     running.erase(std::remove(running.begin(), running.end(), path), running.end());
     store.downloadsWaiting.insert(store.downloadsWaiting.begin(), path);
     store.downloadTargets[path] = std::move(target);
 }
+
+}  // namespace
+
+void SetDownloadNotifyWindow(WindowHandle window) { g_notifyWindow.store(window); }
+
+void EnqueueDownload(GalleryStore& store, std::u16string_view path) {
+    // The target is read from the tree here, on its owner's thread.
+    DownloadTarget target;
+    if (!ResolveDownload(store, std::u16string(path), target)) return;
+    {
+        std::lock_guard<std::mutex> lock(store.downloadLock);
+        if (!Holds(store.downloadsWaiting, path) && !Holds(store.downloadsRunning, path)) {
+            store.downloadsWaiting.emplace_back(path);
+            store.downloadTargets[std::u16string(path)] = std::move(target);
+        }
+    }
+    PumpDownloads(store);
+}
+
+void PumpDownloads(GalleryStore& store) { PumpNext(store, false); }
 
 void FinishDownload(GalleryStore& store, bool succeeded, const std::u16string& path) {
     if (succeeded) (void)PostText(g_notifyWindow.load(), MsgFileReady, 0, path);
@@ -95,7 +104,7 @@ void FinishDownload(GalleryStore& store, bool succeeded, const std::u16string& p
         auto it = std::find(store.downloadsRunning.begin(), store.downloadsRunning.end(), path);
         if (it != store.downloadsRunning.end()) store.downloadsRunning.erase(it);
     }
-    PumpDownloads(store);
+    PumpNext(store, true);
 }
 
 bool ResolveDownload(const GalleryStore& store, const std::u16string& path, DownloadTarget& target) {

@@ -58,7 +58,7 @@ TEST(LiveQueue, EveryRoadOfTheQueueInOneLibrary) {
     PumpDownloads(w.store);
     ASSERT_TRUE(w.WaitIdle());
     EXPECT_GE(FileSize(blocks[0]->Path()), kMinBlockFileSize);
-    // From a finishing worker's pump: the seventh path waits for the next finish.
+    // From a finishing worker's pump: that worker carries the seventh path itself.
     w.faults().set("/files/*", {.latencyMs = 150});
     for (size_t i = 1; i <= 7; ++i) EnqueueDownload(w.store, blocks[i]->Path());
     EXPECT_EQ(lists().first, Paths{blocks[7]->Path()});
