@@ -348,6 +348,13 @@ void DemoTour::BuildSteps() {
                                    why = QStringLiteral("no picture of the class manager");
                                    return false;
                                }
+                               // The sort selector drops below its button; looked at, it is folded again.
+                               if (PressCaption(window, QStringLiteral("排序∨"))) {
+                                   QApplication::processEvents();
+                                   if (QWidget* sorts = ShownWindow("CGalSortSelDlg"))
+                                       (void)Shoot(QStringLiteral("sort-selector"), [sorts] { return sorts->grab().toImage(); });
+                                   (void)PressCaption(window, QStringLiteral("排序∧"));
+                               }
                                // The close button: 16 units square, 24 from the right, 7 from the top.
                                const double rate = window->width() / 980.0;
                                ClickAt(window, QPoint(window->width() - static_cast<int>(16 * rate), static_cast<int>(15 * rate)));
@@ -641,12 +648,12 @@ void DemoTour::AddCollectionSteps(int settle, int netSettle) {
 
     // Photographs the shown window of that class once it no longer waits for
     // the service (no button of it disabled), or the open menu.
-    auto shoot = [this](const char* window, const QString& name) {
-        return [this, window, name] {
+    auto shoot = [this](const char* window, const QString& name, bool waitForButtons = true) {
+        return [this, window, name, waitForButtons] {
             QWidget* shown = ShownWindow(window);
             if (!shown) return false;
             for (QAbstractButton* button : shown->findChildren<QAbstractButton*>())
-                if (button->isVisible() && !button->isEnabled()) return false;
+                if (waitForButtons && button->isVisible() && !button->isEnabled()) return false;
             return Shoot(name, [shown] { return shown->grab().toImage(); });
         };
     };
@@ -689,6 +696,15 @@ void DemoTour::AddCollectionSteps(int settle, int netSettle) {
     auto share = walk({panelPress(QStringLiteral("分享收藏")), shoot("CShareDWGblockDlg", QStringLiteral("share-dialog")),
                        press("CShareDWGblockDlg", QStringLiteral("取消")), gone("CShareDWGblockDlg")});
     m_steps.push_back({QStringLiteral("share-dialog"), share.first, share.second, settle, QString()});
+    // "添加图块" opens the file dialog for drawings; it is looked at and cancelled.
+    auto addFiles = walk({panelPress(QStringLiteral("添加图块")), shoot("QFileDialog", QStringLiteral("add-blocks-dialog"), false),
+                          [] {
+                              auto* dialog = qobject_cast<QDialog*>(ShownWindow("QFileDialog"));
+                              if (dialog) dialog->reject();
+                              return dialog != nullptr;
+                          },
+                          gone("QFileDialog")});
+    m_steps.push_back({QStringLiteral("add-blocks-dialog"), addFiles.first, addFiles.second, settle, QString()});
     // The folder that took the block goes again, so that the next walk
     // against the same service starts from the same folders.
     auto drop = walk({panelPress(QStringLiteral("删除文件夹")), tip(QStringLiteral("删除")), gone("CPopTipDlg")});
