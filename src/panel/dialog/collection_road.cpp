@@ -15,6 +15,7 @@
 #include "panel/lists/dwg_list_view.h"
 #include "platform/files.h"
 #include "skin/pop_tip_dlg.h"
+#include "skin/skin_button.h"
 #include "skin/subclass_button.h"
 #include "store/gallery_node.h"
 #include "store/gallery_store.h"
@@ -144,6 +145,9 @@ void CBrindleDlg::AdoptFolderList(FolderListRead read, const std::u16string& mir
         folders.emplace(folder.id, std::move(folder));
     }
     m_folderMap = std::move(folders);
+    // Room for a folder again (one was deleted): "新建文件夹" comes back.
+    if (m_folderMap.size() < static_cast<size_t>(kMaxCollectionFolders))
+        if (CSkinButton* button = Button(2101)) button->setEnabled(true);
     RelistNodes();
     if (!quiet) SendWindowMessage(Handle(), MsgPanelEvent, 5, -1);
     EndCollectionLoad(1);

@@ -226,6 +226,11 @@ TEST(CollectionDialogRoad, FoldersMadeRenamedAndDeletedFromTheBarAndTheirMenus) 
     w.ClickButton(2101, 400);
     EXPECT_TRUE(AnswerTips(ModalTip, {{"已达到分类上限", 1}}));
     EXPECT_EQ(users.folders(8).size(), 18u);
+    // A folder gone (here behind the panel's back): the button comes back at the next reading.
+    p.Button(2101)->setEnabled(false);
+    users.deleteFolder(8, users.folderByName(8, "夹0")->id);
+    ASSERT_TRUE(w.OpenRow(0) && w.OpenRow(1));
+    EXPECT_TRUE(p.Button(2101)->isEnabled());
 }
 
 TEST(CollectionDialogRoad, CollectsFromAGalleryMenuAndFromASearchRow) {
