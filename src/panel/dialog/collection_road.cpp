@@ -7,14 +7,15 @@
 #include <algorithm>
 
 #include "collection/collection_calls.h"
+#include "collection/collection_messages.h"
 #include "collection/collection_mirror.h"
+#include "collection_dialogs/collection_tip.h"
 #include "collection_dialogs/delete_folder_run.h"
 #include "net/http_transport.h"
 #include "panel/classes/panel_workers.h"
 #include "panel/dialog/brindle_dlg.h"
 #include "panel/lists/dwg_list_view.h"
 #include "platform/files.h"
-#include "skin/pop_tip_dlg.h"
 #include "skin/skin_button.h"
 #include "skin/subclass_button.h"
 #include "store/gallery_node.h"
@@ -31,23 +32,13 @@ constexpr std::uintptr_t kEventThumbDone = 1;
 constexpr std::uintptr_t kEventThumbFailed = 2;
 constexpr std::uintptr_t kEventNextThumb = 3;
 
-void Tip(QWidget* parent, const QString& title, const QString& text, const QString& second = QString()) {
-    CPopTipDlg tip(parent);
-    tip.Configure(title, false, text, second, QStringLiteral("确定"), QString());
-    (void)tip.DoModal();
-}
-
-bool EndsWith(std::u16string_view text, std::u16string_view tail) {
-    return text.size() >= tail.size() && text.substr(text.size() - tail.size()) == tail;
-}
-
 // Takes every cloud collection (of any user) off the tree and frees it; the
 // old local one, <root>/我的收藏, stays.
 bool DropCloudCollections(GalleryStore& store, GalleryNode* root) {
     bool dropped = false;
     auto& children = root->dirChildren;
     for (auto it = children.begin(); it != children.end();) {
-        if (*it && (*it)->name == kCollectionClass && EndsWith((*it)->Path(), u"_收藏")) {
+        if (*it && (*it)->name == kCollectionClass && (*it)->Path().ends_with(u"_收藏")) {
             if (!dropped) ++store.treeEpoch;  // handles into it go stale first
             dropped = true;
             SubtreeDeleter()(*it);
@@ -251,12 +242,9 @@ void CBrindleDlg::DeleteSelectedBlock() {
         [this, folderPath, blockPath, blockName](CollectionReply reply) {
             m_blockDeletePending = false;
             if (CSkinButton* button = Button(2102)) button->setEnabled(true);
-            if (!reply.delivered) {
-                Tip(this, QStringLiteral("删除图块"), QStringLiteral("删除失败"), QStringLiteral("请检查网络后重试"));
-                return;
-            }
-            if (!reply.Is(u"success")) {
-                Tip(this, QStringLiteral("删除图块"), QStringLiteral("删除失败，请重试"));
+            const CollectionMessage shown = MessageForReply(CollectionRoad::BlockDeletion, reply);
+            if (shown.kind == CollectionMessage::Tip) {
+                (void)OpenCollectionTip(this, shown, this, nullptr);
                 return;
             }
             BlockDeleted(folderPath, blockPath, blockName);

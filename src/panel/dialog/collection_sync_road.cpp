@@ -4,11 +4,11 @@
 #include "collection/cloud_replacement.h"
 #include "collection/handover_calls.h"
 #include "collection/old_collection_check.h"
+#include "collection_dialogs/collection_tip.h"
 #include "panel/classes/panel_workers.h"
 #include "panel/dialog/brindle_dlg.h"
 #include "panel/dialog/panel_timers.h"
 #include "platform/qt/window_timers.h"
-#include "skin/pop_tip_dlg.h"
 #include "store/gallery_node.h"
 #include "store/gallery_store.h"
 #include "store/store_ini.h"
@@ -20,8 +20,6 @@ namespace {
 constexpr unsigned kSyncPollMs = 5000;
 constexpr std::uintptr_t kEventSyncDone = 6;
 constexpr std::uintptr_t kEventSyncFailed = 7;
-
-QString Q(const std::u16string& text) { return QString::fromStdU16String(text); }
 
 }  // namespace
 
@@ -36,12 +34,7 @@ void CBrindleDlg::CheckOldCollectionThen(std::function<void(int)> then) {
             if (verdict.syncStatus) (void)PostWindowMessage(Handle(), MsgPanelEvent, 5, *verdict.syncStatus);
             if (verdict.startPollTimer) (void)SetTimer(Handle(), kTimerSyncPoll, kSyncPollMs);
             if (verdict.startReplacement) StartCloudReplacement();
-            if (verdict.message.kind == CollectionMessage::Tip) {
-                CPopTipDlg tip(this);
-                tip.Configure(Q(verdict.message.title), !verdict.message.decline.empty(), Q(verdict.message.text),
-                              Q(verdict.message.second), Q(verdict.message.accept), Q(verdict.message.decline));
-                (void)tip.DoModal();
-            }
+            if (verdict.message.kind == CollectionMessage::Tip) (void)OpenCollectionTip(this, verdict.message, this, nullptr);
             if (then) then(verdict.result);
         });
     if (!started && then) then(0);
