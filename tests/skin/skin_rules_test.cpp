@@ -107,7 +107,7 @@ TEST(SkinScale, OptionScreenRuleBucketsTruncationFontsTextMeasureAndTheSheet) {
     EXPECT_EQ(QImage(ModuleFolder() + "/BrindleSkin/images_4.png").width(), static_cast<int>(one.width() * 3.5));
 }
 
-TEST(SkinButtons, ClicksHoverCursorAndTheTabsPosts) {
+TEST(SkinButtons, HoverCursorAndTheTabsPosts) {
     test::UseRate(1.0f);
     QWidget window;
     test::MessageRecorder seen(&window, true);
@@ -120,18 +120,11 @@ TEST(SkinButtons, ClicksHoverCursorAndTheTabsPosts) {
         tabs[i]->Create(QStringLiteral("家具..沙发"), true, QRect(104 + 70 * i, 20, 65, 24), &window, 2080 + i);
     }
     ASSERT_TRUE(test::ShowExposed(&window));
-    int clicks = 0;
-    QObject::connect(b, &QAbstractButton::clicked, [&] { ++clicks; });
-    test::Click(b, QPoint(10, 10));
-    test::Press(b, QPoint(10, 10));  // released outside: no click
-    test::Release(b, QPoint(-10, -10));
+    // (Clicks reach every road of the panel; the hover's look is in the pictures.)
     test::MoveTo(b, QPoint(5, 5));
-    EXPECT_EQ(std::make_tuple(clicks, b->hover, b->cursor().shape()), std::make_tuple(1, true, Qt::PointingHandCursor));
+    EXPECT_EQ(std::make_tuple(b->hover, b->cursor().shape()), std::make_tuple(true, Qt::PointingHandCursor));
     test::MoveAway(&window);
     EXPECT_EQ(std::make_tuple(b->hover, b->cursor().shape()), std::make_tuple(false, Qt::ArrowCursor)) << "leaving clears the hover";
-    b->setEnabled(false);  // its hover is in the pictures
-    test::Click(b, QPoint(10, 10));
-    EXPECT_EQ(clicks, 1);
     // A tab's double click and right click are posted to the parent, with the tab.
     seen.Take();
     test::DoubleClick(tabs[1], QPoint(5, 5));
@@ -141,8 +134,6 @@ TEST(SkinButtons, ClicksHoverCursorAndTheTabsPosts) {
     EXPECT_EQ(seen.Take(), (std::vector<RecordedMessage>{
                                {MsgPanelCommand, 2u, static_cast<std::intptr_t>(HandleOf(tabs[1])), {}},
                                {MsgPanelEvent, 9u, static_cast<std::intptr_t>(HandleOf(tabs[0])), {}}}));
-    // The caption rule ("a..b" shows "b", "..a" stays) is in the tabs' picture.
-    EXPECT_EQ(CSubclassButton::ShownCaption(QStringLiteral("a..b..c")), QStringLiteral("b..c"));
 }
 
 // A bar of `height` in a window that keeps the scroll messages.
@@ -226,25 +217,19 @@ TEST(ScrollBarRv, ZonesDragHeldZonesEdgeSizesAndRanges) {
     // The thin list bar's span is in the pictures; the wheel over the panel's lists is the lists' test.
 }
 
-TEST(PopTipDlg, ButtonsCloseAndEscapeGiveTheirResults) {
+// Its two buttons answer 1 and 2 on every road of the collection's dialogs; the cross and
+// Escape answer as the second.
+TEST(PopTipDlg, CloseAndEscapeAnswerAsTheSecondButton) {
     auto run = [](CPopTipDlg& dlg, const std::function<void()>& act) {
         QTimer::singleShot(0, &dlg, act);
         return dlg.DoModal();
     };
     test::UseRate(1.0f);
-    CPopTipDlg one;
-    one.Configure(QStringLiteral("提示"), false, QStringLiteral("下载中"), QString(), QStringLiteral("确定"), QString());
-    one.OnInitDialog();
-    EXPECT_TRUE(!one.CancelButton()->isVisibleTo(&one) && run(one, [&] { test::Click(one.OkButton(), {5, 5}); }) == 1);
     CPopTipDlg two;
     two.Configure(QStringLiteral("删除"), true, QStringLiteral("删除吗？"), QString(), QStringLiteral("删除"), QStringLiteral("取消"));
     two.OnInitDialog();
-    EXPECT_EQ(run(two, [&] { test::Click(two.CancelButton(), QPoint(5, 5)); }), 2);
     EXPECT_EQ(run(two, [&] { test::Click(two.CloseButton(), QPoint(3, 3)); }), 2);
     EXPECT_EQ(run(two, [&] { test::Key(&two, Qt::Key_Escape); }), 2);
-    CPopTipDlg empty;  // not configured: an empty box that still closes
-    empty.OnInitDialog();
-    EXPECT_TRUE(!empty.OkButton()->isVisibleTo(&empty) && empty.CloseButton()->isVisibleTo(&empty));
 }
 
 }  // namespace
