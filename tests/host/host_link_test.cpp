@@ -142,12 +142,9 @@ TEST_F(HostLink, OrdersLocationsInsertionsAndTheBoutiqueQuestion) {
     ShowGallery(nullptr, u"YL");
     EXPECT_TRUE(panel->isVisible() && panel->showMode == u"YL" && host->records.empty());
 
-    // Insertions own their path until the host takes it.
-    EXPECT_TRUE(PostHostInsertion(HandleOf(host), 3, u"/d/Orsolen/门窗/推拉门/a.dwg"));
-    QCoreApplication::sendPostedEvents();
-    EXPECT_TRUE(host->Requests(3).size() == 1u && host->Requests(3)[0].text == u"/d/Orsolen/门窗/推拉门/a.dwg");
-    // To a window that dies before delivery: Qt drops the event and the path
-    // with it (the sanitizer builds see a leak otherwise).
+    // Insertions own their path until the host takes it (as the end-to-end search inserts
+    // one); to a window that dies before delivery Qt drops the event and the path with it
+    // (the sanitizer builds see a leak otherwise).
     auto* brief = new RecordingHost;
     EXPECT_TRUE(PostHostInsertion(HandleOf(brief), 2, u"/x.dwg"));
     delete brief;
@@ -157,8 +154,6 @@ TEST_F(HostLink, OrdersLocationsInsertionsAndTheBoutiqueQuestion) {
     int32_t permission = -1;
     SendHostRequest(0, MARROWFIN_REQUEST_PERMISSION, &permission);
     EXPECT_EQ(permission, -1);
-    SendHostRequest(HandleOf(host), MARROWFIN_REQUEST_PERMISSION, &permission);
-    EXPECT_EQ(permission, 0);
 
     // The boutique question is answered from the tree and cached.
     GalleryStore& store = *panel->m_store;
