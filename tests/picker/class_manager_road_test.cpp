@@ -22,6 +22,7 @@
 #include "skin/pop_tip_dlg.h"
 #include "skin/sel_typeclass_button.h"
 #include "skin/skin_button.h"
+#include "show_names.h"
 #include "store/show_list.h"
 #include "fault_switches.h"
 #include "support/event_pump.h"
@@ -77,12 +78,6 @@ struct Road {
         return rows;
     }
 };
-
-std::vector<std::u16string> ShowNames() {
-    std::vector<std::u16string> names;
-    for (const ShowItem& item : ReadAllShowItems()) names.push_back(item.name);
-    return names;
-}
 
 // The panel and the store are one per process: a second case in the same
 // process would start from what the first one left.

@@ -23,6 +23,7 @@
 #include "skin/skin_button.h"
 #include "skin/skin_messages.h"
 #include "skin/skin_test_util.h"
+#include "show_names.h"
 #include "store/show_list.h"
 #include "store/store_paths.h"
 #include "support/event_pump.h"
@@ -50,12 +51,6 @@ ClassTable MakeTable(int generalClasses = 44) {
     table.generalKinds[KindKey(6, u"建筑")] = {item(u"通用1", false), item(u"通用2", false)};
     table.generalKinds[KindKey(7, u"机电设备")] = {item(u"通用3", false)};
     return table;
-}
-
-std::vector<std::u16string> ShowNames() {
-    std::vector<std::u16string> names;
-    for (const ShowItem& item : ReadAllShowItems()) names.push_back(item.name);
-    return names;
 }
 
 struct Manager {
