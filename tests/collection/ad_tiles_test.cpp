@@ -15,21 +15,17 @@
 #include "store/store_paths.h"
 #include "support/live_service.h"
 #include "support/temp_home.h"
+#include "support/test_paths.h"
 
 namespace marrowfin::test {
 namespace {
-
-std::string Bytes(std::u16string_view path) {
-    std::string bytes;
-    return ReadWholeFile(path, bytes) ? bytes : "-";
-}
 
 TEST(AdFile, ExactBytesOnlyTilesThatAreOnAndARoundTrip) {
     TempHome home;
     EXPECT_TRUE(LoadAdTiles().empty() && DirectoryExists(AdFolder()));  // first start makes the folder
     ASSERT_TRUE(SaveAdTiles({{u"门窗", {u"门窗精选", u"http://h/1.png", u"https://t?a=1&b=2", u"12", u"", true}},
                              {u"A", {u"off", u"u", u"t", u"3", u"", false}}}));
-    const std::string saved = Bytes(AdListPath());
+    const std::string saved = ReadBytes(U8(AdListPath()));
     EXPECT_EQ(
         saved,
         "\xEF\xBB\xBF<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r<root>\r"
@@ -45,15 +41,15 @@ TEST(AdFile, ExactBytesOnlyTilesThatAreOnAndARoundTrip) {
 TEST(AdRefresh, FetchesOnlyWhatChangedAndKeepsTilesAndPicturesThroughFailures) {
     TempHome home;
     LiveService service;
-    std::vector<std::string> pictures = {"-"};
+    std::vector<std::string> pictures = {""};  // a picture missing reads as none
     for (int n = 1; n <= 3; ++n)
-        pictures.push_back(Bytes(W(SampleLibrary() + "/ads/ad_" + std::to_string(n) + ".png")));
+        pictures.push_back(ReadBytes(SampleLibrary() + "/ads/ad_" + std::to_string(n) + ".png"));
     // Each tile in the service's order: on/off, ver, the picture its url names, the one its file holds.
     auto shown = [&](const AdTileMap& tiles) {
         std::string out;
         for (const AdTile& t : service.galleries | std::views::transform([&](auto& key) { return tiles.at(key); }))
             out += (t.on ? "on " : "off ") + U8(t.ver) + " u" + U8(t.url.substr(t.url.size() - 5, 1)) + " f" +
-                   std::to_string(std::ranges::find(pictures, Bytes(t.picture)) - pictures.begin()) + ";";
+                   std::to_string(std::ranges::find(pictures, ReadBytes(U8(t.picture))) - pictures.begin()) + ";";
         return out;
     };
     // "<vers>/<pictures>", one digit per tile, served instead of the service's own reply.

@@ -27,6 +27,7 @@
 #include "support/event_pump.h"
 #include "support/live_service.h"
 #include "support/temp_home.h"
+#include "support/test_paths.h"
 #include "support/widget_input.h"
 #include "user_state.h"
 
@@ -181,8 +182,7 @@ struct DialogWorld : ::testing::Test {
     }
     // A drawing's bytes at `path`, its folders made.
     std::string WriteBlock(const std::string& path) {
-        QDir().mkpath(QFileInfo(QString::fromStdString(path)).path());
-        std::ofstream(path, std::ios::binary) << "AC1015" << std::string(1500, 'd');
+        WriteBytes(path, "AC1015" + std::string(1500, 'd'));
         return path;
     }
     // "call?pairs" as the service's fault switch.
