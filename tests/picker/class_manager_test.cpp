@@ -144,15 +144,6 @@ TEST(ClassManager, KindsSectionsAndTheStrip) {
     region->ScrollStrip(1);
     EXPECT_EQ(region->m_pStrip->x(), 0);
 
-    // A new sort: the picker takes the table on again a second later and opens a closed section.
-    Click(picker.SectionTitle(true), QPoint(20, 10));
-    ASSERT_FALSE(picker.m_boutiqueOpen);
-    m.Press(1200);
-    ASSERT_TRUE(m.dlg->SortMenu() && m.dlg->SortMenu()->isVisible());
-    EXPECT_EQ(m.dlg->Button(1200)->text(), QStringLiteral("排序∧"));
-    Click(m.dlg->SortMenu()->Choice(1002), QPoint(20, 10));
-    EXPECT_TRUE(!picker.m_boutiqueOpen && PumpUntil([&] { return picker.m_boutiqueOpen; }, 3000));
-
     // Many kinds: the left arrow at the left end does nothing; the right one walks to the right end and stops there.
     ClassTable table = MakeTable(3);
     for (int k = 0; k < 14; ++k) table.generalKinds[KindKey(10 + k, u"分类" + QString::number(k).toStdU16String())] = {};
@@ -199,8 +190,9 @@ TEST(ClassManager, FacesAsTheirReferencesAtTwoRates) {
 }
 
 // The manager's sort menu: losing activation closes it without a choice; a choice is
-// written, marked and posted to the panel, again when repeated (that the picker then
-// takes the table on again is the test above); a stored value outside 0..2 marks none.
+// written, marked and posted to the panel, again when repeated, and the picker takes the
+// table on again a second later, opening a closed section; a stored value outside 0..2
+// marks none.
 TEST(SortSelector, ClosesWithoutAChoiceAndWritesMarksAndPostsEachChoice) {
     TempHome home;
     UseRate(1.0f);
@@ -213,9 +205,13 @@ TEST(SortSelector, ClosesWithoutAChoiceAndWritesMarksAndPostsEachChoice) {
             if (manager.dlg->SortMenu()->Choice(id)->checked) ids.push_back(id);
         return ids;
     };
+    CGalleryTypeDlg& picker = *m.dlg->Picker();
+    Click(picker.SectionTitle(true), QPoint(20, 10));
+    ASSERT_FALSE(picker.m_boutiqueOpen);
     m.Press(1200);
     CGalSortSelDlg* menu = m.dlg->SortMenu();
     ASSERT_TRUE(menu && QTest::qWaitForWindowActive(menu, 2000));
+    EXPECT_EQ(m.dlg->Button(1200)->text(), QStringLiteral("排序∧"));
     EXPECT_EQ(checked(m), std::vector<int>{1000});  // GalDefSort absent: 0
     m.dlg->activateWindow();
     ASSERT_TRUE(QTest::qWaitForWindowActive(m.dlg, 2000));
@@ -227,6 +223,8 @@ TEST(SortSelector, ClosesWithoutAChoiceAndWritesMarksAndPostsEachChoice) {
         Click(menu->Choice(1002), QPoint(20, 10));
         EXPECT_EQ(std::make_tuple(menu->isVisible(), GetOptionInt(u"GalDefSort", -1), checked(m)),
                   std::make_tuple(false, 2, std::vector<int>{1002}));
+        EXPECT_TRUE(!picker.m_boutiqueOpen && PumpUntil([&] { return picker.m_boutiqueOpen; }, 3000)) << round;
+        Click(picker.SectionTitle(true), QPoint(20, 10));
     }
     EXPECT_EQ(toPanel.Take(), (std::vector<RecordedMessage>(2, {MsgPanelCommand, 24, 0, {}})));
     ASSERT_TRUE(WriteOptionInt(u"GalDefSort", 7));
