@@ -176,9 +176,7 @@ TEST_F(Layout, VersionTipShowListAndTheMoveFromThePreviousGeneration) {
     ASSERT_EQ(items.size(), 101u);
     EXPECT_TRUE(items.back().name == u"g100" && DirectoryExists(StoreRoot() + u"/g100") &&
                 !DirectoryExists(StoreRoot() + u"/g101"));
-    // More than 101 listed: a new name is still added.
-    EXPECT_TRUE(AddGalleryToShowList(u"extra") &&
-                ReadBytes(U8(ShowListPath())).find("<item>extra</item>") != std::string::npos);
+    // (More than 101 listed, a new name is still added: the class manager's route test.)
 
     RemoveDirectoryTree(StoreRoot());
     ASSERT_TRUE(AddGalleryToShowList(u"石材"));  // makes the folder and the list
