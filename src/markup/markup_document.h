@@ -16,6 +16,8 @@
 
 namespace marrowfin {
 
+struct MarkupNode;
+
 class MarkupDocument {
 public:
     // Document flags: how a loaded file was encoded, kept for SaveFile.
@@ -116,9 +118,15 @@ public:
     static void DecodeText(std::u16string_view text, std::u16string& out);
 
 private:
+    struct OpenTag;
+    struct Placement;
+
     ElementRecord& Rec(uint32_t index) { return m_pages[index >> PageBits][index & (PageSize - 1)]; }
     void Clear();
     bool Parse();
+    uint32_t OpenRecord(const MarkupNode& node, uint32_t parent, size_t depth);
+    void RecordLoneEndTag(const MarkupNode& node, uint32_t current);
+    bool UnendOpenTags(const std::vector<OpenTag>& stack, size_t from, size_t offset2);
     bool Decode(std::string_view bytes);
     void ReserveText(size_t length);
     void ReserveRecords(uint32_t count);
@@ -133,6 +141,8 @@ private:
     std::u16string TagNameOf(uint32_t index) const;
     size_t TagContentEnd(uint32_t index) const;
     void Insert(size_t offset, size_t removeLength, std::u16string_view with);
+    Placement PlaceElement(std::u16string element) const;
+    void LinkNewRecord(uint32_t index, uint32_t parent);
     void MoveOffsetsBehind(uint32_t element, int64_t delta);
     void ShiftSubtree(uint32_t top, int64_t delta);
     void FixLevels();

@@ -1,0 +1,215 @@
+// Walking the index with the three cursors and reading what an element
+// holds: tag names, text and attribute values.
+
+#include <algorithm>
+
+#include "markup/element_record_fields.h"
+#include "markup/markup_attributes.h"
+#include "markup/markup_document.h"
+#include "markup/markup_text.h"
+#include "markup/markup_tokenizer.h"
+
+namespace marrowfin {
+
+using namespace record_fields;
+
+bool MarkupDocument::NameMatches(uint32_t index, std::u16string_view name) const {
+    if (name.empty()) return true;
+    const ElementRecord& r = Record(index);
+    if (static_cast<size_t>(r.start) + 1 + name.size() > m_length) return false;
+    const char16_t* n = m_text.get() + r.start + 1;
+    // Names are short: a plain loop beats a call to memcmp.
+    for (size_t i = 0; i < name.size(); ++i)
+        if (n[i] != name[i]) return false;
+    return IsNameEnd(n[name.size()]);
+}
+
+bool MarkupDocument::FindElement(std::u16string_view name) {
+    uint32_t e = m_main != 0 ? Record(m_main).nextSibling : Record(m_parent).firstChild;
+    for (; e != 0; e = Record(e).nextSibling) {
+        if (NameMatches(e, name)) {
+            m_main = e;
+            m_parent = Record(e).parent;
+            m_child = 0;
+            m_mainKind = 1;
+            return true;
+        }
+    }
+    return false;
+}
+
+bool MarkupDocument::FindChildElement(std::u16string_view name) {
+    if (m_main == 0 && !FindElement()) return false;
+    uint32_t e = m_child != 0 ? Record(m_child).nextSibling : Record(m_main).firstChild;
+    for (; e != 0; e = Record(e).nextSibling) {
+        if (NameMatches(e, name)) {
+            m_child = e;
+            return true;
+        }
+    }
+    return false;
+}
+
+bool MarkupDocument::EnterElement() {
+    if (m_main == 0) return false;
+    m_parent = m_main;
+    m_main = m_child;
+    m_child = 0;
+    m_mainKind = m_main != 0 ? 1 : 0;
+    return true;
+}
+
+bool MarkupDocument::LeaveElement() {
+    if (m_parent == 0) return false;
+    m_child = m_main;
+    m_main = m_parent;
+    m_parent = Record(m_parent).parent;
+    m_mainKind = 1;
+    return true;
+}
+
+void MarkupDocument::RewindMain() {
+    m_main = 0;
+    m_child = 0;
+    m_mainKind = 0;
+}
+
+std::u16string MarkupDocument::TagNameOf(uint32_t index) const {
+    if (index == 0) return {};
+    const char16_t* t = m_text.get();
+    const size_t begin = Record(index).start + 1;
+    size_t end = begin;
+    while (!IsNameEnd(t[end])) ++end;
+    return std::u16string(t + begin, end - begin);
+}
+
+std::u16string MarkupDocument::ElementTextOf(uint32_t index) const {
+    if (index == 0) return {};
+    const ElementRecord& r = Record(index);
+    const size_t startTag = StartTagLength(r);
+    if (startTag >= r.length || r.firstChild != 0) return {};
+    const size_t begin = r.start + startTag;
+    const size_t end = static_cast<size_t>(r.start) + r.length - EndTagLength(r);
+    if (end <= begin) return {};
+    const char16_t* t = m_text.get();
+    std::u16string out;
+    const std::u16string_view content(t + begin, end - begin);
+    if (content.find(u'<') == std::u16string_view::npos) {
+        DecodeMarkupText(content, out);
+        return out;
+    }
+    // Mixed content: text nodes decoded and CDATA taken raw, in order.
+    MarkupTokenizer tokenizer(t, m_length, nullptr);
+    MarkupNode node;
+    for (size_t pos = begin; pos < end; pos += node.length) {
+        tokenizer.Read(pos, node);
+        if (node.kind == NodeEndOfText || node.length == 0) break;
+        const size_t nodeEnd = std::min(end, node.offset + node.length);
+        if (node.kind == NodeText) {
+            DecodeMarkupText(std::u16string_view(t + pos, nodeEnd - pos), out);
+        } else if (node.kind == NodeCData) {
+            static constexpr std::u16string_view kOpen = u"<![CDATA[";
+            size_t from = std::u16string_view(t + pos, nodeEnd - pos).starts_with(kOpen) ? pos + kOpen.size() : pos + 4;
+            const size_t to = nodeEnd >= pos + 3 ? nodeEnd - 3 : pos;
+            if (from < to) out.append(t + from, to - from);
+        }
+    }
+    return out;
+}
+
+// Where the attributes of a start tag end: at its '>', or at the '/' of "/>"
+// when the element is empty. Scans stop there even where quotes are unbalanced,
+// so that an edit never reaches past the tag.
+size_t MarkupDocument::TagContentEnd(uint32_t index) const {
+    const ElementRecord& r = Record(index);
+    size_t end = static_cast<size_t>(r.start) + StartTagLength(r) - 1;
+    const bool empty = EndTagLength(r) == 0 && (r.levelMarks & MarkUnended) == 0 && StartTagLength(r) == r.length;
+    if (empty && m_text[end - 1] == u'/') --end;
+    return end;
+}
+
+bool MarkupDocument::FindAttributeValue(uint32_t index, std::u16string_view name, uint32_t& begin,
+                                       uint32_t& length) const {
+    if (index == 0 || name.empty()) return false;
+    const char16_t* t = m_text.get();
+    AttributeCache& c = m_attributes;
+    if (c.element != index) {
+        const size_t end = TagContentEnd(index);
+        c.element = index;
+        c.count = 0;
+        c.end = static_cast<uint32_t>(end);
+        c.resume = static_cast<uint32_t>(SkipTagName(t, Record(index).start + 1, end));
+        c.done = false;
+    }
+    // Names are short: a plain loop beats a call to memcmp.
+    auto sameName = [&](size_t at, size_t n) {
+        if (n != name.size()) return false;
+        for (size_t i = 0; i < n; ++i)
+            if (t[at + i] != name[i]) return false;
+        return true;
+    };
+    auto value = [&](size_t valueBegin, size_t valueLength) {
+        begin = static_cast<uint32_t>(valueBegin);
+        length = static_cast<uint32_t>(valueLength);
+        return true;
+    };
+    for (uint32_t i = 0; i < c.count; ++i) {
+        const AttributeCache::Span& s = c.spans[i];
+        if (sameName(s.nameBegin, s.nameLength)) return value(s.valueBegin, s.valueLength);
+    }
+    if (c.done) return false;
+    // Go on from the last cached attribute. Past the cache's capacity the
+    // scan still runs, but later calls start again behind the cached part.
+    size_t p = c.resume;
+    AttributeSpan a;
+    while (NextAttribute(t, p, c.end, a)) {
+        if (c.count < AttributeCache::Capacity) {
+            c.spans[c.count++] = {static_cast<uint32_t>(a.nameBegin), static_cast<uint32_t>(a.nameEnd - a.nameBegin),
+                                  static_cast<uint32_t>(a.valueBegin), static_cast<uint32_t>(a.valueEnd - a.valueBegin)};
+            c.resume = static_cast<uint32_t>(p);
+        }
+        if (sameName(a.nameBegin, a.nameEnd - a.nameBegin)) return value(a.valueBegin, a.valueEnd - a.valueBegin);
+    }
+    if (c.resume == p) c.done = true;
+    return false;
+}
+
+std::u16string MarkupDocument::AttributeOf(uint32_t index, std::u16string_view name) const {
+    std::u16string out;
+    uint32_t begin = 0;
+    uint32_t length = 0;
+    if (FindAttributeValue(index, name, begin, length))
+        DecodeMarkupText(std::u16string_view(m_text.get() + begin, length), out);
+    return out;
+}
+
+bool MarkupDocument::GetAttribute(std::u16string_view name, std::u16string& out) const {
+    out.clear();
+    uint32_t begin = 0;
+    uint32_t length = 0;
+    if (!FindAttributeValue(m_main, name, begin, length)) return false;
+    DecodeMarkupText(std::u16string_view(m_text.get() + begin, length), out);
+    return true;
+}
+
+std::u16string_view MarkupDocument::AttributeView(std::u16string_view name, std::u16string& scratch) const {
+    uint32_t begin = 0;
+    uint32_t length = 0;
+    if (!FindAttributeValue(m_main, name, begin, length)) return {};
+    const std::u16string_view raw(m_text.get() + begin, length);
+    if (FindUnitBefore(m_text.get(), begin, static_cast<size_t>(begin) + length, u'&') == begin + length) return raw;
+    scratch.clear();
+    DecodeMarkupText(raw, scratch);
+    return scratch;
+}
+
+std::u16string MarkupDocument::GetElementText() const { return ElementTextOf(m_main); }
+std::u16string MarkupDocument::GetChildText() const { return ElementTextOf(m_child); }
+std::u16string MarkupDocument::GetAttribute(std::u16string_view name) const { return AttributeOf(m_main, name); }
+std::u16string MarkupDocument::GetChildAttribute(std::u16string_view name) const {
+    return AttributeOf(m_child, name);
+}
+std::u16string MarkupDocument::GetTagName() const { return TagNameOf(m_main); }
+std::u16string MarkupDocument::GetChildTagName() const { return TagNameOf(m_child); }
+
+}  // namespace marrowfin
