@@ -136,8 +136,10 @@ private:
     std::u16string ElementTextOf(uint32_t index) const;
     std::u16string AttributeOf(uint32_t index, std::u16string_view name) const;
     // Where the raw value of the attribute stands in the text; false when
-    // the element has no such attribute.
-    bool FindAttributeValue(uint32_t index, std::u16string_view name, uint32_t& begin, uint32_t& length) const;
+    // the element has no such attribute. `reference` tells whether the value
+    // holds a '&' and so needs decoding.
+    bool FindAttributeValue(uint32_t index, std::u16string_view name, uint32_t& begin, uint32_t& length,
+                            bool& reference) const;
     std::u16string TagNameOf(uint32_t index) const;
     size_t TagContentEnd(uint32_t index) const;
     void Insert(size_t offset, size_t removeLength, std::u16string_view with);
@@ -173,6 +175,7 @@ private:
             uint32_t nameLength;
             uint32_t valueBegin;
             uint32_t valueLength;
+            bool reference;
         };
         uint32_t element = 0;  // 0: nothing cached
         uint32_t count = 0;

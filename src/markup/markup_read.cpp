@@ -129,7 +129,7 @@ size_t MarkupDocument::TagContentEnd(uint32_t index) const {
 }
 
 bool MarkupDocument::FindAttributeValue(uint32_t index, std::u16string_view name, uint32_t& begin,
-                                       uint32_t& length) const {
+                                       uint32_t& length, bool& reference) const {
     if (index == 0 || name.empty()) return false;
     const char16_t* t = m_text.get();
     AttributeCache& c = m_attributes;
@@ -148,14 +148,14 @@ bool MarkupDocument::FindAttributeValue(uint32_t index, std::u16string_view name
             if (t[at + i] != name[i]) return false;
         return true;
     };
-    auto value = [&](size_t valueBegin, size_t valueLength) {
-        begin = static_cast<uint32_t>(valueBegin);
-        length = static_cast<uint32_t>(valueLength);
-        return true;
-    };
     for (uint32_t i = 0; i < c.count; ++i) {
         const AttributeCache::Span& s = c.spans[i];
-        if (sameName(s.nameBegin, s.nameLength)) return value(s.valueBegin, s.valueLength);
+        if (sameName(s.nameBegin, s.nameLength)) {
+            begin = s.valueBegin;
+            length = s.valueLength;
+            reference = s.reference;
+            return true;
+        }
     }
     if (c.done) return false;
     // Go on from the last cached attribute. Past the cache's capacity the
@@ -165,10 +165,16 @@ bool MarkupDocument::FindAttributeValue(uint32_t index, std::u16string_view name
     while (NextAttribute(t, p, c.end, a)) {
         if (c.count < AttributeCache::Capacity) {
             c.spans[c.count++] = {static_cast<uint32_t>(a.nameBegin), static_cast<uint32_t>(a.nameEnd - a.nameBegin),
-                                  static_cast<uint32_t>(a.valueBegin), static_cast<uint32_t>(a.valueEnd - a.valueBegin)};
+                                  static_cast<uint32_t>(a.valueBegin), static_cast<uint32_t>(a.valueEnd - a.valueBegin),
+                                  a.reference};
             c.resume = static_cast<uint32_t>(p);
         }
-        if (sameName(a.nameBegin, a.nameEnd - a.nameBegin)) return value(a.valueBegin, a.valueEnd - a.valueBegin);
+        if (sameName(a.nameBegin, a.nameEnd - a.nameBegin)) {
+            begin = static_cast<uint32_t>(a.valueBegin);
+            length = static_cast<uint32_t>(a.valueEnd - a.valueBegin);
+            reference = a.reference;
+            return true;
+        }
     }
     if (c.resume == p) c.done = true;
     return false;
@@ -178,8 +184,11 @@ std::u16string MarkupDocument::AttributeOf(uint32_t index, std::u16string_view n
     std::u16string out;
     uint32_t begin = 0;
     uint32_t length = 0;
-    if (FindAttributeValue(index, name, begin, length))
-        DecodeMarkupText(std::u16string_view(m_text.get() + begin, length), out);
+    bool reference = false;
+    if (!FindAttributeValue(index, name, begin, length, reference)) return out;
+    const std::u16string_view raw(m_text.get() + begin, length);
+    if (reference) DecodeMarkupText(raw, out);
+    else out.assign(raw);
     return out;
 }
 
@@ -187,17 +196,21 @@ bool MarkupDocument::GetAttribute(std::u16string_view name, std::u16string& out)
     out.clear();
     uint32_t begin = 0;
     uint32_t length = 0;
-    if (!FindAttributeValue(m_main, name, begin, length)) return false;
-    DecodeMarkupText(std::u16string_view(m_text.get() + begin, length), out);
+    bool reference = false;
+    if (!FindAttributeValue(m_main, name, begin, length, reference)) return false;
+    const std::u16string_view raw(m_text.get() + begin, length);
+    if (reference) DecodeMarkupText(raw, out);
+    else out.assign(raw);
     return true;
 }
 
 std::u16string_view MarkupDocument::AttributeView(std::u16string_view name, std::u16string& scratch) const {
     uint32_t begin = 0;
     uint32_t length = 0;
-    if (!FindAttributeValue(m_main, name, begin, length)) return {};
+    bool reference = false;
+    if (!FindAttributeValue(m_main, name, begin, length, reference)) return {};
     const std::u16string_view raw(m_text.get() + begin, length);
-    if (FindUnitBefore(m_text.get(), begin, static_cast<size_t>(begin) + length, u'&') == begin + length) return raw;
+    if (!reference) return raw;
     scratch.clear();
     DecodeMarkupText(raw, scratch);
     return scratch;
