@@ -116,8 +116,8 @@ ClassVersions ReadCatalogueVersions(const GalleryNode& gallery) {
 // a large library spend a third of its time on this one small file.
 class GalleryHighest {
 public:
-    explicit GalleryHighest(std::u16string_view gallery)
-        : m_gallery(gallery), m_value(ReadGalleryVersion(gallery)), m_saved(m_value) {}
+    explicit GalleryHighest(std::u16string_view gallery) : GalleryHighest(gallery, ReadGalleryVersion(gallery)) {}
+    GalleryHighest(std::u16string_view gallery, int32_t saved) : m_gallery(gallery), m_value(saved), m_saved(saved) {}
     void Note(int32_t version) {
         if (version > m_value) m_value = version;
     }
@@ -249,6 +249,9 @@ TreeUpdate ComposeFirstTree(bool cataloguesShown = false) {
     }
     ahead.Join();
     const bool forceRefresh = doc.GetAttribute(u"dv") == u"1" && downver == -1;
+    // version.ini once for all galleries, not once per gallery; a gallery
+    // named twice starts from what its first element saved.
+    const GalleryVersionsRead versions;
     // The writer reads a handed-over gallery while the next ones are built;
     // nothing else can see this tree until it is deposited.
     CatalogueWrites writes;
@@ -271,7 +274,9 @@ TreeUpdate ComposeFirstTree(bool cataloguesShown = false) {
             (void)WriteOptionInt(u"downver", 1);
         }
         gallery->refreshTick = GetTickCount();
-        GalleryHighest highest(gallery->name.str());
+        const auto saved = update.galleryVersions.find(gallery->name.str());
+        GalleryHighest highest(gallery->name.str(),
+                               saved != update.galleryVersions.end() ? saved->second : versions.Of(gallery->name.str()));
         ReadFullGallery(update, doc, gallery, old, highest, &writes);
         // Every class of a gallery read whole is fresh.
         writes.Add(*gallery, StaleClasses{});
