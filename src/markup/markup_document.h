@@ -73,6 +73,16 @@ public:
     // there. Empty when there is no such attribute. The view lasts until the
     // document or `scratch` changes.
     std::u16string_view AttributeView(std::u16string_view name, std::u16string& scratch) const;
+    // Several attributes of the main element in one pass over its start tag:
+    // values[i] as AttributeView(names[i], scratch[i]) gives it, empty when
+    // absent. A walk that reads the same few attributes of many elements
+    // pays for one scan each rather than one call and lookup per attribute.
+    template <size_t N>
+    void AttributeViews(const std::u16string_view (&names)[N], std::u16string_view (&values)[N],
+                        std::u16string (&scratch)[N]) const {
+        static_assert(N <= 64);
+        ReadAttributeViews(names, values, scratch, N);
+    }
     // Tag names of the main and the child element; empty when there is none.
     std::u16string GetTagName() const;
     std::u16string GetChildTagName() const;
@@ -140,6 +150,8 @@ private:
     // holds a '&' and so needs decoding.
     bool FindAttributeValue(uint32_t index, std::u16string_view name, uint32_t& begin, uint32_t& length,
                             bool& reference) const;
+    void ReadAttributeViews(const std::u16string_view* names, std::u16string_view* values, std::u16string* scratch,
+                            size_t count) const;
     std::u16string TagNameOf(uint32_t index) const;
     size_t TagContentEnd(uint32_t index) const;
     void Insert(size_t offset, size_t removeLength, std::u16string_view with);

@@ -216,6 +216,41 @@ std::u16string_view MarkupDocument::AttributeView(std::u16string_view name, std:
     return scratch;
 }
 
+// Flattened: left to itself the compiler called the attribute scanner here
+// rather than inlining it, which cost the walk of a reply a third of its time.
+[[gnu::flatten]] void MarkupDocument::ReadAttributeViews(const std::u16string_view* names, std::u16string_view* values,
+                                        std::u16string* scratch, size_t count) const {
+    uint64_t found = 0;  // at most 64 names, which the template sees to
+    size_t missing = 0;
+    for (size_t i = 0; i < count; ++i) {
+        values[i] = {};
+        // As AttributeView: an empty name finds nothing.
+        if (!names[i].empty()) ++missing;
+    }
+    if (m_main == 0) return;
+    const char16_t* t = m_text.get();
+    const size_t end = TagContentEnd(m_main);
+    size_t p = SkipTagName(t, Record(m_main).start + 1, end);
+    AttributeSpan a;
+    while (missing != 0 && NextAttribute(t, p, end, a)) {
+        const std::u16string_view name(t + a.nameBegin, a.nameEnd - a.nameBegin);
+        // The first attribute of a name answers, for each time the name is asked.
+        for (size_t i = 0; i < count; ++i) {
+            if ((found >> i & 1) != 0 || name != names[i]) continue;
+            found |= uint64_t{1} << i;
+            --missing;
+            const std::u16string_view raw(t + a.valueBegin, a.valueEnd - a.valueBegin);
+            if (!a.reference) {
+                values[i] = raw;
+            } else {
+                scratch[i].clear();
+                DecodeMarkupText(raw, scratch[i]);
+                values[i] = scratch[i];
+            }
+        }
+    }
+}
+
 std::u16string MarkupDocument::GetElementText() const { return ElementTextOf(m_main); }
 std::u16string MarkupDocument::GetChildText() const { return ElementTextOf(m_child); }
 std::u16string MarkupDocument::GetAttribute(std::u16string_view name) const { return AttributeOf(m_main, name); }

@@ -144,17 +144,16 @@ void ReadBlocks(MarkupDocument& doc, std::u16string_view tag, GalleryNode* cls, 
     // The attributes are read as views into the reply (a scratch buffer only
     // where a reference needs decoding): the name is copied once, into the
     // node, and the path and URL follow from the class.
-    std::u16string fnScratch;
-    std::u16string sizeScratch;
-    std::u16string hiScratch;
+    // The three are read in one pass over each start tag.
+    static constexpr std::u16string_view kNames[3] = {u"fn", u"size", u"hi"};
+    std::u16string_view values[3];
+    std::u16string scratch[3];
     doc.EnterElement();
     while (doc.FindElement(tag)) {
-        const std::u16string_view fn = doc.AttributeView(u"fn", fnScratch);
-        if (fn.empty()) continue;
-        const std::u16string_view size = doc.AttributeView(u"size", sizeScratch);
-        if (size.empty()) continue;
-        const bool hidden = doc.AttributeView(u"hi", hiScratch) == u"1";
-        GalleryNode* block = NewBlock(fn, hidden, boutique, ToInt(size));
+        doc.AttributeViews(kNames, values, scratch);
+        const auto& [fn, size, hi] = values;
+        if (fn.empty() || size.empty()) continue;
+        GalleryNode* block = NewBlock(fn, hi == u"1", boutique, ToInt(size));
         if (!AddChild(cls, block, false)) delete block;
     }
     doc.LeaveElement();
