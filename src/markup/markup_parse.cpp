@@ -143,7 +143,9 @@ bool MarkupDocument::Parse() {
     m_attributes.element = 0;
     m_parent = m_main = m_child = 0;
     m_mainKind = 0;
-    ReserveRecords(static_cast<uint32_t>(std::min<size_t>(m_length / 64 + 8, PageSize)));
+    // An element per 32 units: replies and class tables run to one per 30 to
+    // 40, and a first page that has to grow is copied on each growth.
+    ReserveRecords(static_cast<uint32_t>(std::min<size_t>(m_length / 32 + 8, PageSize)));
     m_nextFree = 1;
     Rec(0) = ElementRecord{0, static_cast<uint32_t>(m_length), 0, 0, 0, 0, 0, 0};
 
