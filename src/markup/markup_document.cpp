@@ -36,7 +36,7 @@ void MarkupDocument::ReserveRecords(uint32_t count) {
     m_firstPageCapacity = count;
 }
 
-uint32_t MarkupDocument::NewRecord() {
+uint32_t MarkupDocument::NewRecordGrowing() {
     const uint32_t index = m_nextFree;
     if (index < PageSize) {
         if (index >= m_firstPageCapacity) {

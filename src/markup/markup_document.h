@@ -140,7 +140,17 @@ private:
     bool Decode(std::string_view bytes);
     void ReserveText(size_t length);
     void ReserveRecords(uint32_t count);
-    uint32_t NewRecord();
+    // A record from the room at hand, inline for the parse loop; the rest
+    // grows the index first.
+    uint32_t NewRecord() {
+        const uint32_t index = m_nextFree;
+        if (index < m_firstPageCapacity || (index >= PageSize && (index >> PageBits) < m_pages.size())) {
+            ++m_nextFree;
+            return index;
+        }
+        return NewRecordGrowing();
+    }
+    uint32_t NewRecordGrowing();
     void AddRecord(std::u16string_view record);
     bool WellFormedResult() const;
     std::u16string ElementTextOf(uint32_t index) const;

@@ -161,6 +161,26 @@ bool MarkupDocument::Parse() {
         // Text and white space leave the index alone: skip to the next '<'
         // here rather than reading them as nodes.
         if (t[pos] != u'<' && t[pos] != 0) pos = FindUnitBefore(t, pos + 1, m_length, u'<');
+        // Most end tags close the innermost open element and are written
+        // "</name>": closed here without the tokeniser and the search of the
+        // stack, to the same record the general road below would write.
+        if (t[pos] == u'<' && t[pos + 1] == u'/' && !stack.empty()) {
+            const OpenTag& open = stack.back();
+            const char16_t* name = t + pos + 2;
+            const char16_t* openName = t + open.nameOffset;
+            uint32_t i = 0;
+            while (i < open.nameLength && name[i] == openName[i]) ++i;  // the NUL stops it at the end
+            if (i == open.nameLength && name[i] == u'>') {
+                ElementRecord& r = Rec(open.element);
+                const size_t length = open.nameLength + 3;
+                r.length = static_cast<uint32_t>(pos + length - r.start);
+                r.tagLengths = TagLengths(StartTagLength(r), length);
+                current = r.parent;
+                stack.pop_back();
+                pos += length;
+                continue;
+            }
+        }
         tokenizer.Read(pos, node);
         if (node.kind == NodeStartTag) {
             const uint32_t index = OpenRecord(node, current, stack.size());
