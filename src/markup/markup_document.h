@@ -134,6 +134,7 @@ private:
     ElementRecord& Rec(uint32_t index) { return m_pages[index >> PageBits][index & (PageSize - 1)]; }
     void Clear();
     bool Parse();
+    bool FinishParse();
     uint32_t OpenRecord(const MarkupNode& node, uint32_t parent, size_t depth);
     void RecordLoneEndTag(const MarkupNode& node, uint32_t current);
     bool UnendOpenTags(const std::vector<OpenTag>& stack, size_t from, size_t offset2);

@@ -212,7 +212,11 @@ bool MarkupDocument::Parse() {
     }
     if (!stack.empty()) levelsMoved = UnendOpenTags(stack, 0, m_length);
     if (levelsMoved) FixLevels();
+    return FinishParse();
+}
 
+// The document's own record and the records of a missing or second root.
+bool MarkupDocument::FinishParse() {
     ElementRecord& doc = Rec(0);
     doc.length = static_cast<uint32_t>(m_length);
     if (doc.firstChild == 0) {
