@@ -78,12 +78,6 @@ struct Decoded {
 __attribute__((target("avx512f,avx512bw,avx512vbmi2"))) Decoded DecodeMixedRun(const unsigned char* s, size_t n,
                                                                                 size_t i, char16_t* out, size_t o) {
     while (i + 64 <= n) {
-        // Where the next block starts when this one has no fault: behind its
-        // last whole character, told by its last two bytes alone. Read apart
-        // from the block's masks, it lets the next block's loads start before
-        // this block is decoded, rather than wait for the masks each time.
-        const unsigned char last = s[i + 63];
-        const unsigned back = last >= 0xC0 ? 1u : (s[i + 62] & 0xF0) == 0xE0 ? 2u : 0u;
         const __m512i v = _mm512_loadu_si512(s + i);
         const uint64_t ascii = _mm512_cmpgt_epi8_mask(v, _mm512_setzero_si512());
         if (ascii == ~uint64_t{0}) {
@@ -93,6 +87,11 @@ __attribute__((target("avx512f,avx512bw,avx512vbmi2"))) Decoded DecodeMixedRun(c
             o += 64;
             continue;
         }
+        // Where the next block starts when this one has no fault: behind its
+        // last whole character, told by its last two bytes alone. Read apart
+        // from the block's masks, it lets the next block's loads start before
+        // this block is decoded, rather than wait for the masks each time.
+        const unsigned back = s[i + 63] >= 0xC0 ? 1u : (s[i + 62] & 0xF0) == 0xE0 ? 2u : 0u;
         // Signed bytes: 0x80..0xBF below -64 (0xA0.. of them above -97),
         // 0xC2.. above -63, 0xE0.. above -33, 0xF0.. above -17; ASCII lies
         // above all of them.
