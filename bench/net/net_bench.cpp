@@ -153,7 +153,9 @@ void BM_WalkSameReply(benchmark::State& state) {
     MarkupDocument doc;
     (void)doc.SetText(lib.reply);
     std::u16string value;
-    std::u16string_view seen;
+    static constexpr std::u16string_view kNames[3] = {u"fn", u"size", u"hi"};
+    std::u16string_view seen[3];
+    std::u16string scratch[3];
     size_t blocks = 0;
     for (auto _ : state) {
         blocks = 0;
@@ -169,9 +171,7 @@ void BM_WalkSameReply(benchmark::State& state) {
                 doc.GetAttribute(u"ver", value);
                 doc.EnterElement();
                 while (doc.FindElement(u"dwg")) {
-                    seen = doc.AttributeView(u"fn", value);
-                    seen = doc.AttributeView(u"size", value);
-                    seen = doc.AttributeView(u"hi", value);
+                    doc.AttributeViews(kNames, seen, scratch);
                     benchmark::DoNotOptimize(seen);
                     ++blocks;
                 }

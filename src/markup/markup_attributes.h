@@ -16,6 +16,7 @@ struct AttributeSpan {
     size_t spanBegin = 0;   // the value with its quotes, empty when there is no '='
     size_t spanEnd = 0;
     bool hasEquals = false;
+    bool reference = false;  // the value holds a '&': it needs decoding
 };
 
 // Blanks, '/', '=', '>' and '?' all lie at or below '?': letters and CJK are
@@ -77,13 +78,19 @@ inline bool NextAttribute(const char16_t* t, size_t& at, size_t end, AttributeSp
             a.valueBegin = ++q;
             // Each quote as a constant: a quote read from the text went
             // through the stack into the vector register, a store the load
-            // could not take over, stalling every value read.
-            q = quote == u'"' ? FindUnitBefore(t, q, end, u'"') : FindUnitBefore(t, q, end, u'\'');
+            // could not take over, stalling every value read. The '&' is
+            // looked for in the same pass, so that a reader can take the
+            // value as it stands without a second look.
+            q = quote == u'"' ? FindEitherBefore(t, q, end, u'"', u'&') : FindEitherBefore(t, q, end, u'\'', u'&');
+            a.reference = q < end && t[q] == u'&';
+            if (a.reference) q = quote == u'"' ? FindUnitBefore(t, q, end, u'"') : FindUnitBefore(t, q, end, u'\'');
             a.valueEnd = q;
             if (q < end) ++q;
         } else {
             a.valueBegin = q;
-            while (q < end && !IsMarkupSpace(t[q]) && t[q] != u'>') ++q;
+            bool reference = false;
+            while (q < end && !IsMarkupSpace(t[q]) && t[q] != u'>') reference |= t[q++] == u'&';
+            a.reference = reference;
             a.valueEnd = q;
         }
         a.spanEnd = q;
@@ -93,6 +100,7 @@ inline bool NextAttribute(const char16_t* t, size_t& at, size_t end, AttributeSp
         a.hasEquals = false;
         a.valueBegin = a.nameBegin;
         a.valueEnd = a.nameEnd;
+        a.reference = FindUnitBefore(t, a.nameBegin, a.nameEnd, u'&') != a.nameEnd;
         a.spanBegin = a.spanEnd = a.nameEnd;
         at = p;
     }

@@ -16,6 +16,8 @@
 
 namespace marrowfin {
 
+struct MarkupNode;
+
 class MarkupDocument {
 public:
     // Document flags: how a loaded file was encoded, kept for SaveFile.
@@ -71,6 +73,16 @@ public:
     // there. Empty when there is no such attribute. The view lasts until the
     // document or `scratch` changes.
     std::u16string_view AttributeView(std::u16string_view name, std::u16string& scratch) const;
+    // Several attributes of the main element in one pass over its start tag:
+    // values[i] as AttributeView(names[i], scratch[i]) gives it, empty when
+    // absent. A walk that reads the same few attributes of many elements
+    // pays for one scan each rather than one call and lookup per attribute.
+    template <size_t N>
+    void AttributeViews(const std::u16string_view (&names)[N], std::u16string_view (&values)[N],
+                        std::u16string (&scratch)[N]) const {
+        static_assert(N <= 64);
+        ReadAttributeViews(names, values, scratch, N);
+    }
     // Tag names of the main and the child element; empty when there is none.
     std::u16string GetTagName() const;
     std::u16string GetChildTagName() const;
@@ -116,23 +128,46 @@ public:
     static void DecodeText(std::u16string_view text, std::u16string& out);
 
 private:
+    struct OpenTag;
+    struct Placement;
+
     ElementRecord& Rec(uint32_t index) { return m_pages[index >> PageBits][index & (PageSize - 1)]; }
     void Clear();
     bool Parse();
+    bool FinishParse();
+    uint32_t OpenRecord(const MarkupNode& node, uint32_t parent, size_t depth);
+    void RecordLoneEndTag(const MarkupNode& node, uint32_t current);
+    bool UnendOpenTags(const std::vector<OpenTag>& stack, size_t from, size_t offset2);
     bool Decode(std::string_view bytes);
     void ReserveText(size_t length);
     void ReserveRecords(uint32_t count);
-    uint32_t NewRecord();
+    // A record from the room at hand, inline for the parse loop; the rest
+    // grows the index first.
+    uint32_t NewRecord() {
+        const uint32_t index = m_nextFree;
+        if (index < m_firstPageCapacity || (index >= PageSize && (index >> PageBits) < m_pages.size())) {
+            ++m_nextFree;
+            return index;
+        }
+        return NewRecordGrowing();
+    }
+    uint32_t NewRecordGrowing();
     void AddRecord(std::u16string_view record);
     bool WellFormedResult() const;
     std::u16string ElementTextOf(uint32_t index) const;
     std::u16string AttributeOf(uint32_t index, std::u16string_view name) const;
     // Where the raw value of the attribute stands in the text; false when
-    // the element has no such attribute.
-    bool FindAttributeValue(uint32_t index, std::u16string_view name, uint32_t& begin, uint32_t& length) const;
+    // the element has no such attribute. `reference` tells whether the value
+    // holds a '&' and so needs decoding.
+    bool FindAttributeValue(uint32_t index, std::u16string_view name, uint32_t& begin, uint32_t& length,
+                            bool& reference) const;
+    void ReadAttributeViews(const std::u16string_view* names, std::u16string_view* values, std::u16string* scratch,
+                            size_t count) const;
     std::u16string TagNameOf(uint32_t index) const;
     size_t TagContentEnd(uint32_t index) const;
     void Insert(size_t offset, size_t removeLength, std::u16string_view with);
+    Placement PlaceElement(std::u16string element) const;
+    void LinkNewRecord(uint32_t index, uint32_t parent);
     void MoveOffsetsBehind(uint32_t element, int64_t delta);
     void ShiftSubtree(uint32_t top, int64_t delta);
     void FixLevels();
@@ -163,6 +198,7 @@ private:
             uint32_t nameLength;
             uint32_t valueBegin;
             uint32_t valueLength;
+            bool reference;
         };
         uint32_t element = 0;  // 0: nothing cached
         uint32_t count = 0;

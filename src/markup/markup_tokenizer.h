@@ -50,6 +50,21 @@ inline size_t FindUnitBefore(const char16_t* t, size_t pos, size_t end, char16_t
     return pos;
 }
 
+// The first `a` or `b` in t[pos, end), or `end`; as FindUnitBefore.
+inline size_t FindEitherBefore(const char16_t* t, size_t pos, size_t end, char16_t a, char16_t b) {
+#if defined(__SSE2__)
+    const __m128i first = _mm_set1_epi16(static_cast<short>(a));
+    const __m128i second = _mm_set1_epi16(static_cast<short>(b));
+    for (; pos + 8 <= end; pos += 8) {
+        const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(t + pos));
+        const int hits = _mm_movemask_epi8(_mm_or_si128(_mm_cmpeq_epi16(v, first), _mm_cmpeq_epi16(v, second)));
+        if (hits != 0) return pos + static_cast<size_t>(__builtin_ctz(static_cast<unsigned>(hits))) / 2;
+    }
+#endif
+    while (pos < end && t[pos] != a && t[pos] != b) ++pos;
+    return pos;
+}
+
 class MarkupTokenizer {
 public:
     // `text[length]` must be 0 and no earlier unit may be 0: the NUL is the

@@ -116,8 +116,8 @@ ClassVersions ReadCatalogueVersions(const GalleryNode& gallery) {
 // a large library spend a third of its time on this one small file.
 class GalleryHighest {
 public:
-    explicit GalleryHighest(std::u16string_view gallery)
-        : m_gallery(gallery), m_value(ReadGalleryVersion(gallery)), m_saved(m_value) {}
+    explicit GalleryHighest(std::u16string_view gallery) : GalleryHighest(gallery, ReadGalleryVersion(gallery)) {}
+    GalleryHighest(std::u16string_view gallery, int32_t saved) : m_gallery(gallery), m_value(saved), m_saved(saved) {}
     void Note(int32_t version) {
         if (version > m_value) m_value = version;
     }
@@ -144,17 +144,16 @@ void ReadBlocks(MarkupDocument& doc, std::u16string_view tag, GalleryNode* cls, 
     // The attributes are read as views into the reply (a scratch buffer only
     // where a reference needs decoding): the name is copied once, into the
     // node, and the path and URL follow from the class.
-    std::u16string fnScratch;
-    std::u16string sizeScratch;
-    std::u16string hiScratch;
+    // The three are read in one pass over each start tag.
+    static constexpr std::u16string_view kNames[3] = {u"fn", u"size", u"hi"};
+    std::u16string_view values[3];
+    std::u16string scratch[3];
     doc.EnterElement();
     while (doc.FindElement(tag)) {
-        const std::u16string_view fn = doc.AttributeView(u"fn", fnScratch);
-        if (fn.empty()) continue;
-        const std::u16string_view size = doc.AttributeView(u"size", sizeScratch);
-        if (size.empty()) continue;
-        const bool hidden = doc.AttributeView(u"hi", hiScratch) == u"1";
-        GalleryNode* block = NewBlock(fn, hidden, boutique, ToInt(size));
+        doc.AttributeViews(kNames, values, scratch);
+        const auto& [fn, size, hi] = values;
+        if (fn.empty() || size.empty()) continue;
+        GalleryNode* block = NewBlock(fn, hi == u"1", boutique, ToInt(size));
         if (!AddChild(cls, block, false)) delete block;
     }
     doc.LeaveElement();
@@ -249,6 +248,9 @@ TreeUpdate ComposeFirstTree(bool cataloguesShown = false) {
     }
     ahead.Join();
     const bool forceRefresh = doc.GetAttribute(u"dv") == u"1" && downver == -1;
+    // version.ini once for all galleries, not once per gallery; a gallery
+    // named twice starts from what its first element saved.
+    const GalleryVersionsRead versions;
     // The writer reads a handed-over gallery while the next ones are built;
     // nothing else can see this tree until it is deposited.
     CatalogueWrites writes;
@@ -271,7 +273,9 @@ TreeUpdate ComposeFirstTree(bool cataloguesShown = false) {
             (void)WriteOptionInt(u"downver", 1);
         }
         gallery->refreshTick = GetTickCount();
-        GalleryHighest highest(gallery->name.str());
+        const auto saved = update.galleryVersions.find(gallery->name.str());
+        GalleryHighest highest(gallery->name.str(),
+                               saved != update.galleryVersions.end() ? saved->second : versions.Of(gallery->name.str()));
         ReadFullGallery(update, doc, gallery, old, highest, &writes);
         // Every class of a gallery read whole is fresh.
         writes.Add(*gallery, StaleClasses{});

@@ -102,6 +102,36 @@ std::u16string IniGetString(std::u16string_view file, std::u16string_view sectio
     return result;
 }
 
+IniSection::IniSection(std::u16string_view file, std::u16string_view section) {
+    std::string bytes;
+    if (!ReadWholeFile(file, bytes)) return;
+    const std::string wantSection = Utf16ToUtf8(section);
+    bool inSection = false;
+    for (const std::string& line : SplitLines(bytes)) {
+        std::string_view name, k, v;
+        if (SectionName(line, name)) {
+            inSection = EqualsNoCase(name, wantSection);
+            continue;
+        }
+        if (inSection && KeyValue(line, k, v)) m_entries.push_back({k.size(), ToLowerFold(Utf8ToUtf16(k)), Utf8ToUtf16(v)});
+    }
+}
+
+std::u16string IniSection::Get(std::u16string_view key, std::u16string_view defaultValue, size_t bufferLength) const {
+    std::u16string result(defaultValue);
+    // Through UTF-8 and back, as IniGetString compares.
+    const std::string keyBytes = Utf16ToUtf8(key);
+    const std::u16string folded = ToLowerFold(Utf8ToUtf16(keyBytes));
+    for (const Entry& e : m_entries) {
+        if (e.keyBytes == keyBytes.size() && e.foldedKey == folded) {
+            result = e.value;
+            break;
+        }
+    }
+    if (bufferLength > 0 && result.size() > bufferLength - 1) result.resize(bufferLength - 1);
+    return result;
+}
+
 int32_t ParseProfileInt(std::u16string_view text) {
     // Wraps like the 32-bit original.
     const LeadingInteger n = ScanLeadingInteger(text, 0xFFFFFFFFll);

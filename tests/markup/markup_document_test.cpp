@@ -131,6 +131,12 @@ TEST(MarkupParse, WalksTheCallersReadingOrderEveryTokeniserCaseAndAttributeValue
         }
         EXPECT_EQ(std::make_pair(doc.GetAttribute(name, buffer), buffer),
                   std::make_pair(value != nullptr, std::u16string(value ? value : u"")));
+        // One pass for several names gives what one read per name gives.
+        std::u16string scratch[2], own;
+        std::u16string_view views[2];
+        doc.AttributeViews({name, u"a"}, views, scratch);
+        EXPECT_EQ(views[0], value ? value : u"");
+        EXPECT_EQ(views[1], doc.AttributeView(u"a", own));
     }
     doc.RewindMain();
     buffer = u"stale";
@@ -155,6 +161,11 @@ TEST(MarkupParse, WalksTheCallersReadingOrderEveryTokeniserCaseAndAttributeValue
         ASSERT_TRUE(doc.FindElement(u"r") && doc.EnterElement() && doc.FindElement(u"e"));
         std::shuffle(expected.begin(), expected.end(), random);
         for (const auto& [n, v] : expected) EXPECT_EQ(doc.GetAttribute(n), v) << U8(n) << " in round " << round;
+        const std::u16string_view names[3] = {expected[0].first, expected[1].first, expected[2].first};
+        std::u16string_view views[3];
+        std::u16string scratch[3];
+        doc.AttributeViews(names, views, scratch);
+        for (int i = 0; i < 3; ++i) EXPECT_EQ(views[i], expected[i].second) << U8(names[i]) << " in round " << round;
         ASSERT_TRUE(doc.FindChildElement(u"c"));
         EXPECT_EQ(doc.GetChildAttribute(u"k") + doc.GetAttribute(u"a19") + doc.GetChildAttribute(u"a0"), u"childv19&");
     }

@@ -119,19 +119,22 @@ TEST_F(FirstTreeReply, AGalleryNamedTwiceComparesWithItsNewCatalogue) {
     };
     auto gallery = [](const std::string& items) { return "<gallery gn=\"G\" gv=\"0\">" + items + "</gallery>"; };
     // The reply; then whether A/x.dwg and B/y.dwg (downloaded after each run) are still on
-    // disk, and the classes in the tree.
-    const std::tuple<std::string, bool, bool, size_t> runs[] = {
-        {gallery(item("A", "1", "x.dwg") + item("B", "1", "y.dwg")), false, false, 2},
+    // disk, the classes in the tree and the gallery's highest version in version.ini.
+    const std::tuple<std::string, bool, bool, size_t, int32_t> runs[] = {
+        {gallery(item("A", "1", "x.dwg") + item("B", "1", "y.dwg")), false, false, 2, 1},
         // A unchanged, the catalogue then holds A only: B at 2 is new against it, its folder stays.
-        {gallery(item("A", "1", "x.dwg")) + gallery(item("B", "2", "y.dwg")), true, true, 2},
-        {gallery(item("B", "3", "y.dwg")), true, false, 1},  // B risen against that catalogue
+        {gallery(item("A", "1", "x.dwg")) + gallery(item("B", "2", "y.dwg")), true, true, 2, 2},
+        {gallery(item("B", "3", "y.dwg")), true, false, 1, 3},  // B risen against that catalogue
+        // The second element starts from the 5 the first one saved, and leaves it.
+        {gallery(item("A", "5", "x.dwg")) + gallery(item("B", "4", "y.dwg")), true, true, 2, 5},
     };
     const std::u16string g = W(home.documentsDir()) + u"/Orsolen/G";
-    for (const auto& [reply, keepsA, keepsB, classes] : runs) {
+    for (const auto& [reply, keepsA, keepsB, classes, version] : runs) {
         stack.reply = "<root dv=\"0\">" + reply + "</root>";
         test::BuildAndAdopt(store);
         EXPECT_EQ(FileExists(g + u"/A/x.dwg"), keepsA) << reply;
         EXPECT_EQ(FileExists(g + u"/B/y.dwg"), keepsB) << reply;
+        EXPECT_EQ(ReadGalleryVersion(u"G"), version) << reply;
         ASSERT_EQ(store.root->dirChildren.size(), 1u);
         EXPECT_EQ(store.root->dirChildren[0]->dirChildren.size(), classes) << reply;
         for (const char16_t* file : {u"/A/x.dwg", u"/B/y.dwg"})
@@ -140,5 +143,5 @@ TEST_F(FirstTreeReply, AGalleryNamedTwiceComparesWithItsNewCatalogue) {
                 ASSERT_TRUE(WriteFileAtomic(g + file, "dwg"));
             }
     }
-    EXPECT_NE(test::ReadBytes(U8(g + u"/G.xdb")).find("<sub n=\"B\" ver=\"3\""), std::string::npos);
+    EXPECT_NE(test::ReadBytes(U8(g + u"/G.xdb")).find("<sub n=\"B\" ver=\"4\""), std::string::npos);
 }

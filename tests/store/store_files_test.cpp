@@ -164,6 +164,18 @@ TEST_F(Layout, VersionTipShowListAndTheMoveFromThePreviousGeneration) {
     // 25 characters of buffer: 24 digits are read, the rest is cut.
     IniWriteString(VersionIniPath(), u"version", u"Long", std::u16string(21, u'0') + u"123" + u"456");
     EXPECT_EQ(ReadGalleryVersion(u"Long"), 123);
+    // Read once for many galleries, every key answers as its own read does: case folded
+    // (non-ASCII too), the first of a key found twice, later sections of the same name,
+    // the buffer's cut, a key missing, and nothing at all before the file exists.
+    EXPECT_EQ(GalleryVersionsRead().Of(u"G"), 7);
+    WriteBytes(U8(VersionIniPath()), "[version]\r\nG=7\r\nÄpfel=5\r\ng=9\r\n[other]\r\nx=1\r\n"
+                                     "[VERSION]\r\nLong=000000000000000000000123456\r\nx = 3 \r\n");
+    const GalleryVersionsRead versions;
+    for (const char16_t* key : {u"G", u"g", u"äpfel", u"ÄPFEL", u"Long", u"x", u"other", u""})
+        EXPECT_EQ(versions.Of(key), ReadGalleryVersion(key)) << U8(key);
+    EXPECT_EQ(versions.Of(u"äpfel") * 100 + versions.Of(u"x"), 503);
+    RemoveFile(VersionIniPath());
+    EXPECT_EQ(GalleryVersionsRead().Of(u"G") + versions.Of(u"G"), 7) << "read once, at the reading";
     EXPECT_TRUE(ReadOldCollectTip() == u"0" && WriteOldCollectTip(u"1"));
     EXPECT_EQ(IniGetString(rootPath + u"/NewInfo.ini", u"OldCollect", u"TIP", u""), u"1");
     EXPECT_TRUE(ReadShowList(true).empty());  // missing file
