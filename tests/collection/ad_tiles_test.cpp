@@ -47,12 +47,12 @@ TEST(AdRefresh, FetchesOnlyWhatChangedAndKeepsTilesAndPicturesThroughFailures) {
     LiveService service;
     std::vector<std::string> pictures = {"-"};
     for (int n = 1; n <= 3; ++n)
-        pictures.push_back(Bytes(W(SampleLibrary() + "/ads/ad_" + std::to_string(n) + ".png")));
+        pictures.push_back(Bytes(Utf8ToUtf16(SampleLibrary() + "/ads/ad_" + std::to_string(n) + ".png")));
     // Each tile in the service's order: on/off, ver, the picture its url names, the one its file holds.
     auto shown = [&](const AdTileMap& tiles) {
         std::string out;
         for (const AdTile& t : service.galleries | std::views::transform([&](auto& key) { return tiles.at(key); }))
-            out += (t.on ? "on " : "off ") + U8(t.ver) + " u" + U8(t.url.substr(t.url.size() - 5, 1)) + " f" +
+            out += (t.on ? "on " : "off ") + Utf16ToUtf8(t.ver) + " u" + Utf16ToUtf8(t.url.substr(t.url.size() - 5, 1)) + " f" +
                    std::to_string(std::ranges::find(pictures, Bytes(t.picture)) - pictures.begin()) + ";";
         return out;
     };
@@ -63,7 +63,7 @@ TEST(AdRefresh, FetchesOnlyWhatChangedAndKeepsTilesAndPicturesThroughFailures) {
         std::string x = "<root>";
         for (size_t i = 0; i < 3; ++i)
             x += "<item on=\"" + std::to_string(i < 2) + "\" ver=\"" + reply[i] + "\" url=\"" +
-                 service.handle.baseUrl() + "/ad/ad_" + reply[4 + i] + ".png\">" + U8(service.galleries[i]) + "</item>";
+                 service.handle.baseUrl() + "/ad/ad_" + reply[4 + i] + ".png\">" + Utf16ToUtf8(service.galleries[i]) + "</item>";
         service.handle.faults().set("/gallery/gad", {.body = x + "</root>"});
     };
     struct Step {

@@ -30,10 +30,10 @@ struct Roads : DialogWorld {
     // A collect dialog over a block file at store/建筑门窗/单开门/<name>.
     CCollectiondlg* Collecting(const std::string& name) {
         const std::string path = WriteBlock(home.file("store/建筑门窗/单开门/" + name));
-        return Opened(new CCollectiondlg(&panel, W(name), W(path), SamplePreview(), token));
+        return Opened(new CCollectiondlg(&panel, Utf8ToUtf16(name), Utf8ToUtf16(path), SamplePreview(), token));
     }
     CMoveCollectBlkDlg* Moving(const std::string& path) {
-        return Opened(new CMoveCollectBlkDlg(&panel, u"a.dwg", W(path), QImage(), token, FolderMap()));
+        return Opened(new CMoveCollectBlkDlg(&panel, u"a.dwg", Utf8ToUtf16(path), QImage(), token, FolderMap()));
     }
     void Choose(CBlockFolderDlg* dialog, const QString& text) {
         Choose(dialog, dialog->FolderCombo(), dialog->FolderRect().center(), text);
@@ -76,8 +76,8 @@ TEST_F(Roads, CollectsUnderTheLowerCasedNameAndAsksBeforeReplacing) {
     EXPECT_EQ(Count("dwg_collectu"), 5);
     EXPECT_EQ(Blocks("收藏夹1"), Names{"door a.dwg"});
     EXPECT_EQ(Last("dwg_collectu"),
-              "POST /gallery/dwg_collectu?usertoken=" + U8(token) +
-                  "&favorites_id=" + U8(FolderIdByName(FolderMap(), u"收藏夹1")) + "&force=1");
+              "POST /gallery/dwg_collectu?usertoken=" + Utf16ToUtf8(token) +
+                  "&favorites_id=" + Utf16ToUtf8(FolderIdByName(FolderMap(), u"收藏夹1")) + "&force=1");
 }
 
 TEST_F(Roads, CollectRefusalsTipAndCancel) {
@@ -88,7 +88,7 @@ TEST_F(Roads, CollectRefusalsTipAndCancel) {
     Fault("dwg_collectu?drop=1&count=1");
     EXPECT_EQ(Drive(Collecting("a.dwg"), CCollectiondlg::IdOk, {{"网络异常，请检查网络后重试", 1}}), CANCEL);
     // A block whose file is gone is not sent at all.
-    auto* missing = Opened(new CCollectiondlg(&panel, u"x.dwg", W(home.file("none/x.dwg")), QImage(), token));
+    auto* missing = Opened(new CCollectiondlg(&panel, u"x.dwg", Utf8ToUtf16(home.file("none/x.dwg")), QImage(), token));
     EXPECT_EQ(Drive(missing, CCollectiondlg::IdOk), CANCEL);
     EXPECT_EQ(Count("dwg_collectu"), 2);
     EXPECT_EQ(Blocks("收藏夹1"), Names{});
@@ -121,7 +121,7 @@ TEST_F(Roads, ASlowRequestTakesOnePressAndALateAnswerFindsNoDialog) {
 
     // The same for a name dialog and Enter.
     Fault("favorite?latency=500");
-    auto* create = Opened(new CNewFolderDlg(&panel, token, W(mirror), FolderMap()));
+    auto* create = Opened(new CNewFolderDlg(&panel, token, Utf8ToUtf16(mirror), FolderMap()));
     Key(create->NameEdit(), Qt::Key_Return);
     Key(create->NameEdit(), Qt::Key_Return);
     EXPECT_EQ(Drive(create, CNameDlg::IdOk), OK);
@@ -160,7 +160,7 @@ TEST_F(Roads, MovesABlockAndDeletesTheStaleTargetFile) {
     move = Moving(source);
     Choose(move, "窗");
     EXPECT_EQ(Drive(move, CMoveCollectBlkDlg::IdOk), OK);
-    EXPECT_EQ(move->m_path, W(stale));
+    EXPECT_EQ(move->m_path, Utf8ToUtf16(stale));
     EXPECT_EQ(Blocks("门"), Names{});
     EXPECT_EQ(Blocks("窗"), (Names{"a.dwg", "b.dwg"}));
     EXPECT_FALSE(Exists(stale));
@@ -185,7 +185,7 @@ TEST_F(Roads, AddsChosenFilesAndTipsOncePerRefusal) {
     const CollectionFolderMap map = FolderMap();
     int changed = -1;
     auto* run = CAddBlocksFromDisk::Start(
-        &panel, token, W(folder), [&map](const std::u16string& name) { return FolderIdByName(map, name); },
+        &panel, token, Utf8ToUtf16(folder), [&map](const std::u16string& name) { return FolderIdByName(map, name); },
         [&changed](bool c) { changed = c; });
     QFileDialog* files = run->FileDialog();
     ASSERT_TRUE(PumpUntil([files] { return files->isVisible(); }));
@@ -226,7 +226,7 @@ TEST_F(Roads, DeletesAFolderOnlyWhenConfirmedAndTellsWhyNot) {
 
 TEST_F(Roads, NewFolderRefusalsKeepTheDialogAndItsLine) {
     MakeFolders({u"收藏夹1", u"收藏夹3"});
-    auto* create = Opened(new CNewFolderDlg(&panel, token, W(mirror), FolderMap()));
+    auto* create = Opened(new CNewFolderDlg(&panel, token, Utf8ToUtf16(mirror), FolderMap()));
     EXPECT_EQ(create->NameEdit()->text(), "收藏夹2");
     // Refused on the spot without a request; typing clears the line; blanks do nothing.
     for (const char* bad : {"a+b", "v1.2"}) {
@@ -249,13 +249,13 @@ TEST_F(Roads, NewFolderRefusalsKeepTheDialogAndItsLine) {
     EXPECT_EQ(Finish(create), OK);
     EXPECT_EQ(create->m_name, u"门窗");
     ASSERT_EQ(create->m_folders.size(), 3u);
-    EXPECT_EQ(create->m_folders[2].path, W(mirror + "/门窗"));
+    EXPECT_EQ(create->m_folders[2].path, Utf8ToUtf16(mirror + "/门窗"));
 
     // The service refuses a nineteenth folder.
     std::vector<std::u16string> more;
-    for (int i = 1; i <= 15; ++i) more.push_back(u"夹" + W(std::to_string(i)));
+    for (int i = 1; i <= 15; ++i) more.push_back(u"夹" + Utf8ToUtf16(std::to_string(i)));
     MakeFolders(more);
-    create = Opened(new CNewFolderDlg(&panel, token, W(mirror), FolderMap()));
+    create = Opened(new CNewFolderDlg(&panel, token, Utf8ToUtf16(mirror), FolderMap()));
     Type(create, "第十九");
     EXPECT_EQ(create->m_error, CNameDlg::ServiceRefused);
     EXPECT_EQ(Folders().size(), 18u);
@@ -265,20 +265,20 @@ TEST_F(Roads, RenamesFoldersAndBlocks) {
     MakeFolders({u"门", u"窗"});
     Collect(u"门", "a.dwg");
     Collect(u"门", "b.dwg");
-    auto* folder = Opened(new CModifyFolderDlg(&panel, token, FolderMap(), W(mirror), u"门", 0));
+    auto* folder = Opened(new CModifyFolderDlg(&panel, token, FolderMap(), Utf8ToUtf16(mirror), u"门", 0));
     Type(folder, "窗");
     EXPECT_EQ(folder->m_error, CNameDlg::NameTaken);
     Type(folder, "木门");
     EXPECT_EQ(Finish(folder), OK);
     EXPECT_EQ(Folders(), (Names{"木门", "窗"}));
     // The unchanged name ends it with no request.
-    folder = Opened(new CModifyFolderDlg(&panel, token, FolderMap(), W(mirror), u"窗", 0));
+    folder = Opened(new CModifyFolderDlg(&panel, token, FolderMap(), Utf8ToUtf16(mirror), u"窗", 0));
     Type(folder, " 窗");
     EXPECT_EQ(Finish(folder), CANCEL);
     EXPECT_EQ(Count("favorite"), 4);
 
     CollectionFolderMap map = FolderMap();
-    auto* block = Opened(new CModifyFolderDlg(&panel, token, map, W(mirror + "/木门"), u"a.dwg", 1, false));
+    auto* block = Opened(new CModifyFolderDlg(&panel, token, map, Utf8ToUtf16(mirror + "/木门"), u"a.dwg", 1, false));
     EXPECT_EQ(block->NameEdit()->text(), "a");
     Type(block, "b");
     EXPECT_EQ(block->m_error, CNameDlg::NameTaken);
@@ -288,12 +288,12 @@ TEST_F(Roads, RenamesFoldersAndBlocks) {
     Type(block, "门 甲");
     EXPECT_EQ(Finish(block), OK);
     EXPECT_EQ(Blocks("木门"), (Names{"门 甲.dwg", "b.dwg"}));
-    EXPECT_EQ(block->m_renamedBlocks.at(0).path, W(mirror + "/木门/门 甲.dwg"));
+    EXPECT_EQ(block->m_renamedBlocks.at(0).path, Utf8ToUtf16(mirror + "/木门/门 甲.dwg"));
     block->ApplyTo(map);
     const std::vector<CollectedBlock>& entries = map.at(FolderIdByName(map, u"木门")).blocks;
     EXPECT_EQ(entries.size(), 2u);
     EXPECT_EQ(entries.back().filename, u"门 甲.dwg");
-    block = Opened(new CModifyFolderDlg(&panel, token, map, W(mirror + "/木门"), u"b.dwg", 1, false));
+    block = Opened(new CModifyFolderDlg(&panel, token, map, Utf8ToUtf16(mirror + "/木门"), u"b.dwg", 1, false));
     Type(block, "b");
     EXPECT_EQ(Finish(block), CANCEL);
     EXPECT_EQ(Count("cdwgrn"), 2);
@@ -302,9 +302,9 @@ TEST_F(Roads, RenamesFoldersAndBlocks) {
 TEST(NameRule, RefusesListedCharactersAndDoubledMarksOnly) {
     for (std::u16string_view bad : {u"a?b", u"a\\b", u"a/b", u"a*b", u"a\"b", u"a<b", u"a>b", u"a%b", u"a:b",
                                     u"a;b", u"a&b", u"a.b", u"a。b", u"a；b", u"a、b", u"a|b", u"a……", u"——"})
-        EXPECT_FALSE(NamePassesRule(bad, NameUse::CollectedBlock)) << U8(bad);
+        EXPECT_FALSE(NamePassesRule(bad, NameUse::CollectedBlock)) << Utf16ToUtf8(bad);
     for (std::u16string_view good : {u"门窗 1", u"a…b", u"a—b", u"a+b", u"Title-Blocks_2"})
-        EXPECT_TRUE(NamePassesRule(good, NameUse::CollectedBlock)) << U8(good);
+        EXPECT_TRUE(NamePassesRule(good, NameUse::CollectedBlock)) << Utf16ToUtf8(good);
     EXPECT_FALSE(NamePassesRule(u"a+b", NameUse::TypedName));
 }
 
@@ -350,7 +350,7 @@ TEST_F(Roads, SharesOnceAfterAFailureWhileTheBarWaitsBelowTwenty) {
     EXPECT_EQ(service.handle.users().shareCount(user), 1);
     EXPECT_EQ(Count("sharef"), 2);
     // Only the token travels, not the kind.
-    EXPECT_EQ(Last("sharef"), "POST /gallery/sharef?usertoken=" + U8(token));
+    EXPECT_EQ(Last("sharef"), "POST /gallery/sharef?usertoken=" + Utf16ToUtf8(token));
     EXPECT_EQ(Drive(share, CShareDWGblockDlg::IdCancel), CANCEL);
 }
 

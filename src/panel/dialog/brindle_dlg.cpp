@@ -19,13 +19,15 @@
 #include "panel/dialog/download_progress.h"
 #include "panel/dialog/host_requests.h"
 #include "panel/dialog/hot_words.h"
-#include "panel/dialog/panel_timers.h"
+#include "panel/model/panel_numbers.h"
 #include "panel/dialog/start_up.h"
 #include "panel/dialog/thumbnail_road.h"
 #include "panel/lists/class_list_ctrl.h"
 #include "panel/lists/dwg_list_view.h"
 #include "panel/paint/panel_painter.h"
 #include "picker/sel_class_dlg.h"
+#include "platform/qt/qt_text.h"
+#include "platform/product_texts.h"
 #include "platform/files.h"
 #include "platform/profile.h"
 #include "platform/qt/qt_window_system.h"
@@ -223,10 +225,10 @@ void CBrindleDlg::OnTreeUpdate() {
                 }
                 if (!m_galleryFetchPending) break;
                 m_galleryFetchPending = false;
-                if (CSkinButton* download = Button(2151)) download->setEnabled(true);
+                if (CSkinButton* download = Button(ControlId::DownloadGallery)) download->setEnabled(true);
                 if (!change.ok) {
                     CPopTipDlg tip(this);
-                    tip.Configure(QStringLiteral("Ombrel"), false, QStringLiteral("下载图库失败，请检查网络后重试"),
+                    tip.Configure(ToQString(kProductTitle), false, ToQString(kGalleryFetchFailed),
                                   QString(), QStringLiteral("确定"), QString());
                     (void)tip.DoModal();  // one button: the answer changes nothing
                 }

@@ -12,8 +12,12 @@
 //   brindle_host_link.cpp    GalleryPanelControl, copy-data, the location step,
 //                            RequireLogin, the feedback wait, FindRow, IsBlkBoutique
 //   brindle_events.cpp       timers, MsgPanelEvent
-//   brindle_navigation.cpp   pages, class switching, subclasses, routes, search
-//                            commands, the panel buttons
+//   class_switch.cpp         the class column and the class switch
+//   subclasses.cpp           the subclass buttons and what they list
+//   pages.cpp                the pages
+//   routes.cpp               routes and target classes
+//   search_commands.cpp      the search page's commands, the collection filter
+//   panel_buttons.cpp        the empty states, title bar and sync prompt buttons
 //   brindle_commands.cpp     MsgPanelCommand
 //   collection_rows.cpp      the collection search page's rows as they come back
 //   collection_road.cpp      the collection's folders, blocks, mirror files, deletions
@@ -83,16 +87,17 @@ public:
     std::u16string m_hostChannel;  // answer to GalleryHostRequest 7
 
     // ---- owned widgets --------------------------------------------------
-    CDWGListView* m_pThumbList = nullptr;        // 2213
-    CSearchListCtrl* m_searchList = nullptr;     // 1007
-    CClassListCtrl* m_classList = nullptr;       // 1008
-    QLineEdit* m_searchEdit = nullptr;           // 3000
-    CProgressCtrlOwner* m_progress = nullptr;    // 3000 (the bar never notifies)
-    std::map<int, CSkinButton*> m_buttons;       // 1000, 2002, 2150, 2151, 2153 to 2158
-    std::vector<CSubclassButton*> m_subclassBtns;   // 18: 2080 to 2097
-    std::vector<CSkinButton*> m_collectionBtns;     // 2100, 2101, 2102, 2103, 2104, 2105
-    std::vector<CSkinButton*> m_searchBtns;         // 2200, 2201, 2202
-    HotWordBar* m_hotWordBar = nullptr;             // 4000 label, 4001 to 4032 words
+    // Their ids are in panel_numbers.h (ControlId).
+    CDWGListView* m_pThumbList = nullptr;
+    CSearchListCtrl* m_searchList = nullptr;
+    CClassListCtrl* m_classList = nullptr;
+    QLineEdit* m_searchEdit = nullptr;
+    CProgressCtrlOwner* m_progress = nullptr;
+    std::map<int, CSkinButton*> m_buttons;          // close, add classes, empty states, title bar, sync prompt
+    std::vector<CSubclassButton*> m_subclassBtns;   // two rows of nine
+    std::vector<CSkinButton*> m_collectionBtns;     // the collection bar in id order
+    std::vector<CSkinButton*> m_searchBtns;         // clear, search, back
+    HotWordBar* m_hotWordBar = nullptr;
 
     // ---- navigation -----------------------------------------------------
     int m_page = PageBrowse;
@@ -150,7 +155,7 @@ public:
     ClassTable m_classTable;
     KindMap& m_generalKinds = m_classTable.generalKinds;
     KindMap& m_boutiqueKinds = m_classTable.boutiqueKinds;
-    ClassVersions m_classVersions;  // the table of the start of this run
+    ClassTableVersions m_classVersions;  // the table of the start of this run
     std::vector<QString> m_hotWords;
     bool m_showDesc = false;
     bool m_classTableComing = false;  // a first run's table is on its way
@@ -183,7 +188,6 @@ public:
     // The host link.
     std::intptr_t OnPanelControl(std::uintptr_t code, std::intptr_t lParam);
     std::intptr_t OnCopyData(const CopyDataStruct* data);
-    void LocationStep(const std::u16string& location);  // ShowGallery step 2 (and ResetClass)
     void OpenCollectionsForHost();                       // ResetClass with "我的收藏"
     void SearchFor(const QString& text);                 // SearchBrindleRes, copy-data 414
     bool IsBlkBoutique(const std::u16string& blockPath);
@@ -214,7 +218,10 @@ public:
     void OpenSubclass(int id);
     void GoToPage(int page);
     void OpenTargetClass();
-    void OpenRoute(const std::u16string& route);
+    // A route of the host (ShowGallery, ResetClass, copy-data) or of the panel
+    // (a hot word, a result row's class).
+    enum class RouteSource { Panel, Host };
+    void OpenRoute(const std::u16string& route, RouteSource source = RouteSource::Panel);
     void SearchCommand(int id);
     // Rebuilds the hot word row from m_hotWords and shows it, or hides it.
     void ShowHotWords(bool show);
@@ -366,6 +373,9 @@ private:
     void BlockRenamed(const std::u16string& oldPath, const std::u16string& newPath, const std::u16string& fileName);
     void FolderMade(const std::u16string& parentPath, const std::u16string& name);
     void ShowEmptyClass(int row, const std::u16string& path);
+    // SwitchClass's steps: the old class cleared, the recent list listed.
+    void ClearForSwitch(int row);
+    void ListRecentBlocks(int row);
     // SwitchClass's half for a row whose class is known: its subclasses shown.
     void ShowClassOf(int row, const std::u16string& text);
     // The halves of SwitchClass and OpenSubclass after the service was asked;

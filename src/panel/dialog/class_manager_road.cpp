@@ -7,8 +7,10 @@
 #include "net/gallery_sync.h"
 #include "panel/dialog/brindle_dlg.h"
 #include "panel/dialog/class_route.h"
-#include "panel/dialog/panel_timers.h"
+#include "panel/model/panel_numbers.h"
 #include "picker/sel_class_dlg.h"
+#include "platform/qt/qt_text.h"
+#include "platform/product_texts.h"
 #include "platform/files.h"
 #include "platform/qt/window_timers.h"
 #include "skin/pop_tip_dlg.h"
@@ -20,8 +22,6 @@
 namespace marrowfin {
 
 namespace {
-constexpr uint32_t kCommandApplyShowList = 6;
-constexpr uint32_t kCommandRefreshClassRows = 19;
 }  // namespace
 
 std::u16string ClassNameOfRoute(std::u16string_view route) {
@@ -46,7 +46,7 @@ bool CBrindleDlg::RunClassManager(std::function<void(int result, bool wantSearch
     manager->panelHandle = Handle();
     manager->applyTable = [this](const std::u16string& text) {
         (void)ApplyClassTable(text, m_classTable, m_classVersions);
-        PostWindowMessage(Handle(), MsgPanelCommand, kCommandRefreshClassRows, 0);
+        PostWindowMessage(Handle(), MsgPanelCommand, PanelCommand::RefreshClassRows, 0);
     };
     manager->onSelectionCleared = [this] {
         m_curClassPath.clear();
@@ -70,7 +70,7 @@ void CBrindleDlg::ManageClasses() {
         if (wantSearch)
             GoToPage(PageSearch);
         else
-            SendWindowMessage(Handle(), MsgPanelCommand, kCommandApplyShowList, 0);
+            SendWindowMessage(Handle(), MsgPanelCommand, PanelCommand::ApplyShowList, 0);
     });
 }
 
@@ -96,7 +96,7 @@ void CBrindleDlg::ContinueClassRoute(const std::u16string& route, const std::u16
         auto* tip = new CPopTipDlg(this);
         tip->setAttribute(Qt::WA_DeleteOnClose);
         tip->setWindowModality(Qt::WindowModal);
-        tip->Configure(QStringLiteral("Ombrel"), false,
+        tip->Configure(ToQString(kProductTitle), false,
                        QStringLiteral("最多可添加%1个分类").arg(static_cast<int>(kRouteClassLimit)), QString(),
                        QStringLiteral("去管理"), QString());
         tip->OnInitDialog();
@@ -107,7 +107,7 @@ void CBrindleDlg::ContinueClassRoute(const std::u16string& route, const std::u16
                 return;
             }
             (void)RunClassManager([this, route, name](int result, bool wantSearch) {
-                if (result == 1) SendWindowMessage(Handle(), MsgPanelCommand, kCommandApplyShowList, 0);
+                if (result == 1) SendWindowMessage(Handle(), MsgPanelCommand, PanelCommand::ApplyShowList, 0);
                 if (wantSearch) {
                     GoToPage(PageSearch);
                     return;

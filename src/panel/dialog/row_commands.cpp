@@ -6,7 +6,7 @@
 #include "panel/classes/panel_workers.h"
 #include "panel/dialog/brindle_dlg.h"
 #include "panel/dialog/host_requests.h"
-#include "panel/dialog/panel_timers.h"
+#include "panel/model/panel_numbers.h"
 #include "panel/dialog/thumbnail_road.h"
 #include "panel/lists/search_list_ctrl.h"
 #include "platform/files.h"
@@ -23,7 +23,6 @@ namespace {
 
 constexpr size_t kQueueLimit = 100;       // a queue holding more refuses the next row
 constexpr int kStartsPerScan = 15;        // queue entries one start visits
-constexpr unsigned kRowCheckMs = 700;     // a row must stay in view this long to be fetched
 constexpr int kFailedShowMs = 3000;       // "下载失败，检查网络" stands this long
 
 }  // namespace
@@ -117,7 +116,7 @@ void CBrindleDlg::StartRowDownloads() {
             uint16_t id = 0;
             const RowDownloadResult result = RunRowDownload(*active, key, self, &id);
             if (result == RowDownloadResult::AlreadyRunning) return;
-            (void)PostWindowMessage(self, MsgPanelCommand, result == RowDownloadResult::Finished ? 12 : 13, id);
+            (void)PostWindowMessage(self, MsgPanelCommand, result == RowDownloadResult::Finished ? PanelCommand::RowDownloaded : PanelCommand::RowDownloadFailed, id);
         });
     }
 }
@@ -150,7 +149,7 @@ void CBrindleDlg::RowDownloadEnded(std::intptr_t id, bool ok) {
             });
         }
     }
-    if (m_activeDownloads->Any() || !m_downloadQueue.empty()) PostWindowMessage(Handle(), MsgPanelCommand, 15, 0);
+    if (m_activeDownloads->Any() || !m_downloadQueue.empty()) PostWindowMessage(Handle(), MsgPanelCommand, PanelCommand::StartRowDownloads, 0);
 }
 
 void CBrindleDlg::RowBackToRemote(std::intptr_t index) {
@@ -175,7 +174,7 @@ void CBrindleDlg::UseRow(std::intptr_t index) {
             row.prefetch = false;
             if (EnqueueRow(row)) {
                 m_searchList->RedrawRow(at);
-                PostWindowMessage(Handle(), MsgPanelCommand, 15, 0);
+                PostWindowMessage(Handle(), MsgPanelCommand, PanelCommand::StartRowDownloads, 0);
             }
             return;
         case RowDownloading: {

@@ -9,7 +9,7 @@
 #include "panel/dialog/brindle_dlg.h"
 #include "panel/dialog/hot_words.h"
 #include "panel/lists/search_list_ctrl.h"
-#include "panel/dialog/panel_timers.h"
+#include "panel/model/panel_numbers.h"
 #include "platform/profile.h"
 #include "platform/qt/window_timers.h"
 #include "search/local_search.h"
@@ -102,7 +102,7 @@ void CBrindleDlg::OnSearchOutcome(int generation, std::unique_ptr<MessagePayload
 void CBrindleDlg::SearchFailed(int generation) {
     // Within the quiet time of the search that failed, the local search is
     // refused and the area keeps "网络中断，请检查后重试".
-    if (generation == g_searchGeneration.load() && m_searchState == 2) SearchCommand(2203);
+    if (generation == g_searchGeneration.load() && m_searchState == 2) SearchCommand(ControlId::LocalSearch);
     m_searchRuns[generation] = 0;
     update();
 }

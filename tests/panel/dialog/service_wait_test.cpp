@@ -93,7 +93,7 @@ TEST(ServiceWait, FirstRunClassTableComesFromAWorkerBeforeTheWordsAndRefreshesKe
     EXPECT_FALSE(panel.IsBlkBoutique(StoreRoot() + u"/" + world.galleries.at(2) + u"/类/块.dwg") ||
                  panel.IsBlkBoutique(StoreRoot() + u"/不存在/类/块.dwg"));
     EXPECT_FALSE(panel.m_generalKinds.empty());
-    const std::string cached = ReadBytes(U8(ClassTablePath()));
+    const std::string cached = ReadBytes(Utf16ToUtf8(ClassTablePath()));
 
     // The sort command reapplies at once, then refreshes on the worker, the service answering at once now.
     world.service.faults().clearAll();
@@ -118,14 +118,14 @@ TEST(ServiceWait, FirstRunClassTableComesFromAWorkerBeforeTheWordsAndRefreshesKe
     panel.m_generalKinds.clear();
     ASSERT_TRUE(PumpUntil([&] { return !panel.m_generalKinds.empty() && count("/gallery/selpageinfo") == 3; }));
     Pump(200);
-    EXPECT_EQ(std::make_pair(panel.m_hotWords.empty(), ReadBytes(U8(ClassTablePath()))), std::make_pair(false, cached));
+    EXPECT_EQ(std::make_pair(panel.m_hotWords.empty(), ReadBytes(Utf16ToUtf8(ClassTablePath()))), std::make_pair(false, cached));
     // No thread to be had: handled as a failed fetch on the panel's thread, nothing asked.
     world.service.faults().clearAll();
     FailThreadStartsForTests(1);
     (void)SendWindowMessage(panel.Handle(), MsgPanelCommand, 24, 0);
     panel.m_generalKinds.clear();
     ASSERT_TRUE(PumpUntil([&] { return !panel.m_generalKinds.empty(); }));
-    EXPECT_EQ(std::make_pair(count("/gallery/selpageinfo"), ReadBytes(U8(ClassTablePath()))), std::make_pair(3L, cached));
+    EXPECT_EQ(std::make_pair(count("/gallery/selpageinfo"), ReadBytes(Utf16ToUtf8(ClassTablePath()))), std::make_pair(3L, cached));
 
     // Without the network option the sort command does not ask; with it, an hourly tick at a quiet hour refreshes.
     ASSERT_TRUE(WriteOptionInt(u"RequestNetwork", 0));
@@ -164,7 +164,7 @@ TEST(LivePages, CollectionSearchWaitsForTheCloudBlocksFiltersThemAndDropsLateAns
     ASSERT_TRUE(w.OpenRow(1));
     ASSERT_EQ(p.m_page, PageCollection);
     // The mirror starts clean at the first read: the nut lands in it afterwards.
-    WriteBytes(U8(NumberedCollectionFolder(42)) + "/收藏夹1/螺母.dwg", std::string(2000, 'x'));
+    WriteBytes(Utf16ToUtf8(NumberedCollectionFolder(42)) + "/收藏夹1/螺母.dwg", std::string(2000, 'x'));
     const long opened = asked();
     // "搜索收藏" opens the page at once, waiting; the loop turns meanwhile.
     w.service.faults().set("/gallery/get_u_collect", kHeld);

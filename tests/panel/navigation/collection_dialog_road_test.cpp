@@ -137,7 +137,7 @@ TEST(CollectionDialogRoad, BlocksRenamedMovedDeletedAndAddedFromThePanelFollowEv
 
     // "添加图块" on the empty folder: two drawings from the disk land and show.
     const std::string disk = w.home.file("disk");
-    CreateDirectories(W(disk));
+    CreateDirectories(Utf8ToUtf16(disk));
     for (const char* name : {"a.dwg", "b.dwg"}) WriteBytes(disk + "/" + name, "AC1015" + std::string(1500, 'd'));
     w.ClickButton(2150, 400);
     QFileDialog* files = nullptr;
@@ -197,7 +197,7 @@ TEST(CollectionDialogRoad, FoldersMadeRenamedAndDeletedFromTheBarAndTheirMenus) 
     EXPECT_TRUE(!users.folderByName(8, "收藏夹3") && users.folderByName(8, "门窗"));
     EXPECT_FALSE(PathExists(mine + u"/收藏夹3"));
     EXPECT_EQ(w.FolderButtons(), (Texts{"收藏夹1", "门窗", "收藏夹2"}));
-    EXPECT_EQ(FolderIdByName(p.m_folderMap, u"门窗"), W(std::to_string(users.folderByName(8, "门窗")->id)));
+    EXPECT_EQ(FolderIdByName(p.m_folderMap, u"门窗"), Utf8ToUtf16(std::to_string(users.folderByName(8, "门窗")->id)));
     EXPECT_EQ(p.m_pThumbList->GetPath(0), mine + u"/门窗/门.dwg");
 
     // "删除" in a button's menu deletes that folder and no other; with one
@@ -207,7 +207,7 @@ TEST(CollectionDialogRoad, FoldersMadeRenamedAndDeletedFromTheBarAndTheirMenus) 
         EXPECT_TRUE(AnswerTips(ModalTip, {{"确定要删除该收藏夹所有图块么？", 1}}));
         ASSERT_TRUE(PumpUntil([&] { return !users.folderByName(8, folder) && !p.CollectionBusy(); }));
         ASSERT_TRUE(w.WaitForSwitch());
-        EXPECT_FALSE(PathExists(mine + u"/" + W(folder)));
+        EXPECT_FALSE(PathExists(mine + u"/" + Utf8ToUtf16(folder)));
     }
     EXPECT_EQ(w.FolderButtons(), Texts{"门窗"});
     EXPECT_EQ(CellMenu(p, mine + u"/门窗/门.dwg", {}, "block_menu_1.0"), (Texts{"重命名", "删除", "!移动"}));
@@ -239,7 +239,7 @@ TEST(CollectionDialogRoad, CollectsFromAGalleryMenuAndFromASearchRow) {
     const std::u16string mine = w.AddCollections(9, {u"螺栓"}, 0);
     const int64_t bolts = w.service.users().folderByName(9, "螺栓")->id;
     std::string drawing;
-    ASSERT_TRUE(ReadWholeFile(W(SharedDir() + "/testdata/dwg/bmp8_ac1015.dwg"), drawing));
+    ASSERT_TRUE(ReadWholeFile(Utf8ToUtf16(SharedDir() + "/testdata/dwg/bmp8_ac1015.dwg"), drawing));
     const std::vector<GalleryNode*>& blocks = hardware->dirChildren[0]->fileChildren;
     CreateDirectories(hardware->dirChildren[0]->Path());
     for (GalleryNode* block : blocks) ASSERT_TRUE(WriteFileAtomic(block->Path(), drawing));
@@ -279,7 +279,7 @@ TEST(CollectionDialogRoad, CollectsFromAGalleryMenuAndFromASearchRow) {
     ASSERT_TRUE(w.WaitForSwitch());
     const std::string lowered = QString::fromStdU16String(FileNameOf(second)).toLower().toStdString();
     EXPECT_TRUE(w.service.users().blockByName(bolts, lowered).has_value());
-    EXPECT_EQ(p.m_pThumbList->GetPath(0), mine + u"/螺栓/" + W(lowered));
+    EXPECT_EQ(p.m_pThumbList->GetPath(0), mine + u"/螺栓/" + Utf8ToUtf16(lowered));
     EXPECT_EQ(p.m_collected.count(second), 1u);
 
     // A search row's "收藏": the row's file goes in; "关闭" marks the row.

@@ -23,7 +23,7 @@ TEST(CollectionRoad, FoldersBlocksAndFilesFollowTheServiceForEachUser) {
     // A name the service should never give stays out of the mirror and the tree.
     users.addFolder(7, "..");
     // A mirror left from an earlier run is wiped by the first read.
-    WriteBytes(U8(mine) + "/旧夹/旧.dwg", "stale");
+    WriteBytes(Utf16ToUtf8(mine) + "/旧夹/旧.dwg", "stale");
     RecordingHost host;
     TipWatcher tips;  // answers each message box with its first button
     w.MakePanel();
@@ -44,7 +44,7 @@ TEST(CollectionRoad, FoldersBlocksAndFilesFollowTheServiceForEachUser) {
         return FileExists(mine + u"/螺栓/六角螺栓.dwg") && FileExists(mine + u"/螺栓/地脚螺栓.dwg") &&
                FileExists(mine + u"/螺栓/膨胀螺栓.dwg") && p.m_thumbRunning.empty();
     }, 8000));
-    EXPECT_EQ(FileSize(mine + u"/螺栓/六角螺栓.dwg"), FileSize(W(SharedDir() + "/testdata/dwg/bmp8_ac1015.dwg")));
+    EXPECT_EQ(FileSize(mine + u"/螺栓/六角螺栓.dwg"), FileSize(Utf8ToUtf16(SharedDir() + "/testdata/dwg/bmp8_ac1015.dwg")));
     // A block that has arrived inserts.
     DoubleClickItem(p.m_pThumbList, 0);
     Pump(50);
@@ -130,11 +130,11 @@ TEST(CollectionRoad, AnOldCollectionIsHandedOverOnceAndAskedAboutWhenTheCloudHol
     const std::u16string fresh = w.AddCollections(11, {}, 0);
     (void)w.AddCollections(12, {u"云端"}, 0);
     std::string drawing;
-    ASSERT_TRUE(ReadWholeFile(W(SharedDir() + "/testdata/dwg/bmp8_ac1015.dwg"), drawing));
-    for (const char* file : {"甲/一.dwg", "甲/二.dwg", "乙/三.dwg"}) WriteBytes(U8(CollectionFolder()) + "/" + file, drawing);
+    ASSERT_TRUE(ReadWholeFile(Utf8ToUtf16(SharedDir() + "/testdata/dwg/bmp8_ac1015.dwg"), drawing));
+    for (const char* file : {"甲/一.dwg", "甲/二.dwg", "乙/三.dwg"}) WriteBytes(Utf16ToUtf8(CollectionFolder()) + "/" + file, drawing);
     auto oldFolderIntact = [&] {
         for (const char* file : {"甲/一.dwg", "甲/二.dwg", "乙/三.dwg"})
-            if (ReadBytes(U8(CollectionFolder()) + "/" + file) != drawing) return false;
+            if (ReadBytes(Utf16ToUtf8(CollectionFolder()) + "/" + file) != drawing) return false;
         return true;
     };
     TipWatcher tips;
@@ -193,8 +193,8 @@ TEST(CollectionRoad, AnOldCollectionIsHandedOverOnceAndAskedAboutWhenTheCloudHol
     // it: folders in a Chinese reader's order (甲 before 乙, unlike their code
     // points), drawings oldest first.
     namespace fs = std::filesystem;
-    const fs::path first = fs::u8path(U8(CollectionFolder()) + "/甲/一.dwg");
-    fs::last_write_time(fs::u8path(U8(CollectionFolder()) + "/甲/二.dwg"), fs::last_write_time(first) - std::chrono::hours(1));
+    const fs::path first = fs::u8path(Utf16ToUtf8(CollectionFolder()) + "/甲/一.dwg");
+    fs::last_write_time(fs::u8path(Utf16ToUtf8(CollectionFolder()) + "/甲/二.dwg"), fs::last_write_time(first) - std::chrono::hours(1));
     AddGalleryToShowList(u"我的收藏");
     SendWindowMessage(p.Handle(), MsgPanelCommand, 6, 1);
     GalleryNode* old = FindNodeByPath(w.root(), CollectionFolder());

@@ -1,0 +1,96 @@
+// The pages: browsing, the collections, the search and the collection search.
+#include <QLineEdit>
+
+#include "collection/collection_folders.h"
+#include "panel/dialog/brindle_dlg.h"
+#include "panel/dialog/collection_rows.h"
+#include "panel/dialog/navigation_steps.h"
+#include "panel/lists/class_list_ctrl.h"
+#include "panel/lists/dwg_list_view.h"
+#include "panel/lists/search_list_ctrl.h"
+#include "panel/model/panel_numbers.h"
+#include "platform/qt/window_timers.h"
+#include "skin/skin_button.h"
+#include "skin/skin_scale.h"
+#include "skin/subclass_button.h"
+#include "store/gallery_node.h"
+#include "store/gallery_store.h"
+
+namespace marrowfin {
+
+void CBrindleDlg::GoToPage(int page) {
+    PostWindowMessage(Handle(), MsgPanelCommand, PanelCommand::SelectionChanged, -1);
+    if (m_page == PageCollectionSearch && page != m_page) ForgetCollectionRows();
+
+    const bool toSearch = IsSearchPage(page) && page != m_page;
+    if (toSearch) {
+        if (m_classIndex == 1) LayoutCollectionBar(false);
+        SetShown(Button(ControlId::OpenSearch), false);
+        if (m_pThumbList) {
+            m_pThumbList->setGeometry(ScaleBox(133, 72, 617, 343));
+            m_pThumbList->hide();
+        }
+        SetShown(m_searchEdit, true);
+        if (m_searchBtns.size() > 2) {
+            SetShown(m_searchBtns[1], true);
+            SetShown(m_searchBtns[2], true);
+        }
+        for (CSkinButton* button : m_collectionBtns) SetShown(button, false);
+        for (CSubclassButton* button : m_subclassBtns) SetShown(button, false);
+        SetShown(Button(ControlId::AddClasses), false);
+        SetShown(Button(ControlId::AddBlocksEmpty), false);
+        SetShown(Button(ControlId::DownloadGallery), false);
+        SetShown(m_classList, false);
+        m_searchUntouched = true;
+        if (m_store) m_localHits.Reset(*m_store);
+        if (page == PageSearch) {
+            ShowHotWords(true);
+            m_page = PageSearch;
+            if (m_searchEdit) {
+                m_searchEdit->setCursorPosition(0);
+                m_searchEdit->setFocus();
+            }
+            update();
+        } else {
+            if (m_searchEdit) m_searchEdit->setFocus();
+            m_collectionRows.clear();
+            update();
+            m_page = PageCollectionSearch;
+            LoadCollectionRows();
+        }
+        return;
+    }
+
+    if (!IsSearchPage(page) && IsSearchPage(m_page)) {
+        m_lastSearch.clear();
+        SetShown(Button(ControlId::OpenSearch), true);
+        SetShown(m_searchEdit, false);
+        SetShown(m_searchList, false);
+        for (CSkinButton* button : m_searchBtns) SetShown(button, false);
+        if (m_classIndex == 1) {
+            for (CSkinButton* button : m_collectionBtns) SetShown(button, true);
+            m_page = PageCollection;
+        } else {
+            m_page = PageBrowse;
+        }
+        update();
+        if (m_searchEdit) m_searchEdit->clear();
+        SetShown(m_classList, true);
+        SetShown(Button(ControlId::AddClasses), true);
+        SetShown(Button(ControlId::AddBlocksEmpty), false);
+        SetShown(Button(ControlId::DownloadGallery), false);
+        m_searchUntouched = false;
+        // The tick rebuilds the class list and reopens the class.
+        if (!m_curClassPath.empty()) SetTimer(Handle(), kTimerBuildClassList, kClassListMs);
+    }
+}
+
+void CBrindleDlg::LoadCollectionRows() {
+    // Asked on a worker; the page shows "图块加载中，请稍候" until the rows land.
+    const std::u16string base = m_store && m_store->root ? m_store->root->Path() : std::u16string();
+    m_collectionRowsPending = true;
+    m_searchState = 1;
+    StartCollectionRowsFetch(Handle(), ++m_collectionRowsGeneration, userToken, base + u"/" + MirrorName(userId));
+}
+
+}  // namespace marrowfin
