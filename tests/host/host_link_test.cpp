@@ -101,30 +101,30 @@ TEST_F(HostLink, OrdersLocationsInsertionsAndTheBoutiqueQuestion) {
     for (int classIndex : {1, 3}) {
         panel->userId = 77;
         panel->userToken = u"secret";
-        panel->m_classIndex = classIndex;
-        panel->m_page = PageSearch;
+        panel->m_nav.classIndex = classIndex;
+        panel->m_nav.page = PageSearch;
         panel->m_searchEdit->setText(QStringLiteral("门"));
         EXPECT_EQ(Control(6, 0), 0);
         EXPECT_EQ(std::tie(panel->userId, panel->userToken), std::make_tuple(-1, std::u16string()));
         EXPECT_EQ(panel->m_searchEdit->text(), classIndex == 1 ? QString() : QStringLiteral("门")) << classIndex;
     }
-    panel->m_page = PageBrowse;
+    panel->m_nav.page = PageBrowse;
     EXPECT_TRUE(host->records.empty());
 
     // Locations and the host's calls steer the panel and its mode.
     const WindowHandle handle = panel->Handle();
     KillTimer(handle, 2000);
-    const int page = panel->m_page, pending = panel->m_pendingClass;
+    const int page = panel->m_nav.page, pending = panel->m_nav.pendingClass;
     // A location answers 1 and opens nothing; only the collections word would.
     EXPECT_EQ(CopyData(411, u"\\门窗\\推拉门"), 1);
     QCoreApplication::sendPostedEvents();
-    EXPECT_EQ(std::make_tuple(panel->m_page, panel->m_pendingClass, IsTimerRunning(handle, 2000)), std::make_tuple(page, pending, false));
+    EXPECT_EQ(std::make_tuple(panel->m_nav.page, panel->m_nav.pendingClass, IsTimerRunning(handle, 2000)), std::make_tuple(page, pending, false));
     EXPECT_TRUE(CopyData(411, u"\\我的收藏\\1") == 1 && !panel->m_quietCollect) << "the host's flag lasts this step only";
     panel->HidePanel();
     EXPECT_TRUE(CopyData(412, u"") == 1 && panel->isVisible()) << "412 shows the panel whatever the location";
     panel->HidePanel();
     SearchBrindleRes(u"推拉门", u"PMMC");
-    EXPECT_EQ(std::tie(panel->showMode, panel->m_page), std::make_tuple(std::u16string(u"PMMC"), int(PageSearch)));
+    EXPECT_EQ(std::tie(panel->showMode, panel->m_nav.page), std::make_tuple(std::u16string(u"PMMC"), int(PageSearch)));
     // The collections from the host: the search page is left first; with
     // nobody signed in the host is asked for a user, and without one nothing opens.
     panel->HidePanel();
@@ -132,7 +132,7 @@ TEST_F(HostLink, OrdersLocationsInsertionsAndTheBoutiqueQuestion) {
     ShiftTicksForTest(500);  // past the damping of search commands
     const size_t signIns = host->Requests(MARROWFIN_REQUEST_SIGN_IN).size();
     ResetClass(u"\\我的收藏");
-    EXPECT_EQ(std::make_tuple(IsSearchPage(panel->m_page), IsTimerRunning(handle, 2000), panel->showMode,
+    EXPECT_EQ(std::make_tuple(IsSearchPage(panel->m_nav.page), IsTimerRunning(handle, 2000), panel->showMode,
                               host->Requests(MARROWFIN_REQUEST_SIGN_IN).size(), panel->m_quietCollect),
               std::make_tuple(false, false, std::u16string(u"PMMC"), signIns + 1, false));
     host->records.clear();

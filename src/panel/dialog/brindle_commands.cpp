@@ -44,13 +44,13 @@ void CBrindleDlg::OnPanelCommand(std::uintptr_t code, std::intptr_t lParam) {
             RenameBlock(lParam);
             return;
         case PanelCommand::EnableBlockDelete:
-            if (m_collectionBtns.size() > 2 && m_collectionBtns[2]) m_collectionBtns[2]->setEnabled(lParam >= 0);
+            EnableBlockDelete(lParam >= 0);
             return;
         case PanelCommand::ApplyShowList:
             ApplyShowList(lParam);
             return;
         case PanelCommand::OpenTargetClass:
-            if (!m_targetClass.empty()) OpenTargetClass();
+            if (!m_nav.targetClass.empty()) OpenTargetClass();
             return;
         case PanelCommand::RowShown:
             RowThumbnail(lParam);
@@ -78,9 +78,7 @@ void CBrindleDlg::OnPanelCommand(std::uintptr_t code, std::intptr_t lParam) {
             NoteRowToCheck(lParam);
             return;
         case PanelCommand::RepaintResults:
-            if (!IsSearchPage(m_page)) return;
-            update(ScaleRect(8, 68, 554, 288));
-            update(ScaleRect(10, 427, 768, 447));
+            RepaintResults();
             return;
         case PanelCommand::RefreshClassRows:
             RefreshClassRows();
@@ -102,11 +100,7 @@ void CBrindleDlg::OnPanelCommand(std::uintptr_t code, std::intptr_t lParam) {
             if (m_store && m_store->root && IsWindow(hostWindow)) (void)OpenAdTileAt(*this, lParam);
             return;
         case PanelCommand::GoToRowClass:
-            if (lParam >= 0 && lParam < static_cast<std::intptr_t>(m_rows.size())) {
-                m_focusRow = m_rows[static_cast<size_t>(lParam)];
-                m_focusPending = true;
-                OpenRoute(u"/" + m_focusRow.klass.toStdU16String() + u"/" + m_focusRow.subclass.toStdU16String());
-            }
+            GoToRowClass(lParam);
             return;
         case PanelCommand::NewSort:
             // A new sort: nothing to reorder without a cached table.
@@ -121,18 +115,35 @@ void CBrindleDlg::OnPanelCommand(std::uintptr_t code, std::intptr_t lParam) {
 }
 
 void CBrindleDlg::SelectionChanged(std::intptr_t item) {
-    m_selectedName.clear();
+    m_nav.selectedName.clear();
     if (item >= 0) {
         const size_t i = static_cast<size_t>(item);
-        const NodeList& nodes = IsSearchPage(m_page) ? m_localHits : m_listNodes;
+        const NodeList& nodes = IsSearchPage(m_nav.page) ? m_localHits : m_nav.listNodes;
         if (const GalleryNode* node = m_store ? nodes.At(*m_store, i) : nullptr)
-            m_selectedName = QString::fromStdU16String(node->name.str());
-        if (m_classIndex == 1) PostWindowMessage(Handle(), MsgPanelCommand, PanelCommand::EnableBlockDelete, 0);
-    } else if (m_classIndex == 1) {
-        PostWindowMessage(Handle(), MsgPanelCommand, PanelCommand::EnableBlockDelete, -1);
+            m_nav.selectedName = QString::fromStdU16String(node->name.str());
+        if (m_nav.classIndex == 1) EnableBlockDelete(true);
+    } else if (m_nav.classIndex == 1) {
+        EnableBlockDelete(false);
     }
     update(ScaleRect(9, 424, 540, 450));
     update(ScaleRect(568, 427, 760, 447));
+}
+
+void CBrindleDlg::GoToRowClass(std::intptr_t row) {
+    if (row < 0 || row >= static_cast<std::intptr_t>(m_rows.size())) return;
+    m_nav.focusRow = m_rows[static_cast<size_t>(row)];
+    m_nav.focusPending = true;
+    OpenRoute(u"/" + m_nav.focusRow.klass.toStdU16String() + u"/" + m_nav.focusRow.subclass.toStdU16String());
+}
+
+void CBrindleDlg::EnableBlockDelete(bool enabled) {
+    if (m_collectionBtns.size() > 2 && m_collectionBtns[2]) m_collectionBtns[2]->setEnabled(enabled);
+}
+
+void CBrindleDlg::RepaintResults() {
+    if (!IsSearchPage(m_nav.page)) return;
+    update(ScaleRect(8, 68, 554, 288));
+    update(ScaleRect(10, 427, 768, 447));
 }
 
 void CBrindleDlg::RebuildAndReopen() {
@@ -143,33 +154,33 @@ void CBrindleDlg::RebuildAndReopen() {
     RebuildClassList();
     if (root) {
         if (CSkinButton* more = Button(ControlId::AddClasses)) more->show();
-        PostWindowMessage(Handle(), MsgPanelCommand, PanelCommand::RefreshClassRows, 0);
+        RefreshClassRows();
     }
-    LayoutCollectionBar(m_classIndex == 1);
+    LayoutCollectionBar(m_nav.classIndex == 1);
 
     bool reopened = false;
-    if (!m_curClassPath.empty()) {
+    if (!m_nav.curClassPath.empty()) {
         if (!root) {
-            m_forceList = true;
+            m_nav.forceList = true;
             SelectClass(0, true);
-        } else if (GalleryNode* node = FindNodeByPath(root, m_curClassPath); node && node != root) {
+        } else if (GalleryNode* node = FindNodeByPath(root, m_nav.curClassPath); node && node != root) {
             reopened = true;
             if (GalleryNode* parent = node->parent) {
                 if (parent == root)
-                    m_targetClass = u"/" + node->name;
+                    m_nav.targetClass = u"/" + node->name;
                 else
-                    m_targetClass = u"/" + parent->name + u"/" + node->name;
+                    m_nav.targetClass = u"/" + parent->name + u"/" + node->name;
                 OpenTargetClass();
             }
         }
     }
     if (!reopened) {
         // The recent list is the panel's start page.
-        m_forceList = true;
+        m_nav.forceList = true;
         SelectClass(0, true);
     }
     m_rebuildingClasses = false;
-    m_classesReady = true;
+    m_nav.classesReady = true;
 }
 
 void CBrindleDlg::ApplyShowList(std::intptr_t force) {
@@ -225,7 +236,7 @@ void CBrindleDlg::ApplyShowList(std::intptr_t force) {
     RelistNodes();
     if (oldCollectionListed) ReloadOldCollection();
     SetTimer(Handle(), kTimerBuildClassList, kClassListMs);
-    PostWindowMessage(Handle(), MsgPanelCommand, PanelCommand::RefreshClassRows, 0);
+    RefreshClassRows();
 }
 
 void CBrindleDlg::RefreshClassRows() {

@@ -77,7 +77,7 @@ public:
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override {
-        if ((event->type() == QEvent::FocusIn || event->type() == QEvent::FocusOut) && IsSearchPage(m_panel->m_page))
+        if ((event->type() == QEvent::FocusIn || event->type() == QEvent::FocusOut) && IsSearchPage(m_panel->m_nav.page))
             m_panel->update(ScaleRect(11, 39, 689, 65));
         return QObject::eventFilter(watched, event);
     }

@@ -44,6 +44,7 @@
 #include "collection/collection_mirror.h"
 #include "panel/classes/class_table.h"
 #include "panel/model/block_row.h"
+#include "panel/model/navigation_model.h"
 #include "panel/model/panel_messages.h"
 #include "panel/model/panel_page.h"
 #include "panel/preview/preview_loader.h"
@@ -100,21 +101,9 @@ public:
     HotWordBar* m_hotWordBar = nullptr;
 
     // ---- navigation -----------------------------------------------------
-    int m_page = PageBrowse;
-    int m_classIndex = -1;
-    int m_pendingClass = -1;
-    bool m_slowSwitch = true;
-    std::u16string m_curClassPath;
-    std::u16string m_targetClass;
-    QString m_selectedName;
-    bool m_forceList = false;
-    int m_itemCount = 0;
-    NodeList m_listNodes;          // the blocks in the thumbnail list, by item
-    bool m_classesReady = false;
+    NavigationModel m_nav;         // page, class, subclass, listed blocks, selection
     bool m_treeWaiting = false;    // opened before the first tree came: its arrival continues the start
-    int m_syncStatus = -1;
     GalleryStore* m_store = nullptr;
-    bool m_emptySubclassOpened = false;  // paint: "暂无图块" rather than "常用为空"
 
     // ---- search and downloads -------------------------------------------
     std::vector<BlockRow> m_rows;
@@ -177,7 +166,7 @@ public:
 
     // Starts a new first tree (F5, a changed gallery list); its arrival rebuilds the class list.
     void RebuildTree();
-    // m_listNodes looked up anew for the paths in the thumbnail list, after
+    // m_nav.listNodes looked up anew for the paths in the thumbnail list, after
     // the tree freed nodes.
     void RelistNodes();
 
@@ -266,23 +255,25 @@ private:
     void OnPanelButton(int id);
     void OnCloseButton();
 
-    // Navigation state and helpers of brindle_navigation.cpp and brindle_commands.cpp.
+    // Navigation helpers of the navigation files and brindle_commands.cpp.
     CSubclassButton* m_openedSubclass = nullptr;  // the subclass button opened last
-    uint32_t m_subclassTick = 0;                  // tick of the last accepted OpenSubclass
-    bool m_subclassTicked = false;
-    uint32_t m_searchTick = 0;                    // tick of the last accepted SearchCommand
-    bool m_searchTicked = false;
     int32_t m_collectionUser = -1;                // user of the last collection target
-    BlockRow m_focusRow;                          // command 23's row, looked for after the next listing
-    bool m_focusPending = false;
     bool m_rebuildingClasses = false;             // command 0 runs: OpenTargetClass must not send it again
     void RebuildAndReopen();                      // command 0
     void ApplyShowList(std::intptr_t force);      // command 6
     void SelectionChanged(std::intptr_t item);    // command 1
+    void EnableBlockDelete(bool enabled);         // command 5: the bar's "删除图块"
+    void RepaintResults();                        // command 17
+    void GoToRowClass(std::intptr_t row);         // command 23: a result row's class link
+    void LayoutStatusButtons();                   // event 4
+    void SetSyncStatus(int status);               // event 5
     void RefreshClassRows();                      // command 19
     void RunCollectionFilter();
     void FilterCollectionRows();
     void LoadCollectionRows();
+    // GoToPage's halves on the controls.
+    void ShowSearchControls();
+    void ShowBrowseControls();
     void OnCollectionRows(std::uintptr_t generation, std::unique_ptr<MessagePayload> payload);
 
     // The search run (search_road.cpp).
@@ -382,8 +373,6 @@ private:
     // a fetch under way continues them when its update is adopted.
     void ShowGalleryClasses(int row, const std::u16string& path);
     void ListSubclass(CSubclassButton* button, const std::u16string& path);
-    std::u16string m_summaryPending;   // gallery whose class summary is on the way
-    std::u16string m_itemsPending;     // class whose blocks are on the way
     bool m_galleryFetchPending = false;  // button 2151
     void PlaceThumbList(int entries);
     bool ClassIsBoutique(const std::u16string& path) const;

@@ -44,7 +44,7 @@ void CBrindleDlg::OnClassTableRefresh(std::uintptr_t code, std::unique_ptr<Messa
     if (code != HotWordsFetched) return;
     auto* words = dynamic_cast<HotWordsPayload*>(payload.get());
     // The search page shows the default word in its empty box.
-    if (words && TakeHotWords(m_hotWords, words->value) && m_page == PageSearch) update();
+    if (words && TakeHotWords(m_hotWords, words->value) && m_nav.page == PageSearch) update();
 }
 
 void CBrindleDlg::OnTimer(std::uintptr_t id) {
@@ -62,12 +62,11 @@ void CBrindleDlg::OnTimer(std::uintptr_t id) {
             return;
         case kTimerBuildClassList:
             KillTimer(self, id);
-            (void)PostWindowMessage(self, MsgPanelCommand, PanelCommand::RebuildClassList, 0);  // the panel itself: cannot be gone
+            RebuildAndReopen();
             return;
         case kTimerClassSwitch:
             KillTimer(self, id);
-            m_slowSwitch = false;
-            SwitchClass(m_pendingClass);
+            SwitchClass(m_nav.TakePendingClass());
             return;
         case kTimerRepaintAll:
             KillTimer(self, id);
@@ -79,7 +78,7 @@ void CBrindleDlg::OnTimer(std::uintptr_t id) {
         case kTimerClassTableApply:
             KillTimer(self, id);
             ReapplyClassTable();
-            (void)PostWindowMessage(self, MsgPanelCommand, PanelCommand::RefreshClassRows, 0);
+            RefreshClassRows();
             return;
         case kTimerRowCheck:
             CheckShownRows();
@@ -94,7 +93,7 @@ void CBrindleDlg::OnTimer(std::uintptr_t id) {
             else if (id == kTimerRowCollect)
                 CollectRow(row);
             else
-                OnPanelCommand(PanelCommand::GoToRowClass, row);
+                GoToRowClass(row);
             return;
         }
         case kTimerSyncPoll:
@@ -119,43 +118,12 @@ void CBrindleDlg::OnPanelEvent(std::uintptr_t code, std::intptr_t lParam, std::u
         case PanelEvent::NextThumb:
             NextCollectionThumb();
             return;
-        case PanelEvent::LayoutStatus: {
-            for (int id : kStatusButtons)
-                if (CSkinButton* button = Button(id)) button->hide();
-            if (m_classIndex == 1) {
-                if (m_itemCount > 0) return;
-                auto show = [this](int id) {
-                    if (CSkinButton* button = Button(id)) button->show();
-                };
-                switch (m_syncStatus) {
-                    case -1:
-                        show(ControlId::AddBlocksEmpty);
-                        break;
-                    case PanelEvent::ThumbMissing:
-                        show(ControlId::ReplaceCloud);
-                        show(ControlId::KeepCloud);
-                        break;
-                    case PanelEvent::NextThumb:
-                    case PanelEvent::LayoutStatus:
-                        show(ControlId::RetrySync);
-                        break;
-                    default:
-                        break;
-                }
-            }
-            update(ScaleRect(190, 110, 580, 300));
+        case PanelEvent::LayoutStatus:
+            LayoutStatusButtons();
             return;
-        }
-        case PanelEvent::SyncStatus: {
-            m_syncStatus = static_cast<int>(lParam);
-            if (m_syncStatus == -2)
-                for (int id : kStatusButtons)
-                    if (CSkinButton* button = Button(id)) button->hide();
-            for (CSkinButton* button : m_collectionBtns)
-                if (button) button->setVisible(m_syncStatus == -1);
-            (void)PostWindowMessage(Handle(), MsgPanelEvent, PanelEvent::LayoutStatus, 0);
+        case PanelEvent::SyncStatus:
+            SetSyncStatus(static_cast<int>(lParam));
             return;
-        }
         case PanelEvent::SyncDone:
         case PanelEvent::SyncFailed:
             CloudSyncEnded(code == PanelEvent::SyncDone);
@@ -175,6 +143,25 @@ void CBrindleDlg::OnPanelEvent(std::uintptr_t code, std::intptr_t lParam, std::u
         default:
             return;
     }
+}
+
+void CBrindleDlg::LayoutStatusButtons() {
+    for (int id : kStatusButtons)
+        if (CSkinButton* button = Button(id)) button->hide();
+    for (int id : m_nav.StatusButtons())
+        if (CSkinButton* button = Button(id)) button->show();
+    update(ScaleRect(190, 110, 580, 300));
+}
+
+void CBrindleDlg::SetSyncStatus(int status) {
+    m_nav.syncStatus = status;
+    if (status == -2)
+        for (int id : kStatusButtons)
+            if (CSkinButton* button = Button(id)) button->hide();
+    for (CSkinButton* button : m_collectionBtns)
+        if (button) button->setVisible(status == -1);
+    // Posted: the buttons follow the state the caller ends in.
+    (void)PostWindowMessage(Handle(), MsgPanelEvent, PanelEvent::LayoutStatus, 0);
 }
 
 bool CBrindleDlg::IsOwnWindow(WindowHandle window) {

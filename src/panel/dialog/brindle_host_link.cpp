@@ -47,8 +47,8 @@ bool SameWindow(WindowHandle a, std::intptr_t b) {
 std::intptr_t CBrindleDlg::OnPanelControl(std::uintptr_t code, std::intptr_t lParam) {
     switch (code) {
         case MARROWFIN_CONTROL_OPEN_COLLECTIONS:
-            if (IsSearchPage(m_page)) SearchCommand(ControlId::SearchBack);
-            m_forceList = true;  // reload the collections even when row 1 stands already
+            if (IsSearchPage(m_nav.page)) SearchCommand(ControlId::SearchBack);
+            m_nav.forceList = true;  // reload the collections even when row 1 stands already
             SelectClass(1, true);
             break;
         case MARROWFIN_CONTROL_ATTACH:
@@ -71,8 +71,8 @@ std::intptr_t CBrindleDlg::OnPanelControl(std::uintptr_t code, std::intptr_t lPa
         case MARROWFIN_CONTROL_SIGNED_OUT:
             userId = -1;
             userToken.clear();
-            if (m_classIndex == 1) {
-                if (IsSearchPage(m_page)) {
+            if (m_nav.classIndex == 1) {
+                if (IsSearchPage(m_nav.page)) {
                     if (m_searchEdit) m_searchEdit->clear();
                     SearchCommand(ControlId::SearchBack);
                 }
@@ -122,14 +122,14 @@ std::intptr_t CBrindleDlg::OnCopyData(const CopyDataStruct* data) {
 }
 
 void CBrindleDlg::OpenCollectionsForHost() {
-    if (IsSearchPage(m_page)) SearchCommand(ControlId::SearchBack);
+    if (IsSearchPage(m_nav.page)) SearchCommand(ControlId::SearchBack);
     // The host asked: the reload leaves the page as it is while it reads,
     // and only a fresh collection opens the page with its list.
     m_quietCollect = true;
     ReloadCollection([this](int reloaded) {
         if (reloaded != 1) return;
         m_collectionJustRead = true;  // the switch need not read it again
-        m_forceList = true;
+        m_nav.forceList = true;
         SelectClass(1, true);
     });
     m_quietCollect = false;

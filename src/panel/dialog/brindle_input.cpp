@@ -47,7 +47,7 @@ bool CBrindleDlg::PreTranslateMessage(QObject* receiver, QEvent* event) {
             if (key->key() == Qt::Key_Tab && !key->isAutoRepeat()) m_tabDown = true;
             if (key->key() == Qt::Key_F5) {
                 if (!isVisible()) return false;
-                if (IsSearchPage(m_page)) SearchCommand(ControlId::SearchBack);
+                if (IsSearchPage(m_nav.page)) SearchCommand(ControlId::SearchBack);
                 // The tree is rebuilt on a worker; its arrival rebuilds the class list.
                 RebuildTree();
                 return true;
@@ -98,7 +98,7 @@ void CBrindleDlg::mousePressEvent(QMouseEvent* event) {
         }
         return;
     }
-    if (!IsSearchPage(m_page)) {
+    if (!IsSearchPage(m_nav.page)) {
         if (ScaleRect(13, 78, 127, 102).contains(at)) {
             GoToPage(PageSearch);
             return;

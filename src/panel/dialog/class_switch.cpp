@@ -22,27 +22,13 @@
 
 namespace marrowfin {
 
-namespace {
-
-// The tip of a subclass button: the name behind the first "..", unless the
-// name starts with it.
-QString SubclassTip(const std::u16string& name) {
-    const size_t dots = name.find(u"..");
-    if (dots != std::u16string::npos && dots > 0) return ToQString(std::u16string_view(name).substr(dots + 2));
-    return ToQString(name);
-}
-
-}  // namespace
-
 void CBrindleDlg::SelectClass(int row, bool highlight) {
     if (highlight && m_classList && m_classList->GetSelectedRow() != row) {
         m_classList->SetSelectedRow(row);
         if (!m_classList->IsRowInClient(row)) m_classList->EnsureVisible(row);
     }
-    m_pendingClass = row;
     // A burst of selections restarts the one timer and ends in one switch.
-    SetTimer(Handle(), kTimerClassSwitch, m_slowSwitch ? kSlowSwitchMs : kQuickSwitchMs);
-    m_slowSwitch = true;
+    SetTimer(Handle(), kTimerClassSwitch, m_nav.SelectClass(row));
 }
 
 void CBrindleDlg::RebuildClassList() {
@@ -73,7 +59,7 @@ void CBrindleDlg::PlaceThumbList(int entries) {
     int top = entries <= kSubclassRow ? 72 : 106;
     int height = entries <= kSubclassRow ? 343 : 309;
     // The collection bar takes a strip above the buttons.
-    if (m_page == PageCollection) {
+    if (m_nav.page == PageCollection) {
         top += 38;
         height -= 38;
     }
@@ -83,15 +69,15 @@ void CBrindleDlg::PlaceThumbList(int entries) {
 // A class without a directory or without subclasses: the page stands empty,
 // with "添加图块" on the collections and "下载图库" elsewhere.
 void CBrindleDlg::ShowEmptyClass(int row, const std::u16string& path) {
-    m_itemCount = 0;
+    m_nav.itemCount = 0;
     SetShown(Button(ControlId::AddBlocksEmpty), row == 1);
     SetShown(Button(ControlId::DownloadGallery), row != 1);
     SetShown(m_pThumbList, false);
     SetTimer(Handle(), kTimerRightStrip, kRightStripMs);
     update();
-    m_classIndex = row;
-    m_targetClass.clear();
-    m_curClassPath = path;
+    m_nav.classIndex = row;
+    m_nav.targetClass.clear();
+    m_nav.curClassPath = path;
 }
 
 bool CBrindleDlg::ClassIsBoutique(const std::u16string& path) const {
@@ -108,8 +94,8 @@ void CBrindleDlg::SwitchClass(int row) {
     const bool justRead = std::exchange(m_collectionJustRead, false);
     if (row == 1) {
         // The folders come from the service; the page shows that it loads.
-        const int previous = m_classIndex;
-        m_classIndex = 1;
+        const int previous = m_nav.classIndex;
+        m_nav.classIndex = 1;
         if (justRead) return ContinueCollectionSwitch(previous, 1);
         ReloadCollection([this, previous](int reloaded) { ContinueCollectionSwitch(previous, reloaded); });
         return;
@@ -120,29 +106,18 @@ void CBrindleDlg::SwitchClass(int row) {
 // The switch's first step: the old class's list, buttons and status go, the
 // page follows the row.
 void CBrindleDlg::ClearForSwitch(int row) {
-    PostWindowMessage(Handle(), MsgPanelCommand, PanelCommand::SelectionChanged, -1);
-    m_syncStatus = -1;
+    SelectionChanged(-1);
+    m_nav.BeginSwitch(row, *m_store);
+    // Posted: the status buttons follow the state the switch ends in.
     PostWindowMessage(Handle(), MsgPanelEvent, PanelEvent::LayoutStatus, 0);
-    m_listNodes.Reset(*m_store);
-    m_summaryPending.clear();
-    m_itemsPending.clear();
-    m_forceList = false;
 
     const bool barShown = !m_collectionBtns.empty() && m_collectionBtns[0] && m_collectionBtns[0]->isVisible();
-    if (m_classIndex >= 0 && (m_classIndex == 1 || barShown)) LayoutCollectionBar(false);
-
+    if (m_nav.classIndex >= 0 && (m_nav.classIndex == 1 || barShown)) LayoutCollectionBar(false);
     if (row == 1) {
-        m_page = PageCollection;
         LayoutCollectionBar(true);
-        PostWindowMessage(Handle(), MsgPanelCommand, PanelCommand::EnableBlockDelete, -1);
-    } else {
-        m_page = PageBrowse;
+        EnableBlockDelete(false);
     }
-
     for (CSubclassButton* button : m_subclassBtns) SetShown(button, false);
-    m_curClassPath.clear();
-    m_itemCount = 0;
-    m_emptySubclassOpened = false;
     SetShown(Button(ControlId::AddBlocksEmpty), false);
     SetShown(Button(ControlId::DownloadGallery), false);
 }
@@ -150,15 +125,15 @@ void CBrindleDlg::ClearForSwitch(int row) {
 // "最近使用": the root's own entries, without subclass buttons.
 void CBrindleDlg::ListRecentBlocks(int row) {
     GalleryNode* root = m_store->root;
-    m_curClassPath = root->Path();
+    m_nav.curClassPath = root->Path();
     std::vector<std::u16string> paths;
     for (GalleryNode* entry : root->fileChildren) {
         if (!entry) continue;
         paths.push_back(entry->Path());
-        m_listNodes.Add(entry);
+        m_nav.listNodes.Add(entry);
     }
-    m_itemCount = static_cast<int>(m_listNodes.size());
-    if (m_itemCount > 0) {
+    m_nav.itemCount = static_cast<int>(m_nav.listNodes.size());
+    if (m_nav.itemCount > 0) {
         if (m_pThumbList) {
             m_pThumbList->setGeometry(ScaleBox(133, 72, 617, 343));
             m_pThumbList->show();
@@ -171,18 +146,18 @@ void CBrindleDlg::ListRecentBlocks(int row) {
         SetTimer(Handle(), kTimerRightStrip, kRightStripMs);
         update();
     }
-    m_classIndex = row;
-    m_targetClass.clear();
+    m_nav.classIndex = row;
+    m_nav.targetClass.clear();
 }
 
 // The class switch's half after the reload: the folders on the subclass
 // buttons, or back to the row the user came from when nothing could be read.
 void CBrindleDlg::ContinueCollectionSwitch(int previous, int reloaded) {
     // The user went elsewhere while the folders were on their way.
-    if (m_classIndex != 1 || m_page != PageCollection) return;
+    if (m_nav.classIndex != 1 || m_nav.page != PageCollection) return;
     if (reloaded == 0) {
         if (previous == -2) return;  // "重试" keeps the page with its failure
-        m_forceList = true;
+        m_nav.forceList = true;
         SelectClass(previous == 1 || previous < 0 ? 0 : previous, true);
         return;
     }
@@ -208,12 +183,12 @@ void CBrindleDlg::ShowClassOf(int row, const std::u16string& text) {
         return;
     }
 
-    m_classIndex = row;
+    m_nav.classIndex = row;
     if (row >= 2) {
         // An outdated summary is fetched on a worker; its arrival shows the classes.
         if (std::optional<TreeRequest> request = PrepareClassSummary(*m_store, text)) {
             if (StartTreeRequest(*m_store, std::move(*request))) {
-                m_summaryPending = text;
+                m_nav.summaryPending = text;
                 return;
             }
         }
@@ -229,52 +204,33 @@ void CBrindleDlg::ShowGalleryClasses(int row, const std::u16string& path) {
         return;
     }
 
-    // Fill the subclass buttons: "常用" first for a gallery with common-use entries.
-    bool common = false;
-    if (row >= 2)
-        for (const GalleryNode* entry : node->fileChildren) common = common || entry != nullptr;
-    int slot = 0;
-    int chosen = ControlId::FirstSubclass;
-    int children = 0;
-    auto fill = [&](CSubclassButton* button, const std::u16string& data, const std::u16string& caption) {
-        button->data = ToQString(data);
-        button->setText(ToQString(caption));
+    const SubclassPlan plan = PlanSubclasses(*node, row >= 2, m_nav.targetClass,
+                                             [this](const std::u16string& klass) { return ClassIsBoutique(klass); });
+    for (size_t i = 0; i < plan.buttons.size() && i < m_subclassBtns.size(); ++i) {
+        const SubclassEntry& entry = plan.buttons[i];
+        CSubclassButton* button = m_subclassBtns[i];
+        button->data = ToQString(entry.data);
+        button->setText(ToQString(entry.caption));
         button->selected = false;
         button->show();
-        if (!m_targetClass.empty() && data == m_targetClass) chosen = button->ControlId();
-    };
-    if (common && !m_subclassBtns.empty()) {
-        CSubclassButton* button = m_subclassBtns[0];
-        fill(button, node->Path(), std::u16string(kCommonText));
-        button->setToolTip(ToQString(kCommonText));
-        button->boutique = false;
-        slot = 1;
+        button->setToolTip(ToQString(entry.tip));
+        button->boutique = entry.boutique;
     }
-    for (GalleryNode* child : node->dirChildren) {
-        if (!child) continue;
-        ++children;
-        if (slot >= ControlId::SubclassButtons || slot >= static_cast<int>(m_subclassBtns.size())) continue;
-        CSubclassButton* button = m_subclassBtns[slot++];
-        fill(button, child->Path(), child->name.str());
-        button->setToolTip(SubclassTip(child->name.str()));
-        button->boutique = !common && ClassIsBoutique(child->Path());
-    }
-
-    m_itemCount = children + (common ? 1 : 0);
-    if (m_itemCount < 1) {
+    m_nav.itemCount = plan.entries;
+    if (m_nav.itemCount < 1) {
         ShowEmptyClass(row, path);
         return;
     }
-    m_forceList = true;
-    PlaceThumbList(m_itemCount);
+    m_nav.forceList = true;
+    PlaceThumbList(m_nav.itemCount);
     // The 350 ms rule damps presses on the buttons. The switch's own opening
     // is no press: damped, it would leave the new class's buttons over the
     // old class's list. It still counts as the last opening for the rule.
-    m_subclassTicked = false;
-    OpenSubclass(chosen);
+    m_nav.ExemptNextSubclassPress();
+    OpenSubclass(ControlId::FirstSubclass + static_cast<int>(plan.chosen));
 
-    m_targetClass.clear();
-    if (m_classIndex == 1) SetTimer(Handle(), kTimerRepaintAll, kRepaintAllMs);
+    m_nav.targetClass.clear();
+    if (m_nav.classIndex == 1) SetTimer(Handle(), kTimerRepaintAll, kRepaintAllMs);
 }
 
 }  // namespace marrowfin

@@ -23,6 +23,7 @@
 #include "marrowfin/marrowfin.h"
 #include "panel/dialog/ad_tiles_road.h"
 #include "panel/dialog/brindle_dlg.h"
+#include "panel/dialog/thumbnail_road.h"
 #include "panel/dialog/host_requests.h"
 #include "panel/lists/dwg_list_view.h"
 #include "panel/lists/search_list_ctrl.h"
@@ -155,8 +156,8 @@ QMenu* CBrindleDlg::PopCollectionMenu(const std::vector<std::pair<QString, int>>
 
 void CBrindleDlg::ThumbnailMenu(std::intptr_t item) {
     if (!m_pThumbList || !m_store || !m_store->root) return;
-    if (item < 0 || item >= m_pThumbList->GetItemCount() || IsSearchPage(m_page)) return;
-    if (m_classIndex == 1) {
+    if (item < 0 || item >= m_pThumbList->GetItemCount() || IsSearchPage(m_nav.page)) return;
+    if (m_nav.classIndex == 1) {
         // The menu acts on the block it was opened on, wherever it stands by then.
         const std::u16string path = m_pThumbList->GetPath(static_cast<int>(item));
         if (path.empty()) return;
@@ -179,7 +180,7 @@ void CBrindleDlg::ThumbnailMenu(std::intptr_t item) {
                           });
         return;
     }
-    if (m_classIndex < 2) return;
+    if (m_nav.classIndex < 2) return;
     // The tile's cell has no menu.
     if (item == 0 && GetAdTile(*this, nullptr)) return;
     const std::u16string path = m_pThumbList->GetPath(static_cast<int>(item));
@@ -189,7 +190,7 @@ void CBrindleDlg::ThumbnailMenu(std::intptr_t item) {
 
 void CBrindleDlg::CollectListedBlock(const std::u16string& path) {
     const int item = ItemOfPath(path);
-    const GalleryNode* node = item >= 0 && m_store ? m_listNodes.At(*m_store, static_cast<size_t>(item)) : nullptr;
+    const GalleryNode* node = item >= 0 && m_store ? m_nav.listNodes.At(*m_store, static_cast<size_t>(item)) : nullptr;
     if (!node || !node->PathIs(path) || !FileExists(path)) return;
     if (CollectionWindowOpen()) return;
     if (userId < 2 && RequireLogin() < 2) return;
@@ -227,10 +228,10 @@ void CBrindleDlg::OpenCollectDialog(const std::u16string& name, const std::u16st
                                       return;
                                   }
                                   // "查看收藏": the folder that took the block opens.
-                                  if (m_page == PageSearch) SearchCommand(ControlId::SearchBack);
+                                  if (m_nav.page == PageSearch) SearchCommand(ControlId::SearchBack);
                                   if (!m_store || !m_store->root) return;
-                                  m_targetClass = MirrorDir(m_store->root->Path(), userId) + u"/" + folder;
-                                  m_forceList = true;
+                                  m_nav.targetClass = MirrorDir(m_store->root->Path(), userId) + u"/" + folder;
+                                  m_nav.forceList = true;
                                   SelectClass(1, true);
                               });
         });
@@ -266,7 +267,7 @@ void CBrindleDlg::CollectRow(std::intptr_t index) {
 
 void CBrindleDlg::FolderButtonMenu(std::intptr_t handle) {
     CSubclassButton* button = SubclassButtonOf(handle);
-    if (!button || m_classIndex != 1 || IsSearchPage(m_page)) return;
+    if (!button || m_nav.classIndex != 1 || IsSearchPage(m_nav.page)) return;
     const WindowHandle target = HandleOf(button);
     PopCollectionMenu({{QStringLiteral("重命名"), kMenuRename}, {QString(), 0}, {QStringLiteral("删除"), kMenuDelete}}, {},
                       [this, target](int id) {
@@ -285,8 +286,8 @@ void CBrindleDlg::RenameFolder(std::intptr_t handle) {
     CSubclassButton* button = SubclassButtonOf(handle);
     if (!button || !m_store || !m_store->root) return;
     GalleryNode* node = FindNodeByPath(m_store->root, button->data.toStdU16String());
-    if (!node || !node->parent || m_classIndex != 1 || IsSearchPage(m_page)) return;
-    if (m_curClassPath.find(u"收藏") == std::u16string::npos) return;
+    if (!node || !node->parent || m_nav.classIndex != 1 || IsSearchPage(m_nav.page)) return;
+    if (m_nav.curClassPath.find(u"收藏") == std::u16string::npos) return;
     if (CollectionWindowOpen()) return;
     const std::u16string oldPath = node->Path();
     const std::u16string parentPath = node->parent->Path();
@@ -315,7 +316,7 @@ void CBrindleDlg::FolderRenamed(const std::u16string& oldPath, const std::u16str
     GalleryNode* node = m_store && m_store->root ? FindNodeByPath(m_store->root, oldPath) : nullptr;
     if (!node) return;
     RenameNode(node, newName);
-    if (m_curClassPath == oldPath) m_curClassPath = newPath;
+    if (m_nav.curClassPath == oldPath) m_nav.curClassPath = newPath;
     if (CSubclassButton* button = SubclassButtonOf(static_cast<std::intptr_t>(buttonHandle))) {
         button->setText(ToQString(newName));
         button->data = ToQString(newPath);
@@ -331,8 +332,8 @@ void CBrindleDlg::FolderRenamed(const std::u16string& oldPath, const std::u16str
     GalleryNode* parent = node->parent;
     if (!parent || parent->name != kCollectionClass) return;
     SortFolderNodes(parent);
-    m_targetClass = kCollectionFolderRoute + newName;
-    m_forceList = true;
+    m_nav.targetClass = kCollectionFolderRoute + newName;
+    m_nav.forceList = true;
     OpenTargetClass();
 }
 
@@ -340,14 +341,14 @@ void CBrindleDlg::FolderRenamed(const std::u16string& oldPath, const std::u16str
 
 GalleryNode* CBrindleDlg::ListedBlockAt(std::intptr_t item) {
     if (!m_store || !m_pThumbList || item < 0 || item >= m_pThumbList->GetItemCount()) return nullptr;
-    GalleryNode* node = m_listNodes.At(*m_store, static_cast<size_t>(item));
+    GalleryNode* node = m_nav.listNodes.At(*m_store, static_cast<size_t>(item));
     return node && IsFile(*node) && node->parent ? node : nullptr;
 }
 
 void CBrindleDlg::RenameBlock(std::intptr_t item) {
     // Only a block of the collections is renamed; anywhere else the double click activates.
-    if (m_classIndex != 1 || IsSearchPage(m_page) || m_curClassPath.find(u"收藏") == std::u16string::npos) {
-        (void)SendWindowMessage(Handle(), MsgPanelCommand, PanelCommand::ActivateBlock, item);
+    if (m_nav.classIndex != 1 || IsSearchPage(m_nav.page) || m_nav.curClassPath.find(u"收藏") == std::u16string::npos) {
+        ActivateBlock(*this, item);
         return;
     }
     GalleryNode* node = ListedBlockAt(item);
@@ -393,7 +394,7 @@ void CBrindleDlg::BlockRenamed(const std::u16string& oldPath, const std::u16stri
         m_pThumbList->SetPath(item, newPath);
         m_pThumbList->RenameItem(item, ToQString(stem));
     }
-    m_selectedName = ToQString(fileName);
+    m_nav.selectedName = ToQString(fileName);
     update(ScaleRect(9, 424, 540, 450));
 }
 
@@ -413,8 +414,8 @@ void CBrindleDlg::MoveBlock(std::intptr_t item) {
             if (result != QDialog::Accepted) return;
             // The target folder opens and reads the block from the service; the
             // source folder drops its file when it is next opened.
-            m_targetClass = kCollectionFolderRoute + done.m_folder;
-            m_forceList = true;
+            m_nav.targetClass = kCollectionFolderRoute + done.m_folder;
+            m_nav.forceList = true;
             OpenTargetClass();
         });
     dialog->Open();
@@ -424,25 +425,25 @@ void CBrindleDlg::MoveBlock(std::intptr_t item) {
 
 void CBrindleDlg::AddBlocksFromDisk() {
     if (userId < 2 && RequireLogin() < 1) return;
-    if (m_curClassPath.empty() || !m_store || !m_store->root) return;
+    if (m_nav.curClassPath.empty() || !m_store || !m_store->root) return;
     if (CollectionWindowOpen()) return;
-    if (!DirectoryExists(m_curClassPath) || !FindNodeByPath(m_store->root, m_curClassPath)) {
-        m_forceList = true;
+    if (!DirectoryExists(m_nav.curClassPath) || !FindNodeByPath(m_store->root, m_nav.curClassPath)) {
+        m_nav.forceList = true;
         SelectClass(1, true);
         return;
     }
-    const std::u16string folderPath = m_curClassPath;
+    const std::u16string folderPath = m_nav.curClassPath;
     auto* run = CAddBlocksFromDisk::Start(
         this, userToken, folderPath,
         [this](const std::u16string& name) { return FolderIdByName(m_folderMap, name); },
         [this, folderPath](bool changed) {
             m_collectionWindow = nullptr;
             // The folder is read again, which lists the new blocks.
-            if (!changed || m_curClassPath != folderPath) return;
+            if (!changed || m_nav.curClassPath != folderPath) return;
             for (CSubclassButton* button : m_subclassBtns) {
                 if (!button || !button->selected) continue;
-                m_forceList = true;
-                m_subclassTicked = false;
+                m_nav.forceList = true;
+                m_nav.ExemptNextSubclassPress();
                 OpenSubclass(button->ControlId());
                 return;
             }
@@ -452,13 +453,13 @@ void CBrindleDlg::AddBlocksFromDisk() {
 }
 
 void CBrindleDlg::NewFolder() {
-    if (m_curClassPath.empty() || !m_store || !m_store->root) return;
+    if (m_nav.curClassPath.empty() || !m_store || !m_store->root) return;
     if (CollectionWindowOpen()) return;
-    GalleryNode* node = FindNodeByPath(m_store->root, m_curClassPath);
+    GalleryNode* node = FindNodeByPath(m_store->root, m_nav.curClassPath);
     if (!node) {
-        if (m_classList && m_classIndex >= 0) {
-            m_forceList = true;
-            SelectClass(m_classIndex, false);
+        if (m_classList && m_nav.classIndex >= 0) {
+            m_nav.forceList = true;
+            SelectClass(m_nav.classIndex, false);
         }
         return;
     }
@@ -499,8 +500,8 @@ void CBrindleDlg::FolderMade(const std::u16string& parentPath, const std::u16str
         }
         ReloadCollection([this, name](int reloaded) {
             if (reloaded != 1) return;
-            m_targetClass = kCollectionFolderRoute + name;
-            m_forceList = true;
+            m_nav.targetClass = kCollectionFolderRoute + name;
+            m_nav.forceList = true;
             OpenTargetClass();
         });
     }

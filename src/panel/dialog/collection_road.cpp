@@ -66,7 +66,7 @@ void CBrindleDlg::ReloadCollection(std::function<void(int)> then) {
         if (userId < 1) return finish(0);
     }
     if (userToken.empty()) {
-        if (!quiet) SendWindowMessage(Handle(), MsgPanelEvent, PanelEvent::SyncStatus, 3);
+        if (!quiet) SetSyncStatus(3);
         return finish(0);
     }
     if (!m_store || !m_store->root) return finish(0);
@@ -91,7 +91,7 @@ void CBrindleDlg::EndCollectionLoad(int result) {
 
 void CBrindleDlg::ReadCollectionFolders(std::uintptr_t generation, bool quiet) {
     if (!m_store || !m_store->root) return EndCollectionLoad(0);
-    if (!quiet) SendWindowMessage(Handle(), MsgPanelEvent, PanelEvent::SyncStatus, 1);
+    if (!quiet) SetSyncStatus(1);
     FolderListRequest request;
     request.token = userToken;
     request.mirrorDir = MirrorDir(m_store->root->Path(), userId);
@@ -106,14 +106,14 @@ void CBrindleDlg::ReadCollectionFolders(std::uintptr_t generation, bool quiet) {
             AdoptFolderList(std::move(read), mirror, quiet);
         });
     if (!started) {
-        if (!quiet) SendWindowMessage(Handle(), MsgPanelEvent, PanelEvent::SyncStatus, 3);
+        if (!quiet) SetSyncStatus(3);
         EndCollectionLoad(0);
     }
 }
 
 void CBrindleDlg::AdoptFolderList(FolderListRead read, const std::u16string& mirror, bool quiet) {
     if (read.fate != CollectionReadFate::Read || !m_store || !m_store->root) {
-        if (!quiet) SendWindowMessage(Handle(), MsgPanelEvent, PanelEvent::SyncStatus, 3);
+        if (!quiet) SetSyncStatus(3);
         return EndCollectionLoad(0);
     }
     GalleryNode* root = m_store->root;
@@ -138,7 +138,7 @@ void CBrindleDlg::AdoptFolderList(FolderListRead read, const std::u16string& mir
     if (m_folderMap.size() < static_cast<size_t>(kMaxCollectionFolders))
         if (CSkinButton* button = Button(ControlId::NewFolder)) button->setEnabled(true);
     RelistNodes();
-    if (!quiet) SendWindowMessage(Handle(), MsgPanelEvent, PanelEvent::SyncStatus, -1);
+    if (!quiet) SetSyncStatus(-1);
     EndCollectionLoad(1);
 }
 
@@ -155,7 +155,7 @@ bool CBrindleDlg::LoadFolderBlocks(CSubclassButton* button, const std::u16string
         [this, generation, path](FolderBlocksRead read) {
             // Only the newest read of the folder still open counts.
             if (generation == m_folderReads) m_folderReading = false;
-            if (generation != m_folderReads || m_curClassPath != path || !m_openedSubclass) return;
+            if (generation != m_folderReads || m_nav.curClassPath != path || !m_openedSubclass) return;
             AdoptFolderBlocks(std::move(read), path);
         });
     if (!started) return false;
@@ -220,8 +220,8 @@ void CBrindleDlg::DeleteSelectedBlock() {
     if (!m_pThumbList || !m_store || !m_store->root) return;
     const int item = m_pThumbList->GetSelectedItem();
     if (item < 0) return;
-    GalleryNode* container = FindNodeByPath(m_store->root, m_curClassPath);
-    GalleryNode* block = m_listNodes.At(*m_store, static_cast<size_t>(item));
+    GalleryNode* container = FindNodeByPath(m_store->root, m_nav.curClassPath);
+    GalleryNode* block = m_nav.listNodes.At(*m_store, static_cast<size_t>(item));
     if (!container || !block || block->parent != container) return;
     const std::u16string folderName = container->name.str();
     const std::u16string blockName = block->name.str();
@@ -233,7 +233,7 @@ void CBrindleDlg::DeleteSelectedBlock() {
     if (CSkinButton* button = Button(ControlId::DeleteBlock)) button->setEnabled(false);
 
     const std::u16string token = userToken;
-    const std::u16string folderPath = m_curClassPath;
+    const std::u16string folderPath = m_nav.curClassPath;
     const std::u16string blockPath = block->Path();
     const bool started = AskOnWorker<CollectionReply>(
         Handle(), [token, folderId, blockId] { return DeleteCollectedBlock(token, folderId, blockId); },
@@ -276,11 +276,11 @@ void CBrindleDlg::BlockDeleted(const std::u16string& folderPath, const std::u16s
     }
     RelistNodes();
     // The folder is read again, which lists what is left.
-    if (m_curClassPath != folderPath) return;
+    if (m_nav.curClassPath != folderPath) return;
     for (CSubclassButton* button : m_subclassBtns) {
         if (!button || !button->selected) continue;
-        m_forceList = true;
-        m_subclassTicked = false;
+        m_nav.forceList = true;
+        m_nav.ExemptNextSubclassPress();
         OpenSubclass(button->ControlId());
     }
 }
@@ -309,10 +309,10 @@ void CBrindleDlg::OnCollectionBar(int id) {
             GoToPage(PageCollectionSearch);
             return;
         case ControlId::DeleteFolder:
-            if (m_curClassPath.find(u"收藏") == std::u16string::npos) return;
+            if (m_nav.curClassPath.find(u"收藏") == std::u16string::npos) return;
             for (CSubclassButton* button : m_subclassBtns) {
-                if (button && button->data.toStdU16String() == m_curClassPath) {
-                    (void)PostWindowMessage(Handle(), MsgPanelEvent, PanelEvent::DeleteFolder, reinterpret_cast<std::intptr_t>(button));
+                if (button && button->data.toStdU16String() == m_nav.curClassPath) {
+                    AskDeleteFolder(button);
                     return;
                 }
             }
@@ -336,8 +336,8 @@ void CBrindleDlg::AskDeleteFolder(CSubclassButton* button) {
         m_folderDeletePending = false;
         if (!deleted) return;
         // The collection opens again; its reload takes the folder's directory away.
-        m_targetClass = u"/" + std::u16string(kCollectionClass);
-        m_forceList = true;
+        m_nav.targetClass = u"/" + std::u16string(kCollectionClass);
+        m_nav.forceList = true;
         OpenTargetClass();
     });
 }

@@ -28,7 +28,7 @@ void CBrindleDlg::CheckOldCollectionThen(std::function<void(int)> then) {
     const bool started = AskOnWorker<OldCollectionVerdict>(
         Handle(), [input = HandoverOf()] { return CheckOldCollection(input); },
         [this, then](OldCollectionVerdict verdict) {
-            if (verdict.syncStatus) (void)PostWindowMessage(Handle(), MsgPanelEvent, PanelEvent::SyncStatus, *verdict.syncStatus);
+            if (verdict.syncStatus) SetSyncStatus(*verdict.syncStatus);
             if (verdict.startPollTimer) (void)SetTimer(Handle(), kTimerSyncPoll, kSyncPollMs);
             if (verdict.startReplacement) StartCloudReplacement();
             if (verdict.message.kind == CollectionMessage::Tip) (void)OpenCollectionTip(this, verdict.message, this, nullptr);
@@ -49,20 +49,20 @@ void CBrindleDlg::StartCloudReplacement() {
 
 void CBrindleDlg::ReplaceCloudButton() {
     StartCloudReplacement();
-    SendWindowMessage(Handle(), MsgPanelEvent, PanelEvent::SyncStatus, 2);
+    SetSyncStatus(2);
 }
 
 void CBrindleDlg::CloudSyncEnded(bool landed) {
     if (landed) {
         (void)WriteOldCollectTip(u"1");  // a failed write asks again at the next opening
-        m_forceList = true;
+        m_nav.forceList = true;
         SelectClass(1, true);
         return;
     }
-    m_syncStatus = 4;
+    m_nav.syncStatus = 4;
     // The service hears that the transfer is over; its answer is not read.
     (void)StartPanelWorker([token = userToken] { EndCollectionTransfer(token); });
-    (void)PostWindowMessage(Handle(), MsgPanelEvent, PanelEvent::LayoutStatus, 0);
+    LayoutStatusButtons();
 }
 
 void CBrindleDlg::PollCloudSync() {
@@ -120,7 +120,7 @@ void CBrindleDlg::ReloadOldCollection() {
         }
     }
     RelistNodes();
-    m_forceList = true;
+    m_nav.forceList = true;
     SelectClass(1, true);
 }
 

@@ -19,70 +19,76 @@
 namespace marrowfin {
 
 void CBrindleDlg::GoToPage(int page) {
-    PostWindowMessage(Handle(), MsgPanelCommand, PanelCommand::SelectionChanged, -1);
-    if (m_page == PageCollectionSearch && page != m_page) ForgetCollectionRows();
-
-    const bool toSearch = IsSearchPage(page) && page != m_page;
-    if (toSearch) {
-        if (m_classIndex == 1) LayoutCollectionBar(false);
-        SetShown(Button(ControlId::OpenSearch), false);
-        if (m_pThumbList) {
-            m_pThumbList->setGeometry(ScaleBox(133, 72, 617, 343));
-            m_pThumbList->hide();
-        }
-        SetShown(m_searchEdit, true);
-        if (m_searchBtns.size() > 2) {
-            SetShown(m_searchBtns[1], true);
-            SetShown(m_searchBtns[2], true);
-        }
-        for (CSkinButton* button : m_collectionBtns) SetShown(button, false);
-        for (CSubclassButton* button : m_subclassBtns) SetShown(button, false);
-        SetShown(Button(ControlId::AddClasses), false);
-        SetShown(Button(ControlId::AddBlocksEmpty), false);
-        SetShown(Button(ControlId::DownloadGallery), false);
-        SetShown(m_classList, false);
-        m_searchUntouched = true;
-        if (m_store) m_localHits.Reset(*m_store);
-        if (page == PageSearch) {
-            ShowHotWords(true);
-            m_page = PageSearch;
-            if (m_searchEdit) {
-                m_searchEdit->setCursorPosition(0);
-                m_searchEdit->setFocus();
-            }
-            update();
-        } else {
-            if (m_searchEdit) m_searchEdit->setFocus();
-            m_collectionRows.clear();
-            update();
-            m_page = PageCollectionSearch;
-            LoadCollectionRows();
-        }
-        return;
+    SelectionChanged(-1);
+    if (m_nav.page == PageCollectionSearch && page != m_nav.page) ForgetCollectionRows();
+    switch (m_nav.GoToPage(page)) {
+        case PageMove::EnterSearch:
+        case PageMove::EnterCollectionSearch:
+            ShowSearchControls();
+            return;
+        case PageMove::LeaveSearch:
+            ShowBrowseControls();
+            return;
+        case PageMove::None:
+            return;
     }
+}
 
-    if (!IsSearchPage(page) && IsSearchPage(m_page)) {
-        m_lastSearch.clear();
-        SetShown(Button(ControlId::OpenSearch), true);
-        SetShown(m_searchEdit, false);
-        SetShown(m_searchList, false);
-        for (CSkinButton* button : m_searchBtns) SetShown(button, false);
-        if (m_classIndex == 1) {
-            for (CSkinButton* button : m_collectionBtns) SetShown(button, true);
-            m_page = PageCollection;
-        } else {
-            m_page = PageBrowse;
+// A search page: the edit and its buttons instead of the class column, the
+// subclasses and the thumbnails.
+void CBrindleDlg::ShowSearchControls() {
+    if (m_nav.classIndex == 1) LayoutCollectionBar(false);
+    SetShown(Button(ControlId::OpenSearch), false);
+    if (m_pThumbList) {
+        m_pThumbList->setGeometry(ScaleBox(133, 72, 617, 343));
+        m_pThumbList->hide();
+    }
+    SetShown(m_searchEdit, true);
+    if (m_searchBtns.size() > 2) {
+        SetShown(m_searchBtns[1], true);
+        SetShown(m_searchBtns[2], true);
+    }
+    for (CSkinButton* button : m_collectionBtns) SetShown(button, false);
+    for (CSubclassButton* button : m_subclassBtns) SetShown(button, false);
+    SetShown(Button(ControlId::AddClasses), false);
+    SetShown(Button(ControlId::AddBlocksEmpty), false);
+    SetShown(Button(ControlId::DownloadGallery), false);
+    SetShown(m_classList, false);
+    m_searchUntouched = true;
+    if (m_store) m_localHits.Reset(*m_store);
+    if (m_nav.page == PageSearch) {
+        ShowHotWords(true);
+        if (m_searchEdit) {
+            m_searchEdit->setCursorPosition(0);
+            m_searchEdit->setFocus();
         }
         update();
-        if (m_searchEdit) m_searchEdit->clear();
-        SetShown(m_classList, true);
-        SetShown(Button(ControlId::AddClasses), true);
-        SetShown(Button(ControlId::AddBlocksEmpty), false);
-        SetShown(Button(ControlId::DownloadGallery), false);
-        m_searchUntouched = false;
-        // The tick rebuilds the class list and reopens the class.
-        if (!m_curClassPath.empty()) SetTimer(Handle(), kTimerBuildClassList, kClassListMs);
+    } else {
+        if (m_searchEdit) m_searchEdit->setFocus();
+        m_collectionRows.clear();
+        update();
+        LoadCollectionRows();
     }
+}
+
+// Back from a search page to the class that was shown.
+void CBrindleDlg::ShowBrowseControls() {
+    m_lastSearch.clear();
+    SetShown(Button(ControlId::OpenSearch), true);
+    SetShown(m_searchEdit, false);
+    SetShown(m_searchList, false);
+    for (CSkinButton* button : m_searchBtns) SetShown(button, false);
+    if (m_nav.page == PageCollection)
+        for (CSkinButton* button : m_collectionBtns) SetShown(button, true);
+    update();
+    if (m_searchEdit) m_searchEdit->clear();
+    SetShown(m_classList, true);
+    SetShown(Button(ControlId::AddClasses), true);
+    SetShown(Button(ControlId::AddBlocksEmpty), false);
+    SetShown(Button(ControlId::DownloadGallery), false);
+    m_searchUntouched = false;
+    // The tick rebuilds the class list and reopens the class.
+    if (!m_nav.curClassPath.empty()) SetTimer(Handle(), kTimerBuildClassList, kClassListMs);
 }
 
 void CBrindleDlg::LoadCollectionRows() {

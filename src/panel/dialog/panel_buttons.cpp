@@ -24,9 +24,9 @@ void CBrindleDlg::OnPanelButton(int id) {
             OnButton(ControlId::AddBlocks);
             return;
         case ControlId::DownloadGallery: {
-            if (!m_classList || m_classIndex < 0 || m_classIndex >= m_classList->GetItemCount()) return;
+            if (!m_classList || m_nav.classIndex < 0 || m_nav.classIndex >= m_classList->GetItemCount()) return;
             if (m_galleryFetchPending || !m_store) return;  // one download at a time
-            const std::u16string name = ToU16String(m_classList->GetItemText(m_classIndex));
+            const std::u16string name = ToU16String(m_classList->GetItemText(m_nav.classIndex));
             // The gallery comes on a worker; its arrival (or failure) carries on.
             std::optional<TreeRequest> request = PrepareGalleryFull(*m_store, name, false);
             if (request && StartTreeRequest(*m_store, std::move(*request))) {
@@ -55,7 +55,7 @@ void CBrindleDlg::OnPanelButton(int id) {
             return;
         case ControlId::KeepCloud:
             (void)WriteOldCollectTip(u"1");  // a failed write only brings the notice back
-            m_forceList = true;
+            m_nav.forceList = true;
             SelectClass(1, false);
             return;
         case ControlId::OpenSearch:

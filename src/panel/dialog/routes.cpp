@@ -1,6 +1,8 @@
 // Routes and target classes: a path of the host or a result row opened as a
 // class row and its subclass button.
 #include <QLineEdit>
+#include <optional>
+#include <vector>
 
 #include "collection/collection_folders.h"
 #include "panel/dialog/brindle_dlg.h"
@@ -18,21 +20,21 @@ namespace marrowfin {
 
 void CBrindleDlg::OpenRoute(const std::u16string& route, RouteSource source) {
     if (route.empty()) {
-        if (!IsSearchPage(m_page)) SetTimer(Handle(), kTimerBuildClassList, kRouteRebuildMs);
+        if (!IsSearchPage(m_nav.page)) SetTimer(Handle(), kTimerBuildClassList, kRouteRebuildMs);
         return;
     }
-    if (IsSearchPage(m_page)) {
+    if (IsSearchPage(m_nav.page)) {
         // The host's location comes back to the class it left; the panel's
         // own route replaces it, so no rebuild reopens the old one.
         if (source == RouteSource::Host) {
             if (m_searchEdit) m_searchEdit->clear();
         } else {
-            m_curClassPath.clear();
+            m_nav.curClassPath.clear();
         }
         SearchCommand(ControlId::SearchBack);
     }
     if (route.rfind(kCollectionRoute, 0) == 0) {
-        m_targetClass = route;
+        m_nav.targetClass = route;
         OpenTargetClass();
         return;
     }
@@ -41,15 +43,15 @@ void CBrindleDlg::OpenRoute(const std::u16string& route, RouteSource source) {
 }
 
 void CBrindleDlg::OpenTargetClass() {
-    if (!m_store || !m_store->root || m_targetClass.empty()) return;
-    if (!m_classesReady && !m_rebuildingClasses) {
-        const std::u16string saved = m_targetClass;
-        SendWindowMessage(Handle(), MsgPanelCommand, PanelCommand::RebuildClassList, 0);
-        m_targetClass = saved;
+    if (!m_store || !m_store->root || m_nav.targetClass.empty()) return;
+    if (!m_nav.classesReady && !m_rebuildingClasses) {
+        const std::u16string saved = m_nav.targetClass;
+        RebuildAndReopen();
+        m_nav.targetClass = saved;
         KillTimer(Handle(), kTimerBuildClassList);
     }
 
-    std::u16string target = m_targetClass;
+    std::u16string target = m_nav.targetClass;
     if (target.find(kCollectionRoute) != std::u16string::npos) {
         if (userId < 2 || userId != m_collectionUser) {
             m_collectionUser = userId;
@@ -58,48 +60,26 @@ void CBrindleDlg::OpenTargetClass() {
             });
             return;
         }
-        m_forceList = true;
+        m_nav.forceList = true;
         const size_t at = target.find(kCollectionText);
         target.replace(at, std::u16string_view(kCollectionText).size(),
                        MirrorName(userId));
     }
 
-    GalleryNode* root = m_store->root;
-    const std::u16string full = root->Path() + target;
-    GalleryNode* node = FindNodeByPath(root, full);
-    if (!node) return;
+    const std::optional<TargetRow> found = FindTargetRow(*m_store->root, target);
+    if (!found) return;
     // SwitchClass opens the subclass button whose path is the target.
-    m_targetClass = full;
+    m_nav.targetClass = found->path;
 
-    if (IsSearchPage(m_page)) {
-        m_curClassPath.clear();
+    if (IsSearchPage(m_nav.page)) {
+        m_nav.curClassPath.clear();
         SearchCommand(ControlId::SearchBack);
     }
-
-    GalleryNode* parent = node->parent;
-    if (!parent) return;
-    std::u16string name;
-    if (parent == root)
-        name = node->name;
-    else if (parent->parent == root)
-        name = parent->name;
-    else
-        return;
-
-    int row = -1;
-    if (name == kCollectionText) {
-        row = 1;
-    } else if (name == kRecentText) {
-        row = 0;
-    } else if (m_classList) {
-        const QString wanted = ToQString(name);
-        for (int i = 0; i < m_classList->GetItemCount(); ++i) {
-            if (m_classList->GetItemText(i) == wanted) {
-                row = i;
-                break;
-            }
-        }
-    }
+    if (found->rowName.empty()) return;
+    std::vector<std::u16string> rows;
+    if (m_classList)
+        for (int i = 0; i < m_classList->GetItemCount(); ++i) rows.push_back(ToU16String(m_classList->GetItemText(i)));
+    const int row = ClassRowOf(found->rowName, rows);
     if (row < 0) return;
     SelectClass(row, true);
 }

@@ -83,7 +83,7 @@ void CBrindleDlg::NoteRowToCheck(std::intptr_t index) {
 
 void CBrindleDlg::CheckShownRows() {
     KillTimer(Handle(), kTimerRowCheck);
-    if (!IsSearchPage(m_page)) return;
+    if (!IsSearchPage(m_nav.page)) return;
     std::sort(m_rowsToCheck.begin(), m_rowsToCheck.end());
     bool queued = false;
     for (int index : m_rowsToCheck) {
@@ -130,7 +130,7 @@ void CBrindleDlg::RowDownloadEnded(std::intptr_t id, bool ok) {
     if (index >= 0) {
         BlockRow& row = m_rows[static_cast<size_t>(index)];
         if (ok) {
-            row.state = m_page == PageCollectionSearch ? RowCollected : RowFetched;
+            row.state = m_nav.page == PageCollectionSearch ? RowCollected : RowFetched;
             row.thumbnailTried = false;
             if (m_searchList && m_searchList->isVisible()) {
                 RowThumbnail(index);
@@ -212,7 +212,7 @@ void CBrindleDlg::UseRow(std::intptr_t index) {
     (void)PostHostInsertion(hostWindow, code, path);
 
     GalleryNode* node = FindBlockByPath(m_store->root, path, false);
-    if (node && m_classIndex != 0) {
+    if (node && m_nav.classIndex != 0) {
         // The recent list may drop an entry: handles into the tree go stale first.
         ++m_store->treeEpoch;
         RememberRecent(*m_store, node->Path(), node->name.str());

@@ -15,19 +15,8 @@
 
 namespace marrowfin {
 
-namespace {
-
-// Rapid presses are damped by tick differences: a command counts only when
-// more than this many ticks have passed since the last accepted one.
-constexpr uint32_t kSearchQuietMs = 450;
-
-}  // namespace
-
 void CBrindleDlg::SearchCommand(int id) {
-    if (id == ControlId::Search || id == ControlId::SearchFromHost) m_searchTicked = false;
-    if (m_searchTicked && TicksSince(m_searchTick) <= kSearchQuietMs) return;
-    m_searchTick = GetTickCount();
-    m_searchTicked = true;
+    if (!m_nav.AcceptSearchCommand(id, GetTickCount())) return;
 
     switch (id) {
         case ControlId::ClearSearch:
@@ -36,11 +25,11 @@ void CBrindleDlg::SearchCommand(int id) {
             if (m_searchEdit) m_searchEdit->setFocus();
             return;
         case ControlId::Search:
-            if (m_page == PageCollectionSearch) {
+            if (m_nav.page == PageCollectionSearch) {
                 RunCollectionFilter();
                 return;
             }
-            if (m_page != PageSearch) return;
+            if (m_nav.page != PageSearch) return;
             break;  // as 2204
         case ControlId::SearchBack:
             m_localHits.clear();
@@ -48,7 +37,7 @@ void CBrindleDlg::SearchCommand(int id) {
             ListRows();
             m_searchState = 0;
             m_downloadQueue.clear();  // waiting downloads go; running ones find no row
-            m_forceList = true;
+            m_nav.forceList = true;
             GoToPage(PageBrowse);
             ShowHotWords(false);
             return;
@@ -64,7 +53,7 @@ void CBrindleDlg::SearchCommand(int id) {
 
     // 2204 and what continues as it: the text to search.
     QString text = m_searchEdit ? m_searchEdit->text() : QString();
-    if (m_page == PageSearch && text.isEmpty()) {
+    if (m_nav.page == PageSearch && text.isEmpty()) {
         text = g_defaultHotWord;
         if (m_searchEdit) m_searchEdit->setText(text);
     }
@@ -98,14 +87,14 @@ void CBrindleDlg::FilterCollectionRows() {
         m_serverRows.push_back(std::move(hit));
     }
     if (!m_serverRows.empty()) {
-        PostWindowMessage(Handle(), MsgPanelCommand, PanelCommand::ShowStagedRows, 0);
+        ShowStagedRows();
         m_searchState = 0;
     } else {
         m_searchState = 3;
     }
     repaint(ScaleRect(8, 68, 574, 288));
     repaint(ScaleRect(10, 427, 760, 447));
-    PostWindowMessage(Handle(), MsgPanelCommand, PanelCommand::RepaintResults, 0);
+    RepaintResults();
 }
 
 }  // namespace marrowfin

@@ -71,7 +71,7 @@ void CBrindleDlg::OnSearchOutcome(int generation, std::unique_ptr<MessagePayload
     auto* outcome = dynamic_cast<SearchOutcomePayload*>(payload.get());
     // A run overtaken by a newer one, or one whose page was left: what it
     // found goes, and the area stays as the newer run or the page has it.
-    if (generation != g_searchGeneration.load() || !outcome || !IsSearchPage(m_page)) {
+    if (generation != g_searchGeneration.load() || !outcome || !IsSearchPage(m_nav.page)) {
         if (auto run = m_searchRuns.find(generation); run != m_searchRuns.end()) run->second = 0;
         return;
     }
@@ -126,7 +126,7 @@ void CBrindleDlg::RunLocalSearch() {
 }
 
 void CBrindleDlg::ShowStagedRows() {
-    if (!IsSearchPage(m_page)) return;
+    if (!IsSearchPage(m_nav.page)) return;
     m_rows = m_serverRows;
     ListRows();
     if (m_searchList) m_searchList->show();

@@ -23,27 +23,17 @@
 
 namespace marrowfin {
 
-namespace {
-
-// Rapid presses are damped by tick differences: a press counts only when
-// more than this many ticks have passed since the last accepted one.
-constexpr uint32_t kSubclassQuietMs = 350;
-
-}  // namespace
-
 void CBrindleDlg::OpenSubclass(int id) {
-    if (m_subclassTicked && TicksSince(m_subclassTick) <= kSubclassQuietMs) return;
-    m_subclassTick = GetTickCount();
-    m_subclassTicked = true;
+    if (!m_nav.AcceptSubclassPress(GetTickCount())) return;
 
     const int index = id - ControlId::FirstSubclass;
     if (index < 0 || index >= static_cast<int>(m_subclassBtns.size())) return;
     CSubclassButton* button = m_subclassBtns[index];
     if (!button) return;
-    if (button == m_openedSubclass && !m_forceList) return;
+    if (button == m_openedSubclass && !m_nav.forceList) return;
 
-    PostWindowMessage(Handle(), MsgPanelCommand, PanelCommand::EnableBlockDelete, -1);
-    m_forceList = false;
+    EnableBlockDelete(false);
+    m_nav.forceList = false;
     if (m_openedSubclass && m_openedSubclass != button) {
         m_openedSubclass->selected = false;
         m_openedSubclass->Redraw();
@@ -58,9 +48,9 @@ void CBrindleDlg::OpenSubclass(int id) {
     GalleryNode* opened = FindNodeByPath(m_store->root, path);
     if (!opened) return;
 
-    m_curClassPath = path;
-    m_listNodes.Reset(*m_store);
-    m_itemsPending.clear();
+    m_nav.curClassPath = path;
+    m_nav.listNodes.Reset(*m_store);
+    m_nav.itemsPending.clear();
     m_openedSubclass = button;
     // A folder of the collections takes its blocks from the service first;
     // their arrival lists it.
@@ -72,7 +62,7 @@ void CBrindleDlg::OpenSubclass(int id) {
     if (ClassIsStale(*m_store, path)) {
         if (std::optional<TreeRequest> request = PrepareClassItems(*m_store, path)) {
             if (StartTreeRequest(*m_store, std::move(*request))) {
-                m_itemsPending = path;
+                m_nav.itemsPending = path;
                 return;
             }
         }
@@ -83,7 +73,7 @@ void CBrindleDlg::OpenSubclass(int id) {
 void CBrindleDlg::ListSubclass(CSubclassButton* button, const std::u16string& path) {
     GalleryNode* node = m_store && m_store->root ? FindNodeByPath(m_store->root, path) : nullptr;
     if (!node) return;
-    m_listNodes.Reset(*m_store);
+    m_nav.listNodes.Reset(*m_store);
 
     // A tile takes the first cell as an empty path and a null node; the
     // blocks follow it and selection starts behind it.
@@ -91,17 +81,17 @@ void CBrindleDlg::ListSubclass(CSubclassButton* button, const std::u16string& pa
     const int first = ClassShowsAdTile(*this) ? 1 : 0;
     if (first) {
         paths.emplace_back();
-        m_listNodes.Add(nullptr);
+        m_nav.listNodes.Add(nullptr);
     }
     for (GalleryNode* child : node->fileChildren) {
         if (!child) continue;
         paths.push_back(child->Path());
-        m_listNodes.Add(child);
+        m_nav.listNodes.Add(child);
     }
-    m_itemCount = static_cast<int>(m_listNodes.size()) - first;
-    m_emptySubclassOpened = false;
+    m_nav.itemCount = static_cast<int>(m_nav.listNodes.size()) - first;
+    m_nav.emptySubclassOpened = false;
 
-    if (m_itemCount > 0) {
+    if (m_nav.itemCount > 0) {
         if (m_pThumbList) {
             m_pThumbList->show();
             m_pThumbList->SetPaths(paths);
@@ -112,17 +102,17 @@ void CBrindleDlg::ListSubclass(CSubclassButton* button, const std::u16string& pa
             m_pThumbList->EnsureVisible(first);
             m_pThumbList->setFocus();
         }
-        PostWindowMessage(Handle(), MsgPanelCommand, PanelCommand::SelectionChanged, first);
+        SelectionChanged(first);
     } else {
-        PostWindowMessage(Handle(), MsgPanelCommand, PanelCommand::SelectionChanged, -1);
-        if (m_classIndex == 1) {
+        SelectionChanged(-1);
+        if (m_nav.classIndex == 1) {
             SetShown(Button(ControlId::AddBlocksEmpty), true);
             SetShown(Button(ControlId::DownloadGallery), false);
         } else {
             SetShown(Button(ControlId::AddBlocksEmpty), false);
             if (button->text() != ToQString(kCommonText)) {
                 SetShown(Button(ControlId::DownloadGallery), true);
-                m_emptySubclassOpened = true;
+                m_nav.emptySubclassOpened = true;
             }
         }
         SetShown(m_pThumbList, false);
@@ -131,13 +121,13 @@ void CBrindleDlg::ListSubclass(CSubclassButton* button, const std::u16string& pa
     }
 
     m_openedSubclass = button;
-    if (m_focusPending) {
-        m_focusPending = false;
+    if (m_nav.focusPending) {
+        m_nav.focusPending = false;
         if (m_pThumbList) {
             int item = first;
-            const std::u16string name = ToU16String(m_focusRow.name);
-            for (size_t i = 0; i < m_listNodes.size(); ++i) {
-                const GalleryNode* listed = m_listNodes.At(*m_store, i);
+            const std::u16string name = ToU16String(m_nav.focusRow.name);
+            for (size_t i = 0; i < m_nav.listNodes.size(); ++i) {
+                const GalleryNode* listed = m_nav.listNodes.At(*m_store, i);
                 if (listed && listed->name == name) {
                     item = static_cast<int>(i);
                     break;
@@ -147,12 +137,12 @@ void CBrindleDlg::ListSubclass(CSubclassButton* button, const std::u16string& pa
             m_pThumbList->EnsureVisible(item);
             m_pThumbList->setFocus();
         }
-        m_focusRow = BlockRow{};
+        m_nav.focusRow = BlockRow{};
     }
 }
 
 void CBrindleDlg::LayoutCollectionBar(bool shown) {
-    if (!shown) SendWindowMessage(Handle(), MsgPanelEvent, PanelEvent::SyncStatus, -2);
+    if (!shown) SetSyncStatus(-2);
     const int firstTop = shown ? 79 : 41;
     const int secondTop = shown ? 113 : 75;
     for (size_t i = 0; i < m_subclassBtns.size(); ++i) {

@@ -41,14 +41,14 @@ GalleryStore& StoreOf(CBrindleDlg& panel) { return panel.m_store ? *panel.m_stor
 // gallery decides, elsewhere the opened gallery; collections have none.
 bool ItemIsBoutique(CBrindleDlg& panel, int item) {
     if (!panel.m_pThumbList) return false;
-    if (panel.m_classIndex == 0) {
+    if (panel.m_nav.classIndex == 0) {
         const std::u16string path = panel.m_pThumbList->GetPath(item);
         return !path.empty() && panel.IsBlkBoutique(path);
     }
-    if (panel.m_classIndex == 1 || panel.m_page == PageCollection || !panel.m_classList) return false;
+    if (panel.m_nav.classIndex == 1 || panel.m_nav.page == PageCollection || !panel.m_classList) return false;
     const GalleryStore& store = StoreOf(panel);
     if (!store.root) return false;
-    const std::u16string name = panel.m_classList->GetItemText(panel.m_classIndex).toStdU16String();
+    const std::u16string name = panel.m_classList->GetItemText(panel.m_nav.classIndex).toStdU16String();
     for (const GalleryNode* gallery : store.root->dirChildren)
         if (gallery && gallery->name == name) return gallery->boutique;
     return false;
@@ -128,7 +128,7 @@ void RequestVisibleThumbs(CBrindleDlg& panel) {
         const bool visible = cell.isEmpty() || !(cell.bottom() < 0 || cell.top() >= list->height());
         const std::u16string path = list->GetPath(item);
         if (!visible || path.empty()) continue;
-        if (panel.m_classIndex == 1) {
+        if (panel.m_nav.classIndex == 1) {
             // The collections fetch their own thumbnails (events 1 to 3).
             if (std::find(panel.m_thumbWaiting.begin(), panel.m_thumbWaiting.end(), path) ==
                 panel.m_thumbWaiting.end()) {
@@ -169,7 +169,7 @@ void ActivateBlock(CBrindleDlg& panel, std::intptr_t item) {
     if (!store.root || !IsWindow(panel.hostWindow)) return;
     if (item < 0) return;
     if (OpenAdTileAt(panel, item)) return;
-    GalleryNode* node = panel.m_listNodes.At(store, static_cast<size_t>(item));
+    GalleryNode* node = panel.m_nav.listNodes.At(store, static_cast<size_t>(item));
     if (!node) return;
 
     GalleryNode* parent = node->parent;
@@ -190,12 +190,12 @@ void ActivateBlock(CBrindleDlg& panel, std::intptr_t item) {
         (void)tip.DoModal();
         // Asked for through the grid's road unless the collections' own queue holds files.
         if (panel.m_thumbWaiting.empty())
-            (void)PostWindowMessage(panel.Handle(), MsgPanelEvent, PanelEvent::ThumbMissing, item);
+            QueueThumbCheck(panel, item);
         return;
     }
 
     (void)PostHostInsertion(panel.hostWindow, InsertionCode(panel.showMode), path);
-    if (panel.m_classIndex == 0) return;  // the recent list keeps its order
+    if (panel.m_nav.classIndex == 0) return;  // the recent list keeps its order
 
     // Both lists may drop an entry of the same path: handles go stale first.
     ++store.treeEpoch;

@@ -19,7 +19,7 @@ struct EmptyCollection {
     const char16_t* text;
 };
 
-// The collection's empty states by m_syncStatus; -2 and unknown values draw nothing.
+// The collection's empty states by m_nav.syncStatus; -2 and unknown values draw nothing.
 constexpr EmptyCollection kEmptyCollection[] = {
     {-1, 70, u"收藏为空"},
     {0, 552, u"本地收藏与云端不一致，是否同步替换云端数据？"},

@@ -85,8 +85,8 @@ TEST(PanelEvents, StatusEventsLayOutTheCollectionButtonsAndProgressMovesInSteps)
     const std::tuple<int, int, int, std::vector<int>> steps[] = {
         {1, 0, 3, {2157}}, {1, 0, 4, {2157}}, {1, 0, 1, {}}, {1, 0, -2, {}}, {1, 3, -1, bar}};
     for (const auto& [classIndex, itemCount, status, ids] : steps) {
-        panel.m_classIndex = classIndex;
-        panel.m_itemCount = itemCount;
+        panel.m_nav.classIndex = classIndex;
+        panel.m_nav.itemCount = itemCount;
         SendWindowMessage(self, MsgPanelEvent, 5, status);  // it posts event 4
         Pump(20);
         EXPECT_EQ(shown(), ids) << "row " << classIndex << ", items " << itemCount << ", status " << status;

@@ -62,7 +62,7 @@ TEST(ServiceWait, FirstRunClassTableComesFromAWorkerBeforeTheWordsAndRefreshesKe
     ASSERT_TRUE(PumpUntil([&] { return witness.ticksWhileAsked >= 5; }));
     // Meanwhile the panel is what it is without a table: the class list is
     // built, no gallery is marked boutique, no kinds, no default word.
-    ASSERT_TRUE(PumpUntil([&] { return panel.m_classesReady; }));
+    ASSERT_TRUE(PumpUntil([&] { return panel.m_nav.classesReady; }));
     Pump(100);  // command 19 after the first class list
     ASSERT_TRUE(store.root && store.root->dirChildren.size() == 2u && store.root->dirChildren[1]->name == world.galleries[1]);
     EXPECT_EQ(BoutiqueMarks(), (std::vector<bool>{false, false}));
@@ -162,7 +162,7 @@ TEST(LivePages, CollectionSearchWaitsForTheCloudBlocksFiltersThemAndDropsLateAns
     auto asked = [&] { return w.service.counters().get("/gallery/get_u_collect").count; };
     w.SignIn(42);
     ASSERT_TRUE(w.OpenRow(1));
-    ASSERT_EQ(p.m_page, PageCollection);
+    ASSERT_EQ(p.m_nav.page, PageCollection);
     // The mirror starts clean at the first read: the nut lands in it afterwards.
     WriteBytes(Utf16ToUtf8(NumberedCollectionFolder(42)) + "/收藏夹1/螺母.dwg", std::string(2000, 'x'));
     const long opened = asked();
@@ -170,7 +170,7 @@ TEST(LivePages, CollectionSearchWaitsForTheCloudBlocksFiltersThemAndDropsLateAns
     w.service.faults().set("/gallery/get_u_collect", kHeld);
     LoopWitness witness(w.service, "/gallery/get_u_collect");
     w.ClickButton(2104);
-    EXPECT_EQ(std::make_tuple(p.m_page, p.m_collectionRowsPending, p.m_searchState),
+    EXPECT_EQ(std::make_tuple(p.m_nav.page, p.m_collectionRowsPending, p.m_searchState),
               std::make_tuple(int(PageCollectionSearch), true, 1));  // "图块加载中，请稍候"
     ASSERT_TRUE(PumpUntil([&] { return witness.ticksWhileAsked >= 5; }));
 
@@ -222,7 +222,7 @@ TEST(LivePages, CollectionSearchWaitsForTheCloudBlocksFiltersThemAndDropsLateAns
     EXPECT_EQ(p.m_searchState, 0);
     ASSERT_TRUE(w.WaitForSwitch());
     ASSERT_TRUE(AnswerCame(w, left));
-    EXPECT_TRUE(p.m_page == PageCollection && p.m_collectionRows.empty() && p.m_rows.empty() && !p.m_collectionRowsPending);
+    EXPECT_TRUE(p.m_nav.page == PageCollection && p.m_collectionRows.empty() && p.m_rows.empty() && !p.m_collectionRowsPending);
 
     // Leave and come back before the first answer: the newer answer stands,
     // the older one (a single block here) is dropped when it comes late.
@@ -241,7 +241,7 @@ TEST(LivePages, CollectionSearchWaitsForTheCloudBlocksFiltersThemAndDropsLateAns
     ASSERT_TRUE(PumpUntil([&] { return !p.m_collectionRowsPending; }));
     EXPECT_EQ(p.m_collectionRows.size(), 3u);
     ASSERT_TRUE(AnswerCame(w, older));
-    ASSERT_TRUE(p.m_page == PageCollectionSearch && p.m_searchState == 0 && p.m_collectionRows.size() == 3u);
+    ASSERT_TRUE(p.m_nav.page == PageCollectionSearch && p.m_searchState == 0 && p.m_collectionRows.size() == 3u);
     for (const BlockRow& row : p.m_collectionRows) EXPECT_NE(row.name, QStringLiteral("旧.dwg"));
     // A failing service leaves the page open and empty: the navigation's offline walk.
 }

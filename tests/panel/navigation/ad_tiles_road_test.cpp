@@ -53,7 +53,7 @@ TEST(AdTilesRoad, TheTileLeadsItsClassOpensItsTargetFollowsTheServiceAndIsSavedA
         const std::vector<GalleryNode*>& blocks = w.root()->dirChildren[0]->dirChildren[0]->fileChildren;
         // The tile's cell first, the blocks behind it, the first block selected.
         EXPECT_EQ(std::make_tuple(list->GetItemCount(), list->GetPath(0), list->GetPath(1), list->GetSelectedItem(),
-                                  w.panel->m_itemCount, w.panel->m_selectedName),
+                                  w.panel->m_nav.itemCount, w.panel->m_nav.selectedName),
                   std::make_tuple(4, std::u16string(), blocks[0]->Path(), 1, 3, QString::fromStdU16String(blocks[0]->name.str())));
         // Unselected beside selected (the veil); the click opens the target.
         const QRect cell = list->ItemRect(0);

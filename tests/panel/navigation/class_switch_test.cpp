@@ -20,20 +20,20 @@ TEST(ClassSwitch, BurstsEndInOneSwitchSubclassButtonsAreDampedFollowTheClassesAn
     w.MakePanel();
     CBrindleDlg& p = *w.panel;
     // The recent list is the start page.
-    ASSERT_EQ(std::make_pair(p.m_classIndex, p.m_classList->GetItemCount()), std::make_pair(0, 11));
+    ASSERT_EQ(std::make_pair(p.m_nav.classIndex, p.m_classList->GetItemCount()), std::make_pair(0, 11));
 
     // Every class switch posts event 4 exactly once; nothing switches while the clicks come.
     MessageRecorder events(&p);
     for (int row : {2, 3, 4, 5, 3}) w.ClickClassRow(row);
-    EXPECT_EQ(p.m_classIndex, 0);
+    EXPECT_EQ(p.m_nav.classIndex, 0);
     ASSERT_TRUE(w.WaitForSwitch());
-    EXPECT_EQ(std::make_tuple(events.Count(MsgPanelEvent, 4), p.m_classIndex, p.m_classList->GetSelectedRow(),
+    EXPECT_EQ(std::make_tuple(events.Count(MsgPanelEvent, 4), p.m_nav.classIndex, p.m_classList->GetSelectedRow(),
                               p.m_pThumbList->GetItemCount()), std::make_tuple(1, 3, 3, 4));
-    EXPECT_EQ(p.m_curClassPath, w.root()->dirChildren[1]->dirChildren[0]->Path());
+    EXPECT_EQ(p.m_nav.curClassPath, w.root()->dirChildren[1]->dirChildren[0]->Path());
     // After a quiet spell the next click switches quickly; clicks that follow it closely wait long.
-    EXPECT_FALSE(p.m_slowSwitch);
+    EXPECT_FALSE(p.m_nav.slowSwitch);
     w.ClickClassRow(3);  // the row shown switches again
-    EXPECT_TRUE(p.m_slowSwitch);
+    EXPECT_TRUE(p.m_nav.slowSwitch);
     ASSERT_TRUE(w.WaitForSwitch());
     EXPECT_EQ(events.Count(MsgPanelEvent, 4), 2);
 
@@ -44,26 +44,26 @@ TEST(ClassSwitch, BurstsEndInOneSwitchSubclassButtonsAreDampedFollowTheClassesAn
               std::make_tuple(QStringLiteral("螺栓..六角"), QStringLiteral("六角"), QStringLiteral("..隐藏")));
     EXPECT_EQ(p.m_pThumbList->GetItemCount(), 5);
     w.ClickButton(2081);  // within 350 ms of the switch's opening: ignored
-    EXPECT_EQ(p.m_curClassPath, gallery->dirChildren[0]->Path());
+    EXPECT_EQ(p.m_nav.curClassPath, gallery->dirChildren[0]->Path());
     w.ClickButton(2081, 400);
     Pump(30);
-    EXPECT_EQ(p.m_curClassPath, gallery->dirChildren[1]->Path());
+    EXPECT_EQ(p.m_nav.curClassPath, gallery->dirChildren[1]->Path());
     EXPECT_TRUE(p.m_subclassBtns[1]->selected && !p.m_subclassBtns[0]->selected);
     // Command 1 with item 0 names the selection.
-    EXPECT_EQ(std::make_pair(p.m_pThumbList->GetItemCount(), p.m_selectedName), std::make_pair(3, QStringLiteral("垫圈_0.dwg")));
+    EXPECT_EQ(std::make_pair(p.m_pThumbList->GetItemCount(), p.m_nav.selectedName), std::make_pair(3, QStringLiteral("垫圈_0.dwg")));
 
     // The open button again lists nothing anew, unless a rebuild is forced.
     p.m_pThumbList->SetSelectedItem(2);
     w.ClickButton(2081, 400);
     EXPECT_EQ(p.m_pThumbList->GetSelectedItem(), 2);
-    p.m_forceList = true;
+    p.m_nav.forceList = true;
     w.ClickButton(2081, 400);
-    EXPECT_TRUE(p.m_pThumbList->GetSelectedItem() == 0 && !p.m_forceList);
+    EXPECT_TRUE(p.m_pThumbList->GetSelectedItem() == 0 && !p.m_nav.forceList);
 
     // A subclass without blocks: the empty page offers "下载图库".
     w.ClickButton(2082, 400);
     Pump(30);
-    EXPECT_TRUE(!w.Shown(p.m_pThumbList) && w.ButtonShown(2151) && p.m_selectedName.isEmpty());
+    EXPECT_TRUE(!w.Shown(p.m_pThumbList) && w.ButtonShown(2151) && p.m_nav.selectedName.isEmpty());
 
     for (const Case& c : cases) {
         SCOPED_TRACE(QString::fromUtf16(c.name).toStdString());
@@ -76,7 +76,7 @@ TEST(ClassSwitch, BurstsEndInOneSwitchSubclassButtonsAreDampedFollowTheClassesAn
         // "常用" comes first and opens first with the common-use entries; the
         // buttons take the classes in order, the ones past 18 left out.
         EXPECT_EQ(p.m_subclassBtns[0]->text(), c.common ? QStringLiteral("常用") : QStringLiteral("类A"));
-        EXPECT_EQ(p.m_curClassPath, c.common ? g->Path() : g->dirChildren[0]->Path());
+        EXPECT_EQ(p.m_nav.curClassPath, c.common ? g->Path() : g->dirChildren[0]->Path());
         EXPECT_EQ(p.m_pThumbList->GetItemCount(), c.common ? c.common : 2);
         const int last = c.buttons - 1;
         EXPECT_EQ(p.m_subclassBtns[last]->text(), QString::fromStdU16String(g->dirChildren[last - (c.common ? 1 : 0)]->name));

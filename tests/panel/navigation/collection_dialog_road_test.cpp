@@ -111,7 +111,7 @@ TEST(CollectionDialogRoad, BlocksRenamedMovedDeletedAndAddedFromThePanelFollowEv
     EXPECT_TRUE(users.blockByName(bolts, "螺栓M8.dwg") && !users.blockByName(bolts, "六角螺栓.dwg"));
     // The list, the tree and the map follow: the move below finds the block by its new name.
     ASSERT_GE(ItemOf(p, renamed), 0);
-    EXPECT_EQ(p.m_listNodes.At(*p.m_store, ItemOf(p, renamed))->name, u"螺栓M8.dwg");
+    EXPECT_EQ(p.m_nav.listNodes.At(*p.m_store, ItemOf(p, renamed))->name, u"螺栓M8.dwg");
 
     // "移动" to the only other folder, which then opens with the block.
     CellMenu(p, renamed, "移动");
@@ -120,7 +120,7 @@ TEST(CollectionDialogRoad, BlocksRenamedMovedDeletedAndAddedFromThePanelFollowEv
     EXPECT_EQ(move->FolderCombo()->count(), 1);
     Press(move, CBlockFolderDlg::IdOk);  // the panel frees the dialog when it ends
     const std::u16string moved = mine + u"/管件/螺栓M8.dwg";
-    ASSERT_TRUE(PumpUntil([&] { return p.m_curClassPath == mine + u"/管件" && ItemOf(p, moved) >= 0; }));
+    ASSERT_TRUE(PumpUntil([&] { return p.m_nav.curClassPath == mine + u"/管件" && ItemOf(p, moved) >= 0; }));
     EXPECT_TRUE(users.blockByName(pipes, "螺栓M8.dwg").has_value());
     // A block whose file never came is not moved (its cell offers no menu yet).
     (void)PostWindowMessage(p.Handle(), MsgPanelEvent, 11, ItemOf(p, mine + u"/管件/缺失.dwg"));
@@ -132,7 +132,7 @@ TEST(CollectionDialogRoad, BlocksRenamedMovedDeletedAndAddedFromThePanelFollowEv
     const std::u16string anchor = mine + u"/螺栓/地脚螺栓.dwg";
     EXPECT_FALSE(FileExists(renamed));
     CellMenu(p, anchor, "删除");
-    ASSERT_TRUE(PumpUntil([&] { return p.m_itemCount == 0 && !p.CollectionBusy(); }));
+    ASSERT_TRUE(PumpUntil([&] { return p.m_nav.itemCount == 0 && !p.CollectionBusy(); }));
     EXPECT_TRUE(!users.blockByName(bolts, "地脚螺栓.dwg") && !FileExists(anchor));
 
     // "添加图块" on the empty folder: two drawings from the disk land and show.
@@ -175,7 +175,7 @@ TEST(CollectionDialogRoad, FoldersMadeRenamedAndDeletedFromTheBarAndTheirMenus) 
     w.SignIn(8);
     ASSERT_TRUE(w.OpenRow(1));
     auto opened = [&](const std::u16string& folder) {
-        return PumpUntil([&] { return p.m_curClassPath == mine + u"/" + folder && !p.CollectionBusy(); }) && w.WaitForSwitch();
+        return PumpUntil([&] { return p.m_nav.curClassPath == mine + u"/" + folder && !p.CollectionBusy(); }) && w.WaitForSwitch();
     };
 
     // "新建文件夹" offers the first gap and opens the new folder.
@@ -275,7 +275,7 @@ TEST(CollectionDialogRoad, CollectsFromAGalleryMenuAndFromASearchRow) {
     EXPECT_EQ(collect->m_path, second);
     Press(collect, CBlockFolderDlg::IdOk);
     ASSERT_TRUE(AnswerTips(ModalTip, {{"图块收藏成功", 1}}));
-    ASSERT_TRUE(PumpUntil([&] { return p.m_classIndex == 1 && p.m_curClassPath == mine + u"/螺栓" && !p.CollectionBusy(); }));
+    ASSERT_TRUE(PumpUntil([&] { return p.m_nav.classIndex == 1 && p.m_nav.curClassPath == mine + u"/螺栓" && !p.CollectionBusy(); }));
     ASSERT_TRUE(w.WaitForSwitch());
     const std::string lowered = QString::fromStdU16String(FileNameOf(second)).toLower().toStdString();
     EXPECT_TRUE(w.service.users().blockByName(bolts, lowered).has_value());
@@ -298,5 +298,5 @@ TEST(CollectionDialogRoad, CollectsFromAGalleryMenuAndFromASearchRow) {
     ASSERT_TRUE(AnswerTips(ModalTip, {{"图块收藏成功", 2}}));
     EXPECT_TRUE(PumpUntil([&] { return p.m_rows.size() == 1 && p.m_rows[0].state == RowCollected; }));
     EXPECT_TRUE(w.service.users().blockByName(bolts, "door.dwg").has_value());
-    EXPECT_TRUE(p.m_collected.count(blocks[2]->Path()) && p.m_page == PageSearch);
+    EXPECT_TRUE(p.m_collected.count(blocks[2]->Path()) && p.m_nav.page == PageSearch);
 }

@@ -37,7 +37,7 @@ TEST(CollectionRoad, FoldersBlocksAndFilesFollowTheServiceForEachUser) {
     EXPECT_TRUE(DirectoryExists(mine + u"/螺栓") && DirectoryExists(mine + u"/管件"));
     EXPECT_FALSE(PathExists(mine + u"/旧夹"));
     // The first folder opens with the service's blocks; their files come as they show.
-    ASSERT_EQ(p.m_curClassPath, mine + u"/螺栓");
+    ASSERT_EQ(p.m_nav.curClassPath, mine + u"/螺栓");
     ASSERT_EQ(p.m_pThumbList->GetItemCount(), 3);
     EXPECT_EQ(p.m_pThumbList->GetPath(1), mine + u"/螺栓/地脚螺栓.dwg");
     ASSERT_TRUE(PumpUntil([&] {
@@ -87,7 +87,7 @@ TEST(CollectionRoad, FoldersBlocksAndFilesFollowTheServiceForEachUser) {
     ASSERT_TRUE(w.OpenRow(0));
     ASSERT_TRUE(w.OpenRow(1));
     EXPECT_EQ(w.FolderButtons(), (std::vector<QString>{QStringLiteral("门窗")}));
-    EXPECT_EQ(p.m_curClassPath, theirs + u"/门窗");
+    EXPECT_EQ(p.m_nav.curClassPath, theirs + u"/门窗");
     EXPECT_TRUE(FileExists(mine + u"/螺栓/六角螺栓.dwg"));
     ASSERT_EQ(p.m_folderMap.size(), 1u);
     EXPECT_EQ(p.m_folderMap.begin()->second.name, u"门窗");
@@ -110,12 +110,12 @@ TEST(CollectionRoad, FoldersBlocksAndFilesFollowTheServiceForEachUser) {
     gone.drop = true;
     w.service.faults().set("/gallery/get_u_collect", gone);
     ASSERT_TRUE(w.OpenRow(1));
-    EXPECT_EQ(std::make_pair(p.m_classIndex, p.m_page), std::make_pair(gallery, int(PageBrowse)));
-    p.m_classIndex = 1;
-    p.m_page = PageCollection;
+    EXPECT_EQ(std::make_pair(p.m_nav.classIndex, p.m_nav.page), std::make_pair(gallery, int(PageBrowse)));
+    p.m_nav.classIndex = 1;
+    p.m_nav.page = PageCollection;
     w.ClickButton(2157, 400);
     ASSERT_TRUE(PumpUntil([&] { return !p.CollectionBusy(); }));
-    EXPECT_EQ(std::make_pair(p.m_page, p.m_syncStatus), std::make_pair(int(PageCollection), 3));
+    EXPECT_EQ(std::make_pair(p.m_nav.page, p.m_nav.syncStatus), std::make_pair(int(PageCollection), 3));
     EXPECT_EQ(tips.seen, 2);
 }
 
@@ -145,7 +145,7 @@ TEST(CollectionRoad, AnOldCollectionIsHandedOverOnceAndAskedAboutWhenTheCloudHol
     // An empty cloud takes the old collection at once; the page then reads it.
     w.SignIn(11);
     w.ClickClassRow(1);
-    ASSERT_TRUE(PumpUntil([&] { return p.m_syncStatus == 2; }));
+    ASSERT_TRUE(PumpUntil([&] { return p.m_nav.syncStatus == 2; }));
     ASSERT_TRUE(PumpUntil([&] { return ReadOldCollectTip() == u"1" && w.FolderButtons().size() == 2u; }, 10000));
     ASSERT_TRUE(w.WaitForSwitch());
     EXPECT_EQ(w.FolderButtons(), (std::vector<QString>{QStringLiteral("甲"), QStringLiteral("乙")}));
@@ -159,7 +159,7 @@ TEST(CollectionRoad, AnOldCollectionIsHandedOverOnceAndAskedAboutWhenTheCloudHol
     ASSERT_TRUE(w.OpenRow(0));
     ASSERT_TRUE(w.OpenRow(1));
     Pump(30);
-    EXPECT_EQ(p.m_syncStatus, 0);
+    EXPECT_EQ(p.m_nav.syncStatus, 0);
     EXPECT_TRUE(w.ButtonShown(2155) && w.ButtonShown(2156) && w.FolderButtons().empty());
     w.ClickButton(2156);
     ASSERT_TRUE(w.WaitForSwitch());
@@ -179,8 +179,8 @@ TEST(CollectionRoad, AnOldCollectionIsHandedOverOnceAndAskedAboutWhenTheCloudHol
     w.service.faults().set("/gallery/lfupload", refused);
     const long ended = w.service.counters().get("/gallery/lfupload_end").count;
     w.ClickButton(2155, 400);
-    EXPECT_EQ(p.m_syncStatus, 2);
-    ASSERT_TRUE(PumpUntil([&] { return p.m_syncStatus == 4; }, 10000));
+    EXPECT_EQ(p.m_nav.syncStatus, 2);
+    ASSERT_TRUE(PumpUntil([&] { return p.m_nav.syncStatus == 4; }, 10000));
     Pump(30);
     EXPECT_TRUE(w.ButtonShown(2157) && !w.ButtonShown(2155));
     ASSERT_TRUE(PumpUntil([&] { return w.service.counters().get("/gallery/lfupload_end").count > ended; }));
@@ -202,6 +202,6 @@ TEST(CollectionRoad, AnOldCollectionIsHandedOverOnceAndAskedAboutWhenTheCloudHol
     EXPECT_EQ(std::make_tuple(old->dirChildren[0]->name.str(), old->dirChildren[1]->name.str(),
                               old->dirChildren[0]->fileChildren[0]->name.str(), old->dirChildren[0]->fileChildren[1]->name.str()),
               std::make_tuple(std::u16string(u"甲"), std::u16string(u"乙"), std::u16string(u"二.dwg"), std::u16string(u"一.dwg")));
-    EXPECT_EQ(p.m_pendingClass, 1);
+    EXPECT_EQ(p.m_nav.pendingClass, 1);
     ASSERT_TRUE(w.WaitForSwitch());
 }

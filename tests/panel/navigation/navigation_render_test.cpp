@@ -64,13 +64,13 @@ TEST(NavigationRender, BrowseAndSearchRoadsAtRatesOneAndOneAndAHalf) {
             // "返回" right after it is damped; later it leaves the page with its
             // rows and waiting downloads, and the class opens again as it was.
             w.ClickButton(2202);
-            EXPECT_EQ(p.m_page, PageSearch);
+            EXPECT_EQ(p.m_nav.page, PageSearch);
             p.m_rows.resize(3);
             p.m_downloadQueue[1] = BlockRow{};
             w.ClickButton(2202, 460);
             EXPECT_TRUE(p.m_rows.empty() && p.m_downloadQueue.empty() && p.m_searchEdit->text().isEmpty());
             ASSERT_TRUE(IsTimerRunning(p.Handle(), 1011) && w.WaitForSwitch());
-            EXPECT_TRUE(p.m_curClassPath == few->dirChildren[0]->Path() && looks("few_subclasses"));
+            EXPECT_TRUE(p.m_nav.curClassPath == few->dirChildren[0]->Path() && looks("few_subclasses"));
         }
         ASSERT_TRUE(w.OpenRow(3));
         EXPECT_TRUE(looks("many_subclasses"));  // "常用" and the first 17 classes
@@ -103,14 +103,14 @@ TEST(NavigationRender, BrowseAndSearchRoadsAtRatesOneAndOneAndAHalf) {
         EXPECT_TRUE(looks("collections") && !w.ButtonShown(4001));
         if (rate != 1.0f) continue;
         // Shown empty and out of step with the cloud: "替换" and "不替换" are offered.
-        p.m_itemCount = 0;
+        p.m_nav.itemCount = 0;
         SendWindowMessage(p.Handle(), MsgPanelEvent, 5, 0);
         EXPECT_TRUE(looks("sync_prompt"));
-        p.m_itemCount = 4;
+        p.m_nav.itemCount = 4;
         SendWindowMessage(p.Handle(), MsgPanelEvent, 5, -1);
-        EXPECT_EQ(p.m_curClassPath, mine + u"/收藏夹1");
+        EXPECT_EQ(p.m_nav.curClassPath, mine + u"/收藏夹1");
         p.GoToPage(PageBrowse);  // a browse argument on a browse page changes nothing
-        EXPECT_EQ(p.m_page, PageCollection);
+        EXPECT_EQ(p.m_nav.page, PageCollection);
 
         // "搜索收藏": offline the page stays, empty, and an empty box stops
         // there: no default word. "返回" brings the collections back.

@@ -40,7 +40,7 @@ TEST(LivePages, DownloadGalleryButtonTipsOnFailureAndFillsTheGalleryOnSuccess) {
     ASSERT_TRUE(w.WaitForSwitch());
     EXPECT_TRUE(!w.ButtonShown(2151) && w.Shown(p.m_pThumbList));
     EXPECT_EQ(w.VisibleSubclassButtons(), static_cast<int>(std::min<size_t>(18, gallery->dirChildren.size())));
-    EXPECT_EQ(p.m_curClassPath, gallery->dirChildren[0]->Path());
+    EXPECT_EQ(p.m_nav.curClassPath, gallery->dirChildren[0]->Path());
 }
 
 TEST(LivePages, SwitchingRefreshesAStaleGalleryAndOpeningAStaleClassFetchesItsBlocks) {
@@ -69,9 +69,9 @@ TEST(LivePages, SwitchingRefreshesAStaleGalleryAndOpeningAStaleClassFetchesItsBl
 
     w.service.faults().set("/gallery/g_cs", {.latencyMs = 400});
     w.ClickButton(2081, 400);
-    EXPECT_EQ(p.m_listNodes.size(), 0u);  // nothing listed while the blocks are on their way
-    ASSERT_TRUE(PumpUntil([&] { return p.m_listNodes.size() == blocks; }));
-    EXPECT_EQ(std::make_tuple(w.service.counters().get("/gallery/g_cs").count, w.store.staleClasses.count(p.m_curClassPath),
+    EXPECT_EQ(p.m_nav.listNodes.size(), 0u);  // nothing listed while the blocks are on their way
+    ASSERT_TRUE(PumpUntil([&] { return p.m_nav.listNodes.size() == blocks; }));
+    EXPECT_EQ(std::make_tuple(w.service.counters().get("/gallery/g_cs").count, w.store.staleClasses.count(p.m_nav.curClassPath),
                               p.m_pThumbList->GetItemCount()), std::make_tuple(1L, size_t(0), static_cast<int>(blocks)));
 
     // A second switch within the hour asks nothing.

@@ -237,9 +237,9 @@ TEST(LiveSearch, AHotWordAddsItsClassAndOpensItWithoutSearching) {
     ASSERT_TRUE(w.ButtonShown(4001) && p.Button(4001)->text() == word);
     w.service.counters().reset();
     w.ClickButton(4001);
-    ASSERT_TRUE(PumpUntil([&] { return w.RowOf(w.galleries[1]) >= 0 && p.m_classIndex == w.RowOf(w.galleries[1]); }, 5000));
+    ASSERT_TRUE(PumpUntil([&] { return w.RowOf(w.galleries[1]) >= 0 && p.m_nav.classIndex == w.RowOf(w.galleries[1]); }, 5000));
     const std::vector<ShowItem> listed = ReadShowList(true);
     EXPECT_TRUE(std::any_of(listed.begin(), listed.end(), [&](const ShowItem& item) { return item.name == w.galleries[1]; }));
-    EXPECT_TRUE(p.m_page == PageBrowse && !w.Shown(p.m_searchList) && !w.ButtonShown(4001));
+    EXPECT_TRUE(p.m_nav.page == PageBrowse && !w.Shown(p.m_searchList) && !w.ButtonShown(4001));
     EXPECT_EQ(w.Served("/gallery/search_g"), 0);
 }

@@ -198,7 +198,7 @@ void PanelWorld::MakePanel(bool waitForStart, float rate) {
     panel->m_store = &store;  // before the first class list is built, 250 ms after start
     panel->show();
     if (waitForStart) {
-        PumpUntil([&] { return panel->m_classesReady; }, 3000);
+        PumpUntil([&] { return panel->m_nav.classesReady; }, 3000);
         WaitForSwitch();
     }
 }
