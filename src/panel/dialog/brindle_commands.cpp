@@ -26,6 +26,7 @@
 
 namespace marrowfin {
 
+// One case per command: the table reads best whole, and each case only forwards.
 void CBrindleDlg::OnPanelCommand(std::uintptr_t code, std::intptr_t lParam) {
     switch (code) {
         case PanelCommand::RebuildClassList:

@@ -91,16 +91,6 @@ private:
 void CBrindleDlg::CreateControls() {
     const int w = ScaleUnits(755);
 
-    auto make = [this](CSkinButton* button, const ButtonSpec& spec) {
-        button->Create(Text(spec.caption), spec.visible, ScaleRect(spec.left, spec.top, spec.right, spec.bottom), this,
-                       spec.id);
-        button->kind = spec.kind;
-        if (spec.cellSize > 0) button->SetSheetCell(spec.cellX, spec.cellY, spec.cellSize, spec.cellSize);
-        const int id = spec.id;
-        connect(button, &QAbstractButton::clicked, this, [this, id] { OnButton(id); });
-        return button;
-    };
-
     // The close button.
     {
         auto* close = new CSkinButton(this);
@@ -112,6 +102,38 @@ void CBrindleDlg::CreateControls() {
         m_buttons[ControlId::Close] = close;
     }
 
+    CreateSearchEdit();
+
+    // The thumbnail list, the result list (hidden) and the class list.
+    m_pThumbList = new CDWGListView(this);
+    m_pThumbList->setFont(Font(SkinFont::Normal));
+    m_pThumbList->setGeometry(ScaleRect(133, 72, 745, 415));
+    m_pThumbList->show();
+
+    m_searchList = new CSearchListCtrl(this);
+    m_searchList->SetOwner(Handle());
+    m_searchList->setGeometry(ScaleBox(7, 72, 740, 343));
+    m_searchList->hide();
+
+    m_classList = new CClassListCtrl(this);
+    m_classList->setGeometry(QRect(1, ScaleUnits(112), ScaleUnits(132), ScaleUnits(295)));
+    m_classList->show();
+
+    // The buttons, in the table's order, then the progress bar.
+    CreateButtons(w);
+
+    m_progress = new CProgressCtrlOwner(this);
+    m_progress->setGeometry(ScaleRect(644, 435, 746, 442));
+    m_progress->UseBlueFill();
+    m_progress->UseGreyGround();
+    m_progress->UseLightOutline();
+    m_progress->hide();
+
+    // The hot word row is made when the search page first opens.
+    m_hotWordBar = new HotWordBar(this, [this](int id) { OnButton(id); });
+}
+
+void CBrindleDlg::CreateSearchEdit() {
     // The search edit: frameless, three units wide until text widens it.
     m_searchEdit = new QLineEdit(this);
     m_searchEdit->setObjectName(QStringLiteral("searchEdit"));
@@ -135,23 +157,19 @@ void CBrindleDlg::CreateControls() {
         m_searchEdit->setCursorPosition(static_cast<int>(text.size()));
         m_searchEdit->repaint();
     });
+}
 
-    // The thumbnail list, the result list (hidden) and the class list.
-    m_pThumbList = new CDWGListView(this);
-    m_pThumbList->setFont(Font(SkinFont::Normal));
-    m_pThumbList->setGeometry(ScaleRect(133, 72, 745, 415));
-    m_pThumbList->show();
+void CBrindleDlg::CreateButtons(int w) {  // w: the client width
+    auto make = [this](CSkinButton* button, const ButtonSpec& spec) {
+        button->Create(Text(spec.caption), spec.visible, ScaleRect(spec.left, spec.top, spec.right, spec.bottom), this,
+                       spec.id);
+        button->kind = spec.kind;
+        if (spec.cellSize > 0) button->SetSheetCell(spec.cellX, spec.cellY, spec.cellSize, spec.cellSize);
+        const int id = spec.id;
+        connect(button, &QAbstractButton::clicked, this, [this, id] { OnButton(id); });
+        return button;
+    };
 
-    m_searchList = new CSearchListCtrl(this);
-    m_searchList->SetOwner(Handle());
-    m_searchList->setGeometry(ScaleBox(7, 72, 740, 343));
-    m_searchList->hide();
-
-    m_classList = new CClassListCtrl(this);
-    m_classList->setGeometry(QRect(1, ScaleUnits(112), ScaleUnits(132), ScaleUnits(295)));
-    m_classList->show();
-
-    // The buttons, in the table's order, then the progress bar.
     m_buttons[ControlId::AddClasses] = make(new CSkinButton(this), ButtonSpec{ControlId::AddClasses, u"添加更多分类", 12, 41, 126, 69, false, 12, 448, 88, 16});
 
     m_subclassBtns.clear();
@@ -191,16 +209,6 @@ void CBrindleDlg::CreateControls() {
 
     m_searchBtns.clear();
     for (const ButtonSpec& spec : kSearchButtons) m_searchBtns.push_back(make(new CSkinButton(this), spec));
-
-    m_progress = new CProgressCtrlOwner(this);
-    m_progress->setGeometry(ScaleRect(644, 435, 746, 442));
-    m_progress->UseBlueFill();
-    m_progress->UseGreyGround();
-    m_progress->UseLightOutline();
-    m_progress->hide();
-
-    // The hot word row is made when the search page first opens.
-    m_hotWordBar = new HotWordBar(this, [this](int id) { OnButton(id); });
 }
 
 void CBrindleDlg::ShowHotWords(bool show) {

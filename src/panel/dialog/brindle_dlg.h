@@ -247,6 +247,8 @@ protected:
 private:
     void OnInitDialog();
     void CreateControls();
+    void CreateSearchEdit();
+    void CreateButtons(int clientWidth);
     void OnTimer(std::uintptr_t id);
     void OnClassTableRefresh(std::uintptr_t code, std::unique_ptr<MessagePayload> payload);
     // MsgTreeUpdate: adopts what the workers deposited and carries on with it.

@@ -166,6 +166,7 @@ void CBrindleDlg::ThumbnailMenu(std::intptr_t item) {
         PopCollectionMenu({{QStringLiteral("重命名"), kMenuRename}, {QString(), 0}, {QStringLiteral("删除"), kMenuDelete},
                            {QStringLiteral("移动"), kMenuMove}},
                           disabled, [this, path](int id) {
+                              // Rename and move are posted: their dialogs open once the menu has closed.
                               const int at = ItemOfPath(path);
                               if (at < 0) return;
                               if (id == kMenuRename) {
@@ -273,6 +274,7 @@ void CBrindleDlg::FolderButtonMenu(std::intptr_t handle) {
                       [this, target](int id) {
                           CSubclassButton* chosen = SubclassButtonOf(static_cast<std::intptr_t>(target));
                           if (!chosen) return;
+                          // Posted: the dialog or tip opens once the menu has closed.
                           if (id == kMenuRename)
                               (void)PostWindowMessage(Handle(), MsgPanelCommand, PanelCommand::RenameFolder, static_cast<std::intptr_t>(target));
                           else if (id == kMenuDelete)

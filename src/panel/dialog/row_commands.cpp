@@ -149,6 +149,7 @@ void CBrindleDlg::RowDownloadEnded(std::intptr_t id, bool ok) {
             });
         }
     }
+    // Posted: the pump takes one step per turn, after this download's row is drawn.
     if (m_activeDownloads->Any() || !m_downloadQueue.empty()) PostWindowMessage(Handle(), MsgPanelCommand, PanelCommand::StartRowDownloads, 0);
 }
 
