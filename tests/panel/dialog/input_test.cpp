@@ -141,17 +141,17 @@ TEST(PanelInput, KeysFocusTheTitleBandAndTheBackgroundRegions) {
     const QPoint picture(ScaleUnits(340), ScaleUnits(200));
     const long before = world.service.counters().get("/gallery/g_all").count;
     auto fetches = [&] { return world.service.counters().get("/gallery/g_all").count - before; };
-    panel.Button(2151)->show();
+    panel.Button(ControlId::DownloadGallery)->show();
     Click(&panel, picture);
     Pump(200);
     EXPECT_EQ(fetches(), 0);
-    world.ClickButton(2202, 500);
+    world.ClickButton(ControlId::SearchBack, 500);
     ASSERT_TRUE(world.WaitForSwitch());
     panel.m_nav.classIndex = 2;  // the sample's gallery
-    panel.Button(2151)->hide();
+    panel.Button(ControlId::DownloadGallery)->hide();
     Click(&panel, picture);
     EXPECT_EQ(fetches(), 0);
-    panel.Button(2151)->show();
+    panel.Button(ControlId::DownloadGallery)->show();
     Click(&panel, picture);
     EXPECT_TRUE(PumpUntil([&] { return fetches() == 1; }));
 }

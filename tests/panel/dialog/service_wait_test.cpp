@@ -169,14 +169,14 @@ TEST(LivePages, CollectionSearchWaitsForTheCloudBlocksFiltersThemAndDropsLateAns
     // "搜索收藏" opens the page at once, waiting; the loop turns meanwhile.
     w.service.faults().set("/gallery/get_u_collect", kHeld);
     LoopWitness witness(w.service, "/gallery/get_u_collect");
-    w.ClickButton(2104);
+    w.ClickButton(ControlId::SearchCollection);
     EXPECT_EQ(std::make_tuple(p.m_nav.page, p.m_collectionRowsPending, p.m_searchState),
               std::make_tuple(int(PageCollectionSearch), true, 1));  // "图块加载中，请稍候"
     ASSERT_TRUE(PumpUntil([&] { return witness.ticksWhileAsked >= 5; }));
 
     // A filter asked for before the rows came runs when they land.
     p.m_searchEdit->setText(QStringLiteral("螺"));
-    w.ClickButton(2201);
+    w.ClickButton(ControlId::Search);
     EXPECT_TRUE(p.m_rows.empty() && p.m_searchState == 1);
     w.service.faults().clear("/gallery/get_u_collect");
     w.service.faults().releaseHeld();
@@ -199,7 +199,7 @@ TEST(LivePages, CollectionSearchWaitsForTheCloudBlocksFiltersThemAndDropsLateAns
         p.m_searchEdit->clear();
         // Typed where the test keyboard has the keys.
         text.front().unicode() < 0x80 ? QTest::keyClicks(p.m_searchEdit, text) : p.m_searchEdit->setText(text);
-        w.ClickButton(2201);
+        w.ClickButton(ControlId::Search);
         Pump(30);
         const bool found = text == QStringLiteral("BOLT");
         EXPECT_EQ(p.m_lastSearch, text.toLower());
@@ -210,15 +210,15 @@ TEST(LivePages, CollectionSearchWaitsForTheCloudBlocksFiltersThemAndDropsLateAns
 
     // Leave before the answer: it comes, and is dropped. Only the page's
     // request is held; the collections' own reload on the way back is not.
-    w.ClickButton(2202, 500);
+    w.ClickButton(ControlId::SearchBack, 500);
     ASSERT_TRUE(w.WaitForSwitch());
     service::Fault heldOnce = kHeld;
     heldOnce.remaining = 1;
     w.service.faults().set("/gallery/get_u_collect", heldOnce);
-    w.ClickButton(2104, 500);
+    w.ClickButton(ControlId::SearchCollection, 500);
     const std::uintptr_t left = p.m_collectionRowsGeneration;
     EXPECT_EQ(p.m_searchState, 1);
-    w.ClickButton(2202, 500);
+    w.ClickButton(ControlId::SearchBack, 500);
     EXPECT_EQ(p.m_searchState, 0);
     ASSERT_TRUE(w.WaitForSwitch());
     ASSERT_TRUE(AnswerCame(w, left));
@@ -232,12 +232,12 @@ TEST(LivePages, CollectionSearchWaitsForTheCloudBlocksFiltersThemAndDropsLateAns
                 "</favorites></root>";
     late.remaining = 1;
     w.service.faults().set("/gallery/get_u_collect", late);
-    w.ClickButton(2104, 500);
+    w.ClickButton(ControlId::SearchCollection, 500);
     const std::uintptr_t older = p.m_collectionRowsGeneration;
     // Back on the collections, the reload meets the fault's second use: none.
-    w.ClickButton(2202, 500);
+    w.ClickButton(ControlId::SearchBack, 500);
     ASSERT_TRUE(w.WaitForSwitch());
-    w.ClickButton(2104, 500);
+    w.ClickButton(ControlId::SearchCollection, 500);
     ASSERT_TRUE(PumpUntil([&] { return !p.m_collectionRowsPending; }));
     EXPECT_EQ(p.m_collectionRows.size(), 3u);
     ASSERT_TRUE(AnswerCame(w, older));

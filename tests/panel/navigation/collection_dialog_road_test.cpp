@@ -139,7 +139,7 @@ TEST(CollectionDialogRoad, BlocksRenamedMovedDeletedAndAddedFromThePanelFollowEv
     const std::string disk = w.home.file("disk");
     CreateDirectories(Utf8ToUtf16(disk));
     for (const char* name : {"a.dwg", "b.dwg"}) WriteBytes(disk + "/" + name, "AC1015" + std::string(1500, 'd'));
-    w.ClickButton(2150, 400);
+    w.ClickButton(ControlId::AddBlocksEmpty, 400);
     QFileDialog* files = nullptr;
     ASSERT_TRUE(PumpUntil([&] { return (files = qobject_cast<QFileDialog*>(p.CollectionWindow())) && files->isVisible(); }));
     files->setDirectory(QString::fromStdString(disk));
@@ -152,11 +152,11 @@ TEST(CollectionDialogRoad, BlocksRenamedMovedDeletedAndAddedFromThePanelFollowEv
 
     // "分享收藏": a user the host cannot sign in gets no dialog; a signed-in one shares.
     p.userId = 0;
-    w.ClickButton(2103, 400);
+    w.ClickButton(ControlId::ShareCollection, 400);
     Pump(100);
     EXPECT_TRUE(!p.CollectionWindow() && host.Requests(MARROWFIN_REQUEST_SIGN_IN).size() == 1);
     w.SignIn(7);
-    w.ClickButton(2103, 400);
+    w.ClickButton(ControlId::ShareCollection, 400);
     auto* share = DialogOf<CShareDWGblockDlg>(p);
     ASSERT_TRUE(share);
     share->m_stepMs = share->m_settleMs = 10;
@@ -179,7 +179,7 @@ TEST(CollectionDialogRoad, FoldersMadeRenamedAndDeletedFromTheBarAndTheirMenus) 
     };
 
     // "新建文件夹" offers the first gap and opens the new folder.
-    w.ClickButton(2101, 400);
+    w.ClickButton(ControlId::NewFolder, 400);
     auto* made = DialogOf<CNewFolderDlg>(p);
     ASSERT_TRUE(made);
     EXPECT_EQ(made->NameEdit()->text(), "收藏夹2");
@@ -215,22 +215,22 @@ TEST(CollectionDialogRoad, FoldersMadeRenamedAndDeletedFromTheBarAndTheirMenus) 
     // The limit: the eighteenth folder disables the button; still enabled, it only tells.
     for (int i = 0; i < 16; ++i) users.addFolder(8, "夹" + std::to_string(i));
     ASSERT_TRUE(w.OpenRow(0) && w.OpenRow(1));
-    w.ClickButton(2101, 400);
+    w.ClickButton(ControlId::NewFolder, 400);
     made = DialogOf<CNewFolderDlg>(p);
     ASSERT_TRUE(made);
     Key(made->NameEdit(), Qt::Key_Return);
     ASSERT_TRUE(opened(u"收藏夹1"));
     EXPECT_EQ(w.VisibleSubclassButtons(), 18);
-    EXPECT_FALSE(p.Button(2101)->isEnabled());
-    p.Button(2101)->setEnabled(true);
-    w.ClickButton(2101, 400);
+    EXPECT_FALSE(p.Button(ControlId::NewFolder)->isEnabled());
+    p.Button(ControlId::NewFolder)->setEnabled(true);
+    w.ClickButton(ControlId::NewFolder, 400);
     EXPECT_TRUE(AnswerTips(ModalTip, {{"已达到分类上限", 1}}));
     EXPECT_EQ(users.folders(8).size(), 18u);
     // A folder gone (here behind the panel's back): the button comes back at the next reading.
-    p.Button(2101)->setEnabled(false);
+    p.Button(ControlId::NewFolder)->setEnabled(false);
     users.deleteFolder(8, users.folderByName(8, "夹0")->id);
     ASSERT_TRUE(w.OpenRow(0) && w.OpenRow(1));
-    EXPECT_TRUE(p.Button(2101)->isEnabled());
+    EXPECT_TRUE(p.Button(ControlId::NewFolder)->isEnabled());
 }
 
 TEST(CollectionDialogRoad, CollectsFromAGalleryMenuAndFromASearchRow) {

@@ -72,12 +72,12 @@ TEST(CollectionRoad, FoldersBlocksAndFilesFollowTheServiceForEachUser) {
     refused.status = 200;  // answered without being carried out
     refused.body = "error";
     w.service.faults().set("/gallery/dwg_collect", refused);
-    w.ClickButton(2102);
+    w.ClickButton(ControlId::DeleteBlock);
     ASSERT_TRUE(PumpUntil([&] { return tips.seen == 1; }));
     EXPECT_TRUE(FileExists(mine + u"/螺栓/膨胀螺栓.dwg") && p.m_pThumbList->GetItemCount() == 2);
     w.service.faults().clear("/gallery/dwg_collect");
     select(1);
-    w.ClickButton(2102, 400);
+    w.ClickButton(ControlId::DeleteBlock, 400);
     ASSERT_TRUE(PumpUntil([&] { return p.m_pThumbList->GetItemCount() == 1 && !p.CollectionBusy(); }));
     EXPECT_FALSE(FileExists(mine + u"/螺栓/膨胀螺栓.dwg"));
     EXPECT_FALSE(users.blockByName(users.folderByName(7, "螺栓")->id, "膨胀螺栓.dwg").has_value());
@@ -95,7 +95,7 @@ TEST(CollectionRoad, FoldersBlocksAndFilesFollowTheServiceForEachUser) {
     // "删除文件夹" asks first; the folder goes from the service and, at the
     // reload that follows, from the disk. The cloud is empty then, and the
     // default folder is made.
-    w.ClickButton(2105, 400);
+    w.ClickButton(ControlId::DeleteFolder, 400);
     ASSERT_TRUE(PumpUntil([&] { return tips.seen == 2 && !p.CollectionBusy(); }));
     ASSERT_TRUE(w.WaitForSwitch());
     EXPECT_FALSE(users.folderByName(9, "门窗").has_value());
@@ -113,7 +113,7 @@ TEST(CollectionRoad, FoldersBlocksAndFilesFollowTheServiceForEachUser) {
     EXPECT_EQ(std::make_pair(p.m_nav.classIndex, p.m_nav.page), std::make_pair(gallery, int(PageBrowse)));
     p.m_nav.classIndex = 1;
     p.m_nav.page = PageCollection;
-    w.ClickButton(2157, 400);
+    w.ClickButton(ControlId::RetrySync, 400);
     ASSERT_TRUE(PumpUntil([&] { return !p.CollectionBusy(); }));
     EXPECT_EQ(std::make_pair(p.m_nav.page, p.m_nav.syncStatus), std::make_pair(int(PageCollection), 3));
     EXPECT_EQ(tips.seen, 2);
@@ -160,8 +160,8 @@ TEST(CollectionRoad, AnOldCollectionIsHandedOverOnceAndAskedAboutWhenTheCloudHol
     ASSERT_TRUE(w.OpenRow(1));
     Pump(30);
     EXPECT_EQ(p.m_nav.syncStatus, 0);
-    EXPECT_TRUE(w.ButtonShown(2155) && w.ButtonShown(2156) && w.FolderButtons().empty());
-    w.ClickButton(2156);
+    EXPECT_TRUE(w.ButtonShown(ControlId::ReplaceCloud) && w.ButtonShown(ControlId::KeepCloud) && w.FolderButtons().empty());
+    w.ClickButton(ControlId::KeepCloud);
     ASSERT_TRUE(w.WaitForSwitch());
     EXPECT_EQ(ReadOldCollectTip(), u"1");
     EXPECT_EQ(w.FolderButtons(), (std::vector<QString>{QStringLiteral("云端")}));
@@ -172,17 +172,17 @@ TEST(CollectionRoad, AnOldCollectionIsHandedOverOnceAndAskedAboutWhenTheCloudHol
     ASSERT_TRUE(WriteOldCollectTip(u"0"));
     ASSERT_TRUE(w.OpenRow(0));
     ASSERT_TRUE(w.OpenRow(1));
-    ASSERT_TRUE(w.ButtonShown(2155));
+    ASSERT_TRUE(w.ButtonShown(ControlId::ReplaceCloud));
     service::Fault refused;
     refused.status = 200;
     refused.body = "refused";
     w.service.faults().set("/gallery/lfupload", refused);
     const long ended = w.service.counters().get("/gallery/lfupload_end").count;
-    w.ClickButton(2155, 400);
+    w.ClickButton(ControlId::ReplaceCloud, 400);
     EXPECT_EQ(p.m_nav.syncStatus, 2);
     ASSERT_TRUE(PumpUntil([&] { return p.m_nav.syncStatus == 4; }, 10000));
     Pump(30);
-    EXPECT_TRUE(w.ButtonShown(2157) && !w.ButtonShown(2155));
+    EXPECT_TRUE(w.ButtonShown(ControlId::RetrySync) && !w.ButtonShown(ControlId::ReplaceCloud));
     ASSERT_TRUE(PumpUntil([&] { return w.service.counters().get("/gallery/lfupload_end").count > ended; }));
     EXPECT_EQ(ReadOldCollectTip(), u"0");
     EXPECT_TRUE(oldFolderIntact());

@@ -26,7 +26,7 @@ struct SearchWorld : PanelWorld {
         // Typed where the test keyboard has the keys.
         const bool ascii = std::all_of(text.begin(), text.end(), [](QChar c) { return c.unicode() < 0x80; });
         ascii ? QTest::keyClicks(panel->m_searchEdit, text) : panel->m_searchEdit->setText(text);
-        ClickButton(2201, laterMs);
+        ClickButton(ControlId::Search, laterMs);
     }
     bool WaitForRows(int ms = 5000) {
         return PumpUntil([&] { return panel->SearchEnded() && Shown(panel->m_searchList); }, ms);

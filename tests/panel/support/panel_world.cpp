@@ -46,7 +46,7 @@ bool PanelHarness::WaitForSwitch(int timeoutMs) {
     // Posted commands first: one of them may start the switch timer the other one's tick asked for.
     const bool ok = PumpUntil([&] {
         QCoreApplication::sendPostedEvents();
-        return !IsTimerRunning(h, 2000) && !IsTimerRunning(h, 1011) && !panel->CollectionBusy();
+        return !IsTimerRunning(h, kTimerClassSwitch) && !IsTimerRunning(h, kTimerBuildClassList) && !panel->CollectionBusy();
     }, timeoutMs);
     Pump(30);  // the commands the switch posted
     return ok;
