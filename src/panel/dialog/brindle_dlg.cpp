@@ -245,8 +245,8 @@ void CBrindleDlg::OnTreeUpdate() {
             case TreeUpdateKind::ClassItems:
                 if (change.classPath != m_nav.itemsPending) break;
                 m_nav.itemsPending.clear();
-                if (m_nav.curClassPath == change.classPath && m_openedSubclass)
-                    ListSubclass(m_openedSubclass, change.classPath);
+                if (m_nav.curClassPath == change.classPath && OpenedSubclass())
+                    ListSubclass(OpenedSubclass(), change.classPath);
                 break;
         }
     }

@@ -258,7 +258,9 @@ private:
     void OnCloseButton();
 
     // Navigation helpers of the navigation files and brindle_commands.cpp.
-    CSubclassButton* m_openedSubclass = nullptr;  // the subclass button opened last
+    // The subclass button opened last (m_nav.openedSubclass), or null.
+    CSubclassButton* OpenedSubclass() const;
+    void NoteOpenedSubclass(CSubclassButton* button);
     int32_t m_collectionUser = -1;                // user of the last collection target
     bool m_rebuildingClasses = false;             // command 0 runs: OpenTargetClass must not send it again
     void RebuildAndReopen();                      // command 0

@@ -155,12 +155,12 @@ bool CBrindleDlg::LoadFolderBlocks(CSubclassButton* button, const std::u16string
         [this, generation, path](FolderBlocksRead read) {
             // Only the newest read of the folder still open counts.
             if (generation == m_folderReads) m_folderReading = false;
-            if (generation != m_folderReads || m_nav.curClassPath != path || !m_openedSubclass) return;
+            if (generation != m_folderReads || m_nav.curClassPath != path || !OpenedSubclass()) return;
             AdoptFolderBlocks(std::move(read), path);
         });
     if (!started) return false;
     m_folderReading = true;
-    m_openedSubclass = button;
+    NoteOpenedSubclass(button);
     return true;
 }
 
@@ -184,7 +184,7 @@ void CBrindleDlg::AdoptFolderBlocks(FolderBlocksRead read, const std::u16string&
             if (folder.path == path) folder.blocks = std::move(read.blocks);
     }
     // Offline the blocks read before stay listed.
-    ListSubclass(m_openedSubclass, path);
+    ListSubclass(OpenedSubclass(), path);
 }
 
 // ---- the mirror's files ---------------------------------------------------------

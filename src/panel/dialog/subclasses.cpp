@@ -30,13 +30,13 @@ void CBrindleDlg::OpenSubclass(int id) {
     if (index < 0 || index >= static_cast<int>(m_subclassBtns.size())) return;
     CSubclassButton* button = m_subclassBtns[index];
     if (!button) return;
-    if (button == m_openedSubclass && !m_nav.forceList) return;
+    if (button == OpenedSubclass() && !m_nav.forceList) return;
 
     EnableBlockDelete(false);
     m_nav.forceList = false;
-    if (m_openedSubclass && m_openedSubclass != button) {
-        m_openedSubclass->selected = false;
-        m_openedSubclass->Redraw();
+    if (CSubclassButton* last = OpenedSubclass(); last && last != button) {
+        last->selected = false;
+        last->Redraw();
     }
     button->selected = true;
     button->Redraw();
@@ -51,7 +51,7 @@ void CBrindleDlg::OpenSubclass(int id) {
     m_nav.curClassPath = path;
     m_nav.listNodes.Reset(*m_store);
     m_nav.itemsPending.clear();
-    m_openedSubclass = button;
+    NoteOpenedSubclass(button);
     // A folder of the collections takes its blocks from the service first;
     // their arrival lists it.
     if (opened->OwnerName() == kCollectionClass) {
@@ -120,7 +120,7 @@ void CBrindleDlg::ListSubclass(CSubclassButton* button, const std::u16string& pa
         update();
     }
 
-    m_openedSubclass = button;
+    NoteOpenedSubclass(button);
     if (m_nav.focusPending) {
         m_nav.focusPending = false;
         if (m_pThumbList) {
@@ -139,6 +139,15 @@ void CBrindleDlg::ListSubclass(CSubclassButton* button, const std::u16string& pa
         }
         m_nav.focusRow = BlockRow{};
     }
+}
+
+CSubclassButton* CBrindleDlg::OpenedSubclass() const {
+    const int slot = m_nav.openedSubclass;
+    return slot >= 0 && slot < static_cast<int>(m_subclassBtns.size()) ? m_subclassBtns[static_cast<size_t>(slot)] : nullptr;
+}
+
+void CBrindleDlg::NoteOpenedSubclass(CSubclassButton* button) {
+    m_nav.openedSubclass = button ? button->ControlId() - ControlId::FirstSubclass : -1;
 }
 
 void CBrindleDlg::LayoutCollectionBar(bool shown) {

@@ -60,6 +60,7 @@ public:
     bool classesReady = false;     // the class list has been built once
     int syncStatus = -1;           // the collection page's hand-over state
     bool emptySubclassOpened = false;  // paint: "暂无图块" rather than "常用为空"
+    int openedSubclass = -1;       // the subclass button opened last, by slot
     // A fetch on its way: its arrival shows the gallery's classes or the class's blocks.
     std::u16string summaryPending;
     std::u16string itemsPending;
