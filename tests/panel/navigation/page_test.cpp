@@ -15,6 +15,7 @@ TEST(LivePages, DownloadGalleryButtonTipsOnFailureAndFillsTheGalleryOnSuccess) {
 
     service::Fault fault;
     fault.status = 500;
+    fault.latencyMs = 300;  // the failure cannot come back inside the click's own event processing
     w.service.faults().set("/gallery/g_all", fault);
     {
         TipWatcher watcher;
