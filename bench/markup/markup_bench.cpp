@@ -181,8 +181,8 @@ const WideNames& WideNamesOf(const Input& in) {
     for (auto& c : cache)
         if (c.first == &in) return c.second;
     WideNames w;
-    for (const char* p : in.path) w.path.push_back(marrowfin::W(p));
-    for (int i = 0; i < 3; ++i) w.attributes[i] = marrowfin::W(in.attributes[i]);
+    for (const char* p : in.path) w.path.push_back(marrowfin::Utf8ToUtf16(p));
+    for (int i = 0; i < 3; ++i) w.attributes[i] = marrowfin::Utf8ToUtf16(in.attributes[i]);
     cache.emplace_back(&in, std::move(w));
     return cache.back().second;
 }

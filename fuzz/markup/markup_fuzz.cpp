@@ -96,7 +96,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         break;
     }
     default: {
-        static const std::u16string path = marrowfin::W("/tmp/markup_fuzz_" + std::to_string(getpid()) + ".xml");
+        static const std::u16string path = marrowfin::Utf8ToUtf16("/tmp/markup_fuzz_" + std::to_string(getpid()) + ".xml");
         marrowfin::WriteFileAtomic(path, bytes);
         ok = doc.LoadFile(path);
         break;

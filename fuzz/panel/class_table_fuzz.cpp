@@ -67,7 +67,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     switch (data[0] % 4) {
     case 0: {
         (void)WriteFileAtomic(ClassTablePath(), bytes);
-        const ClassVersions versions = ReadClassVersions(table);
+        const ClassTableVersions versions = ReadClassVersions(table);
         ClassTable again;
         (void)ApplyClassTable(u"", again, versions);
         Check(SameKinds(table.generalKinds, again.generalKinds), "both readers agree on general kinds");

@@ -1,5 +1,6 @@
 #include "collection/collection_folders.h"
 
+#include "platform/product_texts.h"
 #include "platform/paths.h"
 
 namespace marrowfin {
@@ -14,7 +15,7 @@ std::u16string Decimal(int value) {
 
 }  // namespace
 
-std::u16string MirrorName(int32_t userId) { return Decimal(userId) + u"_收藏"; }
+std::u16string MirrorName(int32_t userId) { return Decimal(userId) + kMirrorSuffix; }
 
 std::u16string MirrorDir(std::u16string_view root, int32_t userId) {
     return std::u16string(root) + u"/" + MirrorName(userId);

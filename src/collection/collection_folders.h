@@ -10,10 +10,12 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/product_texts.h"
+
 namespace marrowfin {
 
 // The collection's class row and the owner name of its folders in the tree.
-inline constexpr std::u16string_view kCollectionClass = u"我的收藏";
+inline constexpr std::u16string_view kCollectionClass = kCollectionText;
 // A user has at most this many folders: one per subclass button.
 inline constexpr int kMaxCollectionFolders = 18;
 

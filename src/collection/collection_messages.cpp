@@ -1,5 +1,7 @@
 #include "collection/collection_messages.h"
 
+#include "platform/product_texts.h"
+
 namespace marrowfin {
 
 namespace {
@@ -19,7 +21,6 @@ CollectionMessage Tip(std::u16string title, std::u16string text, std::u16string 
 
 const char16_t kLoadFailed[] = u"加载失败，请连接网络后重试";
 const char16_t kNameTaken[] = u"已有此文件，请修改";
-const char16_t kCollectTitle[] = u"收藏图块";
 const char16_t kNetworkTrouble[] = u"网络异常，请检查网络后重试";
 const char16_t kSameName[] = u"此位置包含同名图块";
 
@@ -37,7 +38,7 @@ CollectionMessage MessageForReply(CollectionRoad road, const CollectionReply& re
             if (lost) return Line(CollectionMessage::StatusLine, kLoadFailed);
             break;
         case CollectionRoad::CheckOldCollection:
-            if (lost) return Tip(u"Ombrel", u"收藏失败", u"请先连接网络，然后重试");
+            if (lost) return Tip(kProductTitle, u"收藏失败", u"请先连接网络，然后重试");
             break;
         case CollectionRoad::CollectDialogOpen:
             if (lost) return Tip(kCollectTitle, kNetworkTrouble);
@@ -65,7 +66,7 @@ CollectionMessage MessageForReply(CollectionRoad road, const CollectionReply& re
         case CollectionRoad::CollectDialogReplace:
             break;  // with force 1 no reply is looked at
         case CollectionRoad::AddFromDisk:
-            if (reply.Is(u"3")) return Tip(u"Ombrel", u"收藏失败，然后重试");
+            if (reply.Is(u"3")) return Tip(kProductTitle, u"收藏失败，然后重试");
             break;
         case CollectionRoad::MoveBlockDialog:
             if (reply.Is(u"filename is exist")) return Tip(u"移动图块", kSameName, u"是否要替换？", u"替换", u"取消移动");

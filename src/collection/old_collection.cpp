@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "platform/product_texts.h"
 #include "platform/files.h"
 #include "platform/text.h"
 
@@ -14,7 +15,7 @@ namespace {
 std::atomic<int> g_handoversRunning{0};
 }  // namespace
 
-std::u16string OldCollectionDir(std::u16string_view root) { return std::u16string(root) + u"/我的收藏"; }
+std::u16string OldCollectionDir(std::u16string_view root) { return std::u16string(root) + kCollectionRoute; }
 
 std::u16string PackingDir(std::u16string_view root, int32_t userId) {
     return std::u16string(root) + u"/" + Utf8ToUtf16(std::to_string(userId));

@@ -9,14 +9,13 @@
 #include "net/gallery_sync.h"
 #include "panel/dialog/brindle_dlg.h"
 #include "panel/dialog/host_requests.h"
+#include "platform/product_texts.h"
 #include "platform/qt/window_timers.h"
 #include "store/gallery_store.h"
 
 namespace {
 
 constexpr char16_t kUpdateShow[] = u"UpdateShow";
-constexpr char16_t kCollectionsName[] = u"我的收藏";
-constexpr unsigned kTimerBuildClassList = 1011;
 
 }  // namespace
 
@@ -38,7 +37,7 @@ extern "C" MARROWFIN_API void ShowGallery(const char16_t* location, const char16
         if (!made) return;
         CBrindleDlg& panel = *made;
         panel.showMode = how;
-        panel.LocationStep(where);
+        panel.OpenRoute(where, CBrindleDlg::RouteSource::Host);
         if (how != kUpdateShow) {
             panel.ShowPanel();
             return;
@@ -100,11 +99,11 @@ extern "C" MARROWFIN_API void ResetClass(const char16_t* classText) {
         CBrindleDlg* made = EnsurePanel(nullptr);
         if (!made) return;
         CBrindleDlg& panel = *made;
-        if (text.find(kCollectionsName) != std::u16string::npos) {
+        if (text.find(kCollectionText) != std::u16string::npos) {
             panel.OpenCollectionsForHost();
             return;
         }
-        panel.LocationStep(u"/" + text);
+        panel.OpenRoute(u"/" + text, CBrindleDlg::RouteSource::Host);
     });
 }
 

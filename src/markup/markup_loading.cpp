@@ -283,7 +283,7 @@ bool MarkupDocument::SaveFile(std::u16string_view path) {
     }
     const char* iconvName = IconvNameOfCodePage(codePage);
     AppendResultRecord(m_result, u"write",
-                       {{u"encoding", EncodingLabel(codePage, iconvName ? W(iconvName) : std::u16string())},
+                       {{u"encoding", EncodingLabel(codePage, iconvName ? Utf8ToUtf16(iconvName) : std::u16string())},
                         {u"length", DecimalText(bytes.size())}});
     return true;
 }

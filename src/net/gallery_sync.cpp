@@ -10,6 +10,7 @@
 #include "net/http_transport.h"
 #include "platform/files.h"
 #include "platform/ini_file.h"
+#include "platform/paths.h"
 #include "platform/profile.h"
 #include "platform/threads.h"
 #include "platform/ticks.h"
@@ -44,14 +45,6 @@ int32_t ToInt(std::u16string_view text) {
         return value;
     }
     return ParseProfileInt(text);
-}
-
-// a + "/" + b in one allocation: a full reply makes hundreds of thousands.
-std::u16string JoinPath(std::u16string_view a, std::u16string_view b) {
-    std::u16string out;
-    out.reserve(a.size() + 1 + b.size());
-    out.append(a).append(1, u'/').append(b);
-    return out;
 }
 
 // Sends a request whose values are in the query; true when the reply is

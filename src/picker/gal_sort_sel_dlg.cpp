@@ -3,6 +3,8 @@
 #include <QEvent>
 #include <QPainter>
 
+#include "platform/qt/qt_text.h"
+#include "platform/product_texts.h"
 #include "platform/profile.h"
 #include "platform/qt/qt_window_system.h"
 #include "skin/sel_typeclass_button.h"
@@ -27,8 +29,6 @@ constexpr ChoiceRow kRows[3] = {
 };
 
 constexpr int kSortOptionKind = 5;
-constexpr uint32_t kCommandNewSort = 24;
-constexpr uint32_t kCommandReapplyOrder = 1000;
 
 }  // namespace
 
@@ -70,15 +70,15 @@ void CGalSortSelDlg::ChooseSort(int id) {
     // shows it closed again.
     CloseMenu();
     (void)WriteOptionInt(u"GalDefSort", id - 1000);
-    if (m_panel != 0) (void)PostWindowMessage(m_panel, MsgPanelCommand, kCommandNewSort, 0);
-    if (m_owner) (void)PostWindowMessage(HandleOf(m_owner), MsgPanelCommand, kCommandReapplyOrder, 0);
+    if (m_panel != 0) (void)PostWindowMessage(m_panel, MsgPanelCommand, PanelCommand::NewSort, 0);
+    if (m_owner) (void)PostWindowMessage(HandleOf(m_owner), MsgPanelCommand, PanelCommand::PickerReapplyOrder, 0);
 }
 
 void CGalSortSelDlg::CloseMenu() {
     hide();
     if (!m_sortButton) return;
     m_sortButton->selected = true;
-    m_sortButton->setText(QStringLiteral("排序∨"));
+    m_sortButton->setText(ToQString(kSortClosed));
     m_sortButton->Redraw();
 }
 

@@ -8,6 +8,7 @@
 
 #include "picker/gal_region_dlg.h"
 #include "picker/picker_state.h"
+#include "platform/qt/qt_text.h"
 #include "platform/qt/qt_window_system.h"
 #include "platform/qt/window_message_event.h"
 #include "platform/qt/window_timers.h"
@@ -35,7 +36,6 @@ constexpr uint32_t kPickQuietMs = 200;
 uint32_t g_lastPickTick = 0;
 bool g_picked = false;
 
-QString Q(const std::u16string& text) { return QString::fromStdU16String(text); }
 
 }  // namespace
 
@@ -53,11 +53,11 @@ CGalleryTypeDlg::~CGalleryTypeDlg() { (void)WriteSeenVersions(); }
 
 void CGalleryTypeDlg::Decorate(CSelTypeclassButton* button, const ClassItem& item, bool toolWithDesc) {
     button->showDesc = m_showDesc;
-    button->describe = Q(item.describe);
-    button->setToolTip(toolWithDesc ? Q(item.name) + QStringLiteral("（") + Q(item.describe) + QStringLiteral("）")
-                                    : Q(item.name));
+    button->describe = ToQString(item.describe);
+    button->setToolTip(toolWithDesc ? ToQString(item.name) + QStringLiteral("（") + ToQString(item.describe) + QStringLiteral("）")
+                                    : ToQString(item.name));
     const auto seen = g_seenClasses.find(item.name);
-    button->version = seen != g_seenClasses.end() ? Q(seen->second.newest) : QString();
+    button->version = seen != g_seenClasses.end() ? ToQString(seen->second.newest) : QString();
     button->isNew = seen != g_seenClasses.end() && seen->second.seen != seen->second.newest;
     button->boutique = FindClassItem(m_table, item.name).gv == u"1" ? 1 : 0;
     button->checked = IsSelected(m_selection, item.name) ? 1 : 0;
@@ -68,7 +68,7 @@ void CGalleryTypeDlg::Decorate(CSelTypeclassButton* button, const ClassItem& ite
 
 CSelTypeclassButton* CGalleryTypeDlg::MakeClassButton(const ClassItem& item, int id) {
     auto* button = new CSelTypeclassButton(m_canvas);
-    button->Create(Q(item.name), false, QRect(), m_canvas, id);
+    button->Create(ToQString(item.name), false, QRect(), m_canvas, id);
     Decorate(button, item, m_showDesc && !item.describe.empty());
     connect(button, &QAbstractButton::clicked, this, [this, button] { ToggleClass(button); });
     return button;
@@ -77,7 +77,7 @@ CSelTypeclassButton* CGalleryTypeDlg::MakeClassButton(const ClassItem& item, int
 void CGalleryTypeDlg::BuildButtons() {
     auto makeTitle = [this](const std::u16string& caption, int id, bool boutique) {
         auto* title = new CSelTypeclassButton(m_canvas);
-        title->Create(Q(caption), true, ScaleRect(31, 5, 141, 38), m_canvas, id);
+        title->Create(ToQString(caption), true, ScaleRect(31, 5, 141, 38), m_canvas, id);
         title->kind = kTitleKind;
         title->boutique = boutique ? 1 : 0;
         title->checked = 1;
@@ -242,7 +242,7 @@ void CGalleryTypeDlg::RefreshButtons(bool reopen) {
             for (const ClassItem& item : items) {
                 if (index >= m_classButtons.size()) goto walked;
                 CSelTypeclassButton* button = m_classButtons[index++];
-                button->setText(Q(item.name));
+                button->setText(ToQString(item.name));
                 Decorate(button, item, true);
                 button->Redraw();
             }
@@ -273,7 +273,7 @@ CSelTypeclassButton* CGalleryTypeDlg::Arrow(int id) const {
 bool CGalleryTypeDlg::event(QEvent* event) {
     if (event->type() == WindowMessageEvent::EventType()) {
         auto* message = static_cast<WindowMessageEvent*>(event);
-        if (message->Message() == MsgPanelCommand && message->WParam() == 1000) {
+        if (message->Message() == MsgPanelCommand && message->WParam() == PanelCommand::PickerReapplyOrder) {
             (void)SetTimer(HandleOf(this), kReapplyTimer, kReapplyMs);
         } else if (message->Message() == WM_TIMER_MESSAGE && message->WParam() == kReapplyTimer) {
             (void)KillTimer(HandleOf(this), kReapplyTimer);

@@ -12,6 +12,8 @@
 #include "picker/class_selection.h"
 #include "picker/gal_sort_sel_dlg.h"
 #include "picker/gallery_type_dlg.h"
+#include "platform/qt/qt_text.h"
+#include "platform/product_texts.h"
 #include "platform/profile.h"
 #include "platform/qt/qt_window_system.h"
 #include "platform/qt/window_message_event.h"
@@ -45,7 +47,7 @@ void SetStaysOnTop(QWidget* window, bool onTop) {
 
 CSelClassDlg::CSelClassDlg(QWidget* panel, ClassTable& table)
     : QDialog(panel, Qt::Dialog | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint), m_panel(panel), m_table(table) {
-    setWindowTitle(QStringLiteral("Ombrel"));
+    setWindowTitle(ToQString(kProductTitle));
     setWindowModality(Qt::WindowModal);
     // The manager stands above the panel while it is open.
     if (m_panel && m_panel->windowFlags().testFlag(Qt::WindowStaysOnTopHint)) {
@@ -111,7 +113,7 @@ void CSelClassDlg::CreateButtons() {
         {Close, u"", 3, QRect(w - ScaleUnits(24), ScaleUnits(7), ScaleUnits(16), ScaleUnits(16)), true},
         {FinishButton, u"完成", 53, QRect(), true},
         {Clear, u"清空选择", 54, ScaleBox(854, 65, 60, 15), false},
-        {Sort, u"排序∨", 56, ScaleBox(921, 65, 40, 15), false},
+        {Sort, kSortClosed, 56, ScaleBox(921, 65, 40, 15), false},
     };
     for (const Spec& spec : specs) {
         auto* button = new CSkinButton(this);
@@ -144,7 +146,7 @@ void CSelClassDlg::MakePicker() {
         delete m_picker;  // the sort menu is its child and goes with it
         m_pSortDlg = nullptr;
         m_buttons[Sort]->selected = true;
-        m_buttons[Sort]->setText(QStringLiteral("排序∨"));
+        m_buttons[Sort]->setText(ToQString(kSortClosed));
     }
     m_picker = new CGalleryTypeDlg(this, m_table, m_showDesc, ReadSelection());
     m_picker->onContentChanged = [this] { UpdateScrollRange(); };
@@ -268,7 +270,7 @@ void CSelClassDlg::TableChanged() {
 void CSelClassDlg::ToggleSortMenu() {
     CSkinButton* sort = m_buttons[Sort];
     sort->selected = !sort->selected;
-    sort->setText(sort->selected ? QStringLiteral("排序∨") : QStringLiteral("排序∧"));
+    sort->setText(sort->selected ? ToQString(kSortClosed) : ToQString(kSortOpen));
     sort->Redraw();
     if (!m_pSortDlg) m_pSortDlg = new CGalSortSelDlg(m_picker, sort, panelHandle);
     if (sort->selected) {
@@ -345,7 +347,7 @@ void CSelClassDlg::paintEvent(QPaintEvent*) {
     p.fillRect(QRect(w - ScaleUnits(33), ScaleUnits(9), 1, ScaleUnits(12)), Qt::black);
     const QFont& normal = Font(SkinFont::Normal);
     // The window's name stands in the title band of both faces.
-    DrawTextLine(p, ScaleRect(8, 6, 104, 26), QStringLiteral("Ombrel"), normal, kText, TextPlace::Left, false);
+    DrawTextLine(p, ScaleRect(8, 6, 104, 26), ToQString(kProductTitle), normal, kText, TextPlace::Left, false);
 
     if (m_showSearchTip) {
         const QRect bubble = ScaleRect(820, 32, 936, 56);

@@ -13,6 +13,7 @@
 #include <string>
 
 #include "panel/classes/class_table.h"
+#include "panel/model/panel_numbers.h"
 #include "platform/window_messages.h"
 
 namespace marrowfin {
@@ -22,8 +23,6 @@ class CGalSortSelDlg;
 class CScrollBarRv;
 class CSkinButton;
 
-// Posted by the reload worker to the manager: the service's answer (empty when the request failed).
-inline constexpr uint32_t MsgManagerTableFetched = 0x9e6;
 
 class CSelClassDlg : public QDialog {
     Q_OBJECT

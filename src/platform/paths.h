@@ -26,6 +26,15 @@ std::u16string_view ParentOf(std::u16string_view path);
 // Texts from the host may carry '\': the library uses '/' everywhere.
 std::u16string ToLibrarySeparators(std::u16string_view path);
 
+// a + "/" + b in one allocation: a reply or a catalogue makes hundreds of
+// thousands of node paths.
+inline std::u16string JoinPath(std::u16string_view a, std::u16string_view b) {
+    std::u16string out;
+    out.reserve(a.size() + 1 + b.size());
+    out.append(a).append(1, u'/').append(b);
+    return out;
+}
+
 // Tests change the environment: forget the cached folders.
 void ResetPathCachesForTest();
 

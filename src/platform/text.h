@@ -70,8 +70,4 @@ struct LeadingInteger {
 };
 LeadingInteger ScanLeadingInteger(std::u16string_view text, int64_t cap);
 
-// Short helpers for literals and std::string at the edges.
-inline std::u16string W(std::string_view utf8) { return Utf8ToUtf16(utf8); }
-inline std::string U8(std::u16string_view text) { return Utf16ToUtf8(text); }
-
 }  // namespace marrowfin

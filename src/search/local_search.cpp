@@ -1,3 +1,4 @@
+#include "platform/product_texts.h"
 #include "search/local_search.h"
 
 #include "platform/files.h"
@@ -10,7 +11,6 @@ namespace marrowfin {
 
 namespace {
 
-constexpr char16_t kCollectionName[] = u"我的收藏";
 // Hits of one class from which its folder is listed rather than each file asked for.
 constexpr size_t kListedHits = 8;
 
@@ -65,7 +65,7 @@ std::vector<SearchHit> LocalBlockSearch(GalleryNode* root, std::u16string_view t
                                  ? listed->count(node->name.view()) != 0
                                  : FileExists(path);
         if (!present) continue;
-        const bool isCollected = node->parent->parent->name == kCollectionName || collected.count(path);
+        const bool isCollected = node->parent->parent->name == kCollectionText || collected.count(path);
         rows.push_back(LocalHit(*node, std::move(path), isCollected ? RowCollected : RowFresh));
         if (nodes) nodes->push_back(node);
     }
@@ -75,7 +75,7 @@ std::vector<SearchHit> LocalBlockSearch(GalleryNode* root, std::u16string_view t
 std::vector<SearchHit> OldCollectionHits(GalleryNode* root, std::u16string_view text) {
     std::vector<SearchHit> rows;
     if (!root || text.empty()) return rows;
-    GalleryNode* collection = FindNodeByPath(root, root->Path() + u"/" + kCollectionName);
+    GalleryNode* collection = FindNodeByPath(root, root->Path() + u"/" + kCollectionText);
     if (!collection) return rows;
     std::vector<GalleryNode*> found;
     FilterBlocks(collection, text, found);

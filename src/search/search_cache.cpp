@@ -29,7 +29,7 @@ void RefreshSearchCacheVersions(const std::u16string& root,
         if (IniGetInt(ini, u"version", name, -1) >= version) continue;
         const std::u16string dir = SearchCacheDir(root) + u"/" + name;
         if (DirectoryExists(dir)) RemoveDirectoryTree(dir);
-        (void)IniWriteString(ini, u"version", name, W(std::to_string(version)));
+        (void)IniWriteString(ini, u"version", name, Utf8ToUtf16(std::to_string(version)));
     }
 }
 

@@ -1,12 +1,13 @@
 #pragma once
-// Message numbers the skin controls post to their owners.
+// Message numbers the skin controls post to their owners: MsgPanelCommand and
+// MsgPanelEvent with their codes come from the panel's table of numbers,
+// which holds numbers only; the scroll message is the skin's own.
 
 #include <cstdint>
 
-namespace marrowfin {
+#include "panel/model/panel_numbers.h"
 
-inline constexpr uint32_t MsgPanelCommand = 0x9dc;
-inline constexpr uint32_t MsgPanelEvent = 0x9dd;
+namespace marrowfin {
 
 // The vertical scroll message and its codes, as the owners of a scroll bar read them.
 inline constexpr uint32_t WM_VSCROLL_MESSAGE = 0x0115;

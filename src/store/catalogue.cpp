@@ -6,6 +6,7 @@
 #include "markup/markup_document.h"
 #include "platform/files.h"
 #include "platform/ini_file.h"
+#include "platform/paths.h"
 #include "platform/text.h"
 #include "store/aes.h"
 #include "store/gallery_node.h"
@@ -73,14 +74,6 @@ void AppendDecimal(std::string& out, int32_t value) {
 
 // Room for the whole file up front: a gallery's catalogue runs to hundreds of
 // kilobytes, and growing by doubling would copy it several times over.
-// a + "/" + b in one allocation: a catalogue holds thousands of blocks.
-std::u16string JoinPath(std::u16string_view a, std::u16string_view b) {
-    std::u16string out;
-    out.reserve(a.size() + 1 + b.size());
-    out.append(a).append(1, u'/').append(b);
-    return out;
-}
-
 size_t EstimateBytes(const StaleClasses& staleClasses, const GalleryNode& gallery) {
     constexpr size_t kHead = 64 + 128;   // declaration, root tag with a seal of a long name
     constexpr size_t kSubMarks = 40;     // <sub n="" ver="" u_b="" ></sub> and the digits

@@ -25,7 +25,7 @@ TEST(AdFile, ExactBytesOnlyTilesThatAreOnAndARoundTrip) {
     EXPECT_TRUE(LoadAdTiles().empty() && DirectoryExists(AdFolder()));  // first start makes the folder
     ASSERT_TRUE(SaveAdTiles({{u"门窗", {u"门窗精选", u"http://h/1.png", u"https://t?a=1&b=2", u"12", u"", true}},
                              {u"A", {u"off", u"u", u"t", u"3", u"", false}}}));
-    const std::string saved = ReadBytes(U8(AdListPath()));
+    const std::string saved = ReadBytes(Utf16ToUtf8(AdListPath()));
     EXPECT_EQ(
         saved,
         "\xEF\xBB\xBF<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r<root>\r"
@@ -48,8 +48,8 @@ TEST(AdRefresh, FetchesOnlyWhatChangedAndKeepsTilesAndPicturesThroughFailures) {
     auto shown = [&](const AdTileMap& tiles) {
         std::string out;
         for (const AdTile& t : service.galleries | std::views::transform([&](auto& key) { return tiles.at(key); }))
-            out += (t.on ? "on " : "off ") + U8(t.ver) + " u" + U8(t.url.substr(t.url.size() - 5, 1)) + " f" +
-                   std::to_string(std::ranges::find(pictures, ReadBytes(U8(t.picture))) - pictures.begin()) + ";";
+            out += (t.on ? "on " : "off ") + Utf16ToUtf8(t.ver) + " u" + Utf16ToUtf8(t.url.substr(t.url.size() - 5, 1)) + " f" +
+                   std::to_string(std::ranges::find(pictures, ReadBytes(Utf16ToUtf8(t.picture))) - pictures.begin()) + ";";
         return out;
     };
     // "<vers>/<pictures>", one digit per tile, served instead of the service's own reply.
@@ -59,7 +59,7 @@ TEST(AdRefresh, FetchesOnlyWhatChangedAndKeepsTilesAndPicturesThroughFailures) {
         std::string x = "<root>";
         for (size_t i = 0; i < 3; ++i)
             x += "<item on=\"" + std::to_string(i < 2) + "\" ver=\"" + reply[i] + "\" url=\"" +
-                 service.handle.baseUrl() + "/ad/ad_" + reply[4 + i] + ".png\">" + U8(service.galleries[i]) + "</item>";
+                 service.handle.baseUrl() + "/ad/ad_" + reply[4 + i] + ".png\">" + Utf16ToUtf8(service.galleries[i]) + "</item>";
         service.handle.faults().set("/gallery/gad", {.body = x + "</root>"});
     };
     struct Step {

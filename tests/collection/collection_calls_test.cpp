@@ -29,21 +29,21 @@ using enum CollectForce;
 std::string Show(const CollectionMessage& m) {
     static const char* kinds[] = {"-", "status ", "line ", "tip "};
     if (m.kind == CollectionMessage::None) return "-";
-    return kinds[m.kind] + U8(m.title + u"/" + m.text + u"/" + m.second + u"/" + m.accept + u"/" + m.decline);
+    return kinds[m.kind] + Utf16ToUtf8(m.title + u"/" + m.text + u"/" + m.second + u"/" + m.accept + u"/" + m.decline);
 }
 
 // Blocks as "id filename info size [b] url;", the service's base cut off the url.
 std::string Blocks(const std::vector<ListedBlock>& blocks, const std::string& base) {
     std::string out;
     for (const ListedBlock& b : blocks)
-        out += U8(b.id + u" " + b.filename + u" " + b.info) + " " + std::to_string(b.size) + (b.boutique ? " b " : " ") +
-               U8(b.url).substr(U8(b.url).starts_with(base) ? base.size() : 0) + ";";
+        out += Utf16ToUtf8(b.id + u" " + b.filename + u" " + b.info) + " " + std::to_string(b.size) + (b.boutique ? " b " : " ") +
+               Utf16ToUtf8(b.url).substr(Utf16ToUtf8(b.url).starts_with(base) ? base.size() : 0) + ";";
     return out;
 }
 // A document as "<...>", folders as "id name[blocks]"; "noroot", or empty when unparsable.
 std::string Describe(const FolderListDocument& d, const std::string& base = "") {
     std::string out = "<";
-    for (const ListedFolder& f : d.folders) out += U8(f.id + u" " + f.name) + "[" + Blocks(f.blocks, base) + "]";
+    for (const ListedFolder& f : d.folders) out += Utf16ToUtf8(f.id + u" " + f.name) + "[" + Blocks(f.blocks, base) + "]";
     return d.shape == DocumentShape::Root ? out + ">" : d.shape == DocumentShape::NoRoot ? "noroot" : "";
 }
 std::string Describe(const BlockListDocument& d, const std::string& base = "") {
@@ -66,7 +66,7 @@ struct Collections : ::testing::Test {
         WriteBytes(home.file("b.dwg"), "AC1015" + std::string(100, 'd'));
         WriteBytes(home.file("note.txt"), "not a drawing");
     }
-    Outcome R(const CollectionReply& r) { return {r, r.delivered ? U8(r.text) : "lost"}; }
+    Outcome R(const CollectionReply& r) { return {r, r.delivered ? Utf16ToUtf8(r.text) : "lost"}; }
     template <class Reply>
     Outcome R(const Reply& r) {
         const std::string document = Describe(r.document, base);
@@ -82,7 +82,7 @@ struct Collections : ::testing::Test {
     };
     // Every call and every refusal, by user ta unless tb is named; ids as the fresh service gives them.
     std::vector<Step> Steps() {
-        const std::u16string door = W(home.file("门 1.dwg")), bf = W(home.file("b.dwg")), note = W(home.file("note.txt"));
+        const std::u16string door = Utf8ToUtf16(home.file("门 1.dwg")), bf = Utf8ToUtf16(home.file("b.dwg")), note = Utf8ToUtf16(home.file("note.txt"));
         const std::u16string odd = u"A&B=C+D;E %41#F";  // every mark that would cut a query short
         return {
             {"get_u_collect", LoadCollection, [=, this] { return R(FetchCollection(a, false)); }, true},
@@ -175,7 +175,7 @@ TEST_F(Collections, EveryCallOnTheWireWithItsRefusalsAndTwoUsersApart) {
         "<1 收藏夹1[]> > -"}));
     // An unknown token is refused like a failed connection; the 19th folder is refused.
     EXPECT_EQ(Show(MessageForReply(LoadCollection, FetchCollection(u"nobody", false))), "status /加载失败，请连接网络后重试///");
-    for (size_t n = 2; n <= 18; ++n) ASSERT_EQ(AddFolder(a, W("f" + std::to_string(n))).document.folders.size(), n);
+    for (size_t n = 2; n <= 18; ++n) ASSERT_EQ(AddFolder(a, Utf8ToUtf16("f" + std::to_string(n))).document.folders.size(), n);
     EXPECT_EQ(Show(MessageForReply(NewFolderDialog, AddFolder(a, u"f19"))), "line /新建文件夹失败，请重试///");
 }
 

@@ -60,7 +60,7 @@ struct Handover : ::testing::Test {
     std::map<std::string, int64_t> Cloud() {
         std::map<std::string, int64_t> cloud;
         for (const ListedFolder& f : FetchCollection(u"tk", true).document.folders)
-            for (const ListedBlock& b : f.blocks) cloud[U8(f.name + u"/" + b.filename)] = b.size;
+            for (const ListedBlock& b : f.blocks) cloud[Utf16ToUtf8(f.name + u"/" + b.filename)] = b.size;
         return cloud;
     }
     // The old drawings as the cloud should hold them, each in the folder `where` names for its path.
@@ -80,7 +80,7 @@ struct Handover : ::testing::Test {
     TempHome home;
     service::ServiceHandle service;
     const HandoverInput input{30001, u"tk", StoreRoot()};
-    const std::string old = U8(input.root) + "/我的收藏", packing = U8(input.root) + "/30001";
+    const std::string old = Utf16ToUtf8(input.root) + "/我的收藏", packing = Utf16ToUtf8(input.root) + "/30001";
     Entries before;
 };
 
@@ -96,7 +96,7 @@ TEST_F(Handover, ThreeFoldersOfFortyDrawingsReachTheCloudInOneArchive) {
     for (const auto& e : fs::directory_iterator(old)) announced += (announced.empty() ? "" : "*") + e.path().filename().string();
     EXPECT_EQ(service.users().sync(30001).folders, announced);
     EXPECT_EQ(Cloud(), Expected([](const std::string& path) { return path.substr(0, path.find('/')); }));
-    EXPECT_FALSE(fs::exists(U8(NewInfoIniPath())));  // the panel writes the decision
+    EXPECT_FALSE(fs::exists(Utf16ToUtf8(NewInfoIniPath())));  // the panel writes the decision
 
     // The archive stays: every entry in listing order, deflated, no time, no attributes, its data whole.
     constexpr uLong kZeroDate = 1 << 21;  // what all-zero date fields become: day 0 of month 0, 1980
@@ -171,7 +171,7 @@ TEST_F(Handover, VerdictsOfTheCheck) {
         const OldCollectionVerdict v = CheckOldCollection(input);
         service.faults().clearAll();
         return std::to_string(v.result) + " " + (v.syncStatus ? std::to_string(*v.syncStatus) : "-") +
-               (v.startPollTimer ? " timer" : "") + (v.startReplacement ? " replace" : "") + " " + U8(v.message.text);
+               (v.startPollTimer ? " timer" : "") + (v.startReplacement ? " replace" : "") + " " + Utf16ToUtf8(v.message.text);
     };
     const Fault busy{.body = "1"}, drop{.drop = true};
     // A process that ended while packing left the folder under the user number: it gets its name back.

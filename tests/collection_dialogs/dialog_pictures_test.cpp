@@ -31,7 +31,7 @@ TEST_F(DialogPictures, FacesAtTwoRates) {
         ASSERT_FALSE(SkinSheet().isNull()) << "the skin pictures lie beside the program";
         const std::string suffix = rate == 1.0f ? "_rate_1.0" : "_rate_1.5";
 
-        CCollectiondlg collect(&panel, u"Door A.DWG", W(block), SamplePreview(), token);
+        CCollectiondlg collect(&panel, u"Door A.DWG", Utf8ToUtf16(block), SamplePreview(), token);
         Opened(&collect);
         MoveTo(&collect, collect.FolderRect().center());
         EXPECT_TRUE(Matches(&collect, "collect" + suffix));
@@ -44,18 +44,18 @@ TEST_F(DialogPictures, FacesAtTwoRates) {
         }
         collect.reject();
 
-        CMoveCollectBlkDlg move(&panel, u"a.dwg", W(block), QImage(), token, FolderMap());
+        CMoveCollectBlkDlg move(&panel, u"a.dwg", Utf8ToUtf16(block), QImage(), token, FolderMap());
         Opened(&move);
         EXPECT_TRUE(Matches(&move, "move" + suffix));
         move.reject();
 
-        CNewFolderDlg create(&panel, token, W(mirror), FolderMap());
+        CNewFolderDlg create(&panel, token, Utf8ToUtf16(mirror), FolderMap());
         Type(Opened(&create), QStringLiteral("常用门窗"));
         EXPECT_EQ(create.m_error, CNameDlg::NameTaken);
         EXPECT_TRUE(Matches(&create, "new_folder_taken" + suffix));
         create.reject();
 
-        CModifyFolderDlg rename(&panel, token, FolderMap(), W(mirror + "/收藏夹1"), u"a.dwg",
+        CModifyFolderDlg rename(&panel, token, FolderMap(), Utf8ToUtf16(mirror + "/收藏夹1"), u"a.dwg",
                                 CModifyFolderDlg::RenameBlockMode, false);
         Opened(&rename);
         EXPECT_TRUE(Matches(&rename, "rename_block" + suffix));

@@ -30,10 +30,10 @@ struct Roads : DialogWorld {
     // A collect dialog over a block file at store/建筑门窗/单开门/<name>.
     CCollectiondlg* Collecting(const std::string& name) {
         const std::string path = WriteBlock(home.file("store/建筑门窗/单开门/" + name));
-        return Opened(new CCollectiondlg(&panel, W(name), W(path), SamplePreview(), token));
+        return Opened(new CCollectiondlg(&panel, Utf8ToUtf16(name), Utf8ToUtf16(path), SamplePreview(), token));
     }
     CMoveCollectBlkDlg* Moving(const std::string& path) {
-        return Opened(new CMoveCollectBlkDlg(&panel, u"a.dwg", W(path), QImage(), token, FolderMap()));
+        return Opened(new CMoveCollectBlkDlg(&panel, u"a.dwg", Utf8ToUtf16(path), QImage(), token, FolderMap()));
     }
     void Choose(CBlockFolderDlg* dialog, const QString& text) {
         Choose(dialog, dialog->FolderCombo(), dialog->FolderRect().center(), text);
@@ -84,7 +84,7 @@ TEST_F(Roads, CollectRefusalsTipAndCancel) {
     EXPECT_EQ(Drive(refused, CCollectiondlg::IdOk, {{"图块收藏失败，请重试。", 1}}), CANCEL);
     // (A lost upload's tip is the calls' table; it ends the dialog as the refusal does.)
     // A block whose file is gone is not sent at all.
-    auto* missing = Opened(new CCollectiondlg(&panel, u"x.dwg", W(home.file("none/x.dwg")), QImage(), token));
+    auto* missing = Opened(new CCollectiondlg(&panel, u"x.dwg", Utf8ToUtf16(home.file("none/x.dwg")), QImage(), token));
     EXPECT_EQ(Drive(missing, CCollectiondlg::IdOk), CANCEL);
     EXPECT_EQ(Count("dwg_collectu"), 1);
     EXPECT_EQ(Blocks("收藏夹1"), Names{});
@@ -117,7 +117,7 @@ TEST_F(Roads, ASlowRequestTakesOnePressAndALateAnswerFindsNoDialog) {
 
     // The same for a name dialog and Enter.
     Fault("favorite?latency=500");
-    auto* create = Opened(new CNewFolderDlg(&panel, token, W(mirror), FolderMap()));
+    auto* create = Opened(new CNewFolderDlg(&panel, token, Utf8ToUtf16(mirror), FolderMap()));
     Key(create->NameEdit(), Qt::Key_Return);
     Key(create->NameEdit(), Qt::Key_Return);
     EXPECT_EQ(Drive(create, CNameDlg::IdOk), OK);
@@ -156,7 +156,7 @@ TEST_F(Roads, MovesABlockAndDeletesTheStaleTargetFile) {
     move = Moving(source);
     Choose(move, "窗");
     EXPECT_EQ(Drive(move, CMoveCollectBlkDlg::IdOk), OK);
-    EXPECT_EQ(move->m_path, W(stale));
+    EXPECT_EQ(move->m_path, Utf8ToUtf16(stale));
     EXPECT_EQ(Blocks("门"), Names{});
     EXPECT_EQ(Blocks("窗"), (Names{"a.dwg", "b.dwg"}));
     EXPECT_FALSE(Exists(stale));
@@ -181,7 +181,7 @@ TEST_F(Roads, AddsChosenFilesAndTipsOncePerRefusal) {
     const CollectionFolderMap map = FolderMap();
     int changed = -1;
     auto* run = CAddBlocksFromDisk::Start(
-        &panel, token, W(folder), [&map](const std::u16string& name) { return FolderIdByName(map, name); },
+        &panel, token, Utf8ToUtf16(folder), [&map](const std::u16string& name) { return FolderIdByName(map, name); },
         [&changed](bool c) { changed = c; });
     QFileDialog* files = run->FileDialog();
     ASSERT_TRUE(PumpUntil([files] { return files->isVisible(); }));
@@ -220,7 +220,7 @@ TEST_F(Roads, DeletesAFolderOnlyWhenConfirmedAndTellsWhyNot) {
 
 TEST_F(Roads, NewFolderRefusalsKeepTheDialogAndItsLine) {
     MakeFolders({u"收藏夹1", u"收藏夹3"});
-    auto* create = Opened(new CNewFolderDlg(&panel, token, W(mirror), FolderMap()));
+    auto* create = Opened(new CNewFolderDlg(&panel, token, Utf8ToUtf16(mirror), FolderMap()));
     EXPECT_EQ(create->NameEdit()->text(), "收藏夹2");
     // Refused on the spot without a request; typing clears the line; blanks do nothing.
     for (const char* bad : {"a+b", "v1.2"}) {
@@ -243,7 +243,7 @@ TEST_F(Roads, NewFolderRefusalsKeepTheDialogAndItsLine) {
     EXPECT_EQ(Finish(create), OK);
     EXPECT_EQ(create->m_name, u"门窗");
     ASSERT_EQ(create->m_folders.size(), 3u);
-    EXPECT_EQ(create->m_folders[2].path, W(mirror + "/门窗"));
+    EXPECT_EQ(create->m_folders[2].path, Utf8ToUtf16(mirror + "/门窗"));
 }
 
 // (A rename that lands, the mirror and the panel's map following it: the panel's roads.)
@@ -251,7 +251,7 @@ TEST_F(Roads, RenamesFoldersAndBlocks) {
     MakeFolders({u"门", u"窗"});
     Collect(u"门", "a.dwg");
     Collect(u"门", "b.dwg");
-    auto* folder = Opened(new CModifyFolderDlg(&panel, token, FolderMap(), W(mirror), u"门", 0));
+    auto* folder = Opened(new CModifyFolderDlg(&panel, token, FolderMap(), Utf8ToUtf16(mirror), u"门", 0));
     Type(folder, "窗");
     EXPECT_EQ(folder->m_error, CNameDlg::NameTaken);
     // The unchanged name ends it with no request.
@@ -259,7 +259,7 @@ TEST_F(Roads, RenamesFoldersAndBlocks) {
     EXPECT_EQ(Finish(folder), CANCEL);
     EXPECT_EQ(Count("favorite"), 3);
 
-    auto* block = Opened(new CModifyFolderDlg(&panel, token, FolderMap(), W(mirror + "/门"), u"a.dwg", 1, false));
+    auto* block = Opened(new CModifyFolderDlg(&panel, token, FolderMap(), Utf8ToUtf16(mirror + "/门"), u"a.dwg", 1, false));
     Type(block, "b");
     EXPECT_EQ(block->m_error, CNameDlg::NameTaken);
     Type(block, "a.v2");
@@ -268,16 +268,16 @@ TEST_F(Roads, RenamesFoldersAndBlocks) {
     Type(block, "门 甲");
     EXPECT_EQ(Finish(block), OK);
     EXPECT_EQ(Blocks("门"), (Names{"门 甲.dwg", "b.dwg"}));
-    EXPECT_EQ(block->m_renamedBlocks.at(0).path, W(mirror + "/门/门 甲.dwg"));
+    EXPECT_EQ(block->m_renamedBlocks.at(0).path, Utf8ToUtf16(mirror + "/门/门 甲.dwg"));
     EXPECT_EQ(Count("cdwgrn"), 2);
 }
 
 TEST(NameRule, RefusesListedCharactersAndDoubledMarksOnly) {
     for (std::u16string_view bad : {u"a?b", u"a\\b", u"a/b", u"a*b", u"a\"b", u"a<b", u"a>b", u"a%b", u"a:b",
                                     u"a;b", u"a&b", u"a.b", u"a。b", u"a；b", u"a、b", u"a|b", u"a……", u"——"})
-        EXPECT_FALSE(NamePassesRule(bad, NameUse::CollectedBlock)) << U8(bad);
+        EXPECT_FALSE(NamePassesRule(bad, NameUse::CollectedBlock)) << Utf16ToUtf8(bad);
     for (std::u16string_view good : {u"门窗 1", u"a…b", u"a—b", u"a+b", u"Title-Blocks_2"})
-        EXPECT_TRUE(NamePassesRule(good, NameUse::CollectedBlock)) << U8(good);
+        EXPECT_TRUE(NamePassesRule(good, NameUse::CollectedBlock)) << Utf16ToUtf8(good);
     EXPECT_FALSE(NamePassesRule(u"a+b", NameUse::TypedName));
 }
 
@@ -322,7 +322,7 @@ TEST_F(Roads, SharesOnceAfterAFailureWhileTheBarWaitsBelowTwenty) {
     EXPECT_EQ(share->Progress()->GetPos(), 100);
     EXPECT_EQ(Count("sharef"), 2);
     // Only the token travels, not the kind.
-    EXPECT_EQ(Last("sharef"), "POST /gallery/sharef?usertoken=" + U8(token));
+    EXPECT_EQ(Last("sharef"), "POST /gallery/sharef?usertoken=" + Utf16ToUtf8(token));
     EXPECT_EQ(Drive(share, CShareDWGblockDlg::IdCancel), CANCEL);
 }
 

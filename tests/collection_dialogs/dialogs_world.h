@@ -132,8 +132,8 @@ struct DialogWorld : ::testing::Test {
         // A user of its own per test: the service's state outlives the test.
         static int users = 0;
         user = 30000 + ++users;
-        token = W("token-" + std::to_string(user));
-        ASSERT_TRUE(service.handle.users().addUser(user, U8(token)));
+        token = Utf8ToUtf16("token-" + std::to_string(user));
+        ASSERT_TRUE(service.handle.users().addUser(user, Utf16ToUtf8(token)));
         mirror = home.file("store/" + std::to_string(user) + "_我的收藏");
         // The collect dialog's temporary copy goes below the test's home.
         if (qEnvironmentVariableIsSet("TMPDIR")) oldTmp = qgetenv("TMPDIR");
@@ -168,13 +168,13 @@ struct DialogWorld : ::testing::Test {
     void Collect(const std::u16string& folder, const std::string& fileName) {
         const std::string path = WriteBlock(home.file("drawings/" + fileName));
         ASSERT_TRUE(
-            CollectBlockFile(token, FolderIdByName(FolderMap(), folder), W(path), CollectForce::Replace).Is(u"1"));
+            CollectBlockFile(token, FolderIdByName(FolderMap(), folder), Utf8ToUtf16(path), CollectForce::Replace).Is(u"1"));
     }
     // The panel's map as the collection page would have read it, blocks included.
     CollectionFolderMap FolderMap() {
         CollectionFolderMap map;
         for (const ListedFolder& listed : FetchFolderNames(token).document.folders) {
-            CollectionFolder& folder = map[listed.id] = {listed.id, listed.name, W(mirror) + u"/" + listed.name, {}};
+            CollectionFolder& folder = map[listed.id] = {listed.id, listed.name, Utf8ToUtf16(mirror) + u"/" + listed.name, {}};
             for (const ListedBlock& b : FetchFolderBlocks(token, listed.id).document.blocks)
                 folder.blocks.push_back({b.id, b.filename, b.url, b.info, folder.path + u"/" + b.filename});
         }

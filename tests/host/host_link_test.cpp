@@ -96,35 +96,35 @@ TEST_F(HostLink, OrdersLocationsInsertionsAndTheBoutiqueQuestion) {
     for (const auto& [text, user, token] : cases)
         EXPECT_EQ(std::make_tuple(CopyData(416, text), panel->userId, panel->userToken),
                   std::make_tuple(0, user, std::u16string(token)))
-            << U8(text);
+            << Utf16ToUtf8(text);
     // Signing out forgets the user; on the collections entry (class 1) the search text goes too.
     for (int classIndex : {1, 3}) {
         panel->userId = 77;
         panel->userToken = u"secret";
-        panel->m_classIndex = classIndex;
-        panel->m_page = PageSearch;
+        panel->m_nav.classIndex = classIndex;
+        panel->m_nav.page = PageSearch;
         panel->m_searchEdit->setText(QStringLiteral("门"));
         EXPECT_EQ(Control(6, 0), 0);
         EXPECT_EQ(std::tie(panel->userId, panel->userToken), std::make_tuple(-1, std::u16string()));
         EXPECT_EQ(panel->m_searchEdit->text(), classIndex == 1 ? QString() : QStringLiteral("门")) << classIndex;
     }
-    panel->m_page = PageBrowse;
+    panel->m_nav.page = PageBrowse;
     EXPECT_TRUE(host->records.empty());
 
     // Locations and the host's calls steer the panel and its mode.
     const WindowHandle handle = panel->Handle();
     KillTimer(handle, 2000);
-    const int page = panel->m_page, pending = panel->m_pendingClass;
+    const int page = panel->m_nav.page, pending = panel->m_nav.pendingClass;
     // A location answers 1 and opens nothing; only the collections word would.
     EXPECT_EQ(CopyData(411, u"\\门窗\\推拉门"), 1);
     QCoreApplication::sendPostedEvents();
-    EXPECT_EQ(std::make_tuple(panel->m_page, panel->m_pendingClass, IsTimerRunning(handle, 2000)), std::make_tuple(page, pending, false));
+    EXPECT_EQ(std::make_tuple(panel->m_nav.page, panel->m_nav.pendingClass, IsTimerRunning(handle, 2000)), std::make_tuple(page, pending, false));
     EXPECT_TRUE(CopyData(411, u"\\我的收藏\\1") == 1 && !panel->m_quietCollect) << "the host's flag lasts this step only";
     panel->HidePanel();
     EXPECT_TRUE(CopyData(412, u"") == 1 && panel->isVisible()) << "412 shows the panel whatever the location";
     panel->HidePanel();
     SearchBrindleRes(u"推拉门", u"PMMC");
-    EXPECT_EQ(std::tie(panel->showMode, panel->m_page), std::make_tuple(std::u16string(u"PMMC"), int(PageSearch)));
+    EXPECT_EQ(std::tie(panel->showMode, panel->m_nav.page), std::make_tuple(std::u16string(u"PMMC"), int(PageSearch)));
     // The collections from the host: the search page is left first; with
     // nobody signed in the host is asked for a user, and without one nothing opens.
     panel->HidePanel();
@@ -132,7 +132,7 @@ TEST_F(HostLink, OrdersLocationsInsertionsAndTheBoutiqueQuestion) {
     ShiftTicksForTest(500);  // past the damping of search commands
     const size_t signIns = host->Requests(MARROWFIN_REQUEST_SIGN_IN).size();
     ResetClass(u"\\我的收藏");
-    EXPECT_EQ(std::make_tuple(IsSearchPage(panel->m_page), IsTimerRunning(handle, 2000), panel->showMode,
+    EXPECT_EQ(std::make_tuple(IsSearchPage(panel->m_nav.page), IsTimerRunning(handle, 2000), panel->showMode,
                               host->Requests(MARROWFIN_REQUEST_SIGN_IN).size(), panel->m_quietCollect),
               std::make_tuple(false, false, std::u16string(u"PMMC"), signIns + 1, false));
     host->records.clear();
@@ -177,13 +177,15 @@ TEST_F(HostLink, OrdersLocationsInsertionsAndTheBoutiqueQuestion) {
                                    IsBlkBoutique(u"/d/Orsolen/精品/门/c.dwg"), panel->m_boutiqueCache.size()}),
               (std::vector<size_t>{1, 1, 0, 2}));
     // Answers come from the cache once given, whatever the tree says now,
-    // until the 101st entry starts it afresh.
+    // until an entry finds more than 100 there and starts it afresh.
     fine->boutique = false;
     EXPECT_EQ(IsBlkBoutique(u"/d/Orsolen/精品/门/a.dwg"), 1);
     for (int i = 0; i < 98; ++i) IsBlkBoutique((u"/nowhere/" + std::u16string(1, char16_t(u'A' + i))).c_str());
     EXPECT_EQ((std::vector<size_t>{panel->m_boutiqueCache.size(), IsBlkBoutique(u"/nowhere/new.dwg"),
-                                   panel->m_boutiqueCache.size(), IsBlkBoutique(u"/d/Orsolen/精品/门/a.dwg")}),
-              (std::vector<size_t>{100, 0, 1, 0}));
+                                   panel->m_boutiqueCache.size(), IsBlkBoutique(u"/d/Orsolen/精品/门/a.dwg"),
+                                   IsBlkBoutique(u"/nowhere/newer.dwg"), panel->m_boutiqueCache.size(),
+                                   IsBlkBoutique(u"/d/Orsolen/精品/门/a.dwg")}),
+              (std::vector<size_t>{100, 0, 101, 1, 0, 1, 0}));
     store.root = savedRoot;
     DestroySubtree(&root);
     panel->m_boutiqueCache.clear();

@@ -77,7 +77,7 @@ TEST(MarkupParse, WalksTheCallersReadingOrderEveryTokeniserCaseAndAttributeValue
          "unended_start_tag tagname=\"u2\" offset=\"12\" offset2=\"35\"/><unended_start_tag tagname=\"u1\" offset=\"3\" offset2=\"35\""},
     };
     for (const auto& [text, ok, record] : cases) {
-        SCOPED_TRACE(U8(text));
+        SCOPED_TRACE(Utf16ToUtf8(text));
         EXPECT_EQ(doc.SetText(text), ok) << ResultOf(doc);
         EXPECT_EQ(record ? HasRecord(doc, record) : doc.GetResult().empty(), true) << ResultOf(doc);
         EXPECT_EQ(test::ShapeOf(doc), test::ReparsedShape(doc));
@@ -122,7 +122,7 @@ TEST(MarkupParse, WalksTheCallersReadingOrderEveryTokeniserCaseAndAttributeValue
     };
     std::u16string buffer;
     for (const auto& [text, name, value] : reads) {
-        SCOPED_TRACE(U8(text) + " " + (name ? U8(name) : "(text)"));
+        SCOPED_TRACE(Utf16ToUtf8(text) + " " + (name ? Utf16ToUtf8(name) : "(text)"));
         ASSERT_TRUE(doc.SetText(text) && doc.FindElement()) << ResultOf(doc);
         buffer = u"left over from before";
         if (!name) {
@@ -148,7 +148,7 @@ TEST(MarkupParse, WalksTheCallersReadingOrderEveryTokeniserCaseAndAttributeValue
     std::u16string tag = u"<e";
     std::vector<std::pair<std::u16string, std::u16string>> expected;
     for (int i = 0; i < 20; ++i) {
-        const std::u16string n = u"a" + W(std::to_string(i)), v = u"v" + W(std::to_string(i));
+        const std::u16string n = u"a" + Utf8ToUtf16(std::to_string(i)), v = u"v" + Utf8ToUtf16(std::to_string(i));
         tag += u" " + n + u"=\"" + v + u"&amp;\"";
         expected.emplace_back(n, v + u"&");
     }
@@ -160,12 +160,12 @@ TEST(MarkupParse, WalksTheCallersReadingOrderEveryTokeniserCaseAndAttributeValue
         ASSERT_TRUE(doc.SetText(u"<r>" + tag + u"<c k=\"child\"/></e><f k=\"other\"/></r>")) << ResultOf(doc);
         ASSERT_TRUE(doc.FindElement(u"r") && doc.EnterElement() && doc.FindElement(u"e"));
         std::shuffle(expected.begin(), expected.end(), random);
-        for (const auto& [n, v] : expected) EXPECT_EQ(doc.GetAttribute(n), v) << U8(n) << " in round " << round;
+        for (const auto& [n, v] : expected) EXPECT_EQ(doc.GetAttribute(n), v) << Utf16ToUtf8(n) << " in round " << round;
         const std::u16string_view names[3] = {expected[0].first, expected[1].first, expected[2].first};
         std::u16string_view views[3];
         std::u16string scratch[3];
         doc.AttributeViews(names, views, scratch);
-        for (int i = 0; i < 3; ++i) EXPECT_EQ(views[i], expected[i].second) << U8(names[i]) << " in round " << round;
+        for (int i = 0; i < 3; ++i) EXPECT_EQ(views[i], expected[i].second) << Utf16ToUtf8(names[i]) << " in round " << round;
         ASSERT_TRUE(doc.FindChildElement(u"c"));
         EXPECT_EQ(doc.GetChildAttribute(u"k") + doc.GetAttribute(u"a19") + doc.GetChildAttribute(u"a0"), u"childv19&");
     }
@@ -225,7 +225,7 @@ TEST(MarkupEdit, AddAndSetKeepTheLayoutAndMatchAReparseInLongRandomRunsAndBigDoc
     };
     for (const Case& c : cases)
         for (const auto& [op, expected] : c.edits) {
-            SCOPED_TRACE(U8(c.text) + " " + U8(op));
+            SCOPED_TRACE(Utf16ToUtf8(c.text) + " " + Utf16ToUtf8(op));
             doc.SetText(c.text);
             ASSERT_TRUE(doc.FindElement() && doc.EnterElement());
             const std::u16string child = c.open;
@@ -246,7 +246,7 @@ TEST(MarkupEdit, AddAndSetKeepTheLayoutAndMatchAReparseInLongRandomRunsAndBigDoc
     ASSERT_TRUE(doc.FindChildElement(u"b") && doc.FindElement(u"c") && doc.LeaveElement() && doc.GetTagName() == u"r");
     // Names that would not read back as one name are refused; so is a value that a '='
     // without a value in front would swallow the tag's end with.
-    for (const char16_t* name : {u"", u"a b", u"1a"}) EXPECT_FALSE(doc.AddElement(name)) << U8(name);
+    for (const char16_t* name : {u"", u"a b", u"1a"}) EXPECT_FALSE(doc.AddElement(name)) << Utf16ToUtf8(name);
     EXPECT_FALSE(doc.SetAttribute(u"x=y", u"v"));
     doc.SetText(u"<r><a b= /><c/></r>");
     ASSERT_TRUE(doc.FindElement() && doc.EnterElement() && doc.FindElement(u"a"));
@@ -272,7 +272,7 @@ TEST(MarkupEdit, AddAndSetKeepTheLayoutAndMatchAReparseInLongRandomRunsAndBigDoc
             }
             ASSERT_EQ(CheckIndex(doc), "") << run << "/" << step;
             if (step % 10 == 0) {
-                ASSERT_EQ(ReparsedShape(doc), ShapeOf(doc)) << run << "/" << step << " " << U8(doc.Text());
+                ASSERT_EQ(ReparsedShape(doc), ShapeOf(doc)) << run << "/" << step << " " << Utf16ToUtf8(doc.Text());
             }
         }
     }
@@ -283,11 +283,11 @@ TEST(MarkupEdit, AddAndSetKeepTheLayoutAndMatchAReparseInLongRandomRunsAndBigDoc
     doc.SetText(u"");
     ASSERT_TRUE(doc.AddElement(u"root") && doc.EnterElement());
     const uint32_t count = 140000;
-    for (uint32_t i = 0; i < count; ++i) ASSERT_TRUE(doc.AddElement(u"i", W(std::to_string(i))));
+    for (uint32_t i = 0; i < count; ++i) ASSERT_TRUE(doc.AddElement(u"i", Utf8ToUtf16(std::to_string(i))));
     EXPECT_TRUE(doc.RecordCount() == count + 2 && CheckIndex(doc).empty() && ReparsedShape(doc) == ShapeOf(doc));
     // The last child is found through the first child's previous-sibling word.
     EXPECT_TRUE(doc.Record(doc.Record(doc.ParentCursor()).firstChild).prevSibling == count + 1 &&
-                doc.GetElementText() == W(std::to_string(count - 1)));
+                doc.GetElementText() == Utf8ToUtf16(std::to_string(count - 1)));
 
     const std::u16string filler(5u << 20, u'x');
     doc.SetText(u"<r>" + filler + u"<a k=\"v\"/></r>");

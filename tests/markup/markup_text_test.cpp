@@ -40,11 +40,11 @@ TEST(MarkupFile, EveryFormReadsAndSavesByteForByteDetectionNulsAndFailures) {
     // (Which names give which code pages, and the code pages themselves, have their own tests.)
     const std::u16string latin = u"<?xml encoding=\"ISO-8859-1\"?><r>Ølé</r>";
     const std::tuple<std::string, std::u16string, uint32_t, const char*> forms[] = {
-        {"\xEF\xBB\xBF" + U8(body), body, MarkupDocument::FlagUtf8Bom, "bom"},
+        {"\xEF\xBB\xBF" + Utf16ToUtf8(body), body, MarkupDocument::FlagUtf8Bom, "bom"},
         {"\xFF\xFE" + Utf16Bytes(body, false), body, MarkupDocument::FlagUtf16LeBom, "bom"},
         {"\xFE\xFF" + Utf16Bytes(body, true), body, MarkupDocument::FlagUtf16BeBom, "endian_swap"},
-        {U8(body), body, 0, "read encoding=\"UTF-8\""},
-        {"<?xml version=\"1.0\" encoding=\"utf-8\"?>" + U8(body), u"<?xml version=\"1.0\" encoding=\"utf-8\"?>" + body, 0,
+        {Utf16ToUtf8(body), body, 0, "read encoding=\"UTF-8\""},
+        {"<?xml version=\"1.0\" encoding=\"utf-8\"?>" + Utf16ToUtf8(body), u"<?xml version=\"1.0\" encoding=\"utf-8\"?>" + body, 0,
          "read encoding=\"UTF-8\""},
         {InCodePage(decl32, CpUtf32), decl32, 0, ""},  // no marks: found through the declaration
         {Utf16Bytes(decl16, false), decl16, 0, ""}, {InCodePage(gbk, 936), gbk, 0, "converted_to encoding=\"UTF-16\""},
@@ -52,24 +52,24 @@ TEST(MarkupFile, EveryFormReadsAndSavesByteForByteDetectionNulsAndFailures) {
     };
     const std::string in = home.file("in.xml"), out = home.file("out.xml");
     for (const auto& [bytes, text, flags, record] : forms) {
-        SCOPED_TRACE(U8(text.substr(0, 50)));
+        SCOPED_TRACE(Utf16ToUtf8(text.substr(0, 50)));
         WriteBytes(in, bytes);
         MarkupDocument doc, fromBytes;
-        ASSERT_TRUE(doc.LoadFile(W(in))) << ResultOf(doc);
+        ASSERT_TRUE(doc.LoadFile(Utf8ToUtf16(in))) << ResultOf(doc);
         EXPECT_EQ(std::make_pair(doc.Text(), doc.Flags()), std::make_pair(std::u16string_view(text), flags));
         EXPECT_TRUE(HasRecord(doc, record)) << ResultOf(doc);
         ASSERT_TRUE(fromBytes.LoadBytes(bytes));
         EXPECT_TRUE(fromBytes.Text() == doc.Text() && fromBytes.GetResult() == doc.GetResult());
-        ASSERT_TRUE(doc.SaveFile(W(out))) << ResultOf(doc);
+        ASSERT_TRUE(doc.SaveFile(Utf8ToUtf16(out))) << ResultOf(doc);
         EXPECT_EQ(ReadBytes(out), bytes);
         // A text set from nothing is written in its declared code page as well.
         MarkupDocument set;
         ASSERT_TRUE(set.SetText(text));
-        EXPECT_TRUE(flags != 0 || (set.SaveFile(W(out)) && ReadBytes(out) == bytes));
+        EXPECT_TRUE(flags != 0 || (set.SaveFile(Utf8ToUtf16(out)) && ReadBytes(out) == bytes));
     }
     // A character without an equivalent is recorded, and the write still happens.
     MarkupDocument doc;
-    ASSERT_TRUE(doc.SetText(u"<?xml encoding=\"iso-8859-1\"?><r>中</r>") && doc.SaveFile(W(out)));
+    ASSERT_TRUE(doc.SetText(u"<?xml encoding=\"iso-8859-1\"?><r>中</r>") && doc.SaveFile(Utf8ToUtf16(out)));
     EXPECT_TRUE(HasRecord(doc, "conversion_loss")) << ResultOf(doc);
     EXPECT_EQ(ReadBytes(out), "<?xml encoding=\"iso-8859-1\"?><r>?</r>");
 
@@ -83,7 +83,7 @@ TEST(MarkupFile, EveryFormReadsAndSavesByteForByteDetectionNulsAndFailures) {
         {" \xE4\xB8\xAD<r/>", true, u" 中<r/>"},             // else valid UTF-8 is detected
         {" \xFF<r/>", false, u" \uFFFD<r/>"},                // the default code page is UTF-8 here
         // The charset of an html meta counts before </head> only; another first element ends the search.
-        {U8(meta) + "<p>" + gbkBytes + "</p></html>", false, meta + u"<p>图块</p></html>"},
+        {Utf16ToUtf8(meta) + "<p>" + gbkBytes + "</p></html>", false, meta + u"<p>图块</p></html>"},
         {"<html><head></head><meta content=\"charset=gbk\"><p>" + gbkBytes + "</p></html>", false, u""},
         {"<root><?xml encoding=\"gbk\"?>" + gbkBytes + "</root>", false, u""},
         {std::string("<r>a\0b\0</r>", 11), false, u"<r>ab</r>"},
@@ -94,27 +94,27 @@ TEST(MarkupFile, EveryFormReadsAndSavesByteForByteDetectionNulsAndFailures) {
         SCOPED_TRACE(bytes);
         WriteBytes(path, bytes);
         MarkupDocument doc;
-        doc.LoadFile(W(path));
+        doc.LoadFile(Utf8ToUtf16(path));
         EXPECT_EQ(HasRecord(doc, "utf8_detection"), detected) << ResultOf(doc);
         EXPECT_TRUE(text.empty() ? doc.Text().find(u"图块") == std::u16string::npos : doc.Text() == text)
-            << U8(doc.Text());
+            << Utf16ToUtf8(doc.Text());
     }
     WriteBytes(path, std::string("<r>a\0b\0</r>", 11));
-    EXPECT_TRUE(doc.LoadFile(W(path)) && HasRecord(doc, "nulls_removed count=\"2\""));
+    EXPECT_TRUE(doc.LoadFile(Utf8ToUtf16(path)) && HasRecord(doc, "nulls_removed count=\"2\""));
     WriteBytes(path, "\xEF\xBB\xBF");
-    EXPECT_TRUE(!doc.LoadFile(W(path)) && doc.Flags() == MarkupDocument::FlagUtf8Bom && !doc.FindElement());
-    EXPECT_FALSE(doc.LoadFile(W(home.file("missing.xml"))));
+    EXPECT_TRUE(!doc.LoadFile(Utf8ToUtf16(path)) && doc.Flags() == MarkupDocument::FlagUtf8Bom && !doc.FindElement());
+    EXPECT_FALSE(doc.LoadFile(Utf8ToUtf16(home.file("missing.xml"))));
     EXPECT_TRUE(HasRecord(doc, "file_error msg=\"No such file or directory\" n=\"2\"")) << ResultOf(doc);
 
     // Nothing saves as an empty file; a built document as UTF-8 without a mark; a failed
     // write leaves the old file.
     MarkupDocument empty, built;
-    EXPECT_TRUE(empty.SaveFile(W(path)) && ReadBytes(path).empty());
-    ASSERT_TRUE(built.AddElement(u"root", u"图") && built.SaveFile(W(path)));
+    EXPECT_TRUE(empty.SaveFile(Utf8ToUtf16(path)) && ReadBytes(path).empty());
+    ASSERT_TRUE(built.AddElement(u"root", u"图") && built.SaveFile(Utf8ToUtf16(path)));
     EXPECT_EQ(ReadBytes(path), "<root>\xE5\x9B\xBE</root>\r\n");
     ASSERT_EQ(mkdir(home.file("ro").c_str(), 0500), 0);
-    EXPECT_TRUE(geteuid() == 0 || (!built.SaveFile(W(home.file("ro/x.xml"))) && HasRecord(built, "file_error")));
-    EXPECT_FALSE(built.SaveFile(W(home.file("no/such/dir/x.xml"))));
+    EXPECT_TRUE(geteuid() == 0 || (!built.SaveFile(Utf8ToUtf16(home.file("ro/x.xml"))) && HasRecord(built, "file_error")));
+    EXPECT_FALSE(built.SaveFile(Utf8ToUtf16(home.file("no/such/dir/x.xml"))));
 }
 
 std::u16string Decode(std::u16string_view s) {
@@ -202,7 +202,7 @@ TEST(MarkupText, DecodesReferencesAndUtf8LikeThePlatformCodecAndNamesEncodings) 
     const auto names = EncodingNames();
     for (const EncodingName& e : names) {
         const std::u16string name = e.name;
-        SCOPED_TRACE(U8(name));
+        SCOPED_TRACE(Utf16ToUtf8(name));
         for (const std::u16string& form : {name, Upper(name, false), Upper(name, true)})
             EXPECT_EQ(CodePageOfEncodingName(form), e.codePage);
         // One unit more or less is another name, unknown unless the table has it.
@@ -210,14 +210,14 @@ TEST(MarkupText, DecodesReferencesAndUtf8LikeThePlatformCodecAndNamesEncodings) 
             EXPECT_TRUE(
                 std::count_if(names.begin(), names.end(), [&](const EncodingName& o) { return other == o.name; }) ||
                 CodePageOfEncodingName(other) == 0u)
-                << U8(other);
+                << Utf16ToUtf8(other);
     }
     // "8-ftu" shares the bucket of "utf-8"; "UTF-32" counts only at the start; 99 units at most.
     const std::pair<std::u16string, uint32_t> others[] = {
         {u"8-ftu", 0}, {u" utf-8", 0}, {u"ＵＴＦ-8", 0}, {std::u16string(u"utf-8\0", 6), 0}, {u"Utf-32", 0},
         {u"UTF-32BE", 65005}, {u"utf-8" + std::u16string(94, u' '), 0}, {u"UTF-32" + std::u16string(93, u'x'), 65005},
         {u"UTF-32" + std::u16string(94, u'x'), 0}};
-    for (const auto& [name, page] : others) EXPECT_EQ(CodePageOfEncodingName(name), page) << U8(name);
+    for (const auto& [name, page] : others) EXPECT_EQ(CodePageOfEncodingName(name), page) << Utf16ToUtf8(name);
 }
 
 }  // namespace

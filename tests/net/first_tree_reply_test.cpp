@@ -105,7 +105,7 @@ TEST_F(FirstTreeReply, FirstRunThenASecondRunOnItsOwnThread) {
               u"    材10|f.dwg|" + r + u"/石/材10/f.dwg|file|http://h/s/f.dwg|0|6|-|-\n");
     EXPECT_TRUE(!FileExists(risen) && !DirectoryExists(r + u"/石/材10") && FileExists(kept) &&
                 ReadGalleryVersion(u"石") == 3);
-    EXPECT_NE(test::ReadBytes(U8(r + u"/石/石.xdb")).find("<sub n=\"材10\" ver=\"3\""), std::string::npos);
+    EXPECT_NE(test::ReadBytes(Utf16ToUtf8(r + u"/石/石.xdb")).find("<sub n=\"材10\" ver=\"3\""), std::string::npos);
     EXPECT_EQ(stack.urls.size(), 2u);  // one request per run
 }
 
@@ -128,7 +128,7 @@ TEST_F(FirstTreeReply, AGalleryNamedTwiceComparesWithItsNewCatalogue) {
         // The second element starts from the 5 the first one saved, and leaves it.
         {gallery(item("A", "5", "x.dwg")) + gallery(item("B", "4", "y.dwg")), true, true, 2, 5},
     };
-    const std::u16string g = W(home.documentsDir()) + u"/Orsolen/G";
+    const std::u16string g = Utf8ToUtf16(home.documentsDir()) + u"/Orsolen/G";
     for (const auto& [reply, keepsA, keepsB, classes, version] : runs) {
         stack.reply = "<root dv=\"0\">" + reply + "</root>";
         test::BuildAndAdopt(store);
@@ -143,5 +143,5 @@ TEST_F(FirstTreeReply, AGalleryNamedTwiceComparesWithItsNewCatalogue) {
                 ASSERT_TRUE(WriteFileAtomic(g + file, "dwg"));
             }
     }
-    EXPECT_NE(test::ReadBytes(U8(g + u"/G.xdb")).find("<sub n=\"B\" ver=\"4\""), std::string::npos);
+    EXPECT_NE(test::ReadBytes(Utf16ToUtf8(g + u"/G.xdb")).find("<sub n=\"B\" ver=\"4\""), std::string::npos);
 }

@@ -36,9 +36,9 @@ TEST(LiveTransport, EveryCallReachesTheServiceAndEveryFaultIsAFailure) {
     ASSERT_TRUE(PostForm(formUrl, u"", out));
     const size_t bu = out.find(u"b_u=\"") + 5, fn = out.find(u"fn=\"") + 4;
     const std::u16string url = out.substr(bu, out.find(u'"', bu) - bu) + u"/" + out.substr(fn, out.find(u'"', fn) - fn);
-    const std::u16string target = W(w.home.file("block.dwg")), fresh = W(w.home.file("fresh.dwg"));
+    const std::u16string target = Utf8ToUtf16(w.home.file("block.dwg")), fresh = Utf8ToUtf16(w.home.file("fresh.dwg"));
     ASSERT_TRUE(DownloadFile(url, target, test::RecordingWindows::kPanel, 7));
-    const std::string bytes = test::ReadBytes(U8(target));
+    const std::string bytes = test::ReadBytes(Utf16ToUtf8(target));
     EXPECT_EQ(bytes.substr(0, 4), "AC10");
     const auto loaded = w.windows.Messages(MsgProgress);  // the job number in the high word
     ASSERT_FALSE(loaded.empty());
@@ -66,21 +66,21 @@ TEST(LiveTransport, EveryCallReachesTheServiceAndEveryFaultIsAFailure) {
         if (!ok) {
             w.faults().releaseHeld();
             EXPECT_FALSE(DownloadFile(url, target, 0, 0));
-            EXPECT_EQ(test::ReadBytes(U8(target)), bytes);
+            EXPECT_EQ(test::ReadBytes(Utf16ToUtf8(target)), bytes);
         }
         w.faults().releaseHeld();
     }
     // A folder that is not there: refused before any request, and not made.
     const long before = w.Count("/files/*");
-    EXPECT_FALSE(DownloadFile(url, W(w.home.file("no-such-folder/x.dwg")), 0, 0));
-    EXPECT_TRUE(!PathExists(W(w.home.file("no-such-folder"))) && w.Count("/files/*") == before);
+    EXPECT_FALSE(DownloadFile(url, Utf8ToUtf16(w.home.file("no-such-folder/x.dwg")), 0, 0));
+    EXPECT_TRUE(!PathExists(Utf8ToUtf16(w.home.file("no-such-folder"))) && w.Count("/files/*") == before);
 
     // Uploads: a missing file goes nowhere; progress is wParam 2 and the share sent, rising to 100.
     const std::u16string upload = ServiceBaseUrl() + u"/gallery/lfupload";
-    EXPECT_FALSE(UploadFile(upload, u"", W(w.home.file("missing.zip")), out, 0));
+    EXPECT_FALSE(UploadFile(upload, u"", Utf8ToUtf16(w.home.file("missing.zip")), out, 0));
     test::WriteBytes(w.home.file("big.zip"), std::string(3 * 1024 * 1024, 'z'));
     const size_t earlier = w.windows.Messages(MsgProgress).size();
-    EXPECT_TRUE(UploadFile(upload, u"", W(w.home.file("big.zip")), out, test::RecordingWindows::kPanel));
+    EXPECT_TRUE(UploadFile(upload, u"", Utf8ToUtf16(w.home.file("big.zip")), out, test::RecordingWindows::kPanel));
     auto progress = w.windows.Messages(MsgProgress);
     progress.erase(progress.begin(), progress.begin() + static_cast<std::ptrdiff_t>(earlier));
     ASSERT_FALSE(progress.empty());
@@ -89,5 +89,5 @@ TEST(LiveTransport, EveryCallReachesTheServiceAndEveryFaultIsAFailure) {
     EXPECT_EQ(std::make_pair(progress.back().lParam, w.Count("/gallery/lfupload")),
               std::make_pair(std::intptr_t{100}, 1L));
     w.faults().set("/gallery/lfupload", {.status = 500});
-    EXPECT_FALSE(UploadFile(upload, u"", W(w.home.file("big.zip")), out, 0));
+    EXPECT_FALSE(UploadFile(upload, u"", Utf8ToUtf16(w.home.file("big.zip")), out, 0));
 }

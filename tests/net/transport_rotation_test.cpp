@@ -57,7 +57,7 @@ TEST(TransportRotation, StartsOnCurlThenRemembersTheWinnerAndEscapesUrls) {
               "a%20b%22%23%24%25%26%2b%2c%3b%3c%3d%3e%3f%40%5b%5c%5d%5e%60%7b%7c%7d!'()*");
     // Too long once escaped: the URL goes as it was.
     const std::u16string longUrl = u"http://h/" + std::u16string(400, u'门');
-    EXPECT_EQ(PercentEncodeDownloadUrl(longUrl), U8(longUrl));
+    EXPECT_EQ(PercentEncodeDownloadUrl(longUrl), Utf16ToUtf8(longUrl));
     EXPECT_EQ(EscapeRequestUrl(u"http://h:9/gallery/g_all_s?gallery_name=门 窗,A&B=1#%"),
               "http://h:9/gallery/g_all_s?gallery_name=%E9%97%A8%20%E7%AA%97,A&B=1%23%25");
     // An escape made by the caller stays; a '%' without two hex digits after it does not.

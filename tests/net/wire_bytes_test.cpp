@@ -22,7 +22,7 @@ struct OneShotServer {
         bind(listener, reinterpret_cast<sockaddr*>(&addr), len);
         getsockname(listener, reinterpret_cast<sockaddr*>(&addr), &len);
         listen(listener, 1);
-        base = W("http://127.0.0.1:" + std::to_string(ntohs(addr.sin_port)));
+        base = Utf8ToUtf16("http://127.0.0.1:" + std::to_string(ntohs(addr.sin_port)));
         server = std::thread([this, reply = std::move(reply)] {
             const int c = accept(listener, nullptr, nullptr);
             // Read the head, then as much body as Content-Length announces.
@@ -78,9 +78,9 @@ TEST(WireBytes, FormPostDownloadAndUploadAsTheServiceExpects) {
     {
         const std::string body(1500, 'z');
         OneShotServer server("HTTP/1.1 200 OK\r\nContent-Length: 1500\r\nConnection: close\r\n\r\n" + body);
-        const std::u16string target = W(home.file("x.dwg"));
+        const std::u16string target = Utf8ToUtf16(home.file("x.dwg"));
         ASSERT_TRUE(DownloadFile(server.base + u"/files/门 窗/a b.dwg", target, 0, 0) &&
-                    test::ReadBytes(U8(target)) == body);
+                    test::ReadBytes(Utf16ToUtf8(target)) == body);
         const std::string r = server.Request();
         EXPECT_TRUE(r.starts_with("GET /files/%e9%97%a8%20%e7%aa%97/a%20b.dwg HTTP/1.1\r\n") &&
                     Holds(r, {"\r\nUser-Agent:BRINDLE;charset=utf-8\r\n"}))
@@ -90,7 +90,7 @@ TEST(WireBytes, FormPostDownloadAndUploadAsTheServiceExpects) {
         test::WriteBytes(home.file("100_收藏.zip"), "PK-bytes");
         OneShotServer server(kOk);
         std::u16string out;
-        ASSERT_TRUE(UploadFile(server.base + u"/gallery/lfupload", u"", W(home.file("100_收藏.zip")), out, 0) &&
+        ASSERT_TRUE(UploadFile(server.base + u"/gallery/lfupload", u"", Utf8ToUtf16(home.file("100_收藏.zip")), out, 0) &&
                     out == u"success");
         EXPECT_TRUE(Holds(server.Request(),
                           {"\r\nContent-Type: multipart/form-data; boundary=",

@@ -119,7 +119,7 @@ TEST(ClassManagerRoad, AFirstStartChoosesThroughTheManagerAndEveryCallerFollowsI
     CSelClassDlg* third = r.WaitForManager();
     ASSERT_NE(third, nullptr);
     r.Press(third->Button(997));
-    EXPECT_TRUE(PumpUntil([&] { return r.panel->m_page == PageSearch; }) && ShowNames() == chosen);
+    EXPECT_TRUE(PumpUntil([&] { return r.panel->m_nav.page == PageSearch; }) && ShowNames() == chosen);
 
     // "UpdateShow" hides the panel in hand for the manager (what its end rebuilds: the end-to-end test).
     ShowGallery(u"", u"UpdateShow");
@@ -140,7 +140,7 @@ TEST(ClassManagerRoad, RoutesAddUnlistedClassesUpToTheLimitOf101) {
     ShowGallery((u"\\" + r.G(2)).c_str(), u"");
     EXPECT_EQ(std::make_pair(ShowNames().size(), ShowNames().back()), std::make_pair(size_t(100), r.G(2)));
     auto shownRow = [&] {
-        const int i = r.panel->m_classIndex;
+        const int i = r.panel->m_nav.classIndex;
         return i >= 0 && i < r.panel->m_classList->GetItemCount() ? r.panel->m_classList->GetItemText(i).toStdU16String()
                                                                     : std::u16string();
     };

@@ -72,7 +72,7 @@ TEST(TextCodecs, Utf8ValidityRoundTripsAndLossLegacyCodePagesFoldingAndIntegers)
         {u"1000", false, 999}, {u"99", false, 99}};
     for (const auto& [text, negative, magnitude] : integers) {
         const LeadingInteger n = ScanLeadingInteger(text, 999);
-        EXPECT_EQ(std::make_pair(n.negative, n.magnitude), std::make_pair(negative, magnitude)) << U8(text);
+        EXPECT_EQ(std::make_pair(n.negative, n.magnitude), std::make_pair(negative, magnitude)) << Utf16ToUtf8(text);
     }
     // The profile's reader wraps as a 32-bit number would.
     EXPECT_EQ(std::make_tuple(ParseProfileInt(u"4294967295") + ParseProfileInt(u"99999999999"),
@@ -82,7 +82,7 @@ TEST(TextCodecs, Utf8ValidityRoundTripsAndLossLegacyCodePagesFoldingAndIntegers)
 
 TEST(IniFile, NamesWithoutCaseBufferCutWritesThatKeepTheRestAndConcurrentWriters) {
     TempHome home;
-    const std::u16string ini = W(home.file("sub/version.ini"));
+    const std::u16string ini = Utf8ToUtf16(home.file("sub/version.ini"));
     ASSERT_TRUE(IniWriteString(ini, u"OldCollect", u"TIP", u"1"));  // file and folder created
     test::WriteBytes(home.file("sub/version.ini"),
                      "\xEF\xBB\xBF[Version]\r\n 门窗 = 12 \r\nLong=abcdefghijklmnopqrstuvwxyz0123456789\r\n"
@@ -110,7 +110,7 @@ TEST(IniFile, NamesWithoutCaseBufferCutWritesThatKeepTheRestAndConcurrentWriters
 
     // Three threads each rewrite their own key of one file; a write that read the file
     // before another's rename would put the other's key back to an old value.
-    const std::u16string shared = W(home.file("shared.ini"));
+    const std::u16string shared = Utf8ToUtf16(home.file("shared.ini"));
     constexpr int kThreads = 3, kRounds = 1000;
     std::atomic<int> failedWrites{0}, staleReads{0};
     std::vector<std::thread> writers;
@@ -134,12 +134,12 @@ TEST(IniFile, NamesWithoutCaseBufferCutWritesThatKeepTheRestAndConcurrentWriters
     const std::string before = "[options]\nkeep=1\n", locked = home.file("locked.ini"),
                       folder = home.file("folder.ini");
     test::WriteBytes(locked, before);
-    ASSERT_TRUE(CreateDirectories(W(folder)));
+    ASSERT_TRUE(CreateDirectories(Utf8ToUtf16(folder)));
     test::WriteBytes(folder + "/inside", before);
     FailFileReadsForTests(1);
-    EXPECT_FALSE(IniWriteString(W(locked), u"options", u"new", u"2"));
+    EXPECT_FALSE(IniWriteString(Utf8ToUtf16(locked), u"options", u"new", u"2"));
     FailFileReadsForTests(0);
-    EXPECT_FALSE(IniWriteString(W(folder), u"options", u"new", u"2"));
+    EXPECT_FALSE(IniWriteString(Utf8ToUtf16(folder), u"options", u"new", u"2"));
     EXPECT_EQ(test::ReadBytes(locked) + test::ReadBytes(folder + "/inside"), before + before);
     for (const auto& entry : std::filesystem::directory_iterator(home.dir()))
         EXPECT_EQ(entry.path().filename().string().find(".tmp-"), std::string::npos) << entry.path();
@@ -147,8 +147,8 @@ TEST(IniFile, NamesWithoutCaseBufferCutWritesThatKeepTheRestAndConcurrentWriters
 
 TEST(Files, AtomicWritesRemovalsAndCopies) {
     TempHome home;
-    const std::u16string path = W(home.file("图库/Show.xml"));
-    ASSERT_TRUE(CreateDirectories(W(home.file("图库"))));
+    const std::u16string path = Utf8ToUtf16(home.file("图库/Show.xml"));
+    ASSERT_TRUE(CreateDirectories(Utf8ToUtf16(home.file("图库"))));
     ASSERT_TRUE(WriteFileAtomic(path, "first version"));
     // A write that fails half-way (the file-size limit stops it) leaves the old file whole, and no temporary.
     struct rlimit old{};
@@ -163,10 +163,10 @@ TEST(Files, AtomicWritesRemovalsAndCopies) {
     std::string bytes = "stale";
     EXPECT_TRUE(!wrote && ReadWholeFile(path, bytes) && bytes == "first version");
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(home.file("图库")), {}), 1);
-    EXPECT_FALSE(WriteFileAtomic(W(home.file("missing/dir/x.xml")), "x"));
+    EXPECT_FALSE(WriteFileAtomic(Utf8ToUtf16(home.file("missing/dir/x.xml")), "x"));
     // Missing files and folders read as nothing.
-    for (const std::u16string& p : {W(home.file("nope")), W(home.dir())})
-        EXPECT_TRUE(!ReadWholeFile(p, bytes) && bytes.empty() && FileSize(p) == -1) << U8(p);
+    for (const std::u16string& p : {Utf8ToUtf16(home.file("nope")), Utf8ToUtf16(home.dir())})
+        EXPECT_TRUE(!ReadWholeFile(p, bytes) && bytes.empty() && FileSize(p) == -1) << Utf16ToUtf8(p);
 
     // Trees go with their read-only entries; copies never overwrite.
     const std::string top = home.file("tree");
@@ -174,13 +174,13 @@ TEST(Files, AtomicWritesRemovalsAndCopies) {
     test::WriteBytes(top + "/a/file.dwg", "x");
     chmod((top + "/a/file.dwg").c_str(), 0444);
     chmod((top + "/a/b/c").c_str(), 0555);
-    RemoveDirectoryTree(W(top));
-    EXPECT_FALSE(PathExists(W(top)));
-    const std::u16string a = W(home.file("a.xml")), b = W(home.file("b.xml"));
+    RemoveDirectoryTree(Utf8ToUtf16(top));
+    EXPECT_FALSE(PathExists(Utf8ToUtf16(top)));
+    const std::u16string a = Utf8ToUtf16(home.file("a.xml")), b = Utf8ToUtf16(home.file("b.xml"));
     ASSERT_TRUE(WriteFileAtomic(a, "A"));
     RemoveDirectoryTree(a);  // only folders are removed
     EXPECT_TRUE(CopyFileNoOverwrite(a, b) && WriteFileAtomic(a, "A2"));
-    EXPECT_TRUE(!CopyFileNoOverwrite(a, b) && test::ReadBytes(U8(b)) == "A");
+    EXPECT_TRUE(!CopyFileNoOverwrite(a, b) && test::ReadBytes(Utf16ToUtf8(b)) == "A");
 }
 
 TEST(DocumentRoot, HonoursDocDirAndFallsBack) {
@@ -188,24 +188,24 @@ TEST(DocumentRoot, HonoursDocDirAndFallsBack) {
         TempHome home;
         const std::string custom = home.file("custom");
         std::filesystem::create_directories(custom);
-        WriteOptionString(u"docDir", W(custom));
-        EXPECT_EQ(DocumentRoot(), W(custom));
+        WriteOptionString(u"docDir", Utf8ToUtf16(custom));
+        EXPECT_EQ(DocumentRoot(), Utf8ToUtf16(custom));
         WriteOptionString(u"docDir", u"");
-        EXPECT_EQ(DocumentRoot(), W(custom));  // computed once per process
+        EXPECT_EQ(DocumentRoot(), Utf8ToUtf16(custom));  // computed once per process
     }
     // docDir names a folder that is gone: the documents folder is used, and docDir is
     // written empty only when that is missing too.
     for (bool documents : {true, false}) {
         TempHome home;
         if (!documents) std::filesystem::remove_all(home.documentsDir());
-        WriteOptionString(u"docDir", W(home.file("gone")));
-        EXPECT_EQ(DocumentRoot(), W(home.documentsDir()));
-        EXPECT_EQ(GetOptionString(u"docDir", u"?"), documents ? W(home.file("gone")) : u"");
+        WriteOptionString(u"docDir", Utf8ToUtf16(home.file("gone")));
+        EXPECT_EQ(DocumentRoot(), Utf8ToUtf16(home.documentsDir()));
+        EXPECT_EQ(GetOptionString(u"docDir", u"?"), documents ? Utf8ToUtf16(home.file("gone")) : u"");
     }
     TempHome home;
     test::WriteBytes(home.configDir() + "/user-dirs.dirs",
                      "# c\nXDG_DESKTOP_DIR=\"$HOME/D\"\nXDG_DOCUMENTS_DIR=\"$HOME/文档\"\n");
-    EXPECT_EQ(DocumentsFolder(), W(home.dir() + "/文档"));
+    EXPECT_EQ(DocumentsFolder(), Utf8ToUtf16(home.dir() + "/文档"));
 }
 
 TEST(ThreadsAndTicks, AFailedStartRunsNothingAndTickDifferencesSurviveTheWrap) {

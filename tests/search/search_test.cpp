@@ -43,9 +43,9 @@ struct Search : StoreFixture {
         Lines lines;
         for (const SearchHit& h : hits) {
             const std::u16string tail = u"/" + h.klass + u"/" + h.subclass + u"/" + h.name;
-            lines.push_back(U8(h.path.substr(rootPath.size() + 1)) + " " + std::to_string(h.state) +
+            lines.push_back(Utf16ToUtf8(h.path.substr(rootPath.size() + 1)) + " " + std::to_string(h.state) +
                             (h.prefetch ? " p" : "") + (h.boutique ? " b " : " ") + std::to_string(h.size) +
-                            (h.url == W(service.baseUrl()) + u"/files" + tail ? "" : " " + U8(h.url)) +
+                            (h.url == Utf8ToUtf16(service.baseUrl()) + u"/files" + tail ? "" : " " + Utf16ToUtf8(h.url)) +
                             (h.path.ends_with(tail) ? "" : " bad"));
         }
         return lines;
@@ -106,7 +106,7 @@ TEST_F(Search, CacheVersionsEmptyOnlyRisenClasses) {
     RefreshSearchCacheVersions(rootPath, {{u"A", 5}, {u"B", 3}, {u"C", 1}, {u"D", 0}, {u"..", 9}, {u"../Doors", 9}, {u"", 9}});
     std::string left;
     for (const char16_t* name : {u"A", u"B", u"C", u"D"})
-        left += U8(name) + (FileExists(cache + u"/" + name + u"/s/x.dwg") ? "+" : "-") +
+        left += Utf16ToUtf8(name) + (FileExists(cache + u"/" + name + u"/s/x.dwg") ? "+" : "-") +
                 std::to_string(IniGetInt(ini, u"version", name, -1));
     EXPECT_TRUE(left == "A-5B+3C+2D-0" && FileExists(ini) && PathExists(At(u"Doors/s/x.dwg"))) << left;
     ASSERT_TRUE(DeleteSearchCache(rootPath) && CreateDirectories(ini));
@@ -142,7 +142,7 @@ TEST_F(Search, OfflineFallbackAndOldCollectionOverATree) {
     GalleryNode* many = AddClass(AddGallery(u"门库"), u"全部", 0, u"");
     for (int i = 0; i < 12; ++i) Touch(AddBlock(many, u"窗" + std::u16string(1, u'a' + i), 1, false)->Path());
     // Written an hour ago: its listing is kept between searches.
-    const std::filesystem::path folder = std::filesystem::u8path(U8(many->Path()));
+    const std::filesystem::path folder = std::filesystem::u8path(Utf16ToUtf8(many->Path()));
     std::filesystem::last_write_time(folder, std::filesystem::last_write_time(folder) - std::chrono::hours(1));
     auto count = [&] { return LocalBlockSearch(store.root, u"窗", {}).size(); };
     EXPECT_EQ(count(), 12u);
@@ -174,7 +174,7 @@ TEST_F(Search, RowDownloadsRunOnceAndKeepOnlyWholeBlocks) {
     WriteBytes(data + "/blocks/Doors/Sliding/panel.dwg", std::string(1025, 'p'));
     WriteBytes(data + "/blocks/Doors/Sliding/门-s.dwg", std::string(1024, 's'));
     auto row = [&](const std::u16string& name) {
-        return RowKey{name, u"Doors", W(service.baseUrl()) + u"/files/Doors/Sliding/" + name, At(u"s/" + name)};
+        return RowKey{name, u"Doors", Utf8ToUtf16(service.baseUrl()) + u"/files/Doors/Sliding/" + name, At(u"s/" + name)};
     };
     ActiveRowDownloads active;
     uint16_t id = 0;

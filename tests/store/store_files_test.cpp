@@ -39,14 +39,14 @@ TEST_F(Catalogue, WritesTheExactBytesOfWholeUtf8ReadsThemBackAndRefusesBrokenFil
     store.staleClasses[marble->Path()] = 8;
     AddGallery(u"Other");
     WriteCatalogue(store, u"Stone");
-    EXPECT_TRUE(ReadBytes(U8(FileOf(u"Stone"))) == DataFile("Stone.xdb") &&
+    EXPECT_TRUE(ReadBytes(Utf16ToUtf8(FileOf(u"Stone"))) == DataFile("Stone.xdb") &&
                 !FileExists(FileOf(u"Other")));  // only the named gallery
 
     // An empty name writes every gallery, making missing folders and replacing old files.
     RemoveDirectoryTree(rootPath + u"/Stone");
-    WriteBytes(U8(rootPath + u"/Other/Other.xdb"), "old");
+    WriteBytes(Utf16ToUtf8(rootPath + u"/Other/Other.xdb"), "old");
     WriteCatalogue(store, u"");
-    EXPECT_EQ(ReadBytes(U8(FileOf(u"Stone"))) + ReadBytes(U8(FileOf(u"Other"))),
+    EXPECT_EQ(ReadBytes(Utf16ToUtf8(FileOf(u"Stone"))) + ReadBytes(Utf16ToUtf8(FileOf(u"Other"))),
               DataFile("Stone.xdb") + kHead + MakeSeal(u"Other", false) + "\">\r</root>\r");
 
     const std::u16string granitePart = DumpTree(granite);
@@ -77,15 +77,15 @@ TEST_F(Catalogue, WritesTheExactBytesOfWholeUtf8ReadsThemBackAndRefusesBrokenFil
     AddClass(g, u"", 0, u"");
     // Many blocks of one class, to pass any first guess of the file's size.
     GalleryNode* big = AddClass(g, u"大" + pair, 2, u"http://h/大");  // a pair at a value's end
-    for (int i = 0; i < 2000; ++i) AddBlock(big, u"块" + W(std::to_string(i)) + pair + u".dwg", i * 1000, i % 3 == 0);
+    for (int i = 0; i < 2000; ++i) AddBlock(big, u"块" + Utf8ToUtf16(std::to_string(i)) + pair + u".dwg", i * 1000, i % 3 == 0);
     for (GalleryNode* c : {big, a})
         for (GalleryNode* b : c->fileChildren) if (b) b->boutique = true;
 
     // The layout is Stone.xdb's; here the bytes must be whole UTF-8, lone units as U+FFFD.
     WriteCatalogue(store, g->name);
-    const std::string bytes = ReadBytes(U8(FileOf(g->name)));
+    const std::string bytes = ReadBytes(Utf16ToUtf8(FileOf(g->name)));
     EXPECT_TRUE(IsValidUtf8(bytes) && bytes.find("\xEF\xBF\xBD") != std::string::npos &&
-                bytes.find(U8(u"块1999" + pair)) != std::string::npos);
+                bytes.find(Utf16ToUtf8(u"块1999" + pair)) != std::string::npos);
 
     // Read back into a fresh gallery, into none (made, boutique from the seal), and into a
     // plain one (keeps its own flag, its blocks take the seal's): the same classes each time.
@@ -94,7 +94,7 @@ TEST_F(Catalogue, WritesTheExactBytesOfWholeUtf8ReadsThemBackAndRefusesBrokenFil
     stale->fileChildren.clear();
     std::u16string before;
     for (const GalleryNode* c : g->dirChildren) before += c->name.empty() ? u"" : DumpTree(c, 1);
-    before = W(U8(before));  // lone surrogates come back as U+FFFD
+    before = Utf8ToUtf16(Utf16ToUtf8(before));  // lone surrogates come back as U+FFFD
     for (int road = 0; road < 3; ++road) {
         SCOPED_TRACE(road);
         Reset(road == 1 ? u"" : name, road == 0);
@@ -126,7 +126,7 @@ TEST_F(Catalogue, WritesTheExactBytesOfWholeUtf8ReadsThemBackAndRefusesBrokenFil
     CreateDirectories(rootPath + u"/G");
     for (const auto& [what, bytes] : broken) {
         g = Reset(u"G");
-        WriteBytes(U8(FileOf(u"G")), bytes);
+        WriteBytes(Utf16ToUtf8(FileOf(u"G")), bytes);
         EXPECT_TRUE(!ReadCatalogue(store, u"G") && g->dirChildren.empty() && store.root->dirChildren.size() == 1u)
             << what;
     }
@@ -136,7 +136,7 @@ TEST_F(Catalogue, WritesTheExactBytesOfWholeUtf8ReadsThemBackAndRefusesBrokenFil
     // The seal alone is checked (in either case); elements that lack a part are skipped.
     std::string lower = seal;
     for (char& ch : lower) ch = static_cast<char>(std::tolower(static_cast<unsigned char>(ch)));
-    WriteBytes(U8(FileOf(u"G")), kHead + lower + "\">\r<sub n=\"\" ver=\"1\" u_b=\"x\" >"
+    WriteBytes(Utf16ToUtf8(FileOf(u"G")), kHead + lower + "\">\r<sub n=\"\" ver=\"1\" u_b=\"x\" >"
                                  "<itm fn=\"lost.dwg\" sz=\"1\" hi=\"0\" /></sub><sub n=\"K\" ver=\"9\" u_b=\"http://k\" >"
                                  "<itm fn=\"nohi.dwg\" sz=\"1\" /><itm fn=\"\" sz=\"1\" hi=\"0\" />"
                                  "<itm fn=\"nosz.dwg\" sz=\"\" hi=\"0\" /><itm fn=\"ok.dwg\" sz=\"12abc\" hi=\"yes\" /></sub></root>\r");
@@ -168,11 +168,11 @@ TEST_F(Layout, VersionTipShowListAndTheMoveFromThePreviousGeneration) {
     // (non-ASCII too), the first of a key found twice, later sections of the same name,
     // the buffer's cut, a key missing, and nothing at all before the file exists.
     EXPECT_EQ(GalleryVersionsRead().Of(u"G"), 7);
-    WriteBytes(U8(VersionIniPath()), "[version]\r\nG=7\r\nÄpfel=5\r\ng=9\r\n[other]\r\nx=1\r\n"
+    WriteBytes(Utf16ToUtf8(VersionIniPath()), "[version]\r\nG=7\r\nÄpfel=5\r\ng=9\r\n[other]\r\nx=1\r\n"
                                      "[VERSION]\r\nLong=000000000000000000000123456\r\nx = 3 \r\n");
     const GalleryVersionsRead versions;
     for (const char16_t* key : {u"G", u"g", u"äpfel", u"ÄPFEL", u"Long", u"x", u"other", u""})
-        EXPECT_EQ(versions.Of(key), ReadGalleryVersion(key)) << U8(key);
+        EXPECT_EQ(versions.Of(key), ReadGalleryVersion(key)) << Utf16ToUtf8(key);
     EXPECT_EQ(versions.Of(u"äpfel") * 100 + versions.Of(u"x"), 503);
     RemoveFile(VersionIniPath());
     EXPECT_EQ(GalleryVersionsRead().Of(u"G") + versions.Of(u"G"), 7) << "read once, at the reading";
@@ -181,7 +181,7 @@ TEST_F(Layout, VersionTipShowListAndTheMoveFromThePreviousGeneration) {
     EXPECT_TRUE(ReadShowList(true).empty());  // missing file
     std::vector<std::string> names{""};       // empty items don't count
     for (int i = 0; i < 150; ++i) names.push_back("g" + std::to_string(i));
-    WriteBytes(U8(ShowListPath()), ShowXml(names));
+    WriteBytes(Utf16ToUtf8(ShowListPath()), ShowXml(names));
     EXPECT_TRUE(ReadShowList(false).size() == 101u &&
                 !DirectoryExists(StoreRoot() + u"/g0"));  // without createFolders nothing is made
     const auto items = ReadShowList(true);
@@ -192,23 +192,23 @@ TEST_F(Layout, VersionTipShowListAndTheMoveFromThePreviousGeneration) {
 
     RemoveDirectoryTree(StoreRoot());
     ASSERT_TRUE(AddGalleryToShowList(u"石材"));  // makes the folder and the list
-    WriteBytes(U8(ShowListPath()), ShowXml({"A", "B"}));  // the picker's describe attributes stay
+    WriteBytes(Utf16ToUtf8(ShowListPath()), ShowXml({"A", "B"}));  // the picker's describe attributes stay
     ASSERT_TRUE(AddGalleryToShowList(u"C"));
-    const std::string once = ReadBytes(U8(ShowListPath()));
+    const std::string once = ReadBytes(Utf16ToUtf8(ShowListPath()));
     EXPECT_FALSE(AddGalleryToShowList(u"A") || AddGalleryToShowList(u""));
-    EXPECT_EQ(ReadBytes(U8(ShowListPath())), once);
+    EXPECT_EQ(ReadBytes(Utf16ToUtf8(ShowListPath())), once);
     std::u16string listed;
     for (const ShowItem& i : ReadShowList(false)) listed += i.name + u"(" + i.describe + u") ";
     EXPECT_EQ(listed, u"A(d-A) B(d-B) C() ");
 
     // The move from the previous generation.
-    const std::u16string old = W(home.documentsDir()) + u"/Pellicor", flag = old + u"/version.ini";
+    const std::u16string old = Utf8ToUtf16(home.documentsDir()) + u"/Pellicor", flag = old + u"/version.ini";
     CreateDirectories(old);
-    WriteBytes(U8(old + u"/Show.xml"), ShowXml({"Old"}));
+    WriteBytes(Utf16ToUtf8(old + u"/Show.xml"), ShowXml({"Old"}));
     // Each step: prepare, move, then the list here and the flag.
     struct Step { const char* what; std::function<void()> prepare; std::string list; const char16_t* flag; };
     const Step steps[] = {
-        {"a list here: the old folder is not looked at", [&] { WriteBytes(U8(ShowListPath()), ShowXml({"New"})); },
+        {"a list here: the old folder is not looked at", [&] { WriteBytes(Utf16ToUtf8(ShowListPath()), ShowXml({"New"})); },
          ShowXml({"New"}), u""},
         {"none here, flag unset: copied, flag set", [&] { RemoveFile(ShowListPath()); }, ShowXml({"Old"}), u"1"},
         {"flag set: nothing copied", [&] { RemoveFile(ShowListPath()); }, "", u"1"},
@@ -216,14 +216,14 @@ TEST_F(Layout, VersionTipShowListAndTheMoveFromThePreviousGeneration) {
         {"no store folder: the copy makes it",
          [&] {
              RemoveDirectoryTree(StoreRoot()), RemoveFile(flag);
-             WriteBytes(U8(old + u"/Show.xml"), ShowXml({"Old"}));
+             WriteBytes(Utf16ToUtf8(old + u"/Show.xml"), ShowXml({"Old"}));
          },
          ShowXml({"Old"}), u"1"},
     };
     for (const Step& step : steps) {
         step.prepare();
         MoveFromPreviousGeneration();
-        EXPECT_EQ(std::make_pair(ReadBytes(U8(ShowListPath())), IniGetString(flag, u"BrindleMoved", u"flag", u"")),
+        EXPECT_EQ(std::make_pair(ReadBytes(Utf16ToUtf8(ShowListPath())), IniGetString(flag, u"BrindleMoved", u"flag", u"")),
                   std::make_pair(step.list, std::u16string(step.flag))) << step.what;
     }
     EXPECT_TRUE(FileExists(old + u"/Show.xml"));  // the old file stays

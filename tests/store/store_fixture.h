@@ -17,7 +17,7 @@ namespace marrowfin::test {
 class StoreFixture : public ::testing::Test {
 protected:
     void SetUp() override {
-        rootPath = W(home.documentsDir()) + u"/Orsolen";
+        rootPath = Utf8ToUtf16(home.documentsDir()) + u"/Orsolen";
         ASSERT_TRUE(CreateDirectories(rootPath));
         store.root = new GalleryNode(u"", rootPath, kRootName, kKindDir, false, false, 0);
     }
@@ -45,7 +45,7 @@ protected:
     // Writes a stand-in block file so that the list filters see it.
     static void Touch(const std::u16string& path) {
         CreateDirectories(path.substr(0, path.find_last_of(u'/')));
-        WriteBytes(U8(path), "x");
+        WriteBytes(Utf16ToUtf8(path), "x");
     }
 
     TempHome home;

@@ -37,7 +37,7 @@ TEST_F(Tree, ChildrenAndLookups) {
     EXPECT_TRUE(door->PathIs(rootPath + u"/G/C1/DoorFrame.dwg"));
     for (const std::u16string& other :
          {rootPath + u"/G/C1xDoorFrame.dwg", rootPath + u"/G/C1/xDoorFrame.dwg", rootPath + u"/G/C1/"})
-        EXPECT_FALSE(door->PathIs(other)) << U8(other);  // the slash and the whole last name count
+        EXPECT_FALSE(door->PathIs(other)) << Utf16ToUtf8(other);  // the slash and the whole last name count
     // Common-use and recent entries for the same blocks, ahead of them in the walk.
     GalleryNode* common = Entry(kCommonUseTag, door, g, true);
     GalleryNode* recent = Entry(kRootName, win, store.root, true);
@@ -48,7 +48,7 @@ TEST_F(Tree, ChildrenAndLookups) {
     EXPECT_EQ(std::make_pair(FindNodeByPath(store.root, c2->Path()), FindNodeByPath(store.root, rootPath)),
               std::make_pair(c2, store.root));
     for (const std::u16string& path : {door->Path(), c1->Path() + u"/", rootPath + u"/g/C2"})
-        EXPECT_EQ(FindNodeByPath(store.root, path), nullptr) << U8(path);  // dirs only, whole and case-sensitive
+        EXPECT_EQ(FindNodeByPath(store.root, path), nullptr) << Utf16ToUtf8(path);  // dirs only, whole and case-sensitive
     GalleryNode only(u"C2", rootPath + u"/G/C2/only.dwg", u"only", kKindFile, false, false, 0);
     Entry(kCommonUseTag, &only, g, false);
     const std::tuple<GalleryNode*, std::u16string, bool, GalleryNode*> blocks[] = {
@@ -57,7 +57,7 @@ TEST_F(Tree, ChildrenAndLookups) {
         {store.root, only.Path(), true, nullptr}, {store.root, u"", true, nullptr},
     };
     for (const auto& [from, path, skipRoot, expected] : blocks)
-        EXPECT_EQ(FindBlockByPath(from, path, skipRoot), expected) << U8(path) << skipRoot;
+        EXPECT_EQ(FindBlockByPath(from, path, skipRoot), expected) << Utf16ToUtf8(path) << skipRoot;
 
     // (FilterBlocks and FilterBlocksFromTop have no caller in the library: not checked.)
     g->dirChildren.erase(g->dirChildren.begin());
@@ -228,7 +228,7 @@ const std::string kTail = "</root>\r";
 
 std::string ListOf(const std::vector<std::u16string>& paths) {
     std::string s = kHead;
-    for (const auto& p : paths) s += "<Item path=\"" + U8(p) + "\" />\r";
+    for (const auto& p : paths) s += "<Item path=\"" + Utf16ToUtf8(p) + "\" />\r";
     return s + kTail;
 }
 
@@ -250,7 +250,7 @@ TEST_F(Lists, ExactBytesTheLimitAndTheRecentAndCommonListsThroughTheirFilesBroke
     nodes.reserve(501);
     std::vector<GalleryNode*> all;
     for (int i = 0; i < 501; ++i)
-        all.push_back(&nodes.emplace_back(kRootName, u"/p/" + W(std::to_string(i)), u"", kKindFile, false, false, 0));
+        all.push_back(&nodes.emplace_back(kRootName, u"/p/" + Utf8ToUtf16(std::to_string(i)), u"", kKindFile, false, false, 0));
     std::vector<std::u16string> first500 = Paths(all);
     first500.pop_back();
     EXPECT_EQ(ComposeListFile(all), ListOf(first500));
@@ -271,17 +271,17 @@ TEST_F(Lists, ExactBytesTheLimitAndTheRecentAndCommonListsThroughTheirFilesBroke
                 store.root->fileChildren[0]->parent == store.root);
 
     // A read-only old file is replaced all the same; collections keep no common-use list.
-    WriteBytes(U8(rootPath + u"/RecentlyUse.xml"), "old");
-    chmod(U8(rootPath + u"/RecentlyUse.xml").c_str(), 0444);
+    WriteBytes(Utf16ToUtf8(rootPath + u"/RecentlyUse.xml"), "old");
+    chmod(Utf16ToUtf8(rootPath + u"/RecentlyUse.xml").c_str(), 0444);
     SaveRecentList(store);
-    EXPECT_EQ(ReadBytes(U8(rootPath + u"/RecentlyUse.xml")), ListOf({a, upper, b}));
-    EXPECT_EQ(ReadBytes(U8(g->Path() + u"/CommonUse.xml")) + ReadBytes(U8(empty->Path() + u"/CommonUse.xml")),
+    EXPECT_EQ(ReadBytes(Utf16ToUtf8(rootPath + u"/RecentlyUse.xml")), ListOf({a, upper, b}));
+    EXPECT_EQ(ReadBytes(Utf16ToUtf8(g->Path() + u"/CommonUse.xml")) + ReadBytes(Utf16ToUtf8(empty->Path() + u"/CommonUse.xml")),
               ListOf({b}) + ListOf({}));
     EXPECT_FALSE(FileExists(mine->Path() + u"/CommonUse.xml"));
 
     // Loading keeps the file's order and drops empty, missing and non-block entries.
     for (const std::u16string& file : {a, upper, rootPath + u"/G/C/notes.txt"}) Touch(file);
-    WriteBytes(U8(rootPath + u"/RecentlyUse.xml"), ListOf({upper, u"", b, rootPath + u"/G/C/notes.txt", a}));
+    WriteBytes(Utf16ToUtf8(rootPath + u"/RecentlyUse.xml"), ListOf({upper, u"", b, rootPath + u"/G/C/notes.txt", a}));
     ReloadRecentList(store);  // replaces what is in memory
     EXPECT_EQ(Paths(store.root->fileChildren), (std::vector<std::u16string>{upper, a}));
     EXPECT_EQ(store.root->fileChildren[0]->name, u"Up.v2");  // up to the last dot of the last name
@@ -289,7 +289,7 @@ TEST_F(Lists, ExactBytesTheLimitAndTheRecentAndCommonListsThroughTheirFilesBroke
     // A gallery added to the tree reads its common-use list; a class does not.
     CreateDirectories(rootPath + u"/H/C");
     for (const char16_t* list : {u"/H/CommonUse.xml", u"/H/C/CommonUse.xml"})
-        WriteBytes(U8(rootPath + list), ListOf({a}));
+        WriteBytes(Utf16ToUtf8(rootPath + list), ListOf({a}));
     GalleryNode* h = AddGallery(u"H");
     ASSERT_EQ(h->fileChildren.size(), 1u);
     EXPECT_EQ(h->fileChildren[0]->OwnerName() + h->fileChildren[0]->name, std::u16string(kCommonUseTag) + u"a");
@@ -302,12 +302,12 @@ TEST_F(Lists, ExactBytesTheLimitAndTheRecentAndCommonListsThroughTheirFilesBroke
 
     // Broken or missing files give empty lists.
     const std::string cases[] = {
-        "missing", "", "not xml at all", kHead + "<Item path=\"" + U8(a) + "\" />\r",  // cut before </root>
-        kHead.substr(0, kHead.size() - 7) + "<list><Item path=\"" + U8(a) + "\" /></list>\r",
+        "missing", "", "not xml at all", kHead + "<Item path=\"" + Utf16ToUtf8(a) + "\" />\r",  // cut before </root>
+        kHead.substr(0, kHead.size() - 7) + "<list><Item path=\"" + Utf16ToUtf8(a) + "\" /></list>\r",
     };
     for (const auto& bytes : cases) {
         const std::u16string file = rootPath + u"/RecentlyUse.xml";
-        bytes == "missing" ? (void)RemoveFile(file) : WriteBytes(U8(file), bytes);
+        bytes == "missing" ? (void)RemoveFile(file) : WriteBytes(Utf16ToUtf8(file), bytes);
         ReloadRecentList(store);
         EXPECT_TRUE(store.root->fileChildren.empty()) << bytes;
     }

@@ -12,7 +12,7 @@
 
 namespace marrowfin::test {
 
-inline std::string ResultOf(const MarkupDocument& doc) { return U8(doc.GetResult()); }
+inline std::string ResultOf(const MarkupDocument& doc) { return Utf16ToUtf8(doc.GetResult()); }
 inline bool HasRecord(const MarkupDocument& doc, const char* record) {
     return ResultOf(doc).find(record) != std::string::npos;
 }
@@ -34,7 +34,7 @@ inline std::string CheckIndex(const MarkupDocument& doc) {
             (r.nextSibling != 0 && (n.prevSibling != i || n.parent != r.parent || n.start < r.start + r.length)) ||
             (p.firstChild == i) != ((r.levelMarks & MarkupDocument::MarkFirst) != 0) ||
             (r.levelMarks & 0xFFFF) != level)
-            return "record " + std::to_string(i) + " of " + U8(text);
+            return "record " + std::to_string(i) + " of " + Utf16ToUtf8(text);
     }
     return {};
 }

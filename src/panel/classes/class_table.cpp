@@ -3,6 +3,7 @@
 #include <cstdio>
 
 #include "panel/classes/class_table_reader.h"
+#include "platform/product_texts.h"
 #include "platform/paths.h"
 #include "store/store_paths.h"
 
@@ -11,13 +12,13 @@ namespace marrowfin {
 std::map<std::u16string, ClassExtra> g_seenClasses;
 std::map<std::u16string, ClassExtra> g_seenKinds;
 std::u16string g_typeWord = u"选择图库";
-std::u16string g_boutiqueTitle = u"精品图库";
-std::u16string g_generalTitle = u"通用图库";
+std::u16string g_boutiqueTitle(kBoutiqueTitle);
+std::u16string g_generalTitle(kGeneralTitle);
 
 namespace {
 
-constexpr std::u16string_view kBoutiqueSort = u"精品图库";
-constexpr std::u16string_view kGeneralSort = u"通用图库";
+constexpr std::u16string_view kBoutiqueSort = kBoutiqueTitle;
+constexpr std::u16string_view kGeneralSort = kGeneralTitle;
 constexpr std::u16string_view kAllKinds = u"全部";
 
 struct PendingItem {
@@ -105,8 +106,8 @@ std::u16string KindName(std::u16string_view key) {
     return std::u16string(mark == std::u16string_view::npos ? key : key.substr(mark + 1));
 }
 
-ClassVersions ReadClassDocument(MarkupDocument& doc, ClassTable& table) {
-    ClassVersions versions;
+ClassTableVersions ReadClassDocument(MarkupDocument& doc, ClassTable& table) {
+    ClassTableVersions versions;
     doc.RewindMain();
     while (doc.FindElement(u"root")) {
         table.generalKinds.clear();

@@ -9,6 +9,8 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/product_texts.h"
+
 namespace marrowfin {
 
 // One class of the table.
@@ -33,13 +35,15 @@ std::u16string KindKey(int number, std::u16string_view kind);
 std::u16string KindName(std::u16string_view key);
 
 using KindMap = std::map<std::u16string, std::vector<ClassItem>>;
-using ClassVersions = std::map<std::u16string, std::u16string>;
+// A class name to its version text in the class table; the tree's class
+// versions (numbers, per gallery) are another thing.
+using ClassTableVersions = std::map<std::u16string, std::u16string>;
 
 struct ClassTable {
     KindMap generalKinds;
     KindMap boutiqueKinds;
-    std::u16string boutiqueTitle = u"精品图库";
-    std::u16string generalTitle = u"通用图库";
+    std::u16string boutiqueTitle{kBoutiqueTitle};
+    std::u16string generalTitle{kGeneralTitle};
     std::u16string typeWord = u"选择图库";
     bool showDesc = false;
 };
@@ -60,14 +64,14 @@ bool WriteSeenVersions();
 // First reader, once at start-up: fills `table` from the cached file and
 // answers each class's version; also reads the seen kinds and, on a first
 // run, takes the current kind versions as seen.
-ClassVersions ReadClassVersions(ClassTable& table);
+ClassTableVersions ReadClassVersions(ClassTable& table);
 
 // Second reader. Empty text: the cached file. Otherwise the service's answer,
 // saved as the cached file when it parses; a bad answer falls back to the
 // cached file. New and risen versions against `startVersions` (the table of
 // the start of the run) are noted in g_seenClasses. False when no document
 // could be read at all.
-bool ApplyClassTable(std::u16string_view text, ClassTable& table, const ClassVersions& startVersions);
+bool ApplyClassTable(std::u16string_view text, ClassTable& table, const ClassTableVersions& startVersions);
 
 // The sort word of GalDefSort: 0 "def", 1 "hot", 2 "new", anything else empty.
 std::u16string SortWord(int32_t galDefSort);

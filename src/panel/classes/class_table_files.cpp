@@ -31,7 +31,7 @@ void PublishTitles(const ClassTable& table) {
 bool SaveClassTable(const MarkupDocument& doc) {
     // A first run may come before the store's folder exists.
     (void)CreateDirectories(StoreRoot());
-    return WriteFileAtomic(ClassTablePath(), "\xEF\xBB\xBF" + U8(doc.Text()));
+    return WriteFileAtomic(ClassTablePath(), "\xEF\xBB\xBF" + Utf16ToUtf8(doc.Text()));
 }
 
 void ReadSeenClasses() {
@@ -50,11 +50,11 @@ bool WriteSeenVersions() {
     for (const auto& [name, extra] : g_seenKinds)
         if (doc.AddElement(u"class", name)) (void)doc.SetAttribute(u"ver", extra.seen);
     (void)CreateDirectories(StoreRoot());
-    return WriteFileAtomic(SeenClassVersionsPath(), "\xEF\xBB\xBF" + U8(doc.Text()));
+    return WriteFileAtomic(SeenClassVersionsPath(), "\xEF\xBB\xBF" + Utf16ToUtf8(doc.Text()));
 }
 
-ClassVersions ReadClassVersions(ClassTable& table) {
-    ClassVersions versions;
+ClassTableVersions ReadClassVersions(ClassTable& table) {
+    ClassTableVersions versions;
     const std::u16string path = ClassTablePath();
     if (!FileExists(path)) return versions;
     MarkupDocument doc;
@@ -75,7 +75,7 @@ ClassVersions ReadClassVersions(ClassTable& table) {
     return versions;
 }
 
-bool ApplyClassTable(std::u16string_view text, ClassTable& table, const ClassVersions& startVersions) {
+bool ApplyClassTable(std::u16string_view text, ClassTable& table, const ClassTableVersions& startVersions) {
     const std::u16string path = ClassTablePath();
     MarkupDocument doc;
     bool readable = false;
@@ -92,7 +92,7 @@ bool ApplyClassTable(std::u16string_view text, ClassTable& table, const ClassVer
     }
 
     ClassTable fresh;
-    const ClassVersions versions = ReadClassDocument(doc, fresh);
+    const ClassTableVersions versions = ReadClassDocument(doc, fresh);
     table = std::move(fresh);
 
     if (!startVersions.empty()) {

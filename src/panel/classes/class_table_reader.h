@@ -8,7 +8,7 @@ namespace marrowfin {
 
 // Walks every `root` of the document (each restarts the kind tables and the
 // kind numbers) and answers each class's version by name.
-ClassVersions ReadClassDocument(MarkupDocument& doc, ClassTable& table);
+ClassTableVersions ReadClassDocument(MarkupDocument& doc, ClassTable& table);
 
 // Writes the document as the cached file, UTF-8 with a byte order mark,
 // replacing the old one in one step.

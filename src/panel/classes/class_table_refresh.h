@@ -7,12 +7,11 @@
 #include <string>
 #include <vector>
 
+#include "panel/model/panel_numbers.h"
 #include "platform/window_messages.h"
 
 namespace marrowfin {
 
-// Posted by the worker to the panel. wParam says what came.
-inline constexpr uint32_t MsgClassTableRefresh = 0x9e4;
 enum ClassTableRefreshCode : std::uintptr_t {
     ClassTableCached = 0,  // the cached file is as new as it gets: start timer 1004
     HotWordsFetched = 1,   // payload: HotWordsPayload, never empty

@@ -10,6 +10,7 @@
 #include <memory>
 #include <utility>
 
+#include "panel/model/panel_numbers.h"
 #include "platform/window_messages.h"
 
 namespace marrowfin {
@@ -18,8 +19,6 @@ namespace marrowfin {
 // could be started.
 bool StartPanelWorker(std::function<void()> work);
 
-// A worker's answer: the receiving window runs `deliver` on its own thread.
-inline constexpr uint32_t MsgWorkerAnswer = 0x9ea;
 struct WorkerAnswer final : MessagePayload {
     std::function<void()> deliver;
 };

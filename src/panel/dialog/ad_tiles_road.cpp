@@ -24,9 +24,9 @@ void OpenInBrowser(const QString& address) { (void)QDesktopServices::openUrl(QUr
 
 // The key of the shown class: the text of its row in the class column.
 std::u16string ShownClassName(const CBrindleDlg& panel) {
-    if (!panel.m_classList || panel.m_classIndex < 0 || panel.m_classIndex >= panel.m_classList->GetItemCount())
+    if (!panel.m_classList || panel.m_nav.classIndex < 0 || panel.m_nav.classIndex >= panel.m_classList->GetItemCount())
         return {};
-    return panel.m_classList->GetItemText(panel.m_classIndex).toStdU16String();
+    return panel.m_classList->GetItemText(panel.m_nav.classIndex).toStdU16String();
 }
 
 // The cell's picture size in pixels at the panel's rate.
@@ -86,7 +86,7 @@ bool ClassShowsAdTile(CBrindleDlg& panel) {
 
 bool GetAdTile(CBrindleDlg& panel, AdTile* out, QImage* picture) {
     // The tile cell is the empty path in front of at least one block.
-    if (panel.m_listNodes.size() < 2 || !panel.m_pThumbList || panel.m_pThumbList->GetItemCount() < 2 ||
+    if (panel.m_nav.listNodes.size() < 2 || !panel.m_pThumbList || panel.m_pThumbList->GetItemCount() < 2 ||
         !panel.m_pThumbList->GetPath(0).empty())
         return false;
     const std::u16string key = ShownClassName(panel);

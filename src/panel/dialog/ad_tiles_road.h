@@ -12,6 +12,7 @@
 #include <string>
 
 #include "collection/ad_tiles.h"
+#include "panel/model/panel_numbers.h"
 #include "platform/window_messages.h"
 
 namespace marrowfin {
@@ -26,7 +27,6 @@ struct AdTilesArrival {
     AdTileMap tiles;
     std::map<std::u16string, QImage> pictures;
 };
-inline constexpr uint32_t MsgAdTiles = 0x9e8;
 using AdTilesPayload = OwnedValue<AdTilesArrival>;
 
 // Start-up: the cached tiles (a small file) read on the panel's thread, then

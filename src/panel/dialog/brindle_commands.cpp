@@ -8,8 +8,9 @@
 #include "panel/dialog/ad_tiles_road.h"
 #include "panel/dialog/brindle_dlg.h"
 #include "panel/dialog/start_up.h"
+#include "platform/product_texts.h"
 #include "platform/files.h"
-#include "panel/dialog/panel_timers.h"
+#include "panel/model/panel_numbers.h"
 #include "panel/dialog/thumbnail_road.h"
 #include "panel/lists/class_list_ctrl.h"
 #include "panel/lists/search_list_ctrl.h"
@@ -25,75 +26,68 @@
 
 namespace marrowfin {
 
-namespace {
-
-constexpr char16_t kCollectionText[] = u"我的收藏";
-
-}  // namespace
-
+// One case per command: the table reads best whole, and each case only forwards.
 void CBrindleDlg::OnPanelCommand(std::uintptr_t code, std::intptr_t lParam) {
     switch (code) {
-        case 0:
+        case PanelCommand::RebuildClassList:
             RebuildAndReopen();
             return;
-        case 1:
+        case PanelCommand::SelectionChanged:
             SelectionChanged(lParam);
             return;
-        case 2:
+        case PanelCommand::RenameFolder:
             RenameFolder(lParam);
             return;
-        case 3:
+        case PanelCommand::ActivateBlock:
             ActivateBlock(*this, lParam);
             return;
-        case 4:
+        case PanelCommand::RenameBlock:
             RenameBlock(lParam);
             return;
-        case 5:
-            if (m_collectionBtns.size() > 2 && m_collectionBtns[2]) m_collectionBtns[2]->setEnabled(lParam >= 0);
+        case PanelCommand::EnableBlockDelete:
+            EnableBlockDelete(lParam >= 0);
             return;
-        case 6:
+        case PanelCommand::ApplyShowList:
             ApplyShowList(lParam);
             return;
-        case 8:
-            if (!m_targetClass.empty()) OpenTargetClass();
+        case PanelCommand::OpenTargetClass:
+            if (!m_nav.targetClass.empty()) OpenTargetClass();
             return;
-        case 9:
+        case PanelCommand::RowShown:
             RowThumbnail(lParam);
             return;
-        case 10:
+        case PanelCommand::CollectRow:
             CollectRow(lParam);
             return;
-        case 11:
+        case PanelCommand::UseRow:
             UseRow(lParam);
             return;
-        case 12:
-        case 13:
-            RowDownloadEnded(lParam, code == 12);
+        case PanelCommand::RowDownloaded:
+        case PanelCommand::RowDownloadFailed:
+            RowDownloadEnded(lParam, code == PanelCommand::RowDownloaded);
             return;
-        case 14:
+        case PanelCommand::RowBackToRemote:
             RowBackToRemote(lParam);
             return;
-        case 15:
+        case PanelCommand::StartRowDownloads:
             StartRowDownloads();
             return;
-        case 16:
+        case PanelCommand::ShowStagedRows:
             ShowStagedRows();
             return;
-        case 18:
+        case PanelCommand::RowDrawn:
             NoteRowToCheck(lParam);
             return;
-        case 17:
-            if (!IsSearchPage(m_page)) return;
-            update(ScaleRect(8, 68, 554, 288));
-            update(ScaleRect(10, 427, 768, 447));
+        case PanelCommand::RepaintResults:
+            RepaintResults();
             return;
-        case 19:
+        case PanelCommand::RefreshClassRows:
             RefreshClassRows();
             return;
-        case 20:
+        case PanelCommand::SearchFailed:
             SearchFailed(static_cast<int>(lParam));
             return;
-        case 21:
+        case PanelCommand::ClassClicked:
             if (m_classList && lParam >= 0 && lParam < m_classList->GetItemCount()) {
                 const int row = static_cast<int>(lParam);
                 // The list leaves its selection to its owner, as a clicked row
@@ -102,18 +96,14 @@ void CBrindleDlg::OnPanelCommand(std::uintptr_t code, std::intptr_t lParam) {
                 SelectClass(row, false);
             }
             return;
-        case 22:
+        case PanelCommand::ThumbClicked:
             // A click only matters on an advertising tile in the first cell.
             if (m_store && m_store->root && IsWindow(hostWindow)) (void)OpenAdTileAt(*this, lParam);
             return;
-        case 23:
-            if (lParam >= 0 && lParam < static_cast<std::intptr_t>(m_rows.size())) {
-                m_focusRow = m_rows[static_cast<size_t>(lParam)];
-                m_focusPending = true;
-                OpenRoute(u"/" + m_focusRow.klass.toStdU16String() + u"/" + m_focusRow.subclass.toStdU16String());
-            }
+        case PanelCommand::GoToRowClass:
+            GoToRowClass(lParam);
             return;
-        case 24:
+        case PanelCommand::NewSort:
             // A new sort: nothing to reorder without a cached table.
             if (!FileExists(ClassTablePath())) return;
             ReapplyClassTable();
@@ -126,18 +116,35 @@ void CBrindleDlg::OnPanelCommand(std::uintptr_t code, std::intptr_t lParam) {
 }
 
 void CBrindleDlg::SelectionChanged(std::intptr_t item) {
-    m_selectedName.clear();
+    m_nav.selectedName.clear();
     if (item >= 0) {
         const size_t i = static_cast<size_t>(item);
-        const NodeList& nodes = IsSearchPage(m_page) ? m_localHits : m_listNodes;
+        const NodeList& nodes = IsSearchPage(m_nav.page) ? m_localHits : m_nav.listNodes;
         if (const GalleryNode* node = m_store ? nodes.At(*m_store, i) : nullptr)
-            m_selectedName = QString::fromStdU16String(node->name.str());
-        if (m_classIndex == 1) PostWindowMessage(Handle(), MsgPanelCommand, 5, 0);
-    } else if (m_classIndex == 1) {
-        PostWindowMessage(Handle(), MsgPanelCommand, 5, -1);
+            m_nav.selectedName = QString::fromStdU16String(node->name.str());
+        if (m_nav.classIndex == 1) EnableBlockDelete(true);
+    } else if (m_nav.classIndex == 1) {
+        EnableBlockDelete(false);
     }
     update(ScaleRect(9, 424, 540, 450));
     update(ScaleRect(568, 427, 760, 447));
+}
+
+void CBrindleDlg::GoToRowClass(std::intptr_t row) {
+    if (row < 0 || row >= static_cast<std::intptr_t>(m_rows.size())) return;
+    m_nav.focusRow = m_rows[static_cast<size_t>(row)];
+    m_nav.focusPending = true;
+    OpenRoute(u"/" + m_nav.focusRow.klass.toStdU16String() + u"/" + m_nav.focusRow.subclass.toStdU16String());
+}
+
+void CBrindleDlg::EnableBlockDelete(bool enabled) {
+    if (m_collectionBtns.size() > 2 && m_collectionBtns[2]) m_collectionBtns[2]->setEnabled(enabled);
+}
+
+void CBrindleDlg::RepaintResults() {
+    if (!IsSearchPage(m_nav.page)) return;
+    update(ScaleRect(8, 68, 554, 288));
+    update(ScaleRect(10, 427, 768, 447));
 }
 
 void CBrindleDlg::RebuildAndReopen() {
@@ -147,34 +154,34 @@ void CBrindleDlg::RebuildAndReopen() {
     // The fixed rows stand while the first tree is still on its way.
     RebuildClassList();
     if (root) {
-        if (CSkinButton* more = Button(2002)) more->show();
-        PostWindowMessage(Handle(), MsgPanelCommand, 19, 0);
+        if (CSkinButton* more = Button(ControlId::AddClasses)) more->show();
+        RefreshClassRows();
     }
-    LayoutCollectionBar(m_classIndex == 1);
+    LayoutCollectionBar(m_nav.classIndex == 1);
 
     bool reopened = false;
-    if (!m_curClassPath.empty()) {
+    if (!m_nav.curClassPath.empty()) {
         if (!root) {
-            m_forceList = true;
+            m_nav.forceList = true;
             SelectClass(0, true);
-        } else if (GalleryNode* node = FindNodeByPath(root, m_curClassPath); node && node != root) {
+        } else if (GalleryNode* node = FindNodeByPath(root, m_nav.curClassPath); node && node != root) {
             reopened = true;
             if (GalleryNode* parent = node->parent) {
                 if (parent == root)
-                    m_targetClass = u"/" + node->name;
+                    m_nav.targetClass = u"/" + node->name;
                 else
-                    m_targetClass = u"/" + parent->name + u"/" + node->name;
+                    m_nav.targetClass = u"/" + parent->name + u"/" + node->name;
                 OpenTargetClass();
             }
         }
     }
     if (!reopened) {
         // The recent list is the panel's start page.
-        m_forceList = true;
+        m_nav.forceList = true;
         SelectClass(0, true);
     }
     m_rebuildingClasses = false;
-    m_classesReady = true;
+    m_nav.classesReady = true;
 }
 
 void CBrindleDlg::ApplyShowList(std::intptr_t force) {
@@ -230,7 +237,7 @@ void CBrindleDlg::ApplyShowList(std::intptr_t force) {
     RelistNodes();
     if (oldCollectionListed) ReloadOldCollection();
     SetTimer(Handle(), kTimerBuildClassList, kClassListMs);
-    PostWindowMessage(Handle(), MsgPanelCommand, 19, 0);
+    RefreshClassRows();
 }
 
 void CBrindleDlg::RefreshClassRows() {

@@ -19,13 +19,15 @@
 #include "panel/dialog/download_progress.h"
 #include "panel/dialog/host_requests.h"
 #include "panel/dialog/hot_words.h"
-#include "panel/dialog/panel_timers.h"
+#include "panel/model/panel_numbers.h"
 #include "panel/dialog/start_up.h"
 #include "panel/dialog/thumbnail_road.h"
 #include "panel/lists/class_list_ctrl.h"
 #include "panel/lists/dwg_list_view.h"
 #include "panel/paint/panel_painter.h"
 #include "picker/sel_class_dlg.h"
+#include "platform/qt/qt_text.h"
+#include "platform/product_texts.h"
 #include "platform/files.h"
 #include "platform/profile.h"
 #include "platform/qt/qt_window_system.h"
@@ -192,7 +194,7 @@ void CBrindleDlg::OnInitDialog() {
     // The hourly class-table refresh and the first build of the class list.
     SetTimer(Handle(), kTimerHourlyRefresh, kHourlyRefreshMs);
     KillTimer(Handle(), kTimerBuildClassList);
-    if (m_page != PageSearch) SetTimer(Handle(), kTimerBuildClassList, kFirstClassListMs);
+    if (m_nav.page != PageSearch) SetTimer(Handle(), kTimerBuildClassList, kFirstClassListMs);
 
     // "UpdateShow" leaves the panel hidden, ready for the host.
     if (showMode == u"UpdateShow") HidePanel();
@@ -218,33 +220,33 @@ void CBrindleDlg::OnTreeUpdate() {
                     // A route's class has come: the column lists it and the class
                     // opens, unless the user has gone elsewhere meanwhile.
                     m_routeGallery.clear();
-                    if (m_curClassPath == m_routeTarget) SetTimer(Handle(), kTimerBuildClassList, kClassListMs);
+                    if (m_nav.curClassPath == m_routeTarget) SetTimer(Handle(), kTimerBuildClassList, kClassListMs);
                     break;
                 }
                 if (!m_galleryFetchPending) break;
                 m_galleryFetchPending = false;
-                if (CSkinButton* download = Button(2151)) download->setEnabled(true);
+                if (CSkinButton* download = Button(ControlId::DownloadGallery)) download->setEnabled(true);
                 if (!change.ok) {
                     CPopTipDlg tip(this);
-                    tip.Configure(QStringLiteral("Ombrel"), false, QStringLiteral("下载图库失败，请检查网络后重试"),
+                    tip.Configure(ToQString(kProductTitle), false, ToQString(kGalleryFetchFailed),
                                   QString(), QStringLiteral("确定"), QString());
                     (void)tip.DoModal();  // one button: the answer changes nothing
                 }
                 SetTimer(Handle(), kTimerBuildClassList, kClassListMs);
                 break;
             case TreeUpdateKind::ClassSummary:
-                if (change.gallery != m_summaryPending) break;
-                m_summaryPending.clear();
+                if (change.gallery != m_nav.summaryPending) break;
+                m_nav.summaryPending.clear();
                 // Still on that gallery: its classes are shown now, fetched or not.
-                if (m_classList && m_classIndex >= 2 &&
-                    m_classList->GetItemText(m_classIndex).toStdU16String() == change.gallery)
-                    ShowGalleryClasses(m_classIndex, m_store->root->Path() + u"/" + change.gallery);
+                if (m_classList && m_nav.classIndex >= 2 &&
+                    m_classList->GetItemText(m_nav.classIndex).toStdU16String() == change.gallery)
+                    ShowGalleryClasses(m_nav.classIndex, m_store->root->Path() + u"/" + change.gallery);
                 break;
             case TreeUpdateKind::ClassItems:
-                if (change.classPath != m_itemsPending) break;
-                m_itemsPending.clear();
-                if (m_curClassPath == change.classPath && m_openedSubclass)
-                    ListSubclass(m_openedSubclass, change.classPath);
+                if (change.classPath != m_nav.itemsPending) break;
+                m_nav.itemsPending.clear();
+                if (m_nav.curClassPath == change.classPath && OpenedSubclass())
+                    ListSubclass(OpenedSubclass(), change.classPath);
                 break;
         }
     }
@@ -255,17 +257,17 @@ void CBrindleDlg::RelistNodes() {
     if (!m_store) return;
     // The local hits are made anew by the next search.
     if (!m_localHits.Valid(*m_store)) m_localHits.Reset(*m_store);
-    if (m_listNodes.Valid(*m_store)) return;
-    m_listNodes.Reset(*m_store);
-    if (!m_store->root || !m_pThumbList || m_curClassPath.empty()) return;
-    GalleryNode* container = FindNodeByPath(m_store->root, m_curClassPath);
+    if (m_nav.listNodes.Valid(*m_store)) return;
+    m_nav.listNodes.Reset(*m_store);
+    if (!m_store->root || !m_pThumbList || m_nav.curClassPath.empty()) return;
+    GalleryNode* container = FindNodeByPath(m_store->root, m_nav.curClassPath);
     if (!container) return;
     std::unordered_map<std::u16string, GalleryNode*> byPath;
     for (GalleryNode* child : container->fileChildren)
         if (child) byPath.emplace(child->Path(), child);
     for (int item = 0; item < m_pThumbList->GetItemCount(); ++item) {
         const auto it = byPath.find(std::u16string(m_pThumbList->GetPath(item)));
-        m_listNodes.Add(it == byPath.end() ? nullptr : it->second);
+        m_nav.listNodes.Add(it == byPath.end() ? nullptr : it->second);
     }
 }
 
@@ -273,12 +275,12 @@ void CBrindleDlg::paintEvent(QPaintEvent* event) {
     (void)event;
     QPainter painter(this);
     PanelPaintState state;
-    state.page = m_page;
-    state.classIndex = m_classIndex;
-    state.itemCount = m_itemCount;
-    state.syncStatus = m_syncStatus;
-    state.emptySubclassOpened = m_emptySubclassOpened;
-    state.selectedName = m_selectedName;
+    state.page = m_nav.page;
+    state.classIndex = m_nav.classIndex;
+    state.itemCount = m_nav.itemCount;
+    state.syncStatus = m_nav.syncStatus;
+    state.emptySubclassOpened = m_nav.emptySubclassOpened;
+    state.selectedName = m_nav.selectedName;
     state.searchUntouched = m_searchUntouched;
     state.searchState = m_searchState;
     state.rowCount = static_cast<int>(m_rows.size());

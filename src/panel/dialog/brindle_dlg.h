@@ -1,9 +1,9 @@
 #pragma once
 // CBrindleDlg: the floating gallery panel. One instance per process, made by
 // the first export that needs it and never destroyed while the host runs;
-// closing only hides it. It owns every widget of the gallery, holds the
-// navigation state and is the one place where workers report back (by posted
-// window messages).
+// closing only hides it. It owns every widget of the gallery, applies and
+// paints the navigation model's state (m_nav) and is the one place where
+// workers report back (by posted window messages).
 //
 // Where the members live:
 //   brindle_dlg.cpp          construction, Create, OnInitDialog, message dispatch
@@ -12,8 +12,12 @@
 //   brindle_host_link.cpp    GalleryPanelControl, copy-data, the location step,
 //                            RequireLogin, the feedback wait, FindRow, IsBlkBoutique
 //   brindle_events.cpp       timers, MsgPanelEvent
-//   brindle_navigation.cpp   pages, class switching, subclasses, routes, search
-//                            commands, the panel buttons
+//   class_switch.cpp         the class column and the class switch
+//   subclasses.cpp           the subclass buttons and what they list
+//   pages.cpp                the pages
+//   routes.cpp               routes and target classes
+//   search_commands.cpp      the search page's commands, the collection filter
+//   panel_buttons.cpp        the empty states, title bar and sync prompt buttons
 //   brindle_commands.cpp     MsgPanelCommand
 //   collection_rows.cpp      the collection search page's rows as they come back
 //   collection_road.cpp      the collection's folders, blocks, mirror files, deletions
@@ -40,6 +44,7 @@
 #include "collection/collection_mirror.h"
 #include "panel/classes/class_table.h"
 #include "panel/model/block_row.h"
+#include "panel/model/navigation_model.h"
 #include "panel/model/panel_messages.h"
 #include "panel/model/panel_page.h"
 #include "panel/preview/preview_loader.h"
@@ -83,33 +88,22 @@ public:
     std::u16string m_hostChannel;  // answer to GalleryHostRequest 7
 
     // ---- owned widgets --------------------------------------------------
-    CDWGListView* m_pThumbList = nullptr;        // 2213
-    CSearchListCtrl* m_searchList = nullptr;     // 1007
-    CClassListCtrl* m_classList = nullptr;       // 1008
-    QLineEdit* m_searchEdit = nullptr;           // 3000
-    CProgressCtrlOwner* m_progress = nullptr;    // 3000 (the bar never notifies)
-    std::map<int, CSkinButton*> m_buttons;       // 1000, 2002, 2150, 2151, 2153 to 2158
-    std::vector<CSubclassButton*> m_subclassBtns;   // 18: 2080 to 2097
-    std::vector<CSkinButton*> m_collectionBtns;     // 2100, 2101, 2102, 2103, 2104, 2105
-    std::vector<CSkinButton*> m_searchBtns;         // 2200, 2201, 2202
-    HotWordBar* m_hotWordBar = nullptr;             // 4000 label, 4001 to 4032 words
+    // Their ids are in panel_numbers.h (ControlId).
+    CDWGListView* m_pThumbList = nullptr;
+    CSearchListCtrl* m_searchList = nullptr;
+    CClassListCtrl* m_classList = nullptr;
+    QLineEdit* m_searchEdit = nullptr;
+    CProgressCtrlOwner* m_progress = nullptr;
+    std::map<int, CSkinButton*> m_buttons;          // close, add classes, empty states, title bar, sync prompt
+    std::vector<CSubclassButton*> m_subclassBtns;   // two rows of nine
+    std::vector<CSkinButton*> m_collectionBtns;     // the collection bar in id order
+    std::vector<CSkinButton*> m_searchBtns;         // clear, search, back
+    HotWordBar* m_hotWordBar = nullptr;
 
     // ---- navigation -----------------------------------------------------
-    int m_page = PageBrowse;
-    int m_classIndex = -1;
-    int m_pendingClass = -1;
-    bool m_slowSwitch = true;
-    std::u16string m_curClassPath;
-    std::u16string m_targetClass;
-    QString m_selectedName;
-    bool m_forceList = false;
-    int m_itemCount = 0;
-    NodeList m_listNodes;          // the blocks in the thumbnail list, by item
-    bool m_classesReady = false;
+    NavigationModel m_nav;         // page, class, subclass, listed blocks, selection
     bool m_treeWaiting = false;    // opened before the first tree came: its arrival continues the start
-    int m_syncStatus = -1;
     GalleryStore* m_store = nullptr;
-    bool m_emptySubclassOpened = false;  // paint: "暂无图块" rather than "常用为空"
 
     // ---- search and downloads -------------------------------------------
     std::vector<BlockRow> m_rows;
@@ -150,7 +144,7 @@ public:
     ClassTable m_classTable;
     KindMap& m_generalKinds = m_classTable.generalKinds;
     KindMap& m_boutiqueKinds = m_classTable.boutiqueKinds;
-    ClassVersions m_classVersions;  // the table of the start of this run
+    ClassTableVersions m_classVersions;  // the table of the start of this run
     std::vector<QString> m_hotWords;
     bool m_showDesc = false;
     bool m_classTableComing = false;  // a first run's table is on its way
@@ -172,7 +166,7 @@ public:
 
     // Starts a new first tree (F5, a changed gallery list); its arrival rebuilds the class list.
     void RebuildTree();
-    // m_listNodes looked up anew for the paths in the thumbnail list, after
+    // m_nav.listNodes looked up anew for the paths in the thumbnail list, after
     // the tree freed nodes.
     void RelistNodes();
 
@@ -183,7 +177,6 @@ public:
     // The host link.
     std::intptr_t OnPanelControl(std::uintptr_t code, std::intptr_t lParam);
     std::intptr_t OnCopyData(const CopyDataStruct* data);
-    void LocationStep(const std::u16string& location);  // ShowGallery step 2 (and ResetClass)
     void OpenCollectionsForHost();                       // ResetClass with "我的收藏"
     void SearchFor(const QString& text);                 // SearchBrindleRes, copy-data 414
     bool IsBlkBoutique(const std::u16string& blockPath);
@@ -214,7 +207,10 @@ public:
     void OpenSubclass(int id);
     void GoToPage(int page);
     void OpenTargetClass();
-    void OpenRoute(const std::u16string& route);
+    // A route of the host (ShowGallery, ResetClass, copy-data) or of the panel
+    // (a hot word, a result row's class).
+    enum class RouteSource { Panel, Host };
+    void OpenRoute(const std::u16string& route, RouteSource source = RouteSource::Panel);
     void SearchCommand(int id);
     // Rebuilds the hot word row from m_hotWords and shows it, or hides it.
     void ShowHotWords(bool show);
@@ -251,6 +247,8 @@ protected:
 private:
     void OnInitDialog();
     void CreateControls();
+    void CreateSearchEdit();
+    void CreateButtons(int clientWidth);
     void OnTimer(std::uintptr_t id);
     void OnClassTableRefresh(std::uintptr_t code, std::unique_ptr<MessagePayload> payload);
     // MsgTreeUpdate: adopts what the workers deposited and carries on with it.
@@ -259,23 +257,27 @@ private:
     void OnPanelButton(int id);
     void OnCloseButton();
 
-    // Navigation state and helpers of brindle_navigation.cpp and brindle_commands.cpp.
-    CSubclassButton* m_openedSubclass = nullptr;  // the subclass button opened last
-    uint32_t m_subclassTick = 0;                  // tick of the last accepted OpenSubclass
-    bool m_subclassTicked = false;
-    uint32_t m_searchTick = 0;                    // tick of the last accepted SearchCommand
-    bool m_searchTicked = false;
+    // Navigation helpers of the navigation files and brindle_commands.cpp.
+    // The subclass button opened last (m_nav.openedSubclass), or null.
+    CSubclassButton* OpenedSubclass() const;
+    void NoteOpenedSubclass(CSubclassButton* button);
     int32_t m_collectionUser = -1;                // user of the last collection target
-    BlockRow m_focusRow;                          // command 23's row, looked for after the next listing
-    bool m_focusPending = false;
     bool m_rebuildingClasses = false;             // command 0 runs: OpenTargetClass must not send it again
     void RebuildAndReopen();                      // command 0
     void ApplyShowList(std::intptr_t force);      // command 6
     void SelectionChanged(std::intptr_t item);    // command 1
+    void EnableBlockDelete(bool enabled);         // command 5: the bar's "删除图块"
+    void RepaintResults();                        // command 17
+    void GoToRowClass(std::intptr_t row);         // command 23: a result row's class link
+    void LayoutStatusButtons();                   // event 4
+    void SetSyncStatus(int status);               // event 5
     void RefreshClassRows();                      // command 19
     void RunCollectionFilter();
     void FilterCollectionRows();
     void LoadCollectionRows();
+    // GoToPage's halves on the controls.
+    void ShowSearchControls();
+    void ShowBrowseControls();
     void OnCollectionRows(std::uintptr_t generation, std::unique_ptr<MessagePayload> payload);
 
     // The search run (search_road.cpp).
@@ -366,14 +368,15 @@ private:
     void BlockRenamed(const std::u16string& oldPath, const std::u16string& newPath, const std::u16string& fileName);
     void FolderMade(const std::u16string& parentPath, const std::u16string& name);
     void ShowEmptyClass(int row, const std::u16string& path);
+    // SwitchClass's steps: the old class cleared, the recent list listed.
+    void ClearForSwitch(int row);
+    void ListRecentBlocks(int row);
     // SwitchClass's half for a row whose class is known: its subclasses shown.
     void ShowClassOf(int row, const std::u16string& text);
     // The halves of SwitchClass and OpenSubclass after the service was asked;
     // a fetch under way continues them when its update is adopted.
     void ShowGalleryClasses(int row, const std::u16string& path);
     void ListSubclass(CSubclassButton* button, const std::u16string& path);
-    std::u16string m_summaryPending;   // gallery whose class summary is on the way
-    std::u16string m_itemsPending;     // class whose blocks are on the way
     bool m_galleryFetchPending = false;  // button 2151
     void PlaceThumbList(int entries);
     bool ClassIsBoutique(const std::u16string& path) const;

@@ -5,7 +5,7 @@
 #include "panel/dialog/brindle_dlg.h"
 #include "panel/dialog/hot_words.h"
 #include "panel/dialog/hourly_refresh.h"
-#include "panel/dialog/panel_timers.h"
+#include "panel/model/panel_numbers.h"
 #include "panel/dialog/thumbnail_road.h"
 #include "panel/lists/class_list_ctrl.h"
 #include "panel/lists/dwg_list_view.h"
@@ -20,7 +20,8 @@ namespace marrowfin {
 
 namespace {
 
-constexpr int kStatusButtons[] = {2155, 2156, 2157, 2150};
+constexpr int kStatusButtons[] = {ControlId::ReplaceCloud, ControlId::KeepCloud, ControlId::RetrySync,
+                                  ControlId::AddBlocksEmpty};
 
 }  // namespace
 
@@ -43,7 +44,7 @@ void CBrindleDlg::OnClassTableRefresh(std::uintptr_t code, std::unique_ptr<Messa
     if (code != HotWordsFetched) return;
     auto* words = dynamic_cast<HotWordsPayload*>(payload.get());
     // The search page shows the default word in its empty box.
-    if (words && TakeHotWords(m_hotWords, words->value) && m_page == PageSearch) update();
+    if (words && TakeHotWords(m_hotWords, words->value) && m_nav.page == PageSearch) update();
 }
 
 void CBrindleDlg::OnTimer(std::uintptr_t id) {
@@ -61,12 +62,11 @@ void CBrindleDlg::OnTimer(std::uintptr_t id) {
             return;
         case kTimerBuildClassList:
             KillTimer(self, id);
-            (void)PostWindowMessage(self, MsgPanelCommand, 0, 0);  // the panel itself: cannot be gone
+            RebuildAndReopen();
             return;
         case kTimerClassSwitch:
             KillTimer(self, id);
-            m_slowSwitch = false;
-            SwitchClass(m_pendingClass);
+            SwitchClass(m_nav.TakePendingClass());
             return;
         case kTimerRepaintAll:
             KillTimer(self, id);
@@ -78,7 +78,7 @@ void CBrindleDlg::OnTimer(std::uintptr_t id) {
         case kTimerClassTableApply:
             KillTimer(self, id);
             ReapplyClassTable();
-            (void)PostWindowMessage(self, MsgPanelCommand, 19, 0);
+            RefreshClassRows();
             return;
         case kTimerRowCheck:
             CheckShownRows();
@@ -93,7 +93,7 @@ void CBrindleDlg::OnTimer(std::uintptr_t id) {
             else if (id == kTimerRowCollect)
                 CollectRow(row);
             else
-                OnPanelCommand(23, row);
+                GoToRowClass(row);
             return;
         }
         case kTimerSyncPoll:
@@ -107,73 +107,61 @@ void CBrindleDlg::OnTimer(std::uintptr_t id) {
 void CBrindleDlg::OnPanelEvent(std::uintptr_t code, std::intptr_t lParam, std::unique_ptr<MessagePayload> payload) {
     // A payload (a worker's path) is freed when this returns.
     switch (code) {
-        case 0:
+        case PanelEvent::ThumbMissing:
             QueueThumbCheck(*this, lParam);
             return;
-        case 1:
-        case 2:
+        case PanelEvent::ThumbDone:
+        case PanelEvent::ThumbFailed:
             if (auto* path = dynamic_cast<OwnedText*>(payload.get()))
-                ThumbDownloadEnded(*this, code == 1, path->value);
+                ThumbDownloadEnded(*this, code == PanelEvent::ThumbDone, path->value);
             return;
-        case 3:
+        case PanelEvent::NextThumb:
             NextCollectionThumb();
             return;
-        case 4: {
-            for (int id : kStatusButtons)
-                if (CSkinButton* button = Button(id)) button->hide();
-            if (m_classIndex == 1) {
-                if (m_itemCount > 0) return;
-                auto show = [this](int id) {
-                    if (CSkinButton* button = Button(id)) button->show();
-                };
-                switch (m_syncStatus) {
-                    case -1:
-                        show(2150);
-                        break;
-                    case 0:
-                        show(2155);
-                        show(2156);
-                        break;
-                    case 3:
-                    case 4:
-                        show(2157);
-                        break;
-                    default:
-                        break;
-                }
-            }
-            update(ScaleRect(190, 110, 580, 300));
+        case PanelEvent::LayoutStatus:
+            LayoutStatusButtons();
             return;
-        }
-        case 5: {
-            m_syncStatus = static_cast<int>(lParam);
-            if (m_syncStatus == -2)
-                for (int id : kStatusButtons)
-                    if (CSkinButton* button = Button(id)) button->hide();
-            for (CSkinButton* button : m_collectionBtns)
-                if (button) button->setVisible(m_syncStatus == -1);
-            (void)PostWindowMessage(Handle(), MsgPanelEvent, 4, 0);
+        case PanelEvent::SyncStatus:
+            SetSyncStatus(static_cast<int>(lParam));
             return;
-        }
-        case 6:
-        case 7:
-            CloudSyncEnded(code == 6);
+        case PanelEvent::SyncDone:
+        case PanelEvent::SyncFailed:
+            CloudSyncEnded(code == PanelEvent::SyncDone);
             return;
-        case 8:
+        case PanelEvent::ThumbMenu:
             ThumbnailMenu(lParam);
             return;
-        case 9:
+        case PanelEvent::FolderMenu:
             FolderButtonMenu(lParam);
             return;
-        case 10:
+        case PanelEvent::DeleteFolder:
             AskDeleteFolder(reinterpret_cast<CSubclassButton*>(lParam));
             return;
-        case 11:
+        case PanelEvent::MoveBlock:
             MoveBlock(lParam);
             return;
         default:
             return;
     }
+}
+
+void CBrindleDlg::LayoutStatusButtons() {
+    for (int id : kStatusButtons)
+        if (CSkinButton* button = Button(id)) button->hide();
+    for (int id : m_nav.StatusButtons())
+        if (CSkinButton* button = Button(id)) button->show();
+    update(ScaleRect(190, 110, 580, 300));
+}
+
+void CBrindleDlg::SetSyncStatus(int status) {
+    m_nav.syncStatus = status;
+    if (status == -2)
+        for (int id : kStatusButtons)
+            if (CSkinButton* button = Button(id)) button->hide();
+    for (CSkinButton* button : m_collectionBtns)
+        if (button) button->setVisible(status == -1);
+    // Posted: the buttons follow the state the caller ends in.
+    (void)PostWindowMessage(Handle(), MsgPanelEvent, PanelEvent::LayoutStatus, 0);
 }
 
 bool CBrindleDlg::IsOwnWindow(WindowHandle window) {

@@ -9,7 +9,9 @@
 
 #include "panel/dialog/brindle_dlg.h"
 #include "panel/dialog/host_requests.h"
+#include "panel/dialog/thumbnail_road.h"
 #include "panel/lists/class_list_ctrl.h"
+#include "platform/product_texts.h"
 #include "platform/paths.h"
 #include "platform/text.h"
 #include "platform/ticks.h"
@@ -22,10 +24,7 @@ namespace marrowfin {
 
 namespace {
 
-constexpr char16_t kCollectionsName[] = u"我的收藏";
-constexpr char16_t kCollectionsRoute[] = u"/我的收藏";
 constexpr char16_t kUserTokenSeparator[] = u"&^&";
-constexpr std::size_t kBoutiqueCacheLimit = 100;
 
 bool Contains(std::u16string_view text, std::u16string_view part) { return text.find(part) != std::u16string_view::npos; }
 
@@ -48,8 +47,8 @@ bool SameWindow(WindowHandle a, std::intptr_t b) {
 std::intptr_t CBrindleDlg::OnPanelControl(std::uintptr_t code, std::intptr_t lParam) {
     switch (code) {
         case MARROWFIN_CONTROL_OPEN_COLLECTIONS:
-            if (IsSearchPage(m_page)) SearchCommand(2202);
-            m_forceList = true;  // reload the collections even when row 1 stands already
+            if (IsSearchPage(m_nav.page)) SearchCommand(ControlId::SearchBack);
+            m_nav.forceList = true;  // reload the collections even when row 1 stands already
             SelectClass(1, true);
             break;
         case MARROWFIN_CONTROL_ATTACH:
@@ -58,7 +57,7 @@ std::intptr_t CBrindleDlg::OnPanelControl(std::uintptr_t code, std::intptr_t lPa
             ShowPanel();
             raise();
             activateWindow();
-            SetTimer(Handle(), 1007, 400);
+            SetTimer(Handle(), kTimerRightStrip, kRightStripAttachMs);
             break;
         case MARROWFIN_CONTROL_HIDE:
             if (SameWindow(hostWindow, lParam)) HidePanel();
@@ -72,10 +71,10 @@ std::intptr_t CBrindleDlg::OnPanelControl(std::uintptr_t code, std::intptr_t lPa
         case MARROWFIN_CONTROL_SIGNED_OUT:
             userId = -1;
             userToken.clear();
-            if (m_classIndex == 1) {
-                if (IsSearchPage(m_page)) {
+            if (m_nav.classIndex == 1) {
+                if (IsSearchPage(m_nav.page)) {
                     if (m_searchEdit) m_searchEdit->clear();
-                    SearchCommand(2202);
+                    SearchCommand(ControlId::SearchBack);
                 }
                 SelectClass(0, true);
             }
@@ -91,11 +90,11 @@ std::intptr_t CBrindleDlg::OnCopyData(const CopyDataStruct* data) {
     const std::u16string text = data->lpData ? std::u16string(data->lpData) : std::u16string();
     switch (data->dwData) {
         case MARROWFIN_COPY_COLLECTION_LOCATION:
-            if (Contains(text, kCollectionsName)) OpenCollectionsForHost();
+            if (Contains(text, kCollectionText)) OpenCollectionsForHost();
             return 1;
         case MARROWFIN_COPY_LOCATION:
             // Locations from the host may still carry '\'.
-            if (!text.empty()) LocationStep(ToLibrarySeparators(text));
+            if (!text.empty()) OpenRoute(ToLibrarySeparators(text), RouteSource::Host);
             ShowPanel();
             raise();
             activateWindow();
@@ -122,33 +121,15 @@ std::intptr_t CBrindleDlg::OnCopyData(const CopyDataStruct* data) {
     }
 }
 
-void CBrindleDlg::LocationStep(const std::u16string& location) {
-    if (location.empty()) {
-        if (!IsSearchPage(m_page)) SetTimer(Handle(), 1011, 250);
-        return;
-    }
-    if (IsSearchPage(m_page)) {
-        if (m_searchEdit) m_searchEdit->clear();
-        SearchCommand(2202);
-    }
-    if (location.rfind(kCollectionsRoute, 0) == 0) {
-        m_targetClass = location;
-        OpenTargetClass();
-        return;
-    }
-    // Any other route may name a class that is not listed yet: it is added.
-    OpenClassRoute(location);
-}
-
 void CBrindleDlg::OpenCollectionsForHost() {
-    if (IsSearchPage(m_page)) SearchCommand(2202);
+    if (IsSearchPage(m_nav.page)) SearchCommand(ControlId::SearchBack);
     // The host asked: the reload leaves the page as it is while it reads,
     // and only a fresh collection opens the page with its list.
     m_quietCollect = true;
     ReloadCollection([this](int reloaded) {
         if (reloaded != 1) return;
         m_collectionJustRead = true;  // the switch need not read it again
-        m_forceList = true;
+        m_nav.forceList = true;
         SelectClass(1, true);
     });
     m_quietCollect = false;
@@ -157,7 +138,7 @@ void CBrindleDlg::OpenCollectionsForHost() {
 void CBrindleDlg::SearchFor(const QString& text) {
     GoToPage(PageSearch);
     if (m_searchEdit) m_searchEdit->setText(text);
-    SearchCommand(2205);
+    SearchCommand(ControlId::SearchFromHost);
 }
 
 bool CBrindleDlg::IsBlkBoutique(const std::u16string& blockPath) {
@@ -169,8 +150,7 @@ bool CBrindleDlg::IsBlkBoutique(const std::u16string& blockPath) {
     if (!store.root) return false;  // nothing known yet: nothing cached
 
     auto remember = [this, &path](bool boutique) {
-        if (m_boutiqueCache.size() >= kBoutiqueCacheLimit) m_boutiqueCache.clear();
-        m_boutiqueCache[path] = boutique ? 1 : 0;
+        NoteBoutique(*this, path, boutique);
         return boutique;
     };
 

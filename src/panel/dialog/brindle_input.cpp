@@ -11,7 +11,7 @@
 #include "net/gallery_sync.h"
 #include "panel/dialog/ad_tiles_road.h"
 #include "panel/dialog/brindle_dlg.h"
-#include "panel/dialog/panel_timers.h"
+#include "panel/model/panel_numbers.h"
 #include "panel/lists/class_list_ctrl.h"
 #include "panel/lists/dwg_list_view.h"
 #include "platform/files.h"
@@ -47,13 +47,13 @@ bool CBrindleDlg::PreTranslateMessage(QObject* receiver, QEvent* event) {
             if (key->key() == Qt::Key_Tab && !key->isAutoRepeat()) m_tabDown = true;
             if (key->key() == Qt::Key_F5) {
                 if (!isVisible()) return false;
-                if (IsSearchPage(m_page)) SearchCommand(2202);
+                if (IsSearchPage(m_nav.page)) SearchCommand(ControlId::SearchBack);
                 // The tree is rebuilt on a worker; its arrival rebuilds the class list.
                 RebuildTree();
                 return true;
             }
             if (key->key() == Qt::Key_Return || key->key() == Qt::Key_Enter) {
-                if (m_searchEdit && m_searchEdit->hasFocus()) SearchCommand(2201);
+                if (m_searchEdit && m_searchEdit->hasFocus()) SearchCommand(ControlId::Search);
                 return true;  // never the dialog's default button
             }
             if (key->key() == Qt::Key_Escape) return true;  // never closes the panel
@@ -98,14 +98,14 @@ void CBrindleDlg::mousePressEvent(QMouseEvent* event) {
         }
         return;
     }
-    if (!IsSearchPage(m_page)) {
+    if (!IsSearchPage(m_nav.page)) {
         if (ScaleRect(13, 78, 127, 102).contains(at)) {
             GoToPage(PageSearch);
             return;
         }
-        CSkinButton* download = Button(2151);
+        CSkinButton* download = Button(ControlId::DownloadGallery);
         if (download && download->isVisible() && ScaleRect(333, 169, 403, 259).contains(at)) {
-            OnPanelButton(2151);
+            OnPanelButton(ControlId::DownloadGallery);
             return;
         }
     } else if (ScaleRect(12, 40, 686, 64).contains(at)) {

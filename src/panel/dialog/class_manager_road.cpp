@@ -7,8 +7,10 @@
 #include "net/gallery_sync.h"
 #include "panel/dialog/brindle_dlg.h"
 #include "panel/dialog/class_route.h"
-#include "panel/dialog/panel_timers.h"
+#include "panel/model/panel_numbers.h"
 #include "picker/sel_class_dlg.h"
+#include "platform/qt/qt_text.h"
+#include "platform/product_texts.h"
 #include "platform/files.h"
 #include "platform/qt/window_timers.h"
 #include "skin/pop_tip_dlg.h"
@@ -20,8 +22,6 @@
 namespace marrowfin {
 
 namespace {
-constexpr uint32_t kCommandApplyShowList = 6;
-constexpr uint32_t kCommandRefreshClassRows = 19;
 }  // namespace
 
 std::u16string ClassNameOfRoute(std::u16string_view route) {
@@ -46,11 +46,11 @@ bool CBrindleDlg::RunClassManager(std::function<void(int result, bool wantSearch
     manager->panelHandle = Handle();
     manager->applyTable = [this](const std::u16string& text) {
         (void)ApplyClassTable(text, m_classTable, m_classVersions);
-        PostWindowMessage(Handle(), MsgPanelCommand, kCommandRefreshClassRows, 0);
+        RefreshClassRows();
     };
     manager->onSelectionCleared = [this] {
-        m_curClassPath.clear();
-        m_listNodes.clear();
+        m_nav.curClassPath.clear();
+        m_nav.listNodes.clear();
     };
     manager->onFinished = [this, manager, then = std::move(then)](int result, bool wantSearch) {
         // Gone at once for the panel, so that the continuation may open the
@@ -70,7 +70,7 @@ void CBrindleDlg::ManageClasses() {
         if (wantSearch)
             GoToPage(PageSearch);
         else
-            SendWindowMessage(Handle(), MsgPanelCommand, kCommandApplyShowList, 0);
+            ApplyShowList(0);
     });
 }
 
@@ -87,7 +87,7 @@ void CBrindleDlg::OpenClassRoute(const std::u16string& route) {
 void CBrindleDlg::ContinueClassRoute(const std::u16string& route, const std::u16string& name, bool secondRound) {
     const ShowListing listing = CountShowList(name);
     if (listing.listed) {
-        m_targetClass = route;
+        m_nav.targetClass = route;
         OpenTargetClass();
         return;
     }
@@ -96,7 +96,7 @@ void CBrindleDlg::ContinueClassRoute(const std::u16string& route, const std::u16
         auto* tip = new CPopTipDlg(this);
         tip->setAttribute(Qt::WA_DeleteOnClose);
         tip->setWindowModality(Qt::WindowModal);
-        tip->Configure(QStringLiteral("Ombrel"), false,
+        tip->Configure(ToQString(kProductTitle), false,
                        QStringLiteral("最多可添加%1个分类").arg(static_cast<int>(kRouteClassLimit)), QString(),
                        QStringLiteral("去管理"), QString());
         tip->OnInitDialog();
@@ -107,7 +107,7 @@ void CBrindleDlg::ContinueClassRoute(const std::u16string& route, const std::u16
                 return;
             }
             (void)RunClassManager([this, route, name](int result, bool wantSearch) {
-                if (result == 1) SendWindowMessage(Handle(), MsgPanelCommand, kCommandApplyShowList, 0);
+                if (result == 1) ApplyShowList(0);
                 if (wantSearch) {
                     GoToPage(PageSearch);
                     return;
@@ -120,14 +120,14 @@ void CBrindleDlg::ContinueClassRoute(const std::u16string& route, const std::u16
     }
     if (!m_store || !m_store->root) return;
     (void)AddGalleryToShowList(name);
-    m_curClassPath = m_store->root->Path() + route;
-    m_targetClass.clear();
+    m_nav.curClassPath = m_store->root->Path() + route;
+    m_nav.targetClass.clear();
     // The class comes on a worker; its arrival rebuilds the column and opens
     // it (OnTreeUpdate), as the rebuild followed the fetch when it waited.
     std::optional<TreeRequest> request = PrepareGalleryFull(*m_store, name, true);
     if (request && StartTreeRequest(*m_store, std::move(*request))) {
         m_routeGallery = name;
-        m_routeTarget = m_curClassPath;
+        m_routeTarget = m_nav.curClassPath;
         return;
     }
     SetTimer(Handle(), kTimerBuildClassList, kClassListMs);

@@ -12,6 +12,8 @@
 #include <algorithm>
 
 #include "collection_dialogs/add_blocks_from_disk.h"
+#include "platform/product_texts.h"
+#include "platform/qt/qt_text.h"
 #include "collection_dialogs/collection_tip.h"
 #include "collection_dialogs/collectiondlg.h"
 #include "collection_dialogs/modify_folder_dlg.h"
@@ -21,6 +23,7 @@
 #include "marrowfin/marrowfin.h"
 #include "panel/dialog/ad_tiles_road.h"
 #include "panel/dialog/brindle_dlg.h"
+#include "panel/dialog/thumbnail_road.h"
 #include "panel/dialog/host_requests.h"
 #include "panel/lists/dwg_list_view.h"
 #include "panel/lists/search_list_ctrl.h"
@@ -38,10 +41,16 @@ namespace marrowfin {
 
 namespace {
 
-constexpr char16_t kCollectionRoute[] = u"/我的收藏/";
+// A folder of the collection as a route: "/我的收藏/<folder>".
+const std::u16string kCollectionFolderRoute = std::u16string(kCollectionRoute) + u"/";
 constexpr char16_t kDwg[] = u".dwg";
 
-QString Q(const std::u16string& text) { return QString::fromStdU16String(text); }
+// Entries of the collection's context menus.
+constexpr int kMenuRename = 2000;
+constexpr int kMenuDelete = 2001;
+constexpr int kMenuMove = 2002;
+constexpr int kMenuCollect = 1000;
+
 
 CollectionMessage Notice(std::u16string title, std::u16string text, std::u16string accept = u"确定",
                          std::u16string decline = {}) {
@@ -73,7 +82,7 @@ void SortFolderNodes(GalleryNode* parent) {
     std::stable_sort(parent->dirChildren.begin(), parent->dirChildren.end(),
                      [&collator](const GalleryNode* a, const GalleryNode* b) {
                          if (!a || !b) return b != nullptr && a == nullptr;
-                         return collator.compare(Q(a->Path()), Q(b->Path())) < 0;
+                         return collator.compare(ToQString(a->Path()), ToQString(b->Path())) < 0;
                      });
 }
 
@@ -147,48 +156,49 @@ QMenu* CBrindleDlg::PopCollectionMenu(const std::vector<std::pair<QString, int>>
 
 void CBrindleDlg::ThumbnailMenu(std::intptr_t item) {
     if (!m_pThumbList || !m_store || !m_store->root) return;
-    if (item < 0 || item >= m_pThumbList->GetItemCount() || IsSearchPage(m_page)) return;
-    if (m_classIndex == 1) {
+    if (item < 0 || item >= m_pThumbList->GetItemCount() || IsSearchPage(m_nav.page)) return;
+    if (m_nav.classIndex == 1) {
         // The menu acts on the block it was opened on, wherever it stands by then.
         const std::u16string path = m_pThumbList->GetPath(static_cast<int>(item));
         if (path.empty()) return;
         std::set<int> disabled;
-        if (m_folderMap.size() < 2) disabled.insert(2002);
-        PopCollectionMenu({{QStringLiteral("重命名"), 2000}, {QString(), 0}, {QStringLiteral("删除"), 2001},
-                           {QStringLiteral("移动"), 2002}},
+        if (m_folderMap.size() < 2) disabled.insert(kMenuMove);
+        PopCollectionMenu({{QStringLiteral("重命名"), kMenuRename}, {QString(), 0}, {QStringLiteral("删除"), kMenuDelete},
+                           {QStringLiteral("移动"), kMenuMove}},
                           disabled, [this, path](int id) {
+                              // Rename and move are posted: their dialogs open once the menu has closed.
                               const int at = ItemOfPath(path);
                               if (at < 0) return;
-                              if (id == 2000) {
-                                  (void)PostWindowMessage(Handle(), MsgPanelCommand, 4, at);
-                              } else if (id == 2001) {
+                              if (id == kMenuRename) {
+                                  (void)PostWindowMessage(Handle(), MsgPanelCommand, PanelCommand::RenameBlock, at);
+                              } else if (id == kMenuDelete) {
                                   // The bar's "删除图块" takes the selected item.
                                   m_pThumbList->SetSelectedItem(at);
                                   DeleteSelectedBlock();
-                              } else if (id == 2002) {
-                                  (void)PostWindowMessage(Handle(), MsgPanelEvent, 11, at);
+                              } else if (id == kMenuMove) {
+                                  (void)PostWindowMessage(Handle(), MsgPanelEvent, PanelEvent::MoveBlock, at);
                               }
                           });
         return;
     }
-    if (m_classIndex < 2) return;
+    if (m_nav.classIndex < 2) return;
     // The tile's cell has no menu.
     if (item == 0 && GetAdTile(*this, nullptr)) return;
     const std::u16string path = m_pThumbList->GetPath(static_cast<int>(item));
     if (path.empty()) return;
-    PopCollectionMenu({{QStringLiteral("收藏图块"), 1000}}, {}, [this, path](int) { CollectListedBlock(path); });
+    PopCollectionMenu({{ToQString(kCollectTitle), kMenuCollect}}, {}, [this, path](int) { CollectListedBlock(path); });
 }
 
 void CBrindleDlg::CollectListedBlock(const std::u16string& path) {
     const int item = ItemOfPath(path);
-    const GalleryNode* node = item >= 0 && m_store ? m_listNodes.At(*m_store, static_cast<size_t>(item)) : nullptr;
+    const GalleryNode* node = item >= 0 && m_store ? m_nav.listNodes.At(*m_store, static_cast<size_t>(item)) : nullptr;
     if (!node || !node->PathIs(path) || !FileExists(path)) return;
     if (CollectionWindowOpen()) return;
     if (userId < 2 && RequireLogin() < 2) return;
     const std::u16string name = node->name.str();
     CheckOldCollectionThen([this, name, path](int verdict) {
         if (verdict == 0 || !HostAllowsCollecting(path)) return;
-        OpenCollectDialog(name, path, LoadDwgPreview(Q(path)), nullptr);
+        OpenCollectDialog(name, path, LoadDwgPreview(ToQString(path)), nullptr);
     });
 }
 
@@ -212,17 +222,17 @@ void CBrindleDlg::OpenCollectDialog(const std::u16string& name, const std::u16st
             m_collected[path] = 1;
             if (!done.m_landed) return;
             const std::u16string folder = done.m_folder;
-            m_collectionWindow = OpenCollectionTip(this, Notice(u"收藏图块", u"图块收藏成功", u"查看收藏", u"关闭"), this,
+            m_collectionWindow = OpenCollectionTip(this, Notice(kCollectTitle, u"图块收藏成功", u"查看收藏", u"关闭"), this,
                               [this, folder, closed](int answer) {
                                   if (answer != 1) {
                                       if (closed) closed();
                                       return;
                                   }
                                   // "查看收藏": the folder that took the block opens.
-                                  if (m_page == PageSearch) SearchCommand(2202);
+                                  if (m_nav.page == PageSearch) SearchCommand(ControlId::SearchBack);
                                   if (!m_store || !m_store->root) return;
-                                  m_targetClass = MirrorDir(m_store->root->Path(), userId) + u"/" + folder;
-                                  m_forceList = true;
+                                  m_nav.targetClass = MirrorDir(m_store->root->Path(), userId) + u"/" + folder;
+                                  m_nav.forceList = true;
                                   SelectClass(1, true);
                               });
         });
@@ -258,16 +268,17 @@ void CBrindleDlg::CollectRow(std::intptr_t index) {
 
 void CBrindleDlg::FolderButtonMenu(std::intptr_t handle) {
     CSubclassButton* button = SubclassButtonOf(handle);
-    if (!button || m_classIndex != 1 || IsSearchPage(m_page)) return;
+    if (!button || m_nav.classIndex != 1 || IsSearchPage(m_nav.page)) return;
     const WindowHandle target = HandleOf(button);
-    PopCollectionMenu({{QStringLiteral("重命名"), 2000}, {QString(), 0}, {QStringLiteral("删除"), 2001}}, {},
+    PopCollectionMenu({{QStringLiteral("重命名"), kMenuRename}, {QString(), 0}, {QStringLiteral("删除"), kMenuDelete}}, {},
                       [this, target](int id) {
                           CSubclassButton* chosen = SubclassButtonOf(static_cast<std::intptr_t>(target));
                           if (!chosen) return;
-                          if (id == 2000)
-                              (void)PostWindowMessage(Handle(), MsgPanelCommand, 2, static_cast<std::intptr_t>(target));
-                          else if (id == 2001)
-                              (void)PostWindowMessage(Handle(), MsgPanelEvent, 10, reinterpret_cast<std::intptr_t>(chosen));
+                          // Posted: the dialog or tip opens once the menu has closed.
+                          if (id == kMenuRename)
+                              (void)PostWindowMessage(Handle(), MsgPanelCommand, PanelCommand::RenameFolder, static_cast<std::intptr_t>(target));
+                          else if (id == kMenuDelete)
+                              (void)PostWindowMessage(Handle(), MsgPanelEvent, PanelEvent::DeleteFolder, reinterpret_cast<std::intptr_t>(chosen));
                       });
 }
 
@@ -277,8 +288,8 @@ void CBrindleDlg::RenameFolder(std::intptr_t handle) {
     CSubclassButton* button = SubclassButtonOf(handle);
     if (!button || !m_store || !m_store->root) return;
     GalleryNode* node = FindNodeByPath(m_store->root, button->data.toStdU16String());
-    if (!node || !node->parent || m_classIndex != 1 || IsSearchPage(m_page)) return;
-    if (m_curClassPath.find(u"收藏") == std::u16string::npos) return;
+    if (!node || !node->parent || m_nav.classIndex != 1 || IsSearchPage(m_nav.page)) return;
+    if (m_nav.curClassPath.find(u"收藏") == std::u16string::npos) return;
     if (CollectionWindowOpen()) return;
     const std::u16string oldPath = node->Path();
     const std::u16string parentPath = node->parent->Path();
@@ -307,11 +318,11 @@ void CBrindleDlg::FolderRenamed(const std::u16string& oldPath, const std::u16str
     GalleryNode* node = m_store && m_store->root ? FindNodeByPath(m_store->root, oldPath) : nullptr;
     if (!node) return;
     RenameNode(node, newName);
-    if (m_curClassPath == oldPath) m_curClassPath = newPath;
+    if (m_nav.curClassPath == oldPath) m_nav.curClassPath = newPath;
     if (CSubclassButton* button = SubclassButtonOf(static_cast<std::intptr_t>(buttonHandle))) {
-        button->setText(Q(newName));
-        button->data = Q(newPath);
-        button->setToolTip(Q(newName));
+        button->setText(ToQString(newName));
+        button->data = ToQString(newPath);
+        button->setToolTip(ToQString(newName));
     }
     // The thumbnails already listed lie in the new directory now.
     if (m_pThumbList)
@@ -323,8 +334,8 @@ void CBrindleDlg::FolderRenamed(const std::u16string& oldPath, const std::u16str
     GalleryNode* parent = node->parent;
     if (!parent || parent->name != kCollectionClass) return;
     SortFolderNodes(parent);
-    m_targetClass = kCollectionRoute + newName;
-    m_forceList = true;
+    m_nav.targetClass = kCollectionFolderRoute + newName;
+    m_nav.forceList = true;
     OpenTargetClass();
 }
 
@@ -332,14 +343,14 @@ void CBrindleDlg::FolderRenamed(const std::u16string& oldPath, const std::u16str
 
 GalleryNode* CBrindleDlg::ListedBlockAt(std::intptr_t item) {
     if (!m_store || !m_pThumbList || item < 0 || item >= m_pThumbList->GetItemCount()) return nullptr;
-    GalleryNode* node = m_listNodes.At(*m_store, static_cast<size_t>(item));
+    GalleryNode* node = m_nav.listNodes.At(*m_store, static_cast<size_t>(item));
     return node && IsFile(*node) && node->parent ? node : nullptr;
 }
 
 void CBrindleDlg::RenameBlock(std::intptr_t item) {
     // Only a block of the collections is renamed; anywhere else the double click activates.
-    if (m_classIndex != 1 || IsSearchPage(m_page) || m_curClassPath.find(u"收藏") == std::u16string::npos) {
-        (void)SendWindowMessage(Handle(), MsgPanelCommand, 3, item);
+    if (m_nav.classIndex != 1 || IsSearchPage(m_nav.page) || m_nav.curClassPath.find(u"收藏") == std::u16string::npos) {
+        ActivateBlock(*this, item);
         return;
     }
     GalleryNode* node = ListedBlockAt(item);
@@ -383,9 +394,9 @@ void CBrindleDlg::BlockRenamed(const std::u16string& oldPath, const std::u16stri
     const int item = ItemOfPath(oldPath);
     if (item >= 0 && m_pThumbList) {
         m_pThumbList->SetPath(item, newPath);
-        m_pThumbList->RenameItem(item, Q(stem));
+        m_pThumbList->RenameItem(item, ToQString(stem));
     }
-    m_selectedName = Q(fileName);
+    m_nav.selectedName = ToQString(fileName);
     update(ScaleRect(9, 424, 540, 450));
 }
 
@@ -400,13 +411,13 @@ void CBrindleDlg::MoveBlock(std::intptr_t item) {
         return;
     }
     auto* dialog = HoldCollectionDialog<CMoveCollectBlkDlg>(
-        new CMoveCollectBlkDlg(this, node->name.str(), path, LoadDwgPreview(Q(path)), userToken, m_folderMap),
+        new CMoveCollectBlkDlg(this, node->name.str(), path, LoadDwgPreview(ToQString(path)), userToken, m_folderMap),
         [this](CMoveCollectBlkDlg& done, int result) {
             if (result != QDialog::Accepted) return;
             // The target folder opens and reads the block from the service; the
             // source folder drops its file when it is next opened.
-            m_targetClass = kCollectionRoute + done.m_folder;
-            m_forceList = true;
+            m_nav.targetClass = kCollectionFolderRoute + done.m_folder;
+            m_nav.forceList = true;
             OpenTargetClass();
         });
     dialog->Open();
@@ -416,25 +427,25 @@ void CBrindleDlg::MoveBlock(std::intptr_t item) {
 
 void CBrindleDlg::AddBlocksFromDisk() {
     if (userId < 2 && RequireLogin() < 1) return;
-    if (m_curClassPath.empty() || !m_store || !m_store->root) return;
+    if (m_nav.curClassPath.empty() || !m_store || !m_store->root) return;
     if (CollectionWindowOpen()) return;
-    if (!DirectoryExists(m_curClassPath) || !FindNodeByPath(m_store->root, m_curClassPath)) {
-        m_forceList = true;
+    if (!DirectoryExists(m_nav.curClassPath) || !FindNodeByPath(m_store->root, m_nav.curClassPath)) {
+        m_nav.forceList = true;
         SelectClass(1, true);
         return;
     }
-    const std::u16string folderPath = m_curClassPath;
+    const std::u16string folderPath = m_nav.curClassPath;
     auto* run = CAddBlocksFromDisk::Start(
         this, userToken, folderPath,
         [this](const std::u16string& name) { return FolderIdByName(m_folderMap, name); },
         [this, folderPath](bool changed) {
             m_collectionWindow = nullptr;
             // The folder is read again, which lists the new blocks.
-            if (!changed || m_curClassPath != folderPath) return;
+            if (!changed || m_nav.curClassPath != folderPath) return;
             for (CSubclassButton* button : m_subclassBtns) {
                 if (!button || !button->selected) continue;
-                m_forceList = true;
-                m_subclassTicked = false;
+                m_nav.forceList = true;
+                m_nav.ExemptNextSubclassPress();
                 OpenSubclass(button->ControlId());
                 return;
             }
@@ -444,20 +455,20 @@ void CBrindleDlg::AddBlocksFromDisk() {
 }
 
 void CBrindleDlg::NewFolder() {
-    if (m_curClassPath.empty() || !m_store || !m_store->root) return;
+    if (m_nav.curClassPath.empty() || !m_store || !m_store->root) return;
     if (CollectionWindowOpen()) return;
-    GalleryNode* node = FindNodeByPath(m_store->root, m_curClassPath);
+    GalleryNode* node = FindNodeByPath(m_store->root, m_nav.curClassPath);
     if (!node) {
-        if (m_classList && m_classIndex >= 0) {
-            m_forceList = true;
-            SelectClass(m_classIndex, false);
+        if (m_classList && m_nav.classIndex >= 0) {
+            m_nav.forceList = true;
+            SelectClass(m_nav.classIndex, false);
         }
         return;
     }
     GalleryNode* parent = node->parent;
     if (!parent || parent->name != kCollectionClass) return;
     if (static_cast<int>(parent->dirChildren.size()) >= kMaxCollectionFolders) {
-        m_collectionWindow = OpenCollectionTip(this, Notice(u"Ombrel", u"已达到分类上限"), this, nullptr);
+        m_collectionWindow = OpenCollectionTip(this, Notice(kProductTitle, u"已达到分类上限"), this, nullptr);
         return;
     }
     const std::u16string parentPath = parent->Path();
@@ -484,20 +495,20 @@ void CBrindleDlg::FolderMade(const std::u16string& parentPath, const std::u16str
     const int folders = static_cast<int>(parent->dirChildren.size());
     if (folders <= kMaxCollectionFolders && folders <= static_cast<int>(m_subclassBtns.size())) {
         if (CSubclassButton* button = m_subclassBtns[static_cast<size_t>(folders - 1)]) {
-            button->data = Q(path);
-            button->setText(Q(name));
-            button->setToolTip(Q(name));
+            button->data = ToQString(path);
+            button->setText(ToQString(name));
+            button->setToolTip(ToQString(name));
             button->show();
         }
         ReloadCollection([this, name](int reloaded) {
             if (reloaded != 1) return;
-            m_targetClass = kCollectionRoute + name;
-            m_forceList = true;
+            m_nav.targetClass = kCollectionFolderRoute + name;
+            m_nav.forceList = true;
             OpenTargetClass();
         });
     }
     if (folders >= kMaxCollectionFolders)
-        if (CSkinButton* button = Button(2101)) button->setEnabled(false);
+        if (CSkinButton* button = Button(ControlId::NewFolder)) button->setEnabled(false);
 }
 
 void CBrindleDlg::ShareCollection() {

@@ -15,6 +15,7 @@
 #include "panel/classes/panel_workers.h"
 #include "panel/dialog/brindle_dlg.h"
 #include "panel/lists/dwg_list_view.h"
+#include "platform/product_texts.h"
 #include "platform/files.h"
 #include "skin/skin_button.h"
 #include "skin/subclass_button.h"
@@ -28,9 +29,6 @@ namespace {
 
 // Files of the mirror fetched at once, as for the gallery's thumbnails.
 constexpr size_t kMirrorFetchLanes = 6;
-constexpr std::uintptr_t kEventThumbDone = 1;
-constexpr std::uintptr_t kEventThumbFailed = 2;
-constexpr std::uintptr_t kEventNextThumb = 3;
 
 // Takes every cloud collection (of any user) off the tree and frees it; the
 // old local one, <root>/我的收藏, stays.
@@ -38,7 +36,7 @@ bool DropCloudCollections(GalleryStore& store, GalleryNode* root) {
     bool dropped = false;
     auto& children = root->dirChildren;
     for (auto it = children.begin(); it != children.end();) {
-        if (*it && (*it)->name == kCollectionClass && (*it)->Path().ends_with(u"_收藏")) {
+        if (*it && (*it)->name == kCollectionClass && (*it)->Path().ends_with(kMirrorSuffix)) {
             if (!dropped) ++store.treeEpoch;  // handles into it go stale first
             dropped = true;
             SubtreeDeleter()(*it);
@@ -68,7 +66,7 @@ void CBrindleDlg::ReloadCollection(std::function<void(int)> then) {
         if (userId < 1) return finish(0);
     }
     if (userToken.empty()) {
-        if (!quiet) SendWindowMessage(Handle(), MsgPanelEvent, 5, 3);
+        if (!quiet) SetSyncStatus(3);
         return finish(0);
     }
     if (!m_store || !m_store->root) return finish(0);
@@ -93,7 +91,7 @@ void CBrindleDlg::EndCollectionLoad(int result) {
 
 void CBrindleDlg::ReadCollectionFolders(std::uintptr_t generation, bool quiet) {
     if (!m_store || !m_store->root) return EndCollectionLoad(0);
-    if (!quiet) SendWindowMessage(Handle(), MsgPanelEvent, 5, 1);
+    if (!quiet) SetSyncStatus(1);
     FolderListRequest request;
     request.token = userToken;
     request.mirrorDir = MirrorDir(m_store->root->Path(), userId);
@@ -108,14 +106,14 @@ void CBrindleDlg::ReadCollectionFolders(std::uintptr_t generation, bool quiet) {
             AdoptFolderList(std::move(read), mirror, quiet);
         });
     if (!started) {
-        if (!quiet) SendWindowMessage(Handle(), MsgPanelEvent, 5, 3);
+        if (!quiet) SetSyncStatus(3);
         EndCollectionLoad(0);
     }
 }
 
 void CBrindleDlg::AdoptFolderList(FolderListRead read, const std::u16string& mirror, bool quiet) {
     if (read.fate != CollectionReadFate::Read || !m_store || !m_store->root) {
-        if (!quiet) SendWindowMessage(Handle(), MsgPanelEvent, 5, 3);
+        if (!quiet) SetSyncStatus(3);
         return EndCollectionLoad(0);
     }
     GalleryNode* root = m_store->root;
@@ -138,9 +136,9 @@ void CBrindleDlg::AdoptFolderList(FolderListRead read, const std::u16string& mir
     m_folderMap = std::move(folders);
     // Room for a folder again (one was deleted): "新建文件夹" comes back.
     if (m_folderMap.size() < static_cast<size_t>(kMaxCollectionFolders))
-        if (CSkinButton* button = Button(2101)) button->setEnabled(true);
+        if (CSkinButton* button = Button(ControlId::NewFolder)) button->setEnabled(true);
     RelistNodes();
-    if (!quiet) SendWindowMessage(Handle(), MsgPanelEvent, 5, -1);
+    if (!quiet) SetSyncStatus(-1);
     EndCollectionLoad(1);
 }
 
@@ -157,12 +155,12 @@ bool CBrindleDlg::LoadFolderBlocks(CSubclassButton* button, const std::u16string
         [this, generation, path](FolderBlocksRead read) {
             // Only the newest read of the folder still open counts.
             if (generation == m_folderReads) m_folderReading = false;
-            if (generation != m_folderReads || m_curClassPath != path || !m_openedSubclass) return;
+            if (generation != m_folderReads || m_nav.curClassPath != path || !OpenedSubclass()) return;
             AdoptFolderBlocks(std::move(read), path);
         });
     if (!started) return false;
     m_folderReading = true;
-    m_openedSubclass = button;
+    NoteOpenedSubclass(button);
     return true;
 }
 
@@ -186,7 +184,7 @@ void CBrindleDlg::AdoptFolderBlocks(FolderBlocksRead read, const std::u16string&
             if (folder.path == path) folder.blocks = std::move(read.blocks);
     }
     // Offline the blocks read before stay listed.
-    ListSubclass(m_openedSubclass, path);
+    ListSubclass(OpenedSubclass(), path);
 }
 
 // ---- the mirror's files ---------------------------------------------------------
@@ -198,7 +196,7 @@ void CBrindleDlg::NextCollectionThumb() {
     const std::u16string url = BlockUrlByPath(m_folderMap, path);
     if (url.empty()) {
         // A block without an address is not fetched; the next one may be.
-        (void)PostWindowMessage(Handle(), MsgPanelEvent, kEventNextThumb, 0);
+        (void)PostWindowMessage(Handle(), MsgPanelEvent, PanelEvent::NextThumb, 0);
         return;
     }
     m_thumbRunning.push_back(path);
@@ -206,14 +204,14 @@ void CBrindleDlg::NextCollectionThumb() {
     const bool started = StartPanelWorker([panel, url, path] {
         const bool landed = DownloadFile(url, path, 0, 0) && FileExists(path);
         if (!landed) (void)RemoveFile(path);
-        (void)PostText(panel, MsgPanelEvent, landed ? kEventThumbDone : kEventThumbFailed, path);
+        (void)PostText(panel, MsgPanelEvent, landed ? PanelEvent::ThumbDone : PanelEvent::ThumbFailed, path);
     });
     if (!started) {
         m_thumbRunning.erase(std::remove(m_thumbRunning.begin(), m_thumbRunning.end(), path), m_thumbRunning.end());
         return;
     }
     // Up to six run side by side.
-    (void)PostWindowMessage(Handle(), MsgPanelEvent, kEventNextThumb, 0);
+    (void)PostWindowMessage(Handle(), MsgPanelEvent, PanelEvent::NextThumb, 0);
 }
 
 // ---- deleting a block (bar button 2102) ---------------------------------------
@@ -222,8 +220,8 @@ void CBrindleDlg::DeleteSelectedBlock() {
     if (!m_pThumbList || !m_store || !m_store->root) return;
     const int item = m_pThumbList->GetSelectedItem();
     if (item < 0) return;
-    GalleryNode* container = FindNodeByPath(m_store->root, m_curClassPath);
-    GalleryNode* block = m_listNodes.At(*m_store, static_cast<size_t>(item));
+    GalleryNode* container = FindNodeByPath(m_store->root, m_nav.curClassPath);
+    GalleryNode* block = m_nav.listNodes.At(*m_store, static_cast<size_t>(item));
     if (!container || !block || block->parent != container) return;
     const std::u16string folderName = container->name.str();
     const std::u16string blockName = block->name.str();
@@ -232,16 +230,16 @@ void CBrindleDlg::DeleteSelectedBlock() {
     if (folderId.empty() || blockId.empty()) return;
     if (m_blockDeletePending) return;  // one request at a time
     m_blockDeletePending = true;
-    if (CSkinButton* button = Button(2102)) button->setEnabled(false);
+    if (CSkinButton* button = Button(ControlId::DeleteBlock)) button->setEnabled(false);
 
     const std::u16string token = userToken;
-    const std::u16string folderPath = m_curClassPath;
+    const std::u16string folderPath = m_nav.curClassPath;
     const std::u16string blockPath = block->Path();
     const bool started = AskOnWorker<CollectionReply>(
         Handle(), [token, folderId, blockId] { return DeleteCollectedBlock(token, folderId, blockId); },
         [this, folderPath, blockPath, blockName](CollectionReply reply) {
             m_blockDeletePending = false;
-            if (CSkinButton* button = Button(2102)) button->setEnabled(true);
+            if (CSkinButton* button = Button(ControlId::DeleteBlock)) button->setEnabled(true);
             const CollectionMessage shown = MessageForReply(CollectionRoad::BlockDeletion, reply);
             if (shown.kind == CollectionMessage::Tip) {
                 (void)OpenCollectionTip(this, shown, this, nullptr);
@@ -251,7 +249,7 @@ void CBrindleDlg::DeleteSelectedBlock() {
         });
     if (!started) {
         m_blockDeletePending = false;
-        if (CSkinButton* button = Button(2102)) button->setEnabled(true);
+        if (CSkinButton* button = Button(ControlId::DeleteBlock)) button->setEnabled(true);
     }
 }
 
@@ -278,11 +276,11 @@ void CBrindleDlg::BlockDeleted(const std::u16string& folderPath, const std::u16s
     }
     RelistNodes();
     // The folder is read again, which lists what is left.
-    if (m_curClassPath != folderPath) return;
+    if (m_nav.curClassPath != folderPath) return;
     for (CSubclassButton* button : m_subclassBtns) {
         if (!button || !button->selected) continue;
-        m_forceList = true;
-        m_subclassTicked = false;
+        m_nav.forceList = true;
+        m_nav.ExemptNextSubclassPress();
         OpenSubclass(button->ControlId());
     }
 }
@@ -295,26 +293,26 @@ namespace marrowfin {
 
 void CBrindleDlg::OnCollectionBar(int id) {
     switch (id) {
-        case 2100:
+        case ControlId::AddBlocks:
             AddBlocksFromDisk();
             return;
-        case 2101:
+        case ControlId::NewFolder:
             NewFolder();
             return;
-        case 2103:
+        case ControlId::ShareCollection:
             ShareCollection();
             return;
-        case 2102:
+        case ControlId::DeleteBlock:
             DeleteSelectedBlock();
             return;
-        case 2104:
+        case ControlId::SearchCollection:
             GoToPage(PageCollectionSearch);
             return;
-        case 2105:
-            if (m_curClassPath.find(u"收藏") == std::u16string::npos) return;
+        case ControlId::DeleteFolder:
+            if (m_nav.curClassPath.find(u"收藏") == std::u16string::npos) return;
             for (CSubclassButton* button : m_subclassBtns) {
-                if (button && button->data.toStdU16String() == m_curClassPath) {
-                    (void)PostWindowMessage(Handle(), MsgPanelEvent, 10, reinterpret_cast<std::intptr_t>(button));
+                if (button && button->data.toStdU16String() == m_nav.curClassPath) {
+                    AskDeleteFolder(button);
                     return;
                 }
             }
@@ -338,8 +336,8 @@ void CBrindleDlg::AskDeleteFolder(CSubclassButton* button) {
         m_folderDeletePending = false;
         if (!deleted) return;
         // The collection opens again; its reload takes the folder's directory away.
-        m_targetClass = u"/" + std::u16string(kCollectionClass);
-        m_forceList = true;
+        m_nav.targetClass = u"/" + std::u16string(kCollectionClass);
+        m_nav.forceList = true;
         OpenTargetClass();
     });
 }

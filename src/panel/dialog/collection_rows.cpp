@@ -3,16 +3,13 @@
 #include "collection/collection_calls.h"
 #include "panel/dialog/brindle_dlg.h"
 #include "panel/classes/panel_workers.h"
+#include "platform/product_texts.h"
 #include "platform/files.h"
+#include "platform/qt/qt_text.h"
 #include "search/search_cache.h"
 
 namespace marrowfin {
 
-namespace {
-
-QString Q(const std::u16string& text) { return QString::fromStdU16String(text); }
-
-}  // namespace
 
 std::vector<BlockRow> CollectionRows(const FolderListDocument& document, const std::u16string& mirror) {
     std::vector<BlockRow> rows;
@@ -21,14 +18,14 @@ std::vector<BlockRow> CollectionRows(const FolderListDocument& document, const s
             // A name that would reach outside the mirror is no row.
             if (!IsSafePathSegment(block.info) || !IsSafePathSegment(block.filename)) continue;
             BlockRow row;
-            row.name = Q(block.filename);
-            row.klass = QStringLiteral("我的收藏");
-            row.subclass = Q(block.info);
-            row.url = Q(block.url);
+            row.name = ToQString(block.filename);
+            row.klass = ToQString(kCollectionText);
+            row.subclass = ToQString(block.info);
+            row.url = ToQString(block.url);
             row.size = block.size;
             row.boutique = block.boutique;
             const std::u16string file = mirror + u"/" + block.info + u"/" + block.filename;
-            row.path = Q(file);
+            row.path = ToQString(file);
             row.state = FileExists(file) ? RowCollected : RowRemote;
             rows.push_back(std::move(row));
         }
@@ -52,7 +49,7 @@ void StartCollectionRowsFetch(WindowHandle panel, std::uintptr_t generation, std
 
 void CBrindleDlg::OnCollectionRows(std::uintptr_t generation, std::unique_ptr<MessagePayload> payload) {
     // An older load, or a page the user has left: the rows go with the message.
-    if (generation != m_collectionRowsGeneration || !m_collectionRowsPending || m_page != PageCollectionSearch) return;
+    if (generation != m_collectionRowsGeneration || !m_collectionRowsPending || m_nav.page != PageCollectionSearch) return;
     m_collectionRowsPending = false;
     m_searchState = 0;
     if (auto* rows = dynamic_cast<CollectionRowsPayload*>(payload.get())) m_collectionRows = std::move(rows->value);

@@ -10,13 +10,11 @@
 #include <vector>
 
 #include "panel/model/block_row.h"
+#include "panel/model/panel_numbers.h"
 #include "platform/window_messages.h"
 
 namespace marrowfin {
 
-// wParam: the generation of the load; payload: CollectionRowsPayload (empty
-// rows when the request failed or the answer holds no root).
-inline constexpr uint32_t MsgCollectionRows = 0x9e5;
 using CollectionRowsPayload = OwnedValue<std::vector<BlockRow>>;
 
 struct FolderListDocument;

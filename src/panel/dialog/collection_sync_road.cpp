@@ -7,7 +7,7 @@
 #include "collection_dialogs/collection_tip.h"
 #include "panel/classes/panel_workers.h"
 #include "panel/dialog/brindle_dlg.h"
-#include "panel/dialog/panel_timers.h"
+#include "panel/model/panel_numbers.h"
 #include "platform/qt/window_timers.h"
 #include "store/gallery_node.h"
 #include "store/gallery_store.h"
@@ -17,9 +17,6 @@ namespace marrowfin {
 
 namespace {
 
-constexpr unsigned kSyncPollMs = 5000;
-constexpr std::uintptr_t kEventSyncDone = 6;
-constexpr std::uintptr_t kEventSyncFailed = 7;
 
 }  // namespace
 
@@ -31,7 +28,7 @@ void CBrindleDlg::CheckOldCollectionThen(std::function<void(int)> then) {
     const bool started = AskOnWorker<OldCollectionVerdict>(
         Handle(), [input = HandoverOf()] { return CheckOldCollection(input); },
         [this, then](OldCollectionVerdict verdict) {
-            if (verdict.syncStatus) (void)PostWindowMessage(Handle(), MsgPanelEvent, 5, *verdict.syncStatus);
+            if (verdict.syncStatus) SetSyncStatus(*verdict.syncStatus);
             if (verdict.startPollTimer) (void)SetTimer(Handle(), kTimerSyncPoll, kSyncPollMs);
             if (verdict.startReplacement) StartCloudReplacement();
             if (verdict.message.kind == CollectionMessage::Tip) (void)OpenCollectionTip(this, verdict.message, this, nullptr);
@@ -45,27 +42,27 @@ void CBrindleDlg::StartCloudReplacement() {
     // The worker reports only by posting; a panel hidden meanwhile still hears it.
     const bool started = StartPanelWorker([panel, input = HandoverOf()] {
         const bool landed = ReplaceCloudCollection(input);
-        (void)PostWindowMessage(panel, MsgPanelEvent, landed ? kEventSyncDone : kEventSyncFailed, 0);
+        (void)PostWindowMessage(panel, MsgPanelEvent, landed ? PanelEvent::SyncDone : PanelEvent::SyncFailed, 0);
     });
-    if (!started) (void)PostWindowMessage(panel, MsgPanelEvent, kEventSyncFailed, 0);
+    if (!started) (void)PostWindowMessage(panel, MsgPanelEvent, PanelEvent::SyncFailed, 0);
 }
 
 void CBrindleDlg::ReplaceCloudButton() {
     StartCloudReplacement();
-    SendWindowMessage(Handle(), MsgPanelEvent, 5, 2);
+    SetSyncStatus(2);
 }
 
 void CBrindleDlg::CloudSyncEnded(bool landed) {
     if (landed) {
         (void)WriteOldCollectTip(u"1");  // a failed write asks again at the next opening
-        m_forceList = true;
+        m_nav.forceList = true;
         SelectClass(1, true);
         return;
     }
-    m_syncStatus = 4;
+    m_nav.syncStatus = 4;
     // The service hears that the transfer is over; its answer is not read.
     (void)StartPanelWorker([token = userToken] { EndCollectionTransfer(token); });
-    (void)PostWindowMessage(Handle(), MsgPanelEvent, 4, 0);
+    LayoutStatusButtons();
 }
 
 void CBrindleDlg::PollCloudSync() {
@@ -77,7 +74,7 @@ void CBrindleDlg::PollCloudSync() {
             m_syncPollPending = false;
             if (status == SyncWorking) return;
             KillTimer(Handle(), kTimerSyncPoll);
-            (void)PostWindowMessage(Handle(), MsgPanelEvent, status == SyncIdle ? kEventSyncDone : kEventSyncFailed, 0);
+            (void)PostWindowMessage(Handle(), MsgPanelEvent, status == SyncIdle ? PanelEvent::SyncDone : PanelEvent::SyncFailed, 0);
         });
     if (!started) m_syncPollPending = false;
 }
@@ -123,7 +120,7 @@ void CBrindleDlg::ReloadOldCollection() {
         }
     }
     RelistNodes();
-    m_forceList = true;
+    m_nav.forceList = true;
     SelectClass(1, true);
 }
 

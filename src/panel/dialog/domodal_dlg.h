@@ -4,6 +4,9 @@
 // and reminds the host every third tick of its 800 ms timer.
 
 #include <QDialog>
+#include <cstdint>
+
+#include "panel/model/panel_numbers.h"
 
 namespace marrowfin {
 
@@ -12,8 +15,8 @@ class CBrindleDlg;
 class CDomodalDlg final : public QDialog {
     Q_OBJECT
 public:
-    static constexpr unsigned kTimerId = 1001;
-    static constexpr unsigned kPeriodMs = 800;
+    static constexpr std::uintptr_t kTimerId = kTimerFeedbackWait;
+    static constexpr unsigned kPeriodMs = kFeedbackWaitMs;
 
     explicit CDomodalDlg(CBrindleDlg& panel);
 

@@ -13,6 +13,8 @@
 #include <functional>
 #include <vector>
 
+#include "panel/model/panel_numbers.h"
+
 class QWidget;
 
 namespace marrowfin {
@@ -21,8 +23,8 @@ class CSkinButton;
 
 class HotWordBar final : public QObject {
 public:
-    static constexpr int kLabelId = 4000;
-    static constexpr int kMaxWords = 32;  // the panel answers ids 4001 to 4032 only
+    static constexpr int kLabelId = ControlId::HotWordLabel;
+    static constexpr int kMaxWords = ControlId::HotWords;  // the panel answers ids 4001 to 4032 only
 
     HotWordBar(QWidget* panel, std::function<void(int id)> onClick);
 

@@ -6,7 +6,7 @@
 #include "panel/classes/panel_workers.h"
 #include "panel/dialog/brindle_dlg.h"
 #include "panel/dialog/host_requests.h"
-#include "panel/dialog/panel_timers.h"
+#include "panel/model/panel_numbers.h"
 #include "panel/dialog/thumbnail_road.h"
 #include "panel/lists/search_list_ctrl.h"
 #include "platform/files.h"
@@ -23,7 +23,6 @@ namespace {
 
 constexpr size_t kQueueLimit = 100;       // a queue holding more refuses the next row
 constexpr int kStartsPerScan = 15;        // queue entries one start visits
-constexpr unsigned kRowCheckMs = 700;     // a row must stay in view this long to be fetched
 constexpr int kFailedShowMs = 3000;       // "下载失败，检查网络" stands this long
 
 }  // namespace
@@ -84,7 +83,7 @@ void CBrindleDlg::NoteRowToCheck(std::intptr_t index) {
 
 void CBrindleDlg::CheckShownRows() {
     KillTimer(Handle(), kTimerRowCheck);
-    if (!IsSearchPage(m_page)) return;
+    if (!IsSearchPage(m_nav.page)) return;
     std::sort(m_rowsToCheck.begin(), m_rowsToCheck.end());
     bool queued = false;
     for (int index : m_rowsToCheck) {
@@ -117,7 +116,7 @@ void CBrindleDlg::StartRowDownloads() {
             uint16_t id = 0;
             const RowDownloadResult result = RunRowDownload(*active, key, self, &id);
             if (result == RowDownloadResult::AlreadyRunning) return;
-            (void)PostWindowMessage(self, MsgPanelCommand, result == RowDownloadResult::Finished ? 12 : 13, id);
+            (void)PostWindowMessage(self, MsgPanelCommand, result == RowDownloadResult::Finished ? PanelCommand::RowDownloaded : PanelCommand::RowDownloadFailed, id);
         });
     }
 }
@@ -131,7 +130,7 @@ void CBrindleDlg::RowDownloadEnded(std::intptr_t id, bool ok) {
     if (index >= 0) {
         BlockRow& row = m_rows[static_cast<size_t>(index)];
         if (ok) {
-            row.state = m_page == PageCollectionSearch ? RowCollected : RowFetched;
+            row.state = m_nav.page == PageCollectionSearch ? RowCollected : RowFetched;
             row.thumbnailTried = false;
             if (m_searchList && m_searchList->isVisible()) {
                 RowThumbnail(index);
@@ -150,7 +149,8 @@ void CBrindleDlg::RowDownloadEnded(std::intptr_t id, bool ok) {
             });
         }
     }
-    if (m_activeDownloads->Any() || !m_downloadQueue.empty()) PostWindowMessage(Handle(), MsgPanelCommand, 15, 0);
+    // Posted: the pump takes one step per turn, after this download's row is drawn.
+    if (m_activeDownloads->Any() || !m_downloadQueue.empty()) PostWindowMessage(Handle(), MsgPanelCommand, PanelCommand::StartRowDownloads, 0);
 }
 
 void CBrindleDlg::RowBackToRemote(std::intptr_t index) {
@@ -175,7 +175,7 @@ void CBrindleDlg::UseRow(std::intptr_t index) {
             row.prefetch = false;
             if (EnqueueRow(row)) {
                 m_searchList->RedrawRow(at);
-                PostWindowMessage(Handle(), MsgPanelCommand, 15, 0);
+                PostWindowMessage(Handle(), MsgPanelCommand, PanelCommand::StartRowDownloads, 0);
             }
             return;
         case RowDownloading: {
@@ -213,7 +213,7 @@ void CBrindleDlg::UseRow(std::intptr_t index) {
     (void)PostHostInsertion(hostWindow, code, path);
 
     GalleryNode* node = FindBlockByPath(m_store->root, path, false);
-    if (node && m_classIndex != 0) {
+    if (node && m_nav.classIndex != 0) {
         // The recent list may drop an entry: handles into the tree go stale first.
         ++m_store->treeEpoch;
         RememberRecent(*m_store, node->Path(), node->name.str());

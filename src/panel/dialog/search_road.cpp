@@ -9,7 +9,7 @@
 #include "panel/dialog/brindle_dlg.h"
 #include "panel/dialog/hot_words.h"
 #include "panel/lists/search_list_ctrl.h"
-#include "panel/dialog/panel_timers.h"
+#include "panel/model/panel_numbers.h"
 #include "platform/profile.h"
 #include "platform/qt/window_timers.h"
 #include "search/local_search.h"
@@ -71,7 +71,7 @@ void CBrindleDlg::OnSearchOutcome(int generation, std::unique_ptr<MessagePayload
     auto* outcome = dynamic_cast<SearchOutcomePayload*>(payload.get());
     // A run overtaken by a newer one, or one whose page was left: what it
     // found goes, and the area stays as the newer run or the page has it.
-    if (generation != g_searchGeneration.load() || !outcome || !IsSearchPage(m_page)) {
+    if (generation != g_searchGeneration.load() || !outcome || !IsSearchPage(m_nav.page)) {
         if (auto run = m_searchRuns.find(generation); run != m_searchRuns.end()) run->second = 0;
         return;
     }
@@ -102,7 +102,7 @@ void CBrindleDlg::OnSearchOutcome(int generation, std::unique_ptr<MessagePayload
 void CBrindleDlg::SearchFailed(int generation) {
     // Within the quiet time of the search that failed, the local search is
     // refused and the area keeps "网络中断，请检查后重试".
-    if (generation == g_searchGeneration.load() && m_searchState == 2) SearchCommand(2203);
+    if (generation == g_searchGeneration.load() && m_searchState == 2) SearchCommand(ControlId::LocalSearch);
     m_searchRuns[generation] = 0;
     update();
 }
@@ -126,7 +126,7 @@ void CBrindleDlg::RunLocalSearch() {
 }
 
 void CBrindleDlg::ShowStagedRows() {
-    if (!IsSearchPage(m_page)) return;
+    if (!IsSearchPage(m_nav.page)) return;
     m_rows = m_serverRows;
     ListRows();
     if (m_searchList) m_searchList->show();

@@ -5,6 +5,7 @@
 #include <atomic>
 #include <cstdint>
 
+#include "panel/model/panel_numbers.h"
 #include "platform/window_messages.h"
 #include "search/block_search.h"
 
@@ -14,8 +15,6 @@ namespace marrowfin {
 // newest stages nothing and its outcome is dropped.
 extern std::atomic<int> g_searchGeneration;
 
-// wParam: the run's generation; payload: SearchOutcomePayload.
-inline constexpr uint32_t MsgSearchOutcome = 0x9e7;
 using SearchOutcomePayload = OwnedValue<SearchOutcome>;
 
 }  // namespace marrowfin

@@ -9,7 +9,7 @@
 #include "panel/dialog/ad_tiles_road.h"
 #include "panel/dialog/brindle_dlg.h"
 #include "panel/dialog/host_requests.h"
-#include "panel/dialog/panel_timers.h"
+#include "panel/model/panel_numbers.h"
 #include "panel/lists/class_list_ctrl.h"
 #include "panel/lists/dwg_list_view.h"
 #include "platform/files.h"
@@ -25,10 +25,8 @@ namespace marrowfin {
 
 namespace {
 
-constexpr int kThumbQuietMs = 500;
+// The host's boutique answers are cached; the cache is emptied when it holds more than this.
 constexpr size_t kBoutiqueCacheBound = 100;
-constexpr std::uintptr_t kEventMissing = 0;
-constexpr std::uintptr_t kEventNextThumb = 3;
 
 // Files the queue reported finished since they were last asked for: the
 // worker may not yet have left the running list when its message arrives.
@@ -43,14 +41,14 @@ GalleryStore& StoreOf(CBrindleDlg& panel) { return panel.m_store ? *panel.m_stor
 // gallery decides, elsewhere the opened gallery; collections have none.
 bool ItemIsBoutique(CBrindleDlg& panel, int item) {
     if (!panel.m_pThumbList) return false;
-    if (panel.m_classIndex == 0) {
+    if (panel.m_nav.classIndex == 0) {
         const std::u16string path = panel.m_pThumbList->GetPath(item);
         return !path.empty() && panel.IsBlkBoutique(path);
     }
-    if (panel.m_classIndex == 1 || panel.m_page == PageCollection || !panel.m_classList) return false;
+    if (panel.m_nav.classIndex == 1 || panel.m_nav.page == PageCollection || !panel.m_classList) return false;
     const GalleryStore& store = StoreOf(panel);
     if (!store.root) return false;
-    const std::u16string name = panel.m_classList->GetItemText(panel.m_classIndex).toStdU16String();
+    const std::u16string name = panel.m_classList->GetItemText(panel.m_nav.classIndex).toStdU16String();
     for (const GalleryNode* gallery : store.root->dirChildren)
         if (gallery && gallery->name == name) return gallery->boutique;
     return false;
@@ -71,8 +69,12 @@ bool BlockFileReady(GalleryStore& store, const std::u16string& path) {
 
 }  // namespace
 
-void NoteBoutique(CBrindleDlg& panel, const std::u16string& path, bool boutique) {
+static void TrimBoutiqueCache(CBrindleDlg& panel) {
     if (panel.m_boutiqueCache.size() > kBoutiqueCacheBound) panel.m_boutiqueCache.clear();
+}
+
+void NoteBoutique(CBrindleDlg& panel, const std::u16string& path, bool boutique) {
+    TrimBoutiqueCache(panel);
     panel.m_boutiqueCache[path] = boutique ? 1 : 0;
 }
 
@@ -111,7 +113,7 @@ void QueueThumbCheck(CBrindleDlg& panel, std::intptr_t item) {
     if (std::find(panel.m_thumbsToCheck.begin(), panel.m_thumbsToCheck.end(), index) == panel.m_thumbsToCheck.end())
         panel.m_thumbsToCheck.push_back(index);
     // A burst of reports while scrolling ends in one request, 500 ms after the last.
-    (void)SetTimer(panel.Handle(), kTimerThumbRequest, kThumbQuietMs);
+    (void)SetTimer(panel.Handle(), kTimerThumbRequest, kThumbRequestMs);
 }
 
 void RequestVisibleThumbs(CBrindleDlg& panel) {
@@ -126,12 +128,12 @@ void RequestVisibleThumbs(CBrindleDlg& panel) {
         const bool visible = cell.isEmpty() || !(cell.bottom() < 0 || cell.top() >= list->height());
         const std::u16string path = list->GetPath(item);
         if (!visible || path.empty()) continue;
-        if (panel.m_classIndex == 1) {
+        if (panel.m_nav.classIndex == 1) {
             // The collections fetch their own thumbnails (events 1 to 3).
             if (std::find(panel.m_thumbWaiting.begin(), panel.m_thumbWaiting.end(), path) ==
                 panel.m_thumbWaiting.end()) {
                 panel.m_thumbWaiting.push_back(path);
-                (void)PostWindowMessage(panel.Handle(), MsgPanelEvent, kEventNextThumb, 0);
+                (void)PostWindowMessage(panel.Handle(), MsgPanelEvent, PanelEvent::NextThumb, 0);
             }
         } else {
             ArrivedPaths().erase(path);
@@ -156,7 +158,7 @@ void ThumbFileReady(CBrindleDlg& panel, const std::u16string& path) {
 }
 
 void ThumbDownloadEnded(CBrindleDlg& panel, bool succeeded, const std::u16string& path) {
-    (void)PostWindowMessage(panel.Handle(), MsgPanelEvent, kEventNextThumb, 0);
+    (void)PostWindowMessage(panel.Handle(), MsgPanelEvent, PanelEvent::NextThumb, 0);
     if (succeeded) ThumbFileReady(panel, path);
     auto& running = panel.m_thumbRunning;
     running.erase(std::remove(running.begin(), running.end(), path), running.end());
@@ -167,7 +169,7 @@ void ActivateBlock(CBrindleDlg& panel, std::intptr_t item) {
     if (!store.root || !IsWindow(panel.hostWindow)) return;
     if (item < 0) return;
     if (OpenAdTileAt(panel, item)) return;
-    GalleryNode* node = panel.m_listNodes.At(store, static_cast<size_t>(item));
+    GalleryNode* node = panel.m_nav.listNodes.At(store, static_cast<size_t>(item));
     if (!node) return;
 
     GalleryNode* parent = node->parent;
@@ -175,8 +177,8 @@ void ActivateBlock(CBrindleDlg& panel, std::intptr_t item) {
     if (parent && grand) {
         const GalleryNode* gallery = node->OwnerName() == kCommonUseTag ? parent : grand;
         NoteBoutique(panel, node->Path(), gallery->boutique);
-    } else if (panel.m_boutiqueCache.size() > kBoutiqueCacheBound) {
-        panel.m_boutiqueCache.clear();
+    } else {
+        TrimBoutiqueCache(panel);
     }
 
     const std::u16string path = node->Path();
@@ -188,12 +190,12 @@ void ActivateBlock(CBrindleDlg& panel, std::intptr_t item) {
         (void)tip.DoModal();
         // Asked for through the grid's road unless the collections' own queue holds files.
         if (panel.m_thumbWaiting.empty())
-            (void)PostWindowMessage(panel.Handle(), MsgPanelEvent, kEventMissing, item);
+            QueueThumbCheck(panel, item);
         return;
     }
 
     (void)PostHostInsertion(panel.hostWindow, InsertionCode(panel.showMode), path);
-    if (panel.m_classIndex == 0) return;  // the recent list keeps its order
+    if (panel.m_nav.classIndex == 0) return;  // the recent list keeps its order
 
     // Both lists may drop an entry of the same path: handles go stale first.
     ++store.treeEpoch;

@@ -18,7 +18,6 @@ namespace {
 constexpr int kRowUnits = 28;        // plus one pixel
 constexpr int kColumnUnits = 112;    // the one column "分类"
 constexpr int kTipLength = 79;       // the tool tip buffer less its terminator
-constexpr std::uintptr_t kClassClicked = 21;
 }  // namespace
 
 struct CClassListCtrl::Impl {
@@ -151,7 +150,7 @@ void CClassListCtrl::mousePressEvent(QMouseEvent* event) {
     if (event->button() == Qt::LeftButton) {
         const int row = m_impl->RowAt(event->position().toPoint());
         // The owner decides what the row means and selects it.
-        if (row >= 0) PostWindowMessage(HandleOf(parentWidget()), MsgPanelCommand, kClassClicked, row);
+        if (row >= 0) PostWindowMessage(HandleOf(parentWidget()), MsgPanelCommand, PanelCommand::ClassClicked, row);
         setFocus(Qt::MouseFocusReason);
     }
     event->accept();

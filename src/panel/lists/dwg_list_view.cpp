@@ -42,12 +42,6 @@ constexpr int kMinCachedCells = 48;
 constexpr int kCachedScreens = 3;
 constexpr int kReadAheadScreens = 1;
 
-constexpr std::uintptr_t kCommandSelect = 1;
-constexpr std::uintptr_t kCommandActivate = 3;
-constexpr std::uintptr_t kCommandRename = 4;
-constexpr std::uintptr_t kCommandClick = 22;
-constexpr std::uintptr_t kEventMissing = 0;
-constexpr std::uintptr_t kEventMenu = 8;
 
 const QColor kSelectedBlue(0x2a, 0x75, 0xe5);
 const QColor kBoutiqueGold(0xbb, 0x9d, 0x6a);
@@ -177,7 +171,7 @@ struct CDWGListView::Impl {
             (void)RemoveFile(path);
         }
         if (QWidget* owner = self->parentWidget())
-            (void)PostWindowMessage(HandleOf(owner), MsgPanelEvent, kEventMissing, i);
+            (void)PostWindowMessage(HandleOf(owner), MsgPanelEvent, PanelEvent::ThumbMissing, i);
     }
     bool isScanBusy() const { return self->isScanBusy && self->isScanBusy(); }
     bool IsArriving(const std::u16string& path) const { return self->isArriving && self->isArriving(path); }
@@ -274,7 +268,7 @@ struct CDWGListView::Impl {
                 if (IsItem(item)) self->update(ItemRect(item));
             selected = i;
         }
-        if (notify && IsItem(i)) Post(MsgPanelCommand, kCommandSelect, i);
+        if (notify && IsItem(i)) Post(MsgPanelCommand, PanelCommand::SelectionChanged, i);
     }
     void Post(uint32_t message, std::uintptr_t code, int item) {
         if (QWidget* owner = self->parentWidget()) (void)PostWindowMessage(HandleOf(owner), message, code, item);
@@ -491,14 +485,14 @@ void CDWGListView::mousePressEvent(QMouseEvent* event) {
     if (event->button() == Qt::LeftButton) {
         if (item >= 0) {
             m_impl->Select(item, false);
-            m_impl->Post(MsgPanelCommand, kCommandSelect, item);
-            m_impl->Post(MsgPanelCommand, kCommandClick, item);
+            m_impl->Post(MsgPanelCommand, PanelCommand::SelectionChanged, item);
+            m_impl->Post(MsgPanelCommand, PanelCommand::ThumbClicked, item);
         } else {
             m_impl->Select(-1, false);
         }
     } else if (event->button() == Qt::RightButton && item >= 0) {
         const int state = ItemState(item);
-        if (state == kStateFinal || state == kStateTriedOnce) m_impl->Post(MsgPanelEvent, kEventMenu, item);
+        if (state == kStateFinal || state == kStateTriedOnce) m_impl->Post(MsgPanelEvent, PanelEvent::ThumbMenu, item);
     }
     QWidget::mousePressEvent(event);
 }
@@ -508,7 +502,7 @@ void CDWGListView::mouseDoubleClickEvent(QMouseEvent* event) {
         const QPoint at = event->position().toPoint();
         const int item = m_impl->ItemAt(at);
         if (item >= 0)
-            m_impl->Post(MsgPanelCommand, LabelRect(item).contains(at) ? kCommandRename : kCommandActivate, item);
+            m_impl->Post(MsgPanelCommand, LabelRect(item).contains(at) ? PanelCommand::RenameBlock : PanelCommand::ActivateBlock, item);
     }
     QWidget::mouseDoubleClickEvent(event);
 }

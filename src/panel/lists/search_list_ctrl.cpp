@@ -21,13 +21,6 @@ constexpr int kRowUnits = 60;      // plus one pixel
 constexpr int kColumnUnits = 723;  // the one column "名称"
 
 // What the owner hears: its commands and its one-shot row timers.
-constexpr std::uintptr_t kCommandRowShown = 9;    // the cache hint, per row
-constexpr std::uintptr_t kCommandRowDrawn = 18;   // the display data of a row
-constexpr std::uintptr_t kTimerRowUse = 2002;
-constexpr std::uintptr_t kTimerRowCollect = 2003;
-constexpr std::uintptr_t kTimerRowClassLink = 2004;
-constexpr unsigned kClickDelayMs = 300;
-constexpr unsigned kLinkDelayMs = 200;
 // A double click counts on the picture and the texts, not on the buttons.
 constexpr int kDoubleClickWidthUnits = 420;
 constexpr int kDoubleClickHeightUnits = 60;
@@ -116,7 +109,7 @@ struct CSearchListCtrl::Impl {
         hintFirst = first, hintLast = last;
         for (int row = first; row <= last; ++row) {
             if (row >= oldFirst && row <= oldLast) continue;
-            (void)SendWindowMessage(owner, MsgPanelCommand, kCommandRowShown, row);
+            (void)SendWindowMessage(owner, MsgPanelCommand, PanelCommand::RowShown, row);
         }
     }
     void RestartOwnerTimer(std::uintptr_t id, unsigned ms) const {
@@ -224,7 +217,7 @@ void CSearchListCtrl::paintEvent(QPaintEvent* event) {
         // The link zone keeps the first measure of the class line.
         int& kept = m_impl->lineWidths[static_cast<size_t>(row)];
         if (kept == 0) kept = std::max(lineWidth, 0);
-        if (m_impl->owner) (void)PostWindowMessage(m_impl->owner, MsgPanelCommand, kCommandRowDrawn, row);
+        if (m_impl->owner) (void)PostWindowMessage(m_impl->owner, MsgPanelCommand, PanelCommand::RowDrawn, row);
     }
 }
 
@@ -247,13 +240,13 @@ void CSearchListCtrl::mousePressEvent(QMouseEvent* event) {
             // the delay only restarts it.
             switch (SearchZoneAt(at - m_impl->ItemRect(row).topLeft(), m_impl->lineWidths[static_cast<size_t>(row)])) {
                 case ZoneCollect:
-                    m_impl->RestartOwnerTimer(kTimerRowCollect, kClickDelayMs);
+                    m_impl->RestartOwnerTimer(kTimerRowCollect, kRowClickMs);
                     break;
                 case ZoneUse:
-                    m_impl->RestartOwnerTimer(kTimerRowUse, kClickDelayMs);
+                    m_impl->RestartOwnerTimer(kTimerRowUse, kRowClickMs);
                     break;
                 case ZoneClassLink:
-                    m_impl->RestartOwnerTimer(kTimerRowClassLink, kLinkDelayMs);
+                    m_impl->RestartOwnerTimer(kTimerRowClassLink, kRowClassLinkMs);
                     break;
                 default:
                     break;
@@ -278,7 +271,7 @@ void CSearchListCtrl::mouseDoubleClickEvent(QMouseEvent* event) {
             const QPoint inRow = at - m_impl->ItemRect(row).topLeft();
             if (inRow.x() < ScaleUnits(kDoubleClickWidthUnits) && inRow.y() < ScaleUnits(kDoubleClickHeightUnits)) {
                 m_impl->clickedRow = row;
-                m_impl->RestartOwnerTimer(kTimerRowUse, kClickDelayMs);
+                m_impl->RestartOwnerTimer(kTimerRowUse, kRowClickMs);
             }
         }
         m_impl->Select(row);

@@ -7,7 +7,7 @@
 #include "marrowfin/marrowfin.h"
 #include "net/download_queue.h"  // MsgFileReady
 #include "net/http_stack.h"      // MsgProgress
-#include "skin/skin_messages.h"  // MsgPanelCommand, MsgPanelEvent
+#include "panel/model/panel_numbers.h"
 
 namespace marrowfin {
 
@@ -15,7 +15,6 @@ inline constexpr uint32_t GalleryHostRequest = MARROWFIN_GALLERY_HOST_REQUEST;
 inline constexpr uint32_t GalleryHostNotice = MARROWFIN_GALLERY_HOST_NOTICE;
 inline constexpr uint32_t GalleryPanelControl = MARROWFIN_GALLERY_PANEL_CONTROL;
 inline constexpr uint32_t WM_COPYDATA_MESSAGE = MARROWFIN_COPY_DATA;
-inline constexpr uint32_t MsgListRefresh = 0x8b0;
 
 // What WM_COPYDATA carries: lpData is a zero-terminated UTF-16 text.
 struct CopyDataStruct {

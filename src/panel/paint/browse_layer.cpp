@@ -4,6 +4,8 @@
 #include "panel/paint/panel_draw.h"
 #include "panel/paint/panel_layers.h"
 #include "panel/paint/panel_painter.h"
+#include "platform/qt/qt_text.h"
+#include "platform/product_texts.h"
 #include "skin/skin_fonts.h"
 #include "skin/skin_scale.h"
 
@@ -17,7 +19,7 @@ struct EmptyCollection {
     const char16_t* text;
 };
 
-// The collection's empty states by m_syncStatus; -2 and unknown values draw nothing.
+// The collection's empty states by m_nav.syncStatus; -2 and unknown values draw nothing.
 constexpr EmptyCollection kEmptyCollection[] = {
     {-1, 70, u"收藏为空"},
     {0, 552, u"本地收藏与云端不一致，是否同步替换云端数据？"},
@@ -69,7 +71,7 @@ void PaintBrowseLayer(QPainter& painter, const QSize& client, const PanelPaintSt
               Place::Ellipsis);
 
     if (state.itemCount != 0 && state.classIndex == 0) {
-        PlaceText(painter, ScaleRect(144, 42, 204, 62), QStringLiteral("最近使用"), Font(SkinFont::Bold), c::Accent(),
+        PlaceText(painter, ScaleRect(144, 42, 204, 62), ToQString(kRecentText), Font(SkinFont::Bold), c::Accent(),
                   Place::Left);
         painter.fillRect(ScaleBox(137, 62, 63, 2), c::Accent());
     }

@@ -6,6 +6,8 @@
 #include "panel/paint/panel_colours.h"
 #include "panel/paint/panel_draw.h"
 #include "panel/paint/panel_layers.h"
+#include "platform/qt/qt_text.h"
+#include "platform/product_texts.h"
 #include "skin/skin_fonts.h"
 #include "skin/skin_scale.h"
 
@@ -26,7 +28,7 @@ void PaintPanel(QPainter& painter, const QSize& client, const PanelPaintState& s
     painter.fillRect(QRect(1, 1, w - 2, band), c::Band());
     painter.fillRect(QRect(1, h - 1 - band, w - 2, band), c::Band());
 
-    PlaceText(painter, ScaleRect(11, 0, 100, 30), QStringLiteral("Ombrel"), Font(SkinFont::Normal), c::Text(),
+    PlaceText(painter, ScaleRect(11, 0, 100, 30), ToQString(kProductTitle), Font(SkinFont::Normal), c::Text(),
               Place::Left);
     PlaceText(painter, ScaleRect(75, 0, 210, 30), QStringLiteral("（快捷开关：Ctrl+Tab）"), Font(SkinFont::Normal),
               c::TitleHint(), Place::Left);

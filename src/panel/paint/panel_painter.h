@@ -13,11 +13,11 @@ namespace marrowfin {
 
 struct PanelPaintState {
     int page = 1;               // PanelPage
-    int classIndex = -1;        // m_classIndex
-    int itemCount = 0;          // m_itemCount
-    int syncStatus = -1;        // m_syncStatus
+    int classIndex = -1;        // m_nav.classIndex
+    int itemCount = 0;          // m_nav.itemCount
+    int syncStatus = -1;        // m_nav.syncStatus
     bool emptySubclassOpened = false;  // a gallery subclass was opened and had no blocks ("暂无图块")
-    QString selectedName{};     // m_selectedName
+    QString selectedName{};     // m_nav.selectedName
     bool searchUntouched = false;      // m_searchUntouched
     int searchState = 0;        // m_searchState
     int rowCount = 0;           // m_rows.size()

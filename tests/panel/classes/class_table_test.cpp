@@ -58,7 +58,7 @@ TEST(ClassTable, ReadAndApplied) {
         u"<sort id=\"精品图库\" show=\"精品\"><kind>室内</kind><kind>全部</kind></sort></root>"));
     ClassTable read;
     read.generalKinds[u"099_旧"];  // a root restarts the tables
-    const ClassVersions versions = ReadClassDocument(doc, read);
+    const ClassTableVersions versions = ReadClassDocument(doc, read);
     // Numbers run across every sort; skipped sorts still use theirs.
     EXPECT_EQ(Keys(read.generalKinds), (Names{u"001_全部", u"002_建筑"}));
     EXPECT_EQ(Keys(read.boutiqueKinds), (Names{u"006_室内", u"007_全部"}));
@@ -73,7 +73,7 @@ TEST(ClassTable, ReadAndApplied) {
     const std::u16string root = StoreRoot();
     for (auto [path, boutique] : {std::pair{root + u"/家具/沙发/a.dwg", true}, {root + u"/灯具", true},
                                   {root + u"/门窗/单开门", false}, {root + u"/", false}, {u"/elsewhere/家具/x.dwg", false}})
-        EXPECT_EQ(IsBoutiqueClass(read, path), boutique) << U8(path);
+        EXPECT_EQ(IsBoutiqueClass(read, path), boutique) << Utf16ToUtf8(path);
 
     // Applied: the cached file under bad answers, the version marks against the start of the run.
     g_seenClasses.clear();
@@ -82,24 +82,24 @@ TEST(ClassTable, ReadAndApplied) {
     // Nothing cached and nothing usable: nothing changes, nothing is written.
     EXPECT_FALSE(ApplyClassTable(u"", table, {}) || ApplyClassTable(u"<root><type>", table, {}) || FileExists(ClassTablePath()));
     ASSERT_TRUE(ApplyClassTable(Table(u"1"), table, {}));
-    const std::string cached = test::ReadBytes(U8(ClassTablePath()));
+    const std::string cached = test::ReadBytes(Utf16ToUtf8(ClassTablePath()));
     // With no start table there is nothing to compare.
     EXPECT_TRUE(cached.starts_with("\xEF\xBB\xBF") && g_generalTitle + g_boutiqueTitle == u"通精" && g_seenClasses.empty());
     for (std::u16string_view bad : {u"<root><type><item>", u"error", u"<other/>"}) {
         ClassTable again;
         EXPECT_TRUE(ApplyClassTable(bad, again, {}));  // the cached file instead
-        EXPECT_EQ(test::ReadBytes(U8(ClassTablePath())), cached);
+        EXPECT_EQ(test::ReadBytes(Utf16ToUtf8(ClassTablePath())), cached);
         EXPECT_EQ(std::make_pair(Items(again.generalKinds, u"002_全部"), Items(again.boutiqueKinds, u"001_全部")),
                   std::make_pair(Names{u"A", u"B"}, Names{u"P"}));
     }
 
     // The user has looked at class B at version 0 and kind 全部 at 3.
     ASSERT_TRUE(WriteFileAtomic(SeenClassVersionsPath(),
-                                U8(u"\xFEFF<item ver=\"0\">B</item>\r<class ver=\"3\">全部</class>\r")));
+                                Utf16ToUtf8(u"\xFEFF<item ver=\"0\">B</item>\r<class ver=\"3\">全部</class>\r")));
     ReadSeenClasses();
     ClassTable startTable;
-    const ClassVersions start = ReadClassVersions(startTable);
-    EXPECT_EQ(start, (ClassVersions{{u"A", u"1"}, {u"B", u"1"}, {u"P", u"4"}}));
+    const ClassTableVersions start = ReadClassVersions(startTable);
+    EXPECT_EQ(start, (ClassTableVersions{{u"A", u"1"}, {u"B", u"1"}, {u"P", u"4"}}));
     EXPECT_TRUE(g_seenClasses[u"B"].seen == u"0" && g_seenKinds[u"全部"].seen == u"3");
     // First refresh: A rises, N is new, B stays as read.
     ASSERT_TRUE(ApplyClassTable(Table(u"2", u"<item><name>N</name><ver>1</ver></item>"), table, start));

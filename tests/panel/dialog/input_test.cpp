@@ -51,7 +51,7 @@ TEST(PanelInput, KeysFocusTheTitleBandAndTheBackgroundRegions) {
     ASSERT_TRUE(PumpUntil([&] { return !panel.m_treeWaiting; }));
     // On a search page F5 leaves it first.
     panel.GoToPage(PageSearch);
-    EXPECT_TRUE(PressKey(panel, &panel, Qt::Key_F5) && panel.m_page != PageSearch);
+    EXPECT_TRUE(PressKey(panel, &panel, Qt::Key_F5) && panel.m_nav.page != PageSearch);
 
     // Tab alone, Control alone and Control with another key go on.
     EXPECT_FALSE(PressKey(panel, panel.m_classList, Qt::Key_Tab) ||
@@ -72,9 +72,9 @@ TEST(PanelInput, KeysFocusTheTitleBandAndTheBackgroundRegions) {
 
     // Enter outside the edit and Escape are taken and do nothing; Enter in
     // the edit runs the search (here of the collections).
-    const int page = panel.m_page;
+    const int page = panel.m_nav.page;
     for (int key : {Qt::Key_Return, Qt::Key_Enter, Qt::Key_Escape}) EXPECT_TRUE(PressKey(panel, panel.m_classList, key));
-    EXPECT_TRUE(panel.isVisible() && panel.m_page == page);
+    EXPECT_TRUE(panel.isVisible() && panel.m_nav.page == page);
     panel.GoToPage(PageCollectionSearch);
     panel.m_searchEdit->setText(QStringLiteral("阀门"));
     panel.setFocus();
@@ -83,7 +83,7 @@ TEST(PanelInput, KeysFocusTheTitleBandAndTheBackgroundRegions) {
     panel.m_searchEdit->setFocus();
     Pump(10);
     EXPECT_TRUE(PressKey(panel, panel.m_searchEdit, Qt::Key_Return));
-    EXPECT_TRUE(panel.m_lastSearch == QStringLiteral("阀门") && panel.m_page == PageCollectionSearch);
+    EXPECT_TRUE(panel.m_lastSearch == QStringLiteral("阀门") && panel.m_nav.page == PageCollectionSearch);
 
     // The focus follows the mouse.
     panel.GoToPage(PageBrowse);
@@ -131,27 +131,27 @@ TEST(PanelInput, KeysFocusTheTitleBandAndTheBackgroundRegions) {
 
     // The "全库搜索" box opens the search page; there a click in the box focuses the edit.
     Click(&panel, QPoint(ScaleUnits(127), ScaleUnits(90)));  // just outside the box
-    EXPECT_EQ(panel.m_page, PageBrowse);
+    EXPECT_EQ(panel.m_nav.page, PageBrowse);
     Click(&panel, QPoint(ScaleUnits(126), ScaleUnits(101)));
-    ASSERT_EQ(panel.m_page, PageSearch);
+    ASSERT_EQ(panel.m_nav.page, PageSearch);
     Click(&panel, QPoint(ScaleUnits(13), ScaleUnits(41)));
-    EXPECT_TRUE(panel.m_searchEdit->hasFocus() && panel.m_page == PageSearch);
+    EXPECT_TRUE(panel.m_searchEdit->hasFocus() && panel.m_nav.page == PageSearch);
     // On a search page the picture is no region at all; back on the
     // browse page "下载图库"'s picture fetches the gallery only while its button shows.
     const QPoint picture(ScaleUnits(340), ScaleUnits(200));
     const long before = world.service.counters().get("/gallery/g_all").count;
     auto fetches = [&] { return world.service.counters().get("/gallery/g_all").count - before; };
-    panel.Button(2151)->show();
+    panel.Button(ControlId::DownloadGallery)->show();
     Click(&panel, picture);
     Pump(200);
     EXPECT_EQ(fetches(), 0);
-    world.ClickButton(2202, 500);
+    world.ClickButton(ControlId::SearchBack, 500);
     ASSERT_TRUE(world.WaitForSwitch());
-    panel.m_classIndex = 2;  // the sample's gallery
-    panel.Button(2151)->hide();
+    panel.m_nav.classIndex = 2;  // the sample's gallery
+    panel.Button(ControlId::DownloadGallery)->hide();
     Click(&panel, picture);
     EXPECT_EQ(fetches(), 0);
-    panel.Button(2151)->show();
+    panel.Button(ControlId::DownloadGallery)->show();
     Click(&panel, picture);
     EXPECT_TRUE(PumpUntil([&] { return fetches() == 1; }));
 }
@@ -169,9 +169,9 @@ TEST(PanelInput, ARebuildRunsBesideTheUserAndQueuedCommandsReadOnlyLiveNodes) {
         ShowActive(panel);
         ASSERT_TRUE(PumpUntil([&] { return panel.m_classList->GetItemCount() >= 3; }));
         ASSERT_TRUE(world.OpenRow(2));
-        ASSERT_TRUE(PumpUntil([&] { return panel.m_listNodes.size() > 2; }));
-        const std::u16string firstClass = panel.m_curClassPath;
-        const std::u16string block = panel.m_listNodes.At(store, 2)->Path();
+        ASSERT_TRUE(PumpUntil([&] { return panel.m_nav.listNodes.size() > 2; }));
+        const std::u16string firstClass = panel.m_nav.curClassPath;
+        const std::u16string block = panel.m_nav.listNodes.At(store, 2)->Path();
         ASSERT_TRUE(CreateDirectories(firstClass));
         ASSERT_TRUE(WriteFileAtomic(block, std::string(kMinBlockFileSize, 'd')));
 
@@ -185,9 +185,9 @@ TEST(PanelInput, ARebuildRunsBesideTheUserAndQueuedCommandsReadOnlyLiveNodes) {
         ASSERT_TRUE(panel.m_treeWaiting);
         // Meanwhile the user opens the second class: it lists from the tree in hand.
         world.ClickButton(2081, 400);
-        ASSERT_TRUE(PumpUntil([&] { return panel.m_curClassPath != firstClass && !panel.m_listNodes.empty(); }));
+        ASSERT_TRUE(PumpUntil([&] { return panel.m_nav.curClassPath != firstClass && !panel.m_nav.listNodes.empty(); }));
         world.ClickButton(2080, 400);
-        ASSERT_TRUE(PumpUntil([&] { return panel.m_curClassPath == firstClass && panel.m_listNodes.size() > 2; }));
+        ASSERT_TRUE(PumpUntil([&] { return panel.m_nav.curClassPath == firstClass && panel.m_nav.listNodes.size() > 2; }));
         EXPECT_TRUE(panel.m_treeWaiting);
 
         // The new tree waits in the queue; a double-click and a selection come behind it.
@@ -201,10 +201,10 @@ TEST(PanelInput, ARebuildRunsBesideTheUserAndQueuedCommandsReadOnlyLiveNodes) {
         Pump(50);
         EXPECT_TRUE(store.treeEpoch > epoch && WaitForReleases());  // the old galleries are freed by now
         // Both commands found the block in the new tree.
-        const GalleryNode* fresh = panel.m_listNodes.At(store, 2);
+        const GalleryNode* fresh = panel.m_nav.listNodes.At(store, 2);
         ASSERT_NE(fresh, nullptr);
         EXPECT_EQ(fresh, FindBlockByPath(store.root, block, true));
-        EXPECT_EQ(panel.m_selectedName, QString::fromStdU16String(fresh->name));
+        EXPECT_EQ(panel.m_nav.selectedName, QString::fromStdU16String(fresh->name));
         ASSERT_EQ(world.host.Requests(2, 4).size(), 1u);
         EXPECT_EQ(world.host.Requests(2, 4)[0].text, block);
     }

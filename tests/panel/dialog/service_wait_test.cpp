@@ -62,7 +62,7 @@ TEST(ServiceWait, FirstRunClassTableComesFromAWorkerBeforeTheWordsAndRefreshesKe
     ASSERT_TRUE(PumpUntil([&] { return witness.ticksWhileAsked >= 5; }));
     // Meanwhile the panel is what it is without a table: the class list is
     // built, no gallery is marked boutique, no kinds, no default word.
-    ASSERT_TRUE(PumpUntil([&] { return panel.m_classesReady; }));
+    ASSERT_TRUE(PumpUntil([&] { return panel.m_nav.classesReady; }));
     Pump(100);  // command 19 after the first class list
     ASSERT_TRUE(store.root && store.root->dirChildren.size() == 2u && store.root->dirChildren[1]->name == world.galleries[1]);
     EXPECT_EQ(BoutiqueMarks(), (std::vector<bool>{false, false}));
@@ -93,7 +93,7 @@ TEST(ServiceWait, FirstRunClassTableComesFromAWorkerBeforeTheWordsAndRefreshesKe
     EXPECT_FALSE(panel.IsBlkBoutique(StoreRoot() + u"/" + world.galleries.at(2) + u"/类/块.dwg") ||
                  panel.IsBlkBoutique(StoreRoot() + u"/不存在/类/块.dwg"));
     EXPECT_FALSE(panel.m_generalKinds.empty());
-    const std::string cached = ReadBytes(U8(ClassTablePath()));
+    const std::string cached = ReadBytes(Utf16ToUtf8(ClassTablePath()));
 
     // The sort command reapplies at once, then refreshes on the worker, the service answering at once now.
     world.service.faults().clearAll();
@@ -118,14 +118,14 @@ TEST(ServiceWait, FirstRunClassTableComesFromAWorkerBeforeTheWordsAndRefreshesKe
     panel.m_generalKinds.clear();
     ASSERT_TRUE(PumpUntil([&] { return !panel.m_generalKinds.empty() && count("/gallery/selpageinfo") == 3; }));
     Pump(200);
-    EXPECT_EQ(std::make_pair(panel.m_hotWords.empty(), ReadBytes(U8(ClassTablePath()))), std::make_pair(false, cached));
+    EXPECT_EQ(std::make_pair(panel.m_hotWords.empty(), ReadBytes(Utf16ToUtf8(ClassTablePath()))), std::make_pair(false, cached));
     // No thread to be had: handled as a failed fetch on the panel's thread, nothing asked.
     world.service.faults().clearAll();
     FailThreadStartsForTests(1);
     (void)SendWindowMessage(panel.Handle(), MsgPanelCommand, 24, 0);
     panel.m_generalKinds.clear();
     ASSERT_TRUE(PumpUntil([&] { return !panel.m_generalKinds.empty(); }));
-    EXPECT_EQ(std::make_pair(count("/gallery/selpageinfo"), ReadBytes(U8(ClassTablePath()))), std::make_pair(3L, cached));
+    EXPECT_EQ(std::make_pair(count("/gallery/selpageinfo"), ReadBytes(Utf16ToUtf8(ClassTablePath()))), std::make_pair(3L, cached));
 
     // Without the network option the sort command does not ask; with it, an hourly tick at a quiet hour refreshes.
     ASSERT_TRUE(WriteOptionInt(u"RequestNetwork", 0));
@@ -162,21 +162,21 @@ TEST(LivePages, CollectionSearchWaitsForTheCloudBlocksFiltersThemAndDropsLateAns
     auto asked = [&] { return w.service.counters().get("/gallery/get_u_collect").count; };
     w.SignIn(42);
     ASSERT_TRUE(w.OpenRow(1));
-    ASSERT_EQ(p.m_page, PageCollection);
+    ASSERT_EQ(p.m_nav.page, PageCollection);
     // The mirror starts clean at the first read: the nut lands in it afterwards.
-    WriteBytes(U8(NumberedCollectionFolder(42)) + "/收藏夹1/螺母.dwg", std::string(2000, 'x'));
+    WriteBytes(Utf16ToUtf8(NumberedCollectionFolder(42)) + "/收藏夹1/螺母.dwg", std::string(2000, 'x'));
     const long opened = asked();
     // "搜索收藏" opens the page at once, waiting; the loop turns meanwhile.
     w.service.faults().set("/gallery/get_u_collect", kHeld);
     LoopWitness witness(w.service, "/gallery/get_u_collect");
-    w.ClickButton(2104);
-    EXPECT_EQ(std::make_tuple(p.m_page, p.m_collectionRowsPending, p.m_searchState),
+    w.ClickButton(ControlId::SearchCollection);
+    EXPECT_EQ(std::make_tuple(p.m_nav.page, p.m_collectionRowsPending, p.m_searchState),
               std::make_tuple(int(PageCollectionSearch), true, 1));  // "图块加载中，请稍候"
     ASSERT_TRUE(PumpUntil([&] { return witness.ticksWhileAsked >= 5; }));
 
     // A filter asked for before the rows came runs when they land.
     p.m_searchEdit->setText(QStringLiteral("螺"));
-    w.ClickButton(2201);
+    w.ClickButton(ControlId::Search);
     EXPECT_TRUE(p.m_rows.empty() && p.m_searchState == 1);
     w.service.faults().clear("/gallery/get_u_collect");
     w.service.faults().releaseHeld();
@@ -199,7 +199,7 @@ TEST(LivePages, CollectionSearchWaitsForTheCloudBlocksFiltersThemAndDropsLateAns
         p.m_searchEdit->clear();
         // Typed where the test keyboard has the keys.
         text.front().unicode() < 0x80 ? QTest::keyClicks(p.m_searchEdit, text) : p.m_searchEdit->setText(text);
-        w.ClickButton(2201);
+        w.ClickButton(ControlId::Search);
         Pump(30);
         const bool found = text == QStringLiteral("BOLT");
         EXPECT_EQ(p.m_lastSearch, text.toLower());
@@ -210,19 +210,19 @@ TEST(LivePages, CollectionSearchWaitsForTheCloudBlocksFiltersThemAndDropsLateAns
 
     // Leave before the answer: it comes, and is dropped. Only the page's
     // request is held; the collections' own reload on the way back is not.
-    w.ClickButton(2202, 500);
+    w.ClickButton(ControlId::SearchBack, 500);
     ASSERT_TRUE(w.WaitForSwitch());
     service::Fault heldOnce = kHeld;
     heldOnce.remaining = 1;
     w.service.faults().set("/gallery/get_u_collect", heldOnce);
-    w.ClickButton(2104, 500);
+    w.ClickButton(ControlId::SearchCollection, 500);
     const std::uintptr_t left = p.m_collectionRowsGeneration;
     EXPECT_EQ(p.m_searchState, 1);
-    w.ClickButton(2202, 500);
+    w.ClickButton(ControlId::SearchBack, 500);
     EXPECT_EQ(p.m_searchState, 0);
     ASSERT_TRUE(w.WaitForSwitch());
     ASSERT_TRUE(AnswerCame(w, left));
-    EXPECT_TRUE(p.m_page == PageCollection && p.m_collectionRows.empty() && p.m_rows.empty() && !p.m_collectionRowsPending);
+    EXPECT_TRUE(p.m_nav.page == PageCollection && p.m_collectionRows.empty() && p.m_rows.empty() && !p.m_collectionRowsPending);
 
     // Leave and come back before the first answer: the newer answer stands,
     // the older one (a single block here) is dropped when it comes late.
@@ -232,16 +232,16 @@ TEST(LivePages, CollectionSearchWaitsForTheCloudBlocksFiltersThemAndDropsLateAns
                 "</favorites></root>";
     late.remaining = 1;
     w.service.faults().set("/gallery/get_u_collect", late);
-    w.ClickButton(2104, 500);
+    w.ClickButton(ControlId::SearchCollection, 500);
     const std::uintptr_t older = p.m_collectionRowsGeneration;
     // Back on the collections, the reload meets the fault's second use: none.
-    w.ClickButton(2202, 500);
+    w.ClickButton(ControlId::SearchBack, 500);
     ASSERT_TRUE(w.WaitForSwitch());
-    w.ClickButton(2104, 500);
+    w.ClickButton(ControlId::SearchCollection, 500);
     ASSERT_TRUE(PumpUntil([&] { return !p.m_collectionRowsPending; }));
     EXPECT_EQ(p.m_collectionRows.size(), 3u);
     ASSERT_TRUE(AnswerCame(w, older));
-    ASSERT_TRUE(p.m_page == PageCollectionSearch && p.m_searchState == 0 && p.m_collectionRows.size() == 3u);
+    ASSERT_TRUE(p.m_nav.page == PageCollectionSearch && p.m_searchState == 0 && p.m_collectionRows.size() == 3u);
     for (const BlockRow& row : p.m_collectionRows) EXPECT_NE(row.name, QStringLiteral("旧.dwg"));
     // A failing service leaves the page open and empty: the navigation's offline walk.
 }

@@ -17,11 +17,11 @@ TEST(PanelStartUp, HostLinkTimersModesAndTheClassTableOption) {
         EXPECT_EQ(std::make_pair(panel.hostWindow, panel.m_hostChannel), std::make_pair(HandleOf(&world.host), std::u16string(u"频道-7")));
         // Created, not shown, never hidden by hand in the ordinary mode.
         EXPECT_FALSE(panel.isVisible() || panel.testAttribute(Qt::WA_WState_ExplicitShowHide));
-        // 250 ms later the class list timer has killed itself after posting command 0 once.
-        MessageRecorder commands(&panel);
+        // 250 ms later the class list timer has built the list and killed itself.
+        const bool readyAtOnce = panel.m_nav.classesReady;
         Pump(600);
-        EXPECT_EQ(std::make_tuple(IsTimerRunning(panel.Handle(), kTimerBuildClassList), commands.Count(MsgPanelCommand, 0),
-                                  IsTimerRunning(panel.Handle(), kTimerHourlyRefresh)), std::make_tuple(false, 1, true));
+        EXPECT_EQ(std::make_tuple(IsTimerRunning(panel.Handle(), kTimerBuildClassList), readyAtOnce, panel.m_nav.classesReady,
+                                  IsTimerRunning(panel.Handle(), kTimerHourlyRefresh)), std::make_tuple(false, false, true, true));
         EXPECT_FALSE(panel.Create(nullptr));  // a second Create changes nothing
         EXPECT_EQ(panel.parentWidget(), &world.host);
     }

@@ -33,7 +33,7 @@ TEST(PanelWindow, CloseButtonWindowCloseAndTheSaveOnCloseGallery) {
         ASSERT_FALSE(block.empty());
         world.panel->showMode = u"YL";
         world.panel->ShowPanel();
-        world.ClickButton(1000);
+        world.ClickButton(ControlId::Close);
         EXPECT_FALSE(world.panel->isVisible());
         // The recent list is saved only for a host.
         EXPECT_EQ(ReadListFile(RecentListPath()), attached ? std::vector{block} : std::vector<std::u16string>{});

@@ -20,7 +20,7 @@ std::vector<std::u16string> PathsOf(const std::vector<GalleryNode*>& nodes) {
 
 std::vector<std::u16string> PathsOf(const CBrindleDlg& panel) {
     std::vector<std::u16string> out;
-    for (size_t i = 0; i < panel.m_listNodes.size(); ++i) out.push_back(panel.m_listNodes.At(*panel.m_store, i)->Path());
+    for (size_t i = 0; i < panel.m_nav.listNodes.size(); ++i) out.push_back(panel.m_nav.listNodes.At(*panel.m_store, i)->Path());
     return out;
 }
 
@@ -170,7 +170,7 @@ TEST(ThumbnailRoad, ABlockInFlightOrTooSmallIsRefusedWithTheTipAndAskedFor) {
     const std::string drawing = PreviewDrawing();
     ASSERT_GE(static_cast<int64_t>(drawing.size()), kMinBlockFileSize);
     // The class folder is made by the first worker that runs: not yet, maybe.
-    ASSERT_TRUE(CreateDirectories(w.panel->m_curClassPath));
+    ASSERT_TRUE(CreateDirectories(w.panel->m_nav.curClassPath));
     ASSERT_TRUE(WriteFileAtomic(running, drawing));
     ASSERT_TRUE(WriteFileAtomic(waiting, drawing));
     ASSERT_TRUE(WriteFileAtomic(list->GetPath(299), std::string(kMinBlockFileSize - 1, 'b')));

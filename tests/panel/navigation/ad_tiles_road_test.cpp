@@ -53,7 +53,7 @@ TEST(AdTilesRoad, TheTileLeadsItsClassOpensItsTargetFollowsTheServiceAndIsSavedA
         const std::vector<GalleryNode*>& blocks = w.root()->dirChildren[0]->dirChildren[0]->fileChildren;
         // The tile's cell first, the blocks behind it, the first block selected.
         EXPECT_EQ(std::make_tuple(list->GetItemCount(), list->GetPath(0), list->GetPath(1), list->GetSelectedItem(),
-                                  w.panel->m_itemCount, w.panel->m_selectedName),
+                                  w.panel->m_nav.itemCount, w.panel->m_nav.selectedName),
                   std::make_tuple(4, std::u16string(), blocks[0]->Path(), 1, 3, QString::fromStdU16String(blocks[0]->name.str())));
         // Unselected beside selected (the veil); the click opens the target.
         const QRect cell = list->ItemRect(0);
@@ -93,10 +93,10 @@ TEST(AdTilesRoad, TheTileLeadsItsClassOpensItsTargetFollowsTheServiceAndIsSavedA
         EXPECT_EQ(w.service.counters().get("/ad/*").count, 3);
         const std::u16string png = AdPicturePath(w.galleries[0]);
         const std::string item = "<item on=\"1\" name=\"新\" url=\"" + w.service.baseUrl() +
-                                 "/ad/ad_2.png\" target=\"\" ver=\"0\" >" + U8(w.galleries[0]) + "</item>";
+                                 "/ad/ad_2.png\" target=\"\" ver=\"0\" >" + Utf16ToUtf8(w.galleries[0]) + "</item>";
         w.service.faults().set("/gallery/gad", {.body = "<root>" + item + "</root>"});
         StartPanel(w);
-        EXPECT_EQ(std::make_pair(w.service.counters().get("/ad/*").count, ReadBytes(U8(png))),
+        EXPECT_EQ(std::make_pair(w.service.counters().get("/ad/*").count, ReadBytes(Utf16ToUtf8(png))),
                   std::make_pair(4L, ReadBytes(SampleLibrary() + "/ads/ad_2.png")));
         ASSERT_TRUE(w.OpenRow(w.RowOf(w.galleries[0])));
         QImage picture;
@@ -104,7 +104,7 @@ TEST(AdTilesRoad, TheTileLeadsItsClassOpensItsTargetFollowsTheServiceAndIsSavedA
         // Only the tiles the service still names are written, to the byte.
         w.panel->SaveOnClose();
         const std::string saved = "\xEF\xBB\xBF<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r<root>\r" + item + "\r</root>\r";
-        EXPECT_EQ(ReadBytes(U8(AdListPath())), saved);
+        EXPECT_EQ(ReadBytes(Utf16ToUtf8(AdListPath())), saved);
 
         // The service down at the next start: the cached tiles stay, shown and saved.
         w.service.faults().set("/gallery/gad", {.drop = true});
@@ -113,7 +113,7 @@ TEST(AdTilesRoad, TheTileLeadsItsClassOpensItsTargetFollowsTheServiceAndIsSavedA
         AdTile shown;
         EXPECT_TRUE(GetAdTile(*w.panel, &shown) && shown.name == u"新");
         w.panel->SaveOnClose();
-        EXPECT_EQ(ReadBytes(U8(AdListPath())), saved);
+        EXPECT_EQ(ReadBytes(Utf16ToUtf8(AdListPath())), saved);
     }
     SetApplicationMainWindow(nullptr);
 }

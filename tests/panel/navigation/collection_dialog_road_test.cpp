@@ -111,7 +111,7 @@ TEST(CollectionDialogRoad, BlocksRenamedMovedDeletedAndAddedFromThePanelFollowEv
     EXPECT_TRUE(users.blockByName(bolts, "螺栓M8.dwg") && !users.blockByName(bolts, "六角螺栓.dwg"));
     // The list, the tree and the map follow: the move below finds the block by its new name.
     ASSERT_GE(ItemOf(p, renamed), 0);
-    EXPECT_EQ(p.m_listNodes.At(*p.m_store, ItemOf(p, renamed))->name, u"螺栓M8.dwg");
+    EXPECT_EQ(p.m_nav.listNodes.At(*p.m_store, ItemOf(p, renamed))->name, u"螺栓M8.dwg");
 
     // "移动" to the only other folder, which then opens with the block.
     CellMenu(p, renamed, "移动");
@@ -120,7 +120,7 @@ TEST(CollectionDialogRoad, BlocksRenamedMovedDeletedAndAddedFromThePanelFollowEv
     EXPECT_EQ(move->FolderCombo()->count(), 1);
     Press(move, CBlockFolderDlg::IdOk);  // the panel frees the dialog when it ends
     const std::u16string moved = mine + u"/管件/螺栓M8.dwg";
-    ASSERT_TRUE(PumpUntil([&] { return p.m_curClassPath == mine + u"/管件" && ItemOf(p, moved) >= 0; }));
+    ASSERT_TRUE(PumpUntil([&] { return p.m_nav.curClassPath == mine + u"/管件" && ItemOf(p, moved) >= 0; }));
     EXPECT_TRUE(users.blockByName(pipes, "螺栓M8.dwg").has_value());
     // A block whose file never came is not moved (its cell offers no menu yet).
     (void)PostWindowMessage(p.Handle(), MsgPanelEvent, 11, ItemOf(p, mine + u"/管件/缺失.dwg"));
@@ -132,14 +132,14 @@ TEST(CollectionDialogRoad, BlocksRenamedMovedDeletedAndAddedFromThePanelFollowEv
     const std::u16string anchor = mine + u"/螺栓/地脚螺栓.dwg";
     EXPECT_FALSE(FileExists(renamed));
     CellMenu(p, anchor, "删除");
-    ASSERT_TRUE(PumpUntil([&] { return p.m_itemCount == 0 && !p.CollectionBusy(); }));
+    ASSERT_TRUE(PumpUntil([&] { return p.m_nav.itemCount == 0 && !p.CollectionBusy(); }));
     EXPECT_TRUE(!users.blockByName(bolts, "地脚螺栓.dwg") && !FileExists(anchor));
 
     // "添加图块" on the empty folder: two drawings from the disk land and show.
     const std::string disk = w.home.file("disk");
-    CreateDirectories(W(disk));
+    CreateDirectories(Utf8ToUtf16(disk));
     for (const char* name : {"a.dwg", "b.dwg"}) WriteBytes(disk + "/" + name, "AC1015" + std::string(1500, 'd'));
-    w.ClickButton(2150, 400);
+    w.ClickButton(ControlId::AddBlocksEmpty, 400);
     QFileDialog* files = nullptr;
     ASSERT_TRUE(PumpUntil([&] { return (files = qobject_cast<QFileDialog*>(p.CollectionWindow())) && files->isVisible(); }));
     files->setDirectory(QString::fromStdString(disk));
@@ -152,11 +152,11 @@ TEST(CollectionDialogRoad, BlocksRenamedMovedDeletedAndAddedFromThePanelFollowEv
 
     // "分享收藏": a user the host cannot sign in gets no dialog; a signed-in one shares.
     p.userId = 0;
-    w.ClickButton(2103, 400);
+    w.ClickButton(ControlId::ShareCollection, 400);
     Pump(100);
     EXPECT_TRUE(!p.CollectionWindow() && host.Requests(MARROWFIN_REQUEST_SIGN_IN).size() == 1);
     w.SignIn(7);
-    w.ClickButton(2103, 400);
+    w.ClickButton(ControlId::ShareCollection, 400);
     auto* share = DialogOf<CShareDWGblockDlg>(p);
     ASSERT_TRUE(share);
     share->m_stepMs = share->m_settleMs = 10;
@@ -175,11 +175,11 @@ TEST(CollectionDialogRoad, FoldersMadeRenamedAndDeletedFromTheBarAndTheirMenus) 
     w.SignIn(8);
     ASSERT_TRUE(w.OpenRow(1));
     auto opened = [&](const std::u16string& folder) {
-        return PumpUntil([&] { return p.m_curClassPath == mine + u"/" + folder && !p.CollectionBusy(); }) && w.WaitForSwitch();
+        return PumpUntil([&] { return p.m_nav.curClassPath == mine + u"/" + folder && !p.CollectionBusy(); }) && w.WaitForSwitch();
     };
 
     // "新建文件夹" offers the first gap and opens the new folder.
-    w.ClickButton(2101, 400);
+    w.ClickButton(ControlId::NewFolder, 400);
     auto* made = DialogOf<CNewFolderDlg>(p);
     ASSERT_TRUE(made);
     EXPECT_EQ(made->NameEdit()->text(), "收藏夹2");
@@ -197,7 +197,7 @@ TEST(CollectionDialogRoad, FoldersMadeRenamedAndDeletedFromTheBarAndTheirMenus) 
     EXPECT_TRUE(!users.folderByName(8, "收藏夹3") && users.folderByName(8, "门窗"));
     EXPECT_FALSE(PathExists(mine + u"/收藏夹3"));
     EXPECT_EQ(w.FolderButtons(), (Texts{"收藏夹1", "门窗", "收藏夹2"}));
-    EXPECT_EQ(FolderIdByName(p.m_folderMap, u"门窗"), W(std::to_string(users.folderByName(8, "门窗")->id)));
+    EXPECT_EQ(FolderIdByName(p.m_folderMap, u"门窗"), Utf8ToUtf16(std::to_string(users.folderByName(8, "门窗")->id)));
     EXPECT_EQ(p.m_pThumbList->GetPath(0), mine + u"/门窗/门.dwg");
 
     // "删除" in a button's menu deletes that folder and no other; with one
@@ -207,7 +207,7 @@ TEST(CollectionDialogRoad, FoldersMadeRenamedAndDeletedFromTheBarAndTheirMenus) 
         EXPECT_TRUE(AnswerTips(ModalTip, {{"确定要删除该收藏夹所有图块么？", 1}}));
         ASSERT_TRUE(PumpUntil([&] { return !users.folderByName(8, folder) && !p.CollectionBusy(); }));
         ASSERT_TRUE(w.WaitForSwitch());
-        EXPECT_FALSE(PathExists(mine + u"/" + W(folder)));
+        EXPECT_FALSE(PathExists(mine + u"/" + Utf8ToUtf16(folder)));
     }
     EXPECT_EQ(w.FolderButtons(), Texts{"门窗"});
     EXPECT_EQ(CellMenu(p, mine + u"/门窗/门.dwg", {}, "block_menu_1.0"), (Texts{"重命名", "删除", "!移动"}));
@@ -215,22 +215,22 @@ TEST(CollectionDialogRoad, FoldersMadeRenamedAndDeletedFromTheBarAndTheirMenus) 
     // The limit: the eighteenth folder disables the button; still enabled, it only tells.
     for (int i = 0; i < 16; ++i) users.addFolder(8, "夹" + std::to_string(i));
     ASSERT_TRUE(w.OpenRow(0) && w.OpenRow(1));
-    w.ClickButton(2101, 400);
+    w.ClickButton(ControlId::NewFolder, 400);
     made = DialogOf<CNewFolderDlg>(p);
     ASSERT_TRUE(made);
     Key(made->NameEdit(), Qt::Key_Return);
     ASSERT_TRUE(opened(u"收藏夹1"));
     EXPECT_EQ(w.VisibleSubclassButtons(), 18);
-    EXPECT_FALSE(p.Button(2101)->isEnabled());
-    p.Button(2101)->setEnabled(true);
-    w.ClickButton(2101, 400);
+    EXPECT_FALSE(p.Button(ControlId::NewFolder)->isEnabled());
+    p.Button(ControlId::NewFolder)->setEnabled(true);
+    w.ClickButton(ControlId::NewFolder, 400);
     EXPECT_TRUE(AnswerTips(ModalTip, {{"已达到分类上限", 1}}));
     EXPECT_EQ(users.folders(8).size(), 18u);
     // A folder gone (here behind the panel's back): the button comes back at the next reading.
-    p.Button(2101)->setEnabled(false);
+    p.Button(ControlId::NewFolder)->setEnabled(false);
     users.deleteFolder(8, users.folderByName(8, "夹0")->id);
     ASSERT_TRUE(w.OpenRow(0) && w.OpenRow(1));
-    EXPECT_TRUE(p.Button(2101)->isEnabled());
+    EXPECT_TRUE(p.Button(ControlId::NewFolder)->isEnabled());
 }
 
 TEST(CollectionDialogRoad, CollectsFromAGalleryMenuAndFromASearchRow) {
@@ -239,7 +239,7 @@ TEST(CollectionDialogRoad, CollectsFromAGalleryMenuAndFromASearchRow) {
     const std::u16string mine = w.AddCollections(9, {u"螺栓"}, 0);
     const int64_t bolts = w.service.users().folderByName(9, "螺栓")->id;
     std::string drawing;
-    ASSERT_TRUE(ReadWholeFile(W(SharedDir() + "/testdata/dwg/bmp8_ac1015.dwg"), drawing));
+    ASSERT_TRUE(ReadWholeFile(Utf8ToUtf16(SharedDir() + "/testdata/dwg/bmp8_ac1015.dwg"), drawing));
     const std::vector<GalleryNode*>& blocks = hardware->dirChildren[0]->fileChildren;
     CreateDirectories(hardware->dirChildren[0]->Path());
     for (GalleryNode* block : blocks) ASSERT_TRUE(WriteFileAtomic(block->Path(), drawing));
@@ -275,11 +275,11 @@ TEST(CollectionDialogRoad, CollectsFromAGalleryMenuAndFromASearchRow) {
     EXPECT_EQ(collect->m_path, second);
     Press(collect, CBlockFolderDlg::IdOk);
     ASSERT_TRUE(AnswerTips(ModalTip, {{"图块收藏成功", 1}}));
-    ASSERT_TRUE(PumpUntil([&] { return p.m_classIndex == 1 && p.m_curClassPath == mine + u"/螺栓" && !p.CollectionBusy(); }));
+    ASSERT_TRUE(PumpUntil([&] { return p.m_nav.classIndex == 1 && p.m_nav.curClassPath == mine + u"/螺栓" && !p.CollectionBusy(); }));
     ASSERT_TRUE(w.WaitForSwitch());
     const std::string lowered = QString::fromStdU16String(FileNameOf(second)).toLower().toStdString();
     EXPECT_TRUE(w.service.users().blockByName(bolts, lowered).has_value());
-    EXPECT_EQ(p.m_pThumbList->GetPath(0), mine + u"/螺栓/" + W(lowered));
+    EXPECT_EQ(p.m_pThumbList->GetPath(0), mine + u"/螺栓/" + Utf8ToUtf16(lowered));
     EXPECT_EQ(p.m_collected.count(second), 1u);
 
     // A search row's "收藏": the row's file goes in; "关闭" marks the row.
@@ -298,5 +298,5 @@ TEST(CollectionDialogRoad, CollectsFromAGalleryMenuAndFromASearchRow) {
     ASSERT_TRUE(AnswerTips(ModalTip, {{"图块收藏成功", 2}}));
     EXPECT_TRUE(PumpUntil([&] { return p.m_rows.size() == 1 && p.m_rows[0].state == RowCollected; }));
     EXPECT_TRUE(w.service.users().blockByName(bolts, "door.dwg").has_value());
-    EXPECT_TRUE(p.m_collected.count(blocks[2]->Path()) && p.m_page == PageSearch);
+    EXPECT_TRUE(p.m_collected.count(blocks[2]->Path()) && p.m_nav.page == PageSearch);
 }

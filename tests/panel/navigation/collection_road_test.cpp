@@ -23,7 +23,7 @@ TEST(CollectionRoad, FoldersBlocksAndFilesFollowTheServiceForEachUser) {
     // A name the service should never give stays out of the mirror and the tree.
     users.addFolder(7, "..");
     // A mirror left from an earlier run is wiped by the first read.
-    WriteBytes(U8(mine) + "/旧夹/旧.dwg", "stale");
+    WriteBytes(Utf16ToUtf8(mine) + "/旧夹/旧.dwg", "stale");
     RecordingHost host;
     TipWatcher tips;  // answers each message box with its first button
     w.MakePanel();
@@ -37,14 +37,14 @@ TEST(CollectionRoad, FoldersBlocksAndFilesFollowTheServiceForEachUser) {
     EXPECT_TRUE(DirectoryExists(mine + u"/螺栓") && DirectoryExists(mine + u"/管件"));
     EXPECT_FALSE(PathExists(mine + u"/旧夹"));
     // The first folder opens with the service's blocks; their files come as they show.
-    ASSERT_EQ(p.m_curClassPath, mine + u"/螺栓");
+    ASSERT_EQ(p.m_nav.curClassPath, mine + u"/螺栓");
     ASSERT_EQ(p.m_pThumbList->GetItemCount(), 3);
     EXPECT_EQ(p.m_pThumbList->GetPath(1), mine + u"/螺栓/地脚螺栓.dwg");
     ASSERT_TRUE(PumpUntil([&] {
         return FileExists(mine + u"/螺栓/六角螺栓.dwg") && FileExists(mine + u"/螺栓/地脚螺栓.dwg") &&
                FileExists(mine + u"/螺栓/膨胀螺栓.dwg") && p.m_thumbRunning.empty();
     }, 8000));
-    EXPECT_EQ(FileSize(mine + u"/螺栓/六角螺栓.dwg"), FileSize(W(SharedDir() + "/testdata/dwg/bmp8_ac1015.dwg")));
+    EXPECT_EQ(FileSize(mine + u"/螺栓/六角螺栓.dwg"), FileSize(Utf8ToUtf16(SharedDir() + "/testdata/dwg/bmp8_ac1015.dwg")));
     // A block that has arrived inserts.
     DoubleClickItem(p.m_pThumbList, 0);
     Pump(50);
@@ -72,12 +72,12 @@ TEST(CollectionRoad, FoldersBlocksAndFilesFollowTheServiceForEachUser) {
     refused.status = 200;  // answered without being carried out
     refused.body = "error";
     w.service.faults().set("/gallery/dwg_collect", refused);
-    w.ClickButton(2102);
+    w.ClickButton(ControlId::DeleteBlock);
     ASSERT_TRUE(PumpUntil([&] { return tips.seen == 1; }));
     EXPECT_TRUE(FileExists(mine + u"/螺栓/膨胀螺栓.dwg") && p.m_pThumbList->GetItemCount() == 2);
     w.service.faults().clear("/gallery/dwg_collect");
     select(1);
-    w.ClickButton(2102, 400);
+    w.ClickButton(ControlId::DeleteBlock, 400);
     ASSERT_TRUE(PumpUntil([&] { return p.m_pThumbList->GetItemCount() == 1 && !p.CollectionBusy(); }));
     EXPECT_FALSE(FileExists(mine + u"/螺栓/膨胀螺栓.dwg"));
     EXPECT_FALSE(users.blockByName(users.folderByName(7, "螺栓")->id, "膨胀螺栓.dwg").has_value());
@@ -87,7 +87,7 @@ TEST(CollectionRoad, FoldersBlocksAndFilesFollowTheServiceForEachUser) {
     ASSERT_TRUE(w.OpenRow(0));
     ASSERT_TRUE(w.OpenRow(1));
     EXPECT_EQ(w.FolderButtons(), (std::vector<QString>{QStringLiteral("门窗")}));
-    EXPECT_EQ(p.m_curClassPath, theirs + u"/门窗");
+    EXPECT_EQ(p.m_nav.curClassPath, theirs + u"/门窗");
     EXPECT_TRUE(FileExists(mine + u"/螺栓/六角螺栓.dwg"));
     ASSERT_EQ(p.m_folderMap.size(), 1u);
     EXPECT_EQ(p.m_folderMap.begin()->second.name, u"门窗");
@@ -95,7 +95,7 @@ TEST(CollectionRoad, FoldersBlocksAndFilesFollowTheServiceForEachUser) {
     // "删除文件夹" asks first; the folder goes from the service and, at the
     // reload that follows, from the disk. The cloud is empty then, and the
     // default folder is made.
-    w.ClickButton(2105, 400);
+    w.ClickButton(ControlId::DeleteFolder, 400);
     ASSERT_TRUE(PumpUntil([&] { return tips.seen == 2 && !p.CollectionBusy(); }));
     ASSERT_TRUE(w.WaitForSwitch());
     EXPECT_FALSE(users.folderByName(9, "门窗").has_value());
@@ -110,12 +110,12 @@ TEST(CollectionRoad, FoldersBlocksAndFilesFollowTheServiceForEachUser) {
     gone.drop = true;
     w.service.faults().set("/gallery/get_u_collect", gone);
     ASSERT_TRUE(w.OpenRow(1));
-    EXPECT_EQ(std::make_pair(p.m_classIndex, p.m_page), std::make_pair(gallery, int(PageBrowse)));
-    p.m_classIndex = 1;
-    p.m_page = PageCollection;
-    w.ClickButton(2157, 400);
+    EXPECT_EQ(std::make_pair(p.m_nav.classIndex, p.m_nav.page), std::make_pair(gallery, int(PageBrowse)));
+    p.m_nav.classIndex = 1;
+    p.m_nav.page = PageCollection;
+    w.ClickButton(ControlId::RetrySync, 400);
     ASSERT_TRUE(PumpUntil([&] { return !p.CollectionBusy(); }));
-    EXPECT_EQ(std::make_pair(p.m_page, p.m_syncStatus), std::make_pair(int(PageCollection), 3));
+    EXPECT_EQ(std::make_pair(p.m_nav.page, p.m_nav.syncStatus), std::make_pair(int(PageCollection), 3));
     EXPECT_EQ(tips.seen, 2);
 }
 
@@ -130,11 +130,11 @@ TEST(CollectionRoad, AnOldCollectionIsHandedOverOnceAndAskedAboutWhenTheCloudHol
     const std::u16string fresh = w.AddCollections(11, {}, 0);
     (void)w.AddCollections(12, {u"云端"}, 0);
     std::string drawing;
-    ASSERT_TRUE(ReadWholeFile(W(SharedDir() + "/testdata/dwg/bmp8_ac1015.dwg"), drawing));
-    for (const char* file : {"甲/一.dwg", "甲/二.dwg", "乙/三.dwg"}) WriteBytes(U8(CollectionFolder()) + "/" + file, drawing);
+    ASSERT_TRUE(ReadWholeFile(Utf8ToUtf16(SharedDir() + "/testdata/dwg/bmp8_ac1015.dwg"), drawing));
+    for (const char* file : {"甲/一.dwg", "甲/二.dwg", "乙/三.dwg"}) WriteBytes(Utf16ToUtf8(CollectionFolder()) + "/" + file, drawing);
     auto oldFolderIntact = [&] {
         for (const char* file : {"甲/一.dwg", "甲/二.dwg", "乙/三.dwg"})
-            if (ReadBytes(U8(CollectionFolder()) + "/" + file) != drawing) return false;
+            if (ReadBytes(Utf16ToUtf8(CollectionFolder()) + "/" + file) != drawing) return false;
         return true;
     };
     TipWatcher tips;
@@ -145,7 +145,7 @@ TEST(CollectionRoad, AnOldCollectionIsHandedOverOnceAndAskedAboutWhenTheCloudHol
     // An empty cloud takes the old collection at once; the page then reads it.
     w.SignIn(11);
     w.ClickClassRow(1);
-    ASSERT_TRUE(PumpUntil([&] { return p.m_syncStatus == 2; }));
+    ASSERT_TRUE(PumpUntil([&] { return p.m_nav.syncStatus == 2; }));
     ASSERT_TRUE(PumpUntil([&] { return ReadOldCollectTip() == u"1" && w.FolderButtons().size() == 2u; }, 10000));
     ASSERT_TRUE(w.WaitForSwitch());
     EXPECT_EQ(w.FolderButtons(), (std::vector<QString>{QStringLiteral("甲"), QStringLiteral("乙")}));
@@ -159,9 +159,9 @@ TEST(CollectionRoad, AnOldCollectionIsHandedOverOnceAndAskedAboutWhenTheCloudHol
     ASSERT_TRUE(w.OpenRow(0));
     ASSERT_TRUE(w.OpenRow(1));
     Pump(30);
-    EXPECT_EQ(p.m_syncStatus, 0);
-    EXPECT_TRUE(w.ButtonShown(2155) && w.ButtonShown(2156) && w.FolderButtons().empty());
-    w.ClickButton(2156);
+    EXPECT_EQ(p.m_nav.syncStatus, 0);
+    EXPECT_TRUE(w.ButtonShown(ControlId::ReplaceCloud) && w.ButtonShown(ControlId::KeepCloud) && w.FolderButtons().empty());
+    w.ClickButton(ControlId::KeepCloud);
     ASSERT_TRUE(w.WaitForSwitch());
     EXPECT_EQ(ReadOldCollectTip(), u"1");
     EXPECT_EQ(w.FolderButtons(), (std::vector<QString>{QStringLiteral("云端")}));
@@ -172,17 +172,17 @@ TEST(CollectionRoad, AnOldCollectionIsHandedOverOnceAndAskedAboutWhenTheCloudHol
     ASSERT_TRUE(WriteOldCollectTip(u"0"));
     ASSERT_TRUE(w.OpenRow(0));
     ASSERT_TRUE(w.OpenRow(1));
-    ASSERT_TRUE(w.ButtonShown(2155));
+    ASSERT_TRUE(w.ButtonShown(ControlId::ReplaceCloud));
     service::Fault refused;
     refused.status = 200;
     refused.body = "refused";
     w.service.faults().set("/gallery/lfupload", refused);
     const long ended = w.service.counters().get("/gallery/lfupload_end").count;
-    w.ClickButton(2155, 400);
-    EXPECT_EQ(p.m_syncStatus, 2);
-    ASSERT_TRUE(PumpUntil([&] { return p.m_syncStatus == 4; }, 10000));
+    w.ClickButton(ControlId::ReplaceCloud, 400);
+    EXPECT_EQ(p.m_nav.syncStatus, 2);
+    ASSERT_TRUE(PumpUntil([&] { return p.m_nav.syncStatus == 4; }, 10000));
     Pump(30);
-    EXPECT_TRUE(w.ButtonShown(2157) && !w.ButtonShown(2155));
+    EXPECT_TRUE(w.ButtonShown(ControlId::RetrySync) && !w.ButtonShown(ControlId::ReplaceCloud));
     ASSERT_TRUE(PumpUntil([&] { return w.service.counters().get("/gallery/lfupload_end").count > ended; }));
     EXPECT_EQ(ReadOldCollectTip(), u"0");
     EXPECT_TRUE(oldFolderIntact());
@@ -193,8 +193,8 @@ TEST(CollectionRoad, AnOldCollectionIsHandedOverOnceAndAskedAboutWhenTheCloudHol
     // it: folders in a Chinese reader's order (甲 before 乙, unlike their code
     // points), drawings oldest first.
     namespace fs = std::filesystem;
-    const fs::path first = fs::u8path(U8(CollectionFolder()) + "/甲/一.dwg");
-    fs::last_write_time(fs::u8path(U8(CollectionFolder()) + "/甲/二.dwg"), fs::last_write_time(first) - std::chrono::hours(1));
+    const fs::path first = fs::u8path(Utf16ToUtf8(CollectionFolder()) + "/甲/一.dwg");
+    fs::last_write_time(fs::u8path(Utf16ToUtf8(CollectionFolder()) + "/甲/二.dwg"), fs::last_write_time(first) - std::chrono::hours(1));
     AddGalleryToShowList(u"我的收藏");
     SendWindowMessage(p.Handle(), MsgPanelCommand, 6, 1);
     GalleryNode* old = FindNodeByPath(w.root(), CollectionFolder());
@@ -202,6 +202,6 @@ TEST(CollectionRoad, AnOldCollectionIsHandedOverOnceAndAskedAboutWhenTheCloudHol
     EXPECT_EQ(std::make_tuple(old->dirChildren[0]->name.str(), old->dirChildren[1]->name.str(),
                               old->dirChildren[0]->fileChildren[0]->name.str(), old->dirChildren[0]->fileChildren[1]->name.str()),
               std::make_tuple(std::u16string(u"甲"), std::u16string(u"乙"), std::u16string(u"二.dwg"), std::u16string(u"一.dwg")));
-    EXPECT_EQ(p.m_pendingClass, 1);
+    EXPECT_EQ(p.m_nav.pendingClass, 1);
     ASSERT_TRUE(w.WaitForSwitch());
 }

@@ -41,7 +41,7 @@ TEST(NavigationRender, BrowseAndSearchRoadsAtRatesOneAndOneAndAHalf) {
             EXPECT_TRUE(looks("few_subclasses"));
             // The search page shows the default word in the empty box and the hot words under it;
             // typed text brings the clear button.
-            w.ClickButton(2158);
+            w.ClickButton(ControlId::OpenSearch);
             EXPECT_TRUE(looks("search_page") && p.m_searchUntouched);
             p.m_searchUntouched = false;
             p.GoToPage(PageSearch);  // the same page again changes nothing
@@ -49,28 +49,28 @@ TEST(NavigationRender, BrowseAndSearchRoadsAtRatesOneAndOneAndAHalf) {
 
             // Within 450 ms of the last accepted command a press of the clear button is ignored.
             QTest::keyClicks(p.m_searchEdit, QStringLiteral("abc"));
-            EXPECT_TRUE(w.ButtonShown(2200) && looks("search_typed"));
-            w.ClickButton(2200);
-            EXPECT_TRUE(p.m_searchEdit->text().isEmpty() && !w.ButtonShown(2200));
+            EXPECT_TRUE(w.ButtonShown(ControlId::ClearSearch) && looks("search_typed"));
+            w.ClickButton(ControlId::ClearSearch);
+            EXPECT_TRUE(p.m_searchEdit->text().isEmpty() && !w.ButtonShown(ControlId::ClearSearch));
             QTest::keyClicks(p.m_searchEdit, QStringLiteral("de"));
-            w.ClickButton(2200);
+            w.ClickButton(ControlId::ClearSearch);
             EXPECT_EQ(p.m_searchEdit->text(), QStringLiteral("de"));
-            w.ClickButton(2200, 460);
+            w.ClickButton(ControlId::ClearSearch, 460);
             EXPECT_TRUE(p.m_searchEdit->text().isEmpty());
             // "搜索" forgets the last press and runs at once; the empty box searches the default word.
             // The hot words go with the search.
-            w.ClickButton(2201);
+            w.ClickButton(ControlId::Search);
             EXPECT_TRUE(p.m_searchEdit->text() == QStringLiteral("螺栓") && !w.ButtonShown(4000) && !w.ButtonShown(4017));
             // "返回" right after it is damped; later it leaves the page with its
             // rows and waiting downloads, and the class opens again as it was.
-            w.ClickButton(2202);
-            EXPECT_EQ(p.m_page, PageSearch);
+            w.ClickButton(ControlId::SearchBack);
+            EXPECT_EQ(p.m_nav.page, PageSearch);
             p.m_rows.resize(3);
             p.m_downloadQueue[1] = BlockRow{};
-            w.ClickButton(2202, 460);
+            w.ClickButton(ControlId::SearchBack, 460);
             EXPECT_TRUE(p.m_rows.empty() && p.m_downloadQueue.empty() && p.m_searchEdit->text().isEmpty());
-            ASSERT_TRUE(IsTimerRunning(p.Handle(), 1011) && w.WaitForSwitch());
-            EXPECT_TRUE(p.m_curClassPath == few->dirChildren[0]->Path() && looks("few_subclasses"));
+            ASSERT_TRUE(IsTimerRunning(p.Handle(), kTimerBuildClassList) && w.WaitForSwitch());
+            EXPECT_TRUE(p.m_nav.curClassPath == few->dirChildren[0]->Path() && looks("few_subclasses"));
         }
         ASSERT_TRUE(w.OpenRow(3));
         EXPECT_TRUE(looks("many_subclasses"));  // "常用" and the first 17 classes
@@ -79,7 +79,7 @@ TEST(NavigationRender, BrowseAndSearchRoadsAtRatesOneAndOneAndAHalf) {
         EXPECT_TRUE(looks("collections"));  // the bar, the folders one row lower, the list below
         // The whole-library search from the collections (the hot words built again), and back
         // without them.
-        w.ClickButton(2158, 500);
+        w.ClickButton(ControlId::OpenSearch, 500);
         EXPECT_TRUE(looks("search_page"));
         // Rows of a search for "门", hot words hidden as a search hides them: every state, a boutique
         // row, a real thumbnail, "使用" of the first row under the mouse. No file to fetch or read.
@@ -98,33 +98,33 @@ TEST(NavigationRender, BrowseAndSearchRoadsAtRatesOneAndOneAndAHalf) {
         MoveTo(p.m_searchList, p.m_searchList->RowRect(0).topLeft() + ScaleBox(660, 25, 0, 0).topLeft());
         EXPECT_TRUE(p.m_searchList->HotZone() == 2 && looks("search_rows"));
         MoveAway(&p);
-        w.ClickButton(2202, 500);
+        w.ClickButton(ControlId::SearchBack, 500);
         ASSERT_TRUE(w.WaitForSwitch());
         EXPECT_TRUE(looks("collections") && !w.ButtonShown(4001));
         if (rate != 1.0f) continue;
         // Shown empty and out of step with the cloud: "替换" and "不替换" are offered.
-        p.m_itemCount = 0;
+        p.m_nav.itemCount = 0;
         SendWindowMessage(p.Handle(), MsgPanelEvent, 5, 0);
         EXPECT_TRUE(looks("sync_prompt"));
-        p.m_itemCount = 4;
+        p.m_nav.itemCount = 4;
         SendWindowMessage(p.Handle(), MsgPanelEvent, 5, -1);
-        EXPECT_EQ(p.m_curClassPath, mine + u"/收藏夹1");
+        EXPECT_EQ(p.m_nav.curClassPath, mine + u"/收藏夹1");
         p.GoToPage(PageBrowse);  // a browse argument on a browse page changes nothing
-        EXPECT_EQ(p.m_page, PageCollection);
+        EXPECT_EQ(p.m_nav.page, PageCollection);
 
         // "搜索收藏": offline the page stays, empty, and an empty box stops
         // there: no default word. "返回" brings the collections back.
         service::Fault offline;
         offline.drop = true;
         w.service.faults().set("/gallery/get_u_collect", offline);
-        w.ClickButton(2104, 500);
+        w.ClickButton(ControlId::SearchCollection, 500);
         ASSERT_TRUE(PumpUntil([&] { return !p.m_collectionRowsPending; }));
         EXPECT_TRUE(p.m_collectionRows.empty() && looks("collection_search"));
         w.service.faults().set("/gallery/get_u_collect", service::Fault{});
-        w.ClickButton(2201);
+        w.ClickButton(ControlId::Search);
         // Nothing was searched.
         EXPECT_TRUE(p.m_searchEdit->text().isEmpty() && p.m_searchUntouched && p.m_searchState == 0);
-        w.ClickButton(2202, 500);
+        w.ClickButton(ControlId::SearchBack, 500);
         ASSERT_TRUE(w.WaitForSwitch());
         EXPECT_TRUE(looks("collections"));
     }

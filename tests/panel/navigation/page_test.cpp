@@ -11,36 +11,37 @@ TEST(LivePages, DownloadGalleryButtonTipsOnFailureAndFillsTheGalleryOnSuccess) {
     w.MakePanel();
     CBrindleDlg& p = *w.panel;
     ASSERT_TRUE(w.OpenRow(2));
-    ASSERT_TRUE(w.ButtonShown(2151));
+    ASSERT_TRUE(w.ButtonShown(ControlId::DownloadGallery));
 
     service::Fault fault;
     fault.status = 500;
+    fault.latencyMs = 300;  // the failure cannot come back inside the click's own event processing
     w.service.faults().set("/gallery/g_all", fault);
     {
         TipWatcher watcher;
-        w.ClickButton(2151);
+        w.ClickButton(ControlId::DownloadGallery);
         // The gallery comes on a worker: the button waits, disabled, and a
         // second press sends nothing.
-        EXPECT_FALSE(p.Button(2151)->isEnabled());
-        w.ClickButton(2151);
+        EXPECT_FALSE(p.Button(ControlId::DownloadGallery)->isEnabled());
+        w.ClickButton(ControlId::DownloadGallery);
         ASSERT_TRUE(PumpUntil([&] { return watcher.seen == 1; }));
-        EXPECT_TRUE(p.Button(2151)->isEnabled() && watcher.okText == QStringLiteral("确定") && !watcher.cancelShown);
+        EXPECT_TRUE(p.Button(ControlId::DownloadGallery)->isEnabled() && watcher.okText == QStringLiteral("确定") && !watcher.cancelShown);
     }
     EXPECT_TRUE(w.service.counters().get("/gallery/g_all").count == 1 && gallery->dirChildren.empty());
-    ASSERT_TRUE(IsTimerRunning(p.Handle(), 1011) && w.WaitForSwitch());
-    EXPECT_TRUE(w.ButtonShown(2151));  // still empty
+    ASSERT_TRUE(IsTimerRunning(p.Handle(), kTimerBuildClassList) && w.WaitForSwitch());
+    EXPECT_TRUE(w.ButtonShown(ControlId::DownloadGallery));  // still empty
 
     w.service.faults().clearAll();
     {
         TipWatcher watcher;
-        w.ClickButton(2151);
+        w.ClickButton(ControlId::DownloadGallery);
         ASSERT_TRUE(PumpUntil([&] { return !gallery->dirChildren.empty(); }));
         EXPECT_EQ(watcher.seen, 0);
     }
     ASSERT_TRUE(w.WaitForSwitch());
-    EXPECT_TRUE(!w.ButtonShown(2151) && w.Shown(p.m_pThumbList));
+    EXPECT_TRUE(!w.ButtonShown(ControlId::DownloadGallery) && w.Shown(p.m_pThumbList));
     EXPECT_EQ(w.VisibleSubclassButtons(), static_cast<int>(std::min<size_t>(18, gallery->dirChildren.size())));
-    EXPECT_EQ(p.m_curClassPath, gallery->dirChildren[0]->Path());
+    EXPECT_EQ(p.m_nav.curClassPath, gallery->dirChildren[0]->Path());
 }
 
 TEST(LivePages, SwitchingRefreshesAStaleGalleryAndOpeningAStaleClassFetchesItsBlocks) {
@@ -69,9 +70,9 @@ TEST(LivePages, SwitchingRefreshesAStaleGalleryAndOpeningAStaleClassFetchesItsBl
 
     w.service.faults().set("/gallery/g_cs", {.latencyMs = 400});
     w.ClickButton(2081, 400);
-    EXPECT_EQ(p.m_listNodes.size(), 0u);  // nothing listed while the blocks are on their way
-    ASSERT_TRUE(PumpUntil([&] { return p.m_listNodes.size() == blocks; }));
-    EXPECT_EQ(std::make_tuple(w.service.counters().get("/gallery/g_cs").count, w.store.staleClasses.count(p.m_curClassPath),
+    EXPECT_EQ(p.m_nav.listNodes.size(), 0u);  // nothing listed while the blocks are on their way
+    ASSERT_TRUE(PumpUntil([&] { return p.m_nav.listNodes.size() == blocks; }));
+    EXPECT_EQ(std::make_tuple(w.service.counters().get("/gallery/g_cs").count, w.store.staleClasses.count(p.m_nav.curClassPath),
                               p.m_pThumbList->GetItemCount()), std::make_tuple(1L, size_t(0), static_cast<int>(blocks)));
 
     // A second switch within the hour asks nothing.

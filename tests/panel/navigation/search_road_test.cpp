@@ -26,7 +26,7 @@ struct SearchWorld : PanelWorld {
         // Typed where the test keyboard has the keys.
         const bool ascii = std::all_of(text.begin(), text.end(), [](QChar c) { return c.unicode() < 0x80; });
         ascii ? QTest::keyClicks(panel->m_searchEdit, text) : panel->m_searchEdit->setText(text);
-        ClickButton(2201, laterMs);
+        ClickButton(ControlId::Search, laterMs);
     }
     bool WaitForRows(int ms = 5000) {
         return PumpUntil([&] { return panel->SearchEnded() && Shown(panel->m_searchList); }, ms);
@@ -237,9 +237,9 @@ TEST(LiveSearch, AHotWordAddsItsClassAndOpensItWithoutSearching) {
     ASSERT_TRUE(w.ButtonShown(4001) && p.Button(4001)->text() == word);
     w.service.counters().reset();
     w.ClickButton(4001);
-    ASSERT_TRUE(PumpUntil([&] { return w.RowOf(w.galleries[1]) >= 0 && p.m_classIndex == w.RowOf(w.galleries[1]); }, 5000));
+    ASSERT_TRUE(PumpUntil([&] { return w.RowOf(w.galleries[1]) >= 0 && p.m_nav.classIndex == w.RowOf(w.galleries[1]); }, 5000));
     const std::vector<ShowItem> listed = ReadShowList(true);
     EXPECT_TRUE(std::any_of(listed.begin(), listed.end(), [&](const ShowItem& item) { return item.name == w.galleries[1]; }));
-    EXPECT_TRUE(p.m_page == PageBrowse && !w.Shown(p.m_searchList) && !w.ButtonShown(4001));
+    EXPECT_TRUE(p.m_nav.page == PageBrowse && !w.Shown(p.m_searchList) && !w.ButtonShown(4001));
     EXPECT_EQ(w.Served("/gallery/search_g"), 0);
 }

@@ -78,13 +78,13 @@ TEST(DwgPreviewReader, RealDrawingsAndFilesOnDisk) {
 
     // On disk: a missing file, a name with spaces and Chinese, a file cut inside the picture entry.
     TempHome home;
-    EXPECT_EQ(ReadDwgPreviewFile(W(home.file("missing.dwg"))).error, DwgPreviewError::ReadFailed);
+    EXPECT_EQ(ReadDwgPreviewFile(Utf8ToUtf16(home.file("missing.dwg"))).error, DwgPreviewError::ReadFailed);
     EXPECT_TRUE(LoadDwgPreview(QString::fromStdString(home.file("missing.dwg"))).isNull());
     const std::string path = home.file("单开门 01.dwg"), drawing = RealFile("bmp8_ac1015.dwg");
     WriteBytes(path, drawing);
     EXPECT_EQ(LoadDwgPreview(QString::fromStdString(path)).size(), QSize(180, 88));
     WriteBytes(path, drawing.substr(0, 0x153 + 1000));
-    EXPECT_EQ(ReadDwgPreviewFile(W(path)).error, DwgPreviewError::EntryOutOfFile);
+    EXPECT_EQ(ReadDwgPreviewFile(Utf8ToUtf16(path)).error, DwgPreviewError::EntryOutOfFile);
     EXPECT_TRUE(LoadDwgPreview(QString::fromStdString(path)).isNull());
 }
 

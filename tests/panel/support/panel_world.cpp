@@ -46,7 +46,7 @@ bool PanelHarness::WaitForSwitch(int timeoutMs) {
     // Posted commands first: one of them may start the switch timer the other one's tick asked for.
     const bool ok = PumpUntil([&] {
         QCoreApplication::sendPostedEvents();
-        return !IsTimerRunning(h, 2000) && !IsTimerRunning(h, 1011) && !panel->CollectionBusy();
+        return !IsTimerRunning(h, kTimerClassSwitch) && !IsTimerRunning(h, kTimerBuildClassList) && !panel->CollectionBusy();
     }, timeoutMs);
     Pump(30);  // the commands the switch posted
     return ok;
@@ -157,23 +157,23 @@ std::u16string PanelWorld::AddCollections(int user, const std::vector<std::u16st
     (void)users.clearCollection(user);
     for (const std::u16string& folder : folders) {
         int64_t id = 0;
-        users.addFolder(user, U8(folder), &id);
+        users.addFolder(user, Utf16ToUtf8(folder), &id);
         for (int b = 0; b < blocksPerFolder; ++b)
-            users.addBlock({0, id, U8(folder) + "_" + std::to_string(b) + ".dwg", U8(folder), 2048, false});
+            users.addBlock({0, id, Utf16ToUtf8(folder) + "_" + std::to_string(b) + ".dwg", Utf16ToUtf8(folder), 2048, false});
     }
     return NumberedCollectionFolder(user);
 }
 
 void PanelWorld::CollectDrawing(int user, const std::string& folder, const std::string& name) {
-    const std::string dir = U8(StoreRoot()) + "/../upload";
-    CreateDirectories(W(dir));
+    const std::string dir = Utf16ToUtf8(StoreRoot()) + "/../upload";
+    CreateDirectories(Utf8ToUtf16(dir));
     std::string bytes;
-    ASSERT_TRUE(ReadWholeFile(W(SharedDir() + "/testdata/dwg/bmp8_ac1015.dwg"), bytes));
-    ASSERT_TRUE(WriteFileAtomic(W(dir + "/" + name), bytes));
+    ASSERT_TRUE(ReadWholeFile(Utf8ToUtf16(SharedDir() + "/testdata/dwg/bmp8_ac1015.dwg"), bytes));
+    ASSERT_TRUE(WriteFileAtomic(Utf8ToUtf16(dir + "/" + name), bytes));
     const auto found = service.users().folderByName(user, folder);
     ASSERT_TRUE(found.has_value()) << folder;
-    const CollectionReply reply = CollectBlockFile(u"token-" + W(std::to_string(user)), W(std::to_string(found->id)),
-                                                   W(dir + "/" + name), CollectForce::FromDisk);
+    const CollectionReply reply = CollectBlockFile(u"token-" + Utf8ToUtf16(std::to_string(user)), Utf8ToUtf16(std::to_string(found->id)),
+                                                   Utf8ToUtf16(dir + "/" + name), CollectForce::FromDisk);
     ASSERT_TRUE(reply.Is(u"1")) << name;
 }
 
@@ -190,7 +190,7 @@ void PanelWorld::MakePanel(bool waitForStart, float rate) {
             table += u"<item><name>" + gallery->name + u"</name><gv>" + (gallery->boutique ? u"1" : u"0") +
                      u"</gv><ver>1</ver></item>";
         table += u"</type></root>";
-        WriteFileAtomic(ClassTablePath(), "\xEF\xBB\xBF" + U8(table));
+        WriteFileAtomic(ClassTablePath(), "\xEF\xBB\xBF" + Utf16ToUtf8(table));
         WriteOptionInt(u"RequestNetwork", 0);
     }
     panel = std::make_unique<CBrindleDlg>();
@@ -198,7 +198,7 @@ void PanelWorld::MakePanel(bool waitForStart, float rate) {
     panel->m_store = &store;  // before the first class list is built, 250 ms after start
     panel->show();
     if (waitForStart) {
-        PumpUntil([&] { return panel->m_classesReady; }, 3000);
+        PumpUntil([&] { return panel->m_nav.classesReady; }, 3000);
         WaitForSwitch();
     }
 }

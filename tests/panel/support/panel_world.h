@@ -13,7 +13,7 @@
 #include "net/gallery_sync.h"
 #include "panel/dialog/hot_words.h"
 #include "panel/dialog/brindle_dlg.h"
-#include "panel/dialog/panel_timers.h"
+#include "panel/model/panel_numbers.h"
 #include "panel/lists/class_list_ctrl.h"
 #include "panel/lists/dwg_list_view.h"
 #include "panel/lists/search_list_ctrl.h"
