@@ -15,7 +15,8 @@ public:
     void ReportRuns(const std::vector<Run>& runs) override {
         // With repetitions the median stands for a benchmark.
         for (const auto& r : runs)
-            if (r.run_type != Run::RT_Aggregate || r.aggregate_name == "median") times[r.run_name.str()] = r.GetAdjustedRealTime();
+            if (r.run_type != Run::RT_Aggregate || r.aggregate_name == "median")
+                times[r.run_name.str()] = r.GetAdjustedRealTime();
         ConsoleReporter::ReportRuns(runs);
     }
     std::map<std::string, double> times;

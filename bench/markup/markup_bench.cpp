@@ -37,8 +37,7 @@ void Count(void* p) {
     if (!p || !g_counting.load(std::memory_order_relaxed)) return;
     const int64_t now = g_current += static_cast<int64_t>(malloc_usable_size(p));
     int64_t peak = g_peak.load();
-    while (now > peak && !g_peak.compare_exchange_weak(peak, now)) {
-    }
+    while (now > peak && !g_peak.compare_exchange_weak(peak, now)) {}
 }
 void Uncount(void* p) {
     if (p && g_counting.load(std::memory_order_relaxed)) g_current -= static_cast<int64_t>(malloc_usable_size(p));
@@ -79,7 +78,8 @@ void operator delete(void* p, size_t) noexcept { CountedFree(p); }
 void operator delete[](void* p, size_t) noexcept { CountedFree(p); }
 // Big document texts are allocated aligned; they count like the rest.
 void* operator new(size_t n, std::align_val_t a) {
-    void* p = std::aligned_alloc(static_cast<size_t>(a), (n + static_cast<size_t>(a) - 1) & ~(static_cast<size_t>(a) - 1));
+    void* p =
+        std::aligned_alloc(static_cast<size_t>(a), (n + static_cast<size_t>(a) - 1) & ~(static_cast<size_t>(a) - 1));
     if (!p) throw std::bad_alloc();
     Count(p);
     return p;
@@ -112,7 +112,8 @@ Input AllGalleries() {
     s += "<?xml version=\"1.0\" encoding=\"utf-8\"?>\r\n<root status=\"success\">\r\n";
     uint64_t id = 100000;
     for (int g = 0; g < 40; ++g) {
-        s += " <gallery id=\"" + Num(g) + "\" name=\"图库 " + Num(g) + "\" version=\"" + Num(g * 7 + 3) + "\" kind=\"2\">\r\n";
+        s += " <gallery id=\"" + Num(g) + "\" name=\"图库 " + Num(g) + "\" version=\"" + Num(g * 7 + 3) +
+             "\" kind=\"2\">\r\n";
         for (int c = 0; c < 25; ++c) {
             s += "  <class id=\"" + Num(g * 100 + c) + "\" name=\"Class " + Num(c) + " 分类\" version=\"" + Num(c + 1) +
                  "\">\r\n";
@@ -157,8 +158,9 @@ Input DenseMarkup() {
     std::string& s = in.bytes;
     s += "<?xml version=\"1.0\"?>\r\n<root>";
     for (int i = 0; s.size() < (2 << 20); ++i) {
-        s += "<item a=\"x &amp; y " + Num(i) + "\" b='&lt;z&gt; &quot;q&quot;' c=\"&#x4E2D;&#25991;&#65;\">t &amp; <b>bold " +
-             Num(i) + "</b> more &lt;text&gt;<!-- note --><i>it</i><![CDATA[<raw>&]]>&#169; end</item>";
+        s += "<item a=\"x &amp; y " + Num(i) +
+             "\" b='&lt;z&gt; &quot;q&quot;' c=\"&#x4E2D;&#25991;&#65;\">t &amp; <b>bold " + Num(i) +
+             "</b> more &lt;text&gt;<!-- note --><i>it</i><![CDATA[<raw>&]]>&#169; end</item>";
     }
     s += "</root>";
     return in;
@@ -284,7 +286,8 @@ size_t WalkXml(xmlNodePtr first, const Input& in, size_t depth) {
     return sum;
 }
 size_t RunXml(const Input& in, bool walk) {
-    xmlDocPtr doc = xmlReadMemory(in.bytes.data(), static_cast<int>(in.bytes.size()), nullptr, nullptr, XML_PARSE_NONET);
+    xmlDocPtr doc =
+        xmlReadMemory(in.bytes.data(), static_cast<int>(in.bytes.size()), nullptr, nullptr, XML_PARSE_NONET);
     size_t sum = 0;
     if (doc) {
         sum = walk ? WalkXml(doc->children, in, 0) : 1;
@@ -373,7 +376,8 @@ void BM_MarkupStage_Tokenise(benchmark::State& state) {
         size_t pos = 0;
         size_t starts = 0;
         for (;;) {
-            if (text[pos] != u'<' && text[pos] != 0) pos = marrowfin::FindUnitBefore(text.c_str(), pos + 1, text.size(), u'<');
+            if (text[pos] != u'<' && text[pos] != 0)
+                pos = marrowfin::FindUnitBefore(text.c_str(), pos + 1, text.size(), u'<');
             tokenizer.Read(pos, node);
             if (node.kind == marrowfin::NodeEndOfText) break;
             starts += node.kind == marrowfin::NodeStartTag;

@@ -65,7 +65,8 @@ std::string WriteLinkedLibrary(int galleries, int classes, int blocks, size_t bl
             const fs::path folder = root / "blocks" / gallery / cls;
             fs::create_directories(folder);
             for (int b = 0; b < blocks; ++b) {
-                const std::string fn = "块-" + std::to_string(g) + "-" + std::to_string(c) + "-" + std::to_string(b) + ".dwg";
+                const std::string fn =
+                    "块-" + std::to_string(g) + "-" + std::to_string(c) + "-" + std::to_string(b) + ".dwg";
                 tsv << "block\t" << gallery << "\t" << cls << "\t" << fn << "\t" << (b % 17 == 0 ? 1 : 0) << "\n";
                 fs::create_symlink(source, folder / fn);
             }

@@ -119,10 +119,8 @@ void BM_ManagerWheelStep(benchmark::State& state) {
     int steps = 0;
     for (auto _ : state) {
         const int before = bar->Info().nPos;
-        if (down)
-            bar->LineDown();
-        else
-            bar->LineUp();
+        if (down) bar->LineDown();
+        else bar->LineUp();
         QCoreApplication::processEvents();  // the bar's post reaches the manager, which scrolls
         manager.render(&frame);
         if (bar->Info().nPos == before) down = !down;

@@ -88,8 +88,8 @@ void QtDecodeAndScale(benchmark::State& state, bool png) {
     for (auto _ : state) {
         QImage image;
         image.loadFromData(reinterpret_cast<const uchar*>(file.data()), int(file.size()), png ? "PNG" : "BMP");
-        QImage thumb = image.convertToFormat(QImage::Format_RGB32).scaled(106, 64, Qt::KeepAspectRatio,
-                                                                          Qt::SmoothTransformation);
+        QImage thumb =
+            image.convertToFormat(QImage::Format_RGB32).scaled(106, 64, Qt::KeepAspectRatio, Qt::SmoothTransformation);
         benchmark::DoNotOptimize(thumb.constBits());
     }
 }

@@ -40,9 +40,16 @@ struct ResultList {
         const int states[] = {RowFresh, RowCollected, RowRemote, RowFetched, RowDownloading, RowFailed};
         rows.reserve(kRows);
         for (int i = 0; i < kRows; ++i)
-            rows.push_back({.name = QStringLiteral("平开门M%1.dwg").arg(1000 + i), .klass = QStringLiteral("建筑"),
-                            .subclass = QStringLiteral("门窗..平开门"), .url = {}, .path = {}, .thumbnail = preview,
-                            .thumbnailTried = true, .prefetch = false, .state = states[i % 6], .percent = 40});
+            rows.push_back({.name = QStringLiteral("平开门M%1.dwg").arg(1000 + i),
+                            .klass = QStringLiteral("建筑"),
+                            .subclass = QStringLiteral("门窗..平开门"),
+                            .url = {},
+                            .path = {},
+                            .thumbnail = preview,
+                            .thumbnailTried = true,
+                            .prefetch = false,
+                            .state = states[i % 6],
+                            .percent = 40});
         list->resize(ScaleUnits(740), ScaleUnits(343));
         frame = QImage(list->size(), QImage::Format_RGB32);
         list->SetRows(&rows);

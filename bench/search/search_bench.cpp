@@ -30,7 +30,7 @@ namespace fs = std::filesystem;
 
 constexpr int kGalleries = 101, kClasses = 30, kBlocks = 100;
 const std::u16string kFew = u"_7_3_1";  // gallery 7, class 3, blocks 1 and 10 to 19
-const std::u16string kMany = u"door";   // one block in twelve
+const std::u16string kMany = u"door";  // one block in twelve
 
 std::u16string Num(int n) { return Utf8ToUtf16(std::to_string(n)); }
 
@@ -136,6 +136,8 @@ BENCHMARK_CAPTURE(FlatScan, many_with_file_test, kMany, true)->Unit(benchmark::k
 }  // namespace marrowfin
 
 int main(int argc, char** argv) {
-    return marrowfin::bench::RunWithRatios(argc, argv, {{"LocalSearch/few", "FlatScan/few"}, {"LocalSearch/many", "FlatScan/many"},
-                                           {"LocalSearch/many", "FlatScan/many_with_file_test"}});
+    return marrowfin::bench::RunWithRatios(argc, argv,
+                                           {{"LocalSearch/few", "FlatScan/few"},
+                                            {"LocalSearch/many", "FlatScan/many"},
+                                            {"LocalSearch/many", "FlatScan/many_with_file_test"}});
 }

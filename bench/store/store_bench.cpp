@@ -181,7 +181,8 @@ BENCHMARK(BM_TreeMemory)->Iterations(1);
 }  // namespace marrowfin
 
 int main(int argc, char** argv) {
-    return marrowfin::bench::RunWithRatios(argc, argv, {{"BM_FilterBlocks", "BM_FlatNameScan"},
-                                           {"BM_FindBlockByPath_Last", "BM_FlatPathScan_Last"},
-                                           {"BM_FindBlockByPath_Absent", "BM_FlatPathScan_Last"}});
+    return marrowfin::bench::RunWithRatios(argc, argv,
+                                           {{"BM_FilterBlocks", "BM_FlatNameScan"},
+                                            {"BM_FindBlockByPath_Last", "BM_FlatPathScan_Last"},
+                                            {"BM_FindBlockByPath_Absent", "BM_FlatPathScan_Last"}});
 }

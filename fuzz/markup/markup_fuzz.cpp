@@ -35,8 +35,7 @@ using marrowfin::test::ShapeOf;
 // Walks two documents of the same text side by side and compares what each
 // element reads, attributes in an order that switches names on every element.
 void CompareWalks(MarkupDocument& x, MarkupDocument& y, const std::u16string& a, const std::u16string& b) {
-    while (x.LeaveElement()) {
-    }
+    while (x.LeaveElement()) {}
     x.RewindMain();
     y.RewindMain();
     for (int steps = 0; steps < 4000; ++steps) {
@@ -76,31 +75,33 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     MarkupDocument doc;
     bool ok;
     switch (mode % 4) {
-    case 0: {
-        std::u16string text(bytes.size() / 2, u'\0');
-        for (size_t i = 0; i < text.size(); ++i)
-            text[i] = static_cast<char16_t>(static_cast<uint8_t>(bytes[2 * i]) | (static_cast<uint8_t>(bytes[2 * i + 1]) << 8));
-        ok = doc.SetText(text);
-        break;
-    }
-    case 1: ok = doc.LoadBytes(bytes); break;
-    case 3: {
-        // A reply's bytes read straight into the document must give what
-        // decoding them first and setting the text gives.
-        ok = doc.SetUtf8Text(bytes);
-        MarkupDocument wide;
-        const bool wideOk = wide.SetText(marrowfin::Utf8ToUtf16(bytes.substr(0, bytes.find('\0'))));
-        Check(ok == wideOk, "UTF-8 text parses as its decoded text");
-        Check(doc.Text() == wide.Text(), "UTF-8 text decodes as the platform decodes it");
-        Check(ShapeOf(doc) == ShapeOf(wide), "UTF-8 text indexes as its decoded text");
-        break;
-    }
-    default: {
-        static const std::u16string path = marrowfin::Utf8ToUtf16("/tmp/markup_fuzz_" + std::to_string(getpid()) + ".xml");
-        marrowfin::WriteFileAtomic(path, bytes);
-        ok = doc.LoadFile(path);
-        break;
-    }
+        case 0: {
+            std::u16string text(bytes.size() / 2, u'\0');
+            for (size_t i = 0; i < text.size(); ++i)
+                text[i] = static_cast<char16_t>(static_cast<uint8_t>(bytes[2 * i]) |
+                                                (static_cast<uint8_t>(bytes[2 * i + 1]) << 8));
+            ok = doc.SetText(text);
+            break;
+        }
+        case 1: ok = doc.LoadBytes(bytes); break;
+        case 3: {
+            // A reply's bytes read straight into the document must give what
+            // decoding them first and setting the text gives.
+            ok = doc.SetUtf8Text(bytes);
+            MarkupDocument wide;
+            const bool wideOk = wide.SetText(marrowfin::Utf8ToUtf16(bytes.substr(0, bytes.find('\0'))));
+            Check(ok == wideOk, "UTF-8 text parses as its decoded text");
+            Check(doc.Text() == wide.Text(), "UTF-8 text decodes as the platform decodes it");
+            Check(ShapeOf(doc) == ShapeOf(wide), "UTF-8 text indexes as its decoded text");
+            break;
+        }
+        default: {
+            static const std::u16string path =
+                marrowfin::Utf8ToUtf16("/tmp/markup_fuzz_" + std::to_string(getpid()) + ".xml");
+            marrowfin::WriteFileAtomic(path, bytes);
+            ok = doc.LoadFile(path);
+            break;
+        }
     }
     CheckIndex(doc);
     // Records stop once 1000 characters are reached; the last one may carry
@@ -139,12 +140,15 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         const std::u16string a = Piece(p, end, 6);
         const std::u16string b = Piece(p, end, 10);
         switch (op % 6) {
-        case 0: doc.AddElement(a, b); break;
-        case 1: doc.SetAttribute(a, b); break;
-        case 2: doc.FindElement(op & 0x40 ? a : std::u16string()); break;
-        case 3: doc.FindChildElement(); doc.EnterElement(); break;
-        case 4: doc.LeaveElement(); break;
-        case 5: doc.RewindMain(); break;
+            case 0: doc.AddElement(a, b); break;
+            case 1: doc.SetAttribute(a, b); break;
+            case 2: doc.FindElement(op & 0x40 ? a : std::u16string()); break;
+            case 3:
+                doc.FindChildElement();
+                doc.EnterElement();
+                break;
+            case 4: doc.LeaveElement(); break;
+            case 5: doc.RewindMain(); break;
         }
         CheckIndex(doc);
         // Reads between edits, so that a later edit finds them remembered.

@@ -65,32 +65,30 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
 
     ClassTable table;
     switch (data[0] % 4) {
-    case 0: {
-        (void)WriteFileAtomic(ClassTablePath(), bytes);
-        const ClassTableVersions versions = ReadClassVersions(table);
-        ClassTable again;
-        (void)ApplyClassTable(u"", again, versions);
-        Check(SameKinds(table.generalKinds, again.generalKinds), "both readers agree on general kinds");
-        Check(SameKinds(table.boutiqueKinds, again.boutiqueKinds), "both readers agree on boutique kinds");
-        break;
-    }
-    case 1: {
-        if (ApplyClassTable(text, table, {})) {
-            ClassTable cached;
-            (void)ApplyClassTable(u"", cached, {});
-            Check(SameKinds(table.generalKinds, cached.generalKinds), "taken answer reads back: general");
-            Check(SameKinds(table.boutiqueKinds, cached.boutiqueKinds), "taken answer reads back: boutique");
+        case 0: {
+            (void)WriteFileAtomic(ClassTablePath(), bytes);
+            const ClassTableVersions versions = ReadClassVersions(table);
+            ClassTable again;
+            (void)ApplyClassTable(u"", again, versions);
+            Check(SameKinds(table.generalKinds, again.generalKinds), "both readers agree on general kinds");
+            Check(SameKinds(table.boutiqueKinds, again.boutiqueKinds), "both readers agree on boutique kinds");
+            break;
         }
-        break;
-    }
-    case 2:
-        (void)WriteFileAtomic(SeenClassVersionsPath(), bytes);
-        ReadSeenClasses();
-        (void)ReadClassVersions(table);
-        break;
-    default:
-        (void)ParseHotWords(text);
-        break;
+        case 1: {
+            if (ApplyClassTable(text, table, {})) {
+                ClassTable cached;
+                (void)ApplyClassTable(u"", cached, {});
+                Check(SameKinds(table.generalKinds, cached.generalKinds), "taken answer reads back: general");
+                Check(SameKinds(table.boutiqueKinds, cached.boutiqueKinds), "taken answer reads back: boutique");
+            }
+            break;
+        }
+        case 2:
+            (void)WriteFileAtomic(SeenClassVersionsPath(), bytes);
+            ReadSeenClasses();
+            (void)ReadClassVersions(table);
+            break;
+        default: (void)ParseHotWords(text); break;
     }
     // Lookups by names taken from the input.
     const std::u16string name = text.substr(0, text.size() / 3);

@@ -65,28 +65,28 @@ enum MarrowfinHostRequestCode {
 };
 
 enum MarrowfinHostNoticeCode {
-    MARROWFIN_NOTICE_FEEDBACK = 13,          // open the host's feedback form
+    MARROWFIN_NOTICE_FEEDBACK = 13,  // open the host's feedback form
     MARROWFIN_NOTICE_FEEDBACK_WAITING = 14,  // the panel still waits for it (every 2.4 s)
-    MARROWFIN_NOTICE_STATISTICS = 16         // open the host's statistics
+    MARROWFIN_NOTICE_STATISTICS = 16  // open the host's statistics
 };
 
 enum MarrowfinPanelControlCode {
     MARROWFIN_CONTROL_OPEN_COLLECTIONS = 0,  // select the collections entry
-    MARROWFIN_CONTROL_ATTACH = 1,            // lParam: host window; becomes the host, panel shown on top
+    MARROWFIN_CONTROL_ATTACH = 1,  // lParam: host window; becomes the host, panel shown on top
     MARROWFIN_CONTROL_NOTHING = 2,
-    MARROWFIN_CONTROL_HIDE = 3,              // lParam: host window; hides the panel if it is the host
-    MARROWFIN_CONTROL_CLEAR_MODE = 4,        // lParam: host window; empties the mode if it is the host
-    MARROWFIN_CONTROL_SET_USER = 5,          // lParam: the user's number
-    MARROWFIN_CONTROL_SIGNED_OUT = 6         // the user signed out
+    MARROWFIN_CONTROL_HIDE = 3,  // lParam: host window; hides the panel if it is the host
+    MARROWFIN_CONTROL_CLEAR_MODE = 4,  // lParam: host window; empties the mode if it is the host
+    MARROWFIN_CONTROL_SET_USER = 5,  // lParam: the user's number
+    MARROWFIN_CONTROL_SIGNED_OUT = 6  // the user signed out
 };
 
 enum MarrowfinCopyDataCode {
     MARROWFIN_COPY_COLLECTION_LOCATION = 411,  // a location holding "我的收藏"
-    MARROWFIN_COPY_LOCATION = 412,             // a location: open it and show the panel
-    MARROWFIN_COPY_MODE = 413,                 // the mode word
-    MARROWFIN_COPY_SEARCH = 414,               // a search text
-    MARROWFIN_COPY_TOKEN = 415,                // the user token
-    MARROWFIN_COPY_USER_AND_TOKEN = 416        // "<number>&^&<token>"
+    MARROWFIN_COPY_LOCATION = 412,  // a location: open it and show the panel
+    MARROWFIN_COPY_MODE = 413,  // the mode word
+    MARROWFIN_COPY_SEARCH = 414,  // a search text
+    MARROWFIN_COPY_TOKEN = 415,  // the user token
+    MARROWFIN_COPY_USER_AND_TOKEN = 416  // "<number>&^&<token>"
 };
 
 // One message of the host's loop as GaDllPretanslateMsg reads it: the Qt

@@ -12,8 +12,7 @@ std::u16string AdRequestUrl(std::u16string_view channel, std::u16string_view ski
     return url + u"&img_type=" + Utf8ToUtf16(std::to_string(TextToInt(skinSuffix)));
 }
 
-AdTileMap RefreshAdTiles(AdTileMap tiles, std::u16string_view channel, std::u16string_view skinSuffix,
-                         bool* answered) {
+AdTileMap RefreshAdTiles(AdTileMap tiles, std::u16string_view channel, std::u16string_view skinSuffix, bool* answered) {
     std::u16string reply;
     // A failed request leaves an empty or an error text: it mentions no key.
     const bool delivered = PostForm(AdRequestUrl(channel, skinSuffix), u"", reply);

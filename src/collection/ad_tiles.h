@@ -10,8 +10,8 @@
 namespace marrowfin {
 
 struct AdTile {
-    std::u16string name;    // caption of the cell
-    std::u16string url;     // where the picture is downloaded from
+    std::u16string name;  // caption of the cell
+    std::u16string url;  // where the picture is downloaded from
     std::u16string target;  // address a click opens
     std::u16string ver = u"0";
     // The picture file the tile holds; empty while it holds none. A file that

@@ -20,7 +20,7 @@ struct HandoverInput {
 // How long the service's work on an uploaded archive is waited for.
 struct HandoverPacing {
     uint32_t busyPauseMs = 5000;  // after each reply "1" of lfstatu
-    int busyReplies = 120;        // replies of "1" before the wait is given up
+    int busyReplies = 120;  // replies of "1" before the wait is given up
     // Failed lfstatu requests in a row before the wait is given up: a dead
     // connection must not keep the worker polling for ever. A failed request is
     // repeated at once and does not count as a reply.

@@ -106,8 +106,6 @@ BlockListReply RenameCollectedBlock(std::u16string_view token, std::u16string_vi
                                              u"&dwg_id=", blockId, u"&newname=", escaped}));
 }
 
-CollectionReply ShareCollection(std::u16string_view token) {
-    return Post(CallUrl(u"sharef", {u"?usertoken=", token}));
-}
+CollectionReply ShareCollection(std::u16string_view token) { return Post(CallUrl(u"sharef", {u"?usertoken=", token})); }
 
 }  // namespace marrowfin

@@ -54,9 +54,9 @@ CollectionReply DeleteCollectedBlock(std::u16string_view token, std::u16string_v
 
 // The `force` of an upload, one per road that uploads a block.
 enum class CollectForce {
-    Ask,          // force=0: a block of that name is answered with "2"
-    Replace,      // force=1: the user chose to replace it
-    FromDisk,     // force=true: blocks the user adds from the disk
+    Ask,  // force=0: a block of that name is answered with "2"
+    Replace,  // force=1: the user chose to replace it
+    FromDisk,  // force=true: blocks the user adds from the disk
     Synchronise,  // force=false: the walk over the old collection
 };
 // dwg_collectu: uploads `localPath` into the folder; "1" collected, "2" a

@@ -20,15 +20,15 @@ inline constexpr std::u16string_view kCollectionClass = kCollectionText;
 inline constexpr int kMaxCollectionFolders = 18;
 
 struct CollectedBlock {
-    std::u16string id;        // dwg_id
+    std::u16string id;  // dwg_id
     std::u16string filename;  // filename
-    std::u16string url;       // dwg_url
-    std::u16string info;      // dwg_info
-    std::u16string path;      // <folder path>/<filename>
+    std::u16string url;  // dwg_url
+    std::u16string info;  // dwg_info
+    std::u16string path;  // <folder path>/<filename>
 };
 
 struct CollectionFolder {
-    std::u16string id;    // favorites_id
+    std::u16string id;  // favorites_id
     std::u16string name;  // favorites_name
     std::u16string path;  // <mirrorDir>/<name>
     std::vector<CollectedBlock> blocks;  // empty until the folder is opened

@@ -57,10 +57,12 @@ FolderBlocksRead ReadFolderBlocks(const std::u16string& token, const CollectionF
     for (const ListedBlock& listed : reply.document.blocks) {
         if (!IsSafePathSegment(listed.filename)) continue;
         names.insert(listed.filename);
-        result.blocks.push_back({listed.id, listed.filename, listed.url, listed.info, folder.path + u"/" + listed.filename});
+        result.blocks.push_back(
+            {listed.id, listed.filename, listed.url, listed.info, folder.path + u"/" + listed.filename});
     }
     for (const CollectedBlock& old : oldBlocks)
-        if (!names.count(old.filename) && IsSafePathSegment(old.filename)) (void)RemoveFile(folder.path + u"/" + old.filename);
+        if (!names.count(old.filename) && IsSafePathSegment(old.filename))
+            (void)RemoveFile(folder.path + u"/" + old.filename);
     return result;
 }
 

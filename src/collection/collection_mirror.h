@@ -13,9 +13,9 @@
 namespace marrowfin {
 
 enum class CollectionReadFate {
-    Read,             // the service answered with a document
+    Read,  // the service answered with a document
     TransportFailed,  // no answer, or a status other than 200
-    Unparsable,       // an answer that is no document
+    Unparsable,  // an answer that is no document
 };
 
 struct FolderListRead {

@@ -11,8 +11,8 @@ namespace marrowfin {
 
 // What lfstatu says.
 enum SyncQuery : int {
-    SyncIdle = 0,         // any reply but "1"
-    SyncWorking = 1,      // "1": the service works on an upload of this user
+    SyncIdle = 0,  // any reply but "1"
+    SyncWorking = 1,  // "1": the service works on an upload of this user
     SyncUnreachable = 2,  // the request failed
 };
 int QuerySyncStatus(std::u16string_view token);

@@ -9,7 +9,7 @@ namespace marrowfin {
 
 enum class NameUse {
     CollectedBlock,  // the collect dialog's verdict (shown, not enforced)
-    TypedName,       // a folder or block name typed in a name dialog: "+" is refused too
+    TypedName,  // a folder or block name typed in a name dialog: "+" is refused too
 };
 
 // True when `name` holds none of the refused characters or marks.

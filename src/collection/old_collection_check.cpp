@@ -15,12 +15,32 @@ OldCollectionVerdict Verdict(OldCollectionStep step, const CollectionReply& repl
     v.step = step;
     switch (step) {
         case GoOn: break;
-        case TransferRunning: v.result = 2; v.syncStatus = 2; break;
-        case WatchTransfer: v.result = 2; v.syncStatus = 2; v.startPollTimer = true; break;
-        case SyncStatusFailed: v.result = 0; v.syncStatus = 4; break;
-        case NetworkTip: v.result = 0; v.message = MessageForReply(CollectionRoad::CheckOldCollection, reply); break;
-        case StartReplacement: v.result = 2; v.syncStatus = 2; v.startReplacement = true; break;
-        case AskUser: v.result = 2; v.syncStatus = 0; break;
+        case TransferRunning:
+            v.result = 2;
+            v.syncStatus = 2;
+            break;
+        case WatchTransfer:
+            v.result = 2;
+            v.syncStatus = 2;
+            v.startPollTimer = true;
+            break;
+        case SyncStatusFailed:
+            v.result = 0;
+            v.syncStatus = 4;
+            break;
+        case NetworkTip:
+            v.result = 0;
+            v.message = MessageForReply(CollectionRoad::CheckOldCollection, reply);
+            break;
+        case StartReplacement:
+            v.result = 2;
+            v.syncStatus = 2;
+            v.startReplacement = true;
+            break;
+        case AskUser:
+            v.result = 2;
+            v.syncStatus = 0;
+            break;
     }
     return v;
 }

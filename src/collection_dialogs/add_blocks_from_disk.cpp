@@ -31,8 +31,8 @@ CAddBlocksFromDisk::CAddBlocksFromDisk(QWidget* parent, std::u16string token, st
 
 CAddBlocksFromDisk* CAddBlocksFromDisk::Start(QWidget* parent, std::u16string token, std::u16string folderPath,
                                               FolderIdLookup folderIdOf, Done done) {
-    auto* run = new CAddBlocksFromDisk(parent, std::move(token), std::move(folderPath), std::move(folderIdOf),
-                                       std::move(done));
+    auto* run =
+        new CAddBlocksFromDisk(parent, std::move(token), std::move(folderPath), std::move(folderIdOf), std::move(done));
     auto* files = new QFileDialog(parent, QStringLiteral("添加图块"));
     files->setOption(QFileDialog::DontUseNativeDialog);
     files->setAttribute(Qt::WA_DeleteOnClose);

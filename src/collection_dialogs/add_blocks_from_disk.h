@@ -18,8 +18,6 @@ class QWidget;
 
 namespace marrowfin {
 
-
-
 class CAddBlocksFromDisk : public QObject {
     Q_OBJECT
 public:

@@ -36,7 +36,8 @@ QImage MiddleSquare(const QImage& picture) {
 
 CBlockFolderDlg::CBlockFolderDlg(QWidget* parent, const BodyLook& look, std::u16string name, std::u16string path,
                                  const QImage& thumbnail)
-    : CCollectionDialogFrame(parent, FrameLook{400, 200, kFrame, look.title, 8, 31, true, QColor(0x33, 0x33, 0x33), QRect()}),
+    : CCollectionDialogFrame(parent,
+                             FrameLook{400, 200, kFrame, look.title, 8, 31, true, QColor(0x33, 0x33, 0x33), QRect()}),
       m_name(std::move(name)), m_path(std::move(path)), m_body(look) {
     if (!thumbnail.isNull()) m_thumbnail = MiddleSquare(thumbnail);
     setMouseTracking(true);
@@ -56,8 +57,8 @@ CBlockFolderDlg::CBlockFolderDlg(QWidget* parent, const BodyLook& look, std::u16
 
     const int top = h - ScaleUnits(look.buttonRowFromBottom);
     m_okButton = MakeButton(look.okCaption, 50, QRect(w - ScaleUnits(190), top, ScaleUnits(80), ScaleUnits(24)), IdOk);
-    CSkinButton* cancel =
-        MakeButton(QStringLiteral("取消"), 51, QRect(w - ScaleUnits(100), top, ScaleUnits(80), ScaleUnits(24)), IdCancel);
+    CSkinButton* cancel = MakeButton(QStringLiteral("取消"), 51,
+                                     QRect(w - ScaleUnits(100), top, ScaleUnits(80), ScaleUnits(24)), IdCancel);
     MakeCloseButton(QRect(w - ScaleUnits(21), ScaleUnits(12), ScaleUnits(16), ScaleUnits(16)), IdClose);
     connect(m_okButton, &QAbstractButton::clicked, this, [this] {
         if (!Waiting()) OnOk();
@@ -115,8 +116,8 @@ void CBlockFolderDlg::PaintBody(QPainter& painter) {
     painter.setPen(m_hoverName ? kHoverOutline : kOutline);
     painter.drawRect(m_nameRect.adjusted(0, 0, -1, -1));
     if (m_badName)
-        DrawTextLine(painter, ScaleRect(164, 38, 378, 58), QString::fromStdU16String(std::u16string(kNameRuleLine)), font, kWarning,
-                     TextPlace::Left, false);
+        DrawTextLine(painter, ScaleRect(164, 38, 378, 58), QString::fromStdU16String(std::u16string(kNameRuleLine)),
+                     font, kWarning, TextPlace::Left, false);
 }
 
 void CBlockFolderDlg::OnWindowMessage(uint32_t message, std::uintptr_t wParam, std::intptr_t, MessagePayload*) {

@@ -20,9 +20,9 @@ public:
     // Control ids, for the tests and the panel alike.
     enum { IdNameEdit = 1001, IdFolderCombo = 1002, IdOk = 1003, IdCancel = 1004, IdClose = 1005 };
 
-    std::u16string m_name;   // the block's name, given by the caller
-    std::u16string m_path;   // its local path, given by the caller
-    std::u16string m_folder; // the folder chosen
+    std::u16string m_name;  // the block's name, given by the caller
+    std::u16string m_path;  // its local path, given by the caller
+    std::u16string m_folder;  // the folder chosen
     bool m_badName = false;  // the name failed the name rule
 
     ShareSelComboBox* FolderCombo() const { return m_combo; }

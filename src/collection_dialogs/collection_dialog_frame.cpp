@@ -46,10 +46,8 @@ bool CCollectionDialogFrame::StartWorker(std::function<void()> work) { return St
 void CCollectionDialogFrame::SetWaiting(bool waiting) {
     m_waiting = waiting;
     if (m_okButton) m_okButton->setEnabled(!waiting);
-    if (waiting)
-        setCursor(Qt::BusyCursor);
-    else
-        unsetCursor();
+    if (waiting) setCursor(Qt::BusyCursor);
+    else unsetCursor();
 }
 
 void CCollectionDialogFrame::ShowTip(const CollectionMessage& shown, std::function<void(int)> then) {
@@ -111,11 +109,8 @@ void CCollectionDialogFrame::keyPressEvent(QKeyEvent* event) {
     switch (event->key()) {
         case Qt::Key_Return:
         case Qt::Key_Enter:
-        case Qt::Key_Escape:
-            event->accept();
-            return;
-        default:
-            QDialog::keyPressEvent(event);
+        case Qt::Key_Escape: event->accept(); return;
+        default: QDialog::keyPressEvent(event);
     }
 }
 

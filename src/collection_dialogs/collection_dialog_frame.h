@@ -35,18 +35,19 @@ protected:
         int width = 0, height = 0;  // base units
         QColor frame;
         QString title;
-        int titleLeft = 8;      // base units
-        int dragRows = 31;      // a press above this many units drags
+        int titleLeft = 8;  // base units
+        int dragRows = 31;  // a press above this many units drags
         bool dragInclusive = true;  // ... or on it
         QColor titleColour{0x33, 0x33, 0x33};
-        QRect titleRect;            // base units; empty: from titleLeft across the strip
+        QRect titleRect;  // base units; empty: from titleLeft across the strip
     };
     CCollectionDialogFrame(QWidget* parent, const FrameLook& look);
 
     // The body, painted over the frame and the title strip.
     virtual void PaintBody(QPainter& painter) = 0;
     // A message posted to the dialog (a worker's answer, the combo's 1124).
-    virtual void OnWindowMessage(uint32_t message, std::uintptr_t wParam, std::intptr_t lParam, MessagePayload* payload);
+    virtual void OnWindowMessage(uint32_t message, std::uintptr_t wParam, std::intptr_t lParam,
+                                 MessagePayload* payload);
 
     // Runs `work` on a panel worker and posts what it returns to this dialog
     // as `message`, its value owned by the message. Marks the dialog waiting
@@ -74,7 +75,6 @@ protected:
     CSkinButton* m_okButton = nullptr;
 
 private:
-
     FrameLook m_look;
     bool m_waiting = false;
     bool m_dragging = false;

@@ -22,10 +22,10 @@ constexpr uint32_t MsgUploadedForced = 0x0C13;
 
 CCollectiondlg::CCollectiondlg(QWidget* parent, std::u16string name, std::u16string path, const QImage& thumbnail,
                                std::u16string token)
-    : CBlockFolderDlg(parent,
-                      BodyLook{QStringLiteral("收藏图块"), QStringLiteral("收藏到：Ombrel>我的收藏>"),
-                               QStringLiteral("收藏"), 45},
-                      std::move(name), std::move(path), thumbnail),
+    : CBlockFolderDlg(
+          parent,
+          BodyLook{QStringLiteral("收藏图块"), QStringLiteral("收藏到：Ombrel>我的收藏>"), QStringLiteral("收藏"), 45},
+          std::move(name), std::move(path), thumbnail),
       m_token(std::move(token)) {
     m_edit->setText(QString::fromStdU16String(m_name));
 }
@@ -51,8 +51,7 @@ void CCollectiondlg::OnFoldersRead(const FolderListReply& reply) {
     if (document.shape == DocumentShape::NoRoot ||
         (document.shape == DocumentShape::Root && document.folders.empty())) {
         const std::u16string token = m_token;
-        if (!Request<FolderListReply>(MsgDefaultFolderMade,
-                                      [token] { return AddFolder(token, kDefaultFolderName); }))
+        if (!Request<FolderListReply>(MsgDefaultFolderMade, [token] { return AddFolder(token, kDefaultFolderName); }))
             OnDefaultFolderMade(FolderListReply{});
         return;
     }
@@ -103,8 +102,9 @@ void CCollectiondlg::Upload(bool force) {
     const std::u16string token = m_token;
     const std::u16string file = m_tempPath;
     const CollectForce how = force ? CollectForce::Replace : CollectForce::Ask;
-    if (!Request<CollectionReply>(force ? MsgUploadedForced : MsgUploaded,
-                                  [token, folderId, file, how] { return CollectBlockFile(token, folderId, file, how); }))
+    if (!Request<CollectionReply>(force ? MsgUploadedForced : MsgUploaded, [token, folderId, file, how] {
+            return CollectBlockFile(token, folderId, file, how);
+        }))
         OnUploaded(CollectionReply{}, force);
 }
 
@@ -127,10 +127,8 @@ void CCollectiondlg::OnUploaded(const CollectionReply& reply, bool force) {
     }
     // "2": a block of that name lies in the folder.
     ShowTip(shown, [this](int answer) {
-        if (answer == 1)
-            Upload(true);
-        else
-            accept();
+        if (answer == 1) Upload(true);
+        else accept();
     });
 }
 
@@ -147,8 +145,7 @@ void CCollectiondlg::OnWindowMessage(uint32_t message, std::uintptr_t wParam, st
         case MsgUploadedForced:
             if (auto* reply = PayloadValue<CollectionReply>(payload)) OnUploaded(*reply, message == MsgUploadedForced);
             return;
-        default:
-            CBlockFolderDlg::OnWindowMessage(message, wParam, lParam, payload);
+        default: CBlockFolderDlg::OnWindowMessage(message, wParam, lParam, payload);
     }
 }
 

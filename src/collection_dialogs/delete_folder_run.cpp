@@ -27,10 +27,8 @@ CDeleteFolderRun* CDeleteFolderRun::Start(QWidget* parent, std::u16string token,
     question.accept = u"删除";
     question.decline = u"取消";
     run->m_tip = OpenCollectionTip(parent, question, run, [run](int answer) {
-        if (answer == 1)
-            run->Delete();
-        else
-            run->Finish(false);
+        if (answer == 1) run->Delete();
+        else run->Finish(false);
     });
     return run;
 }
@@ -44,8 +42,9 @@ void CDeleteFolderRun::Delete() {
         (void)PostWindowMessage(self, MsgFolderDeleted, 0, 0,
                                 std::make_unique<OwnedValue<CollectionReply>>(DeleteFolder(token, folderId)));
     });
-    if (!started) (void)PostWindowMessage(self, MsgFolderDeleted, 0, 0,
-                                          std::make_unique<OwnedValue<CollectionReply>>(CollectionReply{}));
+    if (!started)
+        (void)PostWindowMessage(self, MsgFolderDeleted, 0, 0,
+                                std::make_unique<OwnedValue<CollectionReply>>(CollectionReply{}));
 }
 
 bool CDeleteFolderRun::event(QEvent* event) {

@@ -31,9 +31,7 @@ CModifyFolderDlg::CModifyFolderDlg(QWidget* parent, std::u16string token, const 
     m_edit->selectAll();
 }
 
-QString CModifyFolderDlg::Label() const {
-    return m_isFolder ? QStringLiteral("文件夹名：") : QStringLiteral("图块名");
-}
+QString CModifyFolderDlg::Label() const { return m_isFolder ? QStringLiteral("文件夹名：") : QStringLiteral("图块名"); }
 
 void CModifyFolderDlg::OnOk() {
     m_name = TypedName();
@@ -44,8 +42,7 @@ void CModifyFolderDlg::OnOk() {
         reject();
         return;
     }
-    if (!NamePassesRule(m_mode == RenameBlockMode ? m_name.substr(0, m_name.size() - 4) : m_name,
-                        NameUse::TypedName)) {
+    if (!NamePassesRule(m_mode == RenameBlockMode ? m_name.substr(0, m_name.size() - 4) : m_name, NameUse::TypedName)) {
         Refuse(BadCharacters);
         return;
     }
@@ -53,16 +50,14 @@ void CModifyFolderDlg::OnOk() {
     const std::u16string name = m_name;
     if (m_mode == RenameFolderMode) {
         const std::u16string folderId = FolderIdByName(m_folders, m_oldName);
-        if (!Request<CollectionReply>(MsgFolderRenamed,
-                                      [=] { return RenameFolder(token, folderId, name); }))
+        if (!Request<CollectionReply>(MsgFolderRenamed, [=] { return RenameFolder(token, folderId, name); }))
             OnFolderRenamed(CollectionReply{});
         return;
     }
     m_blockFolder = std::u16string(LastComponent(m_parentPath));
     const std::u16string folderId = FolderIdByName(m_folders, m_blockFolder);
     const std::u16string blockId = BlockIdByNames(m_folders, m_blockFolder, m_oldName);
-    if (!Request<BlockListReply>(MsgBlockRenamed,
-                                 [=] { return RenameCollectedBlock(token, folderId, blockId, name); }))
+    if (!Request<BlockListReply>(MsgBlockRenamed, [=] { return RenameCollectedBlock(token, folderId, blockId, name); }))
         OnBlockRenamed(BlockListReply{});
 }
 

@@ -11,15 +11,14 @@ namespace {
 
 constexpr uint32_t MsgMoved = 0x0C20;
 
-
 }  // namespace
 
 CMoveCollectBlkDlg::CMoveCollectBlkDlg(QWidget* parent, std::u16string name, std::u16string path,
                                        const QImage& thumbnail, std::u16string token, CollectionFolderMap folders)
-    : CBlockFolderDlg(parent,
-                      BodyLook{QStringLiteral("移动图块"), QStringLiteral("移动到：Ombrel>我的收藏>"),
-                               QStringLiteral("移动"), 42},
-                      std::move(name), std::move(path), thumbnail),
+    : CBlockFolderDlg(
+          parent,
+          BodyLook{QStringLiteral("移动图块"), QStringLiteral("移动到：Ombrel>我的收藏>"), QStringLiteral("移动"), 42},
+          std::move(name), std::move(path), thumbnail),
       m_token(std::move(token)), m_folders(std::move(folders)) {
     m_fromFolder = std::u16string(LastComponent(ParentOf(m_path)));
     m_edit->setText(QString::fromStdU16String(m_name).remove(QStringLiteral(".dwg")));
@@ -47,8 +46,8 @@ void CMoveCollectBlkDlg::OnMoved(const CollectionReply& reply) {
     if (reply.Is(u"success")) {
         // A file of the block's name in the target's directory is stale: the
         // folder's next opening fetches the moved one.
-        m_path = std::u16string(ParentOf(ParentOf(m_path))) + u"/" + m_folder + u"/" +
-                 std::u16string(LastComponent(m_path));
+        m_path =
+            std::u16string(ParentOf(ParentOf(m_path))) + u"/" + m_folder + u"/" + std::u16string(LastComponent(m_path));
         const QString target = QString::fromStdU16String(m_path);
         if (QFile::exists(target)) (void)QFile::remove(target);
         accept();
@@ -60,10 +59,8 @@ void CMoveCollectBlkDlg::OnMoved(const CollectionReply& reply) {
         return;
     }
     ShowTip(shown, [this](int answer) {
-        if (answer == 1)
-            Move(true);
-        else
-            reject();
+        if (answer == 1) Move(true);
+        else reject();
     });
 }
 

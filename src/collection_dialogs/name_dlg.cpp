@@ -20,11 +20,13 @@ const QColor kWarning(0xEB, 0x53, 0x50);
 }  // namespace
 
 CNameDlg::CNameDlg(QWidget* parent, const NameLook& look, std::u16string parentPath, std::u16string name)
-    : CCollectionDialogFrame(parent, FrameLook{347, 183, kFrame, look.title, 11, 30, false, QColor(0x33, 0x33, 0x33), QRect()}),
+    : CCollectionDialogFrame(parent,
+                             FrameLook{347, 183, kFrame, look.title, 11, 30, false, QColor(0x33, 0x33, 0x33), QRect()}),
       m_parentPath(std::move(parentPath)), m_name(std::move(name)), m_nameLook(look) {
     m_oldName = m_name;
     const int w = ScaleUnits(347);
-    MakeCloseButton(QRect(QPoint(w - ScaleUnits(24), ScaleUnits(7)), QPoint(w - ScaleUnits(8), ScaleUnits(23))), IdClose);
+    MakeCloseButton(QRect(QPoint(w - ScaleUnits(24), ScaleUnits(7)), QPoint(w - ScaleUnits(8), ScaleUnits(23))),
+                    IdClose);
     m_okButton = MakeButton(look.okCaption, 50, ScaleRect(157, 138, 237, 162), IdOk);
     CSkinButton* cancel = MakeButton(QStringLiteral("关闭"), 51, ScaleRect(247, 138, 327, 162), IdCancel);
     connect(m_okButton, &QAbstractButton::clicked, this, [this] {
@@ -63,10 +65,11 @@ void CNameDlg::PaintBody(QPainter& painter) {
     DrawRoundRect(painter, ScaleRect(31, 76, 315, 107), 2, m_error > NoError ? kWarning : kBox, Qt::white);
     static const QString kLines[] = {QString(), QStringLiteral("已有此文件，请修改"),
                                      QStringLiteral("文件名含有特殊字符，请重新输入")};
-    const QString line = m_error == ServiceRefused ? m_nameLook.failureLine
+    const QString line = m_error == ServiceRefused                       ? m_nameLook.failureLine
                          : m_error > NoError && m_error < ServiceRefused ? kLines[m_error]
-                                                                          : QString();
-    if (!line.isEmpty()) DrawTextLine(painter, ScaleRect(135, 49, 315, 69), line, font, kWarning, TextPlace::Right, false);
+                                                                         : QString();
+    if (!line.isEmpty())
+        DrawTextLine(painter, ScaleRect(135, 49, 315, 69), line, font, kWarning, TextPlace::Right, false);
 }
 
 }  // namespace marrowfin

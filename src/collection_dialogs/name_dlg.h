@@ -17,8 +17,8 @@ public:
     enum Error { NoError = 0, NameTaken = 1, BadCharacters = 2, ServiceRefused = 3 };
 
     std::u16string m_parentPath;  // the directory that holds the folder or file
-    std::u16string m_name;        // in: the default or old name; out: the name typed
-    std::u16string m_oldName;     // m_name at the start
+    std::u16string m_name;  // in: the default or old name; out: the name typed
+    std::u16string m_oldName;  // m_name at the start
     int m_error = NoError;
 
     QLineEdit* NameEdit() const { return m_edit; }

@@ -50,8 +50,8 @@ std::vector<std::u16string> ShareKindRows(const std::vector<std::u16string>& roo
 
 CShareDWGblockDlg::CShareDWGblockDlg(QWidget* parent, std::u16string token,
                                      const std::vector<std::u16string>& rootChildren)
-    : CCollectionDialogFrame(parent, FrameLook{250, 354, kFrame, QStringLiteral("分享收藏"), 8, 31, true, Qt::black,
-                                               QRect(8, 6, 96, 20)}),
+    : CCollectionDialogFrame(
+          parent, FrameLook{250, 354, kFrame, QStringLiteral("分享收藏"), 8, 31, true, Qt::black, QRect(8, 6, 96, 20)}),
       m_token(std::move(token)) {
     setMouseTracking(true);
     m_okButton = MakeButton(QStringLiteral("分享"), 50, ScaleBox(65, 275, 120, 24), IdShare);
@@ -185,12 +185,9 @@ void CShareDWGblockDlg::PaintBody(QPainter& painter) {
                      Font(SkinFont::Normal), Qt::black, TextPlace::Left, true);
         return;
     }
-    if (m_result == -1)
-        DrawCentred(painter, 0, 188, 250, 228, QStringLiteral("正在分享"));
-    else if (m_result == 1)
-        PaintOutcome(painter, QStringLiteral("分享成功"), 158);
-    else
-        PaintOutcome(painter, QStringLiteral("分享失败，请检查网络"), 172);
+    if (m_result == -1) DrawCentred(painter, 0, 188, 250, 228, QStringLiteral("正在分享"));
+    else if (m_result == 1) PaintOutcome(painter, QStringLiteral("分享成功"), 158);
+    else PaintOutcome(painter, QStringLiteral("分享失败，请检查网络"), 172);
 }
 
 }  // namespace marrowfin

@@ -66,7 +66,7 @@ private:
     ShareSelComboBox* m_combo = nullptr;
     CProgressCtrlOwner* m_progress = nullptr;
     CSkinButton* m_cancel = nullptr;
-    QTimer m_stepTimer;    // 1001
+    QTimer m_stepTimer;  // 1001
     QTimer m_settleTimer;  // 1002
 };
 

@@ -26,10 +26,8 @@ public:
 
     void paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const override {
         QColor ground = Qt::white;
-        if (index.row() == m_box->m_current)
-            ground = kCurrentRow;
-        else if (option.state & (QStyle::State_Selected | QStyle::State_MouseOver))
-            ground = kSelectedRow;
+        if (index.row() == m_box->m_current) ground = kCurrentRow;
+        else if (option.state & (QStyle::State_Selected | QStyle::State_MouseOver)) ground = kSelectedRow;
         painter->fillRect(option.rect, ground);
         DrawTextLine(*painter, option.rect.adjusted(ScaleUnits(4), 0, 0, 0), index.data().toString(),
                      Font(SkinFont::Normal), kRowText, TextPlace::Left, true);
@@ -66,7 +64,9 @@ void ShareSelComboBox::ShowDropDown() {
     }
 }
 
-QString ShareSelComboBox::CurrentText() const { return m_current >= 0 && m_current < count() ? itemText(m_current) : QString(); }
+QString ShareSelComboBox::CurrentText() const {
+    return m_current >= 0 && m_current < count() ? itemText(m_current) : QString();
+}
 
 void ShareSelComboBox::OnChosen(int index) {
     m_current = index;

@@ -10,9 +10,7 @@ template <class Result, class Body>
 Result Shielded(Result neutral, Body&& body) noexcept {
     try {
         return std::forward<Body>(body)();
-    } catch (...) {
-        return neutral;
-    }
+    } catch (...) { return neutral; }
 }
 
 template <class Body>

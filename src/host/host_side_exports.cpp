@@ -55,7 +55,8 @@ extern "C" MARROWFIN_API intptr_t MarrowfinSendCopyData(uint64_t panel, uintptr_
         data.dwData = code;
         data.cbData = static_cast<uint32_t>((copy.size() + 1) * sizeof(char16_t));
         data.lpData = copy.c_str();
-        return InstallQtWindowSystem().Send(static_cast<WindowHandle>(panel),
-                                            WindowMessage{WM_COPYDATA_MESSAGE, 0, reinterpret_cast<intptr_t>(&data), nullptr});
+        return InstallQtWindowSystem().Send(
+            static_cast<WindowHandle>(panel),
+            WindowMessage{WM_COPYDATA_MESSAGE, 0, reinterpret_cast<intptr_t>(&data), nullptr});
     });
 }

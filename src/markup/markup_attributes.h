@@ -13,7 +13,7 @@ struct AttributeSpan {
     size_t nameEnd = 0;
     size_t valueBegin = 0;  // the value without its quotes
     size_t valueEnd = 0;
-    size_t spanBegin = 0;   // the value with its quotes, empty when there is no '='
+    size_t spanBegin = 0;  // the value with its quotes, empty when there is no '='
     size_t spanEnd = 0;
     bool hasEquals = false;
     bool reference = false;  // the value holds a '&': it needs decoding
@@ -34,7 +34,8 @@ inline size_t FindAttributeWordEnd(const char16_t* t, size_t p, size_t end) {
     for (; p + 8 <= end; p += 8) {
         const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(t + p));
         // Units at or below '?' saturate to zero.
-        unsigned low = static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi16(_mm_subs_epu16(v, top), _mm_setzero_si128())));
+        unsigned low =
+            static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi16(_mm_subs_epu16(v, top), _mm_setzero_si128())));
         while (low != 0) {
             const size_t at = p + static_cast<size_t>(__builtin_ctz(low)) / 2;
             if (IsAttributeWordEnd(t[at])) return at;

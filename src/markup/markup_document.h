@@ -101,8 +101,8 @@ public:
 
     // One element record: eight 32-bit words.
     struct ElementRecord {
-        uint32_t start;       // offset of the '<' of the start tag
-        uint32_t length;      // through the '>' of the end tag
+        uint32_t start;  // offset of the '<' of the start tag
+        uint32_t length;  // through the '>' of the end tag
         uint32_t tagLengths;  // low 22 bits start tag, high 10 bits end tag
         uint32_t levelMarks;  // low 16 bits depth, plus the marks
         uint32_t parent;
@@ -202,9 +202,9 @@ private:
         };
         uint32_t element = 0;  // 0: nothing cached
         uint32_t count = 0;
-        uint32_t resume = 0;   // where the scan goes on
-        uint32_t end = 0;      // end of the attributes of the tag
-        bool done = false;     // every attribute of the tag is in `spans`
+        uint32_t resume = 0;  // where the scan goes on
+        uint32_t end = 0;  // end of the attributes of the tag
+        bool done = false;  // every attribute of the tag is in `spans`
         Span spans[Capacity];
     };
     mutable AttributeCache m_attributes;

@@ -21,14 +21,20 @@ namespace {
 bool IsPlainName(std::u16string_view name, bool element) {
     if (name.empty()) return false;
     const char16_t first = name[0];
-    if (element && !((first >= u'A' && first <= u'Z') || first == u'_' || first == u':' || first >= u'a'))
-        return false;
+    if (element && !((first >= u'A' && first <= u'Z') || first == u'_' || first == u':' || first >= u'a')) return false;
     for (const char16_t c : name) {
         if (c == 0 || IsMarkupSpace(c)) return false;
         switch (c) {
-        case u'<': case u'>': case u'/': case u'=': case u'"': case u'\'': case u'&': case u'?': case u'!':
-            return false;
-        default: break;
+            case u'<':
+            case u'>':
+            case u'/':
+            case u'=':
+            case u'"':
+            case u'\'':
+            case u'&':
+            case u'?':
+            case u'!': return false;
+            default: break;
         }
     }
     return true;

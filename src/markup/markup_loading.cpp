@@ -98,7 +98,8 @@ std::u16string EncodingLabel(uint32_t codePage, const std::u16string& declared) 
 void AppendFileError(std::u16string& result, int error) {
     std::string message = std::strerror(error);
     message = message.substr(0, message.find_first_of("\r\n"));
-    AppendResultRecord(result, u"file_error", {{u"msg", Utf8ToUtf16(message)}, {u"n", DecimalText(static_cast<uint64_t>(error))}});
+    AppendResultRecord(result, u"file_error",
+                       {{u"msg", Utf8ToUtf16(message)}, {u"n", DecimalText(static_cast<uint64_t>(error))}});
 }
 
 }  // namespace
@@ -197,8 +198,8 @@ bool MarkupDocument::Decode(std::string_view bytes) {
         const bool utf8 = codePage == CpUtf8 || codePage == CpDefault || !IsCodePageSupported(codePage);
         if (utf8) {
             auto buffer = AllocateText(rest.size() + 1);
-            const size_t o = DecodeUtf8Into(reinterpret_cast<const unsigned char*>(rest.data()), rest.size(),
-                                            buffer.get(), nulls);
+            const size_t o =
+                DecodeUtf8Into(reinterpret_cast<const unsigned char*>(rest.data()), rest.size(), buffer.get(), nulls);
             buffer[o] = 0;
             m_text = std::move(buffer);
             m_length = o;
@@ -225,12 +226,14 @@ bool MarkupDocument::Decode(std::string_view bytes) {
         m_length = 0;
         m_capacity = 1;
     }
-    AppendResultRecord(m_result, u"read",
-                       {{u"encoding", EncodingLabel(codePage, declared)}, {u"length", DecimalText(rest.size() / unit)}});
+    AppendResultRecord(
+        m_result, u"read",
+        {{u"encoding", EncodingLabel(codePage, declared)}, {u"length", DecimalText(rest.size() / unit)}});
     if (nulls != 0) AppendResultRecord(m_result, u"nulls_removed", {{u"count", DecimalText(nulls)}});
     if (detected) AppendResultRecord(m_result, u"utf8_detection");
     if (swapped) AppendResultRecord(m_result, u"endian_swap");
-    if (unit != 2) AppendResultRecord(m_result, u"converted_to", {{u"encoding", u"UTF-16"}, {u"length", DecimalText(m_length)}});
+    if (unit != 2)
+        AppendResultRecord(m_result, u"converted_to", {{u"encoding", u"UTF-16"}, {u"length", DecimalText(m_length)}});
     return Parse();
 }
 
@@ -272,7 +275,8 @@ bool MarkupDocument::SaveFile(std::u16string_view path) {
             if (!IsCodePageSupported(codePage) || !Utf16ToCodePage(text, codePage, encoded, &lossy))
                 encoded = Utf16ToUtf8(text, &lossy);
             bytes += encoded;
-            AppendResultRecord(m_result, u"converted_from", {{u"encoding", u"UTF-16"}, {u"length", DecimalText(text.size())}});
+            AppendResultRecord(m_result, u"converted_from",
+                               {{u"encoding", u"UTF-16"}, {u"length", DecimalText(text.size())}});
         }
         if (lossy) AppendResultRecord(m_result, u"conversion_loss");
     }

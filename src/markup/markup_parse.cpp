@@ -228,9 +228,10 @@ bool MarkupDocument::FinishParse() {
 }
 
 void MarkupDocument::RecordLoneEndTag(const MarkupNode& node, uint32_t current) {
-    AppendResultRecord(m_result, u"lone_end_tag",
-                       {{u"tagname", std::u16string_view(m_text.get() + node.nameOffset, node.nameEnd - node.nameOffset)},
-                        {u"offset", DecimalText(node.offset)}});
+    AppendResultRecord(
+        m_result, u"lone_end_tag",
+        {{u"tagname", std::u16string_view(m_text.get() + node.nameOffset, node.nameEnd - node.nameOffset)},
+         {u"offset", DecimalText(node.offset)}});
     Rec(0).levelMarks |= MarkIllFormed;
     Rec(current).levelMarks |= MarkErrorInside;
 }

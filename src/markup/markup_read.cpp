@@ -128,8 +128,8 @@ size_t MarkupDocument::TagContentEnd(uint32_t index) const {
     return end;
 }
 
-bool MarkupDocument::FindAttributeValue(uint32_t index, std::u16string_view name, uint32_t& begin,
-                                       uint32_t& length, bool& reference) const {
+bool MarkupDocument::FindAttributeValue(uint32_t index, std::u16string_view name, uint32_t& begin, uint32_t& length,
+                                        bool& reference) const {
     if (index == 0 || name.empty()) return false;
     const char16_t* t = m_text.get();
     AttributeCache& c = m_attributes;
@@ -219,7 +219,7 @@ std::u16string_view MarkupDocument::AttributeView(std::u16string_view name, std:
 // Flattened: left to itself the compiler called the attribute scanner here
 // rather than inlining it, which cost the walk of a reply a third of its time.
 [[gnu::flatten]] void MarkupDocument::ReadAttributeViews(const std::u16string_view* names, std::u16string_view* values,
-                                        std::u16string* scratch, size_t count) const {
+                                                         std::u16string* scratch, size_t count) const {
     uint64_t found = 0;  // at most 64 names, which the template sees to
     size_t missing = 0;
     for (size_t i = 0; i < count; ++i) {
@@ -254,9 +254,7 @@ std::u16string_view MarkupDocument::AttributeView(std::u16string_view name, std:
 std::u16string MarkupDocument::GetElementText() const { return ElementTextOf(m_main); }
 std::u16string MarkupDocument::GetChildText() const { return ElementTextOf(m_child); }
 std::u16string MarkupDocument::GetAttribute(std::u16string_view name) const { return AttributeOf(m_main, name); }
-std::u16string MarkupDocument::GetChildAttribute(std::u16string_view name) const {
-    return AttributeOf(m_child, name);
-}
+std::u16string MarkupDocument::GetChildAttribute(std::u16string_view name) const { return AttributeOf(m_child, name); }
 std::u16string MarkupDocument::GetTagName() const { return TagNameOf(m_main); }
 std::u16string MarkupDocument::GetChildTagName() const { return TagNameOf(m_child); }
 

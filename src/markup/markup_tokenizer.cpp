@@ -10,14 +10,16 @@ namespace {
 // Character classes of the ASCII range in one table; every unit from 0x80 up
 // is an ordinary name and text character.
 enum : uint8_t {
-    CSpace = 1,      // tab, LF, CR, blank
-    CNameEnd = 2,    // ends a start tag name: space, '/', '>', NUL
+    CSpace = 1,  // tab, LF, CR, blank
+    CNameEnd = 2,  // ends a start tag name: space, '/', '>', NUL
     CNameStart = 4,  // opens a start tag behind '<'
-    CValueEnd = 8,   // ends an unquoted value: space, '>', NUL
+    CValueEnd = 8,  // ends an unquoted value: space, '>', NUL
 };
 
 constexpr auto kClasses = [] {
-    struct Table { uint8_t c[128]{}; } t;
+    struct Table {
+        uint8_t c[128]{};
+    } t;
     for (int c : {'\t', '\n', '\r', ' '}) t.c[c] |= CSpace | CNameEnd | CValueEnd;
     t.c[int{'/'}] |= CNameEnd;
     t.c[int{'>'}] |= CNameEnd | CValueEnd;
@@ -62,9 +64,15 @@ void MarkupTokenizer::ReadOther(size_t offset, MarkupNode& node) {
         // Most text is letters and CJK, all above '>': one compare per unit.
         for (;;) {
             const char16_t u = *p;
-            if (u > u'>') { ++p; continue; }
+            if (u > u'>') {
+                ++p;
+                continue;
+            }
             if (u == u'<' || u == 0) break;
-            if (u == u'>') { ++p; break; }
+            if (u == u'>') {
+                ++p;
+                break;
+            }
             ++p;
         }
         node.kind = kind;
@@ -74,23 +82,24 @@ void MarkupTokenizer::ReadOther(size_t offset, MarkupNode& node) {
     const char16_t c1 = t[offset + 1];
     if (Is(c1, CNameStart)) return ReadStartTag(offset, node);
     switch (c1) {
-    case u'/': return ReadEndTag(offset, node);
-    case u'?':
-        return ReadTerminated(offset, offset + 4, u"?>", NodeProcessingInstruction, u"processing_instruction", node);
-    case u'!': {
-        const char16_t c2 = t[offset + 2];
-        if (c2 == u'-') {
-            if (t[offset + 3] != u'-') return SyntaxError(offset, offset + 3, u"comment_tag_syntax", node);
-            return ReadTerminated(offset, offset + 7, u"-->", NodeComment, u"comment", node);
+        case u'/': return ReadEndTag(offset, node);
+        case u'?':
+            return ReadTerminated(offset, offset + 4, u"?>", NodeProcessingInstruction, u"processing_instruction",
+                                  node);
+        case u'!': {
+            const char16_t c2 = t[offset + 2];
+            if (c2 == u'-') {
+                if (t[offset + 3] != u'-') return SyntaxError(offset, offset + 3, u"comment_tag_syntax", node);
+                return ReadTerminated(offset, offset + 7, u"-->", NodeComment, u"comment", node);
+            }
+            if (c2 == u'[') {
+                if (t[offset + 3] != u'C') return SyntaxError(offset, offset + 3, u"cdata_section_syntax", node);
+                return ReadTerminated(offset, offset + 7, u"]]>", NodeCData, u"cdata_section", node);
+            }
+            if (c2 == u'D') return ReadDoctype(offset, node);
+            return SyntaxError(offset, offset + 2, u"exclamation_tag_syntax", node);
         }
-        if (c2 == u'[') {
-            if (t[offset + 3] != u'C') return SyntaxError(offset, offset + 3, u"cdata_section_syntax", node);
-            return ReadTerminated(offset, offset + 7, u"]]>", NodeCData, u"cdata_section", node);
-        }
-        if (c2 == u'D') return ReadDoctype(offset, node);
-        return SyntaxError(offset, offset + 2, u"exclamation_tag_syntax", node);
-    }
-    default: return SyntaxError(offset, offset + 1, u"first_tag_syntax", node);
+        default: return SyntaxError(offset, offset + 1, u"first_tag_syntax", node);
     }
 }
 

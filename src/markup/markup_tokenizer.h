@@ -30,7 +30,7 @@ struct MarkupNode {
     size_t length = 0;
     size_t nameOffset = 0;  // tags: the tag name
     size_t nameEnd = 0;
-    bool empty = false;     // start tag closed by "/>"
+    bool empty = false;  // start tag closed by "/>"
 };
 
 inline bool IsMarkupSpace(char16_t c) { return c == u' ' || c == u'\t' || c == u'\n' || c == u'\r'; }

@@ -19,7 +19,7 @@ TextBuffer AllocateText(size_t units) {
     const size_t bytes = units * sizeof(char16_t);
     if (bytes < kHugeFrom) return TextBuffer(new char16_t[units], TextRelease{false});
     const size_t rounded = (bytes + kHugePage - 1) & ~(kHugePage - 1);
-    void* p = ::operator new(rounded, std::align_val_t{kHugePage});
+    void* p = ::operator new (rounded, std::align_val_t{kHugePage});
 #if defined(__linux__) && defined(MADV_HUGEPAGE)
     // Only a hint: without huge pages the buffer works the same.
     (void)madvise(p, rounded, MADV_HUGEPAGE);
@@ -28,7 +28,7 @@ TextBuffer AllocateText(size_t units) {
 }
 
 void TextRelease::operator()(char16_t* p) const noexcept {
-    if (huge) ::operator delete(p, std::align_val_t{kHugePage});
+    if (huge) ::operator delete (p, std::align_val_t{kHugePage});
     else delete[] p;
 }
 

@@ -20,16 +20,14 @@ constexpr char16_t kReplacement = 0xFFFD;
 // lane per character by a byte shuffle, and stored as four units when none is
 // overlong or a surrogate. Returns the bytes taken, a multiple of three.
 __attribute__((target("ssse3"))) size_t DecodeThreeByteRun(const unsigned char* s, size_t n, char16_t* out) {
-    const __m128i patternMask = _mm_setr_epi8(static_cast<char>(0xF0), static_cast<char>(0xC0), static_cast<char>(0xC0),
-                                              static_cast<char>(0xF0), static_cast<char>(0xC0), static_cast<char>(0xC0),
-                                              static_cast<char>(0xF0), static_cast<char>(0xC0), static_cast<char>(0xC0),
-                                              static_cast<char>(0xF0), static_cast<char>(0xC0), static_cast<char>(0xC0), 0,
-                                              0, 0, 0);
-    const __m128i pattern = _mm_setr_epi8(static_cast<char>(0xE0), static_cast<char>(0x80), static_cast<char>(0x80),
-                                          static_cast<char>(0xE0), static_cast<char>(0x80), static_cast<char>(0x80),
-                                          static_cast<char>(0xE0), static_cast<char>(0x80), static_cast<char>(0x80),
-                                          static_cast<char>(0xE0), static_cast<char>(0x80), static_cast<char>(0x80), 0, 0,
-                                          0, 0);
+    const __m128i patternMask = _mm_setr_epi8(
+        static_cast<char>(0xF0), static_cast<char>(0xC0), static_cast<char>(0xC0), static_cast<char>(0xF0),
+        static_cast<char>(0xC0), static_cast<char>(0xC0), static_cast<char>(0xF0), static_cast<char>(0xC0),
+        static_cast<char>(0xC0), static_cast<char>(0xF0), static_cast<char>(0xC0), static_cast<char>(0xC0), 0, 0, 0, 0);
+    const __m128i pattern = _mm_setr_epi8(
+        static_cast<char>(0xE0), static_cast<char>(0x80), static_cast<char>(0x80), static_cast<char>(0xE0),
+        static_cast<char>(0x80), static_cast<char>(0x80), static_cast<char>(0xE0), static_cast<char>(0x80),
+        static_cast<char>(0x80), static_cast<char>(0xE0), static_cast<char>(0x80), static_cast<char>(0x80), 0, 0, 0, 0);
     // Lane i: third byte in bits 0-7, second in 8-15, lead in 16-23.
     const __m128i gather = _mm_setr_epi8(2, 1, 0, -1, 5, 4, 3, -1, 8, 7, 6, -1, 11, 10, 9, -1);
     const __m128i narrow = _mm_setr_epi8(0, 1, 4, 5, 8, 9, 12, 13, -1, -1, -1, -1, -1, -1, -1, -1);
@@ -39,9 +37,9 @@ __attribute__((target("ssse3"))) size_t DecodeThreeByteRun(const unsigned char* 
         const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s + i));
         if (_mm_movemask_epi8(_mm_cmpeq_epi8(_mm_and_si128(v, patternMask), pattern)) != 0xFFFF) break;
         const __m128i lanes = _mm_shuffle_epi8(v, gather);
-        const __m128i cp = _mm_or_si128(
-            _mm_or_si128(_mm_and_si128(lanes, _mm_set1_epi32(0x3F)), _mm_and_si128(_mm_srli_epi32(lanes, 2), _mm_set1_epi32(0xFC0))),
-            _mm_and_si128(_mm_srli_epi32(lanes, 4), _mm_set1_epi32(0xF000)));
+        const __m128i cp = _mm_or_si128(_mm_or_si128(_mm_and_si128(lanes, _mm_set1_epi32(0x3F)),
+                                                     _mm_and_si128(_mm_srli_epi32(lanes, 2), _mm_set1_epi32(0xFC0))),
+                                        _mm_and_si128(_mm_srli_epi32(lanes, 4), _mm_set1_epi32(0xF000)));
         const __m128i overlong = _mm_cmplt_epi32(cp, _mm_set1_epi32(0x800));
         const __m128i surrogate = _mm_cmpeq_epi32(_mm_and_si128(cp, _mm_set1_epi32(0xF800)), _mm_set1_epi32(0xD800));
         if (_mm_movemask_epi8(_mm_or_si128(overlong, surrogate)) != 0) break;
@@ -76,7 +74,7 @@ struct Decoded {
     size_t out;
 };
 __attribute__((target("avx512f,avx512bw,avx512vbmi2"))) Decoded DecodeMixedRun(const unsigned char* s, size_t n,
-                                                                                size_t i, char16_t* out, size_t o) {
+                                                                               size_t i, char16_t* out, size_t o) {
     while (i + 64 <= n) {
         const __m512i v = _mm512_loadu_si512(s + i);
         const uint64_t ascii = _mm512_cmpgt_epi8_mask(v, _mm512_setzero_si512());
@@ -123,11 +121,12 @@ __attribute__((target("avx512f,avx512bw,avx512vbmi2"))) Decoded DecodeMixedRun(c
             const __m512i b1 = _mm512_cvtepu8_epi16(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(p - 1)));
             const __m512i b2 = _mm512_cvtepu8_epi16(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(p - 2)));
             const __m512i low6 = _mm512_and_si512(b0, _mm512_set1_epi16(0x3F));
-            const __m512i cp3 = _mm512_or_si512(
-                _mm512_or_si512(_mm512_slli_epi16(b2, 12),
-                                _mm512_slli_epi16(_mm512_and_si512(b1, _mm512_set1_epi16(0x3F)), 6)),
-                low6);
-            const __m512i cp2 = _mm512_or_si512(_mm512_slli_epi16(_mm512_and_si512(b1, _mm512_set1_epi16(0x1F)), 6), low6);
+            const __m512i cp3 =
+                _mm512_or_si512(_mm512_or_si512(_mm512_slli_epi16(b2, 12),
+                                                _mm512_slli_epi16(_mm512_and_si512(b1, _mm512_set1_epi16(0x3F)), 6)),
+                                low6);
+            const __m512i cp2 =
+                _mm512_or_si512(_mm512_slli_epi16(_mm512_and_si512(b1, _mm512_set1_epi16(0x1F)), 6), low6);
             const __mmask32 end3 = static_cast<__mmask32>((lead3 << 2) >> (32 * c));
             const __mmask32 end2 = static_cast<__mmask32>((lead2 << 1) >> (32 * c));
             __m512i cp = _mm512_mask_blend_epi16(end2, b0, cp2);
@@ -148,7 +147,7 @@ __attribute__((target("avx512f,avx512bw,avx512vbmi2"))) Decoded DecodeMixedRun(c
 
 bool HasAvx512() {
     static const bool has = __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
-                                 __builtin_cpu_supports("avx512vbmi2");
+                            __builtin_cpu_supports("avx512vbmi2");
     return has;
 }
 #endif
@@ -169,7 +168,8 @@ size_t DecodeUtf8Into(const unsigned char* s, size_t n, char16_t* out, size_t& n
             const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s + i));
             _mm_storeu_si128(reinterpret_cast<__m128i*>(out + o), _mm_unpacklo_epi8(v, zero));
             _mm_storeu_si128(reinterpret_cast<__m128i*>(out + o + 8), _mm_unpackhi_epi8(v, zero));
-            const unsigned stop = static_cast<unsigned>(_mm_movemask_epi8(v) | _mm_movemask_epi8(_mm_cmpeq_epi8(v, zero)));
+            const unsigned stop =
+                static_cast<unsigned>(_mm_movemask_epi8(v) | _mm_movemask_epi8(_mm_cmpeq_epi8(v, zero)));
             if (stop == 0) {
                 i += 16;
                 o += 16;

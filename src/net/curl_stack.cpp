@@ -23,9 +23,15 @@ std::mutex g_timeoutLock;
 CurlTimeouts g_timeouts;
 
 // RAII owners, so that every road out frees what the attempt took.
-struct EasyDeleter { void operator()(CURL* h) const { curl_easy_cleanup(h); } };
-struct ListDeleter { void operator()(curl_slist* l) const { curl_slist_free_all(l); } };
-struct MimeDeleter { void operator()(curl_mime* m) const { curl_mime_free(m); } };
+struct EasyDeleter {
+    void operator()(CURL* h) const { curl_easy_cleanup(h); }
+};
+struct ListDeleter {
+    void operator()(curl_slist* l) const { curl_slist_free_all(l); }
+};
+struct MimeDeleter {
+    void operator()(curl_mime* m) const { curl_mime_free(m); }
+};
 using EasyHandle = std::unique_ptr<CURL, EasyDeleter>;
 using HeaderList = std::unique_ptr<curl_slist, ListDeleter>;
 using MimeForm = std::unique_ptr<curl_mime, MimeDeleter>;

@@ -267,8 +267,9 @@ TreeUpdate ComposeFirstTree(bool cataloguesShown = false) {
         }
         gallery->refreshTick = GetTickCount();
         const auto saved = update.galleryVersions.find(gallery->name.str());
-        GalleryHighest highest(gallery->name.str(),
-                               saved != update.galleryVersions.end() ? saved->second : versions.Of(gallery->name.str()));
+        GalleryHighest highest(gallery->name.str(), saved != update.galleryVersions.end()
+                                                        ? saved->second
+                                                        : versions.Of(gallery->name.str()));
         ReadFullGallery(update, doc, gallery, old, highest, &writes);
         // Every class of a gallery read whole is fresh.
         writes.Add(*gallery, StaleClasses{});
@@ -336,8 +337,7 @@ TreeUpdate RunClassSummary(const TreeRequest& request) {
 TreeUpdate RunClassItems(const TreeRequest& request) {
     TreeUpdate update = UpdateFor(request);
     MarkupDocument doc;
-    if (!FetchReply(u"/gallery/g_cs?gallery_name=" + request.gallery + u"&cs=" + request.className, doc))
-        return update;
+    if (!FetchReply(u"/gallery/g_cs?gallery_name=" + request.gallery + u"&cs=" + request.className, doc)) return update;
     update.usable = true;
     update.remoteBase = doc.GetAttribute(u"b_u");
     update.version = ToInt(doc.GetAttribute(u"ver"));
@@ -428,14 +428,10 @@ std::optional<TreeRequest> PrepareClassItems(const GalleryStore& store, std::u16
 
 TreeUpdate RunTreeRequest(const TreeRequest& request) {
     switch (request.kind) {
-        case TreeUpdateKind::GalleryFull:
-            return RunGalleryFull(request);
-        case TreeUpdateKind::ClassSummary:
-            return RunClassSummary(request);
-        case TreeUpdateKind::ClassItems:
-            return RunClassItems(request);
-        case TreeUpdateKind::FirstTree:
-            break;
+        case TreeUpdateKind::GalleryFull: return RunGalleryFull(request);
+        case TreeUpdateKind::ClassSummary: return RunClassSummary(request);
+        case TreeUpdateKind::ClassItems: return RunClassItems(request);
+        case TreeUpdateKind::FirstTree: break;
     }
     return ComposeFirstTree();
 }

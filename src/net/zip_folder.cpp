@@ -21,7 +21,9 @@ constexpr size_t kReadPiece = 102400;
 
 struct FdCloser {
     int fd = -1;
-    ~FdCloser() { if (fd >= 0) ::close(fd); }
+    ~FdCloser() {
+        if (fd >= 0) ::close(fd);
+    }
 };
 
 // Copies the file's bytes into the open entry; false when it cannot be read whole.

@@ -2,7 +2,6 @@
 
 #include <cstdio>
 
-
 namespace marrowfin {
 
 std::u16string SelectionKey(int number, std::u16string_view name) {

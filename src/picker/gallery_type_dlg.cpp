@@ -36,7 +36,6 @@ constexpr uint32_t kPickQuietMs = 200;
 uint32_t g_lastPickTick = 0;
 bool g_picked = false;
 
-
 }  // namespace
 
 CGalleryTypeDlg::CGalleryTypeDlg(QWidget* parent, const ClassTable& table, bool showDesc, ClassSelection selection)
@@ -54,7 +53,8 @@ CGalleryTypeDlg::~CGalleryTypeDlg() { (void)WriteSeenVersions(); }
 void CGalleryTypeDlg::Decorate(CSelTypeclassButton* button, const ClassItem& item, bool toolWithDesc) {
     button->showDesc = m_showDesc;
     button->describe = ToQString(item.describe);
-    button->setToolTip(toolWithDesc ? ToQString(item.name) + QStringLiteral("（") + ToQString(item.describe) + QStringLiteral("）")
+    button->setToolTip(toolWithDesc ? ToQString(item.name) + QStringLiteral("（") + ToQString(item.describe) +
+                                          QStringLiteral("）")
                                     : ToQString(item.name));
     const auto seen = g_seenClasses.find(item.name);
     button->version = seen != g_seenClasses.end() ? ToQString(seen->second.newest) : QString();
@@ -115,7 +115,9 @@ void CGalleryTypeDlg::BuildButtons() {
     for (auto& [name, group] : m_boutiqueGroups)
         std::stable_partition(group.begin(), group.end(), [](CSelTypeclassButton* b) { return b->isNew; });
 
-    auto select = [this](bool boutique) { return [this, boutique](CSelTypeclassButton* tab) { SelectKind(tab, boutique); }; };
+    auto select = [this](bool boutique) {
+        return [this, boutique](CSelTypeclassButton* tab) { SelectKind(tab, boutique); };
+    };
     m_boutiqueRegion = new CGalRegionDlg(m_canvas, m_table.boutiqueKinds, true, select(true));
     m_generalRegion = new CGalRegionDlg(m_canvas, m_table.generalKinds, false, select(false));
 }
@@ -188,10 +190,8 @@ void CGalleryTypeDlg::ToggleClass(CSelTypeclassButton* button) {
     button->boutique = FindClassItem(m_table, name).gv == u"1" ? 1 : 0;
     button->checked = button->checked ? 0 : 1;
     button->Redraw();
-    if (button->checked)
-        SelectFirst(m_selection, name, button->describe.toStdU16String());
-    else
-        Deselect(m_selection, name);
+    if (button->checked) SelectFirst(m_selection, name, button->describe.toStdU16String());
+    else Deselect(m_selection, name);
 }
 
 void CGalleryTypeDlg::ClearSelection() {
@@ -226,10 +226,8 @@ void CGalleryTypeDlg::SelectKind(CSelTypeclassButton* tab, bool boutique) {
     }
     strip->m_curTab = tab;
     // A tab of a closed section opens it.
-    if (!(boutique ? m_boutiqueOpen : m_generalOpen))
-        ToggleSection(boutique ? 1000 : 1001);
-    else
-        Relayout();
+    if (!(boutique ? m_boutiqueOpen : m_generalOpen)) ToggleSection(boutique ? 1000 : 1001);
+    else Relayout();
     RefreshButtons(false);
 }
 

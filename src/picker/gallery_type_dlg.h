@@ -30,7 +30,7 @@ public:
 
     ClassSelection m_selection;
     int m_contentHeight = 0;  // pixels
-    int m_lastOffset = 0;     // the scroll position the contents stand at
+    int m_lastOffset = 0;  // the scroll position the contents stand at
     bool m_boutiqueOpen = true;
     bool m_generalOpen = true;
 

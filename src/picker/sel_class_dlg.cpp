@@ -107,8 +107,8 @@ void CSelClassDlg::CreateButtons() {
         bool visible;
     };
     const Spec specs[6] = {
-        {Search, u"搜索", 11, QRect(QPoint(w - ScaleUnits(94), ScaleUnits(7)), QPoint(w - ScaleUnits(39), ScaleUnits(23))),
-         true},
+        {Search, u"搜索", 11,
+         QRect(QPoint(w - ScaleUnits(94), ScaleUnits(7)), QPoint(w - ScaleUnits(39), ScaleUnits(23))), true},
         {TipCloser, u"", 2, QRect(w - ScaleUnits(67), ScaleUnits(36), ScaleUnits(16), ScaleUnits(16)), m_showSearchTip},
         {Close, u"", 3, QRect(w - ScaleUnits(24), ScaleUnits(7), ScaleUnits(16), ScaleUnits(16)), true},
         {FinishButton, u"完成", 53, QRect(), true},
@@ -244,10 +244,8 @@ void CSelClassDlg::OnTableFetched(const std::u16string& text) {
     m_reloading = false;
     m_buttons[FinishButton]->setEnabled(!m_tableComing);
     update();
-    if (applyTable)
-        applyTable(text);
-    else
-        (void)ApplyClassTable(text, m_table, {});
+    if (applyTable) applyTable(text);
+    else (void)ApplyClassTable(text, m_table, {});
     if (!HasClassTable(m_table)) return;  // the failure face stays; the user may press again
     MakePicker();
     Layout();
@@ -320,10 +318,8 @@ void CSelClassDlg::mouseReleaseEvent(QMouseEvent*) { m_dragging = false; }
 
 void CSelClassDlg::wheelEvent(QWheelEvent* event) {
     if (!m_scrollBar->isVisible()) return;
-    if (event->angleDelta().y() > 0)
-        m_scrollBar->LineUp();
-    else if (event->angleDelta().y() < 0)
-        m_scrollBar->LineDown();
+    if (event->angleDelta().y() > 0) m_scrollBar->LineUp();
+    else if (event->angleDelta().y() < 0) m_scrollBar->LineDown();
     event->accept();
 }
 

@@ -23,7 +23,6 @@ class CGalSortSelDlg;
 class CScrollBarRv;
 class CSkinButton;
 
-
 class CSelClassDlg : public QDialog {
     Q_OBJECT
 public:

@@ -22,8 +22,14 @@ namespace {
 // Closes a descriptor on every road out.
 struct FdOwner {
     int fd = -1;
-    ~FdOwner() { if (fd >= 0) ::close(fd); }
-    int release() { int f = fd; fd = -1; return f; }
+    ~FdOwner() {
+        if (fd >= 0) ::close(fd);
+    }
+    int release() {
+        int f = fd;
+        fd = -1;
+        return f;
+    }
 };
 
 bool StatPath(std::u16string_view path, struct stat& st) {
@@ -102,9 +108,7 @@ void RemoveDirectoryTree(std::u16string_view path) {
     RemoveTreeNative(fs::path(native));
 }
 
-bool RemoveFile(std::u16string_view path) {
-    return !path.empty() && ::unlink(NativePath(path).c_str()) == 0;
-}
+bool RemoveFile(std::u16string_view path) { return !path.empty() && ::unlink(NativePath(path).c_str()) == 0; }
 
 bool CopyFileNoOverwrite(std::u16string_view from, std::u16string_view to) {
     if (from.empty() || to.empty()) return false;
@@ -156,8 +160,7 @@ std::atomic<int> g_failedReadsLeft{0};
 
 bool TakeReadFailure() {
     int left = g_failedReadsLeft.load();
-    while (left > 0 && !g_failedReadsLeft.compare_exchange_weak(left, left - 1)) {
-    }
+    while (left > 0 && !g_failedReadsLeft.compare_exchange_weak(left, left - 1)) {}
     return left > 0;
 }
 
@@ -178,7 +181,10 @@ FileRead ReadFileIfPresent(std::u16string_view path, std::string& bytes) {
     while (done < bytes.size()) {
         const ssize_t r = ::read(f.fd, bytes.data() + done, bytes.size() - done);
         if (r < 0 && errno == EINTR) continue;
-        if (r < 0) { bytes.clear(); return FileRead::Failed; }
+        if (r < 0) {
+            bytes.clear();
+            return FileRead::Failed;
+        }
         if (r == 0) break;  // the file shrank under us: keep what was there
         done += static_cast<size_t>(r);
     }
@@ -205,7 +211,8 @@ bool WriteFileAtomic(std::u16string_view path, std::string_view bytes) {
     while (ok && done < bytes.size()) {
         const ssize_t w = ::write(f.fd, bytes.data() + done, bytes.size() - done);
         if (w < 0 && errno == EINTR) continue;
-        if (w <= 0) ok = false; else done += static_cast<size_t>(w);
+        if (w <= 0) ok = false;
+        else done += static_cast<size_t>(w);
     }
     // A store file is read by other users of the profile too: ordinary permissions.
     // No fsync: the rename alone keeps a crashed process from leaving half a

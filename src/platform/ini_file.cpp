@@ -57,8 +57,8 @@ bool KeyValue(std::string_view line, std::string_view& key, std::string_view& va
     key = Trim(line.substr(0, eq));
     value = Trim(line.substr(eq + 1));
     // A value written in quotes is read without them.
-    if (value.size() >= 2 && ((value.front() == '"' && value.back() == '"') ||
-                              (value.front() == '\'' && value.back() == '\''))) {
+    if (value.size() >= 2 &&
+        ((value.front() == '"' && value.back() == '"') || (value.front() == '\'' && value.back() == '\''))) {
         value = value.substr(1, value.size() - 2);
     }
     return true;
@@ -113,7 +113,8 @@ IniSection::IniSection(std::u16string_view file, std::u16string_view section) {
             inSection = EqualsNoCase(name, wantSection);
             continue;
         }
-        if (inSection && KeyValue(line, k, v)) m_entries.push_back({k.size(), ToLowerFold(Utf8ToUtf16(k)), Utf8ToUtf16(v)});
+        if (inSection && KeyValue(line, k, v))
+            m_entries.push_back({k.size(), ToLowerFold(Utf8ToUtf16(k)), Utf8ToUtf16(v)});
     }
 }
 

@@ -15,8 +15,7 @@ namespace marrowfin {
 std::u16string IniGetString(std::u16string_view file, std::u16string_view section, std::u16string_view key,
                             std::u16string_view defaultValue, size_t bufferLength = 0);
 // Leading decimal digits with an optional sign; no digits gives 0, as the framework does.
-int32_t IniGetInt(std::u16string_view file, std::u16string_view section, std::u16string_view key,
-                  int32_t defaultValue);
+int32_t IniGetInt(std::u16string_view file, std::u16string_view section, std::u16string_view key, int32_t defaultValue);
 // Sets a key, adding the section and the file as needed; the write is atomic
 // and serialised with the other writes of the file in this process. False,
 // and the file untouched, when the file is there but cannot be read.

@@ -45,7 +45,8 @@ std::u16string DocumentsFolder() {
             while ((pos = bytes.find(key, pos)) != std::string::npos) {
                 if (pos == 0 || bytes[pos - 1] == '\n') {
                     size_t end = bytes.find('\n', pos);
-                    std::string v = bytes.substr(pos + key.size(), end == std::string::npos ? std::string::npos : end - pos - key.size());
+                    std::string v = bytes.substr(pos + key.size(),
+                                                 end == std::string::npos ? std::string::npos : end - pos - key.size());
                     if (v.size() >= 2 && v.front() == '"' && v.back() == '"') v = v.substr(1, v.size() - 2);
                     if (v.rfind("$HOME", 0) == 0) v = HomeDir() + v.substr(5);
                     if (!v.empty() && v.front() == '/') value = Utf8ToUtf16(v);

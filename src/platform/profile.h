@@ -13,8 +13,7 @@ inline constexpr char16_t kOptionsSection[] = u"options";
 
 std::u16string ProfilePath();
 int32_t GetProfileInt(std::u16string_view section, std::u16string_view key, int32_t defaultValue);
-std::u16string GetProfileString(std::u16string_view section, std::u16string_view key,
-                                std::u16string_view defaultValue);
+std::u16string GetProfileString(std::u16string_view section, std::u16string_view key, std::u16string_view defaultValue);
 bool WriteProfileInt(std::u16string_view section, std::u16string_view key, int32_t value);
 bool WriteProfileString(std::u16string_view section, std::u16string_view key, std::u16string_view value);
 

@@ -27,7 +27,9 @@ inline int SequenceLength(unsigned char b) {
 struct IconvHandle {
     iconv_t cd;
     explicit IconvHandle(iconv_t c) : cd(c) {}
-    ~IconvHandle() { if (cd != reinterpret_cast<iconv_t>(-1)) iconv_close(cd); }
+    ~IconvHandle() {
+        if (cd != reinterpret_cast<iconv_t>(-1)) iconv_close(cd);
+    }
     bool ok() const { return cd != reinterpret_cast<iconv_t>(-1); }
 };
 
@@ -39,7 +41,10 @@ bool IsValidUtf8(std::string_view bytes) {
     size_t i = 0;
     while (i < n) {
         const unsigned char b = p[i];
-        if (b < 0x80) { ++i; continue; }
+        if (b < 0x80) {
+            ++i;
+            continue;
+        }
         const int len = SequenceLength(b);
         if (len == 0 || i + len > n) return false;
         for (int k = 1; k < len; ++k)
@@ -70,11 +75,20 @@ std::u16string Utf8ToUtf16(std::string_view bytes, bool* lossy) {
             }
         }
         const unsigned char b = p[i];
-        if (b < 0x80) { *o++ = b; ++i; continue; }
+        if (b < 0x80) {
+            *o++ = b;
+            ++i;
+            continue;
+        }
         uint32_t cp = 0;
         const int len = DecodeUtf8Sequence(p + i, n - i, cp);
         const bool ok = len != 0;
-        if (!ok) { *o++ = kReplacement; bad = true; ++i; continue; }
+        if (!ok) {
+            *o++ = kReplacement;
+            bad = true;
+            ++i;
+            continue;
+        }
         if (cp < 0x10000) {
             *o++ = static_cast<char16_t>(cp);
         } else {
@@ -96,7 +110,10 @@ std::string Utf16ToUtf8(std::u16string_view text, bool* lossy) {
     const size_t n = text.size();
     for (size_t i = 0; i < n; ++i) {
         uint32_t cp = text[i];
-        if (cp < 0x80) { *o++ = static_cast<char>(cp); continue; }
+        if (cp < 0x80) {
+            *o++ = static_cast<char>(cp);
+            continue;
+        }
         if (cp >= 0xD800 && cp <= 0xDBFF && i + 1 < n && text[i + 1] >= 0xDC00 && text[i + 1] <= 0xDFFF) {
             cp = 0x10000 + ((cp - 0xD800) << 10) + (text[i + 1] - 0xDC00);
             ++i;
@@ -125,54 +142,54 @@ std::string Utf16ToUtf8(std::u16string_view text, bool* lossy) {
 
 const char* IconvNameOfCodePage(uint32_t codePage) {
     switch (codePage) {
-    case CpDefault:
-    case CpUtf8: return "UTF-8";
-    case CpUtf16Le: return "UTF-16LE";
-    case CpUtf16Be: return "UTF-16BE";
-    case CpUtf32: return "UTF-32LE";
-    case 65006: return "UTF-32BE";
-    case 936: return "GBK";
-    case 54936: return "GB18030";
-    case 20936: return "GB2312";
-    case 950: return "BIG5";
-    case 932: return "SHIFT_JIS";
-    case 20932: return "EUC-JP";
-    case 51932: return "EUC-JP";
-    case 949: return "CP949";
-    case 51949: return "EUC-KR";
-    case 50220: return "ISO-2022-JP";
-    case 20866: return "KOI8-R";
-    case 21866: return "KOI8-U";
-    case 874: return "CP874";
-    case 1361: return "JOHAB";
-    case 20127: return "ASCII";
-    case 437: return "CP437";
-    case 850: return "CP850";
-    case 852: return "CP852";
-    case 855: return "CP855";
-    case 857: return "CP857";
-    case 860: return "CP860";
-    case 861: return "CP861";
-    case 862: return "CP862";
-    case 863: return "CP863";
-    case 864: return "CP864";
-    case 865: return "CP865";
-    case 866: return "CP866";
-    case 869: return "CP869";
-    case 10000: return "MACINTOSH";
-    case 65000: return "UTF-7";
-    // Windows numbers that glibc knows by other names.
-    case 51936: return "EUC-CN";
-    case 50225: return "ISO-2022-KR";
-    case 38598: return "ISO-8859-8";
-    case 737: return "CP737";
-    case 775: return "CP775";
-    case 858: return "CP858";
-    case 10007: return "CP10007";
-    case 10017: return "MACUKRAINIAN";
-    case 10029: return "MAC-CENTRALEUROPE";
-    case 21025: return "IBM1025";
-    default: break;
+        case CpDefault:
+        case CpUtf8: return "UTF-8";
+        case CpUtf16Le: return "UTF-16LE";
+        case CpUtf16Be: return "UTF-16BE";
+        case CpUtf32: return "UTF-32LE";
+        case 65006: return "UTF-32BE";
+        case 936: return "GBK";
+        case 54936: return "GB18030";
+        case 20936: return "GB2312";
+        case 950: return "BIG5";
+        case 932: return "SHIFT_JIS";
+        case 20932: return "EUC-JP";
+        case 51932: return "EUC-JP";
+        case 949: return "CP949";
+        case 51949: return "EUC-KR";
+        case 50220: return "ISO-2022-JP";
+        case 20866: return "KOI8-R";
+        case 21866: return "KOI8-U";
+        case 874: return "CP874";
+        case 1361: return "JOHAB";
+        case 20127: return "ASCII";
+        case 437: return "CP437";
+        case 850: return "CP850";
+        case 852: return "CP852";
+        case 855: return "CP855";
+        case 857: return "CP857";
+        case 860: return "CP860";
+        case 861: return "CP861";
+        case 862: return "CP862";
+        case 863: return "CP863";
+        case 864: return "CP864";
+        case 865: return "CP865";
+        case 866: return "CP866";
+        case 869: return "CP869";
+        case 10000: return "MACINTOSH";
+        case 65000: return "UTF-7";
+        // Windows numbers that glibc knows by other names.
+        case 51936: return "EUC-CN";
+        case 50225: return "ISO-2022-KR";
+        case 38598: return "ISO-8859-8";
+        case 737: return "CP737";
+        case 775: return "CP775";
+        case 858: return "CP858";
+        case 10007: return "CP10007";
+        case 10017: return "MACUKRAINIAN";
+        case 10029: return "MAC-CENTRALEUROPE";
+        case 21025: return "IBM1025";
+        default: break;
     }
     // Windows code pages 1250 to 1258 and the ISO 8859 family from 28591.
     static thread_local char name[24];

@@ -11,7 +11,7 @@ namespace marrowfin {
 
 // Code page numbers as Windows names them.
 enum CodePage : uint32_t {
-    CpDefault = 0,       // the process's default: UTF-8 on this platform
+    CpDefault = 0,  // the process's default: UTF-8 on this platform
     CpUtf16Le = 1200,
     CpUtf16Be = 1201,
     CpUtf32 = 65005,

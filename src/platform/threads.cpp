@@ -14,8 +14,7 @@ void FailThreadStartsForTests(int count) { g_failedStartsLeft.store(count); }
 
 bool threads_detail::TakeStartFailure() {
     int left = g_failedStartsLeft.load();
-    while (left > 0 && !g_failedStartsLeft.compare_exchange_weak(left, left - 1)) {
-    }
+    while (left > 0 && !g_failedStartsLeft.compare_exchange_weak(left, left - 1)) {}
     return left > 0;
 }
 

@@ -30,9 +30,7 @@ bool StartThread(std::thread& thread, Work&& work) noexcept {
             }
         });
         return true;
-    } catch (...) {
-        return false;
-    }
+    } catch (...) { return false; }
 }
 
 // As StartThread, for a worker that ends by itself.

@@ -11,8 +11,7 @@ std::u16string SearchRequestUrl(const std::u16string& text) {
 }
 
 SearchOutcome RunBlockSearch(const std::u16string& root, const std::u16string& text,
-                             const std::map<std::u16string, int>& collected,
-                             const std::function<bool()>& stillNewest) {
+                             const std::map<std::u16string, int>& collected, const std::function<bool()>& stillNewest) {
     SearchOutcome outcome;
     (void)EnsureSearchCache(root);  // a cache that cannot be made only means no row gets a file
     std::u16string reply;

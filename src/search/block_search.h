@@ -21,7 +21,7 @@ struct SearchOutcome {
     enum Kind {
         Failed,  // no answer, an empty one or one that does not parse
         NoRoot,  // an answer without root: no hits, and the old collection is not searched
-        Hits,    // `hits` in the service's order (possibly none)
+        Hits,  // `hits` in the service's order (possibly none)
     };
     Kind kind = Failed;
     std::vector<SearchHit> hits;
@@ -31,7 +31,6 @@ struct SearchOutcome {
 // cache, applies the reply's class versions, builds the hits). `stillNewest`
 // is asked before each hit is staged; once false, no more are.
 SearchOutcome RunBlockSearch(const std::u16string& root, const std::u16string& text,
-                             const std::map<std::u16string, int>& collected,
-                             const std::function<bool()>& stillNewest);
+                             const std::map<std::u16string, int>& collected, const std::function<bool()>& stillNewest);
 
 }  // namespace marrowfin

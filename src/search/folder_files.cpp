@@ -25,8 +25,9 @@ std::shared_ptr<const FileNames> FolderFiles::FilesOf(const std::u16string& fold
     // A folder changed moments before its listing may change again within
     // the write time's resolution on some file systems: such a listing is
     // used once and read again next time.
-    const auto now = std::chrono::duration_cast<std::chrono::nanoseconds>(
-                         std::chrono::system_clock::now().time_since_epoch()).count();
+    const auto now =
+        std::chrono::duration_cast<std::chrono::nanoseconds>(std::chrono::system_clock::now().time_since_epoch())
+            .count();
     const bool settled = stamp >= 0 && now - stamp > kSettledNs;
     auto files = std::make_shared<FileNames>();
     for (FolderEntry& entry : ListFolder(folder))

@@ -61,9 +61,8 @@ std::vector<SearchHit> LocalBlockSearch(GalleryNode* root, std::u16string_view t
         } else {
             path = node->Path();
         }
-        const bool present = node->parent == listedClass && !node->HasOwnPath()
-                                 ? listed->count(node->name.view()) != 0
-                                 : FileExists(path);
+        const bool present = node->parent == listedClass && !node->HasOwnPath() ? listed->count(node->name.view()) != 0
+                                                                                : FileExists(path);
         if (!present) continue;
         const bool isCollected = node->parent->parent->name == kCollectionText || collected.count(path);
         rows.push_back(LocalHit(*node, std::move(path), isCollected ? RowCollected : RowFresh));

@@ -39,8 +39,8 @@ private:
 
 enum class RowDownloadResult {
     AlreadyRunning,  // the same row runs: nothing was done, nothing is reported
-    Finished,        // the file is there and large enough
-    Failed,          // no file, an unreadable size or a small one: what existed is gone
+    Finished,  // the file is there and large enough
+    Failed,  // no file, an unreadable size or a small one: what existed is gone
 };
 
 // The worker's body: enters the row under a new id (`*id`), makes the

@@ -9,8 +9,8 @@
 
 namespace marrowfin {
 
-std::u16string SearchCacheDir(const std::u16string& root);      // <root>/search
-std::u16string SearchCacheVersions(const std::u16string& root); // <root>/search/ver.ini
+std::u16string SearchCacheDir(const std::u16string& root);  // <root>/search
+std::u16string SearchCacheVersions(const std::u16string& root);  // <root>/search/ver.ini
 
 // Creates <root>/search when it is missing; false when it cannot be made.
 bool EnsureSearchCache(const std::u16string& root);

@@ -55,10 +55,8 @@ SearchHit HitForItem(const SearchItem& item, const std::u16string& root, bool pr
         return hit;
     }
     hit.path = root + u"/search" + tail;
-    if (FileExists(hit.path))
-        hit.state = collected.count(hit.path) ? RowCollected : RowFetched;
-    else
-        hit.state = RowRemote;
+    if (FileExists(hit.path)) hit.state = collected.count(hit.path) ? RowCollected : RowFetched;
+    else hit.state = RowRemote;
     return hit;
 }
 

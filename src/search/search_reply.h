@@ -18,8 +18,8 @@ struct SearchItem {
 };
 
 struct SearchReply {
-    bool hasRoot = false;   // a document without root is a good answer with no hits
-    bool prefetch = true;   // false when root's nom is "0"
+    bool hasRoot = false;  // a document without root is a good answer with no hits
+    bool prefetch = true;  // false when root's nom is "0"
     std::vector<std::pair<std::u16string, int>> versions;  // non-empty class names with their t
     std::vector<SearchItem> items;
 };

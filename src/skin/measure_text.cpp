@@ -26,8 +26,7 @@ ByteClassCount CountGbkClasses(const QString& text) {
         if (Utf16ToCodePage(std::u16string_view(wide).substr(i, len), 936, bytes, &lossy) && !lossy &&
             bytes.size() == 2)
             ++count.doubled;
-        else
-            ++count.single;
+        else ++count.single;
         i += len;
     }
     return count;

@@ -10,9 +10,7 @@
 
 namespace marrowfin {
 
-CPopTipDlg::CPopTipDlg(QWidget* parent) : QDialog(parent, Qt::Dialog | Qt::FramelessWindowHint) {
-    setModal(true);
-}
+CPopTipDlg::CPopTipDlg(QWidget* parent) : QDialog(parent, Qt::Dialog | Qt::FramelessWindowHint) { setModal(true); }
 
 void CPopTipDlg::Configure(const QString& title, bool twoButtons, const QString& text1, const QString& text2,
                            const QString& okText, const QString& cancelText) {

@@ -41,7 +41,8 @@ void CScrollBarEx::paintEvent(QPaintEvent*) {
     if (h <= 45 || maximum() <= minimum()) return;
     const auto [top, bottom] = ThumbSpan();
     p.drawImage(QRect(0, top, 6, 3), SkinPicture(QStringLiteral("scroll_thumb_top"), false));
-    p.drawImage(QRect(0, top + 3, 6, std::max(0, bottom - top - 6)), SkinPicture(QStringLiteral("scroll_thumb_fill"), false));
+    p.drawImage(QRect(0, top + 3, 6, std::max(0, bottom - top - 6)),
+                SkinPicture(QStringLiteral("scroll_thumb_fill"), false));
     p.drawImage(QRect(0, bottom - 3, 6, 3), SkinPicture(QStringLiteral("scroll_thumb_bottom"), false));
     if (bottom - top >= 12)
         p.drawImage(QRect(0, (top + bottom) / 2 - 3, 6, 6), SkinPicture(QStringLiteral("scroll_thumb_grip"), false));

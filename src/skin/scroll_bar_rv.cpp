@@ -70,7 +70,8 @@ void CScrollBarRv::PageDown() {
 }
 
 void CScrollBarRv::Notify(uint32_t code) {
-    if (m_owner) PostWindowMessage(HandleOf(m_owner), WM_VSCROLL_MESSAGE, code, static_cast<std::intptr_t>(HandleOf(this)));
+    if (m_owner)
+        PostWindowMessage(HandleOf(m_owner), WM_VSCROLL_MESSAGE, code, static_cast<std::intptr_t>(HandleOf(this)));
 }
 
 void CScrollBarRv::OnSize() {
@@ -82,8 +83,8 @@ void CScrollBarRv::OnSize() {
     m_downRect = QRect(0, h - kZone, m_client.width(), kZone);
     int length = 0;
     if (h > 55 && range >= 1) {
-        length = range < m_info.nPage ? (h - 40) * m_info.nPage / (range + m_info.nPage)
-                                      : (h - 40) * m_info.nPage / range;
+        length =
+            range < m_info.nPage ? (h - 40) * m_info.nPage / (range + m_info.nPage) : (h - 40) * m_info.nPage / range;
         length = std::max(length, 10);
     }
     m_thumbLength = length;
@@ -130,11 +131,11 @@ bool CScrollBarRv::event(QEvent* e) {
 void CScrollBarRv::OnTimer(std::uintptr_t id) {
     if (++m_repeat <= 5) return;
     switch (id) {
-    case 2: LineUp(); break;
-    case 3: LineDown(); break;
-    case 4: PageUp(); break;
-    case 5: PageDown(); break;
-    default: break;
+        case 2: LineUp(); break;
+        case 3: LineDown(); break;
+        case 4: PageUp(); break;
+        case 5: PageDown(); break;
+        default: break;
     }
 }
 

@@ -88,105 +88,103 @@ void CSkinButton::DrawItem(QPainter& painter) {
     auto from = [&](int units) { return QRect(ScaleUnits(units), 0, w - ScaleUnits(units), h); };
 
     switch (kind) {
-    case 1:
-        painter.fillRect(client, Qt::white);
-        if (highlight)
-            DrawTextLine(painter, from(34), caption, Font(SkinFont::Bold), kAccent, TextPlace::Left, true);
-        else
-            DrawTextLine(painter, from(34), caption, Font(SkinFont::Normal), QColor(0x5A, 0x5B, 0x5B), TextPlace::Left,
-                         true);
-        if (!caption.isEmpty())
-            DrawFrame(painter, ScaleBox(11, 7, 15, 15), highlight);
-        else
-            DrawFrame(painter, ScaleBox(45, 8, 15, 15), selected);
-        break;
-    case 2:
-    case 3:
-        painter.fillRect(client, kind == 2 ? QColor(Qt::white) : kGround);
-        DrawFrame(painter, client, hover);
-        break;
-    case 4: {
-        const bool lit = highlight && !Disabled();
-        DrawOutlinedRect(painter, client, lit ? kAccent : QColor(0xB7, 0xB7, 0xB7),
-                         lit ? QColor(0xE1, 0xF0, 0xFD) : QColor(Qt::white));
-        DrawTextLine(painter, from(25), caption, Font(SkinFont::Normal), Disabled() ? kGreyText : kText,
-                     TextPlace::Left, false);
-        DrawFrame(painter, ScaleBox(9, 5, 14, 14), Disabled());
-        break;
-    }
-    case 6:
-        painter.fillRect(client, kAccent);
-        DrawTextLine(painter, client, caption, Font(SkinFont::Normal), Qt::white, TextPlace::Centre, false);
-        break;
-    case 7:
-        DrawOutlinedRect(painter, client, QColor(0x99, 0x99, 0x99), kGround);
-        DrawTextLine(painter, client, caption, Font(SkinFont::Normal), kText, TextPlace::Centre, false);
-        break;
-    case 8:
-        painter.fillRect(client, kGround);
-        DrawTextLine(painter, client, caption, Font(SkinFont::Normal), hover ? QColor(0x36, 0x6C, 0xB3) : kAccent,
-                     TextPlace::Left, false);
-        break;
-    case 11:
-        painter.fillRect(client, kGround);
-        DrawTextLine(painter, from(22), caption, Font(SkinFont::Normal), highlight ? kAccent : kText, TextPlace::Left,
-                     true);
-        if (!caption.isEmpty())
-            DrawFrame(painter, QRect(0, static_cast<int>(Rate()), ScaleUnits(15), ScaleUnits(15)), highlight);
-        else
-            DrawFrame(painter, ScaleBox(0, 0, 15, 15), selected);
-        break;
-    case 12:
-    case 13:
-        painter.fillRect(client, Qt::white);
-        DrawRoundRect(painter, client, 3, QColor(), highlight ? kAccentDeep : kAccent);
-        if (kind == 12) {
-            DrawTextLine(painter, from(32), caption, Font(SkinFont::Normal), Qt::white, TextPlace::Left, true);
-            DrawFrame(painter, ScaleBox(11, 6, 16, 16), false);
-        } else {
-            DrawTextLine(painter, client, caption, Font(SkinFont::Normal), Qt::white, TextPlace::Centre, true);
+        case 1:
+            painter.fillRect(client, Qt::white);
+            if (highlight)
+                DrawTextLine(painter, from(34), caption, Font(SkinFont::Bold), kAccent, TextPlace::Left, true);
+            else
+                DrawTextLine(painter, from(34), caption, Font(SkinFont::Normal), QColor(0x5A, 0x5B, 0x5B),
+                             TextPlace::Left, true);
+            if (!caption.isEmpty()) DrawFrame(painter, ScaleBox(11, 7, 15, 15), highlight);
+            else DrawFrame(painter, ScaleBox(45, 8, 15, 15), selected);
+            break;
+        case 2:
+        case 3:
+            painter.fillRect(client, kind == 2 ? QColor(Qt::white) : kGround);
+            DrawFrame(painter, client, hover);
+            break;
+        case 4: {
+            const bool lit = highlight && !Disabled();
+            DrawOutlinedRect(painter, client, lit ? kAccent : QColor(0xB7, 0xB7, 0xB7),
+                             lit ? QColor(0xE1, 0xF0, 0xFD) : QColor(Qt::white));
+            DrawTextLine(painter, from(25), caption, Font(SkinFont::Normal), Disabled() ? kGreyText : kText,
+                         TextPlace::Left, false);
+            DrawFrame(painter, ScaleBox(9, 5, 14, 14), Disabled());
+            break;
         }
-        break;
-    case 50:
-    case 53:
-        painter.fillRect(client, Qt::white);
-        DrawRoundRect(painter, client, 3, kAccent, hover ? kAccentDeep : kAccent);
-        DrawTextLine(painter, client, caption, Font(kind == 50 ? SkinFont::Normal : SkinFont::Large), Qt::white,
-                     TextPlace::Centre, true);
-        break;
-    case 51:
-        painter.fillRect(client, Qt::white);
-        DrawRoundRect(painter, client, 3, QColor(0xC1, 0xC1, 0xC2), hover ? QColor(0xD7, 0xD9, 0xDB) : kGround);
-        DrawTextLine(painter, client, caption, Font(SkinFont::Normal), Qt::black, TextPlace::Centre, true);
-        break;
-    case 54:
-        painter.fillRect(client, Qt::white);
-        DrawTextLine(painter, client, caption, Font(hover ? SkinFont::Underlined : SkinFont::Normal),
-                     QColor(0x00, 0x82, 0xF0), TextPlace::Centre, false);
-        break;
-    case 55:
-        painter.fillRect(client, Qt::white);
-        if (selected)
+        case 6:
+            painter.fillRect(client, kAccent);
+            DrawTextLine(painter, client, caption, Font(SkinFont::Normal), Qt::white, TextPlace::Centre, false);
+            break;
+        case 7:
+            DrawOutlinedRect(painter, client, QColor(0x99, 0x99, 0x99), kGround);
             DrawTextLine(painter, client, caption, Font(SkinFont::Normal), kText, TextPlace::Centre, false);
-        else
-            DrawTextLine(painter, client, caption, Font(SkinFont::Underlined),
-                         hover ? QColor(0x00, 0x82, 0xF0) : kText, TextPlace::Centre, false);
-        break;
-    case 56: {
-        painter.fillRect(client, Qt::white);
-        static const QString kSort = QStringLiteral("排序");
-        const int at = caption.indexOf(kSort);
-        const QString head = at < 0 ? caption : caption.left(at + kSort.size());
-        const QString tail = at < 0 ? QString() : caption.mid(at + kSort.size());
-        DrawTextLine(painter, client, head, Font(SkinFont::Normal), Qt::black, TextPlace::Left, false);
-        DrawTextLine(painter, client, tail, Font(SkinFont::Normal), QColor(0x6F, 0x75, 0x7C), TextPlace::Right, false);
-        break;
-    }
-    default:
-        // An unknown recipe still covers its ground.
-        painter.fillRect(client, Qt::white);
-        DrawTextLine(painter, client, caption, Font(SkinFont::Normal), kText, TextPlace::Centre, true);
-        break;
+            break;
+        case 8:
+            painter.fillRect(client, kGround);
+            DrawTextLine(painter, client, caption, Font(SkinFont::Normal), hover ? QColor(0x36, 0x6C, 0xB3) : kAccent,
+                         TextPlace::Left, false);
+            break;
+        case 11:
+            painter.fillRect(client, kGround);
+            DrawTextLine(painter, from(22), caption, Font(SkinFont::Normal), highlight ? kAccent : kText,
+                         TextPlace::Left, true);
+            if (!caption.isEmpty())
+                DrawFrame(painter, QRect(0, static_cast<int>(Rate()), ScaleUnits(15), ScaleUnits(15)), highlight);
+            else DrawFrame(painter, ScaleBox(0, 0, 15, 15), selected);
+            break;
+        case 12:
+        case 13:
+            painter.fillRect(client, Qt::white);
+            DrawRoundRect(painter, client, 3, QColor(), highlight ? kAccentDeep : kAccent);
+            if (kind == 12) {
+                DrawTextLine(painter, from(32), caption, Font(SkinFont::Normal), Qt::white, TextPlace::Left, true);
+                DrawFrame(painter, ScaleBox(11, 6, 16, 16), false);
+            } else {
+                DrawTextLine(painter, client, caption, Font(SkinFont::Normal), Qt::white, TextPlace::Centre, true);
+            }
+            break;
+        case 50:
+        case 53:
+            painter.fillRect(client, Qt::white);
+            DrawRoundRect(painter, client, 3, kAccent, hover ? kAccentDeep : kAccent);
+            DrawTextLine(painter, client, caption, Font(kind == 50 ? SkinFont::Normal : SkinFont::Large), Qt::white,
+                         TextPlace::Centre, true);
+            break;
+        case 51:
+            painter.fillRect(client, Qt::white);
+            DrawRoundRect(painter, client, 3, QColor(0xC1, 0xC1, 0xC2), hover ? QColor(0xD7, 0xD9, 0xDB) : kGround);
+            DrawTextLine(painter, client, caption, Font(SkinFont::Normal), Qt::black, TextPlace::Centre, true);
+            break;
+        case 54:
+            painter.fillRect(client, Qt::white);
+            DrawTextLine(painter, client, caption, Font(hover ? SkinFont::Underlined : SkinFont::Normal),
+                         QColor(0x00, 0x82, 0xF0), TextPlace::Centre, false);
+            break;
+        case 55:
+            painter.fillRect(client, Qt::white);
+            if (selected)
+                DrawTextLine(painter, client, caption, Font(SkinFont::Normal), kText, TextPlace::Centre, false);
+            else
+                DrawTextLine(painter, client, caption, Font(SkinFont::Underlined),
+                             hover ? QColor(0x00, 0x82, 0xF0) : kText, TextPlace::Centre, false);
+            break;
+        case 56: {
+            painter.fillRect(client, Qt::white);
+            static const QString kSort = QStringLiteral("排序");
+            const int at = caption.indexOf(kSort);
+            const QString head = at < 0 ? caption : caption.left(at + kSort.size());
+            const QString tail = at < 0 ? QString() : caption.mid(at + kSort.size());
+            DrawTextLine(painter, client, head, Font(SkinFont::Normal), Qt::black, TextPlace::Left, false);
+            DrawTextLine(painter, client, tail, Font(SkinFont::Normal), QColor(0x6F, 0x75, 0x7C), TextPlace::Right,
+                         false);
+            break;
+        }
+        default:
+            // An unknown recipe still covers its ground.
+            painter.fillRect(client, Qt::white);
+            DrawTextLine(painter, client, caption, Font(SkinFont::Normal), kText, TextPlace::Centre, true);
+            break;
     }
 }
 

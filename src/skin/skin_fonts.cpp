@@ -25,7 +25,8 @@ int FontHeightForRate(float rate) {
 }
 
 QStringList PreferredFontFamilies() {
-    return {QStringLiteral("Microsoft YaHei"), QStringLiteral("Noto Sans CJK SC"), QStringLiteral("WenQuanYi Micro Hei")};
+    return {QStringLiteral("Microsoft YaHei"), QStringLiteral("Noto Sans CJK SC"),
+            QStringLiteral("WenQuanYi Micro Hei")};
 }
 
 QString SkinFontFamily() {

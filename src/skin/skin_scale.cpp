@@ -37,7 +37,8 @@ float RateFromOption(const QString& option, int screenWidth, int screenHeight) {
         // Like the C runtime's reading of a decimal: a leading number, else 0.
         QString text = option.trimmed();
         int end = 0;
-        while (end < text.size() && (text[end].isDigit() || text[end] == u'.' || (end == 0 && (text[end] == u'-' || text[end] == u'+'))))
+        while (end < text.size() &&
+               (text[end].isDigit() || text[end] == u'.' || (end == 0 && (text[end] == u'-' || text[end] == u'+'))))
             ++end;
         bool ok = false;
         double value = text.left(end).toDouble(&ok);

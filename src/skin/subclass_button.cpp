@@ -34,7 +34,8 @@ void CSubclassButton::DrawItem(QPainter& painter) {
 
 void CSubclassButton::mouseDoubleClickEvent(QMouseEvent* event) {
     if (event->button() == Qt::LeftButton && parentWidget()) {
-        PostWindowMessage(HandleOf(parentWidget()), MsgPanelCommand, PanelCommand::RenameFolder, static_cast<std::intptr_t>(HandleOf(this)));
+        PostWindowMessage(HandleOf(parentWidget()), MsgPanelCommand, PanelCommand::RenameFolder,
+                          static_cast<std::intptr_t>(HandleOf(this)));
         event->accept();
         return;
     }
@@ -43,7 +44,8 @@ void CSubclassButton::mouseDoubleClickEvent(QMouseEvent* event) {
 
 void CSubclassButton::mousePressEvent(QMouseEvent* event) {
     if (event->button() == Qt::RightButton && parentWidget())
-        PostWindowMessage(HandleOf(parentWidget()), MsgPanelEvent, PanelEvent::FolderMenu, static_cast<std::intptr_t>(HandleOf(this)));
+        PostWindowMessage(HandleOf(parentWidget()), MsgPanelEvent, PanelEvent::FolderMenu,
+                          static_cast<std::intptr_t>(HandleOf(this)));
     CSkinButton::mousePressEvent(event);
 }
 

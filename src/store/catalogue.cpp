@@ -75,9 +75,9 @@ void AppendDecimal(std::string& out, int32_t value) {
 // Room for the whole file up front: a gallery's catalogue runs to hundreds of
 // kilobytes, and growing by doubling would copy it several times over.
 size_t EstimateBytes(const StaleClasses& staleClasses, const GalleryNode& gallery) {
-    constexpr size_t kHead = 64 + 128;   // declaration, root tag with a seal of a long name
-    constexpr size_t kSubMarks = 40;     // <sub n="" ver="" u_b="" ></sub> and the digits
-    constexpr size_t kItmMarks = 32;     // <itm fn="" sz="" hi="" /> and the digits
+    constexpr size_t kHead = 64 + 128;  // declaration, root tag with a seal of a long name
+    constexpr size_t kSubMarks = 40;  // <sub n="" ver="" u_b="" ></sub> and the digits
+    constexpr size_t kItmMarks = 32;  // <itm fn="" sz="" hi="" /> and the digits
     size_t bytes = kHead + gallery.name.size() * 3;
     for (const GalleryNode* cls : gallery.dirChildren) {
         if (!cls) continue;

@@ -6,12 +6,7 @@ namespace marrowfin {
 
 GalleryNode::GalleryNode(std::u16string_view ownerName, std::u16string_view path, std::u16string_view name_,
                          std::u16string_view kind_, bool hidden_, bool boutique_, int32_t size_)
-    : name(name_),
-      m_path(path),
-      m_owner(ownerName),
-      size(size_),
-      hidden(hidden_),
-      boutique(boutique_),
+    : name(name_), m_path(path), m_owner(ownerName), size(size_), hidden(hidden_), boutique(boutique_),
       kind(kind_ == kKindFile ? NodeKind::File : NodeKind::Dir) {}
 
 std::u16string GalleryNode::Path() const {

@@ -200,8 +200,8 @@ void RebuildClassList(GalleryStore& store, GalleryNode* gallery, std::vector<Gal
     std::vector<GalleryNode*> old = std::exchange(gallery->dirChildren, {});
     for (GalleryNode* candidate : candidates) {
         if (!candidate) continue;
-        auto match = std::find_if(old.begin(), old.end(),
-                                  [&](const GalleryNode* n) { return n && n->name == candidate->name; });
+        auto match =
+            std::find_if(old.begin(), old.end(), [&](const GalleryNode* n) { return n && n->name == candidate->name; });
         if (match != old.end()) {
             GalleryNode* kept = *match;
             old.erase(match);

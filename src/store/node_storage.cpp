@@ -133,9 +133,7 @@ struct ThreadLists {
     void GiveBackLocked(Shared& shared, size_t cls, size_t count) {
         try {
             Move(lists[cls], shared.lists[cls], count);
-        } catch (const std::bad_alloc&) {
-            lists[cls].resize(lists[cls].size() - std::min(count, lists[cls].size()));
-        }
+        } catch (const std::bad_alloc&) { lists[cls].resize(lists[cls].size() - std::min(count, lists[cls].size())); }
     }
 };
 

@@ -160,18 +160,10 @@ TreeChange ApplyTreeUpdate(GalleryStore& store, TreeUpdate& update) {
     // Handles into the tree go stale before anything is freed.
     ++store.treeEpoch;
     switch (update.kind) {
-        case TreeUpdateKind::FirstTree:
-            change.ok = ApplyFirstTree(store, update);
-            break;
-        case TreeUpdateKind::GalleryFull:
-            change.ok = ApplyGalleryFull(store, update);
-            break;
-        case TreeUpdateKind::ClassSummary:
-            change.ok = ApplyClassSummary(store, update);
-            break;
-        case TreeUpdateKind::ClassItems:
-            change.ok = ApplyClassItems(store, update);
-            break;
+        case TreeUpdateKind::FirstTree: change.ok = ApplyFirstTree(store, update); break;
+        case TreeUpdateKind::GalleryFull: change.ok = ApplyGalleryFull(store, update); break;
+        case TreeUpdateKind::ClassSummary: change.ok = ApplyClassSummary(store, update); break;
+        case TreeUpdateKind::ClassItems: change.ok = ApplyClassItems(store, update); break;
     }
     return change;
 }

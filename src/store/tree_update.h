@@ -26,9 +26,9 @@ enum class TreeUpdateKind { FirstTree, GalleryFull, ClassSummary, ClassItems };
 
 struct TreeUpdate {
     TreeUpdateKind kind = TreeUpdateKind::FirstTree;
-    std::u16string gallery;    // the gallery's name; empty for the first tree
+    std::u16string gallery;  // the gallery's name; empty for the first tree
     std::u16string classPath;  // ClassItems
-    bool usable = false;       // the service's reply was used
+    bool usable = false;  // the service's reply was used
     // The detached result: a stand-in root holding galleries (FirstTree, and
     // for GalleryFull the one gallery), a stand-in gallery holding candidate
     // classes (ClassSummary) or a stand-in class holding blocks (ClassItems).
@@ -38,7 +38,7 @@ struct TreeUpdate {
     bool newRoot = false;
     bool createIfMissing = false;
     bool boutique = false;
-    int32_t version = 0;        // ClassItems
+    int32_t version = 0;  // ClassItems
     std::u16string remoteBase;  // ClassItems
     uint32_t tick = 0;
     std::vector<std::u16string> freshClasses;  // no longer stale

@@ -22,8 +22,8 @@ bool HasDwgExtension(std::u16string_view path) {
 void AppendEntries(GalleryNode* owner, std::u16string_view file, std::u16string_view ownerName) {
     for (std::u16string& path : ReadListFile(file)) {
         std::u16string name = FileStem(path, false);
-        auto* entry = new GalleryNode(std::u16string(ownerName), std::move(path), std::move(name), kKindFile, false,
-                                      false, 0);
+        auto* entry =
+            new GalleryNode(std::u16string(ownerName), std::move(path), std::move(name), kKindFile, false, false, 0);
         AddChild(owner, entry, false);
     }
 }

@@ -48,8 +48,10 @@ TEST(AdRefresh, FetchesOnlyWhatChangedAndKeepsTilesAndPicturesThroughFailures) {
     auto shown = [&](const AdTileMap& tiles) {
         std::string out;
         for (const AdTile& t : service.galleries | std::views::transform([&](auto& key) { return tiles.at(key); }))
-            out += (t.on ? "on " : "off ") + Utf16ToUtf8(t.ver) + " u" + Utf16ToUtf8(t.url.substr(t.url.size() - 5, 1)) + " f" +
-                   std::to_string(std::ranges::find(pictures, ReadBytes(Utf16ToUtf8(t.picture))) - pictures.begin()) + ";";
+            out += (t.on ? "on " : "off ") + Utf16ToUtf8(t.ver) + " u" +
+                   Utf16ToUtf8(t.url.substr(t.url.size() - 5, 1)) + " f" +
+                   std::to_string(std::ranges::find(pictures, ReadBytes(Utf16ToUtf8(t.picture))) - pictures.begin()) +
+                   ";";
         return out;
     };
     // "<vers>/<pictures>", one digit per tile, served instead of the service's own reply.
@@ -59,7 +61,8 @@ TEST(AdRefresh, FetchesOnlyWhatChangedAndKeepsTilesAndPicturesThroughFailures) {
         std::string x = "<root>";
         for (size_t i = 0; i < 3; ++i)
             x += "<item on=\"" + std::to_string(i < 2) + "\" ver=\"" + reply[i] + "\" url=\"" +
-                 service.handle.baseUrl() + "/ad/ad_" + reply[4 + i] + ".png\">" + Utf16ToUtf8(service.galleries[i]) + "</item>";
+                 service.handle.baseUrl() + "/ad/ad_" + reply[4 + i] + ".png\">" + Utf16ToUtf8(service.galleries[i]) +
+                 "</item>";
         service.handle.faults().set("/gallery/gad", {.body = x + "</root>"});
     };
     struct Step {

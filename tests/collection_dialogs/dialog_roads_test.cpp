@@ -259,7 +259,8 @@ TEST_F(Roads, RenamesFoldersAndBlocks) {
     EXPECT_EQ(Finish(folder), CANCEL);
     EXPECT_EQ(Count("favorite"), 3);
 
-    auto* block = Opened(new CModifyFolderDlg(&panel, token, FolderMap(), Utf8ToUtf16(mirror + "/门"), u"a.dwg", 1, false));
+    auto* block =
+        Opened(new CModifyFolderDlg(&panel, token, FolderMap(), Utf8ToUtf16(mirror + "/门"), u"a.dwg", 1, false));
     Type(block, "b");
     EXPECT_EQ(block->m_error, CNameDlg::NameTaken);
     Type(block, "a.v2");
@@ -273,8 +274,8 @@ TEST_F(Roads, RenamesFoldersAndBlocks) {
 }
 
 TEST(NameRule, RefusesListedCharactersAndDoubledMarksOnly) {
-    for (std::u16string_view bad : {u"a?b", u"a\\b", u"a/b", u"a*b", u"a\"b", u"a<b", u"a>b", u"a%b", u"a:b",
-                                    u"a;b", u"a&b", u"a.b", u"a。b", u"a；b", u"a、b", u"a|b", u"a……", u"——"})
+    for (std::u16string_view bad : {u"a?b", u"a\\b", u"a/b", u"a*b", u"a\"b", u"a<b", u"a>b", u"a%b", u"a:b", u"a;b",
+                                    u"a&b", u"a.b", u"a。b", u"a；b", u"a、b", u"a|b", u"a……", u"——"})
         EXPECT_FALSE(NamePassesRule(bad, NameUse::CollectedBlock)) << Utf16ToUtf8(bad);
     for (std::u16string_view good : {u"门窗 1", u"a…b", u"a—b", u"a+b", u"Title-Blocks_2"})
         EXPECT_TRUE(NamePassesRule(good, NameUse::CollectedBlock)) << Utf16ToUtf8(good);

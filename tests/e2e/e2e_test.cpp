@@ -86,8 +86,12 @@ long TreeRequests() { return World().service.Served("/gallery/g_all_s") + World(
 std::string Gallery(int i) { return QString::fromStdU16String(World().service.galleries.at(i)).toStdString(); }
 // Runs until the first synchronisation has left a catalogue in the store.
 bool WaitForFirstTree(int ms) {
-    return PumpUntil([] { return fs::exists(StoreRoot() / Gallery(0) / (Gallery(0) + ".xdb")) ||
-                                 fs::exists(StoreRoot() / Gallery(1) / (Gallery(1) + ".xdb")); }, ms);
+    return PumpUntil(
+        [] {
+            return fs::exists(StoreRoot() / Gallery(0) / (Gallery(0) + ".xdb")) ||
+                   fs::exists(StoreRoot() / Gallery(1) / (Gallery(1) + ".xdb"));
+        },
+        ms);
 }
 
 int PreTranslateKey(QObject* receiver, int key) {
@@ -114,7 +118,8 @@ TEST(Exports, ThePanelMadeByShowServesItsHost) {
     for (const char* list : {"marrowfin::CClassListCtrl", "marrowfin::CDWGListView", "marrowfin::CSearchListCtrl"})
         EXPECT_EQ(IsDLLHwnd(MarrowfinWindowOf(FindChild(panel, list))), 1) << list;
     EXPECT_EQ(
-        IsDLLHwnd(MarrowfinWindowOf(&host)) + IsDLLHwnd(MarrowfinWindowOf(FindButton(panel, QStringLiteral("反馈")))), 0);
+        IsDLLHwnd(MarrowfinWindowOf(&host)) + IsDLLHwnd(MarrowfinWindowOf(FindButton(panel, QStringLiteral("反馈")))),
+        0);
     show();
     ShowGallery(u"", u"");
     EXPECT_TRUE(GetGallery() == handle && host.Requests(MARROWFIN_REQUEST_CHANNEL).size() == 1u);
@@ -125,7 +130,8 @@ TEST(Exports, ThePanelMadeByShowServesItsHost) {
     QWidget* classList = FindChild(panel, "marrowfin::CClassListCtrl");
     ASSERT_NE(classList, nullptr);
     EXPECT_EQ((std::vector<int>{PreTranslateKey(classList, Qt::Key_Escape), PreTranslateKey(panel, Qt::Key_A),
-                                PreTranslateKey(&host, Qt::Key_Escape)}), (std::vector<int>{1, 0, 0}));
+                                PreTranslateKey(&host, Qt::Key_Escape)}),
+              (std::vector<int>{1, 0, 0}));
     // A real key through the host's loop: Control+Tab hides the panel, which stays.
     QTest::keyClick(classList, Qt::Key_Tab, Qt::ControlModifier);
     EXPECT_TRUE(!panel->isVisible() && GetGallery() == handle && PreTranslateKey(classList, Qt::Key_Escape) == 0);
@@ -152,14 +158,16 @@ TEST(Exports, ThePanelMadeByShowServesItsHost) {
     ASSERT_NE(statistics, nullptr);
     QTest::mouseClick(statistics, Qt::LeftButton);
     Pump(50);
-    EXPECT_EQ(stranger.records, (std::vector<RecordedMessage>{{MARROWFIN_GALLERY_HOST_NOTICE, handle, MARROWFIN_NOTICE_STATISTICS, {}}}));
+    EXPECT_EQ(stranger.records,
+              (std::vector<RecordedMessage>{{MARROWFIN_GALLERY_HOST_NOTICE, handle, MARROWFIN_NOTICE_STATISTICS, {}}}));
     EXPECT_TRUE(host.records.empty());
     EXPECT_EQ(MarrowfinSendPanelControl(handle, 1, hostHandle), 0);
 
     // The collections ask the host to sign in, and for a token only for a real user (users
     // 0 and 1 are nobody). Each round starts signed out.
     const std::pair<uint32_t, std::vector<intptr_t>> rounds[] = {
-        {0, {MARROWFIN_REQUEST_SIGN_IN}}, {1, {MARROWFIN_REQUEST_SIGN_IN}},
+        {0, {MARROWFIN_REQUEST_SIGN_IN}},
+        {1, {MARROWFIN_REQUEST_SIGN_IN}},
         {42, {MARROWFIN_REQUEST_SIGN_IN, MARROWFIN_REQUEST_TOKEN}}};
     for (const auto& [user, requests] : rounds) {
         MarrowfinSendPanelControl(handle, 6, 0);
@@ -295,7 +303,8 @@ TEST(Exports, ASearchTypedInThePanelFetchesRowsInViewAndInsertsOne) {
     QTest::mouseDClick(list, Qt::LeftButton, Qt::NoModifier, QPoint(40, 30));
     ASSERT_TRUE(PumpUntil([&] { return host.Requests(MARROWFIN_REQUEST_INSERT).size() > before; }, 3000));
     const std::u16string inserted = host.Requests(MARROWFIN_REQUEST_INSERT).back().text;
-    EXPECT_EQ(QString::fromStdU16String(inserted).left(int(cache.string().size())), QString::fromStdString(cache.string()));
+    EXPECT_EQ(QString::fromStdU16String(inserted).left(int(cache.string().size())),
+              QString::fromStdString(cache.string()));
     EXPECT_FALSE(panel->isVisible());
 }
 

@@ -90,7 +90,7 @@ TEST_F(HostLink, OrdersLocationsInsertionsAndTheBoutiqueQuestion) {
     // 416: split at the first separator; an empty number counts as 1; a huge
     // one saturates rather than wrapping; without the separator nothing changes.
     const std::tuple<const char16_t*, int32_t, const char16_t*> cases[] = {
-        {u"&^&tok&^&tail", 1, u"tok&^&tail"}, {u"12345&^&abc", 12345, u"abc"}, {u"-2&^&", -2, u""},
+        {u"&^&tok&^&tail", 1, u"tok&^&tail"},      {u"12345&^&abc", 12345, u"abc"}, {u"-2&^&", -2, u""},
         {u"99999999999&^&big", INT32_MAX, u"big"}, {u"77&^", INT32_MAX, u"big"},
     };
     for (const auto& [text, user, token] : cases)
@@ -118,8 +118,10 @@ TEST_F(HostLink, OrdersLocationsInsertionsAndTheBoutiqueQuestion) {
     // A location answers 1 and opens nothing; only the collections word would.
     EXPECT_EQ(CopyData(411, u"\\门窗\\推拉门"), 1);
     QCoreApplication::sendPostedEvents();
-    EXPECT_EQ(std::make_tuple(panel->m_nav.page, panel->m_nav.pendingClass, IsTimerRunning(handle, 2000)), std::make_tuple(page, pending, false));
-    EXPECT_TRUE(CopyData(411, u"\\我的收藏\\1") == 1 && !panel->m_quietCollect) << "the host's flag lasts this step only";
+    EXPECT_EQ(std::make_tuple(panel->m_nav.page, panel->m_nav.pendingClass, IsTimerRunning(handle, 2000)),
+              std::make_tuple(page, pending, false));
+    EXPECT_TRUE(CopyData(411, u"\\我的收藏\\1") == 1 && !panel->m_quietCollect)
+        << "the host's flag lasts this step only";
     panel->HidePanel();
     EXPECT_TRUE(CopyData(412, u"") == 1 && panel->isVisible()) << "412 shows the panel whatever the location";
     panel->HidePanel();
@@ -169,7 +171,8 @@ TEST_F(HostLink, OrdersLocationsInsertionsAndTheBoutiqueQuestion) {
     AddChild(&root, fine, false);
     AddChild(fine, door, false);
     AddChild(door, new GalleryNode(u"门", u"/d/Orsolen/精品/门/a.dwg", u"a.dwg", kKindFile, false, false, 2048), false);
-    AddChild(&root, new GalleryNode(u"Orsolen", u"/d/Orsolen/精品/门/c.dwg", u"c.dwg", kKindFile, false, true, 2048), false);
+    AddChild(&root, new GalleryNode(u"Orsolen", u"/d/Orsolen/精品/门/c.dwg", u"c.dwg", kKindFile, false, true, 2048),
+             false);
     store.root = &root;
     // (The host's separators name the same block.)
     EXPECT_EQ((std::vector<size_t>{IsBlkBoutique(u"/d/Orsolen/精品/门/a.dwg"),
@@ -227,4 +230,3 @@ TEST_F(HostLink, FeedbackWaitRemindsEveryThirdTickUntilTheUserChangesOrTheHostGo
     EXPECT_TRUE(watch.isNull() && panel->isEnabled() && panel->userId == -2);  // nobody answered
     EXPECT_FALSE(PostHostNotice(panel->hostWindow, panel->Handle(), 14));  // delivered nowhere
 }
-

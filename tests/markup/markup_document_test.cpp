@@ -16,9 +16,10 @@ using namespace test;
 TEST(MarkupParse, WalksTheCallersReadingOrderEveryTokeniserCaseAndAttributeValues) {
     MarkupDocument doc;
     EXPECT_FALSE(doc.FindElement() || doc.SetAttribute(u"a", u"b")) << "nothing set yet";
-    ASSERT_TRUE(doc.SetText(u"<?xml version=\"1.0\"?>\r\n<!-- list -->\r\n<root>"
-                            u"<item id=\"1\" name='第一'><path>a/b.dwg</path><size>12</size></item><other/>"
-                            u"<item id=\"2\"><size>7</size><path>c.dwg</path></item></root>\r\n"));
+    ASSERT_TRUE(
+        doc.SetText(u"<?xml version=\"1.0\"?>\r\n<!-- list -->\r\n<root>"
+                    u"<item id=\"1\" name='第一'><path>a/b.dwg</path><size>12</size></item><other/>"
+                    u"<item id=\"2\"><size>7</size><path>c.dwg</path></item></root>\r\n"));
     EXPECT_EQ(doc.GetResult(), u"");
     EXPECT_FALSE(doc.FindElement(u"roo") || doc.FindElement(u"rootx")) << "names compare over their whole length";
     ASSERT_TRUE(doc.FindElement(u"root") && doc.EnterElement() && doc.FindElement(u"item"));
@@ -57,21 +58,30 @@ TEST(MarkupParse, WalksTheCallersReadingOrderEveryTokeniserCaseAndAttributeValue
         {u"<a><!x></a>", false, "exclamation_tag_syntax offset=\"3\""},
         {u"<a><!-x></a>", false, "comment_tag_syntax offset=\"3\""},
         {u"<a><![x></a>", false, "cdata_section_syntax offset=\"3\""},
-        {u"<a>< b</a>", false, "first_tag_syntax offset=\"3\""}, {u"<a><1></a>", false, "first_tag_syntax"},
+        {u"<a>< b</a>", false, "first_tag_syntax offset=\"3\""},
+        {u"<a><1></a>", false, "first_tag_syntax"},
         {u"<a x=\"1>", false, "unterminated_tag_syntax type=\"start_tag\" offset=\"0\""},
         {u"<a></a", false, "unterminated_tag_syntax type=\"end_tag\" offset=\"3\""},
-        {u"<a/><?pi", false, "type=\"processing_instruction\""}, {u"<a/><!-- c ->", false, "type=\"comment\""},
-        {u"<a/><![CDATA[ x ]>", false, "type=\"cdata_section\""}, {u"<!DOCTYPE a [", false, "type=\"document_type\""},
-        {u"<a/><!x", false, "type=\"tag\""}, {u"<a/><", false, "type=\"tag\""}, {u"<a/><!-->", false, "type=\"comment\""},
-        {u"<a/><?>", false, "type=\"processing_instruction\""}, {u"</x>", false, "no_root_element"},
-        {u" \r\n\t ", false, "no_root_element"}, {u"just text > more", false, "no_root_element"},
-        {u"<!DOCTYPE a [<!-", false, "type=\"document_type\""}, {u"<r><a><b>", false, "offset2=\"9\""},
+        {u"<a/><?pi", false, "type=\"processing_instruction\""},
+        {u"<a/><!-- c ->", false, "type=\"comment\""},
+        {u"<a/><![CDATA[ x ]>", false, "type=\"cdata_section\""},
+        {u"<!DOCTYPE a [", false, "type=\"document_type\""},
+        {u"<a/><!x", false, "type=\"tag\""},
+        {u"<a/><", false, "type=\"tag\""},
+        {u"<a/><!-->", false, "type=\"comment\""},
+        {u"<a/><?>", false, "type=\"processing_instruction\""},
+        {u"</x>", false, "no_root_element"},
+        {u" \r\n\t ", false, "no_root_element"},
+        {u"just text > more", false, "no_root_element"},
+        {u"<!DOCTYPE a [<!-", false, "type=\"document_type\""},
+        {u"<r><a><b>", false, "offset2=\"9\""},
         // A second '=' doesn't open a value, so its quote doesn't hide the '>'.
         {u"<a b==\"x>\"/>", false, "unended_start_tag tagname=\"a\" offset=\"0\" offset2=\"12\""},
         // An unended child keeps the extent of its start tag; a lone end tag is ignored;
         // two top-level elements are reported but not ill-formed.
         {u"<a><b></a>", false, "unended_start_tag tagname=\"b\" offset=\"3\" offset2=\"7\""},
-        {u"<a></b></a>", false, "lone_end_tag tagname=\"b\" offset=\"3\""}, {u"<a/><b/>", false, "root_has_sibling"},
+        {u"<a></b></a>", false, "lone_end_tag tagname=\"b\" offset=\"3\""},
+        {u"<a/><b/>", false, "root_has_sibling"},
         // Unended elements at the end: their children move up behind them, the inner one reported first.
         {u"<r><u1><c1/><u2><c2><d/></c2><c3/></r>", false,
          "unended_start_tag tagname=\"u2\" offset=\"12\" offset2=\"35\"/><unended_start_tag tagname=\"u1\" offset=\"3\" offset2=\"35\""},
@@ -109,16 +119,23 @@ TEST(MarkupParse, WalksTheCallersReadingOrderEveryTokeniserCaseAndAttributeValue
     // Attribute values, their quoting, a reused buffer and the attribute cache.
     // Text, attribute, value read (nullptr: absent).
     const std::tuple<const char16_t*, const char16_t*, const char16_t*> reads[] = {
-        {u"<e a=\"one\" b=\"\"/>", u"a", u"one"}, {u"<e a=\"one\" b=\"\"/>", u"b", u""},
-        {u"<e a=\"one\" b=\"\"/>", u"zz", nullptr}, {u"<e c=\"x&amp;y&#20013;\"/>", u"c", u"x&y\u4E2D"},
-        {u"<a x='1' y=2 z/>", u"y", u"2"}, {u"<a x='1' y=2 z/>", u"z", u"z"},
-        {u"<a t=\"x>'y\" u='\"'><b/></a>", u"t", u"x>'y"}, {u"<a t=\"x>'y\" u='\"'><b/></a>", u"u", u"\""},
+        {u"<e a=\"one\" b=\"\"/>", u"a", u"one"},
+        {u"<e a=\"one\" b=\"\"/>", u"b", u""},
+        {u"<e a=\"one\" b=\"\"/>", u"zz", nullptr},
+        {u"<e c=\"x&amp;y&#20013;\"/>", u"c", u"x&y\u4E2D"},
+        {u"<a x='1' y=2 z/>", u"y", u"2"},
+        {u"<a x='1' y=2 z/>", u"z", u"z"},
+        {u"<a t=\"x>'y\" u='\"'><b/></a>", u"t", u"x>'y"},
+        {u"<a t=\"x>'y\" u='\"'><b/></a>", u"u", u"\""},
         {u"<a k=\"1\"/>", u"", nullptr},  // (later duplicates are the attribute cache's test)
         // The '/' of an unquoted value doesn't make the element empty.
-        {u"<r href=x/y/>t</r>", u"href", u"x/y/"}, {u"<r href=x/y/>t</r>", nullptr, u"t"},
+        {u"<r href=x/y/>t</r>", u"href", u"x/y/"},
+        {u"<r href=x/y/>t</r>", nullptr, u"t"},
         // Element text (no attribute named) of mixed content.
-        {u"<a>x<!-- c -->y<![CDATA[<z>&amp;]]><?p q?></a>", nullptr, u"xy<z>&amp;"}, {u"<a><b>t</b></a>", nullptr, u""},
-        {u"<a>1 &lt; 2 &amp;&amp; 3 &gt; 2</a>", nullptr, u"1 < 2 && 3 > 2"}, {u"<a>b>c<!--x-->d</a>", nullptr, u"b>cd"},
+        {u"<a>x<!-- c -->y<![CDATA[<z>&amp;]]><?p q?></a>", nullptr, u"xy<z>&amp;"},
+        {u"<a><b>t</b></a>", nullptr, u""},
+        {u"<a>1 &lt; 2 &amp;&amp; 3 &gt; 2</a>", nullptr, u"1 < 2 && 3 > 2"},
+        {u"<a>b>c<!--x-->d</a>", nullptr, u"b>cd"},
     };
     std::u16string buffer;
     for (const auto& [text, name, value] : reads) {
@@ -154,26 +171,30 @@ TEST(MarkupParse, WalksTheCallersReadingOrderEveryTokeniserCaseAndAttributeValue
     }
     // Later duplicates, inside and beyond the cached part, never win.
     tag += u" a3='late' a18='late' na=\"short\" name='全名' names=x>";
-    expected.insert(expected.end(), {{u"na", u"short"}, {u"name", u"全名"}, {u"names", u"x"}, {u"a", u""}, {u"names2", u""}});
+    expected.insert(expected.end(),
+                    {{u"na", u"short"}, {u"name", u"全名"}, {u"names", u"x"}, {u"a", u""}, {u"names2", u""}});
     std::mt19937 random(7);
     for (int round = 0; round < 40; ++round) {
         ASSERT_TRUE(doc.SetText(u"<r>" + tag + u"<c k=\"child\"/></e><f k=\"other\"/></r>")) << ResultOf(doc);
         ASSERT_TRUE(doc.FindElement(u"r") && doc.EnterElement() && doc.FindElement(u"e"));
         std::shuffle(expected.begin(), expected.end(), random);
-        for (const auto& [n, v] : expected) EXPECT_EQ(doc.GetAttribute(n), v) << Utf16ToUtf8(n) << " in round " << round;
+        for (const auto& [n, v] : expected)
+            EXPECT_EQ(doc.GetAttribute(n), v) << Utf16ToUtf8(n) << " in round " << round;
         const std::u16string_view names[3] = {expected[0].first, expected[1].first, expected[2].first};
         std::u16string_view views[3];
         std::u16string scratch[3];
         doc.AttributeViews(names, views, scratch);
-        for (int i = 0; i < 3; ++i) EXPECT_EQ(views[i], expected[i].second) << Utf16ToUtf8(names[i]) << " in round " << round;
+        for (int i = 0; i < 3; ++i)
+            EXPECT_EQ(views[i], expected[i].second) << Utf16ToUtf8(names[i]) << " in round " << round;
         ASSERT_TRUE(doc.FindChildElement(u"c"));
         EXPECT_EQ(doc.GetChildAttribute(u"k") + doc.GetAttribute(u"a19") + doc.GetChildAttribute(u"a0"), u"childv19&");
     }
     // Edits move the cached element's tag or change its values; an edit of the parent moves
     // the child's tag that was read last.
     ASSERT_TRUE(doc.SetAttribute(u"a0", u"a much longer value than before") && doc.SetAttribute(u"new", u"n"));
-    EXPECT_EQ(doc.GetChildAttribute(u"k") + doc.GetAttribute(u"a0") + doc.GetAttribute(u"a1") + doc.GetAttribute(u"new"),
-              u"childa much longer value than beforev1&n");
+    EXPECT_EQ(
+        doc.GetChildAttribute(u"k") + doc.GetAttribute(u"a0") + doc.GetAttribute(u"a1") + doc.GetAttribute(u"new"),
+        u"childa much longer value than beforev1&n");
     ASSERT_TRUE(doc.FindElement(u"f") && doc.GetAttribute(u"k") == u"other");
     doc.RewindMain();
     ASSERT_TRUE(doc.FindElement(u"e") && doc.LeaveElement());
@@ -206,12 +227,14 @@ TEST(MarkupEdit, AddAndSetKeepTheLayoutAndMatchAReparseInLongRandomRunsAndBigDoc
         // A run of slashes before '>' goes whole, or the parent would stay empty.
         {u"<r x='1' //>", u"", {{u"x", u"<r x='1' >\r\n<x>t</x>\r\n</r>"}}},
         // Appending behind the last sibling, as Show.xml is extended.
-        {u"<root>\r\n  <g id=\"1\"/>\r\n</root>\r\n", u"",
+        {u"<root>\r\n  <g id=\"1\"/>\r\n</root>\r\n",
+         u"",
          {{u"x", u"<root>\r\n  <g id=\"1\"/>\r\n<x>t</x>\r\n</root>\r\n"}}},
         // An unended parent is closed around the new element.
         {u"<r><u a=\"1\"><v/></r>", u"u>", {{u"n", u"<r><u a=\"1\">\r\n<n>t</n>\r\n</u><v/></r>"}}},
         // Set: replaced in place (any quoting), appended behind the last attribute.
-        {u"<r><a x='1' flag y=2 ><b/></a><c/></r>", u"a",
+        {u"<r><a x='1' flag y=2 ><b/></a><c/></r>",
+         u"a",
          {{u"=y", u"<r><a x='1' flag y=\"v\" ><b/></a><c/></r>"},
           {u"=flag", u"<r><a x='1' flag=\"v\" y=2 ><b/></a><c/></r>"},
           {u"=new", u"<r><a x='1' flag y=2 new=\"v\" ><b/></a><c/></r>"}}},
@@ -229,8 +252,7 @@ TEST(MarkupEdit, AddAndSetKeepTheLayoutAndMatchAReparseInLongRandomRunsAndBigDoc
             doc.SetText(c.text);
             ASSERT_TRUE(doc.FindElement() && doc.EnterElement());
             const std::u16string child = c.open;
-            while (child.empty() && doc.FindElement()) {
-            }
+            while (child.empty() && doc.FindElement()) {}
             ASSERT_TRUE(child.empty() || doc.FindElement(child.substr(0, 1)));
             ASSERT_TRUE(child.size() != 2 || doc.EnterElement());
             ASSERT_TRUE(op[0] == u'=' ? doc.SetAttribute(op + 1, u"v") : doc.AddElement(op, u"t"));
@@ -241,7 +263,8 @@ TEST(MarkupEdit, AddAndSetKeepTheLayoutAndMatchAReparseInLongRandomRunsAndBigDoc
     doc.SetText(u"<r><a><b/></a><c/></r>");
     ASSERT_TRUE(doc.FindElement() && doc.EnterElement() && doc.FindElement(u"a"));
     ASSERT_TRUE(doc.SetAttribute(u"x", u"say \"hi\" & 'bye' <now>") && doc.SetAttribute(u"y", u"中文"));
-    EXPECT_EQ(doc.Text(), u"<r><a x=\"say &quot;hi&quot; &amp; &apos;bye&apos; &lt;now&gt;\" y=\"中文\"><b/></a><c/></r>");
+    EXPECT_EQ(doc.Text(),
+              u"<r><a x=\"say &quot;hi&quot; &amp; &apos;bye&apos; &lt;now&gt;\" y=\"中文\"><b/></a><c/></r>");
     EXPECT_EQ(doc.GetAttribute(u"x"), u"say \"hi\" & 'bye' <now>");
     ASSERT_TRUE(doc.FindChildElement(u"b") && doc.FindElement(u"c") && doc.LeaveElement() && doc.GetTagName() == u"r");
     // Names that would not read back as one name are refused; so is a value that a '='
@@ -255,7 +278,8 @@ TEST(MarkupEdit, AddAndSetKeepTheLayoutAndMatchAReparseInLongRandomRunsAndBigDoc
     // Long random runs of edits and moves keep an index that a re-parse gives.
     const char16_t* names[] = {u"root", u"item", u"g", u"cls", u"名字"};
     const char16_t* texts[] = {u"", u"a", u"x<y", u"&amp;", u"中文 text", u"\"q\" 'a'"};
-    const char16_t* starts[] = {u"", u"<root/>", u"<root>\r\n  <item a=\"1\">t</item>\r\n</root>", u"<root><u><v></root>"};
+    const char16_t* starts[] = {u"", u"<root/>", u"<root>\r\n  <item a=\"1\">t</item>\r\n</root>",
+                                u"<root><u><v></root>"};
     std::mt19937 rng(1234);
     const auto pick = [&](size_t n) { return static_cast<size_t>(rng() % n); };
     for (int run = 0; run < 20; ++run) {
@@ -263,12 +287,17 @@ TEST(MarkupEdit, AddAndSetKeepTheLayoutAndMatchAReparseInLongRandomRunsAndBigDoc
         doc.SetText(starts[run % 4]);
         for (int step = 0; step < 300; ++step) {
             switch (pick(8)) {
-            case 0: case 1: doc.AddElement(names[pick(5)], texts[pick(6)]); break;
-            case 2: case 3: doc.SetAttribute(names[pick(5)], texts[pick(6)]); break;
-            case 4: doc.FindElement(pick(2) ? names[pick(5)] : u""); break;
-            case 5: doc.FindChildElement(pick(2) ? names[pick(5)] : u""); doc.EnterElement(); break;
-            case 6: doc.LeaveElement(); break;
-            case 7: doc.RewindMain(); break;
+                case 0:
+                case 1: doc.AddElement(names[pick(5)], texts[pick(6)]); break;
+                case 2:
+                case 3: doc.SetAttribute(names[pick(5)], texts[pick(6)]); break;
+                case 4: doc.FindElement(pick(2) ? names[pick(5)] : u""); break;
+                case 5:
+                    doc.FindChildElement(pick(2) ? names[pick(5)] : u"");
+                    doc.EnterElement();
+                    break;
+                case 6: doc.LeaveElement(); break;
+                case 7: doc.RewindMain(); break;
             }
             ASSERT_EQ(CheckIndex(doc), "") << run << "/" << step;
             if (step % 10 == 0) {

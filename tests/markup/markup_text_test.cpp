@@ -20,7 +20,8 @@ using namespace test;
 
 std::string Utf16Bytes(std::u16string_view text, bool big) {
     std::string out;
-    for (char16_t c : text) out += big ? std::string{char(c >> 8), char(c & 0xFF)} : std::string{char(c & 0xFF), char(c >> 8)};
+    for (char16_t c : text)
+        out += big ? std::string{char(c >> 8), char(c & 0xFF)} : std::string{char(c & 0xFF), char(c >> 8)};
     return out;
 }
 
@@ -44,10 +45,11 @@ TEST(MarkupFile, EveryFormReadsAndSavesByteForByteDetectionNulsAndFailures) {
         {"\xFF\xFE" + Utf16Bytes(body, false), body, MarkupDocument::FlagUtf16LeBom, "bom"},
         {"\xFE\xFF" + Utf16Bytes(body, true), body, MarkupDocument::FlagUtf16BeBom, "endian_swap"},
         {Utf16ToUtf8(body), body, 0, "read encoding=\"UTF-8\""},
-        {"<?xml version=\"1.0\" encoding=\"utf-8\"?>" + Utf16ToUtf8(body), u"<?xml version=\"1.0\" encoding=\"utf-8\"?>" + body, 0,
-         "read encoding=\"UTF-8\""},
+        {"<?xml version=\"1.0\" encoding=\"utf-8\"?>" + Utf16ToUtf8(body),
+         u"<?xml version=\"1.0\" encoding=\"utf-8\"?>" + body, 0, "read encoding=\"UTF-8\""},
         {InCodePage(decl32, CpUtf32), decl32, 0, ""},  // no marks: found through the declaration
-        {Utf16Bytes(decl16, false), decl16, 0, ""}, {InCodePage(gbk, 936), gbk, 0, "converted_to encoding=\"UTF-16\""},
+        {Utf16Bytes(decl16, false), decl16, 0, ""},
+        {InCodePage(gbk, 936), gbk, 0, "converted_to encoding=\"UTF-16\""},
         {InCodePage(latin, 28591), latin, 0, "converted_to"},
     };
     const std::string in = home.file("in.xml"), out = home.file("out.xml");
@@ -76,12 +78,13 @@ TEST(MarkupFile, EveryFormReadsAndSavesByteForByteDetectionNulsAndFailures) {
     // Detection, NULs, empty files and failures.
     const std::string path = home.file("x.xml");
     const std::string gbkBytes = InCodePage(u"图块", 936);
-    const std::u16string meta = u"<html><head><meta http-equiv=\"Content-Type\" content=\"text/html; charset=gbk\"></head>";
+    const std::u16string meta =
+        u"<html><head><meta http-equiv=\"Content-Type\" content=\"text/html; charset=gbk\"></head>";
     // Bytes on disk, whether UTF-8 was detected, the text read (empty: not read as GBK).
     const std::tuple<std::string, bool, std::u16string> cases[] = {
         {"<r>\xB5\xC4</r>", false, u"<r>\uFFFD\uFFFD</r>"},  // begins with '<': UTF-8 all the same
-        {" \xE4\xB8\xAD<r/>", true, u" 中<r/>"},             // else valid UTF-8 is detected
-        {" \xFF<r/>", false, u" \uFFFD<r/>"},                // the default code page is UTF-8 here
+        {" \xE4\xB8\xAD<r/>", true, u" 中<r/>"},  // else valid UTF-8 is detected
+        {" \xFF<r/>", false, u" \uFFFD<r/>"},  // the default code page is UTF-8 here
         // The charset of an html meta counts before </head> only; another first element ends the search.
         {Utf16ToUtf8(meta) + "<p>" + gbkBytes + "</p></html>", false, meta + u"<p>图块</p></html>"},
         {"<html><head></head><meta content=\"charset=gbk\"><p>" + gbkBytes + "</p></html>", false, u""},
@@ -113,7 +116,8 @@ TEST(MarkupFile, EveryFormReadsAndSavesByteForByteDetectionNulsAndFailures) {
     ASSERT_TRUE(built.AddElement(u"root", u"图") && built.SaveFile(Utf8ToUtf16(path)));
     EXPECT_EQ(ReadBytes(path), "<root>\xE5\x9B\xBE</root>\r\n");
     ASSERT_EQ(mkdir(home.file("ro").c_str(), 0500), 0);
-    EXPECT_TRUE(geteuid() == 0 || (!built.SaveFile(Utf8ToUtf16(home.file("ro/x.xml"))) && HasRecord(built, "file_error")));
+    EXPECT_TRUE(geteuid() == 0 ||
+                (!built.SaveFile(Utf8ToUtf16(home.file("ro/x.xml"))) && HasRecord(built, "file_error")));
     EXPECT_FALSE(built.SaveFile(Utf8ToUtf16(home.file("no/such/dir/x.xml"))));
 }
 
@@ -155,8 +159,12 @@ TEST(MarkupText, DecodesReferencesAndUtf8LikeThePlatformCodecAndNamesEncodings) 
     // path and for the 64-byte blocks of mixed text) with one fault at every place, then
     // mixed markup and CJK across several blocks with one fault at every place, then
     // random byte soup.
-    std::vector<std::string> inputs = {"\xC0\xAF", "\xE0\x80\xAF", "\xF4\x8F\xBF\xBF", "\xF4\x90\x80\x80",
-                                       "\xF8\x88\x80\x80\x80", std::string(40, 'x') + "\x80" + std::string(16, 'y'),
+    std::vector<std::string> inputs = {"\xC0\xAF",
+                                       "\xE0\x80\xAF",
+                                       "\xF4\x8F\xBF\xBF",
+                                       "\xF4\x90\x80\x80",
+                                       "\xF8\x88\x80\x80\x80",
+                                       std::string(40, 'x') + "\x80" + std::string(16, 'y'),
                                        std::string("a\0b\0\0c", 6)};
     for (size_t prefix = 0; prefix < 3; ++prefix) {
         for (size_t run = 1; run <= 26; ++run) {
@@ -164,31 +172,36 @@ TEST(MarkupText, DecodesReferencesAndUtf8LikeThePlatformCodecAndNamesEncodings) 
             for (size_t k = 0; k < run; ++k) base += "\xE4\xB8\xAD";
             base += "z";
             for (size_t at = prefix; at < base.size(); ++at) {
-                for (const char stray : {'\x80', '\xC3', 'A', '\xE4', '\0'}) inputs.push_back(base.substr(0, at) + stray + base.substr(at + 1));
+                for (const char stray : {'\x80', '\xC3', 'A', '\xE4', '\0'})
+                    inputs.push_back(base.substr(0, at) + stray + base.substr(at + 1));
                 inputs.push_back(base.substr(0, at));
             }
             for (size_t k = 0; k < run; ++k)
-                for (const char* other : {"\xED\xA0\x80", "\xED\xBF\xBF", "\xE0\x80\x80", "\xE0\x9F\xBF", "\xEF\xBF\xBF",
-                                          "\xED\x9F\xBF", "\xEE\x80\x80", "\xE0\xA0\x80", "\xF0\x9F\x98\x80"})
+                for (const char* other :
+                     {"\xED\xA0\x80", "\xED\xBF\xBF", "\xE0\x80\x80", "\xE0\x9F\xBF", "\xEF\xBF\xBF", "\xED\x9F\xBF",
+                      "\xEE\x80\x80", "\xE0\xA0\x80", "\xF0\x9F\x98\x80"})
                     inputs.push_back(std::string(base).replace(prefix + 3 * k, 3, other));
         }
     }
     std::string mixed;
     while (mixed.size() < 200) mixed += "<item id=\"7\" name=\"\xE5\x88\x86\xE7\xB1\xBB\xC3\xA9\">\xE4\xB8\xAD</item>";
     for (size_t at = 0; at < mixed.size(); ++at) {
-        for (const char* other : {"\x80", "\xC1", "\xF0\x9F\x98\x80", "\xE0\x80\x80", "\xED\xA0\x80", "\xE0\xA0\x80", "\xED\x9F\xBF"})
+        for (const char* other :
+             {"\x80", "\xC1", "\xF0\x9F\x98\x80", "\xE0\x80\x80", "\xED\xA0\x80", "\xE0\xA0\x80", "\xED\x9F\xBF"})
             inputs.push_back(std::string(mixed).insert(at, other));
         // A NUL inside a form spoils it, which the codec of the text without it can't see.
         if (static_cast<unsigned char>(mixed[at]) < 0x80) inputs.push_back(std::string(mixed).insert(at, 1, '\0'));
     }
     std::mt19937 rng(7);
-    const char alphabet[] = {'a', '<', ' ', '\xE4', '\xB8', '\xAD', '\xC2', '\xA9', '\xF0', '\x9F', '\x80', '\xFF', '\xED', '\xA0'};
+    const char alphabet[] = {'a',    '<',    ' ',    '\xE4', '\xB8', '\xAD', '\xC2',
+                             '\xA9', '\xF0', '\x9F', '\x80', '\xFF', '\xED', '\xA0'};
     for (int k = 0; k < 2000; ++k)
         for (char& c : inputs.emplace_back(rng() % 160, 'a')) c = alphabet[rng() % sizeof alphabet];
     for (const std::string& in : inputs) {
         std::vector<char16_t> out(in.size() + 1);
         size_t nulls = 1;
-        const size_t units = DecodeUtf8Into(reinterpret_cast<const unsigned char*>(in.data()), in.size(), out.data(), nulls);
+        const size_t units =
+            DecodeUtf8Into(reinterpret_cast<const unsigned char*>(in.data()), in.size(), out.data(), nulls);
         std::string withoutNul = in;
         std::erase(withoutNul, '\0');
         ASSERT_EQ(std::u16string(out.data(), units), Utf8ToUtf16(withoutNul)) << in;
@@ -213,10 +226,15 @@ TEST(MarkupText, DecodesReferencesAndUtf8LikeThePlatformCodecAndNamesEncodings) 
                 << Utf16ToUtf8(other);
     }
     // "8-ftu" shares the bucket of "utf-8"; "UTF-32" counts only at the start; 99 units at most.
-    const std::pair<std::u16string, uint32_t> others[] = {
-        {u"8-ftu", 0}, {u" utf-8", 0}, {u"ＵＴＦ-8", 0}, {std::u16string(u"utf-8\0", 6), 0}, {u"Utf-32", 0},
-        {u"UTF-32BE", 65005}, {u"utf-8" + std::u16string(94, u' '), 0}, {u"UTF-32" + std::u16string(93, u'x'), 65005},
-        {u"UTF-32" + std::u16string(94, u'x'), 0}};
+    const std::pair<std::u16string, uint32_t> others[] = {{u"8-ftu", 0},
+                                                          {u" utf-8", 0},
+                                                          {u"ＵＴＦ-8", 0},
+                                                          {std::u16string(u"utf-8\0", 6), 0},
+                                                          {u"Utf-32", 0},
+                                                          {u"UTF-32BE", 65005},
+                                                          {u"utf-8" + std::u16string(94, u' '), 0},
+                                                          {u"UTF-32" + std::u16string(93, u'x'), 65005},
+                                                          {u"UTF-32" + std::u16string(94, u'x'), 0}};
     for (const auto& [name, page] : others) EXPECT_EQ(CodePageOfEncodingName(name), page) << Utf16ToUtf8(name);
 }
 

@@ -26,7 +26,8 @@ protected:
     TestStore store;
 };
 
-const char kFirstReply[] = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<root dv=\"0\">\n"
+const char kFirstReply[] =
+    "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<root dv=\"0\">\n"
     // A gallery whose name begins with the names of two earlier galleries,
     // answered first although it is listed last but one.
     "<gallery gn=\"石材10\" gv=\"1\"><item cs=\"甲\" b_u=\"http://h/10/甲\" ver=\"4\">"
@@ -58,17 +59,37 @@ TEST_F(FirstTreeReply, FirstRunThenASecondRunOnItsOwnThread) {
     GalleryNode* const root = store.root;
     ASSERT_NE(root, nullptr);
     const std::u16string r = root->Path();
-    EXPECT_EQ(test::DumpChildren(root), u"Orsolen|石|" + r + u"/石|dir||0|0|-|-\n"
-              u"  石|材10|" + r + u"/石/材10|dir|http://h/s|2|0|-|-\n"
-              u"    材10|d.dwg|" + r + u"/石/材10/d.dwg|file|http://h/s/d.dwg|0|5|-|-\n"
-              u"    材10|f.dwg|" + r + u"/石/材10/f.dwg|file|http://h/s/f.dwg|0|6|-|-\n"
-              u"Orsolen|石材|" + r + u"/石材|dir||0|0|-|-\n"
-              u"  石材|甲|" + r + u"/石材/甲|dir|http://h/sc|9|0|-|-\n"
-              u"Orsolen|石材10|" + r + u"/石材10|dir||0|0|-|b\n"
-              u"  石材10|甲|" + r + u"/石材10/甲|dir|http://h/10/甲|4|0|-|-\n"
-              u"    甲|a&b.dwg|" + r + u"/石材10/甲/a&b.dwg|file|http://h/10/甲/a&b.dwg|0|100|h|b\n"
-              u"    甲|c.dwg|" + r + u"/石材10/甲/c.dwg|file|http://h/10/甲/c.dwg|0|20|-|b\n"
-              u"Orsolen|空|" + r + u"/空|dir||0|0|-|-\n");
+    EXPECT_EQ(test::DumpChildren(root), u"Orsolen|石|" + r +
+                                            u"/石|dir||0|0|-|-\n"
+                                            u"  石|材10|" +
+                                            r +
+                                            u"/石/材10|dir|http://h/s|2|0|-|-\n"
+                                            u"    材10|d.dwg|" +
+                                            r +
+                                            u"/石/材10/d.dwg|file|http://h/s/d.dwg|0|5|-|-\n"
+                                            u"    材10|f.dwg|" +
+                                            r +
+                                            u"/石/材10/f.dwg|file|http://h/s/f.dwg|0|6|-|-\n"
+                                            u"Orsolen|石材|" +
+                                            r +
+                                            u"/石材|dir||0|0|-|-\n"
+                                            u"  石材|甲|" +
+                                            r +
+                                            u"/石材/甲|dir|http://h/sc|9|0|-|-\n"
+                                            u"Orsolen|石材10|" +
+                                            r +
+                                            u"/石材10|dir||0|0|-|b\n"
+                                            u"  石材10|甲|" +
+                                            r +
+                                            u"/石材10/甲|dir|http://h/10/甲|4|0|-|-\n"
+                                            u"    甲|a&b.dwg|" +
+                                            r +
+                                            u"/石材10/甲/a&b.dwg|file|http://h/10/甲/a&b.dwg|0|100|h|b\n"
+                                            u"    甲|c.dwg|" +
+                                            r +
+                                            u"/石材10/甲/c.dwg|file|http://h/10/甲/c.dwg|0|20|-|b\n"
+                                            u"Orsolen|空|" +
+                                            r + u"/空|dir||0|0|-|-\n");
     // Versions and catalogues for the three answered galleries only (the fetch ticks: the hour rule's live test).
     EXPECT_EQ(store.galleryVersions, (std::map<std::u16string, int32_t>{{u"石", 2}, {u"石材", 9}, {u"石材10", 4}}));
     EXPECT_EQ(ReadGalleryVersion(u"石材10"), 4);
@@ -98,11 +119,19 @@ TEST_F(FirstTreeReply, FirstRunThenASecondRunOnItsOwnThread) {
 
     EXPECT_EQ(store.root, root);  // the root survives; the gallery is rebuilt, not appended to
     ASSERT_EQ(root->dirChildren.size(), 4u);
-    EXPECT_EQ(DumpTree(root->dirChildren.at(0)), u"Orsolen|石|" + r + u"/石|dir||0|0|-|-\n"
-              u"  石|材10|" + r + u"/石/材10|dir|http://h/s|3|0|-|-\n"
-              u"    材10|d.dwg|" + r + u"/石/材10/d.dwg|file|http://h/s/d.dwg|0|5|-|-\n"
-              u"    材10|g.dwg|" + r + u"/石/材10/g.dwg|file|http://h/s/g.dwg|0|7|h|-\n"
-              u"    材10|f.dwg|" + r + u"/石/材10/f.dwg|file|http://h/s/f.dwg|0|6|-|-\n");
+    EXPECT_EQ(DumpTree(root->dirChildren.at(0)), u"Orsolen|石|" + r +
+                                                     u"/石|dir||0|0|-|-\n"
+                                                     u"  石|材10|" +
+                                                     r +
+                                                     u"/石/材10|dir|http://h/s|3|0|-|-\n"
+                                                     u"    材10|d.dwg|" +
+                                                     r +
+                                                     u"/石/材10/d.dwg|file|http://h/s/d.dwg|0|5|-|-\n"
+                                                     u"    材10|g.dwg|" +
+                                                     r +
+                                                     u"/石/材10/g.dwg|file|http://h/s/g.dwg|0|7|h|-\n"
+                                                     u"    材10|f.dwg|" +
+                                                     r + u"/石/材10/f.dwg|file|http://h/s/f.dwg|0|6|-|-\n");
     EXPECT_TRUE(!FileExists(risen) && !DirectoryExists(r + u"/石/材10") && FileExists(kept) &&
                 ReadGalleryVersion(u"石") == 3);
     EXPECT_NE(test::ReadBytes(Utf16ToUtf8(r + u"/石/石.xdb")).find("<sub n=\"材10\" ver=\"3\""), std::string::npos);
@@ -114,8 +143,8 @@ TEST_F(FirstTreeReply, FirstRunThenASecondRunOnItsOwnThread) {
 TEST_F(FirstTreeReply, AGalleryNamedTwiceComparesWithItsNewCatalogue) {
     ASSERT_TRUE(AddGalleryToShowList(u"G"));
     auto item = [](const char* cls, const char* ver, const char* fn) {
-        return std::string("<item cs=\"") + cls + "\" b_u=\"http://h/" + cls + "\" ver=\"" + ver + "\"><dwg fn=\"" + fn +
-               "\" size=\"1\" hi=\"0\"/></item>";
+        return std::string("<item cs=\"") + cls + "\" b_u=\"http://h/" + cls + "\" ver=\"" + ver + "\"><dwg fn=\"" +
+               fn + "\" size=\"1\" hi=\"0\"/></item>";
     };
     auto gallery = [](const std::string& items) { return "<gallery gn=\"G\" gv=\"0\">" + items + "</gallery>"; };
     // The reply; then whether A/x.dwg and B/y.dwg (downloaded after each run) are still on

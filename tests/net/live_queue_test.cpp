@@ -18,7 +18,8 @@ struct QueueWorld : test::LiveWorld {
     std::vector<GalleryNode*> Blocks() {
         std::vector<GalleryNode*> blocks;
         for (GalleryNode* g : store.root->dirChildren)
-            for (GalleryNode* c : g->dirChildren) blocks.insert(blocks.end(), c->fileChildren.begin(), c->fileChildren.end());
+            for (GalleryNode* c : g->dirChildren)
+                blocks.insert(blocks.end(), c->fileChildren.begin(), c->fileChildren.end());
         return blocks;
     }
     long Fetched() { return Count("/files/*"); }
@@ -29,7 +30,8 @@ struct QueueWorld : test::LiveWorld {
         for (const uint32_t start = GetTickCount(); TicksSince(start) < 30000; SleepMs(2)) {
             std::lock_guard<std::mutex> lock(store.downloadLock);
             peakRunning = std::max(peakRunning, store.downloadsRunning.size());
-            if (store.downloadsWaiting.empty() && store.downloadsRunning.empty() && LiveDownloadWorkers() == 0) return true;
+            if (store.downloadsWaiting.empty() && store.downloadsRunning.empty() && LiveDownloadWorkers() == 0)
+                return true;
         }
         return false;
     }
@@ -78,10 +80,12 @@ TEST(LiveQueue, EveryRoadOfTheQueueInOneLibrary) {
 
     // Each fault on four blocks: nothing stands on disk and no notice goes out; a body of
     // 1,024 bytes is an error page, 1,025 a block; after the faults the blocks come.
-    const std::pair<service::Fault, bool> cases[] = {
-        {{.body = std::string(1024, 'p')}, false}, {{.status = 404}, false},
-        {{.truncateAt = 300}, false}, {{.drop = true}, false}, {{.emptyBody = true}, false},
-        {{.body = std::string(1025, 'p')}, true}};
+    const std::pair<service::Fault, bool> cases[] = {{{.body = std::string(1024, 'p')}, false},
+                                                     {{.status = 404}, false},
+                                                     {{.truncateAt = 300}, false},
+                                                     {{.drop = true}, false},
+                                                     {{.emptyBody = true}, false},
+                                                     {{.body = std::string(1025, 'p')}, true}};
     for (const auto& [fault, lands] : cases) {
         SCOPED_TRACE(service::FaultText(fault));
         w.faults().set("/files/*", fault);

@@ -90,7 +90,8 @@ TEST(LiveSync, ForcedRefreshRemovesDownloadedClassesOnce) {
     for (const auto& [kept, downver] : {std::pair{true, -1}, {false, 1}, {true, 1}}) {
         TestStore store;
         BuildAndAdopt(store);
-        EXPECT_TRUE((classPath.empty() || DirectoryExists(classPath) == kept) && GetOptionInt(u"downver", -1) == downver);
+        EXPECT_TRUE((classPath.empty() || DirectoryExists(classPath) == kept) &&
+                    GetOptionInt(u"downver", -1) == downver);
         classPath = store.root->dirChildren[0]->dirChildren[0]->Path();
         ASSERT_TRUE(CreateDirectories(classPath) && WriteFileAtomic(classPath + u"/old.dwg", std::string(2000, 'x')));
     }
@@ -115,8 +116,9 @@ TEST(LiveSync, AColdStartShowsTheCataloguesWhileTheServiceIsSlow) {
         early = AdoptTreeUpdates(store);
     }
     ASSERT_EQ(early.size(), 1u);
-    EXPECT_EQ(std::make_tuple(store.syncBusy.load(), CountBlocks(store.root->dirChildren[0]), store.galleryFetchTicks.size()),
-              std::make_tuple(1, blocks, size_t{0}));
+    EXPECT_EQ(
+        std::make_tuple(store.syncBusy.load(), CountBlocks(store.root->dirChildren[0]), store.galleryFetchTicks.size()),
+        std::make_tuple(1, blocks, size_t{0}));
     w.faults().releaseHeld();
     run.join();
     EXPECT_EQ(AdoptTreeUpdates(store).size(), 1u);

@@ -14,8 +14,13 @@ TEST(LiveTransport, EveryCallReachesTheServiceAndEveryFaultIsAFailure) {
     EXPECT_TRUE(out.find(u"<root") != std::u16string::npos &&
                 out.find(gallery) != std::u16string::npos);  // Chinese names survive
     const std::pair<service::Fault, bool> cases[] = {
-        {{.status = 404}, false}, {{.status = 500}, false}, {{.truncateAt = 10}, false}, {{.drop = true}, false},
-        {{.holdMs = 4000}, false}, {{.emptyBody = true}, true}, {{.dripBytesPerSecond = 4000}, true},
+        {{.status = 404}, false},
+        {{.status = 500}, false},
+        {{.truncateAt = 10}, false},
+        {{.drop = true}, false},
+        {{.holdMs = 4000}, false},
+        {{.emptyBody = true}, true},
+        {{.dripBytesPerSecond = 4000}, true},
         {{.latencyMs = 300}, true},
     };
     for (const auto& [fault, ok] : cases) {
@@ -42,11 +47,14 @@ TEST(LiveTransport, EveryCallReachesTheServiceAndEveryFaultIsAFailure) {
     EXPECT_EQ(bytes.substr(0, 4), "AC10");
     const auto loaded = w.windows.Messages(MsgProgress);  // the job number in the high word
     ASSERT_FALSE(loaded.empty());
-    EXPECT_EQ(std::make_pair(loaded.back().wParam, loaded.back().lParam), std::make_pair(std::uintptr_t(7u << 16), std::intptr_t(bytes.size())));
+    EXPECT_EQ(std::make_pair(loaded.back().wParam, loaded.back().lParam),
+              std::make_pair(std::uintptr_t(7u << 16), std::intptr_t(bytes.size())));
 
-    const std::pair<service::Fault, bool> downloads[] = {
-        {{.latencyMs = 700}, true}, {{.dripBytesPerSecond = 6000}, true}, {{.status = 404}, false},
-        {{.truncateAt = 100}, false}, {{.drop = true}, false}};
+    const std::pair<service::Fault, bool> downloads[] = {{{.latencyMs = 700}, true},
+                                                         {{.dripBytesPerSecond = 6000}, true},
+                                                         {{.status = 404}, false},
+                                                         {{.truncateAt = 100}, false},
+                                                         {{.drop = true}, false}};
     for (const auto& [fault, ok] : downloads) {
         SCOPED_TRACE(service::FaultText(fault));
         (void)RemoveFile(fresh);

@@ -43,7 +43,9 @@ struct ScriptedStack : HttpStack {
     bool PostForm(const std::string& url, const std::string&, std::string& response) override {
         return Attempt(url, &response);
     }
-    bool DownloadFile(const std::string& url, const std::u16string&, WindowHandle, uint16_t) override { return Attempt(url); }
+    bool DownloadFile(const std::string& url, const std::u16string&, WindowHandle, uint16_t) override {
+        return Attempt(url);
+    }
     bool UploadFile(const std::string& url, const std::u16string&, const std::u16string&, std::string& response,
                     WindowHandle) override {
         return Attempt(url, &response);

@@ -12,10 +12,16 @@ TEST(TransportRotation, StartsOnCurlThenRemembersTheWinnerAndEscapesUrls) {
     ScriptedStack stacks[] = {ScriptedStack(0, &log), ScriptedStack(1, &log), ScriptedStack(2, &log)};
     for (int n = 0; n < 3; ++n) InstallHttpStack(n, &stacks[n]);
     enum Call { Post, Download, Upload };
-    struct Step { int optionBefore; int winner; Call call; std::vector<int> attempts; int optionAfter; };
+    struct Step {
+        int optionBefore;
+        int winner;
+        Call call;
+        std::vector<int> attempts;
+        int optionAfter;
+    };
     const Step steps[] = {
-        {-99, -1, Post, {2, 0, 1}, -2},  {1, 2, Post, {1, 2}, 2},         {-99, 2, Download, {2}, 2},
-        {0, -1, Post, {0, 1, 2}, 0},     {2, 0, Upload, {1, 2, 0}, 2},    {-99, 1, Upload, {1}, 1},
+        {-99, -1, Post, {2, 0, 1}, -2}, {1, 2, Post, {1, 2}, 2},      {-99, 2, Download, {2}, 2},
+        {0, -1, Post, {0, 1, 2}, 0},    {2, 0, Upload, {1, 2, 0}, 2}, {-99, 1, Upload, {1}, 1},
     };
     for (const Step& step : steps) {
         SCOPED_TRACE(testing::Message() << "option " << step.optionBefore << " winner " << step.winner);

@@ -90,13 +90,15 @@ TEST(WireBytes, FormPostDownloadAndUploadAsTheServiceExpects) {
         test::WriteBytes(home.file("100_收藏.zip"), "PK-bytes");
         OneShotServer server(kOk);
         std::u16string out;
-        ASSERT_TRUE(UploadFile(server.base + u"/gallery/lfupload", u"", Utf8ToUtf16(home.file("100_收藏.zip")), out, 0) &&
-                    out == u"success");
-        EXPECT_TRUE(Holds(server.Request(),
-                          {"\r\nContent-Type: multipart/form-data; boundary=",
-                           "Content-Disposition: form-data; name=\"parent_dir\"\r\n\r\n\r\n",
-                           "Content-Disposition: form-data; name=\"file\"; filename=\"100_\xE6\x94\xB6\xE8\x97\x8F.zip\"",
-                           "PK-bytes"}))
+        ASSERT_TRUE(
+            UploadFile(server.base + u"/gallery/lfupload", u"", Utf8ToUtf16(home.file("100_收藏.zip")), out, 0) &&
+            out == u"success");
+        EXPECT_TRUE(
+            Holds(server.Request(),
+                  {"\r\nContent-Type: multipart/form-data; boundary=",
+                   "Content-Disposition: form-data; name=\"parent_dir\"\r\n\r\n\r\n",
+                   "Content-Disposition: form-data; name=\"file\"; filename=\"100_\xE6\x94\xB6\xE8\x97\x8F.zip\"",
+                   "PK-bytes"}))
             << server.Request();
     }
 }

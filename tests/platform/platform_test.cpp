@@ -26,25 +26,43 @@ using namespace marrowfin;
 using marrowfin::test::TempHome;
 
 TEST(TextCodecs, Utf8ValidityRoundTripsAndLossLegacyCodePagesFoldingAndIntegers) {
-    const std::pair<std::string_view, bool> valid[] = {
-        {"", true}, {"\xE5\x9B\xBE\xE5\xBA\x93", true}, {"\xF0\x9F\x98\x80", true}, {"\xF8\x88\x80\x80", false},
-        {"\xFF", false}, {"ok\xE5\x9B", false}, {"\xE5\x1B\xBE", false}, {"\x80", false}};
+    const std::pair<std::string_view, bool> valid[] = {{"", true},
+                                                       {"\xE5\x9B\xBE\xE5\xBA\x93", true},
+                                                       {"\xF0\x9F\x98\x80", true},
+                                                       {"\xF8\x88\x80\x80", false},
+                                                       {"\xFF", false},
+                                                       {"ok\xE5\x9B", false},
+                                                       {"\xE5\x1B\xBE", false},
+                                                       {"\x80", false}};
     for (const auto& [bytes, ok] : valid) EXPECT_EQ(IsValidUtf8(bytes), ok) << bytes;
     const std::u16string text = u"门窗 Door-1 \U0001F600 é";
     bool lossy = true;
     EXPECT_TRUE(Utf8ToUtf16(Utf16ToUtf8(text, &lossy), &lossy) == text && !lossy);
     // Ill-formed input becomes one replacement per bad byte (overlong NUL, encoded surrogate) and is reported.
-    EXPECT_TRUE(Utf8ToUtf16("a\xFF" "b|\xE5\x9B|\xC0\x80|\xED\xA0\x80", &lossy) ==
-                    u"a\uFFFDb|\uFFFD\uFFFD|\uFFFD\uFFFD|\uFFFD\uFFFD\uFFFD" && lossy);
+    EXPECT_TRUE(Utf8ToUtf16("a\xFF"
+                            "b|\xE5\x9B|\xC0\x80|\xED\xA0\x80",
+                            &lossy) == u"a\uFFFDb|\uFFFD\uFFFD|\uFFFD\uFFFD|\uFFFD\uFFFD\uFFFD" &&
+                lossy);
     lossy = false;
-    EXPECT_TRUE(Utf16ToUtf8(std::u16string{u'a', char16_t(0xD800), u'b'}, &lossy) == "a\xEF\xBF\xBD" "b" &&
+    EXPECT_TRUE(Utf16ToUtf8(std::u16string{u'a', char16_t(0xD800), u'b'}, &lossy) ==
+                    "a\xEF\xBF\xBD"
+                    "b" &&
                 lossy);  // a lone surrogate
 
     // Legacy code pages round-trip through iconv; failures are reported.
     const std::pair<uint32_t, std::u16string> cases[] = {
-        {936, u"图库门窗"}, {932, u"ドア窓"}, {1252, u"café €"}, {28595, u"Москва"}, {1200, u"图库 x"}, {1201, u"图库 x"},
+        {936, u"图库门窗"},
+        {932, u"ドア窓"},
+        {1252, u"café €"},
+        {28595, u"Москва"},
+        {1200, u"图库 x"},
+        {1201, u"图库 x"},
         // Stateful or holding back: the last character comes only when the input is closed.
-        {65000, u"café é"}, {50220, u"ドア窓"}, {1258, u"Việt ê"}, {37, u"EBCDIC"}, {51936, u"门窗"},
+        {65000, u"café é"},
+        {50220, u"ドア窓"},
+        {1258, u"Việt ê"},
+        {37, u"EBCDIC"},
+        {51936, u"门窗"},
     };
     for (const auto& [cp, text] : cases) {
         std::string bytes;
@@ -68,8 +86,8 @@ TEST(TextCodecs, Utf8ValidityRoundTripsAndLossLegacyCodePagesFoldingAndIntegers)
     EXPECT_TRUE(ContainsFolded(u"Double-DOOR 门", u"door") && ContainsFolded(u"anything", u"") &&
                 ContainsFolded(u"沙发Sofa", u"发s") && !ContainsFolded(u"do", u"door"));
     const std::tuple<const char16_t*, bool, int64_t> integers[] = {
-        {u"", false, 0}, {u" \t-12x", true, 12}, {u"+7", false, 7}, {u"- 3", true, 0}, {u"x5", false, 0},
-        {u"1000", false, 999}, {u"99", false, 99}};
+        {u"", false, 0},   {u" \t-12x", true, 12}, {u"+7", false, 7}, {u"- 3", true, 0},
+        {u"x5", false, 0}, {u"1000", false, 999},  {u"99", false, 99}};
     for (const auto& [text, negative, magnitude] : integers) {
         const LeadingInteger n = ScanLeadingInteger(text, 999);
         EXPECT_EQ(std::make_pair(n.negative, n.magnitude), std::make_pair(negative, magnitude)) << Utf16ToUtf8(text);
@@ -151,7 +169,7 @@ TEST(Files, AtomicWritesRemovalsAndCopies) {
     ASSERT_TRUE(CreateDirectories(Utf8ToUtf16(home.file("图库"))));
     ASSERT_TRUE(WriteFileAtomic(path, "first version"));
     // A write that fails half-way (the file-size limit stops it) leaves the old file whole, and no temporary.
-    struct rlimit old{};
+    struct rlimit old {};
     ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &old), 0);
     auto oldHandler = signal(SIGXFSZ, SIG_IGN);
     struct rlimit small = old;
@@ -219,7 +237,10 @@ TEST(ThreadsAndTicks, AFailedStartRunsNothingAndTickDifferencesSurviveTheWrap) {
     ASSERT_TRUE(StartThread(t, [&runs, token] { ++runs; }));
     t.join();
     // A throwing body ends its worker, not the process.
-    ASSERT_TRUE(StartThread(t, [&runs] { ++runs; throw std::runtime_error("worker"); }));
+    ASSERT_TRUE(StartThread(t, [&runs] {
+        ++runs;
+        throw std::runtime_error("worker");
+    }));
     t.join();
     EXPECT_EQ(runs.load(), 2);
 

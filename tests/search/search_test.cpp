@@ -43,10 +43,11 @@ struct Search : StoreFixture {
         Lines lines;
         for (const SearchHit& h : hits) {
             const std::u16string tail = u"/" + h.klass + u"/" + h.subclass + u"/" + h.name;
-            lines.push_back(Utf16ToUtf8(h.path.substr(rootPath.size() + 1)) + " " + std::to_string(h.state) +
-                            (h.prefetch ? " p" : "") + (h.boutique ? " b " : " ") + std::to_string(h.size) +
-                            (h.url == Utf8ToUtf16(service.baseUrl()) + u"/files" + tail ? "" : " " + Utf16ToUtf8(h.url)) +
-                            (h.path.ends_with(tail) ? "" : " bad"));
+            lines.push_back(
+                Utf16ToUtf8(h.path.substr(rootPath.size() + 1)) + " " + std::to_string(h.state) +
+                (h.prefetch ? " p" : "") + (h.boutique ? " b " : " ") + std::to_string(h.size) +
+                (h.url == Utf8ToUtf16(service.baseUrl()) + u"/files" + tail ? "" : " " + Utf16ToUtf8(h.url)) +
+                (h.path.ends_with(tail) ? "" : " bad"));
         }
         return lines;
     }
@@ -57,7 +58,9 @@ struct Search : StoreFixture {
 };
 
 TEST_F(Search, RowsComeFromTheFilesAndTheCacheIsRefreshedFirst) {
-    for (const char16_t* tail : {u"建筑门窗/单开门/门.dwg", u"建筑门窗/单开门/门把手.dwg", u"search/Doors/Sliding/门-s.dwg"}) Touch(At(tail));
+    for (const char16_t* tail :
+         {u"建筑门窗/单开门/门.dwg", u"建筑门窗/单开门/门把手.dwg", u"search/Doors/Sliding/门-s.dwg"})
+        Touch(At(tail));
     // No version is known yet, so the cached copy goes before the rows are made.
     EXPECT_EQ(Rows(Run({{At(u"建筑门窗/单开门/门把手.dwg"), 1}}).hits),
               (Lines{"建筑门窗/单开门/门.dwg 0 p 2000", "建筑门窗/单开门/门把手.dwg 1 p 2000",
@@ -86,9 +89,13 @@ TEST_F(Search, RepliesThatAreOddOrBroken) {
     const std::tuple<service::Fault, SearchOutcome::Kind, Lines> cases[] = {
         {{.body = "<root><item filename=\"..\" classify=\"G\" subclass=\"S\"/><item filename=\"a\" classify=\"../..\" "
                   "subclass=\"S\"/><item filename=\"ok\" classify=\"G\" subclass=\"S\"/></root>"},
-         Hits, {"search/G/S/ok 5 p 0 "}},
-        {{.body = "<other/>"}, NoRoot, {}}, {{.body = "<root nom=\"0\"/>"}, Hits, {}}, {{.status = 500}, Failed, {}},
-        {{.emptyBody = true}, Failed, {}}, {{.body = "<root><item filename=\"a\""}, Failed, {}}};
+         Hits,
+         {"search/G/S/ok 5 p 0 "}},
+        {{.body = "<other/>"}, NoRoot, {}},
+        {{.body = "<root nom=\"0\"/>"}, Hits, {}},
+        {{.status = 500}, Failed, {}},
+        {{.emptyBody = true}, Failed, {}},
+        {{.body = "<root><item filename=\"a\""}, Failed, {}}};
     for (const auto& [fault, kind, rows] : cases) {
         SCOPED_TRACE(service::FaultText(fault));
         service.faults().set("/gallery/search_g", fault);
@@ -102,8 +109,10 @@ TEST_F(Search, RepliesThatAreOddOrBroken) {
 TEST_F(Search, CacheVersionsEmptyOnlyRisenClasses) {
     const std::u16string cache = At(u"search"), ini = At(u"search/ver.ini");
     for (const char16_t* name : {u"A", u"B", u"C", u"D", u"../Doors"}) Touch(cache + u"/" + name + u"/s/x.dwg");
-    for (const auto& [name, t] : {std::pair{u"A", u"4"}, {u"B", u"3"}, {u"C", u"2"}}) IniWriteString(ini, u"version", name, t);
-    RefreshSearchCacheVersions(rootPath, {{u"A", 5}, {u"B", 3}, {u"C", 1}, {u"D", 0}, {u"..", 9}, {u"../Doors", 9}, {u"", 9}});
+    for (const auto& [name, t] : {std::pair{u"A", u"4"}, {u"B", u"3"}, {u"C", u"2"}})
+        IniWriteString(ini, u"version", name, t);
+    RefreshSearchCacheVersions(rootPath,
+                               {{u"A", 5}, {u"B", 3}, {u"C", 1}, {u"D", 0}, {u"..", 9}, {u"../Doors", 9}, {u"", 9}});
     std::string left;
     for (const char16_t* name : {u"A", u"B", u"C", u"D"})
         left += Utf16ToUtf8(name) + (FileExists(cache + u"/" + name + u"/s/x.dwg") ? "+" : "-") +
@@ -121,8 +130,8 @@ TEST_F(Search, OfflineFallbackAndOldCollectionOverATree) {
     GalleryNode* doors = AddClass(AddGallery(u"建筑", true), u"单开门", 1, u"");
     GalleryNode* mine = AddGallery(u"我的收藏");
     GalleryNode *f1 = AddClass(mine, u"f1", 0, u""), *f2 = AddClass(mine, u"f2", 0, u"");
-    for (auto [cls, name] : {std::pair{doors, u"木门A"}, {doors, u"-门B"}, {doors, u"DOOR门C"}, {f1, u"门1"}, {f1, u"-门2"},
-                             {f2, u"门3"}})
+    for (auto [cls, name] :
+         {std::pair{doors, u"木门A"}, {doors, u"-门B"}, {doors, u"DOOR门C"}, {f1, u"门1"}, {f1, u"-门2"}, {f2, u"门3"}})
         if (GalleryNode* b = AddBlock(cls, name, 1, false); name[0] != u'-') Touch(b->Path());
     const std::u16string wood = At(u"建筑/单开门/木门A");
     AddChild(store.root, new GalleryNode(kRootName, wood, u"门最近", kKindFile, false, false, 0), true);
@@ -166,7 +175,10 @@ TEST_F(Search, RowDownloadsRunOnceAndKeepOnlyWholeBlocks) {
     for (int round = 0; round < 200; ++round) {
         ActiveRowDownloads active;
         std::atomic<int> ready{0}, won{0};
-        auto begin = [&](uint16_t id) { for (++ready; ready < 2;) {} won += active.Begin(id, key); };
+        auto begin = [&](uint16_t id) {
+            for (++ready; ready < 2;) {}
+            won += active.Begin(id, key);
+        };
         std::thread a(begin, 1), b(begin, 2);
         a.join(), b.join();
         ASSERT_TRUE(won == 1 && active.Count() == 1 && active.Begin(9, otherUrl)) << round;
@@ -174,7 +186,8 @@ TEST_F(Search, RowDownloadsRunOnceAndKeepOnlyWholeBlocks) {
     WriteBytes(data + "/blocks/Doors/Sliding/panel.dwg", std::string(1025, 'p'));
     WriteBytes(data + "/blocks/Doors/Sliding/门-s.dwg", std::string(1024, 's'));
     auto row = [&](const std::u16string& name) {
-        return RowKey{name, u"Doors", Utf8ToUtf16(service.baseUrl()) + u"/files/Doors/Sliding/" + name, At(u"s/" + name)};
+        return RowKey{name, u"Doors", Utf8ToUtf16(service.baseUrl()) + u"/files/Doors/Sliding/" + name,
+                      At(u"s/" + name)};
     };
     ActiveRowDownloads active;
     uint16_t id = 0;

@@ -47,8 +47,10 @@ struct RawReply {
 RawReply RawExchange(int port, const std::string& request, int timeoutMs = 5000) {
     RawReply reply;
     const int fd = socket(AF_INET, SOCK_STREAM, 0);
-    sockaddr_in addr{.sin_family = AF_INET, .sin_port = htons(static_cast<uint16_t>(port)),
-                     .sin_addr = {htonl(INADDR_LOOPBACK)}, .sin_zero = {}};
+    sockaddr_in addr{.sin_family = AF_INET,
+                     .sin_port = htons(static_cast<uint16_t>(port)),
+                     .sin_addr = {htonl(INADDR_LOOPBACK)},
+                     .sin_zero = {}};
     const timeval wait{timeoutMs / 1000, timeoutMs % 1000 * 1000};
     setsockopt(fd, SOL_SOCKET, SO_RCVTIMEO, &wait, sizeof wait);
     reply.connected = connect(fd, reinterpret_cast<sockaddr*>(&addr), sizeof addr) == 0;
@@ -71,14 +73,14 @@ std::string MakeZip(const std::string& path, const std::vector<std::pair<std::st
     zipFile zip = zipOpen(path.c_str(), APPEND_STATUS_CREATE);
     for (const auto& [name, data] : entries) {
         zip_fileinfo info{};
-        zipOpenNewFileInZip(zip, name.c_str(), &info, nullptr, 0, nullptr, 0, nullptr, Z_DEFLATED, Z_DEFAULT_COMPRESSION);
+        zipOpenNewFileInZip(zip, name.c_str(), &info, nullptr, 0, nullptr, 0, nullptr, Z_DEFLATED,
+                            Z_DEFAULT_COMPRESSION);
         if (!data.empty()) zipWriteInFileInZip(zip, data.data(), static_cast<unsigned>(data.size()));
         zipCloseFileInZip(zip);
     }
     zipClose(zip, nullptr);
     return ReadBytes(path);
 }
-
 
 }  // namespace
 
@@ -104,16 +106,27 @@ TEST(ServiceTest, FaultSwitchesMalformedRequestsAndDamagedArchives) {
     // The switch, and what a raw client sees with it (the answer, its time in ms).
     const std::pair<const char*, std::function<void(const RawReply&, long)>> table[] = {
         // Two requests in a row, then the counted fault has ended.
-        {"status=503&count=2", [&](const RawReply& r, long) {
+        {"status=503&count=2",
+         [&](const RawReply& r, long) {
              const int second = Raw(path).status;
              EXPECT_EQ(std::make_tuple(503, 503, 200), std::make_tuple(r.status, second, Raw(path).status));
          }},
-        {"empty=1", [](const RawReply& r, long) { EXPECT_EQ(std::make_tuple(200, 0L, std::string()), std::make_tuple(r.status, r.contentLength, r.body)); }},
+        {"empty=1",
+         [](const RawReply& r, long) {
+             EXPECT_EQ(std::make_tuple(200, 0L, std::string()), std::make_tuple(r.status, r.contentLength, r.body));
+         }},
         {"body=error", [](const RawReply& r, long) { EXPECT_EQ("error", r.body); }},
         // The head promises the whole body, and the connection ends after 40 bytes.
         // An HTTP client sees a failure for these two.
-        {"truncate=40", [&](const RawReply& r, long) { EXPECT_EQ(std::make_tuple(size, full.substr(0, 40), false), std::make_tuple(r.contentLength, r.body, bool(Client().Get(path)))); }},
-        {"drop=1", [&](const RawReply& r, long) { EXPECT_TRUE(r.connected && r.bytes.empty() && !Client().Get(path)) << "no byte of an answer"; }},
+        {"truncate=40",
+         [&](const RawReply& r, long) {
+             EXPECT_EQ(std::make_tuple(size, full.substr(0, 40), false),
+                       std::make_tuple(r.contentLength, r.body, bool(Client().Get(path))));
+         }},
+        {"drop=1",
+         [&](const RawReply& r, long) {
+             EXPECT_TRUE(r.connected && r.bytes.empty() && !Client().Get(path)) << "no byte of an answer";
+         }},
         {"latency=300", [](const RawReply& r, long ms) { EXPECT_TRUE(r.status == 200 && ms >= 300) << ms; }},
         // 1000 bytes a second: the whole body arrives, and not before its time.
         {"drip=1000", [&](const RawReply& r, long ms) { EXPECT_TRUE(r.body == full && ms >= size - 100) << ms; }},
@@ -135,15 +148,18 @@ TEST(ServiceTest, FaultSwitchesMalformedRequestsAndDamagedArchives) {
     EXPECT_TRUE(Admin("/admin/clear") == "ok" && service.counters().get("/admin/clear").count == 0);
     // The most specific pattern wins.
     service::FaultTable faults;
-    for (const auto& [pattern, status] : std::map<std::string, int>{{"*", 500}, {"/files/*", 501}, {"/files/a/*", 502}, {"/files/a/b.dwg", 503}})
+    for (const auto& [pattern, status] :
+         std::map<std::string, int>{{"*", 500}, {"/files/*", 501}, {"/files/a/*", 502}, {"/files/a/b.dwg", 503}})
         faults.set(pattern, service::Fault{.status = status});
-    for (const auto& [path, status] : std::map<std::string, int>{{"/files/a/b.dwg", 503}, {"/files/a/c.dwg", 502}, {"/files/z.dwg", 501}, {"/gallery/g_cs", 500}})
+    for (const auto& [path, status] : std::map<std::string, int>{
+             {"/files/a/b.dwg", 503}, {"/files/a/c.dwg", 502}, {"/files/z.dwg", 501}, {"/gallery/g_cs", 500}})
         EXPECT_EQ(status, faults.take(path).status) << path;
 
     // Requests no client should send leave the server standing.
     const std::string token = service::kDemoUserToken;
     const std::string junk[] = {
-        "\r\n\r\n", "GARBAGE\r\n\r\n",
+        "\r\n\r\n",
+        "GARBAGE\r\n\r\n",
         "GET /gallery/g_cs?gallery_name=%ff%fe&cs=%00 HTTP/1.1\r\nHost: x\r\nConnection: close\r\n\r\n",
         "POST /gallery/dwg_collectu?usertoken=" + token +
             "&favorites_id=1&force=0 HTTP/1.1\r\nHost: x\r\nConnection: close\r\nContent-Type: multipart/form-data; boundary=zz\r\n"
@@ -151,8 +167,10 @@ TEST(ServiceTest, FaultSwitchesMalformedRequestsAndDamagedArchives) {
         "POST /gallery/lfupload HTTP/1.1\r\nHost: x\r\nConnection: close\r\nContent-Length: 5\r\n\r\nabcde",
         "GET /files/%2e%2e/%2e%2e/etc/passwd HTTP/1.1\r\nHost: x\r\nConnection: close\r\n\r\n",
         "GET /ufiles/abc HTTP/1.1\r\nHost: x\r\nConnection: close\r\n\r\n",
-        "GET /gallery/mvff?usertoken=" + token + "&ofid=1&favorites_id=99999999999999999999&dwg_id=-1 HTTP/1.1\r\nHost: x\r\nConnection: close\r\n\r\n",
-        "POST /gallery/g_all_s?gallery_name=" + std::string(6000, ',') + " HTTP/1.1\r\nHost: x\r\nContent-Length: 0\r\nConnection: close\r\n\r\n",
+        "GET /gallery/mvff?usertoken=" + token +
+            "&ofid=1&favorites_id=99999999999999999999&dwg_id=-1 HTTP/1.1\r\nHost: x\r\nConnection: close\r\n\r\n",
+        "POST /gallery/g_all_s?gallery_name=" + std::string(6000, ',') +
+            " HTTP/1.1\r\nHost: x\r\nContent-Length: 0\r\nConnection: close\r\n\r\n",
     };
     for (const std::string& request : junk) {
         const RawReply r = RawExchange(service.port(), request, 1000);
@@ -164,14 +182,16 @@ TEST(ServiceTest, FaultSwitchesMalformedRequestsAndDamagedArchives) {
 
     // Damaged archives are read without a crash; refused ones start nothing.
     const std::string big(200000, 'q');  // more than one read buffer
-    const std::string bytes = MakeZip(home.file("good.zip"), {{"1//门窗/", ""}, {"1//门窗//单开门.dwg", big}, {"1/top.dwg", "x"}});
+    const std::string bytes =
+        MakeZip(home.file("good.zip"), {{"1//门窗/", ""}, {"1//门窗//单开门.dwg", big}, {"1/top.dwg", "x"}});
     std::vector<service::ArchiveEntry> entries;
     std::string error;
     ASSERT_TRUE(service::ReadArchive(home.file("good.zip"), entries, error)) << error;
     ASSERT_EQ(3u, entries.size());
     EXPECT_TRUE(entries[0].directory && entries[1].data == big);
-    EXPECT_EQ(std::make_pair(entries[1].parts, entries[2].parts),
-              std::make_pair(std::vector<std::string>{"1", "门窗", "单开门.dwg"}, std::vector<std::string>{"1", "top.dwg"}));
+    EXPECT_EQ(
+        std::make_pair(entries[1].parts, entries[2].parts),
+        std::make_pair(std::vector<std::string>{"1", "门窗", "单开门.dwg"}, std::vector<std::string>{"1", "top.dwg"}));
     EXPECT_FALSE(service::ReadArchive(home.file("missing.zip"), entries, error));
     // Deterministic mutations of the good archive: flipped bytes, cut tails.
     std::mt19937 next(12345);
@@ -179,7 +199,8 @@ TEST(ServiceTest, FaultSwitchesMalformedRequestsAndDamagedArchives) {
     for (int round = 0; round < 400; ++round) {
         std::string copy = bytes;
         if (round % 4 == 3) copy.resize(next() % copy.size());
-        for (int i = 0; round % 4 != 3 && i < 1 + round % 5; ++i) copy[next() % copy.size()] = static_cast<char>(next());
+        for (int i = 0; round % 4 != 3 && i < 1 + round % 5; ++i)
+            copy[next() % copy.size()] = static_cast<char>(next());
         WriteBytes(home.file("bad.zip"), copy);
         const bool read = service::ReadArchive(home.file("bad.zip"), entries, error);
         refused += !read;
@@ -188,13 +209,15 @@ TEST(ServiceTest, FaultSwitchesMalformedRequestsAndDamagedArchives) {
     EXPECT_GT(refused, 100) << "cut archives lose their directory";
 
     auto upload = [&](const std::string& archive) {
-        httplib::MultipartFormDataItems items = {{"parent_dir", "", "", ""}, {"file", archive, "10001.zip", "application/octet-stream"}};
+        httplib::MultipartFormDataItems items = {{"parent_dir", "", "", ""},
+                                                 {"file", archive, "10001.zip", "application/octet-stream"}};
         auto res = Client().Post("/gallery/lfupload", items);
         return res ? res->body : "<no reply>";
     };
     ASSERT_EQ("ok", Admin("/admin/user?number=20002&token=other"));
     EXPECT_EQ("error", upload("this is no zip"));
-    EXPECT_EQ("error", upload(MakeZip(home.file("f.zip"), {{"10001//a//x.dwg", "AC1015x"}, {"20002//a//y.dwg", "AC1015y"}})))
+    EXPECT_EQ("error",
+              upload(MakeZip(home.file("f.zip"), {{"10001//a//x.dwg", "AC1015x"}, {"20002//a//y.dwg", "AC1015y"}})))
         << "mixed users";
     auto status = [&](const std::string& token) {
         return Client().Post(("/gallery/lfstatu?usertoken=" + token).c_str(), "", "application/x-www-form-urlencoded");

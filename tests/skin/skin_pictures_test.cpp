@@ -41,13 +41,25 @@ struct ButtonRecipe {
     int cellX, cellY, cell;
 };
 const ButtonRecipe kButtons[] = {
-    {1, 140, 30, "最近使用", 0, 88, 16},   {1, 70, 30, "", 32, 88, 16},       {2, 16, 16, "", 0, 72, 14},
-    {3, 16, 16, "", 160, 88, 16},          {4, 80, 24, "添加图块", 44, 72, 14}, {6, 48, 24, "搜索", 0, 0, 0},
-    {7, 48, 24, "返回", 0, 0, 0},          {8, 80, 24, "查看更多", 0, 0, 0},   {11, 55, 16, "反馈", 64, 88, 16},
-    {11, 16, 16, "", 288, 88, 16},         {12, 114, 28, "添加更多分类", 448, 88, 16},
-    {13, 70, 24, "下载图库", 0, 0, 0},     {50, 80, 24, "确定", 0, 0, 0},      {51, 80, 24, "取消", 0, 0, 0},
-    {53, 160, 36, "完成", 0, 0, 0},        {54, 60, 15, "清空选择", 0, 0, 0},  {54, 60, 15, "", 0, 0, 0},
-    {55, 60, 20, "全部", 0, 0, 0},         {56, 60, 20, "排序∧", 0, 0, 0},
+    {1, 140, 30, "最近使用", 0, 88, 16},
+    {1, 70, 30, "", 32, 88, 16},
+    {2, 16, 16, "", 0, 72, 14},
+    {3, 16, 16, "", 160, 88, 16},
+    {4, 80, 24, "添加图块", 44, 72, 14},
+    {6, 48, 24, "搜索", 0, 0, 0},
+    {7, 48, 24, "返回", 0, 0, 0},
+    {8, 80, 24, "查看更多", 0, 0, 0},
+    {11, 55, 16, "反馈", 64, 88, 16},
+    {11, 16, 16, "", 288, 88, 16},
+    {12, 114, 28, "添加更多分类", 448, 88, 16},
+    {13, 70, 24, "下载图库", 0, 0, 0},
+    {50, 80, 24, "确定", 0, 0, 0},
+    {51, 80, 24, "取消", 0, 0, 0},
+    {53, 160, 36, "完成", 0, 0, 0},
+    {54, 60, 15, "清空选择", 0, 0, 0},
+    {54, 60, 15, "", 0, 0, 0},
+    {55, 60, 20, "全部", 0, 0, 0},
+    {56, 60, 20, "排序∧", 0, 0, 0},
 };
 
 // One row per recipe; columns: normal, hover, selected, disabled, disabled under the pointer.
@@ -95,14 +107,14 @@ struct PickerRecipe {
     const char* describe;
 };
 const PickerRecipe kPickerButtons[] = {
-    {1, 150, 40, "沙发", 0, 0, 0, 0, 1, nullptr},       {1, 150, 40, "沙发", 1, 0, 1, 0, 1, nullptr},
-    {1, 150, 40, "欧式家具", 0, 1, 0, 0, 0, nullptr},   {1, 150, 40, "欧式家具", 1, 1, 1, 0, 1, nullptr},
-    {1, 180, 40, "门窗", 0, 0, 0, 0, 0, "平面"},        {1, 180, 40, "门窗", 0, 0, 0, 0, 0, ""},
-    {2, 110, 33, "精品图库", 0, 1, 0, 0, 0, nullptr},
-    {2, 110, 33, "精品图库", 1, 1, 0, 0, 0, nullptr},   {2, 110, 33, "通用图库", 1, 0, 0, 0, 0, nullptr},
-    {3, 84, 36, "建筑", 0, 0, 0, 1, 1, nullptr},        {3, 84, 36, "建筑", 1, 0, 0, 0, 0, nullptr},
-    {3, 84, 36, "精品", 1, 1, 0, 0, 0, nullptr},        {4, 17, 40, "<", 0, 0, 0, 0, 1, nullptr},
-    {5, 84, 30, "默认排序", 0, 0, 0, 0, 0, nullptr},    {5, 84, 30, "最新上传", 1, 0, 0, 0, 0, nullptr},    {4, 17, 40, ">", 0, 0, 0, 0, 0, nullptr},
+    {1, 150, 40, "沙发", 0, 0, 0, 0, 1, nullptr},     {1, 150, 40, "沙发", 1, 0, 1, 0, 1, nullptr},
+    {1, 150, 40, "欧式家具", 0, 1, 0, 0, 0, nullptr}, {1, 150, 40, "欧式家具", 1, 1, 1, 0, 1, nullptr},
+    {1, 180, 40, "门窗", 0, 0, 0, 0, 0, "平面"},      {1, 180, 40, "门窗", 0, 0, 0, 0, 0, ""},
+    {2, 110, 33, "精品图库", 0, 1, 0, 0, 0, nullptr}, {2, 110, 33, "精品图库", 1, 1, 0, 0, 0, nullptr},
+    {2, 110, 33, "通用图库", 1, 0, 0, 0, 0, nullptr}, {3, 84, 36, "建筑", 0, 0, 0, 1, 1, nullptr},
+    {3, 84, 36, "建筑", 1, 0, 0, 0, 0, nullptr},      {3, 84, 36, "精品", 1, 1, 0, 0, 0, nullptr},
+    {4, 17, 40, "<", 0, 0, 0, 0, 1, nullptr},         {5, 84, 30, "默认排序", 0, 0, 0, 0, 0, nullptr},
+    {5, 84, 30, "最新上传", 1, 0, 0, 0, 0, nullptr},  {4, 17, 40, ">", 0, 0, 0, 0, 0, nullptr},
 };
 
 // Four to a row; the ">" arrow is disabled.
@@ -112,7 +124,8 @@ QImage PickerButtons() {
     int i = 0;
     for (const PickerRecipe& s : kPickerButtons) {
         auto* b = new CSelTypeclassButton(&window);
-        b->Create(QString::fromUtf8(s.caption), true, ScaleBox(10 + 190 * (i % 4), 10 + 50 * (i / 4), s.w, s.h), &window, 2000);
+        b->Create(QString::fromUtf8(s.caption), true, ScaleBox(10 + 190 * (i % 4), 10 + 50 * (i / 4), s.w, s.h),
+                  &window, 2000);
         ++i;
         b->kind = s.kind;
         b->checked = s.checked;
@@ -172,8 +185,9 @@ QImage Bars() {
 QImage TipBox(bool twoLines) {
     CPopTipDlg dlg;
     if (twoLines) {
-        dlg.Configure(QStringLiteral("删除文件夹是一个很长很长很长的标题"), true, QStringLiteral("确定删除该文件夹吗？"),
-                      QStringLiteral("文件夹内的图块将一并删除"), QStringLiteral("删除"), QStringLiteral("取消"));
+        dlg.Configure(QStringLiteral("删除文件夹是一个很长很长很长的标题"), true,
+                      QStringLiteral("确定删除该文件夹吗？"), QStringLiteral("文件夹内的图块将一并删除"),
+                      QStringLiteral("删除"), QStringLiteral("取消"));
     } else {
         dlg.Configure(QStringLiteral("提示"), false, QStringLiteral("图块正在下载，请稍后再试"), QString(),
                       QStringLiteral("确定"), QStringLiteral("取消"));
@@ -185,15 +199,19 @@ QImage TipBox(bool twoLines) {
 TEST(SkinPictures, EverySceneMatchesItsReference) {
     // Name, drawing, drawn at both rates (else at 1.0 only).
     const std::tuple<const char*, std::function<QImage()>, bool> scenes[] = {
-        {"buttons", SkinButtons, true}, {"subclass_tabs", SubclassTabs, true}, {"picker_buttons", PickerButtons, true},
-        {"tip_one_line", [] { return TipBox(false); }, true}, {"tip_two_lines", [] { return TipBox(true); }, true},
+        {"buttons", SkinButtons, true},
+        {"subclass_tabs", SubclassTabs, true},
+        {"picker_buttons", PickerButtons, true},
+        {"tip_one_line", [] { return TipBox(false); }, true},
+        {"tip_two_lines", [] { return TipBox(true); }, true},
         {"bars", Bars, false},
     };
     for (const auto& [scene, draw, scales] : scenes) {
         for (float rate : {1.0f, 1.5f}) {
             if (!scales && rate != 1.0f) continue;
             test::UseRate(rate);
-            EXPECT_TRUE(test::MatchesReference(draw(), "skin", scene + std::string(rate == 1.0f ? "_rate_1.0" : "_rate_1.5")));
+            EXPECT_TRUE(
+                test::MatchesReference(draw(), "skin", scene + std::string(rate == 1.0f ? "_rate_1.0" : "_rate_1.5")));
         }
     }
     test::UseRate(1.0f);

@@ -30,18 +30,27 @@ using test::RecordedMessage;
 TEST(SkinScale, OptionScreenRuleBucketsTruncationFontsTextMeasureAndTheSheet) {
     const std::tuple<const char*, int, int, float> cases[] = {
         // Option values: kept between 1.0 and 5.0, else 1.0; junk reads as 0; a leading number is read.
-        {"1.19", 800, 600, 1.19f}, {"0.5", 3840, 2160, 1.0f}, {"6", 800, 600, 1.0f}, {"5", 800, 600, 5.0f},
-        {"abc", 3840, 2160, 1.0f}, {"", 3840, 2160, 1.0f}, {"1.5x", 800, 600, 1.5f},
+        {"1.19", 800, 600, 1.19f},
+        {"0.5", 3840, 2160, 1.0f},
+        {"6", 800, 600, 1.0f},
+        {"5", 800, 600, 5.0f},
+        {"abc", 3840, 2160, 1.0f},
+        {"", 3840, 2160, 1.0f},
+        {"1.5x", 800, 600, 1.5f},
         // The screen rule, with no lower bound.
-        {"-1", 1920, 1080, 1.28f}, {"-1", 1800, 1200, 1.0f}, {"-1", 2560, 1440, 1.70f}, {"-1", 3840, 2160, 2.56f},
-        {"-1", 1900, 700, 0.87f}, {"-1", 1200, 1801, 0.8f},
+        {"-1", 1920, 1080, 1.28f},
+        {"-1", 1800, 1200, 1.0f},
+        {"-1", 2560, 1440, 1.70f},
+        {"-1", 3840, 2160, 2.56f},
+        {"-1", 1900, 700, 0.87f},
+        {"-1", 1200, 1801, 0.8f},
     };
     for (const auto& [option, width, height, rate] : cases)
         EXPECT_FLOAT_EQ(RateFromOption(option, width, height), rate) << option << " " << width << "x" << height;
     // Buckets at their edges; 2.53 as a float widens to 2.5299999..., below the bound.
     const std::tuple<float, const char*, float> buckets[] = {
-        {1.19f, "_1", 1.0f}, {1.2f, "_2", 1.5f}, {1.85f, "_2", 1.5f}, {1.86f, "_3", 2.5f},
-        {2.53f, "_3", 2.5f}, {2.54f, "_4", 3.5f}, {5.0f, "_4", 3.5f}, {0.87f, "_1", 1.0f},
+        {1.19f, "_1", 1.0f}, {1.2f, "_2", 1.5f},  {1.85f, "_2", 1.5f}, {1.86f, "_3", 2.5f},
+        {2.53f, "_3", 2.5f}, {2.54f, "_4", 3.5f}, {5.0f, "_4", 3.5f},  {0.87f, "_1", 1.0f},
     };
     for (const auto& [rate, suffix, sheetScale] : buckets) {
         EXPECT_EQ(BucketForRate(rate).suffix, suffix) << rate;
@@ -66,7 +75,7 @@ TEST(SkinScale, OptionScreenRuleBucketsTruncationFontsTextMeasureAndTheSheet) {
     SetSkinRateForTest(1.0f);
 
     // The font heights follow the rate, and the face is a CJK one.
-    const std::pair<float, int> heights[] = {{0.87f, 18}, {1.0f, 18}, {1.5f, 22}, {1.28f, 21},
+    const std::pair<float, int> heights[] = {{0.87f, 18}, {1.0f, 18}, {1.5f, 22},  {1.28f, 21},
                                              {1.99f, 26}, {2.0f, 26}, {2.56f, 36}, {5.0f, 80}};
     for (const auto& [rate, height] : heights) EXPECT_EQ(FontHeightForRate(rate), height) << rate;
     // The faces in their cells are in the pictures; underlining is not.
@@ -80,11 +89,13 @@ TEST(SkinScale, OptionScreenRuleBucketsTruncationFontsTextMeasureAndTheSheet) {
     SetSkinRateForTest(1.0f);
     // Text, one-byte and two-byte characters: full-width brackets are two bytes,
     // an emoji has no GBK form (one '?'), é is two bytes in GBK.
-    const std::tuple<QString, int, int> texts[] = {{QStringLiteral("AB画图"), 2, 2}, {QStringLiteral("（）"), 0, 2},
+    const std::tuple<QString, int, int> texts[] = {{QStringLiteral("AB画图"), 2, 2},
+                                                   {QStringLiteral("（）"), 0, 2},
                                                    {QString::fromUtf8("\xF0\x9F\x98\x80"), 1, 0},
                                                    {QStringLiteral("é"), 0, 1}};
     for (const auto& [text, single, doubled] : texts)
-        EXPECT_EQ(std::make_pair(CountGbkClasses(text).single, CountGbkClasses(text).doubled), std::make_pair(single, doubled))
+        EXPECT_EQ(std::make_pair(CountGbkClasses(text).single, CountGbkClasses(text).doubled),
+                  std::make_pair(single, doubled))
             << text.toStdString();
     // Every one-byte character counts as a D, whatever its own width.
     EXPECT_EQ(MeasureText(QStringLiteral("iii")), MeasureText(QStringLiteral("DDD")));
@@ -124,16 +135,17 @@ TEST(SkinButtons, HoverCursorAndTheTabsPosts) {
     test::MoveTo(b, QPoint(5, 5));
     EXPECT_EQ(std::make_tuple(b->hover, b->cursor().shape()), std::make_tuple(true, Qt::PointingHandCursor));
     test::MoveAway(&window);
-    EXPECT_EQ(std::make_tuple(b->hover, b->cursor().shape()), std::make_tuple(false, Qt::ArrowCursor)) << "leaving clears the hover";
+    EXPECT_EQ(std::make_tuple(b->hover, b->cursor().shape()), std::make_tuple(false, Qt::ArrowCursor))
+        << "leaving clears the hover";
     // A tab's double click and right click are posted to the parent, with the tab.
     seen.Take();
     test::DoubleClick(tabs[1], QPoint(5, 5));
     test::Press(tabs[0], QPoint(5, 5), Qt::RightButton);
     test::Release(tabs[0], QPoint(5, 5), Qt::RightButton);
     EXPECT_TRUE(seen.records.empty()) << "posted, not sent";
-    EXPECT_EQ(seen.Take(), (std::vector<RecordedMessage>{
-                               {MsgPanelCommand, 2u, static_cast<std::intptr_t>(HandleOf(tabs[1])), {}},
-                               {MsgPanelEvent, 9u, static_cast<std::intptr_t>(HandleOf(tabs[0])), {}}}));
+    EXPECT_EQ(seen.Take(),
+              (std::vector<RecordedMessage>{{MsgPanelCommand, 2u, static_cast<std::intptr_t>(HandleOf(tabs[1])), {}},
+                                            {MsgPanelEvent, 9u, static_cast<std::intptr_t>(HandleOf(tabs[0])), {}}}));
 }
 
 // A bar of `height` in a window that keeps the scroll messages.
@@ -157,9 +169,12 @@ TEST(ScrollBarRv, ZonesDragHeldZonesEdgeSizesAndRanges) {
     Bar f(300);  // the thumb's places at the ends and in the middle: the bars' picture
     // Click point, button, position after, code posted (-1: nothing posted).
     const std::tuple<int, Qt::MouseButton, int, int> steps[] = {
-        {290, Qt::LeftButton, 180, SB_LINEDOWN}, {250, Qt::LeftButton, 279, SB_PAGEDOWN},
-        {60, Qt::LeftButton, 180, SB_PAGEUP},    {5, Qt::LeftButton, 0, SB_LINEUP},
-        {5, Qt::LeftButton, 0, -1},               {290, Qt::RightButton, 1000, SB_BOTTOM},
+        {290, Qt::LeftButton, 180, SB_LINEDOWN},
+        {250, Qt::LeftButton, 279, SB_PAGEDOWN},
+        {60, Qt::LeftButton, 180, SB_PAGEUP},
+        {5, Qt::LeftButton, 0, SB_LINEUP},
+        {5, Qt::LeftButton, 0, -1},
+        {290, Qt::RightButton, 1000, SB_BOTTOM},
         {5, Qt::RightButton, 0, SB_TOP},
     };
     for (const auto& [y, button, pos, code] : steps) {
@@ -226,7 +241,8 @@ TEST(PopTipDlg, CloseAndEscapeAnswerAsTheSecondButton) {
     };
     test::UseRate(1.0f);
     CPopTipDlg two;
-    two.Configure(QStringLiteral("删除"), true, QStringLiteral("删除吗？"), QString(), QStringLiteral("删除"), QStringLiteral("取消"));
+    two.Configure(QStringLiteral("删除"), true, QStringLiteral("删除吗？"), QString(), QStringLiteral("删除"),
+                  QStringLiteral("取消"));
     two.OnInitDialog();
     EXPECT_EQ(run(two, [&] { test::Click(two.CloseButton(), QPoint(3, 3)); }), 2);
     EXPECT_EQ(run(two, [&] { test::Key(&two, Qt::Key_Escape); }), 2);

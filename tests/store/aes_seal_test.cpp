@@ -12,7 +12,8 @@ namespace {
 
 std::string FromHex(const std::string& hex) {
     std::string out;
-    for (size_t i = 0; i + 1 < hex.size(); i += 2) out.push_back(static_cast<char>(std::stoi(hex.substr(i, 2), nullptr, 16)));
+    for (size_t i = 0; i + 1 < hex.size(); i += 2)
+        out.push_back(static_cast<char>(std::stoi(hex.substr(i, 2), nullptr, 16)));
     return out;
 }
 
@@ -51,7 +52,8 @@ TEST(Seal, MatchesAnIndependentCipherAndRefusesWhatCannotBeWhole) {
         {u"Stone", false, "3AD963E223DEDBD893A072649520BE84"},
         // 15 bytes plus the digit fill a block: a whole block of zeros follows.
         {u"Mechanical part", false, "7655C1F481D2402E0EF17058B3D99D9210B884726900464076F44922B2DEA869"},
-        {u"建筑图库", true, "C7EBF82711079B79A95B3AACB8D89A4C"}, {u"我的收藏", false, "3DDA0214D019B8D427BB01512BF214D0"},
+        {u"建筑图库", true, "C7EBF82711079B79A95B3AACB8D89A4C"},
+        {u"我的收藏", false, "3DDA0214D019B8D427BB01512BF214D0"},
     };
     for (const auto& [name, boutique, hex] : seals) {
         EXPECT_EQ(MakeSeal(name, boutique), hex);

@@ -77,9 +77,11 @@ TEST_F(Catalogue, WritesTheExactBytesOfWholeUtf8ReadsThemBackAndRefusesBrokenFil
     AddClass(g, u"", 0, u"");
     // Many blocks of one class, to pass any first guess of the file's size.
     GalleryNode* big = AddClass(g, u"大" + pair, 2, u"http://h/大");  // a pair at a value's end
-    for (int i = 0; i < 2000; ++i) AddBlock(big, u"块" + Utf8ToUtf16(std::to_string(i)) + pair + u".dwg", i * 1000, i % 3 == 0);
+    for (int i = 0; i < 2000; ++i)
+        AddBlock(big, u"块" + Utf8ToUtf16(std::to_string(i)) + pair + u".dwg", i * 1000, i % 3 == 0);
     for (GalleryNode* c : {big, a})
-        for (GalleryNode* b : c->fileChildren) if (b) b->boutique = true;
+        for (GalleryNode* b : c->fileChildren)
+            if (b) b->boutique = true;
 
     // The layout is Stone.xdb's; here the bytes must be whole UTF-8, lone units as U+FFFD.
     WriteCatalogue(store, g->name);
@@ -118,9 +120,11 @@ TEST_F(Catalogue, WritesTheExactBytesOfWholeUtf8ReadsThemBackAndRefusesBrokenFil
     oneDigit[5] = oneDigit[5] == 'A' ? 'B' : 'A';
     // (Seals of broken hex are the seal's own test.)
     const std::pair<const char*, std::string> broken[] = {
-        {"one changed seal digit", withSeal(oneDigit)}, {"empty seal", withSeal("")},
+        {"one changed seal digit", withSeal(oneDigit)},
+        {"empty seal", withSeal("")},
         {"seal of another gallery", withSeal(MakeSeal(u"H", false))},
-        {"truncated", good.substr(0, good.size() / 2)}, {"empty file", ""},
+        {"truncated", good.substr(0, good.size() / 2)},
+        {"empty file", ""},
         {"missing root", "\xEF\xBB\xBF<?xml version=\"1.0\"?>\r<top re=\"" + seal + "\"></top>\r"},
     };
     CreateDirectories(rootPath + u"/G");
@@ -136,15 +140,19 @@ TEST_F(Catalogue, WritesTheExactBytesOfWholeUtf8ReadsThemBackAndRefusesBrokenFil
     // The seal alone is checked (in either case); elements that lack a part are skipped.
     std::string lower = seal;
     for (char& ch : lower) ch = static_cast<char>(std::tolower(static_cast<unsigned char>(ch)));
-    WriteBytes(Utf16ToUtf8(FileOf(u"G")), kHead + lower + "\">\r<sub n=\"\" ver=\"1\" u_b=\"x\" >"
-                                 "<itm fn=\"lost.dwg\" sz=\"1\" hi=\"0\" /></sub><sub n=\"K\" ver=\"9\" u_b=\"http://k\" >"
-                                 "<itm fn=\"nohi.dwg\" sz=\"1\" /><itm fn=\"\" sz=\"1\" hi=\"0\" />"
-                                 "<itm fn=\"nosz.dwg\" sz=\"\" hi=\"0\" /><itm fn=\"ok.dwg\" sz=\"12abc\" hi=\"yes\" /></sub></root>\r");
+    WriteBytes(
+        Utf16ToUtf8(FileOf(u"G")),
+        kHead + lower +
+            "\">\r<sub n=\"\" ver=\"1\" u_b=\"x\" >"
+            "<itm fn=\"lost.dwg\" sz=\"1\" hi=\"0\" /></sub><sub n=\"K\" ver=\"9\" u_b=\"http://k\" >"
+            "<itm fn=\"nohi.dwg\" sz=\"1\" /><itm fn=\"\" sz=\"1\" hi=\"0\" />"
+            "<itm fn=\"nosz.dwg\" sz=\"\" hi=\"0\" /><itm fn=\"ok.dwg\" sz=\"12abc\" hi=\"yes\" /></sub></root>\r");
     g = Reset(u"G");
     ASSERT_TRUE(ReadCatalogue(store, u"G"));
     EXPECT_EQ(DumpTree(g), u"Orsolen|G|" + rootPath + u"/G|dir||0|0|-|-\n  G|K|" + rootPath +
                                u"/G/K|dir|http://k|9|0|-|-\n"
-                               u"    K|ok.dwg|" + rootPath + u"/G/K/ok.dwg|file|http://k/ok.dwg|0|12|-|-\n");
+                               u"    K|ok.dwg|" +
+                               rootPath + u"/G/K/ok.dwg|file|http://k/ok.dwg|0|12|-|-\n");
 }
 
 // The store folder's other files: versions, the tip, Show.xml and the move from the previous generation.
@@ -168,8 +176,9 @@ TEST_F(Layout, VersionTipShowListAndTheMoveFromThePreviousGeneration) {
     // (non-ASCII too), the first of a key found twice, later sections of the same name,
     // the buffer's cut, a key missing, and nothing at all before the file exists.
     EXPECT_EQ(GalleryVersionsRead().Of(u"G"), 7);
-    WriteBytes(Utf16ToUtf8(VersionIniPath()), "[version]\r\nG=7\r\nÄpfel=5\r\ng=9\r\n[other]\r\nx=1\r\n"
-                                     "[VERSION]\r\nLong=000000000000000000000123456\r\nx = 3 \r\n");
+    WriteBytes(Utf16ToUtf8(VersionIniPath()),
+               "[version]\r\nG=7\r\nÄpfel=5\r\ng=9\r\n[other]\r\nx=1\r\n"
+               "[VERSION]\r\nLong=000000000000000000000123456\r\nx = 3 \r\n");
     const GalleryVersionsRead versions;
     for (const char16_t* key : {u"G", u"g", u"äpfel", u"ÄPFEL", u"Long", u"x", u"other", u""})
         EXPECT_EQ(versions.Of(key), ReadGalleryVersion(key)) << Utf16ToUtf8(key);
@@ -179,7 +188,7 @@ TEST_F(Layout, VersionTipShowListAndTheMoveFromThePreviousGeneration) {
     EXPECT_TRUE(ReadOldCollectTip() == u"0" && WriteOldCollectTip(u"1"));
     EXPECT_EQ(IniGetString(rootPath + u"/NewInfo.ini", u"OldCollect", u"TIP", u""), u"1");
     EXPECT_TRUE(ReadShowList(true).empty());  // missing file
-    std::vector<std::string> names{""};       // empty items don't count
+    std::vector<std::string> names{""};  // empty items don't count
     for (int i = 0; i < 150; ++i) names.push_back("g" + std::to_string(i));
     WriteBytes(Utf16ToUtf8(ShowListPath()), ShowXml(names));
     EXPECT_TRUE(ReadShowList(false).size() == 101u &&
@@ -206,13 +215,19 @@ TEST_F(Layout, VersionTipShowListAndTheMoveFromThePreviousGeneration) {
     CreateDirectories(old);
     WriteBytes(Utf16ToUtf8(old + u"/Show.xml"), ShowXml({"Old"}));
     // Each step: prepare, move, then the list here and the flag.
-    struct Step { const char* what; std::function<void()> prepare; std::string list; const char16_t* flag; };
+    struct Step {
+        const char* what;
+        std::function<void()> prepare;
+        std::string list;
+        const char16_t* flag;
+    };
     const Step steps[] = {
-        {"a list here: the old folder is not looked at", [&] { WriteBytes(Utf16ToUtf8(ShowListPath()), ShowXml({"New"})); },
-         ShowXml({"New"}), u""},
+        {"a list here: the old folder is not looked at",
+         [&] { WriteBytes(Utf16ToUtf8(ShowListPath()), ShowXml({"New"})); }, ShowXml({"New"}), u""},
         {"none here, flag unset: copied, flag set", [&] { RemoveFile(ShowListPath()); }, ShowXml({"Old"}), u"1"},
         {"flag set: nothing copied", [&] { RemoveFile(ShowListPath()); }, "", u"1"},
-        {"no old list: the flag is set all the same", [&] { RemoveFile(flag), RemoveFile(old + u"/Show.xml"); }, "", u"1"},
+        {"no old list: the flag is set all the same", [&] { RemoveFile(flag), RemoveFile(old + u"/Show.xml"); }, "",
+         u"1"},
         {"no store folder: the copy makes it",
          [&] {
              RemoveDirectoryTree(StoreRoot()), RemoveFile(flag);
@@ -223,8 +238,10 @@ TEST_F(Layout, VersionTipShowListAndTheMoveFromThePreviousGeneration) {
     for (const Step& step : steps) {
         step.prepare();
         MoveFromPreviousGeneration();
-        EXPECT_EQ(std::make_pair(ReadBytes(Utf16ToUtf8(ShowListPath())), IniGetString(flag, u"BrindleMoved", u"flag", u"")),
-                  std::make_pair(step.list, std::u16string(step.flag))) << step.what;
+        EXPECT_EQ(
+            std::make_pair(ReadBytes(Utf16ToUtf8(ShowListPath())), IniGetString(flag, u"BrindleMoved", u"flag", u"")),
+            std::make_pair(step.list, std::u16string(step.flag)))
+            << step.what;
     }
     EXPECT_TRUE(FileExists(old + u"/Show.xml"));  // the old file stays
 }

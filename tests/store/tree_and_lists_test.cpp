@@ -48,13 +48,16 @@ TEST_F(Tree, ChildrenAndLookups) {
     EXPECT_EQ(std::make_pair(FindNodeByPath(store.root, c2->Path()), FindNodeByPath(store.root, rootPath)),
               std::make_pair(c2, store.root));
     for (const std::u16string& path : {door->Path(), c1->Path() + u"/", rootPath + u"/g/C2"})
-        EXPECT_EQ(FindNodeByPath(store.root, path), nullptr) << Utf16ToUtf8(path);  // dirs only, whole and case-sensitive
+        EXPECT_EQ(FindNodeByPath(store.root, path), nullptr)
+            << Utf16ToUtf8(path);  // dirs only, whole and case-sensitive
     GalleryNode only(u"C2", rootPath + u"/G/C2/only.dwg", u"only", kKindFile, false, false, 0);
     Entry(kCommonUseTag, &only, g, false);
     const std::tuple<GalleryNode*, std::u16string, bool, GalleryNode*> blocks[] = {
-        {store.root, win->Path(), true, win}, {store.root, win->Path(), false, recent},
+        {store.root, win->Path(), true, win},
+        {store.root, win->Path(), false, recent},
         {g, door->Path(), true, door},  // the common-use entry is never the answer
-        {store.root, only.Path(), true, nullptr}, {store.root, u"", true, nullptr},
+        {store.root, only.Path(), true, nullptr},
+        {store.root, u"", true, nullptr},
     };
     for (const auto& [from, path, skipRoot, expected] : blocks)
         EXPECT_EQ(FindBlockByPath(from, path, skipRoot), expected) << Utf16ToUtf8(path) << skipRoot;
@@ -85,9 +88,9 @@ TEST_F(Tree, RenameAndRemove) {
     auto* dotted = new GalleryNode(u"x", u"/r/a.b/file", u"file", kKindFile, false, false, 0);
     AddChild(sub, dotted, false);
 
-    RenameNode(b, u"z");    // the old extension with its dot stays
+    RenameNode(b, u"z");  // the old extension with its dot stays
     RenameNode(c, u"New");  // children follow one level down, keeping their names
-    RenameNode(plain, u"other");   // no extension: unchanged
+    RenameNode(plain, u"other");  // no extension: unchanged
     RenameNode(dotted, u"other");  // a dot before the last separator is no extension
     RenameNode(store.root, u"Elsewhere");
     EXPECT_EQ(FindBlockByPath(store.root, rootPath + u"/G/New/z.dwg", true), b);
@@ -96,16 +99,30 @@ TEST_F(Tree, RenameAndRemove) {
     OwnedNode taken(out);
     EXPECT_EQ(taken->parent, nullptr);
     const std::u16string r = rootPath;
-    EXPECT_EQ(DumpTree(taken.get()) + DumpTree(store.root),
-              u"New|out.dwg|" + r + u"/G/New/out.dwg|file|http://h/c/out.dwg|0|2|h|-\n"
-              u"|Orsolen|" + r + u"|dir||0|0|-|-\n"
-              u"  Orsolen|G|" + r + u"/G|dir||0|0|-|-\n"
-              u"    G|New|" + r + u"/G/New|dir|http://h/c|1|0|-|-\n"
-              u"      C|z|" + r + u"/G/New/z.dwg|file|http://h/c/a.b.dwg|0|1|-|-\n"
-              u"      C|noext|" + r + u"/G/New/noext|file||0|3|-|-\n"
-              u"      C|S|" + r + u"/G/C/S|dir||0|0|-|-\n"
-              u"        S|d.dwg|" + r + u"/G/C/S/d.dwg|file|/d.dwg|0|1|-|-\n"
-              u"        x|file|/r/a.b/file|file||0|0|-|-\n");
+    EXPECT_EQ(DumpTree(taken.get()) + DumpTree(store.root), u"New|out.dwg|" + r +
+                                                                u"/G/New/out.dwg|file|http://h/c/out.dwg|0|2|h|-\n"
+                                                                u"|Orsolen|" +
+                                                                r +
+                                                                u"|dir||0|0|-|-\n"
+                                                                u"  Orsolen|G|" +
+                                                                r +
+                                                                u"/G|dir||0|0|-|-\n"
+                                                                u"    G|New|" +
+                                                                r +
+                                                                u"/G/New|dir|http://h/c|1|0|-|-\n"
+                                                                u"      C|z|" +
+                                                                r +
+                                                                u"/G/New/z.dwg|file|http://h/c/a.b.dwg|0|1|-|-\n"
+                                                                u"      C|noext|" +
+                                                                r +
+                                                                u"/G/New/noext|file||0|3|-|-\n"
+                                                                u"      C|S|" +
+                                                                r +
+                                                                u"/G/C/S|dir||0|0|-|-\n"
+                                                                u"        S|d.dwg|" +
+                                                                r +
+                                                                u"/G/C/S/d.dwg|file|/d.dwg|0|1|-|-\n"
+                                                                u"        x|file|/r/a.b/file|file||0|0|-|-\n");
 }
 
 // Node texts are deep copies that survive assignment from themselves; child arrays keep
@@ -179,9 +196,7 @@ TEST(NodeStorage, PiecesCrossThreadsWithoutOverlapAndComeBack) {
     };
     std::thread([&] { fill(held, kHeld, 0xA5); }).join();
     const bool pooled = node_storage::SlabBytes() != 0;  // not under AddressSanitizer
-    if (pooled) {
-        EXPECT_EQ(node_storage::BytesInUse(), inUse + kHeld * 48);
-    }
+    if (pooled) { EXPECT_EQ(node_storage::BytesInUse(), inUse + kHeld * 48); }
     std::vector<void*> others;
     std::thread([&] { fill(others, 2000, 0x5A); }).join();
     for (void* p : held)
@@ -250,7 +265,8 @@ TEST_F(Lists, ExactBytesTheLimitAndTheRecentAndCommonListsThroughTheirFilesBroke
     nodes.reserve(501);
     std::vector<GalleryNode*> all;
     for (int i = 0; i < 501; ++i)
-        all.push_back(&nodes.emplace_back(kRootName, u"/p/" + Utf8ToUtf16(std::to_string(i)), u"", kKindFile, false, false, 0));
+        all.push_back(
+            &nodes.emplace_back(kRootName, u"/p/" + Utf8ToUtf16(std::to_string(i)), u"", kKindFile, false, false, 0));
     std::vector<std::u16string> first500 = Paths(all);
     first500.pop_back();
     EXPECT_EQ(ComposeListFile(all), ListOf(first500));
@@ -275,7 +291,8 @@ TEST_F(Lists, ExactBytesTheLimitAndTheRecentAndCommonListsThroughTheirFilesBroke
     chmod(Utf16ToUtf8(rootPath + u"/RecentlyUse.xml").c_str(), 0444);
     SaveRecentList(store);
     EXPECT_EQ(ReadBytes(Utf16ToUtf8(rootPath + u"/RecentlyUse.xml")), ListOf({a, upper, b}));
-    EXPECT_EQ(ReadBytes(Utf16ToUtf8(g->Path() + u"/CommonUse.xml")) + ReadBytes(Utf16ToUtf8(empty->Path() + u"/CommonUse.xml")),
+    EXPECT_EQ(ReadBytes(Utf16ToUtf8(g->Path() + u"/CommonUse.xml")) +
+                  ReadBytes(Utf16ToUtf8(empty->Path() + u"/CommonUse.xml")),
               ListOf({b}) + ListOf({}));
     EXPECT_FALSE(FileExists(mine->Path() + u"/CommonUse.xml"));
 
@@ -302,7 +319,10 @@ TEST_F(Lists, ExactBytesTheLimitAndTheRecentAndCommonListsThroughTheirFilesBroke
 
     // Broken or missing files give empty lists.
     const std::string cases[] = {
-        "missing", "", "not xml at all", kHead + "<Item path=\"" + Utf16ToUtf8(a) + "\" />\r",  // cut before </root>
+        "missing",
+        "",
+        "not xml at all",
+        kHead + "<Item path=\"" + Utf16ToUtf8(a) + "\" />\r",  // cut before </root>
         kHead.substr(0, kHead.size() - 7) + "<list><Item path=\"" + Utf16ToUtf8(a) + "\" /></list>\r",
     };
     for (const auto& bytes : cases) {

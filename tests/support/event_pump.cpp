@@ -12,6 +12,8 @@ bool PumpUntil(const std::function<bool()>& done, int timeoutMs) {
     return true;
 }
 
-void Pump(int ms) { PumpUntil([] { return false; }, ms); }
+void Pump(int ms) {
+    PumpUntil([] { return false; }, ms);
+}
 
 }  // namespace marrowfin::test

@@ -17,10 +17,10 @@ class RecordingHost : public QWidget, public MessageLog {
 public:
     // Answers; with answerRequests off the panel's preset values stay.
     bool answerRequests = true;
-    uint32_t userNumber = 0;                 // request 5
-    std::u16string token = u"token-host";    // request 1
-    std::u16string channel = u"频道-7";       // request 7
-    int32_t permission = 0;                  // request 6
+    uint32_t userNumber = 0;  // request 5
+    std::u16string token = u"token-host";  // request 1
+    std::u16string channel = u"频道-7";  // request 7
+    int32_t permission = 0;  // request 6
     // Runs for each request and notice as it arrives, before it is answered.
     std::function<void(const RecordedMessage&)> onEvent;
 

@@ -20,7 +20,8 @@ namespace marrowfin::test {
             return ::testing::AssertionFailure() << "cannot write " << referencePath.toStdString();
         return ::testing::AssertionSuccess() << "reference rewritten";
     }
-    const QString out = QCoreApplication::applicationDirPath() + QStringLiteral("/pictures/") + QString::fromStdString(name);
+    const QString out =
+        QCoreApplication::applicationDirPath() + QStringLiteral("/pictures/") + QString::fromStdString(name);
     QDir().mkpath(QFileInfo(out).absolutePath());
     const QImage reference = QImage(referencePath).convertToFormat(QImage::Format_RGB32);
     if (reference.size() != actual.size()) {
@@ -36,7 +37,8 @@ namespace marrowfin::test {
     for (int y = 0; y < actual.height(); ++y) {
         for (int x = 0; x < actual.width(); ++x) {
             const QRgb a = actual.pixel(x, y), r = reference.pixel(x, y);
-            const int off = std::max({std::abs(qRed(a) - qRed(r)), std::abs(qGreen(a) - qGreen(r)), std::abs(qBlue(a) - qBlue(r))});
+            const int off =
+                std::max({std::abs(qRed(a) - qRed(r)), std::abs(qGreen(a) - qGreen(r)), std::abs(qBlue(a) - qBlue(r))});
             worst = std::max(worst, off);
             differing += off > tolerance.channel;
         }

@@ -16,7 +16,8 @@ std::optional<std::string> Swap(const char* name, const std::string& value) {
     return kept;
 }
 void Restore(const char* name, const std::optional<std::string>& value) {
-    if (value) setenv(name, value->c_str(), 1); else unsetenv(name);
+    if (value) setenv(name, value->c_str(), 1);
+    else unsetenv(name);
 }
 }  // namespace
 

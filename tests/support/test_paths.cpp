@@ -7,8 +7,14 @@
 
 namespace marrowfin::test {
 
-std::string SourceDir() { const char* v = std::getenv("MARROWFIN_SOURCE_DIR"); return v ? v : MARROWFIN_BUILT_FROM; }
-std::string SharedDir() { const char* v = std::getenv("MARROWFIN_SHARED_DIR"); return v ? v : MARROWFIN_SHARED_FROM; }
+std::string SourceDir() {
+    const char* v = std::getenv("MARROWFIN_SOURCE_DIR");
+    return v ? v : MARROWFIN_BUILT_FROM;
+}
+std::string SharedDir() {
+    const char* v = std::getenv("MARROWFIN_SHARED_DIR");
+    return v ? v : MARROWFIN_SHARED_FROM;
+}
 
 std::string ReadBytes(const std::string& path) {
     std::ifstream in(path, std::ios::binary);

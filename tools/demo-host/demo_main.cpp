@@ -91,7 +91,9 @@ int main(int argc, char** argv) {
     // The library draws its pictures from BrindleSkin/ beside the host's
     // program; without it the panel still works but looks bare.
     if (!QFileInfo(ProgramDir() + QStringLiteral("/BrindleSkin")).isDir()) {
-        const QString warning = QStringLiteral("No BrindleSkin folder beside %1: the gallery is drawn without its pictures").arg(ProgramDir());
+        const QString warning =
+            QStringLiteral("No BrindleSkin folder beside %1: the gallery is drawn without its pictures")
+                .arg(ProgramDir());
         std::fprintf(stderr, "marrowfin-demo: %s\n", qPrintable(warning));
         window.ShowStatus(warning);
     }

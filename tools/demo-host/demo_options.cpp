@@ -47,8 +47,7 @@ ParsedOptions ParseDemoOptions(const QStringList& arguments, const QString& prog
             if (!value(o.sampleDir)) return fail(QStringLiteral("--sample needs a folder"));
         } else if (arg == QLatin1String("--rate-label")) {
             if (!value(o.rateLabel)) return fail(QStringLiteral("--rate-label needs a text"));
-            if (o.rateLabel.contains(QLatin1Char('/')))
-                return fail(QStringLiteral("--rate-label must not hold a '/'"));
+            if (o.rateLabel.contains(QLatin1Char('/'))) return fail(QStringLiteral("--rate-label must not hold a '/'"));
         } else if (arg == QLatin1String("--step-timeout")) {
             QString text;
             bool ok = false;

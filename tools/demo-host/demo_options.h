@@ -7,8 +7,8 @@
 namespace marrowfin::demo {
 
 struct DemoOptions {
-    QString library;    // path of libmarrowfin.so
-    QString tourDir;    // empty: interactive; else the scripted walk writes here
+    QString library;  // path of libmarrowfin.so
+    QString tourDir;  // empty: interactive; else the scripted walk writes here
     QString sampleDir;  // the stand-in service's data folder, for gallery names
     QString rateLabel;  // names the tour's screenshots, e.g. "1.0"
     int stepTimeoutMs = 15000;
@@ -17,7 +17,7 @@ struct DemoOptions {
 
 struct ParsedOptions {
     DemoOptions options;
-    QString error;       // empty when the line was understood
+    QString error;  // empty when the line was understood
     bool help = false;
 };
 

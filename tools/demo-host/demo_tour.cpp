@@ -133,8 +133,10 @@ void ClickAt(QWidget* widget, QPoint pos, bool doubleClick) {
 
 DemoTour::DemoTour(const GalleryExports& exports, HostWindow* host, DemoOptions options, QStringList galleries,
                    QObject* parent)
-    : QObject(parent), m_exports(exports), m_host(host), m_options(std::move(options)), m_galleries(std::move(galleries)) {
-    connect(m_host, &HostWindow::panelSpoke, this, [this](const QString& line) { Log(QStringLiteral("panel -> host: ") + line); });
+    : QObject(parent), m_exports(exports), m_host(host), m_options(std::move(options)),
+      m_galleries(std::move(galleries)) {
+    connect(m_host, &HostWindow::panelSpoke, this,
+            [this](const QString& line) { Log(QStringLiteral("panel -> host: ") + line); });
     m_poll.setInterval(kPollMs);
     connect(&m_poll, &QTimer::timeout, this, &DemoTour::Poll);
 }
@@ -186,7 +188,11 @@ bool DemoTour::Shoot(const QString& name, const std::function<QImage()>& take) {
         return false;
     }
     m_shots << file;
-    Log(QStringLiteral("shot %1 (%2x%3, %4 colours)").arg(file).arg(image.width()).arg(image.height()).arg(colours >= 64 ? QStringLiteral("64+") : QString::number(colours)));
+    Log(QStringLiteral("shot %1 (%2x%3, %4 colours)")
+            .arg(file)
+            .arg(image.width())
+            .arg(image.height())
+            .arg(colours >= 64 ? QStringLiteral("64+") : QString::number(colours)));
     if (colours < 3) {
         Log(QStringLiteral("shot %1 is blank").arg(file));
         return false;
@@ -199,7 +205,8 @@ void DemoTour::BuildSteps() {
     const int netSettle = m_options.shortTour ? 1500 : 3000;
     auto panel = [] { return FindPanelWidget(); };
 
-    m_steps.push_back({QStringLiteral("start"), [this](QString& why) {
+    m_steps.push_back({QStringLiteral("start"),
+                       [this](QString& why) {
                            if (!m_host->isVisible()) {
                                why = QStringLiteral("the host window is not shown");
                                return false;
@@ -208,7 +215,8 @@ void DemoTour::BuildSteps() {
                        },
                        nullptr, 300, QString(), true});
 
-    m_steps.push_back({QStringLiteral("show"), [this](QString&) {
+    m_steps.push_back({QStringLiteral("show"),
+                       [this](QString&) {
                            m_exports.show();
                            return true;
                        },
@@ -226,7 +234,8 @@ void DemoTour::BuildSteps() {
                            return true;
                        }});
 
-    m_steps.push_back({QStringLiteral("open-gallery"), [this, panel](QString& why) {
+    m_steps.push_back({QStringLiteral("open-gallery"),
+                       [this, panel](QString& why) {
                            if (!m_galleries.isEmpty()) {
                                const QString location = QStringLiteral("\\") + m_galleries.first();
                                Log(QStringLiteral("ShowGallery(%1)").arg(location));
@@ -251,7 +260,8 @@ void DemoTour::BuildSteps() {
     {
         // Double-click a thumbnail until the host is asked to insert
         // it (the first click may only start its download), then place it.
-        m_steps.push_back({QStringLiteral("insert-block"), [this, panel](QString& why) {
+        m_steps.push_back({QStringLiteral("insert-block"),
+                           [this, panel](QString& why) {
                                if (!FindPanelChild(panel(), "CDWGListView")) {
                                    why = QStringLiteral("no thumbnail list in the panel");
                                    return false;
@@ -270,47 +280,55 @@ void DemoTour::BuildSteps() {
                                // The second cell (148 by 112 units each): the first
                                // may be the class's advertising tile.
                                Log(QStringLiteral("double-click on the second thumbnail (try %1)").arg(m_insertTries));
-                               ClickAt(list, QPoint(static_cast<int>((148 + 74) * rate), static_cast<int>(40 * rate)), true);
+                               ClickAt(list, QPoint(static_cast<int>((148 + 74) * rate), static_cast<int>(40 * rate)),
+                                       true);
                                return m_host->sheet()->HasPending();
                            },
                            300, QStringLiteral("insert")});
-        m_steps.push_back({QStringLiteral("place-block"), [this](QString& why) {
-                               DrawingSheet* sheet = m_host->sheet();
-                               if (!sheet->HasPending()) {
-                                   why = QStringLiteral("no block waits to be placed: the panel asked for no insertion");
-                                   return false;
-                               }
-                               const size_t before = sheet->blocks().size();
-                               // A free corner of the sheet, where the floating panel
-                               // does not hide the block in the screenshot.
-                               QPoint at(180, 140);
-                               QWidget* p = FindPanelWidget();
-                               const int w = sheet->width(), h = sheet->height();
-                               for (QPoint corner : {QPoint(40, 40), QPoint(w - 180, 40), QPoint(40, h - 140), QPoint(w - 180, h - 140)}) {
-                                   const QRect area(sheet->mapToGlobal(corner), QSize(DrawingSheet::kBlockSide + 20, DrawingSheet::kBlockSide));
-                                   if (!p || !p->isVisible() || !p->frameGeometry().intersects(area)) {
-                                       at = corner;
-                                       break;
-                                   }
-                               }
-                               ClickAt(sheet, at);
-                               // Nowhere free (a large scale): the user drags the panel
-                               // aside to see the drawing.
-                               if (p && p->isVisible() && p->frameGeometry().intersects(QRect(sheet->mapToGlobal(at), QSize(DrawingSheet::kBlockSide, DrawingSheet::kBlockSide)))) {
-                                   p->move(m_host->frameGeometry().right() + 8, m_host->frameGeometry().top());
-                                   Log(QStringLiteral("moved the panel beside the host"));
-                               }
-                               if (sheet->blocks().size() != before + 1) {
-                                   why = QStringLiteral("the click did not place the block");
-                                   return false;
-                               }
-                               Log(QStringLiteral("placed %1").arg(sheet->blocks().back().path));
-                               return true;
-                           },
-                           nullptr, 200, QString(), true});
+        m_steps.push_back(
+            {QStringLiteral("place-block"),
+             [this](QString& why) {
+                 DrawingSheet* sheet = m_host->sheet();
+                 if (!sheet->HasPending()) {
+                     why = QStringLiteral("no block waits to be placed: the panel asked for no insertion");
+                     return false;
+                 }
+                 const size_t before = sheet->blocks().size();
+                 // A free corner of the sheet, where the floating panel
+                 // does not hide the block in the screenshot.
+                 QPoint at(180, 140);
+                 QWidget* p = FindPanelWidget();
+                 const int w = sheet->width(), h = sheet->height();
+                 for (QPoint corner :
+                      {QPoint(40, 40), QPoint(w - 180, 40), QPoint(40, h - 140), QPoint(w - 180, h - 140)}) {
+                     const QRect area(sheet->mapToGlobal(corner),
+                                      QSize(DrawingSheet::kBlockSide + 20, DrawingSheet::kBlockSide));
+                     if (!p || !p->isVisible() || !p->frameGeometry().intersects(area)) {
+                         at = corner;
+                         break;
+                     }
+                 }
+                 ClickAt(sheet, at);
+                 // Nowhere free (a large scale): the user drags the panel
+                 // aside to see the drawing.
+                 if (p && p->isVisible() &&
+                     p->frameGeometry().intersects(
+                         QRect(sheet->mapToGlobal(at), QSize(DrawingSheet::kBlockSide, DrawingSheet::kBlockSide)))) {
+                     p->move(m_host->frameGeometry().right() + 8, m_host->frameGeometry().top());
+                     Log(QStringLiteral("moved the panel beside the host"));
+                 }
+                 if (sheet->blocks().size() != before + 1) {
+                     why = QStringLiteral("the click did not place the block");
+                     return false;
+                 }
+                 Log(QStringLiteral("placed %1").arg(sheet->blocks().back().path));
+                 return true;
+             },
+             nullptr, 200, QString(), true});
     }
 
-    m_steps.push_back({QStringLiteral("recent"), [panel](QString& why) {
+    m_steps.push_back({QStringLiteral("recent"),
+                       [panel](QString& why) {
                            QWidget* list = FindPanelChild(panel(), "CClassListCtrl");
                            if (!list) {
                                why = QStringLiteral("no class list in the panel");
@@ -331,40 +349,43 @@ void DemoTour::BuildSteps() {
                 if (w->isVisible() && QByteArray(w->metaObject()->className()).endsWith("CSelClassDlg")) return w;
             return static_cast<QWidget*>(nullptr);
         };
-        m_steps.push_back({QStringLiteral("class-manager"), [this, manager](QString& why) {
-                               m_exports.ShowBoutiqueGallery();
-                               QWidget* window = manager();
-                               if (!window) {
-                                   why = QStringLiteral("ShowBoutiqueGallery opened no class manager");
-                                   return false;
-                               }
-                               window->setProperty("tourSeen", true);  // this step answers it, not the modal watcher
-                               return true;
-                           },
-                           [manager] { return manager() != nullptr; }, settle, QString(), false,
-                           [this, manager](QString& why) {
-                               QWidget* window = manager();
-                               if (!window || !Shoot(QStringLiteral("manager"), [window] { return window->grab().toImage(); })) {
-                                   why = QStringLiteral("no picture of the class manager");
-                                   return false;
-                               }
-                               // The sort selector drops below its button; looked at, it is folded again.
-                               if (PressCaption(window, QStringLiteral("排序∨"))) {
-                                   QApplication::processEvents();
-                                   if (QWidget* sorts = ShownWindow("CGalSortSelDlg"))
-                                       (void)Shoot(QStringLiteral("sort-selector"), [sorts] { return sorts->grab().toImage(); });
-                                   (void)PressCaption(window, QStringLiteral("排序∧"));
-                               }
-                               // The close button: 16 units square, 24 from the right, 7 from the top.
-                               const double rate = window->width() / 980.0;
-                               ClickAt(window, QPoint(window->width() - static_cast<int>(16 * rate), static_cast<int>(15 * rate)));
-                               return true;
-                           }});
+        m_steps.push_back(
+            {QStringLiteral("class-manager"),
+             [this, manager](QString& why) {
+                 m_exports.ShowBoutiqueGallery();
+                 QWidget* window = manager();
+                 if (!window) {
+                     why = QStringLiteral("ShowBoutiqueGallery opened no class manager");
+                     return false;
+                 }
+                 window->setProperty("tourSeen", true);  // this step answers it, not the modal watcher
+                 return true;
+             },
+             [manager] { return manager() != nullptr; }, settle, QString(), false,
+             [this, manager](QString& why) {
+                 QWidget* window = manager();
+                 if (!window || !Shoot(QStringLiteral("manager"), [window] { return window->grab().toImage(); })) {
+                     why = QStringLiteral("no picture of the class manager");
+                     return false;
+                 }
+                 // The sort selector drops below its button; looked at, it is folded again.
+                 if (PressCaption(window, QStringLiteral("排序∨"))) {
+                     QApplication::processEvents();
+                     if (QWidget* sorts = ShownWindow("CGalSortSelDlg"))
+                         (void)Shoot(QStringLiteral("sort-selector"), [sorts] { return sorts->grab().toImage(); });
+                     (void)PressCaption(window, QStringLiteral("排序∧"));
+                 }
+                 // The close button: 16 units square, 24 from the right, 7 from the top.
+                 const double rate = window->width() / 980.0;
+                 ClickAt(window, QPoint(window->width() - static_cast<int>(16 * rate), static_cast<int>(15 * rate)));
+                 return true;
+             }});
         m_steps.push_back({QStringLiteral("class-manager-closed"), [](QString&) { return true; },
                            [manager] { return manager() == nullptr; }, 300, QString()});
     }
 
-    m_steps.push_back({QStringLiteral("collections-signed-out"), [this](QString& why) {
+    m_steps.push_back({QStringLiteral("collections-signed-out"),
+                       [this](QString& why) {
                            const uint64_t handle = m_exports.GetGallery();
                            if (!handle) {
                                why = QStringLiteral("no panel");
@@ -380,7 +401,8 @@ void DemoTour::BuildSteps() {
     if (!m_options.shortTour) {
         // The same entry again, and this time the user signs in through the
         // host's dialog: the panel asks for the number, then for the token.
-        m_steps.push_back({QStringLiteral("collections-sign-in"), [this](QString& why) {
+        m_steps.push_back({QStringLiteral("collections-sign-in"),
+                           [this](QString& why) {
                                const uint64_t handle = m_exports.GetGallery();
                                if (!handle) {
                                    why = QStringLiteral("no panel");
@@ -399,19 +421,21 @@ void DemoTour::BuildSteps() {
 
         // The host hands over the demo user and its token in one order, as a
         // host does after its own sign-in; the collections come from the service.
-        m_steps.push_back({QStringLiteral("collections-signed-in"), [this](QString& why) {
-                               const uint64_t handle = m_exports.GetGallery();
-                               if (!handle) {
-                                   why = QStringLiteral("no panel");
-                                   return false;
-                               }
-                               m_host->setUserId(kDemoUser);
-                               const QString both = QStringLiteral("%1&^&%2").arg(kDemoUser).arg(TokenForUser(kDemoUser));
-                               m_exports.MarrowfinSendCopyData(handle, MARROWFIN_COPY_USER_AND_TOKEN, both.toStdU16String().c_str());
-                               m_exports.MarrowfinSendPanelControl(handle, MARROWFIN_CONTROL_OPEN_COLLECTIONS, 0);
-                               return true;
-                           },
-                           nullptr, netSettle, QStringLiteral("collections-signed-in")});
+        m_steps.push_back(
+            {QStringLiteral("collections-signed-in"),
+             [this](QString& why) {
+                 const uint64_t handle = m_exports.GetGallery();
+                 if (!handle) {
+                     why = QStringLiteral("no panel");
+                     return false;
+                 }
+                 m_host->setUserId(kDemoUser);
+                 const QString both = QStringLiteral("%1&^&%2").arg(kDemoUser).arg(TokenForUser(kDemoUser));
+                 m_exports.MarrowfinSendCopyData(handle, MARROWFIN_COPY_USER_AND_TOKEN, both.toStdU16String().c_str());
+                 m_exports.MarrowfinSendPanelControl(handle, MARROWFIN_CONTROL_OPEN_COLLECTIONS, 0);
+                 return true;
+             },
+             nullptr, netSettle, QStringLiteral("collections-signed-in")});
 
         // "搜索收藏": the page that lists the collection's blocks from the
         // service; then "返回" to the collections.
@@ -438,7 +462,8 @@ void DemoTour::BuildSteps() {
     const QStringList classes = ReadSampleClasses(m_options.sampleDir);
     const QString hostWord = classes.value(0, QStringLiteral("门"));
     const QString typedWord = classes.value(1, hostWord);
-    m_steps.push_back({QStringLiteral("search"), [this, hostWord](QString&) {
+    m_steps.push_back({QStringLiteral("search"),
+                       [this, hostWord](QString&) {
                            m_exports.SearchBrindleRes(hostWord.toStdU16String().c_str(), u"");
                            return true;
                        },
@@ -447,8 +472,10 @@ void DemoTour::BuildSteps() {
     // Typing into the panel's search box goes through the host's input
     // filter: letters reach the box, Enter and Escape are the panel's (the
     // filter swallows them, so the box never sees Enter and the panel stays).
-    m_steps.push_back({QStringLiteral("type-search"), [this, panel, typedWord](QString& why) {
-                           QLineEdit* edit = panel() ? panel()->findChild<QLineEdit*>(QStringLiteral("searchEdit")) : nullptr;
+    m_steps.push_back({QStringLiteral("type-search"),
+                       [this, panel, typedWord](QString& why) {
+                           QLineEdit* edit =
+                               panel() ? panel()->findChild<QLineEdit*>(QStringLiteral("searchEdit")) : nullptr;
                            if (!edit || !edit->isVisible()) {
                                why = QStringLiteral("no visible search box in the panel");
                                return false;
@@ -462,7 +489,9 @@ void DemoTour::BuildSteps() {
                            QTest::keyClick(edit, Qt::Key_Return);
                            QTest::keyClick(edit, Qt::Key_Escape);
                            disconnect(counter);
-                           Log(QStringLiteral("typed into the search box: \"%1\", Enter reached the box %2 times").arg(edit->text()).arg(returns));
+                           Log(QStringLiteral("typed into the search box: \"%1\", Enter reached the box %2 times")
+                                   .arg(edit->text())
+                                   .arg(returns));
                            if (returns != 0) {
                                why = QStringLiteral("Enter went past the panel to the search box");
                                return false;
@@ -478,7 +507,8 @@ void DemoTour::BuildSteps() {
     // A result row is used: a double click on its picture fetches the block
     // when it is not on the disk yet, and the next one asks the host to insert
     // it; the panel hides, and the host waits for a click on its sheet.
-    m_steps.push_back({QStringLiteral("search-use"), [this](QString&) {
+    m_steps.push_back({QStringLiteral("search-use"),
+                       [this](QString&) {
                            m_insertedBefore = m_host->requestsSeen(MARROWFIN_REQUEST_INSERT);
                            m_useClock.invalidate();
                            return true;
@@ -491,14 +521,16 @@ void DemoTour::BuildSteps() {
                                if (qstrcmp(w->metaObject()->className(), "marrowfin::CSearchListCtrl") == 0) list = w;
                            if (!list || !list->isVisible()) return false;
                            if (!m_useClock.isValid() || m_useClock.elapsed() > 1000) {
-                               if (m_useClock.isValid()) Log(QStringLiteral("the first result row is not on the disk yet: asked again"));
+                               if (m_useClock.isValid())
+                                   Log(QStringLiteral("the first result row is not on the disk yet: asked again"));
                                ClickAt(list, QPoint(40, 30), true);
                                m_useClock.start();
                            }
                            return false;
                        },
                        settle, QString(), true});
-    m_steps.push_back({QStringLiteral("panel-again"), [this](QString&) {
+    m_steps.push_back({QStringLiteral("panel-again"),
+                       [this](QString&) {
                            m_exports.show();
                            return true;
                        },
@@ -507,62 +539,67 @@ void DemoTour::BuildSteps() {
     // The panel's feedback button asks the host for its form and waits,
     // hidden; the form must take input while the panel waits, and sending it
     // ends the wait. The host then shows the panel again.
-    m_steps.push_back({QStringLiteral("feedback"), [this, panel](QString& why) {
-                           QAbstractButton* button = nullptr;
-                           for (QAbstractButton* b : panel() ? panel()->findChildren<QAbstractButton*>() : QList<QAbstractButton*>())
-                               if (b->text() == QStringLiteral("反馈") && b->isVisible()) button = b;
-                           if (!button) {
-                               why = QStringLiteral("no visible button \"反馈\" in the panel");
-                               return false;
-                           }
-                           m_feedbackSeen = m_host->noticesSeen(MARROWFIN_NOTICE_FEEDBACK);
-                           m_feedbackSent = false;
-                           m_feedbackShownAt = -1;
-                           // Clicked from the loop, not from here: the panel's wait
-                           // runs a loop of its own inside the click, and the walk
-                           // goes on within it.
-                           QPointer<QAbstractButton> target = button;
-                           QTimer::singleShot(0, this, [target] {
-                               if (target) ClickAt(target, target->rect().center());
-                           });
-                           return true;
-                       },
-                       [this] {
-                           // Sending may delete the form under our feet.
-                           QPointer<FeedbackDialog> form = m_host->findChild<FeedbackDialog*>();
-                           if (!m_feedbackSent) {
-                               if (m_host->noticesSeen(MARROWFIN_NOTICE_FEEDBACK) == m_feedbackSeen || !form || !form->isVisible()) return false;
-                               // Let the new window be exposed before clicking into it.
-                               if (!form->windowHandle() || !form->windowHandle()->isExposed()) return false;
-                               if (m_feedbackShownAt < 0) m_feedbackShownAt = m_stepClock.elapsed();
-                               if (m_stepClock.elapsed() - m_feedbackShownAt < 300) return false;
-                               (void)Shoot(QStringLiteral("feedback-form"), [&form] { return form->grab().toImage(); });
-                               // Through the window system, where a modal wait would block it.
-                               ClickAt(form->textField(), QPoint(10, 10));
-                               QTest::keyClicks(form->textField(), QStringLiteral("More doors, please."));
-                               const QString typed = form->textField()->toPlainText();
-                               QPushButton* send = form->findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Ok);
-                               ClickAt(send, send->rect().center());
-                               m_feedbackSent = true;
-                               Log(QStringLiteral("feedback typed (\"%1\") and sent; the form is %2")
-                                       .arg(typed, form && form->isVisible() ? QStringLiteral("still open") : QStringLiteral("closed")));
-                               return false;
-                           }
-                           if (form && form->isVisible()) return false;  // the click did not get through
-                           // The wait is over when the panel is enabled again; it
-                           // stays hidden until the host shows it.
-                           QWidget* p = FindPanelWidget();
-                           return p && p->isEnabled();
-                       },
-                       settle, QStringLiteral("after-feedback"), false,
-                       [this](QString&) {
-                           m_exports.show();
-                           return true;
-                       }});
+    m_steps.push_back(
+        {QStringLiteral("feedback"),
+         [this, panel](QString& why) {
+             QAbstractButton* button = nullptr;
+             for (QAbstractButton* b : panel() ? panel()->findChildren<QAbstractButton*>() : QList<QAbstractButton*>())
+                 if (b->text() == QStringLiteral("反馈") && b->isVisible()) button = b;
+             if (!button) {
+                 why = QStringLiteral("no visible button \"反馈\" in the panel");
+                 return false;
+             }
+             m_feedbackSeen = m_host->noticesSeen(MARROWFIN_NOTICE_FEEDBACK);
+             m_feedbackSent = false;
+             m_feedbackShownAt = -1;
+             // Clicked from the loop, not from here: the panel's wait
+             // runs a loop of its own inside the click, and the walk
+             // goes on within it.
+             QPointer<QAbstractButton> target = button;
+             QTimer::singleShot(0, this, [target] {
+                 if (target) ClickAt(target, target->rect().center());
+             });
+             return true;
+         },
+         [this] {
+             // Sending may delete the form under our feet.
+             QPointer<FeedbackDialog> form = m_host->findChild<FeedbackDialog*>();
+             if (!m_feedbackSent) {
+                 if (m_host->noticesSeen(MARROWFIN_NOTICE_FEEDBACK) == m_feedbackSeen || !form || !form->isVisible())
+                     return false;
+                 // Let the new window be exposed before clicking into it.
+                 if (!form->windowHandle() || !form->windowHandle()->isExposed()) return false;
+                 if (m_feedbackShownAt < 0) m_feedbackShownAt = m_stepClock.elapsed();
+                 if (m_stepClock.elapsed() - m_feedbackShownAt < 300) return false;
+                 (void)Shoot(QStringLiteral("feedback-form"), [&form] { return form->grab().toImage(); });
+                 // Through the window system, where a modal wait would block it.
+                 ClickAt(form->textField(), QPoint(10, 10));
+                 QTest::keyClicks(form->textField(), QStringLiteral("More doors, please."));
+                 const QString typed = form->textField()->toPlainText();
+                 QPushButton* send = form->findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Ok);
+                 ClickAt(send, send->rect().center());
+                 m_feedbackSent = true;
+                 Log(QStringLiteral("feedback typed (\"%1\") and sent; the form is %2")
+                         .arg(typed,
+                              form && form->isVisible() ? QStringLiteral("still open") : QStringLiteral("closed")));
+                 return false;
+             }
+             if (form && form->isVisible()) return false;  // the click did not get through
+             // The wait is over when the panel is enabled again; it
+             // stays hidden until the host shows it.
+             QWidget* p = FindPanelWidget();
+             return p && p->isEnabled();
+         },
+         settle, QStringLiteral("after-feedback"), false,
+         [this](QString&) {
+             m_exports.show();
+             return true;
+         }});
 
     m_steps.push_back({QStringLiteral("host-window"), [](QString&) { return true; }, nullptr, 100, QString(), true});
 
-    m_steps.push_back({QStringLiteral("close"), [this](QString& why) {
+    m_steps.push_back({QStringLiteral("close"),
+                       [this](QString& why) {
                            const uint64_t before = m_exports.GetGallery();
                            m_exports.CloseGallery();
                            QCoreApplication::processEvents();
@@ -632,7 +669,9 @@ void DemoTour::AddCollectionSteps(int settle, int netSettle) {
         };
     };
     auto gone = [](const char* window) { return [window] { return ShownWindow(window) == nullptr; }; };
-    auto panelPress = [](const QString& caption) { return [caption] { return PressCaption(FindPanelWidget(), caption); }; };
+    auto panelPress = [](const QString& caption) {
+        return [caption] { return PressCaption(FindPanelWidget(), caption); };
+    };
     // Types `text` over the dialog's edit as an input method would, then Enter.
     auto retype = [](const char* window, const QString& text) {
         return [window, text] {
@@ -666,44 +705,49 @@ void DemoTour::AddCollectionSteps(int settle, int netSettle) {
 
     // A block of the first gallery goes into the collection through the
     // thumbnail's menu; "查看收藏" then opens the folder that holds it.
-    auto collect = walk({[this] {
-                             if (!m_galleries.isEmpty())
-                                 m_exports.ShowGallery((QStringLiteral("\\") + m_galleries.first()).toStdU16String().c_str(), u"");
-                             return true;
-                         },
-                         menuOnCell(1), shootMenu(QStringLiteral("gallery-menu")), entry(QStringLiteral("收藏图块")),
-                         shoot("CCollectiondlg", QStringLiteral("collect-dialog")), press("CCollectiondlg", QStringLiteral("收藏")),
-                         shoot("CPopTipDlg", QStringLiteral("collected-tip")), tip(QStringLiteral("查看收藏")), gone("CPopTipDlg")});
+    auto collect = walk(
+        {[this] {
+             if (!m_galleries.isEmpty())
+                 m_exports.ShowGallery((QStringLiteral("\\") + m_galleries.first()).toStdU16String().c_str(), u"");
+             return true;
+         },
+         menuOnCell(1), shootMenu(QStringLiteral("gallery-menu")), entry(QStringLiteral("收藏图块")),
+         shoot("CCollectiondlg", QStringLiteral("collect-dialog")), press("CCollectiondlg", QStringLiteral("收藏")),
+         shoot("CPopTipDlg", QStringLiteral("collected-tip")), tip(QStringLiteral("查看收藏")), gone("CPopTipDlg")});
     m_steps.push_back({QStringLiteral("collect-block"), collect.first, collect.second, netSettle,
                        QStringLiteral("collection-collected")});
     // A second folder, for the move; then back to the first one.
-    auto folder = walk({panelPress(QStringLiteral("新建文件夹")), shoot("CNewFolderDlg", QStringLiteral("new-folder-dialog")),
-                        press("CNewFolderDlg", QStringLiteral("新建")),
-                        gone("CNewFolderDlg"), [] { return PressCaption(FindPanelWidget(), QStringLiteral("收藏夹2")); },
-                        [] { return PressCaption(FindPanelWidget(), QStringLiteral("收藏夹1")); }});
+    auto folder =
+        walk({panelPress(QStringLiteral("新建文件夹")), shoot("CNewFolderDlg", QStringLiteral("new-folder-dialog")),
+              press("CNewFolderDlg", QStringLiteral("新建")), gone("CNewFolderDlg"),
+              [] { return PressCaption(FindPanelWidget(), QStringLiteral("收藏夹2")); },
+              [] { return PressCaption(FindPanelWidget(), QStringLiteral("收藏夹1")); }});
     m_steps.push_back({QStringLiteral("new-folder"), folder.first, folder.second, netSettle, QString()});
     auto rename = walk({menuOnCell(0), shootMenu(QStringLiteral("collection-menu")), entry(QStringLiteral("重命名")),
-                        shoot("CModifyFolderDlg", QStringLiteral("rename-dialog")), retype("CModifyFolderDlg", QStringLiteral("我的门")),
-                        gone("CModifyFolderDlg")});
-    m_steps.push_back({QStringLiteral("rename-block"), rename.first, rename.second, settle,
-                       QStringLiteral("collection-renamed")});
-    auto move = walk({menuOnCell(0), entry(QStringLiteral("移动")), shoot("CMoveCollectBlkDlg", QStringLiteral("move-dialog")),
-                      press("CMoveCollectBlkDlg", QStringLiteral("移动")),
-                      [tip] { return !ShownWindow("CMoveCollectBlkDlg") || (tip(QString())(), false); }});
-    m_steps.push_back({QStringLiteral("move-block"), move.first, move.second, netSettle,
-                       QStringLiteral("collection-moved")});
+                        shoot("CModifyFolderDlg", QStringLiteral("rename-dialog")),
+                        retype("CModifyFolderDlg", QStringLiteral("我的门")), gone("CModifyFolderDlg")});
+    m_steps.push_back(
+        {QStringLiteral("rename-block"), rename.first, rename.second, settle, QStringLiteral("collection-renamed")});
+    auto move =
+        walk({menuOnCell(0), entry(QStringLiteral("移动")), shoot("CMoveCollectBlkDlg", QStringLiteral("move-dialog")),
+              press("CMoveCollectBlkDlg", QStringLiteral("移动")),
+              [tip] { return !ShownWindow("CMoveCollectBlkDlg") || (tip(QString())(), false); }});
+    m_steps.push_back(
+        {QStringLiteral("move-block"), move.first, move.second, netSettle, QStringLiteral("collection-moved")});
     // "分享收藏" opens the share dialog; it is looked at and closed unshared.
-    auto share = walk({panelPress(QStringLiteral("分享收藏")), shoot("CShareDWGblockDlg", QStringLiteral("share-dialog")),
-                       press("CShareDWGblockDlg", QStringLiteral("取消")), gone("CShareDWGblockDlg")});
+    auto share =
+        walk({panelPress(QStringLiteral("分享收藏")), shoot("CShareDWGblockDlg", QStringLiteral("share-dialog")),
+              press("CShareDWGblockDlg", QStringLiteral("取消")), gone("CShareDWGblockDlg")});
     m_steps.push_back({QStringLiteral("share-dialog"), share.first, share.second, settle, QString()});
     // "添加图块" opens the file dialog for drawings; it is looked at and cancelled.
-    auto addFiles = walk({panelPress(QStringLiteral("添加图块")), shoot("QFileDialog", QStringLiteral("add-blocks-dialog"), false),
-                          [] {
-                              auto* dialog = qobject_cast<QDialog*>(ShownWindow("QFileDialog"));
-                              if (dialog) dialog->reject();
-                              return dialog != nullptr;
-                          },
-                          gone("QFileDialog")});
+    auto addFiles =
+        walk({panelPress(QStringLiteral("添加图块")), shoot("QFileDialog", QStringLiteral("add-blocks-dialog"), false),
+              [] {
+                  auto* dialog = qobject_cast<QDialog*>(ShownWindow("QFileDialog"));
+                  if (dialog) dialog->reject();
+                  return dialog != nullptr;
+              },
+              gone("QFileDialog")});
     m_steps.push_back({QStringLiteral("add-blocks-dialog"), addFiles.first, addFiles.second, settle, QString()});
     // The folder that took the block goes again, so that the next walk
     // against the same service starts from the same folders.
@@ -725,10 +769,12 @@ void DemoTour::ArmWatchdog() {
         }
         if (done->load()) return;
         if (FILE* f = std::fopen(log.c_str(), "a")) {
-            std::fprintf(f, "tour stuck: no end after %lld ms; step FAILED, giving up\n", static_cast<long long>(limitMs));
+            std::fprintf(f, "tour stuck: no end after %lld ms; step FAILED, giving up\n",
+                         static_cast<long long>(limitMs));
             std::fclose(f);
         }
-        std::fprintf(stderr, "marrowfin-demo: the tour is stuck; giving up after %lld ms\n", static_cast<long long>(limitMs));
+        std::fprintf(stderr, "marrowfin-demo: the tour is stuck; giving up after %lld ms\n",
+                     static_cast<long long>(limitMs));
         std::_Exit(ExitTourFailed);
     }).detach();
 }
@@ -742,7 +788,9 @@ void DemoTour::Start() {
         QTimer::singleShot(0, this, [this] { emit finished(ExitTourFailed); });
         return;
     }
-    Log(QStringLiteral("tour begins%1").arg(m_galleries.isEmpty() ? QString() : QStringLiteral(", galleries: ") + m_galleries.join(QStringLiteral(", "))));
+    Log(QStringLiteral("tour begins%1")
+            .arg(m_galleries.isEmpty() ? QString()
+                                       : QStringLiteral(", galleries: ") + m_galleries.join(QStringLiteral(", "))));
     BuildSteps();
     ArmWatchdog();
     m_current = 0;
@@ -763,13 +811,15 @@ void DemoTour::HandleModal() {
             .arg(QString::fromLatin1(dialog->metaObject()->className()), dialog->windowTitle()));
     const bool accept = signIn && m_acceptSignIn;
     QTimer::singleShot(300, dialog, [this, dialog, signIn, accept] {
-        (void)Shoot(signIn ? QStringLiteral("sign-in") : QStringLiteral("modal"), [dialog] { return dialog->grab().toImage(); });
+        (void)Shoot(signIn ? QStringLiteral("sign-in") : QStringLiteral("modal"),
+                    [dialog] { return dialog->grab().toImage(); });
         if (accept) {
             Log(QStringLiteral("signing in as the user the dialog offers"));
             dialog->accept();
             return;
         }
-        Log(signIn ? QStringLiteral("sign-in cancelled, the user stays signed out") : QStringLiteral("modal window closed"));
+        Log(signIn ? QStringLiteral("sign-in cancelled, the user stays signed out")
+                   : QStringLiteral("modal window closed"));
         dialog->reject();
     });
 }
@@ -779,42 +829,41 @@ void DemoTour::Poll() {
     if (m_inAction || m_current >= m_steps.size()) return;
     Step& step = m_steps[m_current];
     switch (m_phase) {
-    case Phase::Acting:
-        BeginStep();
-        return;
-    case Phase::Waiting:
-        if (step.done && !step.done()) {
-            if (m_stepClock.elapsed() > m_options.stepTimeoutMs)
-                EndStep(false, QStringLiteral("timed out after %1 ms").arg(m_options.stepTimeoutMs));
-            return;
-        }
-        m_phase = Phase::Settling;
-        m_settleClock.start();
-        return;
-    case Phase::Settling:
-        if (m_settleClock.elapsed() < step.settleMs) return;
-        {
-            bool ok = true;
-            QString why;
-            if (step.check && !step.check(why)) {
-                EndStep(false, why);
+        case Phase::Acting: BeginStep(); return;
+        case Phase::Waiting:
+            if (step.done && !step.done()) {
+                if (m_stepClock.elapsed() > m_options.stepTimeoutMs)
+                    EndStep(false, QStringLiteral("timed out after %1 ms").arg(m_options.stepTimeoutMs));
                 return;
             }
-            if (step.shotHost) {
-                ok = Shoot(step.name == QLatin1String("start") ? QStringLiteral("host") : step.name, [this] { return DesktopImage(); });
-            } else if (!step.shot.isEmpty()) {
-                QWidget* panel = FindPanelWidget();
-                if (!panel || !panel->isVisible()) {
-                    ok = false;
-                    why = QStringLiteral("the panel is not visible for its screenshot");
-                } else {
-                    ok = Shoot(step.shot, [panel] { return panel->grab().toImage(); });
+            m_phase = Phase::Settling;
+            m_settleClock.start();
+            return;
+        case Phase::Settling:
+            if (m_settleClock.elapsed() < step.settleMs) return;
+            {
+                bool ok = true;
+                QString why;
+                if (step.check && !step.check(why)) {
+                    EndStep(false, why);
+                    return;
                 }
+                if (step.shotHost) {
+                    ok = Shoot(step.name == QLatin1String("start") ? QStringLiteral("host") : step.name,
+                               [this] { return DesktopImage(); });
+                } else if (!step.shot.isEmpty()) {
+                    QWidget* panel = FindPanelWidget();
+                    if (!panel || !panel->isVisible()) {
+                        ok = false;
+                        why = QStringLiteral("the panel is not visible for its screenshot");
+                    } else {
+                        ok = Shoot(step.shot, [panel] { return panel->grab().toImage(); });
+                    }
+                }
+                if (!ok && why.isEmpty()) why = QStringLiteral("screenshot failed");
+                EndStep(ok, why);
             }
-            if (!ok && why.isEmpty()) why = QStringLiteral("screenshot failed");
-            EndStep(ok, why);
-        }
-        return;
+            return;
     }
 }
 
@@ -840,7 +889,10 @@ void DemoTour::EndStep(bool ok, const QString& why) {
     m_stepAnswersModals = false;
     const qint64 stall = m_stalls.stages().empty() ? 0 : m_stalls.stages().back().longestGapMs;
     if (ok) {
-        Log(QStringLiteral("step %1 ok (%2 ms, longest stall %3 ms)").arg(step.name).arg(m_stepClock.elapsed()).arg(stall));
+        Log(QStringLiteral("step %1 ok (%2 ms, longest stall %3 ms)")
+                .arg(step.name)
+                .arg(m_stepClock.elapsed())
+                .arg(stall));
     } else {
         ++m_failures;
         Log(QStringLiteral("step %1 FAILED: %2 (longest stall %3 ms)").arg(step.name, why).arg(stall));

@@ -55,11 +55,11 @@ signals:
 private:
     struct Step {
         QString name;
-        std::function<bool(QString& why)> act;   // false: the step failed at once
-        std::function<bool()> done;              // null: done after `settleMs`
-        int settleMs = 0;                        // quiet time after `done` holds
-        QString shot;                            // screenshot of the panel; empty: none
-        bool shotHost = false;                   // screenshot of the whole host instead
+        std::function<bool(QString& why)> act;  // false: the step failed at once
+        std::function<bool()> done;  // null: done after `settleMs`
+        int settleMs = 0;  // quiet time after `done` holds
+        QString shot;  // screenshot of the panel; empty: none
+        bool shotHost = false;  // screenshot of the whole host instead
         std::function<bool(QString& why)> check = nullptr;  // after settling, before the shot
     };
 
@@ -93,8 +93,8 @@ private:
     int m_shotNumber = 0;
     QStringList m_shots;
     int m_insertTries = 0;
-    int m_insertedBefore = 0;   // insertion requests before the result row's use
-    QElapsedTimer m_useClock;   // since the last double click on the result row
+    int m_insertedBefore = 0;  // insertion requests before the result row's use
+    QElapsedTimer m_useClock;  // since the last double click on the result row
     qint64 m_lastTry = 0;
     int m_feedbackSeen = 0;
     bool m_feedbackSent = false;

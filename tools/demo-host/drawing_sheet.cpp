@@ -23,7 +23,8 @@ void PaintBlock(QPainter& p, const PlacedBlock& block, bool ghost) {
         p.setPen(QColor(0x80, 0x80, 0x80));
         p.drawText(r, Qt::AlignCenter | Qt::TextWordWrap, block.name);
     }
-    p.setPen(QPen(ghost ? QColor(0x20, 0x80, 0xe0) : QColor(0x30, 0x30, 0x30), 1, ghost ? Qt::DashLine : Qt::SolidLine));
+    p.setPen(
+        QPen(ghost ? QColor(0x20, 0x80, 0xe0) : QColor(0x30, 0x30, 0x30), 1, ghost ? Qt::DashLine : Qt::SolidLine));
     p.drawRect(r.adjusted(0, 0, -1, -1));
     p.setOpacity(1.0);
 }

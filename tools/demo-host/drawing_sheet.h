@@ -15,17 +15,17 @@ namespace marrowfin::demo {
 struct PlacedBlock {
     QString path;
     QString name;
-    QString mode;   // "", "YL" or "PMMC": how the panel asked for it
-    QImage preview; // null when the drawing has no readable preview
-    QPoint at;      // top-left on the sheet
+    QString mode;  // "", "YL" or "PMMC": how the panel asked for it
+    QImage preview;  // null when the drawing has no readable preview
+    QPoint at;  // top-left on the sheet
 };
 
 class DrawingSheet : public QWidget {
     Q_OBJECT
 public:
-    static constexpr int kGrid = 20;       // minor grid step, pixels
+    static constexpr int kGrid = 20;  // minor grid step, pixels
     static constexpr int kMajorEvery = 5;  // a darker line every fifth step
-    static constexpr int kBlockSide = 120; // longest side of a placed block
+    static constexpr int kBlockSide = 120;  // longest side of a placed block
 
     explicit DrawingSheet(QWidget* parent = nullptr);
 

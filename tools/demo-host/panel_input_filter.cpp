@@ -12,13 +12,11 @@ PanelInputFilter::PanelInputFilter(PreTranslate preTranslate, QObject* parent)
 
 bool PanelInputFilter::IsPassedType(QEvent::Type type) {
     switch (type) {
-    case QEvent::KeyPress:
-    case QEvent::KeyRelease:
-    case QEvent::MouseMove:
-    case QEvent::Wheel:
-        return true;
-    default:
-        return false;
+        case QEvent::KeyPress:
+        case QEvent::KeyRelease:
+        case QEvent::MouseMove:
+        case QEvent::Wheel: return true;
+        default: return false;
     }
 }
 
@@ -42,8 +40,8 @@ PanelInputFilter::Delivery PanelInputFilter::Describe(QObject* receiver, QEvent*
 bool PanelInputFilter::IsPropagationOf(const Delivery& next) const {
     // Qt hands the same event (keys) or a copy with the same time, place and
     // key (mouse, wheel) to the parent of the widget that had it last.
-    if (!m_last.receiver || next.type != m_last.type || next.timestamp != m_last.timestamp ||
-        next.key != m_last.key || next.modifiers != m_last.modifiers || next.globalPos != m_last.globalPos)
+    if (!m_last.receiver || next.type != m_last.type || next.timestamp != m_last.timestamp || next.key != m_last.key ||
+        next.modifiers != m_last.modifiers || next.globalPos != m_last.globalPos)
         return false;
     auto* child = qobject_cast<QWidget*>(m_last.receiver.data());
     auto* candidate = qobject_cast<QWidget*>(next.receiver.data());

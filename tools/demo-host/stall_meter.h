@@ -20,7 +20,7 @@ public:
     struct Stage {
         QString name;
         qint64 longestGapMs = 0;  // the longest gap between two ticks, own work taken out
-        int longGaps = 0;         // gaps of kLongGapMs or more
+        int longGaps = 0;  // gaps of kLongGapMs or more
         int ticks = 0;
     };
 

@@ -53,8 +53,8 @@ void ServiceHandle::Impl::registerCollectionRoutes() {
             x += ">\n";
             for (const UserBlock& b : users.blocks(f.id)) {
                 x += "<dwg filename=\"" + XmlAttr(b.fileName) + "\" dwg_info=\"" + XmlAttr(b.info) + "\" dwg_url=\"" +
-                     XmlAttr(BlockUrl(base, b)) + "\" size=\"" + std::to_string(b.size) + "\" gv=\"" + (b.boutique ? "1" : "0") +
-                     "\"/>\n";
+                     XmlAttr(BlockUrl(base, b)) + "\" size=\"" + std::to_string(b.size) + "\" gv=\"" +
+                     (b.boutique ? "1" : "0") + "\"/>\n";
             }
             x += "</favorites>\n";
         }
@@ -113,7 +113,8 @@ void ServiceHandle::Impl::registerCollectionRoutes() {
     route("dwg_collect", [this](const httplib::Request& req, int64_t user) {
         if (req.get_param_value("operate") != "del") return BadRequest("unknown operate");
         int64_t folder = 0, id = 0;
-        if (!ToId(req.get_param_value("favorites_id"), folder) || !ToId(req.get_param_value("dwg_id"), id)) return Word("error");
+        if (!ToId(req.get_param_value("favorites_id"), folder) || !ToId(req.get_param_value("dwg_id"), id))
+            return Word("error");
         if (!users.folder(user, folder) || !users.block(folder, id) || !users.deleteBlock(id)) return Word("error");
         std::error_code ec;
         fs::remove(fs::path(dataDir) / "collected" / (std::to_string(id) + ".dwg"), ec);

@@ -11,15 +11,15 @@
 namespace marrowfin::service {
 
 struct Fault {
-    int latencyMs = 0;       // added before the answer
-    int status = 0;          // answer with this HTTP status instead (0: off)
+    int latencyMs = 0;  // added before the answer
+    int status = 0;  // answer with this HTTP status instead (0: off)
     bool emptyBody = false;  // status 200 (or `status`) with no body
-    int truncateAt = -1;     // send this many body bytes, then close (-1: off)
-    bool drop = false;       // close the connection without any answer
+    int truncateAt = -1;  // send this many body bytes, then close (-1: off)
+    bool drop = false;  // close the connection without any answer
     int dripBytesPerSecond = 0;  // send the body this slowly (0: off)
-    int holdMs = 0;          // hold the answer until released, at most this long
+    int holdMs = 0;  // hold the answer until released, at most this long
     std::optional<std::string> body{};  // replace the body with this text
-    int remaining = -1;      // applies to this many requests; -1: until cleared
+    int remaining = -1;  // applies to this many requests; -1: until cleared
 
     bool active() const {
         return latencyMs > 0 || status > 0 || emptyBody || truncateAt >= 0 || drop || dripBytesPerSecond > 0 ||

@@ -25,7 +25,8 @@ std::string BlockElements(const CatalogClass& c, const char* element) {
     for (const CatalogBlock& b : c.blocks) {
         x += "<";
         x += element;
-        x += " fn=\"" + XmlAttr(b.fileName) + "\" size=\"" + std::to_string(b.size) + "\" hi=\"" + (b.hidden ? "1" : "0") + "\"/>";
+        x += " fn=\"" + XmlAttr(b.fileName) + "\" size=\"" + std::to_string(b.size) + "\" hi=\"" +
+             (b.hidden ? "1" : "0") + "\"/>";
     }
     return x;
 }
@@ -147,8 +148,9 @@ void ServiceHandle::Impl::registerGalleryRoutes() {
         if (!g) return BadRequest("unknown gallery_name");
         const CatalogClass* c = g->findClass(req.get_param_value("cs"));
         if (!c) return BadRequest("unknown cs");
-        std::string x = XmlHead() + "<root cs=\"" + XmlAttr(c->name) + "\" b_u=\"" + XmlAttr(ClassBase(baseOf(req), g->name, c->name)) +
-                        "\" ver=\"" + std::to_string(c->version) + "\">\n" + BlockElements(*c, "item") + "\n</root>\n";
+        std::string x = XmlHead() + "<root cs=\"" + XmlAttr(c->name) + "\" b_u=\"" +
+                        XmlAttr(ClassBase(baseOf(req), g->name, c->name)) + "\" ver=\"" + std::to_string(c->version) +
+                        "\">\n" + BlockElements(*c, "item") + "\n</root>\n";
         return Xml(x);
     });
 
@@ -173,9 +175,10 @@ void ServiceHandle::Impl::registerGalleryRoutes() {
         std::vector<const CatalogGallery*> versionOrder;
         for (const RankedHit& hit : RankedSearch(catalog, req.get_param_value("search_content"))) {
             const CatalogGallery& g = *hit.gallery;
-            if (std::find(versionOrder.begin(), versionOrder.end(), &g) == versionOrder.end()) versionOrder.push_back(&g);
-            items += "<item filename=\"" + XmlAttr(hit.block->fileName) + "\" classify=\"" + XmlAttr(g.name) + "\" subclass=\"" +
-                     XmlAttr(hit.klass->name) + "\" download_url=\"" +
+            if (std::find(versionOrder.begin(), versionOrder.end(), &g) == versionOrder.end())
+                versionOrder.push_back(&g);
+            items += "<item filename=\"" + XmlAttr(hit.block->fileName) + "\" classify=\"" + XmlAttr(g.name) +
+                     "\" subclass=\"" + XmlAttr(hit.klass->name) + "\" download_url=\"" +
                      XmlAttr(ClassBase(base, g.name, hit.klass->name) + "/" + hit.block->fileName) + "\" size=\"" +
                      std::to_string(hit.block->size) + "\" gv=\"" + (g.boutique ? "1" : "0") + "\"/>\n";
         }
@@ -202,8 +205,8 @@ void ServiceHandle::Impl::registerGalleryRoutes() {
         std::string x = XmlHead() + "<root>\n";
         for (const CatalogAd& ad : catalog.ads()) {
             x += "<item on=\"" + std::string(ad.on ? "1" : "0") + "\" name=\"" + XmlAttr(ad.name) + "\" url=\"" +
-                 XmlAttr(base + "/ad/" + ad.picture) + "\" target=\"" + XmlAttr(ad.target) + "\" ver=\"" + XmlAttr(ad.ver) + "\">" +
-                 XmlAttr(ad.key) + "</item>\n";
+                 XmlAttr(base + "/ad/" + ad.picture) + "\" target=\"" + XmlAttr(ad.target) + "\" ver=\"" +
+                 XmlAttr(ad.ver) + "\">" + XmlAttr(ad.key) + "</item>\n";
         }
         return Xml(x + "</root>\n");
     });

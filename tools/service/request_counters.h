@@ -10,10 +10,10 @@
 namespace marrowfin::service {
 
 struct PathCount {
-    long count = 0;   // requests started
-    int active = 0;   // running now
-    int peak = 0;     // highest `active` seen
-    std::string last; // request line of the latest one: method and target as sent
+    long count = 0;  // requests started
+    int active = 0;  // running now
+    int peak = 0;  // highest `active` seen
+    std::string last;  // request line of the latest one: method and target as sent
 };
 
 class RequestCounters {
@@ -33,7 +33,9 @@ private:
 class CountedRequest {
 public:
     CountedRequest(RequestCounters& counters, std::vector<std::string> keys, const std::string& requestLine = {})
-        : m_counters(counters), m_keys(std::move(keys)) { m_counters.enter(m_keys, requestLine); }
+        : m_counters(counters), m_keys(std::move(keys)) {
+        m_counters.enter(m_keys, requestLine);
+    }
     ~CountedRequest() { m_counters.leave(m_keys); }
     CountedRequest(const CountedRequest&) = delete;
     CountedRequest& operator=(const CountedRequest&) = delete;

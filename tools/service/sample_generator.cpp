@@ -68,14 +68,17 @@ struct ClassTheme {
 };
 
 const ClassTheme kClasses[] = {
-    {"单开门", SymbolKind::Door},         {"双开门", SymbolKind::Door},          {"Sliding Doors", SymbolKind::Door},
-    {"推拉窗", SymbolKind::Window},       {"平开窗", SymbolKind::Window},        {"Casement Windows", SymbolKind::Window},
-    {"沙发", SymbolKind::Sofa},           {"Sofas", SymbolKind::Sofa},           {"双人床", SymbolKind::Bed},
-    {"Beds", SymbolKind::Bed},            {"餐桌椅", SymbolKind::Table},         {"Dining Sets", SymbolKind::Table},
-    {"坐便器", SymbolKind::Toilet},       {"WC Pans", SymbolKind::Toilet},       {"洗手盆", SymbolKind::Basin},
-    {"Basins", SymbolKind::Basin},        {"吸顶灯", SymbolKind::Lamp},          {"Ceiling Lights", SymbolKind::Lamp},
-    {"插座", SymbolKind::Socket},         {"Sockets", SymbolKind::Socket},       {"A3图框", SymbolKind::TitleBlock},
-    {"A1 Title Blocks", SymbolKind::TitleBlock},
+    {"单开门", SymbolKind::Door},        {"双开门", SymbolKind::Door},
+    {"Sliding Doors", SymbolKind::Door}, {"推拉窗", SymbolKind::Window},
+    {"平开窗", SymbolKind::Window},      {"Casement Windows", SymbolKind::Window},
+    {"沙发", SymbolKind::Sofa},          {"Sofas", SymbolKind::Sofa},
+    {"双人床", SymbolKind::Bed},         {"Beds", SymbolKind::Bed},
+    {"餐桌椅", SymbolKind::Table},       {"Dining Sets", SymbolKind::Table},
+    {"坐便器", SymbolKind::Toilet},      {"WC Pans", SymbolKind::Toilet},
+    {"洗手盆", SymbolKind::Basin},       {"Basins", SymbolKind::Basin},
+    {"吸顶灯", SymbolKind::Lamp},        {"Ceiling Lights", SymbolKind::Lamp},
+    {"插座", SymbolKind::Socket},        {"Sockets", SymbolKind::Socket},
+    {"A3图框", SymbolKind::TitleBlock},  {"A1 Title Blocks", SymbolKind::TitleBlock},
 };
 
 constexpr int kGalleryPool = sizeof(kGalleries) / sizeof(kGalleries[0]);
@@ -109,11 +112,13 @@ bool WriteFile(const fs::path& path, const std::string& bytes, std::string& erro
 // `type` elements; only the first item of a group names its kind, the rest
 // inherit it, as the client reads it.
 std::string ClassTable(const std::vector<GalleryPlan>& order) {
-    std::string x = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<root>\n<word>选择图库</word>\n<showdesc>1</showdesc>\n";
+    std::string x =
+        "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<root>\n<word>选择图库</word>\n<showdesc>1</showdesc>\n";
     x += "<sort id=\"精品图库\" show=\"精品图库\"><kind>全部</kind><kind>建筑</kind><kind>室内</kind></sort>\n";
     // A sort of another id: skipped by the client, but it uses up kind numbers.
     x += "<sort id=\"推荐图库\" show=\"推荐\"><kind>热门</kind></sort>\n";
-    x += "<sort id=\"通用图库\" show=\"通用图库\"><kind>全部</kind><kind>建筑</kind><kind>室内</kind><kind>机电</kind></sort>\n";
+    x +=
+        "<sort id=\"通用图库\" show=\"通用图库\"><kind>全部</kind><kind>建筑</kind><kind>室内</kind><kind>机电</kind></sort>\n";
     std::vector<std::string> kinds;
     for (const GalleryPlan& g : order)
         if (std::find(kinds.begin(), kinds.end(), g.kind) == kinds.end()) kinds.push_back(g.kind);
@@ -126,7 +131,8 @@ std::string ClassTable(const std::vector<GalleryPlan>& order) {
             if (first) x += "<kind>" + XmlEscape(kind) + "</kind>";
             first = false;
             x += "<name>" + XmlEscape(g.name) + "</name><describe>" + XmlEscape(g.name) + "常用图块</describe>";
-            x += std::string("<gv>") + (g.boutique ? "1" : "0") + "</gv><ver>" + std::to_string(g.maxVersion) + "</ver></item>\n";
+            x += std::string("<gv>") + (g.boutique ? "1" : "0") + "</gv><ver>" + std::to_string(g.maxVersion) +
+                 "</ver></item>\n";
         }
         x += "</type>\n";
     }
@@ -204,14 +210,16 @@ SampleResult GenerateSample(const std::string& outDir, const SampleOptions& opti
                 const uint32_t variant = rng.below(1u << 16);
                 std::string bytes;
                 if (png) {
-                    bytes = BuildDwgContainer(PreviewKind::Png, EncodePng(DrawSymbol(ct.symbol, variant, 224, 140, true)));
+                    bytes =
+                        BuildDwgContainer(PreviewKind::Png, EncodePng(DrawSymbol(ct.symbol, variant, 224, 140, true)));
                 } else {
                     bytes = BuildDwgContainer(PreviewKind::Bmp8, EncodeDib8(DrawSymbol(ct.symbol, variant, 180, 120)));
                 }
                 if (!WriteFile(classDir / fileName, bytes, result.error)) return result;
                 result.bytes += static_cast<int64_t>(bytes.size());
                 ++result.blocks;
-                library += "block\t" + plan.name + "\t" + className + "\t" + fileName + "\t" + (hidden ? "1" : "0") + "\n";
+                library +=
+                    "block\t" + plan.name + "\t" + className + "\t" + fileName + "\t" + (hidden ? "1" : "0") + "\n";
             }
         }
         galleries.push_back(plan);
@@ -221,7 +229,8 @@ SampleResult GenerateSample(const std::string& outDir, const SampleOptions& opti
 
     // Class table in the sorts "def" (library order), "hot" and "new".
     std::vector<GalleryPlan> byHot = galleries;
-    std::stable_sort(byHot.begin(), byHot.end(), [](const GalleryPlan& a, const GalleryPlan& b) { return a.hot > b.hot; });
+    std::stable_sort(byHot.begin(), byHot.end(),
+                     [](const GalleryPlan& a, const GalleryPlan& b) { return a.hot > b.hot; });
     std::vector<GalleryPlan> byNew = galleries;
     std::stable_sort(byNew.begin(), byNew.end(),
                      [](const GalleryPlan& a, const GalleryPlan& b) { return a.maxVersion > b.maxVersion; });
@@ -240,8 +249,9 @@ SampleResult GenerateSample(const std::string& outDir, const SampleOptions& opti
         const std::string picture = "ad_" + std::to_string(i + 1) + ".png";
         if (!WriteFile(root / "ads" / picture, EncodePng(DrawAdTile(static_cast<uint32_t>(i), 200, 120)), result.error))
             return result;
-        ads += galleries[i].name + "\t" + (i == 2 ? "0" : "1") + "\t" + galleries[i].name + "精选\thttps://example.com/marrowfin/ad/" +
-               std::to_string(i + 1) + "\t" + std::to_string(i + 1) + "\t" + picture + "\n";
+        ads += galleries[i].name + "\t" + (i == 2 ? "0" : "1") + "\t" + galleries[i].name +
+               "精选\thttps://example.com/marrowfin/ad/" + std::to_string(i + 1) + "\t" + std::to_string(i + 1) + "\t" +
+               picture + "\n";
     }
     if (!WriteFile(root / "ads.tsv", ads, result.error)) return result;
     result.ok = true;

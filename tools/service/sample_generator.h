@@ -11,8 +11,8 @@ namespace marrowfin::service {
 
 struct SampleOptions {
     int galleries = 4;
-    int classes = 5;   // per gallery
-    int blocks = 20;   // per class
+    int classes = 5;  // per gallery
+    int blocks = 20;  // per class
     uint64_t seed = 1;
 };
 

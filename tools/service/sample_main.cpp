@@ -20,7 +20,8 @@ int main(int argc, char** argv) {
         else out.clear(), i = argc;
     }
     if (out.empty() || argc % 2 == 0) {
-        std::fprintf(stderr, "usage: marrowfin-sample --out DIR [--galleries N] [--classes M] [--blocks K] [--seed S]\n");
+        std::fprintf(stderr,
+                     "usage: marrowfin-sample --out DIR [--galleries N] [--classes M] [--blocks K] [--seed S]\n");
         return 2;
     }
     const auto start = std::chrono::steady_clock::now();

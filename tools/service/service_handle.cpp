@@ -79,7 +79,8 @@ bool ServiceHandle::Impl::pause(int ms) {
     return !stopping;
 }
 
-void ServiceHandle::Impl::serve(const httplib::Request& req, httplib::Response& res, const std::function<Reply()>& route) {
+void ServiceHandle::Impl::serve(const httplib::Request& req, httplib::Response& res,
+                                const std::function<Reply()>& route) {
     CountedRequest counted(counters, CounterKeys(req.path), req.method + " " + req.target);
     const Fault fault = faults.take(req.path);
     if (fault.holdMs > 0) faults.waitHeld(fault.holdMs);
@@ -92,7 +93,8 @@ void ServiceHandle::Impl::serve(const httplib::Request& req, httplib::Response& 
     // A refused request is not carried out: a client that sees the status
     // must find the service's state as it was (a folder it failed to delete
     // is still there).
-    Reply reply = fault.status > 0 ? Reply{fault.status, "fault: status " + std::to_string(fault.status) + "\n"} : route();
+    Reply reply =
+        fault.status > 0 ? Reply{fault.status, "fault: status " + std::to_string(fault.status) + "\n"} : route();
     if (fault.body) reply.body = *fault.body;
     if (fault.emptyBody) reply.body.clear();
     res.status = reply.status;
@@ -102,21 +104,23 @@ void ServiceHandle::Impl::serve(const httplib::Request& req, httplib::Response& 
         auto body = std::make_shared<std::string>(std::move(reply.body));
         const size_t keep = std::min(static_cast<size_t>(fault.truncateAt), body->empty() ? 0 : body->size() - 1);
         const size_t announced = std::max(body->size(), keep + 1);
-        res.set_content_provider(announced, reply.type, [body, keep](size_t offset, size_t length, httplib::DataSink& sink) {
-            if (offset >= keep) return false;
-            sink.write(body->data() + offset, std::min(length, keep - offset));
-            return true;
-        });
+        res.set_content_provider(announced, reply.type,
+                                 [body, keep](size_t offset, size_t length, httplib::DataSink& sink) {
+                                     if (offset >= keep) return false;
+                                     sink.write(body->data() + offset, std::min(length, keep - offset));
+                                     return true;
+                                 });
         return;
     }
     if (fault.dripBytesPerSecond > 0) {
         auto body = std::make_shared<std::string>(std::move(reply.body));
         const size_t step = std::max(1, fault.dripBytesPerSecond / 10);
-        res.set_content_provider(body->size(), reply.type, [this, body, step](size_t offset, size_t length, httplib::DataSink& sink) {
-            const size_t n = std::min({step, length, body->size() - offset});
-            sink.write(body->data() + offset, n);
-            return pause(100);
-        });
+        res.set_content_provider(body->size(), reply.type,
+                                 [this, body, step](size_t offset, size_t length, httplib::DataSink& sink) {
+                                     const size_t n = std::min({step, length, body->size() - offset});
+                                     sink.write(body->data() + offset, n);
+                                     return pause(100);
+                                 });
         return;
     }
     res.set_content(reply.body, reply.type.c_str());
@@ -167,7 +171,9 @@ const std::string& ServiceHandle::error() const {
     return m_impl ? m_impl->error : notStarted;
 }
 int ServiceHandle::port() const { return m_impl ? m_impl->port : 0; }
-std::string ServiceHandle::baseUrl() const { return m_impl ? "http://" + m_impl->host + ":" + std::to_string(m_impl->port) : ""; }
+std::string ServiceHandle::baseUrl() const {
+    return m_impl ? "http://" + m_impl->host + ":" + std::to_string(m_impl->port) : "";
+}
 void ServiceHandle::stop() {
     if (m_impl) m_impl->stopAll();
 }
@@ -203,7 +209,8 @@ ServiceHandle StartService(const std::string& dataDir, const ServiceOptions& opt
         impl.stopped = true;
         return handle;
     }
-    if (!impl.catalog.load(dataDir, impl.error) || !impl.users.open((fs::path(dataDir) / "state.sqlite").string(), impl.error)) {
+    if (!impl.catalog.load(dataDir, impl.error) ||
+        !impl.users.open((fs::path(dataDir) / "state.sqlite").string(), impl.error)) {
         impl.stopped = true;
         return handle;
     }
@@ -239,7 +246,8 @@ ServiceHandle StartService(const std::string& dataDir, const ServiceOptions& opt
     }
     impl.listener = std::thread([&impl] { impl.server.listen_after_bind(); });
     // stop() only ends a loop that runs, so the handle is given out once it does.
-    for (int i = 0; i < 2000 && !impl.server.is_running(); ++i) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    for (int i = 0; i < 2000 && !impl.server.is_running(); ++i)
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
     return handle;
 }
 

@@ -15,17 +15,17 @@ class UserState;
 
 struct ServiceOptions {
     std::string host = "127.0.0.1";
-    int port = 0;                     // 0 picks a free port
+    int port = 0;  // 0 picks a free port
     std::vector<std::string> faults;  // "PATH?latency=200&status=500", "*?..." for all paths
-    int threads = 48;                 // concurrent connections served at once
+    int threads = 48;  // concurrent connections served at once
 };
 
 // Behaviour switches beyond faults, settable through /admin/set.
 struct ServiceSettings {
-    std::string nom = "1";        // `nom` of search replies; "0" turns the client's prefetch off
-    bool forceRefresh = false;    // `dv` of g_all_s; starts from library.tsv
-    int uploadWorkMs = 300;       // time the background processing of an archive takes
-    int uploadReplyWaitMs = 0;    // lfupload waits this long for the processing before it answers
+    std::string nom = "1";  // `nom` of search replies; "0" turns the client's prefetch off
+    bool forceRefresh = false;  // `dv` of g_all_s; starts from library.tsv
+    int uploadWorkMs = 300;  // time the background processing of an archive takes
+    int uploadReplyWaitMs = 0;  // lfupload waits this long for the processing before it answers
     std::string statusWhenDone = "0";  // lfstatu's word after a finished archive
 };
 
@@ -40,7 +40,7 @@ public:
     const std::string& error() const;
     int port() const;
     std::string baseUrl() const;  // "http://127.0.0.1:PORT", no trailing slash
-    void stop();                  // idempotent; waits for running answers and uploads
+    void stop();  // idempotent; waits for running answers and uploads
 
     FaultTable& faults();
     RequestCounters& counters();

@@ -17,7 +17,9 @@ volatile std::sig_atomic_t g_stop = 0;
 void OnSignal(int) { g_stop = 1; }
 
 int Usage() {
-    std::fprintf(stderr, "usage: marrowfin-service --data DIR [--port N] [--host ADDR] [--fault 'PATH?latency=MS&status=N...']\n");
+    std::fprintf(
+        stderr,
+        "usage: marrowfin-service --data DIR [--port N] [--host ADDR] [--fault 'PATH?latency=MS&status=N...']\n");
     return 2;
 }
 

@@ -56,7 +56,8 @@ void DrawBed(QPainter& p, const QRectF& r, uint32_t v) {
     const double w = r.width() * (v % 2 ? 0.45 : 0.7);
     const QRectF bed(r.center().x() - w / 2, r.top(), w, r.height());
     p.drawRect(bed);
-    p.drawLine(QPointF(bed.left(), bed.top() + bed.height() * 0.3), QPointF(bed.right(), bed.top() + bed.height() * 0.45));
+    p.drawLine(QPointF(bed.left(), bed.top() + bed.height() * 0.3),
+               QPointF(bed.right(), bed.top() + bed.height() * 0.45));
     const int pillows = v % 2 ? 1 : 2;
     const double pw = (bed.width() - 8) / pillows;
     for (int i = 0; i < pillows; ++i)
@@ -68,8 +69,9 @@ void DrawTable(QPainter& p, const QRectF& r, uint32_t v) {
     if (v % 2) p.drawEllipse(top);
     else p.drawRect(top);
     const double c = std::min(r.width(), r.height()) * 0.14;
-    const QPointF chairs[] = {QPointF(top.center().x(), top.top() - c * 0.8), QPointF(top.center().x(), top.bottom() + c * 0.8),
-                              QPointF(top.left() - c * 0.8, top.center().y()), QPointF(top.right() + c * 0.8, top.center().y())};
+    const QPointF chairs[] = {
+        QPointF(top.center().x(), top.top() - c * 0.8), QPointF(top.center().x(), top.bottom() + c * 0.8),
+        QPointF(top.left() - c * 0.8, top.center().y()), QPointF(top.right() + c * 0.8, top.center().y())};
     const int n = 2 + static_cast<int>(v % 3);
     for (int i = 0; i < n && i < 4; ++i) p.drawRect(QRectF(chairs[i].x() - c / 2, chairs[i].y() - c / 2, c, c));
 }
@@ -89,7 +91,8 @@ void DrawBasin(QPainter& p, const QRectF& r, uint32_t v) {
     const int sinks = 1 + static_cast<int>(v % 2);
     const double sw = counter.width() / sinks;
     for (int i = 0; i < sinks; ++i) {
-        const QRectF s(counter.left() + i * sw + sw * 0.2, counter.top() + counter.height() * 0.2, sw * 0.6, counter.height() * 0.6);
+        const QRectF s(counter.left() + i * sw + sw * 0.2, counter.top() + counter.height() * 0.2, sw * 0.6,
+                       counter.height() * 0.6);
         p.drawEllipse(s);
         p.drawEllipse(QRectF(s.center().x() - 2, s.center().y() - 2, 4, 4));
     }
@@ -116,14 +119,16 @@ void DrawSocket(QPainter& p, const QRectF& r, uint32_t v) {
 void DrawTitleBlock(QPainter& p, const QRectF& r, uint32_t v) {
     p.drawRect(r);
     p.drawRect(r.adjusted(4, 4, -4, -4));
-    const QRectF box(r.right() - r.width() * 0.45, r.bottom() - r.height() * 0.3, r.width() * 0.45 - 4, r.height() * 0.3 - 4);
+    const QRectF box(r.right() - r.width() * 0.45, r.bottom() - r.height() * 0.3, r.width() * 0.45 - 4,
+                     r.height() * 0.3 - 4);
     p.drawRect(box);
     const int rows = 3 + static_cast<int>(v % 2);
     for (int i = 1; i < rows; ++i) {
         const double y = box.top() + box.height() * i / rows;
         p.drawLine(QPointF(box.left(), y), QPointF(box.right(), y));
     }
-    p.drawLine(QPointF(box.left() + box.width() * 0.35, box.top()), QPointF(box.left() + box.width() * 0.35, box.bottom()));
+    p.drawLine(QPointF(box.left() + box.width() * 0.35, box.top()),
+               QPointF(box.left() + box.width() * 0.35, box.bottom()));
 }
 
 }  // namespace
@@ -139,17 +144,17 @@ QImage DrawSymbol(SymbolKind kind, uint32_t variant, int width, int height, bool
     p.setPen(pen);
     const QRectF r(width * 0.1, height * 0.1, width * 0.8, height * 0.8);
     switch (kind) {
-    case SymbolKind::Door: DrawDoor(p, r, variant); break;
-    case SymbolKind::Window: DrawWindow(p, r, variant); break;
-    case SymbolKind::Sofa: DrawSofa(p, r, variant); break;
-    case SymbolKind::Bed: DrawBed(p, r, variant); break;
-    case SymbolKind::Table: DrawTable(p, r, variant); break;
-    case SymbolKind::Toilet: DrawToilet(p, r, variant); break;
-    case SymbolKind::Basin: DrawBasin(p, r, variant); break;
-    case SymbolKind::Lamp: DrawLamp(p, r, variant); break;
-    case SymbolKind::Socket: DrawSocket(p, r, variant); break;
-    case SymbolKind::TitleBlock: DrawTitleBlock(p, r, variant); break;
-    case SymbolKind::Count: break;
+        case SymbolKind::Door: DrawDoor(p, r, variant); break;
+        case SymbolKind::Window: DrawWindow(p, r, variant); break;
+        case SymbolKind::Sofa: DrawSofa(p, r, variant); break;
+        case SymbolKind::Bed: DrawBed(p, r, variant); break;
+        case SymbolKind::Table: DrawTable(p, r, variant); break;
+        case SymbolKind::Toilet: DrawToilet(p, r, variant); break;
+        case SymbolKind::Basin: DrawBasin(p, r, variant); break;
+        case SymbolKind::Lamp: DrawLamp(p, r, variant); break;
+        case SymbolKind::Socket: DrawSocket(p, r, variant); break;
+        case SymbolKind::TitleBlock: DrawTitleBlock(p, r, variant); break;
+        case SymbolKind::Count: break;
     }
     // A small accent mark so that the colour table is really used.
     p.setPen(Qt::NoPen);
@@ -206,7 +211,8 @@ std::string EncodeDib8(const QImage& source) {
         const QRgb* line = reinterpret_cast<const QRgb*>(image.constScanLine(y));
         for (int x = 0; x < w; ++x) {
             const QRgb px = line[x];
-            out.push_back(static_cast<char>(CubeLevel(qRed(px)) * 36 + CubeLevel(qGreen(px)) * 6 + CubeLevel(qBlue(px))));
+            out.push_back(
+                static_cast<char>(CubeLevel(qRed(px)) * 36 + CubeLevel(qGreen(px)) * 6 + CubeLevel(qBlue(px))));
         }
         out.append(static_cast<size_t>(stride - w), '\0');
     }

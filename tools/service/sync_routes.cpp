@@ -210,7 +210,8 @@ void ServiceHandle::Impl::registerAdminRoutes() {
         std::string text;
         for (const auto& [path, c] : counters.all())
             if (!req.has_param("path") || req.get_param_value("path") == path)
-                text += path + "\t" + std::to_string(c.count) + "\t" + std::to_string(c.peak) + "\t" + std::to_string(c.active) + "\n";
+                text += path + "\t" + std::to_string(c.count) + "\t" + std::to_string(c.peak) + "\t" +
+                        std::to_string(c.active) + "\n";
         return Word(text);
     });
     admin("user", [this](const httplib::Request& req) {

@@ -66,16 +66,21 @@ bool UserState::open(const std::string& path, std::string& error) {
         return false;
     }
     sqlite3_busy_timeout(m_db, 2000);
-    const bool ok = exec("PRAGMA foreign_keys = ON") &&
-                    exec("CREATE TABLE IF NOT EXISTS users(number INTEGER PRIMARY KEY, token TEXT UNIQUE NOT NULL)") &&
-                    exec("CREATE TABLE IF NOT EXISTS folders(id INTEGER PRIMARY KEY AUTOINCREMENT, user INTEGER NOT NULL,"
-                         " name TEXT NOT NULL, UNIQUE(user, name))") &&
-                    exec("CREATE TABLE IF NOT EXISTS blocks(id INTEGER PRIMARY KEY AUTOINCREMENT, folder INTEGER NOT NULL,"
-                         " filename TEXT NOT NULL, info TEXT NOT NULL, size INTEGER NOT NULL, gv INTEGER NOT NULL)") &&
-                    exec("CREATE TABLE IF NOT EXISTS syncs(user INTEGER PRIMARY KEY, state TEXT NOT NULL, folders TEXT NOT NULL,"
-                         " files INTEGER NOT NULL, ended INTEGER NOT NULL)") &&
-                    exec("CREATE TABLE IF NOT EXISTS shares(id INTEGER PRIMARY KEY AUTOINCREMENT, user INTEGER NOT NULL,"
-                         " at INTEGER NOT NULL)");
+    const bool ok =
+        exec("PRAGMA foreign_keys = ON") &&
+        exec("CREATE TABLE IF NOT EXISTS users(number INTEGER PRIMARY KEY, token TEXT UNIQUE NOT NULL)") &&
+        exec(
+            "CREATE TABLE IF NOT EXISTS folders(id INTEGER PRIMARY KEY AUTOINCREMENT, user INTEGER NOT NULL,"
+            " name TEXT NOT NULL, UNIQUE(user, name))") &&
+        exec(
+            "CREATE TABLE IF NOT EXISTS blocks(id INTEGER PRIMARY KEY AUTOINCREMENT, folder INTEGER NOT NULL,"
+            " filename TEXT NOT NULL, info TEXT NOT NULL, size INTEGER NOT NULL, gv INTEGER NOT NULL)") &&
+        exec(
+            "CREATE TABLE IF NOT EXISTS syncs(user INTEGER PRIMARY KEY, state TEXT NOT NULL, folders TEXT NOT NULL,"
+            " files INTEGER NOT NULL, ended INTEGER NOT NULL)") &&
+        exec(
+            "CREATE TABLE IF NOT EXISTS shares(id INTEGER PRIMARY KEY AUTOINCREMENT, user INTEGER NOT NULL,"
+            " at INTEGER NOT NULL)");
     if (!ok) {
         error = std::string("cannot set up the state tables: ") + sqlite3_errmsg(m_db);
         return false;
@@ -203,7 +208,11 @@ std::optional<UserBlock> UserState::blockByName(int64_t folder, const std::strin
 int64_t UserState::addBlock(const UserBlock& block) {
     std::lock_guard lock(m_mutex);
     Statement s(m_db, "INSERT INTO blocks(folder, filename, info, size, gv) VALUES(?, ?, ?, ?, ?)");
-    s.bind(1, block.folder).bind(2, block.fileName).bind(3, block.info).bind(4, block.size).bind(5, block.boutique ? 1 : 0);
+    s.bind(1, block.folder)
+        .bind(2, block.fileName)
+        .bind(3, block.info)
+        .bind(4, block.size)
+        .bind(5, block.boutique ? 1 : 0);
     return s.run() ? sqlite3_last_insert_rowid(m_db) : 0;
 }
 

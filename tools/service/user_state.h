@@ -30,9 +30,9 @@ struct UserBlock {
 
 struct SyncState {
     std::string state = "idle";  // idle, working, done, failed
-    std::string folders;         // the last lfsync announcement
-    int64_t files = 0;           // blocks taken in from the last archive
-    bool ended = false;          // lfupload_end came after the last upload
+    std::string folders;  // the last lfsync announcement
+    int64_t files = 0;  // blocks taken in from the last archive
+    bool ended = false;  // lfupload_end came after the last upload
 };
 
 // The demo user that every fresh data folder has.

@@ -14,7 +14,7 @@ namespace marrowfin {
 
 enum ClassTableRefreshCode : std::uintptr_t {
     ClassTableCached = 0,  // the cached file is as new as it gets: start timer 1004
-    HotWordsFetched = 1,   // payload: HotWordsPayload, never empty
+    HotWordsFetched = 1,  // payload: HotWordsPayload, never empty
 };
 
 // The hot words travel inside the posted message and belong to whoever holds

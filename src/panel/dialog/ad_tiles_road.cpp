@@ -109,10 +109,8 @@ bool OpenAdTileAt(CBrindleDlg& panel, std::intptr_t item) {
     const QString target = QString::fromStdU16String(tile.target);
     const QString scheme = QUrl(target, QUrl::TolerantMode).scheme().toLower();
     if (scheme != QStringLiteral("http") && scheme != QStringLiteral("https")) return true;
-    if (Opener())
-        Opener()(target);
-    else
-        OpenInBrowser(target);
+    if (Opener()) Opener()(target);
+    else OpenInBrowser(target);
     return true;
 }
 

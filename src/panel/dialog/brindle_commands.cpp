@@ -29,64 +29,28 @@ namespace marrowfin {
 // One case per command: the table reads best whole, and each case only forwards.
 void CBrindleDlg::OnPanelCommand(std::uintptr_t code, std::intptr_t lParam) {
     switch (code) {
-        case PanelCommand::RebuildClassList:
-            RebuildAndReopen();
-            return;
-        case PanelCommand::SelectionChanged:
-            SelectionChanged(lParam);
-            return;
-        case PanelCommand::RenameFolder:
-            RenameFolder(lParam);
-            return;
-        case PanelCommand::ActivateBlock:
-            ActivateBlock(*this, lParam);
-            return;
-        case PanelCommand::RenameBlock:
-            RenameBlock(lParam);
-            return;
-        case PanelCommand::EnableBlockDelete:
-            EnableBlockDelete(lParam >= 0);
-            return;
-        case PanelCommand::ApplyShowList:
-            ApplyShowList(lParam);
-            return;
+        case PanelCommand::RebuildClassList: RebuildAndReopen(); return;
+        case PanelCommand::SelectionChanged: SelectionChanged(lParam); return;
+        case PanelCommand::RenameFolder: RenameFolder(lParam); return;
+        case PanelCommand::ActivateBlock: ActivateBlock(*this, lParam); return;
+        case PanelCommand::RenameBlock: RenameBlock(lParam); return;
+        case PanelCommand::EnableBlockDelete: EnableBlockDelete(lParam >= 0); return;
+        case PanelCommand::ApplyShowList: ApplyShowList(lParam); return;
         case PanelCommand::OpenTargetClass:
             if (!m_nav.targetClass.empty()) OpenTargetClass();
             return;
-        case PanelCommand::RowShown:
-            RowThumbnail(lParam);
-            return;
-        case PanelCommand::CollectRow:
-            CollectRow(lParam);
-            return;
-        case PanelCommand::UseRow:
-            UseRow(lParam);
-            return;
+        case PanelCommand::RowShown: RowThumbnail(lParam); return;
+        case PanelCommand::CollectRow: CollectRow(lParam); return;
+        case PanelCommand::UseRow: UseRow(lParam); return;
         case PanelCommand::RowDownloaded:
-        case PanelCommand::RowDownloadFailed:
-            RowDownloadEnded(lParam, code == PanelCommand::RowDownloaded);
-            return;
-        case PanelCommand::RowBackToRemote:
-            RowBackToRemote(lParam);
-            return;
-        case PanelCommand::StartRowDownloads:
-            StartRowDownloads();
-            return;
-        case PanelCommand::ShowStagedRows:
-            ShowStagedRows();
-            return;
-        case PanelCommand::RowDrawn:
-            NoteRowToCheck(lParam);
-            return;
-        case PanelCommand::RepaintResults:
-            RepaintResults();
-            return;
-        case PanelCommand::RefreshClassRows:
-            RefreshClassRows();
-            return;
-        case PanelCommand::SearchFailed:
-            SearchFailed(static_cast<int>(lParam));
-            return;
+        case PanelCommand::RowDownloadFailed: RowDownloadEnded(lParam, code == PanelCommand::RowDownloaded); return;
+        case PanelCommand::RowBackToRemote: RowBackToRemote(lParam); return;
+        case PanelCommand::StartRowDownloads: StartRowDownloads(); return;
+        case PanelCommand::ShowStagedRows: ShowStagedRows(); return;
+        case PanelCommand::RowDrawn: NoteRowToCheck(lParam); return;
+        case PanelCommand::RepaintResults: RepaintResults(); return;
+        case PanelCommand::RefreshClassRows: RefreshClassRows(); return;
+        case PanelCommand::SearchFailed: SearchFailed(static_cast<int>(lParam)); return;
         case PanelCommand::ClassClicked:
             if (m_classList && lParam >= 0 && lParam < m_classList->GetItemCount()) {
                 const int row = static_cast<int>(lParam);
@@ -100,9 +64,7 @@ void CBrindleDlg::OnPanelCommand(std::uintptr_t code, std::intptr_t lParam) {
             // A click only matters on an advertising tile in the first cell.
             if (m_store && m_store->root && IsWindow(hostWindow)) (void)OpenAdTileAt(*this, lParam);
             return;
-        case PanelCommand::GoToRowClass:
-            GoToRowClass(lParam);
-            return;
+        case PanelCommand::GoToRowClass: GoToRowClass(lParam); return;
         case PanelCommand::NewSort:
             // A new sort: nothing to reorder without a cached table.
             if (!FileExists(ClassTablePath())) return;
@@ -167,10 +129,8 @@ void CBrindleDlg::RebuildAndReopen() {
         } else if (GalleryNode* node = FindNodeByPath(root, m_nav.curClassPath); node && node != root) {
             reopened = true;
             if (GalleryNode* parent = node->parent) {
-                if (parent == root)
-                    m_nav.targetClass = u"/" + node->name;
-                else
-                    m_nav.targetClass = u"/" + parent->name + u"/" + node->name;
+                if (parent == root) m_nav.targetClass = u"/" + node->name;
+                else m_nav.targetClass = u"/" + parent->name + u"/" + node->name;
                 OpenTargetClass();
             }
         }

@@ -77,7 +77,8 @@ public:
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override {
-        if ((event->type() == QEvent::FocusIn || event->type() == QEvent::FocusOut) && IsSearchPage(m_panel->m_nav.page))
+        if ((event->type() == QEvent::FocusIn || event->type() == QEvent::FocusOut) &&
+            IsSearchPage(m_panel->m_nav.page))
             m_panel->update(ScaleRect(11, 39, 689, 65));
         return QObject::eventFilter(watched, event);
     }
@@ -170,7 +171,8 @@ void CBrindleDlg::CreateButtons(int w) {  // w: the client width
         return button;
     };
 
-    m_buttons[ControlId::AddClasses] = make(new CSkinButton(this), ButtonSpec{ControlId::AddClasses, u"添加更多分类", 12, 41, 126, 69, false, 12, 448, 88, 16});
+    m_buttons[ControlId::AddClasses] = make(new CSkinButton(this), ButtonSpec{ControlId::AddClasses, u"添加更多分类",
+                                                                              12, 41, 126, 69, false, 12, 448, 88, 16});
 
     m_subclassBtns.clear();
     for (int i = 0; i < ControlId::SubclassButtons; ++i) {

@@ -92,39 +92,20 @@ bool CBrindleDlg::event(QEvent* event) {
 std::intptr_t CBrindleDlg::OnMessage(uint32_t message, std::uintptr_t wParam, std::intptr_t lParam,
                                      std::unique_ptr<MessagePayload> payload) {
     switch (message) {
-        case WM_TIMER_MESSAGE:
-            OnTimer(wParam);
-            return 0;
-        case MsgPanelCommand:
-            OnPanelCommand(wParam, lParam);
-            return 0;
-        case MsgPanelEvent:
-            OnPanelEvent(wParam, lParam, std::move(payload));
-            return 0;
-        case GalleryPanelControl:
-            return OnPanelControl(wParam, lParam);
+        case WM_TIMER_MESSAGE: OnTimer(wParam); return 0;
+        case MsgPanelCommand: OnPanelCommand(wParam, lParam); return 0;
+        case MsgPanelEvent: OnPanelEvent(wParam, lParam, std::move(payload)); return 0;
+        case GalleryPanelControl: return OnPanelControl(wParam, lParam);
         case WM_COPYDATA_MESSAGE:
             // A null record goes to the default handling, which answers 0.
             if (lParam == 0) return 0;
             return OnCopyData(reinterpret_cast<const CopyDataStruct*>(lParam));
-        case MsgProgress:
-            (void)ShowDownloadProgress(*this, wParam, lParam);
-            return 0;
-        case MsgClassTableRefresh:
-            OnClassTableRefresh(wParam, std::move(payload));
-            return 0;
-        case MsgTreeUpdate:
-            OnTreeUpdate();
-            return 0;
-        case MsgSearchOutcome:
-            OnSearchOutcome(static_cast<int>(wParam), std::move(payload));
-            return 0;
-        case MsgAdTiles:
-            AdoptAdTiles(*this, std::move(payload));
-            return 0;
-        case MsgCollectionRows:
-            OnCollectionRows(wParam, std::move(payload));
-            return 0;
+        case MsgProgress: (void)ShowDownloadProgress(*this, wParam, lParam); return 0;
+        case MsgClassTableRefresh: OnClassTableRefresh(wParam, std::move(payload)); return 0;
+        case MsgTreeUpdate: OnTreeUpdate(); return 0;
+        case MsgSearchOutcome: OnSearchOutcome(static_cast<int>(wParam), std::move(payload)); return 0;
+        case MsgAdTiles: AdoptAdTiles(*this, std::move(payload)); return 0;
+        case MsgCollectionRows: OnCollectionRows(wParam, std::move(payload)); return 0;
         case MsgWorkerAnswer:
             if (auto* answer = dynamic_cast<WorkerAnswer*>(payload.get())) answer->deliver();
             return 0;
@@ -132,8 +113,7 @@ std::intptr_t CBrindleDlg::OnMessage(uint32_t message, std::uintptr_t wParam, st
             // The store's queue hands over the path; it is freed on return.
             if (auto* path = dynamic_cast<OwnedText*>(payload.get())) ThumbFileReady(*this, path->value);
             return 0;
-        default:
-            return 0;
+        default: return 0;
     }
 }
 
@@ -228,8 +208,8 @@ void CBrindleDlg::OnTreeUpdate() {
                 if (CSkinButton* download = Button(ControlId::DownloadGallery)) download->setEnabled(true);
                 if (!change.ok) {
                     CPopTipDlg tip(this);
-                    tip.Configure(ToQString(kProductTitle), false, ToQString(kGalleryFetchFailed),
-                                  QString(), QStringLiteral("确定"), QString());
+                    tip.Configure(ToQString(kProductTitle), false, ToQString(kGalleryFetchFailed), QString(),
+                                  QStringLiteral("确定"), QString());
                     (void)tip.DoModal();  // one button: the answer changes nothing
                 }
                 SetTimer(Handle(), kTimerBuildClassList, kClassListMs);

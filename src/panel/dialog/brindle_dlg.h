@@ -94,15 +94,15 @@ public:
     CClassListCtrl* m_classList = nullptr;
     QLineEdit* m_searchEdit = nullptr;
     CProgressCtrlOwner* m_progress = nullptr;
-    std::map<int, CSkinButton*> m_buttons;          // close, add classes, empty states, title bar, sync prompt
-    std::vector<CSubclassButton*> m_subclassBtns;   // two rows of nine
-    std::vector<CSkinButton*> m_collectionBtns;     // the collection bar in id order
-    std::vector<CSkinButton*> m_searchBtns;         // clear, search, back
+    std::map<int, CSkinButton*> m_buttons;  // close, add classes, empty states, title bar, sync prompt
+    std::vector<CSubclassButton*> m_subclassBtns;  // two rows of nine
+    std::vector<CSkinButton*> m_collectionBtns;  // the collection bar in id order
+    std::vector<CSkinButton*> m_searchBtns;  // clear, search, back
     HotWordBar* m_hotWordBar = nullptr;
 
     // ---- navigation -----------------------------------------------------
-    NavigationModel m_nav;         // page, class, subclass, listed blocks, selection
-    bool m_treeWaiting = false;    // opened before the first tree came: its arrival continues the start
+    NavigationModel m_nav;  // page, class, subclass, listed blocks, selection
+    bool m_treeWaiting = false;  // opened before the first tree came: its arrival continues the start
     GalleryStore* m_store = nullptr;
 
     // ---- search and downloads -------------------------------------------
@@ -137,7 +137,7 @@ public:
     bool m_thumbScanBusy = false;
 
     // ---- advertising tiles ---------------------------------------------
-    AdTileMap m_adTiles;                            // by class name; replaced whole when the refresh comes
+    AdTileMap m_adTiles;  // by class name; replaced whole when the refresh comes
     std::map<std::u16string, QImage> m_adPictures;  // decoded pictures of the tiles that are on
 
     // ---- class table ----------------------------------------------------
@@ -152,7 +152,7 @@ public:
     void ReapplyClassTable();
 
     // ---- operations -----------------------------------------------------
-    void ShowPanel();   // SW_SHOW
+    void ShowPanel();  // SW_SHOW
     void HidePanel();
     // CloseGallery's save: lists, advertising file, the folder "search".
     void SaveOnClose();
@@ -177,8 +177,8 @@ public:
     // The host link.
     std::intptr_t OnPanelControl(std::uintptr_t code, std::intptr_t lParam);
     std::intptr_t OnCopyData(const CopyDataStruct* data);
-    void OpenCollectionsForHost();                       // ResetClass with "我的收藏"
-    void SearchFor(const QString& text);                 // SearchBrindleRes, copy-data 414
+    void OpenCollectionsForHost();  // ResetClass with "我的收藏"
+    void SearchFor(const QString& text);  // SearchBrindleRes, copy-data 414
     bool IsBlkBoutique(const std::u16string& blockPath);
     int RequireLogin();
     // Reads the folder list on a worker and rebuilds the collection's part of
@@ -198,7 +198,7 @@ public:
     int FindRow(const RowKey& row) const;
     // The newest search run is known and has ended (the result count may show).
     bool SearchEnded() const;
-    void FeedbackButton();    // 2153
+    void FeedbackButton();  // 2153
     void StatisticsButton();  // 2154
 
     // Navigation.
@@ -261,17 +261,17 @@ private:
     // The subclass button opened last (m_nav.openedSubclass), or null.
     CSubclassButton* OpenedSubclass() const;
     void NoteOpenedSubclass(CSubclassButton* button);
-    int32_t m_collectionUser = -1;                // user of the last collection target
-    bool m_rebuildingClasses = false;             // command 0 runs: OpenTargetClass must not send it again
-    void RebuildAndReopen();                      // command 0
-    void ApplyShowList(std::intptr_t force);      // command 6
-    void SelectionChanged(std::intptr_t item);    // command 1
-    void EnableBlockDelete(bool enabled);         // command 5: the bar's "删除图块"
-    void RepaintResults();                        // command 17
-    void GoToRowClass(std::intptr_t row);         // command 23: a result row's class link
-    void LayoutStatusButtons();                   // event 4
-    void SetSyncStatus(int status);               // event 5
-    void RefreshClassRows();                      // command 19
+    int32_t m_collectionUser = -1;  // user of the last collection target
+    bool m_rebuildingClasses = false;  // command 0 runs: OpenTargetClass must not send it again
+    void RebuildAndReopen();  // command 0
+    void ApplyShowList(std::intptr_t force);  // command 6
+    void SelectionChanged(std::intptr_t item);  // command 1
+    void EnableBlockDelete(bool enabled);  // command 5: the bar's "删除图块"
+    void RepaintResults();  // command 17
+    void GoToRowClass(std::intptr_t row);  // command 23: a result row's class link
+    void LayoutStatusButtons();  // event 4
+    void SetSyncStatus(int status);  // event 5
+    void RefreshClassRows();  // command 19
     void RunCollectionFilter();
     void FilterCollectionRows();
     void LoadCollectionRows();
@@ -281,22 +281,22 @@ private:
     void OnCollectionRows(std::uintptr_t generation, std::unique_ptr<MessagePayload> payload);
 
     // The search run (search_road.cpp).
-    void StartSearch(QString text);                  // the tail of 2204
+    void StartSearch(QString text);  // the tail of 2204
     void OnSearchOutcome(int generation, std::unique_ptr<MessagePayload> payload);
-    void SearchFailed(int generation);               // command 20
-    void RunLocalSearch();                           // 2203
-    void ShowStagedRows();                           // command 16
-    void ListRows();                                 // m_rows into the list, a new row generation
+    void SearchFailed(int generation);  // command 20
+    void RunLocalSearch();  // 2203
+    void ShowStagedRows();  // command 16
+    void ListRows();  // m_rows into the list, a new row generation
     // Result rows (row_commands.cpp).
     bool EnqueueRow(BlockRow& row);
-    void RowThumbnail(std::intptr_t row);            // command 9
-    void CollectRow(std::intptr_t row);              // command 10
-    void UseRow(std::intptr_t row);                  // command 11
+    void RowThumbnail(std::intptr_t row);  // command 9
+    void CollectRow(std::intptr_t row);  // command 10
+    void UseRow(std::intptr_t row);  // command 11
     void RowDownloadEnded(std::intptr_t id, bool ok);  // commands 12 and 13
-    void RowBackToRemote(std::intptr_t row);         // command 14
-    void StartRowDownloads();                        // command 15
-    void NoteRowToCheck(std::intptr_t row);          // command 18
-    void CheckShownRows();                           // timer 1006
+    void RowBackToRemote(std::intptr_t row);  // command 14
+    void StartRowDownloads();  // command 15
+    void NoteRowToCheck(std::intptr_t row);  // command 18
+    void CheckShownRows();  // timer 1006
     void RedrawResultRow(int row);
     void OnRowPreview(PreviewResult result);
     std::unique_ptr<PreviewLoader> m_rowPreviews;
@@ -305,9 +305,9 @@ private:
     void ForgetCollectionRows();
 
     // The collection (collection_road.cpp).
-    std::uintptr_t m_collectionLoads = 0;      // generation of the newest reload
+    std::uintptr_t m_collectionLoads = 0;  // generation of the newest reload
     std::function<void(int)> m_collectionThen;  // what the newest reload continues with
-    std::uintptr_t m_folderReads = 0;          // generation of the newest folder read
+    std::uintptr_t m_folderReads = 0;  // generation of the newest folder read
     bool m_collectionLoading = false;
     bool m_folderReading = false;
     bool m_blockDeletePending = false;
@@ -320,9 +320,9 @@ private:
     bool m_syncPollPending = false;
     HandoverInput HandoverOf() const;
     void StartCloudReplacement();
-    void ReplaceCloudButton();           // 2155
-    void CloudSyncEnded(bool landed);    // events 6 and 7
-    void PollCloudSync();                // timer 1010
+    void ReplaceCloudButton();  // 2155
+    void CloudSyncEnded(bool landed);  // events 6 and 7
+    void PollCloudSync();  // timer 1010
     // The node <root>/我的收藏, when the tree has one, read again from the disk.
     void ReloadOldCollection();
     void ReadCollectionFolders(std::uintptr_t generation, bool quiet);
@@ -350,14 +350,14 @@ private:
                              std::function<void(int)> chosen);
     CSubclassButton* SubclassButtonOf(std::intptr_t handle) const;
     int ItemOfPath(const std::u16string& path) const;
-    void ThumbnailMenu(std::intptr_t item);                  // event 8
-    void FolderButtonMenu(std::intptr_t handle);             // event 9
-    void MoveBlock(std::intptr_t item);                      // event 11
-    void RenameFolder(std::intptr_t handle);                 // command 2
-    void RenameBlock(std::intptr_t item);                    // command 4
-    void AddBlocksFromDisk();                                // 2100, 2150
-    void NewFolder();                                        // 2101
-    void ShareCollection();                                  // 2103
+    void ThumbnailMenu(std::intptr_t item);  // event 8
+    void FolderButtonMenu(std::intptr_t handle);  // event 9
+    void MoveBlock(std::intptr_t item);  // event 11
+    void RenameFolder(std::intptr_t handle);  // command 2
+    void RenameBlock(std::intptr_t item);  // command 4
+    void AddBlocksFromDisk();  // 2100, 2150
+    void NewFolder();  // 2101
+    void ShareCollection();  // 2103
     void CollectListedBlock(const std::u16string& path);
     bool HostAllowsCollecting(const std::u16string& path);
     // CCollectiondlg, then m_collected and the success tip; `closed` runs on its "关闭".

@@ -72,76 +72,47 @@ void CBrindleDlg::OnTimer(std::uintptr_t id) {
             KillTimer(self, id);
             update();
             return;
-        case kTimerThumbRequest:
-            RequestVisibleThumbs(*this);
-            return;
+        case kTimerThumbRequest: RequestVisibleThumbs(*this); return;
         case kTimerClassTableApply:
             KillTimer(self, id);
             ReapplyClassTable();
             RefreshClassRows();
             return;
-        case kTimerRowCheck:
-            CheckShownRows();
-            return;
+        case kTimerRowCheck: CheckShownRows(); return;
         case kTimerRowUse:
         case kTimerRowCollect:
         case kTimerRowClassLink: {
             KillTimer(self, id);
             const int row = m_searchList ? m_searchList->ClickedRow() : -1;
-            if (id == kTimerRowUse)
-                UseRow(row);
-            else if (id == kTimerRowCollect)
-                CollectRow(row);
-            else
-                GoToRowClass(row);
+            if (id == kTimerRowUse) UseRow(row);
+            else if (id == kTimerRowCollect) CollectRow(row);
+            else GoToRowClass(row);
             return;
         }
-        case kTimerSyncPoll:
-            PollCloudSync();
-            return;
-        default:
-            return;
+        case kTimerSyncPoll: PollCloudSync(); return;
+        default: return;
     }
 }
 
 void CBrindleDlg::OnPanelEvent(std::uintptr_t code, std::intptr_t lParam, std::unique_ptr<MessagePayload> payload) {
     // A payload (a worker's path) is freed when this returns.
     switch (code) {
-        case PanelEvent::ThumbMissing:
-            QueueThumbCheck(*this, lParam);
-            return;
+        case PanelEvent::ThumbMissing: QueueThumbCheck(*this, lParam); return;
         case PanelEvent::ThumbDone:
         case PanelEvent::ThumbFailed:
             if (auto* path = dynamic_cast<OwnedText*>(payload.get()))
                 ThumbDownloadEnded(*this, code == PanelEvent::ThumbDone, path->value);
             return;
-        case PanelEvent::NextThumb:
-            NextCollectionThumb();
-            return;
-        case PanelEvent::LayoutStatus:
-            LayoutStatusButtons();
-            return;
-        case PanelEvent::SyncStatus:
-            SetSyncStatus(static_cast<int>(lParam));
-            return;
+        case PanelEvent::NextThumb: NextCollectionThumb(); return;
+        case PanelEvent::LayoutStatus: LayoutStatusButtons(); return;
+        case PanelEvent::SyncStatus: SetSyncStatus(static_cast<int>(lParam)); return;
         case PanelEvent::SyncDone:
-        case PanelEvent::SyncFailed:
-            CloudSyncEnded(code == PanelEvent::SyncDone);
-            return;
-        case PanelEvent::ThumbMenu:
-            ThumbnailMenu(lParam);
-            return;
-        case PanelEvent::FolderMenu:
-            FolderButtonMenu(lParam);
-            return;
-        case PanelEvent::DeleteFolder:
-            AskDeleteFolder(reinterpret_cast<CSubclassButton*>(lParam));
-            return;
-        case PanelEvent::MoveBlock:
-            MoveBlock(lParam);
-            return;
-        default:
-            return;
+        case PanelEvent::SyncFailed: CloudSyncEnded(code == PanelEvent::SyncDone); return;
+        case PanelEvent::ThumbMenu: ThumbnailMenu(lParam); return;
+        case PanelEvent::FolderMenu: FolderButtonMenu(lParam); return;
+        case PanelEvent::DeleteFolder: AskDeleteFolder(reinterpret_cast<CSubclassButton*>(lParam)); return;
+        case PanelEvent::MoveBlock: MoveBlock(lParam); return;
+        default: return;
     }
 }
 
@@ -167,8 +138,8 @@ void CBrindleDlg::SetSyncStatus(int status) {
 bool CBrindleDlg::IsOwnWindow(WindowHandle window) {
     if (window == 0) return false;
     if (window == Handle()) return true;
-    for (QWidget* own : {static_cast<QWidget*>(m_pThumbList), static_cast<QWidget*>(m_searchList),
-                         static_cast<QWidget*>(m_classList)})
+    for (QWidget* own :
+         {static_cast<QWidget*>(m_pThumbList), static_cast<QWidget*>(m_searchList), static_cast<QWidget*>(m_classList)})
         if (own && HandleOf(own) == window) return true;
     return false;
 }

@@ -26,7 +26,9 @@ namespace {
 
 constexpr char16_t kUserTokenSeparator[] = u"&^&";
 
-bool Contains(std::u16string_view text, std::u16string_view part) { return text.find(part) != std::u16string_view::npos; }
+bool Contains(std::u16string_view text, std::u16string_view part) {
+    return text.find(part) != std::u16string_view::npos;
+}
 
 // The integer value of a text as the host writes it: leading blanks, a sign,
 // digits; what follows the digits is ignored and no digits give 0.
@@ -65,9 +67,7 @@ std::intptr_t CBrindleDlg::OnPanelControl(std::uintptr_t code, std::intptr_t lPa
         case MARROWFIN_CONTROL_CLEAR_MODE:
             if (SameWindow(hostWindow, lParam)) showMode.clear();
             break;
-        case MARROWFIN_CONTROL_SET_USER:
-            userId = static_cast<int32_t>(lParam);
-            break;
+        case MARROWFIN_CONTROL_SET_USER: userId = static_cast<int32_t>(lParam); break;
         case MARROWFIN_CONTROL_SIGNED_OUT:
             userId = -1;
             userToken.clear();
@@ -99,15 +99,9 @@ std::intptr_t CBrindleDlg::OnCopyData(const CopyDataStruct* data) {
             raise();
             activateWindow();
             return 1;
-        case MARROWFIN_COPY_MODE:
-            showMode = text;
-            return 0;
-        case MARROWFIN_COPY_SEARCH:
-            SearchFor(QString::fromStdU16String(text));
-            return 0;
-        case MARROWFIN_COPY_TOKEN:
-            userToken = text;
-            return 0;
+        case MARROWFIN_COPY_MODE: showMode = text; return 0;
+        case MARROWFIN_COPY_SEARCH: SearchFor(QString::fromStdU16String(text)); return 0;
+        case MARROWFIN_COPY_TOKEN: userToken = text; return 0;
         case MARROWFIN_COPY_USER_AND_TOKEN: {
             const std::size_t at = text.find(kUserTokenSeparator);
             if (at == std::u16string::npos) return 0;  // no separator: not a user and token
@@ -116,8 +110,7 @@ std::intptr_t CBrindleDlg::OnCopyData(const CopyDataStruct* data) {
             userToken = text.substr(at + 3);
             return 0;
         }
-        default:
-            return 0;
+        default: return 0;
     }
 }
 
@@ -203,8 +196,6 @@ void CBrindleDlg::FeedbackButton() {
     setEnabled(true);
 }
 
-void CBrindleDlg::StatisticsButton() {
-    (void)PostHostNotice(hostWindow, Handle(), MARROWFIN_NOTICE_STATISTICS);
-}
+void CBrindleDlg::StatisticsButton() { (void)PostHostNotice(hostWindow, Handle(), MARROWFIN_NOTICE_STATISTICS); }
 
 }  // namespace marrowfin

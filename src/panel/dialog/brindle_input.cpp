@@ -77,8 +77,7 @@ bool CBrindleDlg::PreTranslateMessage(QObject* receiver, QEvent* event) {
             FocusUnderCursor(m_pThumbList, global);
             return false;
         }
-        default:
-            return false;
+        default: return false;
     }
 }
 
@@ -130,11 +129,8 @@ bool CBrindleDlg::DragEvent(QEvent* event) {
             m_dragging = false;
             return true;
         case QEvent::Hide:
-        case QEvent::WindowDeactivate:
-            m_dragging = false;
-            return false;
-        default:
-            return false;
+        case QEvent::WindowDeactivate: m_dragging = false; return false;
+        default: return false;
     }
 }
 

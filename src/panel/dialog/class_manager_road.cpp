@@ -21,8 +21,7 @@
 
 namespace marrowfin {
 
-namespace {
-}  // namespace
+namespace {}  // namespace
 
 std::u16string ClassNameOfRoute(std::u16string_view route) {
     std::u16string name(route);
@@ -67,10 +66,8 @@ void CBrindleDlg::ManageClasses() {
     (void)RunClassManager([this](int result, bool wantSearch) {
         // A new list is fetched for the tree; meanwhile the column follows the file.
         if (result == 1) RebuildTree();
-        if (wantSearch)
-            GoToPage(PageSearch);
-        else
-            ApplyShowList(0);
+        if (wantSearch) GoToPage(PageSearch);
+        else ApplyShowList(0);
     });
 }
 
@@ -106,14 +103,16 @@ void CBrindleDlg::ContinueClassRoute(const std::u16string& route, const std::u16
                 ContinueClassRoute(route, name, true);
                 return;
             }
-            (void)RunClassManager([this, route, name](int result, bool wantSearch) {
-                if (result == 1) ApplyShowList(0);
-                if (wantSearch) {
-                    GoToPage(PageSearch);
-                    return;
-                }
-                ContinueClassRoute(route, name, true);
-            }, false);
+            (void)RunClassManager(
+                [this, route, name](int result, bool wantSearch) {
+                    if (result == 1) ApplyShowList(0);
+                    if (wantSearch) {
+                        GoToPage(PageSearch);
+                        return;
+                    }
+                    ContinueClassRoute(route, name, true);
+                },
+                false);
         });
         tip->open();
         return;

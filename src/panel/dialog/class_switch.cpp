@@ -80,9 +80,7 @@ void CBrindleDlg::ShowEmptyClass(int row, const std::u16string& path) {
     m_nav.curClassPath = path;
 }
 
-bool CBrindleDlg::ClassIsBoutique(const std::u16string& path) const {
-    return IsBoutiqueClass(m_classTable, path);
-}
+bool CBrindleDlg::ClassIsBoutique(const std::u16string& path) const { return IsBoutiqueClass(m_classTable, path); }
 
 void CBrindleDlg::SwitchClass(int row) {
     if (!m_classList) return;

@@ -51,7 +51,6 @@ constexpr int kMenuDelete = 2001;
 constexpr int kMenuMove = 2002;
 constexpr int kMenuCollect = 1000;
 
-
 CollectionMessage Notice(std::u16string title, std::u16string text, std::u16string accept = u"确定",
                          std::u16string decline = {}) {
     CollectionMessage shown;
@@ -163,7 +162,9 @@ void CBrindleDlg::ThumbnailMenu(std::intptr_t item) {
         if (path.empty()) return;
         std::set<int> disabled;
         if (m_folderMap.size() < 2) disabled.insert(kMenuMove);
-        PopCollectionMenu({{QStringLiteral("重命名"), kMenuRename}, {QString(), 0}, {QStringLiteral("删除"), kMenuDelete},
+        PopCollectionMenu({{QStringLiteral("重命名"), kMenuRename},
+                           {QString(), 0},
+                           {QStringLiteral("删除"), kMenuDelete},
                            {QStringLiteral("移动"), kMenuMove}},
                           disabled, [this, path](int id) {
                               // Rename and move are posted: their dialogs open once the menu has closed.
@@ -222,19 +223,21 @@ void CBrindleDlg::OpenCollectDialog(const std::u16string& name, const std::u16st
             m_collected[path] = 1;
             if (!done.m_landed) return;
             const std::u16string folder = done.m_folder;
-            m_collectionWindow = OpenCollectionTip(this, Notice(kCollectTitle, u"图块收藏成功", u"查看收藏", u"关闭"), this,
-                              [this, folder, closed](int answer) {
-                                  if (answer != 1) {
-                                      if (closed) closed();
-                                      return;
-                                  }
-                                  // "查看收藏": the folder that took the block opens.
-                                  if (m_nav.page == PageSearch) SearchCommand(ControlId::SearchBack);
-                                  if (!m_store || !m_store->root) return;
-                                  m_nav.targetClass = MirrorDir(m_store->root->Path(), userId) + u"/" + folder;
-                                  m_nav.forceList = true;
-                                  SelectClass(1, true);
-                              });
+            m_collectionWindow = OpenCollectionTip(this, Notice(kCollectTitle, u"图块收藏成功", u"查看收藏", u"关闭"),
+                                                   this, [this, folder, closed](int answer) {
+                                                       if (answer != 1) {
+                                                           if (closed) closed();
+                                                           return;
+                                                       }
+                                                       // "查看收藏": the folder that took the block opens.
+                                                       if (m_nav.page == PageSearch)
+                                                           SearchCommand(ControlId::SearchBack);
+                                                       if (!m_store || !m_store->root) return;
+                                                       m_nav.targetClass =
+                                                           MirrorDir(m_store->root->Path(), userId) + u"/" + folder;
+                                                       m_nav.forceList = true;
+                                                       SelectClass(1, true);
+                                                   });
         });
     dialog->Open();
 }
@@ -270,15 +273,17 @@ void CBrindleDlg::FolderButtonMenu(std::intptr_t handle) {
     CSubclassButton* button = SubclassButtonOf(handle);
     if (!button || m_nav.classIndex != 1 || IsSearchPage(m_nav.page)) return;
     const WindowHandle target = HandleOf(button);
-    PopCollectionMenu({{QStringLiteral("重命名"), kMenuRename}, {QString(), 0}, {QStringLiteral("删除"), kMenuDelete}}, {},
-                      [this, target](int id) {
+    PopCollectionMenu({{QStringLiteral("重命名"), kMenuRename}, {QString(), 0}, {QStringLiteral("删除"), kMenuDelete}},
+                      {}, [this, target](int id) {
                           CSubclassButton* chosen = SubclassButtonOf(static_cast<std::intptr_t>(target));
                           if (!chosen) return;
                           // Posted: the dialog or tip opens once the menu has closed.
                           if (id == kMenuRename)
-                              (void)PostWindowMessage(Handle(), MsgPanelCommand, PanelCommand::RenameFolder, static_cast<std::intptr_t>(target));
+                              (void)PostWindowMessage(Handle(), MsgPanelCommand, PanelCommand::RenameFolder,
+                                                      static_cast<std::intptr_t>(target));
                           else if (id == kMenuDelete)
-                              (void)PostWindowMessage(Handle(), MsgPanelEvent, PanelEvent::DeleteFolder, reinterpret_cast<std::intptr_t>(chosen));
+                              (void)PostWindowMessage(Handle(), MsgPanelEvent, PanelEvent::DeleteFolder,
+                                                      reinterpret_cast<std::intptr_t>(chosen));
                       });
 }
 
@@ -357,8 +362,8 @@ void CBrindleDlg::RenameBlock(std::intptr_t item) {
     if (!node || CollectionWindowOpen()) return;
     const std::u16string path = node->Path();
     if (!FileExists(path)) {
-        m_collectionWindow = OpenCollectionTip(this, Notice(u"修改名称", u"文件未下载，请稍后", u"确定", u"取消"),
-                                               this, nullptr);
+        m_collectionWindow =
+            OpenCollectionTip(this, Notice(u"修改名称", u"文件未下载，请稍后", u"确定", u"取消"), this, nullptr);
         return;
     }
     std::u16string name = node->name.str();
@@ -378,8 +383,8 @@ void CBrindleDlg::RenameBlock(std::intptr_t item) {
 
 void CBrindleDlg::BlockRenamed(const std::u16string& oldPath, const std::u16string& newPath,
                                const std::u16string& fileName) {
-    GalleryNode* folder = m_store && m_store->root ? FindNodeByPath(m_store->root, oldPath.substr(0, oldPath.rfind(u'/')))
-                                                   : nullptr;
+    GalleryNode* folder =
+        m_store && m_store->root ? FindNodeByPath(m_store->root, oldPath.substr(0, oldPath.rfind(u'/'))) : nullptr;
     GalleryNode* node = nullptr;
     if (folder)
         for (GalleryNode* child : folder->fileChildren)
@@ -436,8 +441,7 @@ void CBrindleDlg::AddBlocksFromDisk() {
     }
     const std::u16string folderPath = m_nav.curClassPath;
     auto* run = CAddBlocksFromDisk::Start(
-        this, userToken, folderPath,
-        [this](const std::u16string& name) { return FolderIdByName(m_folderMap, name); },
+        this, userToken, folderPath, [this](const std::u16string& name) { return FolderIdByName(m_folderMap, name); },
         [this, folderPath](bool changed) {
             m_collectionWindow = nullptr;
             // The folder is read again, which lists the new blocks.
@@ -472,13 +476,12 @@ void CBrindleDlg::NewFolder() {
         return;
     }
     const std::u16string parentPath = parent->Path();
-    auto* dialog = HoldCollectionDialog<CNewFolderDlg>(
-        new CNewFolderDlg(this, userToken, parentPath, m_folderMap),
-        [this, parentPath](CNewFolderDlg& done, int result) {
-            if (result != QDialog::Accepted) return;
-            done.EnterInto(m_folderMap);
-            FolderMade(parentPath, done.m_name);
-        });
+    auto* dialog = HoldCollectionDialog<CNewFolderDlg>(new CNewFolderDlg(this, userToken, parentPath, m_folderMap),
+                                                       [this, parentPath](CNewFolderDlg& done, int result) {
+                                                           if (result != QDialog::Accepted) return;
+                                                           done.EnterInto(m_folderMap);
+                                                           FolderMade(parentPath, done.m_name);
+                                                       });
     dialog->Open();
 }
 

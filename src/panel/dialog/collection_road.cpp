@@ -293,21 +293,11 @@ namespace marrowfin {
 
 void CBrindleDlg::OnCollectionBar(int id) {
     switch (id) {
-        case ControlId::AddBlocks:
-            AddBlocksFromDisk();
-            return;
-        case ControlId::NewFolder:
-            NewFolder();
-            return;
-        case ControlId::ShareCollection:
-            ShareCollection();
-            return;
-        case ControlId::DeleteBlock:
-            DeleteSelectedBlock();
-            return;
-        case ControlId::SearchCollection:
-            GoToPage(PageCollectionSearch);
-            return;
+        case ControlId::AddBlocks: AddBlocksFromDisk(); return;
+        case ControlId::NewFolder: NewFolder(); return;
+        case ControlId::ShareCollection: ShareCollection(); return;
+        case ControlId::DeleteBlock: DeleteSelectedBlock(); return;
+        case ControlId::SearchCollection: GoToPage(PageCollectionSearch); return;
         case ControlId::DeleteFolder:
             if (m_nav.curClassPath.find(u"收藏") == std::u16string::npos) return;
             for (CSubclassButton* button : m_subclassBtns) {
@@ -317,8 +307,7 @@ void CBrindleDlg::OnCollectionBar(int id) {
                 }
             }
             return;
-        default:
-            return;
+        default: return;
     }
 }
 

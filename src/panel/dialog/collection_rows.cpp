@@ -10,7 +10,6 @@
 
 namespace marrowfin {
 
-
 std::vector<BlockRow> CollectionRows(const FolderListDocument& document, const std::u16string& mirror) {
     std::vector<BlockRow> rows;
     for (const ListedFolder& folder : document.folders) {
@@ -49,7 +48,8 @@ void StartCollectionRowsFetch(WindowHandle panel, std::uintptr_t generation, std
 
 void CBrindleDlg::OnCollectionRows(std::uintptr_t generation, std::unique_ptr<MessagePayload> payload) {
     // An older load, or a page the user has left: the rows go with the message.
-    if (generation != m_collectionRowsGeneration || !m_collectionRowsPending || m_nav.page != PageCollectionSearch) return;
+    if (generation != m_collectionRowsGeneration || !m_collectionRowsPending || m_nav.page != PageCollectionSearch)
+        return;
     m_collectionRowsPending = false;
     m_searchState = 0;
     if (auto* rows = dynamic_cast<CollectionRowsPayload*>(payload.get())) m_collectionRows = std::move(rows->value);

@@ -15,10 +15,7 @@
 
 namespace marrowfin {
 
-namespace {
-
-
-}  // namespace
+namespace {}  // namespace
 
 HandoverInput CBrindleDlg::HandoverOf() const {
     return {userId, userToken, m_store && m_store->root ? m_store->root->Path() : std::u16string()};
@@ -31,7 +28,8 @@ void CBrindleDlg::CheckOldCollectionThen(std::function<void(int)> then) {
             if (verdict.syncStatus) SetSyncStatus(*verdict.syncStatus);
             if (verdict.startPollTimer) (void)SetTimer(Handle(), kTimerSyncPoll, kSyncPollMs);
             if (verdict.startReplacement) StartCloudReplacement();
-            if (verdict.message.kind == CollectionMessage::Tip) (void)OpenCollectionTip(this, verdict.message, this, nullptr);
+            if (verdict.message.kind == CollectionMessage::Tip)
+                (void)OpenCollectionTip(this, verdict.message, this, nullptr);
             if (then) then(verdict.result);
         });
     if (!started && then) then(0);
@@ -74,7 +72,8 @@ void CBrindleDlg::PollCloudSync() {
             m_syncPollPending = false;
             if (status == SyncWorking) return;
             KillTimer(Handle(), kTimerSyncPoll);
-            (void)PostWindowMessage(Handle(), MsgPanelEvent, status == SyncIdle ? PanelEvent::SyncDone : PanelEvent::SyncFailed, 0);
+            (void)PostWindowMessage(Handle(), MsgPanelEvent,
+                                    status == SyncIdle ? PanelEvent::SyncDone : PanelEvent::SyncFailed, 0);
         });
     if (!started) m_syncPollPending = false;
 }

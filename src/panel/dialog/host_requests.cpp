@@ -29,9 +29,8 @@ bool PostHostInsertion(WindowHandle host, uint32_t code, std::u16string path) {
     if (!target || !QCoreApplication::instance()) return false;
     // The event owns the path until the host takes it; a host that never
     // takes it (or dies before the event is delivered) frees it with the event.
-    QCoreApplication::postEvent(
-        target, new MarrowfinHostEvent(MARROWFIN_GALLERY_HOST_REQUEST, code, 0,
-                                       std::make_unique<std::u16string>(std::move(path))));
+    QCoreApplication::postEvent(target, new MarrowfinHostEvent(MARROWFIN_GALLERY_HOST_REQUEST, code, 0,
+                                                               std::make_unique<std::u16string>(std::move(path))));
     return true;
 }
 

@@ -11,9 +11,9 @@
 namespace marrowfin {
 
 namespace {
-constexpr int kKind = 55;          // underlined link, plain while `selected`
-constexpr int kLeftUnits = 18;     // the label's left edge
-constexpr int kTopUnits = 78;      // the first line's top
+constexpr int kKind = 55;  // underlined link, plain while `selected`
+constexpr int kLeftUnits = 18;  // the label's left edge
+constexpr int kTopUnits = 78;  // the first line's top
 constexpr int kFirstGapUnits = 10;  // label to first word
 constexpr int kWordGapUnits = 15;
 constexpr int kRightMarginUnits = 11;
@@ -35,10 +35,8 @@ CSkinButton* HotWordBar::Take(size_t index, const QString& caption) {
     connect(button, &QAbstractButton::clicked, this, [this, id] {
         if (m_onClick) m_onClick(id);
     });
-    if (index < m_buttons.size())
-        m_buttons[index] = button;
-    else
-        m_buttons.push_back(button);
+    if (index < m_buttons.size()) m_buttons[index] = button;
+    else m_buttons.push_back(button);
     return button;
 }
 

@@ -9,7 +9,7 @@
 namespace marrowfin {
 
 enum class HourlyStep {
-    Wait,     // leave the timer running; the next hour tries again
+    Wait,  // leave the timer running; the next hour tries again
     Refresh,  // kill the timer, then refresh when the option allows
 };
 

@@ -23,14 +23,9 @@ void CBrindleDlg::GoToPage(int page) {
     if (m_nav.page == PageCollectionSearch && page != m_nav.page) ForgetCollectionRows();
     switch (m_nav.GoToPage(page)) {
         case PageMove::EnterSearch:
-        case PageMove::EnterCollectionSearch:
-            ShowSearchControls();
-            return;
-        case PageMove::LeaveSearch:
-            ShowBrowseControls();
-            return;
-        case PageMove::None:
-            return;
+        case PageMove::EnterCollectionSearch: ShowSearchControls(); return;
+        case PageMove::LeaveSearch: ShowBrowseControls(); return;
+        case PageMove::None: return;
     }
 }
 

@@ -20,9 +20,7 @@ namespace marrowfin {
 
 void CBrindleDlg::OnPanelButton(int id) {
     switch (id) {
-        case ControlId::AddBlocksEmpty:
-            OnButton(ControlId::AddBlocks);
-            return;
+        case ControlId::AddBlocksEmpty: OnButton(ControlId::AddBlocks); return;
         case ControlId::DownloadGallery: {
             if (!m_classList || m_nav.classIndex < 0 || m_nav.classIndex >= m_classList->GetItemCount()) return;
             if (m_galleryFetchPending || !m_store) return;  // one download at a time
@@ -41,15 +39,9 @@ void CBrindleDlg::OnPanelButton(int id) {
             SetTimer(Handle(), kTimerBuildClassList, kClassListMs);
             return;
         }
-        case ControlId::Feedback:
-            FeedbackButton();
-            return;
-        case ControlId::Statistics:
-            StatisticsButton();
-            return;
-        case ControlId::ReplaceCloud:
-            ReplaceCloudButton();
-            return;
+        case ControlId::Feedback: FeedbackButton(); return;
+        case ControlId::Statistics: StatisticsButton(); return;
+        case ControlId::ReplaceCloud: ReplaceCloudButton(); return;
         case ControlId::RetrySync:
             ReloadCollection([this](int reloaded) { ContinueCollectionSwitch(-2, reloaded); });
             return;
@@ -58,14 +50,9 @@ void CBrindleDlg::OnPanelButton(int id) {
             m_nav.forceList = true;
             SelectClass(1, false);
             return;
-        case ControlId::OpenSearch:
-            GoToPage(PageSearch);
-            return;
-        case ControlId::AddClasses:
-            ManageClasses();
-            return;
-        default:
-            return;
+        case ControlId::OpenSearch: GoToPage(PageSearch); return;
+        case ControlId::AddClasses: ManageClasses(); return;
+        default: return;
     }
 }
 

@@ -62,8 +62,7 @@ void CBrindleDlg::OpenTargetClass() {
         }
         m_nav.forceList = true;
         const size_t at = target.find(kCollectionText);
-        target.replace(at, std::u16string_view(kCollectionText).size(),
-                       MirrorName(userId));
+        target.replace(at, std::u16string_view(kCollectionText).size(), MirrorName(userId));
     }
 
     const std::optional<TargetRow> found = FindTargetRow(*m_store->root, target);

@@ -21,9 +21,9 @@ namespace marrowfin {
 
 namespace {
 
-constexpr size_t kQueueLimit = 100;       // a queue holding more refuses the next row
-constexpr int kStartsPerScan = 15;        // queue entries one start visits
-constexpr int kFailedShowMs = 3000;       // "下载失败，检查网络" stands this long
+constexpr size_t kQueueLimit = 100;  // a queue holding more refuses the next row
+constexpr int kStartsPerScan = 15;  // queue entries one start visits
+constexpr int kFailedShowMs = 3000;  // "下载失败，检查网络" stands this long
 
 }  // namespace
 
@@ -53,16 +53,16 @@ void CBrindleDlg::RowThumbnail(std::intptr_t index) {
                                    [&](const PreviewJob& job) { return job.item == item && job.path == path; });
     if (asked) return;
     if (!m_rowPreviews)
-        m_rowPreviews = std::make_unique<PreviewLoader>([this](PreviewResult result) { OnRowPreview(std::move(result)); });
+        m_rowPreviews =
+            std::make_unique<PreviewLoader>([this](PreviewResult result) { OnRowPreview(std::move(result)); });
     m_rowPreviewJobs.push_back({item, path});
     // The drawing is read on the loader's workers, never here.
     m_rowPreviews->Want(m_rowGeneration, m_rowPreviewJobs, Rate());
 }
 
 void CBrindleDlg::OnRowPreview(PreviewResult result) {
-    std::erase_if(m_rowPreviewJobs, [&](const PreviewJob& job) {
-        return job.item == result.item && job.path == result.path;
-    });
+    std::erase_if(m_rowPreviewJobs,
+                  [&](const PreviewJob& job) { return job.item == result.item && job.path == result.path; });
     if (result.generation != m_rowGeneration || result.item < 0 || result.item >= static_cast<int>(m_rows.size()))
         return;
     BlockRow& row = m_rows[static_cast<size_t>(result.item)];
@@ -116,7 +116,10 @@ void CBrindleDlg::StartRowDownloads() {
             uint16_t id = 0;
             const RowDownloadResult result = RunRowDownload(*active, key, self, &id);
             if (result == RowDownloadResult::AlreadyRunning) return;
-            (void)PostWindowMessage(self, MsgPanelCommand, result == RowDownloadResult::Finished ? PanelCommand::RowDownloaded : PanelCommand::RowDownloadFailed, id);
+            (void)PostWindowMessage(
+                self, MsgPanelCommand,
+                result == RowDownloadResult::Finished ? PanelCommand::RowDownloaded : PanelCommand::RowDownloadFailed,
+                id);
         });
     }
 }
@@ -150,7 +153,8 @@ void CBrindleDlg::RowDownloadEnded(std::intptr_t id, bool ok) {
         }
     }
     // Posted: the pump takes one step per turn, after this download's row is drawn.
-    if (m_activeDownloads->Any() || !m_downloadQueue.empty()) PostWindowMessage(Handle(), MsgPanelCommand, PanelCommand::StartRowDownloads, 0);
+    if (m_activeDownloads->Any() || !m_downloadQueue.empty())
+        PostWindowMessage(Handle(), MsgPanelCommand, PanelCommand::StartRowDownloads, 0);
 }
 
 void CBrindleDlg::RowBackToRemote(std::intptr_t index) {
@@ -169,8 +173,7 @@ void CBrindleDlg::UseRow(std::intptr_t index) {
     switch (row.state) {
         case RowFresh:
         case RowCollected:
-        case RowFetched:
-            break;
+        case RowFetched: break;
         case RowRemote:
             row.prefetch = false;
             if (EnqueueRow(row)) {
@@ -191,8 +194,7 @@ void CBrindleDlg::UseRow(std::intptr_t index) {
             m_searchList->RedrawRow(at);
             return;
         }
-        default:
-            return;
+        default: return;
     }
 
     if (!m_store || !m_store->root || !IsWindow(hostWindow)) return;

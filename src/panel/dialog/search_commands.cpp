@@ -41,14 +41,10 @@ void CBrindleDlg::SearchCommand(int id) {
             GoToPage(PageBrowse);
             ShowHotWords(false);
             return;
-        case ControlId::LocalSearch:
-            RunLocalSearch();
-            return;
+        case ControlId::LocalSearch: RunLocalSearch(); return;
         case ControlId::StartSearch:
-        case ControlId::SearchFromHost:
-            break;
-        default:
-            return;
+        case ControlId::SearchFromHost: break;
+        default: return;
     }
 
     // 2204 and what continues as it: the text to search.

@@ -56,13 +56,13 @@ void CBrindleDlg::StartSearch(QString text) {
     const int generation = ++g_searchGeneration;
     m_searchRuns[generation] = 1;
     const WindowHandle self = Handle();
-    const bool started = StartPanelWorker(
-        [self, generation, root = m_store->root->Path(), words = text.toStdU16String(), collected = m_collected] {
-            SearchOutcome outcome = RunBlockSearch(root, words, collected,
-                                                   [generation] { return generation == g_searchGeneration.load(); });
-            (void)PostWindowMessage(self, MsgSearchOutcome, static_cast<std::uintptr_t>(generation), 0,
-                                    std::make_unique<SearchOutcomePayload>(std::move(outcome)));
-        });
+    const bool started = StartPanelWorker([self, generation, root = m_store->root->Path(),
+                                           words = text.toStdU16String(), collected = m_collected] {
+        SearchOutcome outcome =
+            RunBlockSearch(root, words, collected, [generation] { return generation == g_searchGeneration.load(); });
+        (void)PostWindowMessage(self, MsgSearchOutcome, static_cast<std::uintptr_t>(generation), 0,
+                                std::make_unique<SearchOutcomePayload>(std::move(outcome)));
+    });
     // No thread: as a request that failed at once.
     if (!started) OnSearchOutcome(generation, std::make_unique<SearchOutcomePayload>(SearchOutcome{}));
 }
@@ -80,9 +80,7 @@ void CBrindleDlg::OnSearchOutcome(int generation, std::unique_ptr<MessagePayload
             m_searchState = 2;
             SearchFailed(generation);
             return;
-        case SearchOutcome::NoRoot:
-            m_serverRows.clear();
-            break;
+        case SearchOutcome::NoRoot: m_serverRows.clear(); break;
         case SearchOutcome::Hits: {
             m_serverRows.clear();
             // Blocks of the old local collection head the service's rows.

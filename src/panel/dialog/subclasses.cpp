@@ -143,7 +143,8 @@ void CBrindleDlg::ListSubclass(CSubclassButton* button, const std::u16string& pa
 
 CSubclassButton* CBrindleDlg::OpenedSubclass() const {
     const int slot = m_nav.openedSubclass;
-    return slot >= 0 && slot < static_cast<int>(m_subclassBtns.size()) ? m_subclassBtns[static_cast<size_t>(slot)] : nullptr;
+    return slot >= 0 && slot < static_cast<int>(m_subclassBtns.size()) ? m_subclassBtns[static_cast<size_t>(slot)]
+                                                                       : nullptr;
 }
 
 void CBrindleDlg::NoteOpenedSubclass(CSubclassButton* button) {

@@ -189,8 +189,7 @@ void ActivateBlock(CBrindleDlg& panel, std::intptr_t item) {
                       QStringLiteral("确定"), QStringLiteral("取消"));
         (void)tip.DoModal();
         // Asked for through the grid's road unless the collections' own queue holds files.
-        if (panel.m_thumbWaiting.empty())
-            QueueThumbCheck(panel, item);
+        if (panel.m_thumbWaiting.empty()) QueueThumbCheck(panel, item);
         return;
     }
 

@@ -15,9 +15,9 @@
 namespace marrowfin {
 
 namespace {
-constexpr int kRowUnits = 28;        // plus one pixel
-constexpr int kColumnUnits = 112;    // the one column "分类"
-constexpr int kTipLength = 79;       // the tool tip buffer less its terminator
+constexpr int kRowUnits = 28;  // plus one pixel
+constexpr int kColumnUnits = 112;  // the one column "分类"
+constexpr int kTipLength = 79;  // the tool tip buffer less its terminator
 }  // namespace
 
 struct CClassListCtrl::Impl {
@@ -117,9 +117,7 @@ bool CClassListCtrl::IsScrollBarShown() const { return m_impl->scroller.Bar()->i
 
 CScrollBarEx* CClassListCtrl::ScrollBar() const { return m_impl->scroller.Bar(); }
 
-QRect CClassListCtrl::RowRect(int row) const {
-    return m_impl->Window().IsRow(row) ? m_impl->RowRect(row) : QRect();
-}
+QRect CClassListCtrl::RowRect(int row) const { return m_impl->Window().IsRow(row) ? m_impl->RowRect(row) : QRect(); }
 
 int CClassListCtrl::RowAt(QPoint point) const { return m_impl->RowAt(point); }
 
@@ -178,8 +176,7 @@ bool CClassListCtrl::event(QEvent* event) {
         const int row = m_impl->RowAt(help->pos());
         if (row >= 0)
             QToolTip::showText(help->globalPos(), m_impl->texts.at(row).left(kTipLength), this, m_impl->RowRect(row));
-        else
-            QToolTip::hideText();
+        else QToolTip::hideText();
         return true;
     }
     return QWidget::event(event);

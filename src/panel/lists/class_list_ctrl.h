@@ -26,17 +26,17 @@ public:
     int GetItemCount() const;
     QString GetItemText(int row) const;
 
-    int GetSelectedRow() const;            // -1 when none
-    void SetSelectedRow(int row);          // selects (or clears with -1) and repaints
-    int HoverRow() const;                  // -1 when the mouse is on no row
-    bool IsRowInClient(int row) const;     // the row's rectangle lies inside the client area
+    int GetSelectedRow() const;  // -1 when none
+    void SetSelectedRow(int row);  // selects (or clears with -1) and repaints
+    int HoverRow() const;  // -1 when the mouse is on no row
+    bool IsRowInClient(int row) const;  // the row's rectangle lies inside the client area
     void EnsureVisible(int row);
 
     // The top row shown, the bar's state and the row geometry (client pixels).
     int FirstVisibleRow() const;
     bool IsScrollBarShown() const;
     CScrollBarEx* ScrollBar() const;
-    QRect RowRect(int row) const;   // empty for no row
+    QRect RowRect(int row) const;  // empty for no row
     int RowAt(QPoint point) const;  // -1 when the point is on no row
 
     // Asked while painting: whether the class named by a row text is boutique.

@@ -42,7 +42,6 @@ constexpr int kMinCachedCells = 48;
 constexpr int kCachedScreens = 3;
 constexpr int kReadAheadScreens = 1;
 
-
 const QColor kSelectedBlue(0x2a, 0x75, 0xe5);
 const QColor kBoutiqueGold(0xbb, 0x9d, 0x6a);
 const QColor kTileVeil(0x2b, 0x7e, 0xec, 0x4c);
@@ -57,7 +56,8 @@ const QImage& FittedPlaceholder(bool missing) {
     const int k = missing ? 1 : 0;
     if (fittedAt[k] != Rate()) {
         fittedAt[k] = Rate();
-        const QImage& source = SkinPicture(missing ? QStringLiteral("placeholder_b") : QStringLiteral("placeholder_a"), true);
+        const QImage& source =
+            SkinPicture(missing ? QStringLiteral("placeholder_b") : QStringLiteral("placeholder_a"), true);
         fitted[k] = FitThumbnail(source, 0, 0, Rate());
     }
     return fitted[k];
@@ -67,8 +67,7 @@ const QImage& FittedPlaceholder(bool missing) {
 
 struct CDWGListView::Impl {
     explicit Impl(CDWGListView* self)
-        : self(self),
-          scroller(self, [self] { self->update(); }),
+        : self(self), scroller(self, [self] { self->update(); }),
           loader(std::make_unique<PreviewLoader>([this](PreviewResult result) { Arrived(std::move(result)); })) {}
 
     struct Cached {
@@ -502,7 +501,8 @@ void CDWGListView::mouseDoubleClickEvent(QMouseEvent* event) {
         const QPoint at = event->position().toPoint();
         const int item = m_impl->ItemAt(at);
         if (item >= 0)
-            m_impl->Post(MsgPanelCommand, LabelRect(item).contains(at) ? PanelCommand::RenameBlock : PanelCommand::ActivateBlock, item);
+            m_impl->Post(MsgPanelCommand,
+                         LabelRect(item).contains(at) ? PanelCommand::RenameBlock : PanelCommand::ActivateBlock, item);
     }
     QWidget::mouseDoubleClickEvent(event);
 }

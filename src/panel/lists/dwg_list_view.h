@@ -41,7 +41,7 @@ public:
     // Touches no file.
     void SetPaths(const std::vector<std::u16string>& paths);
     int GetItemCount() const;
-    int GetSelectedItem() const;   // -1 when none
+    int GetSelectedItem() const;  // -1 when none
     void SetSelectedItem(int item);
     void EnsureVisible(int item);
     // The path of an item; empty for no item.

@@ -6,10 +6,10 @@
 namespace marrowfin {
 
 struct RowWindow {
-    int count = 0;         // rows in the list
-    int rowHeight = 1;     // pixels, at least 1
+    int count = 0;  // rows in the list
+    int rowHeight = 1;  // pixels, at least 1
     int clientHeight = 0;  // pixels
-    int first = 0;         // the top row
+    int first = 0;  // the top row
 
     // Rows that fit whole; a client lower than one row still pages by one.
     int FullRows() const;

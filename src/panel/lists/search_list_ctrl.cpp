@@ -17,7 +17,7 @@
 namespace marrowfin {
 
 namespace {
-constexpr int kRowUnits = 60;      // plus one pixel
+constexpr int kRowUnits = 60;  // plus one pixel
 constexpr int kColumnUnits = 723;  // the one column "名称"
 
 // What the owner hears: its commands and its one-shot row timers.
@@ -186,9 +186,7 @@ int CSearchListCtrl::FirstVisibleRow() const { return m_impl->Window().first; }
 bool CSearchListCtrl::IsScrollBarShown() const { return m_impl->scroller.Bar()->isVisibleTo(this); }
 CScrollBarEx* CSearchListCtrl::ScrollBar() const { return m_impl->scroller.Bar(); }
 
-QRect CSearchListCtrl::RowRect(int row) const {
-    return m_impl->Window().IsRow(row) ? m_impl->ItemRect(row) : QRect();
-}
+QRect CSearchListCtrl::RowRect(int row) const { return m_impl->Window().IsRow(row) ? m_impl->ItemRect(row) : QRect(); }
 
 int CSearchListCtrl::RowAt(QPoint point) const { return m_impl->RowAt(point); }
 
@@ -239,17 +237,10 @@ void CSearchListCtrl::mousePressEvent(QMouseEvent* event) {
             // The owner acts when its timer fires, so a second press within
             // the delay only restarts it.
             switch (SearchZoneAt(at - m_impl->ItemRect(row).topLeft(), m_impl->lineWidths[static_cast<size_t>(row)])) {
-                case ZoneCollect:
-                    m_impl->RestartOwnerTimer(kTimerRowCollect, kRowClickMs);
-                    break;
-                case ZoneUse:
-                    m_impl->RestartOwnerTimer(kTimerRowUse, kRowClickMs);
-                    break;
-                case ZoneClassLink:
-                    m_impl->RestartOwnerTimer(kTimerRowClassLink, kRowClassLinkMs);
-                    break;
-                default:
-                    break;
+                case ZoneCollect: m_impl->RestartOwnerTimer(kTimerRowCollect, kRowClickMs); break;
+                case ZoneUse: m_impl->RestartOwnerTimer(kTimerRowUse, kRowClickMs); break;
+                case ZoneClassLink: m_impl->RestartOwnerTimer(kTimerRowClassLink, kRowClassLinkMs); break;
+                default: break;
             }
         }
         // As in a list: a press selects its row, a press beside the rows selects none.
@@ -310,8 +301,7 @@ bool CSearchListCtrl::event(QEvent* event) {
         if (row >= 0)
             QToolTip::showText(help->globalPos(), (*m_impl->rows)[static_cast<size_t>(row)].name, this,
                                m_impl->ItemRect(row));
-        else
-            QToolTip::hideText();
+        else QToolTip::hideText();
         return true;
     }
     return QWidget::event(event);

@@ -42,11 +42,11 @@ public:
     // class lines anew. A row that only changed its state needs RedrawRow.
     void RedrawRow(int row);
 
-    int GetSelectedRow() const;    // -1 when none
+    int GetSelectedRow() const;  // -1 when none
     void SetSelectedRow(int row);  // a row that isn't there clears it
-    int HotRow() const;            // the row under the mouse, -1 for none (m_hotRow)
-    int HotZone() const;           // its zone, SearchRowZone (m_hotZone)
-    int ClickedRow() const;        // the row of the last press, -1 before one (m_clickedRow)
+    int HotRow() const;  // the row under the mouse, -1 for none (m_hotRow)
+    int HotZone() const;  // its zone, SearchRowZone (m_hotZone)
+    int ClickedRow() const;  // the row of the last press, -1 before one (m_clickedRow)
     // The class line's width as first drawn, 0 before (m_lineWidths).
     int LineWidth(int row) const;
 
@@ -54,7 +54,7 @@ public:
     int FirstVisibleRow() const;
     bool IsScrollBarShown() const;
     CScrollBarEx* ScrollBar() const;
-    QRect RowRect(int row) const;   // empty for no row
+    QRect RowRect(int row) const;  // empty for no row
     int RowAt(QPoint point) const;  // -1 when the point is on no row
 
 protected:

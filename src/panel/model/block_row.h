@@ -9,11 +9,11 @@
 namespace marrowfin {
 
 struct BlockRow {
-    QString name;      // file name as the service gives it
-    QString klass;     // top class, or "我的收藏" (`class` is a keyword)
+    QString name;  // file name as the service gives it
+    QString klass;  // top class, or "我的收藏" (`class` is a keyword)
     QString subclass;  // subclass, or the collection folder id of a collection row
     QString url;
-    QString path;      // full local path of the .dwg
+    QString path;  // full local path of the .dwg
     QImage thumbnail;  // the row's own preview; null until looked for
     bool thumbnailTried = false;
     bool prefetch = true;
@@ -34,8 +34,7 @@ inline bool SameRow(const BlockRow& a, const BlockRow& b) {
 }
 
 inline RowKey KeyOf(const BlockRow& row) {
-    return {row.name.toStdU16String(), row.klass.toStdU16String(), row.url.toStdU16String(),
-            row.path.toStdU16String()};
+    return {row.name.toStdU16String(), row.klass.toStdU16String(), row.url.toStdU16String(), row.path.toStdU16String()};
 }
 
 inline BlockRow RowOfHit(const SearchHit& hit) {

@@ -74,15 +74,11 @@ PageMove NavigationModel::GoToPage(int newPage) {
 std::vector<int> NavigationModel::StatusButtons() const {
     if (classIndex != 1 || itemCount > 0) return {};
     switch (syncStatus) {
-        case -1:
-            return {ControlId::AddBlocksEmpty};
-        case 0:
-            return {ControlId::ReplaceCloud, ControlId::KeepCloud};
+        case -1: return {ControlId::AddBlocksEmpty};
+        case 0: return {ControlId::ReplaceCloud, ControlId::KeepCloud};
         case 3:
-        case 4:
-            return {ControlId::RetrySync};
-        default:
-            return {};
+        case 4: return {ControlId::RetrySync};
+        default: return {};
     }
 }
 
@@ -123,10 +119,8 @@ std::optional<TargetRow> FindTargetRow(const GalleryNode& root, const std::u16st
     // A class row is a child of the root; a subclass its grandchild. Deeper
     // nodes have no row.
     if (const GalleryNode* parent = node->parent) {
-        if (parent == &root)
-            found.rowName = node->name.str();
-        else if (parent->parent == &root)
-            found.rowName = parent->name.str();
+        if (parent == &root) found.rowName = node->name.str();
+        else if (parent->parent == &root) found.rowName = parent->name.str();
     }
     return found;
 }

@@ -24,7 +24,7 @@ struct GalleryStore;
 
 // One subclass button as a class fills it.
 struct SubclassEntry {
-    std::u16string data;     // the path the button opens
+    std::u16string data;  // the path the button opens
     std::u16string caption;
     std::u16string tip;
     bool boutique = false;
@@ -32,8 +32,8 @@ struct SubclassEntry {
 
 struct SubclassPlan {
     std::vector<SubclassEntry> buttons;  // at most one per button, in order
-    size_t chosen = 0;                   // the button the switch opens
-    int entries = 0;                     // "常用" and every class, shown or not
+    size_t chosen = 0;  // the button the switch opens
+    int entries = 0;  // "常用" and every class, shown or not
 };
 
 // What GoToPage has to do to the controls.
@@ -48,19 +48,19 @@ struct TargetRow {
 class NavigationModel {
 public:
     int page = PageBrowse;
-    int classIndex = -1;           // the class row shown
-    int pendingClass = -1;         // the row the switch timer opens
-    bool slowSwitch = true;        // the next selection waits long: one came just before
-    std::u16string curClassPath;   // the class (or gallery) whose blocks are listed
-    std::u16string targetClass;    // a route's class, opened by the next switch
-    QString selectedName;          // the selected block's name, for the status line
-    bool forceList = false;        // the open subclass lists again when pressed
-    int itemCount = 0;             // the subclass buttons or the blocks on show
-    NodeList listNodes;            // the blocks in the thumbnail list, by item
-    bool classesReady = false;     // the class list has been built once
-    int syncStatus = -1;           // the collection page's hand-over state
+    int classIndex = -1;  // the class row shown
+    int pendingClass = -1;  // the row the switch timer opens
+    bool slowSwitch = true;  // the next selection waits long: one came just before
+    std::u16string curClassPath;  // the class (or gallery) whose blocks are listed
+    std::u16string targetClass;  // a route's class, opened by the next switch
+    QString selectedName;  // the selected block's name, for the status line
+    bool forceList = false;  // the open subclass lists again when pressed
+    int itemCount = 0;  // the subclass buttons or the blocks on show
+    NodeList listNodes;  // the blocks in the thumbnail list, by item
+    bool classesReady = false;  // the class list has been built once
+    int syncStatus = -1;  // the collection page's hand-over state
     bool emptySubclassOpened = false;  // paint: "暂无图块" rather than "常用为空"
-    int openedSubclass = -1;       // the subclass button opened last, by slot
+    int openedSubclass = -1;  // the subclass button opened last, by slot
     // A fetch on its way: its arrival shows the gallery's classes or the class's blocks.
     std::u16string summaryPending;
     std::u16string itemsPending;

@@ -6,7 +6,7 @@
 
 #include "marrowfin/marrowfin.h"
 #include "net/download_queue.h"  // MsgFileReady
-#include "net/http_stack.h"      // MsgProgress
+#include "net/http_stack.h"  // MsgProgress
 #include "panel/model/panel_numbers.h"
 
 namespace marrowfin {

@@ -10,12 +10,9 @@ namespace marrowfin {
 
 int ClassRowIconX(int row, bool boutique, bool selected) {
     int x = 96;
-    if (row == 0)
-        x = 0;
-    else if (row == 1)
-        x = 32;
-    else if (boutique)
-        x = 352;
+    if (row == 0) x = 0;
+    else if (row == 1) x = 32;
+    else if (boutique) x = 352;
     // The selected picture of each pair lies one cell to the right.
     return selected ? x + 16 : x;
 }

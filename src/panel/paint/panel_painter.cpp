@@ -35,10 +35,8 @@ void PaintPanel(QPainter& painter, const QSize& client, const PanelPaintState& s
     const int x = ScaleUnits(722);
     painter.fillRect(QRect(x, ScaleUnits(9), 1, ScaleUnits(21) - ScaleUnits(9) + 1), c::Separator());
 
-    if (IsSearchPage(state.page))
-        PaintSearchLayer(painter, client, state);
-    else
-        PaintBrowseLayer(painter, client, state);
+    if (IsSearchPage(state.page)) PaintSearchLayer(painter, client, state);
+    else PaintBrowseLayer(painter, client, state);
     PaintStatusLine(painter, client, state);
     painter.restore();
 }

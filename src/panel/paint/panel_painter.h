@@ -12,17 +12,17 @@ class QPainter;
 namespace marrowfin {
 
 struct PanelPaintState {
-    int page = 1;               // PanelPage
-    int classIndex = -1;        // m_nav.classIndex
-    int itemCount = 0;          // m_nav.itemCount
-    int syncStatus = -1;        // m_nav.syncStatus
+    int page = 1;  // PanelPage
+    int classIndex = -1;  // m_nav.classIndex
+    int itemCount = 0;  // m_nav.itemCount
+    int syncStatus = -1;  // m_nav.syncStatus
     bool emptySubclassOpened = false;  // a gallery subclass was opened and had no blocks ("暂无图块")
-    QString selectedName{};     // m_nav.selectedName
-    bool searchUntouched = false;      // m_searchUntouched
-    int searchState = 0;        // m_searchState
-    int rowCount = 0;           // m_rows.size()
-    bool searchEnded = false;   // PageSearch: the current search generation is known and has ended
-    QString defaultHotWord{};   // g_defaultHotWord
+    QString selectedName{};  // m_nav.selectedName
+    bool searchUntouched = false;  // m_searchUntouched
+    int searchState = 0;  // m_searchState
+    int rowCount = 0;  // m_rows.size()
+    bool searchEnded = false;  // PageSearch: the current search generation is known and has ended
+    QString defaultHotWord{};  // g_defaultHotWord
 };
 
 struct BlockRow;
@@ -33,9 +33,9 @@ void PaintPanel(QPainter& painter, const QSize& client, const PanelPaintState& s
 // The look of one result row beyond its data.
 struct SearchRowLook {
     bool selected = false;
-    int hoverButton = 0;     // 0 none, 1 "收藏", 2 "使用"
+    int hoverButton = 0;  // 0 none, 1 "收藏", 2 "使用"
     bool hoverLink = false;  // the mouse is on the row's class link
-    QString key{};           // m_lastSearch
+    QString key{};  // m_lastSearch
 };
 
 // Paints row `row` of the search list into `item` (the list's item rectangle).

@@ -31,8 +31,7 @@ bool EmptySearchLook(const PanelPaintState& state, int* cellX, QString* text) {
             *cellX = 140;
             *text = QStringLiteral("未找到匹配的图块");
             return true;
-        default:
-            return false;
+        default: return false;
     }
 }
 

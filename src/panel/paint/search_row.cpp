@@ -50,9 +50,7 @@ void DrawRowState(QPainter& painter, const QPoint& o, const BlockRow& row, int h
             DrawRowButton(painter, RowRect(o, 640, 17, 700, 41), use, hoverButton == 2);
             break;
         case RowCollected:
-        case RowRemote:
-            DrawRowButton(painter, RowRect(o, 640, 17, 700, 41), use, hoverButton == 2);
-            break;
+        case RowRemote: DrawRowButton(painter, RowRect(o, 640, 17, 700, 41), use, hoverButton == 2); break;
         case RowDownloading:
             if (row.prefetch) {
                 DrawRowButton(painter, RowRect(o, 620, 17, 680, 41), use, hoverButton == 2);
@@ -74,8 +72,7 @@ void DrawRowState(QPainter& painter, const QPoint& o, const BlockRow& row, int h
                       Font(SkinFont::Normal), c::Text(), Place::Left);
             DrawSquareCell(painter, o, 555, 24, 14, 172, 72, 14);
             break;
-        default:
-            break;
+        default: break;
     }
 }
 

@@ -24,7 +24,8 @@ QRect DoubleClickHintRect(const QSize& client) {
     QRect rect = ScaleRect(588, 427, 750, 447);
     // In faces wider than the one the layout was made for the hint would run
     // past the window's right edge: it moves left instead, never onto the name.
-    const int width = QFontMetrics(Font(SkinFont::Bold)).horizontalAdvance(QStringLiteral("注：双击缩略图快速插入图块"));
+    const int width =
+        QFontMetrics(Font(SkinFont::Bold)).horizontalAdvance(QStringLiteral("注：双击缩略图快速插入图块"));
     const int limit = client.width() - 1 - ScaleUnits(5);
     if (rect.left() + width > limit) rect.moveLeft(std::max(ScaleUnits(530), limit - width));
     return rect;

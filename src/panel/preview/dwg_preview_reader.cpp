@@ -82,9 +82,7 @@ DwgPreview DecodePreviewBitmap(std::string_view dib) {
     // A negative height stores the top row first.
     const bool topDown = rawHeight < 0;
     const int64_t height = topDown ? -int64_t(rawHeight) : int64_t(rawHeight);
-    if (width > kMaxPreviewSide || height > kMaxPreviewSide) {
-        return Failure(DwgPreviewError::TooLarge);
-    }
+    if (width > kMaxPreviewSide || height > kMaxPreviewSide) { return Failure(DwgPreviewError::TooLarge); }
     if (compression != 0 || (bitCount != 1 && bitCount != 4 && bitCount != 8 && bitCount != 24 && bitCount != 32)) {
         return Failure(DwgPreviewError::UnsupportedBitmap);
     }
@@ -152,9 +150,7 @@ DwgPreview ReadDwgPreview(uint64_t fileSize, const DwgByteSource& source) {
     const uint64_t address = Le32(chunk.data());
     if (address + kSectionHeadSize > fileSize) return Failure(DwgPreviewError::SectionOutOfFile);
     if (!source(address, kSectionHeadSize, chunk)) return Failure(DwgPreviewError::ReadFailed);
-    if (std::memcmp(chunk.data(), kStartSentinel, 16) != 0) {
-        return Failure(DwgPreviewError::BadSentinel);
-    }
+    if (std::memcmp(chunk.data(), kStartSentinel, 16) != 0) { return Failure(DwgPreviewError::BadSentinel); }
     // The overall size at +16 is not needed: every entry carries its own place.
     const unsigned count = static_cast<unsigned char>(chunk[20]);
     if (count == 0) return Failure(DwgPreviewError::NoEntries);
@@ -175,9 +171,7 @@ DwgPreview ReadDwgPreview(uint64_t fileSize, const DwgByteSource& source) {
         if (code == kDwgEntryPng && png < 0) png = int(i);
     }
     const int chosen = bmp >= 0 ? bmp : png;
-    if (chosen < 0) {
-        return Failure(readable < count ? DwgPreviewError::TableTruncated : DwgPreviewError::NoPicture);
-    }
+    if (chosen < 0) { return Failure(readable < count ? DwgPreviewError::TableTruncated : DwgPreviewError::NoPicture); }
     const char* entry = table.data() + size_t(chosen) * kEntrySize;
     const uint64_t start = Le32(entry + 1);
     const uint64_t size = Le32(entry + 5);

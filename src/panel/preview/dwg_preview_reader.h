@@ -16,19 +16,19 @@ enum class DwgPreviewKind { None, Bmp, Png };
 
 enum class DwgPreviewError {
     None,
-    ShortFile,          // too short for the section address
-    SectionOutOfFile,   // the address or the section head lies past the end
-    BadSentinel,        // no start sentinel at the address
-    NoEntries,          // an entry count of 0
-    TableTruncated,     // the entry table runs past the end, nothing usable before
-    NoPicture,          // entries, but neither a BMP (2) nor a PNG (6) one
-    EntryOutOfFile,     // the picture entry's start or size points past the end
-    BadBitmapHeader,    // header size, sizes or planes that no bitmap has
+    ShortFile,  // too short for the section address
+    SectionOutOfFile,  // the address or the section head lies past the end
+    BadSentinel,  // no start sentinel at the address
+    NoEntries,  // an entry count of 0
+    TableTruncated,  // the entry table runs past the end, nothing usable before
+    NoPicture,  // entries, but neither a BMP (2) nor a PNG (6) one
+    EntryOutOfFile,  // the picture entry's start or size points past the end
+    BadBitmapHeader,  // header size, sizes or planes that no bitmap has
     UnsupportedBitmap,  // compressed or of a bit depth that is not read
-    TooLarge,           // width or height above kMaxPreviewSide, or entry above kMaxPreviewEntry
-    PixelsTruncated,    // the entry is shorter than its colour table and rows
-    BadPng,             // no PNG signature or header chunk
-    ReadFailed,         // the file could not be read
+    TooLarge,  // width or height above kMaxPreviewSide, or entry above kMaxPreviewEntry
+    PixelsTruncated,  // the entry is shorter than its colour table and rows
+    BadPng,  // no PNG signature or header chunk
+    ReadFailed,  // the file could not be read
 };
 
 // Entry codes of the preview section's table.
@@ -48,10 +48,10 @@ struct DwgPreview {
     DwgPreviewError error = DwgPreviewError::None;
     int width = 0;
     int height = 0;
-    int bitCount = 0;               // of a BMP entry; 0 for PNG
+    int bitCount = 0;  // of a BMP entry; 0 for PNG
     std::vector<uint32_t> palette;  // 0xAARRGGBB, alpha 0xff; BMP of 8 bits or less
-    std::vector<uint32_t> pixels;   // BMP: width*height 0xffRRGGBB, top row first
-    std::string png;                // PNG: the entry's bytes
+    std::vector<uint32_t> pixels;  // BMP: width*height 0xffRRGGBB, top row first
+    std::string png;  // PNG: the entry's bytes
 
     bool HasPicture() const { return kind != DwgPreviewKind::None; }
 };

@@ -88,7 +88,8 @@ QImage FitThumbnail(const QImage& image, int width, int height, double rate) {
         for (qsizetype i = 0; i < colourTable.size() && i < 256; ++i) table[i] = colourTable[i] | 0xff000000u;
         const uint32_t* colours = indexed ? table : nullptr;
         auto pixel = [&](int x, int y) {
-            return colours ? colours[source.constScanLine(y)[x]] : reinterpret_cast<const QRgb*>(source.constScanLine(y))[x];
+            return colours ? colours[source.constScanLine(y)[x]]
+                           : reinterpret_cast<const QRgb*>(source.constScanLine(y))[x];
         };
         const int sw = source.width(), sh = source.height();
         // The ground is the top-left pixel when it agrees with another corner;

@@ -25,9 +25,7 @@ PreviewDecode DecodeCellPreview(const std::u16string& path, double rate) {
 }
 
 PreviewLoader::PreviewLoader(Deliver deliver, int workers)
-    : m_deliver(std::move(deliver)),
-      m_workerCount(workers > 0 ? workers : 1),
-      m_context(std::make_unique<QObject>()),
+    : m_deliver(std::move(deliver)), m_workerCount(workers > 0 ? workers : 1), m_context(std::make_unique<QObject>()),
       m_decoder(std::make_shared<const PreviewDecoder>(DecodeCellPreview)) {}
 
 PreviewLoader::~PreviewLoader() {
@@ -106,7 +104,9 @@ void PreviewLoader::Run() {
         }
         // The context lives until every worker has been joined, so the post
         // always has a receiver; it runs on the thread that made the loader.
-        if (wake) QMetaObject::invokeMethod(m_context.get(), [this] { HandOver(); }, Qt::QueuedConnection);
+        if (wake)
+            QMetaObject::invokeMethod(
+                m_context.get(), [this] { HandOver(); }, Qt::QueuedConnection);
     }
 }
 

@@ -31,9 +31,9 @@ namespace marrowfin {
 constexpr int64_t kFailedDownloadBytes = 1024;
 
 enum class PreviewOutcome : uint8_t {
-    Picture,    // the fitted preview
+    Picture,  // the fitted preview
     NoPicture,  // the file is there but carries no readable preview
-    Missing,    // no file, or a cut download: the list's missing-file road takes it
+    Missing,  // no file, or a cut download: the list's missing-file road takes it
 };
 
 struct PreviewDecode {

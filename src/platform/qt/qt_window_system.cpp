@@ -30,7 +30,8 @@ WindowHandle QtWindowSystem::HandleOf(QObject* object) {
     }
     // Emitted from ~QObject before its pending events are removed: a Post that
     // still found the object under the lock has queued an event Qt will free.
-    QObject::connect(object, &QObject::destroyed, object, [this, handle] { Forget(handle); }, Qt::DirectConnection);
+    QObject::connect(
+        object, &QObject::destroyed, object, [this, handle] { Forget(handle); }, Qt::DirectConnection);
     return handle;
 }
 

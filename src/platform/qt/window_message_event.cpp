@@ -2,8 +2,7 @@
 
 namespace marrowfin {
 
-WindowMessageEvent::WindowMessageEvent(WindowMessage message)
-    : QEvent(EventType()), m_message(std::move(message)) {}
+WindowMessageEvent::WindowMessageEvent(WindowMessage message) : QEvent(EventType()), m_message(std::move(message)) {}
 
 WindowMessageEvent::~WindowMessageEvent() = default;
 

@@ -34,9 +34,11 @@ Names Items(const KindMap& kinds, const std::u16string& key) {
 std::u16string Table(std::u16string_view versionOfA, std::u16string_view extra = {}) {
     return u"<root><sort id=\"精品图库\" show=\"精\"><kind>全部</kind></sort>"
            u"<sort id=\"通用图库\" show=\"通\"><kind>全部</kind></sort><type>"
-           u"<item><kind>全部</kind><name>A</name><ver>" + std::u16string(versionOfA) +
+           u"<item><kind>全部</kind><name>A</name><ver>" +
+           std::u16string(versionOfA) +
            u"</ver></item><item><name>B</name><ver>1</ver></item>"
-           u"<item><name>P</name><gv>1</gv><ver>4</ver></item>" + std::u16string(extra) + u"</type></root>";
+           u"<item><name>P</name><gv>1</gv><ver>4</ver></item>" +
+           std::u16string(extra) + u"</type></root>";
 }
 
 }  // namespace
@@ -49,7 +51,7 @@ TEST(ClassTable, ReadAndApplied) {
         u"<root><word>挑图库</word><showdesc>1</showdesc><type>"
         u"<item><name>无类</name><ver>3</ver></item>"  // first of its type, no kind
         u"<item><kind>建筑</kind><name>门窗</name><describe>门和窗</describe><ver>2</ver></item>"
-        u"<item><name>楼梯</name><ver>1</ver></item>"                    // takes 建筑 from the item before
+        u"<item><name>楼梯</name><ver>1</ver></item>"  // takes 建筑 from the item before
         u"<item><kind>景观</kind><name>树木</name><ver>5</ver></item>"  // 景观 is in no sort
         u"<item><kind>室内</kind><name>家具</name><gv>1</gv><ver>7</ver></item>"
         u"<item><kind>室内</kind><name>灯具</name><gv>1</gv><ver>9</ver></item></type>"
@@ -69,10 +71,14 @@ TEST(ClassTable, ReadAndApplied) {
     EXPECT_EQ(Items(read.generalKinds, u"002_建筑"), (Names{u"门窗", u"楼梯"}));
     EXPECT_EQ(Items(read.boutiqueKinds, u"006_室内"), (Names{u"家具", u"灯具"}));
     EXPECT_EQ(Items(read.boutiqueKinds, u"007_全部"), (Names{u"家具", u"灯具"}));
-    EXPECT_TRUE(versions.size() == 6u && versions.at(u"灯具") == u"9" && FindClassItem(read, u"门窗").describe == u"门和窗");
+    EXPECT_TRUE(versions.size() == 6u && versions.at(u"灯具") == u"9" &&
+                FindClassItem(read, u"门窗").describe == u"门和窗");
     const std::u16string root = StoreRoot();
-    for (auto [path, boutique] : {std::pair{root + u"/家具/沙发/a.dwg", true}, {root + u"/灯具", true},
-                                  {root + u"/门窗/单开门", false}, {root + u"/", false}, {u"/elsewhere/家具/x.dwg", false}})
+    for (auto [path, boutique] : {std::pair{root + u"/家具/沙发/a.dwg", true},
+                                  {root + u"/灯具", true},
+                                  {root + u"/门窗/单开门", false},
+                                  {root + u"/", false},
+                                  {u"/elsewhere/家具/x.dwg", false}})
         EXPECT_EQ(IsBoutiqueClass(read, path), boutique) << Utf16ToUtf8(path);
 
     // Applied: the cached file under bad answers, the version marks against the start of the run.
@@ -80,11 +86,13 @@ TEST(ClassTable, ReadAndApplied) {
     g_seenKinds.clear();
     ClassTable table;
     // Nothing cached and nothing usable: nothing changes, nothing is written.
-    EXPECT_FALSE(ApplyClassTable(u"", table, {}) || ApplyClassTable(u"<root><type>", table, {}) || FileExists(ClassTablePath()));
+    EXPECT_FALSE(ApplyClassTable(u"", table, {}) || ApplyClassTable(u"<root><type>", table, {}) ||
+                 FileExists(ClassTablePath()));
     ASSERT_TRUE(ApplyClassTable(Table(u"1"), table, {}));
     const std::string cached = test::ReadBytes(Utf16ToUtf8(ClassTablePath()));
     // With no start table there is nothing to compare.
-    EXPECT_TRUE(cached.starts_with("\xEF\xBB\xBF") && g_generalTitle + g_boutiqueTitle == u"通精" && g_seenClasses.empty());
+    EXPECT_TRUE(cached.starts_with("\xEF\xBB\xBF") && g_generalTitle + g_boutiqueTitle == u"通精" &&
+                g_seenClasses.empty());
     for (std::u16string_view bad : {u"<root><type><item>", u"error", u"<other/>"}) {
         ClassTable again;
         EXPECT_TRUE(ApplyClassTable(bad, again, {}));  // the cached file instead
@@ -103,8 +111,9 @@ TEST(ClassTable, ReadAndApplied) {
     EXPECT_TRUE(g_seenClasses[u"B"].seen == u"0" && g_seenKinds[u"全部"].seen == u"3");
     // First refresh: A rises, N is new, B stays as read.
     ASSERT_TRUE(ApplyClassTable(Table(u"2", u"<item><name>N</name><ver>1</ver></item>"), table, start));
-    EXPECT_EQ(std::make_tuple(g_seenClasses[u"A"].newest + g_seenClasses[u"A"].seen, g_seenClasses[u"N"].newest + g_seenClasses[u"N"].seen,
-                              g_seenClasses[u"B"].newest, g_seenKinds[u"全部"].newest),
+    EXPECT_EQ(std::make_tuple(g_seenClasses[u"A"].newest + g_seenClasses[u"A"].seen,
+                              g_seenClasses[u"N"].newest + g_seenClasses[u"N"].seen, g_seenClasses[u"B"].newest,
+                              g_seenKinds[u"全部"].newest),
               std::make_tuple(u"21", u"1", u"", u"4"));
     // Second refresh: still against the start, not the first refresh.
     ASSERT_TRUE(ApplyClassTable(Table(u"3"), table, start));
@@ -126,7 +135,10 @@ TEST(ClassTable, SortWordOnTheWireAndHotWords) {
             return true;
         }
         bool DownloadFile(const std::string&, const std::u16string&, WindowHandle, uint16_t) override { return false; }
-        bool UploadFile(const std::string&, const std::u16string&, const std::u16string&, std::string&, WindowHandle) override { return false; }
+        bool UploadFile(const std::string&, const std::u16string&, const std::u16string&, std::string&,
+                        WindowHandle) override {
+            return false;
+        }
     } stack;
     test::TempHome home;
     InstallHttpStack(StackCurl, &stack);
@@ -139,5 +151,6 @@ TEST(ClassTable, SortWordOnTheWireAndHotWords) {
     RestoreDefaultHttpStacks();
     EXPECT_EQ(ParseHotWords(u"<root><hot_words><item>a</item><item>b</item></hot_words><default>d</default></root>"),
               (Names{u"d", u"a", u"b"}));
-    for (std::u16string_view broken : {u"", u"<root><hot_words>", u"<root/>"}) EXPECT_TRUE(ParseHotWords(broken).empty());
+    for (std::u16string_view broken : {u"", u"<root><hot_words>", u"<root/>"})
+        EXPECT_TRUE(ParseHotWords(broken).empty());
 }

@@ -47,9 +47,9 @@ TEST(PanelEvents, HourlyTimerWaitsAtBusyHoursOneShotTimersEndAndPayloadsAreFreed
     SetHourlyRefreshSourcesForTest({}, {});
 
     Pump(400);
-    for (std::uintptr_t id : {kTimerRightStrip, kTimerBuildClassList, kTimerRepaintAll, kTimerClassTableApply,
-                              kTimerRowCheck, kTimerThumbRequest, kTimerRowUse, kTimerRowCollect, kTimerRowClassLink,
-                              kTimerClassSwitch}) {
+    for (std::uintptr_t id :
+         {kTimerRightStrip, kTimerBuildClassList, kTimerRepaintAll, kTimerClassTableApply, kTimerRowCheck,
+          kTimerThumbRequest, kTimerRowUse, kTimerRowCollect, kTimerRowClassLink, kTimerClassSwitch}) {
         ASSERT_TRUE(SetTimer(self, id, 60000));
         SendWindowMessage(self, WM_TIMER_MESSAGE, id);
         EXPECT_FALSE(IsTimerRunning(self, id)) << id;
@@ -93,8 +93,15 @@ TEST(PanelEvents, StatusEventsLayOutTheCollectionButtonsAndProgressMovesInSteps)
     // A row downloading 1000 bytes shows its percent only in steps above one.
     panel.ShowPanel();
     panel.m_searchList->show();
-    const BlockRow row{.name = QStringLiteral("阀门.dwg"), .klass = {}, .subclass = {}, .url = {}, .path = QStringLiteral("/tmp/阀门.dwg"),
-                       .thumbnail = {}, .prefetch = false, .size = 1000, .state = RowDownloading};
+    const BlockRow row{.name = QStringLiteral("阀门.dwg"),
+                       .klass = {},
+                       .subclass = {},
+                       .url = {},
+                       .path = QStringLiteral("/tmp/阀门.dwg"),
+                       .thumbnail = {},
+                       .prefetch = false,
+                       .size = 1000,
+                       .state = RowDownloading};
     BlockRow other = row;
     other.path = QStringLiteral("/tmp/other.dwg");
     panel.m_rows = {other, row};

@@ -73,7 +73,8 @@ TEST(PanelInput, KeysFocusTheTitleBandAndTheBackgroundRegions) {
     // Enter outside the edit and Escape are taken and do nothing; Enter in
     // the edit runs the search (here of the collections).
     const int page = panel.m_nav.page;
-    for (int key : {Qt::Key_Return, Qt::Key_Enter, Qt::Key_Escape}) EXPECT_TRUE(PressKey(panel, panel.m_classList, key));
+    for (int key : {Qt::Key_Return, Qt::Key_Enter, Qt::Key_Escape})
+        EXPECT_TRUE(PressKey(panel, panel.m_classList, key));
     EXPECT_TRUE(panel.isVisible() && panel.m_nav.page == page);
     panel.GoToPage(PageCollectionSearch);
     panel.m_searchEdit->setText(QStringLiteral("阀门"));
@@ -92,8 +93,8 @@ TEST(PanelInput, KeysFocusTheTitleBandAndTheBackgroundRegions) {
     panel.m_searchEdit->setFocus();
     Pump(10);
     auto moveOver = [&](QWidget* child, QPoint at) {
-        QMouseEvent move(QEvent::MouseMove, QPointF(at), QPointF(child->mapToGlobal(at)), Qt::NoButton,
-                         Qt::NoButton, Qt::NoModifier);
+        QMouseEvent move(QEvent::MouseMove, QPointF(at), QPointF(child->mapToGlobal(at)), Qt::NoButton, Qt::NoButton,
+                         Qt::NoModifier);
         EXPECT_FALSE(panel.PreTranslateMessage(child, &move));
     };
     moveOver(&panel, QPoint(400, 10));  // the background leaves the focus
@@ -185,9 +186,11 @@ TEST(PanelInput, ARebuildRunsBesideTheUserAndQueuedCommandsReadOnlyLiveNodes) {
         ASSERT_TRUE(panel.m_treeWaiting);
         // Meanwhile the user opens the second class: it lists from the tree in hand.
         world.ClickButton(2081, 400);
-        ASSERT_TRUE(PumpUntil([&] { return panel.m_nav.curClassPath != firstClass && !panel.m_nav.listNodes.empty(); }));
+        ASSERT_TRUE(
+            PumpUntil([&] { return panel.m_nav.curClassPath != firstClass && !panel.m_nav.listNodes.empty(); }));
         world.ClickButton(2080, 400);
-        ASSERT_TRUE(PumpUntil([&] { return panel.m_nav.curClassPath == firstClass && panel.m_nav.listNodes.size() > 2; }));
+        ASSERT_TRUE(
+            PumpUntil([&] { return panel.m_nav.curClassPath == firstClass && panel.m_nav.listNodes.size() > 2; }));
         EXPECT_TRUE(panel.m_treeWaiting);
 
         // The new tree waits in the queue; a double-click and a selection come behind it.

@@ -56,8 +56,11 @@ struct GridWorld {
     }
     void Write(size_t item, Make kind) {
         static const std::string dwg = SharedDir() + "/testdata/dwg/";
-        static const std::string bytes[] = {ReadBytes(dwg + "bmp8_ac1015.dwg"), ReadBytes(dwg + "png_ac1027.dwg"),
-                                            ReadBytes(dwg + "no_preview_ac1009.dwg"), std::string(600, 'x'), {}};
+        static const std::string bytes[] = {ReadBytes(dwg + "bmp8_ac1015.dwg"),
+                                            ReadBytes(dwg + "png_ac1027.dwg"),
+                                            ReadBytes(dwg + "no_preview_ac1009.dwg"),
+                                            std::string(600, 'x'),
+                                            {}};
         ASSERT_GT(bytes[0].size(), 4096u) << "test drawings not found";
         if (kind != Make::Missing) WriteBytes(QString::fromStdU16String(paths[item]).toStdString(), bytes[int(kind)]);
     }
@@ -79,7 +82,9 @@ struct GridWorld {
         EXPECT_TRUE(Settle()) << "previews still pending";
         view->repaint();
     }
-    bool Settle() { return PumpUntil([this] { return !view->PreviewsPending(); }, 10000); }
+    bool Settle() {
+        return PumpUntil([this] { return !view->PreviewsPending(); }, 10000);
+    }
 };
 
 using Ints = std::vector<int>;
@@ -95,8 +100,9 @@ TEST(DwgListView, ShownRangeLoadsPreviewsReportsMissingFilesAndKeepsStates) {
     EXPECT_EQ(last, 15) << "four columns, four rows, the fourth in part";
     const auto state = [&](int i) { return w.view->ItemState(i); };
     // How far the read-ahead reaches shows in the count of reads and in the loading test.
-    EXPECT_EQ(Ints({state(0), state(4), state(1), state(2)}), Ints({CDWGListView::kStateFinal, CDWGListView::kStateFinal,
-                                                               CDWGListView::kStateTriedOnce, CDWGListView::kStateFresh}));
+    EXPECT_EQ(Ints({state(0), state(4), state(1), state(2)}),
+              Ints({CDWGListView::kStateFinal, CDWGListView::kStateFinal, CDWGListView::kStateTriedOnce,
+                    CDWGListView::kStateFresh}));
     EXPECT_FALSE(FileExists(w.paths[3])) << "a cut download is deleted";
     EXPECT_EQ(w.Missing(), Ints({2, 3})) << "only shown cells report, not the read-ahead's 25";
     const int reads = w.view->PreviewReads();
@@ -106,7 +112,8 @@ TEST(DwgListView, ShownRangeLoadsPreviewsReportsMissingFilesAndKeepsStates) {
         w.view->RedrawItem(1);
         w.Repaint();
     }
-    EXPECT_EQ(std::make_pair(state(1), w.view->PreviewReads()), std::make_pair(int(CDWGListView::kStateFinal), reads + 1));
+    EXPECT_EQ(std::make_pair(state(1), w.view->PreviewReads()),
+              std::make_pair(int(CDWGListView::kStateFinal), reads + 1));
     // While the owner scans, shown cells report nothing; scrolled in, the missing 25 reports.
     (void)w.Missing();
     w.view->isScanBusy = [] { return true; };
@@ -148,7 +155,8 @@ TEST(DwgListView, NamesFitCellsDrawInTheirStatesAndTheMouseAndKeysPost) {
         while (MeasureText(exact + QStringLiteral("D")) <= ScaleUnits(132)) exact += QStringLiteral("D");
         EXPECT_EQ(CDWGListView::FitName(exact), exact);
         const QString fitted = CDWGListView::FitName(QStringLiteral("画") + exact);
-        EXPECT_TRUE(fitted.endsWith(QStringLiteral("...")) && (QStringLiteral("画") + exact).startsWith(fitted.chopped(3)));
+        EXPECT_TRUE(fitted.endsWith(QStringLiteral("...")) &&
+                    (QStringLiteral("画") + exact).startsWith(fitted.chopped(3)));
         EXPECT_LE(MeasureText(fitted.chopped(3)), ScaleUnits(132 - 5));
 
         // Arrived previews (BMP and PNG), missing files, the page mark of a file without preview, and a
@@ -292,7 +300,8 @@ TEST(PreviewLoading, WorkersReadShownCellsOnceDropThoseScrolledPastAndLateResult
     const int reads = w.view->PreviewReads();
     w.view->SetPaths(w.paths);
     w.view->repaint();
-    for (int n = 0; n < 5000 && w.view->PreviewReads() < reads + 2; ++n) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    for (int n = 0; n < 5000 && w.view->PreviewReads() < reads + 2; ++n)
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
     ASSERT_GE(w.view->PreviewReads(), reads + 2);
     delete w.view;
     QCoreApplication::processEvents();

@@ -20,7 +20,8 @@ std::vector<std::u16string> PathsOf(const std::vector<GalleryNode*>& nodes) {
 
 std::vector<std::u16string> PathsOf(const CBrindleDlg& panel) {
     std::vector<std::u16string> out;
-    for (size_t i = 0; i < panel.m_nav.listNodes.size(); ++i) out.push_back(panel.m_nav.listNodes.At(*panel.m_store, i)->Path());
+    for (size_t i = 0; i < panel.m_nav.listNodes.size(); ++i)
+        out.push_back(panel.m_nav.listNodes.At(*panel.m_store, i)->Path());
     return out;
 }
 
@@ -51,7 +52,8 @@ TEST(ThumbnailRoad, ALargeClassShowsPlaceholdersThenPicturesFetchingOnlyWhatIsIn
     CDWGListView* list = OpenLargeClass(w, {.latencyMs = 80});  // the six places fill up
     Pump(50);
     // Placeholders first: nothing on disk, nothing asked before the quiet time.
-    EXPECT_TRUE(list->ItemState(0) == CDWGListView::kStateFresh && IsTimerRunning(w.panel->Handle(), kTimerThumbRequest));
+    EXPECT_TRUE(list->ItemState(0) == CDWGListView::kStateFresh &&
+                IsTimerRunning(w.panel->Handle(), kTimerThumbRequest));
     EXPECT_EQ(w.service.counters().get("/files/*").count, 0);
     ASSERT_TRUE(PumpUntil([&] { return AllStatesFinal(list); }, 20000));
     ASSERT_TRUE(WaitForDownloadWorkers(std::chrono::milliseconds(5000)));
@@ -124,7 +126,8 @@ TEST(ThumbnailRoad, ABurstOfReportsMakesOneRequestRunAndDoubleClickInsertsAndHea
     ASSERT_TRUE(w.OpenRow(0));
     DoubleClickItem(list, 2);
     ASSERT_EQ(insertions().size(), 4u);
-    EXPECT_EQ(std::make_pair(insertions()[3].text, PathsOf(w.root()->fileChildren)), std::make_pair(p4, Paths{p2, p1, p4, p3}));
+    EXPECT_EQ(std::make_pair(insertions()[3].text, PathsOf(w.root()->fileChildren)),
+              std::make_pair(p4, Paths{p2, p1, p4, p3}));
 
     // A file that is not there: the tip with 取消, no insertion, and the file is asked for.
     ASSERT_TRUE(w.OpenRow(w.RowOf(u"机械")));
@@ -154,10 +157,12 @@ TEST(ThumbnailRoad, ABlockInFlightOrTooSmallIsRefusedWithTheTipAndAskedFor) {
     w.panel->hostWindow = HandleOf(&host);
     // The queue is full of real downloads held by the service; two more paths
     // stand in its lists as in flight, so that nothing the service does moves them.
-    ASSERT_TRUE(PumpUntil([&] {
-        std::lock_guard<std::mutex> lock(w.store.downloadLock);
-        return w.store.downloadsRunning.size() >= kMaxRunningDownloads;
-    }, 5000));
+    ASSERT_TRUE(PumpUntil(
+        [&] {
+            std::lock_guard<std::mutex> lock(w.store.downloadLock);
+            return w.store.downloadsRunning.size() >= kMaxRunningDownloads;
+        },
+        5000));
     const std::u16string running = list->GetPath(296), waiting = list->GetPath(297);
     {
         std::lock_guard<std::mutex> lock(w.store.downloadLock);
@@ -176,8 +181,7 @@ TEST(ThumbnailRoad, ABlockInFlightOrTooSmallIsRefusedWithTheTipAndAskedFor) {
     ASSERT_TRUE(WriteFileAtomic(list->GetPath(299), std::string(kMinBlockFileSize - 1, 'b')));
     ASSERT_TRUE(WriteFileAtomic(list->GetPath(298), std::string(kMinBlockFileSize, 'b')));
     const std::tuple<const char*, int, bool> cases[] = {
-        {"running", 296, false}, {"waiting", 297, false},
-        {"1,025 bytes", 298, true},          {"1,024 bytes", 299, false}};
+        {"running", 296, false}, {"waiting", 297, false}, {"1,025 bytes", 298, true}, {"1,024 bytes", 299, false}};
     for (const auto& [what, item, inserted] : cases) {
         SCOPED_TRACE(what);
         const std::vector<std::u16string> recent = PathsOf(w.root()->fileChildren);
@@ -195,7 +199,8 @@ TEST(ThumbnailRoad, ABlockInFlightOrTooSmallIsRefusedWithTheTipAndAskedFor) {
         }
         EXPECT_EQ(PathsOf(w.root()->fileChildren), recent) << "the recent list is left alone";
         EXPECT_EQ(PathsOf(w.root()->dirChildren.at(0)->fileChildren), common) << "nor the common-use list";
-        EXPECT_TRUE(PumpUntil([&] { return std::ranges::count(w.panel->m_thumbsToCheck, item) > 0; }, 2000)) << "the file is asked for";
+        EXPECT_TRUE(PumpUntil([&] { return std::ranges::count(w.panel->m_thumbsToCheck, item) > 0; }, 2000))
+            << "the file is asked for";
     }
     {
         std::lock_guard<std::mutex> lock(w.store.downloadLock);
@@ -205,4 +210,3 @@ TEST(ThumbnailRoad, ABlockInFlightOrTooSmallIsRefusedWithTheTipAndAskedFor) {
     w.service.faults().clearAll();
     ASSERT_TRUE(WaitForDownloadWorkers(std::chrono::milliseconds(30000)));
 }
-

@@ -39,9 +39,7 @@ Texts Menu(CBrindleDlg& p, QWidget* widget, QPoint at, const QString& choose = {
     Texts entries;
     if (!PumpUntil([&p] { return p.CollectionMenu() && p.CollectionMenu()->isVisible(); }, 500)) return entries;
     QMenu* menu = p.CollectionMenu();
-    if (picture) {
-        EXPECT_TRUE(MatchesReference(menu->grab().toImage(), "panel/navigation", picture));
-    }
+    if (picture) { EXPECT_TRUE(MatchesReference(menu->grab().toImage(), "panel/navigation", picture)); }
     QAction* chosen = nullptr;
     for (QAction* action : menu->actions()) {
         if (action->isSeparator()) continue;
@@ -72,7 +70,9 @@ Texts ButtonMenu(PanelHarness& w, const QString& caption, const QString& choose,
 template <class Dialog>
 Dialog* DialogOf(CBrindleDlg& p) {
     Dialog* dialog = nullptr;
-    PumpUntil([&] { return (dialog = qobject_cast<Dialog*>(p.CollectionWindow())) && dialog->isVisible() && !dialog->Waiting(); });
+    PumpUntil([&] {
+        return (dialog = qobject_cast<Dialog*>(p.CollectionWindow())) && dialog->isVisible() && !dialog->Waiting();
+    });
     return dialog;
 }
 
@@ -141,7 +141,8 @@ TEST(CollectionDialogRoad, BlocksRenamedMovedDeletedAndAddedFromThePanelFollowEv
     for (const char* name : {"a.dwg", "b.dwg"}) WriteBytes(disk + "/" + name, "AC1015" + std::string(1500, 'd'));
     w.ClickButton(ControlId::AddBlocksEmpty, 400);
     QFileDialog* files = nullptr;
-    ASSERT_TRUE(PumpUntil([&] { return (files = qobject_cast<QFileDialog*>(p.CollectionWindow())) && files->isVisible(); }));
+    ASSERT_TRUE(
+        PumpUntil([&] { return (files = qobject_cast<QFileDialog*>(p.CollectionWindow())) && files->isVisible(); }));
     files->setDirectory(QString::fromStdString(disk));
     auto* names = files->findChild<QLineEdit*>("fileNameEdit");
     names->setText(QStringLiteral("\"a.dwg\" \"b.dwg\""));
@@ -175,7 +176,8 @@ TEST(CollectionDialogRoad, FoldersMadeRenamedAndDeletedFromTheBarAndTheirMenus) 
     w.SignIn(8);
     ASSERT_TRUE(w.OpenRow(1));
     auto opened = [&](const std::u16string& folder) {
-        return PumpUntil([&] { return p.m_nav.curClassPath == mine + u"/" + folder && !p.CollectionBusy(); }) && w.WaitForSwitch();
+        return PumpUntil([&] { return p.m_nav.curClassPath == mine + u"/" + folder && !p.CollectionBusy(); }) &&
+               w.WaitForSwitch();
     };
 
     // "新建文件夹" offers the first gap and opens the new folder.
@@ -275,7 +277,8 @@ TEST(CollectionDialogRoad, CollectsFromAGalleryMenuAndFromASearchRow) {
     EXPECT_EQ(collect->m_path, second);
     Press(collect, CBlockFolderDlg::IdOk);
     ASSERT_TRUE(AnswerTips(ModalTip, {{"图块收藏成功", 1}}));
-    ASSERT_TRUE(PumpUntil([&] { return p.m_nav.classIndex == 1 && p.m_nav.curClassPath == mine + u"/螺栓" && !p.CollectionBusy(); }));
+    ASSERT_TRUE(PumpUntil(
+        [&] { return p.m_nav.classIndex == 1 && p.m_nav.curClassPath == mine + u"/螺栓" && !p.CollectionBusy(); }));
     ASSERT_TRUE(w.WaitForSwitch());
     const std::string lowered = QString::fromStdU16String(FileNameOf(second)).toLower().toStdString();
     EXPECT_TRUE(w.service.users().blockByName(bolts, lowered).has_value());

@@ -22,16 +22,17 @@ TEST(NavigationRender, BrowseAndSearchRoadsAtRatesOneAndOneAndAHalf) {
         w.MakePanel(true, rate);
         CBrindleDlg& p = *w.panel;
         // Words enough, some long, for the hot word row to wrap; the first is the default word.
-        for (const char* word : {"螺栓", "平开门", "螺母", "法兰盘", "建筑装饰构件大样", "给排水", "电气符号", "暖通空调设备",
-                                 "家具", "卫浴洁具", "机械零件标准件", "园林景观小品", "结构节点详图", "楼梯", "停车位",
-                                 "厨房设备", "办公家具组合", "灯具"})
+        for (const char* word : {"螺栓", "平开门", "螺母", "法兰盘", "建筑装饰构件大样", "给排水", "电气符号",
+                                 "暖通空调设备", "家具", "卫浴洁具", "机械零件标准件", "园林景观小品", "结构节点详图",
+                                 "楼梯", "停车位", "厨房设备", "办公家具组合", "灯具"})
             p.m_hotWords.push_back(QString::fromUtf8(word));
         g_defaultHotWord = p.m_hotWords[0];
         auto looks = [&](const std::string& name) {
             Pump(30);
             // The mirror's files are asked for and fail (the service has none): the cells settle.
             (void)PumpUntil([&] {
-                return !IsTimerRunning(p.Handle(), kTimerThumbRequest) && p.m_thumbWaiting.empty() && p.m_thumbRunning.empty();
+                return !IsTimerRunning(p.Handle(), kTimerThumbRequest) && p.m_thumbWaiting.empty() &&
+                       p.m_thumbRunning.empty();
             });
             return MatchesReference(p.grab().toImage(), "panel/navigation", name + at);
         };
@@ -60,7 +61,8 @@ TEST(NavigationRender, BrowseAndSearchRoadsAtRatesOneAndOneAndAHalf) {
             // "搜索" forgets the last press and runs at once; the empty box searches the default word.
             // The hot words go with the search.
             w.ClickButton(ControlId::Search);
-            EXPECT_TRUE(p.m_searchEdit->text() == QStringLiteral("螺栓") && !w.ButtonShown(4000) && !w.ButtonShown(4017));
+            EXPECT_TRUE(p.m_searchEdit->text() == QStringLiteral("螺栓") && !w.ButtonShown(4000) &&
+                        !w.ButtonShown(4017));
             // "返回" right after it is damped; later it leaves the page with its
             // rows and waiting downloads, and the class opens again as it was.
             w.ClickButton(ControlId::SearchBack);
@@ -86,10 +88,16 @@ TEST(NavigationRender, BrowseAndSearchRoadsAtRatesOneAndOneAndAHalf) {
         p.ShowHotWords(false);
         const QString drawing = QString::fromStdString(SharedDir() + "/testdata/dwg/bmp8_ac1015.dwg");
         for (const char* name : {"平开门M1021", "双开门", "推拉门", "旋转门", "卷帘门", "折叠门", "门套", "门槛"})
-            p.m_serverRows.push_back({.name = QString::fromUtf8(name) + ".dwg", .klass = QStringLiteral("建筑"),
-                                      .subclass = QStringLiteral("门窗..平开门"), .url = {}, .path = drawing + ".gone",
-                                      .thumbnail = {}, .thumbnailTried = true, .prefetch = false,
-                                      .state = int(p.m_serverRows.size() % 6), .percent = 40});
+            p.m_serverRows.push_back({.name = QString::fromUtf8(name) + ".dwg",
+                                      .klass = QStringLiteral("建筑"),
+                                      .subclass = QStringLiteral("门窗..平开门"),
+                                      .url = {},
+                                      .path = drawing + ".gone",
+                                      .thumbnail = {},
+                                      .thumbnailTried = true,
+                                      .prefetch = false,
+                                      .state = int(p.m_serverRows.size() % 6),
+                                      .percent = 40});
         p.m_serverRows[0].thumbnail = LoadDwgPreview(drawing);
         p.m_serverRows[1].boutique = true;
         p.m_searchUntouched = false;

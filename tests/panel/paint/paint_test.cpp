@@ -57,12 +57,18 @@ protected:
 INSTANTIATE_TEST_SUITE_P(Rates, PaintScenes, ::testing::Values(1.0f, 1.5f));
 
 PanelPaintState Browse(int classIndex, int itemCount, int syncStatus = -1) {
-    return {.page = classIndex == 1 ? PageCollection : PageBrowse, .classIndex = classIndex, .itemCount = itemCount,
+    return {.page = classIndex == 1 ? PageCollection : PageBrowse,
+            .classIndex = classIndex,
+            .itemCount = itemCount,
             .syncStatus = syncStatus};
 }
 
 PanelPaintState Search(int page, int searchState, int rows, bool ended = false, bool untouched = false) {
-    return {.page = page, .searchUntouched = untouched, .searchState = searchState, .rowCount = rows, .searchEnded = ended,
+    return {.page = page,
+            .searchUntouched = untouched,
+            .searchState = searchState,
+            .rowCount = rows,
+            .searchEnded = ended,
             .defaultHotWord = QStringLiteral("门窗")};
 }
 
@@ -94,11 +100,16 @@ TEST_P(PaintScenes, SearchLayerAndStatusLine) {
         for (int state : {-1, 0, 1, 2, 3, 9}) states.push_back(Search(page, std::max(state, 0), 0, false, state < 0));
     // Rows: the hint, the default word on the search page only, the count once ended (none for a
     // search not yet made).
-    for (const PanelPaintState& s : {Search(PageSearch, 0, 12), Search(PageSearch, 3, 0, true), Search(PageSearch, 3, 0, true, true),
-                                     Search(PageCollectionSearch, 0, 23), Search(PageSearch, 1, 40)})
+    for (const PanelPaintState& s :
+         {Search(PageSearch, 0, 12), Search(PageSearch, 3, 0, true), Search(PageSearch, 3, 0, true, true),
+          Search(PageCollectionSearch, 0, 23), Search(PageSearch, 1, 40)})
         states.push_back(s);
-    states.push_back({.page = PageBrowse, .classIndex = 2, .itemCount = 7, .selectedName = QStringLiteral("平开门M1021"),
-                      .rowCount = 3, .searchEnded = true});
+    states.push_back({.page = PageBrowse,
+                      .classIndex = 2,
+                      .itemCount = 7,
+                      .selectedName = QStringLiteral("平开门M1021"),
+                      .rowCount = 3,
+                      .searchEnded = true});
     const QImage sheet = Sheet(QSize(ScaleUnits(755), ScaleUnits(454)), Panels(states), 3);
     EXPECT_TRUE(MatchesReference(sheet, "panel/paint", At("search_layer")));
 }
@@ -107,9 +118,15 @@ TEST_P(PaintScenes, ResultRowsInEveryState) {
     // Each row: its state (a state with a file on disk shows placeholder A, else B), its look, and a change.
     std::vector<std::pair<BlockRow, SearchRowLook>> rows;
     auto add = [&](int state, SearchRowLook look = {}, const std::function<void(BlockRow&)>& change = {}) {
-        BlockRow row{.name = QStringLiteral("平开门M1021.dwg"), .klass = QStringLiteral("建筑"),
-                     .subclass = QStringLiteral("门窗..平开门"), .url = {}, .path = QStringLiteral("/x/block.dwg"), .thumbnail = {},
-                     .prefetch = false, .state = state, .percent = 40};
+        BlockRow row{.name = QStringLiteral("平开门M1021.dwg"),
+                     .klass = QStringLiteral("建筑"),
+                     .subclass = QStringLiteral("门窗..平开门"),
+                     .url = {},
+                     .path = QStringLiteral("/x/block.dwg"),
+                     .thumbnail = {},
+                     .prefetch = false,
+                     .state = state,
+                     .percent = 40};
         if (change) change(row);
         rows.push_back({row, look});
     };
@@ -139,15 +156,18 @@ TEST_P(PaintScenes, ResultRowsInEveryState) {
 
 TEST(HighlightRule, CutsAtEveryExactOccurrence) {
     const std::tuple<const char*, const char*, const char*> cases[] = {
-        {"abcab", "ab", "ab|c|ab"},  {"x阀门y阀门", "阀门", "x|阀门|y|阀门"},
-        {"aaa", "aa", "aa|a"},       // no overlap: the scan resumes behind each key
-        {"ABab", "ab", "AB|ab"},     // exact comparison
-        {"共12条结果", "", "共12条结果"}, {"共12条结果", "7", "共12条结果"}, {"", "a", ""}, {"ab", "ab", "ab"}};
+        {"abcab", "ab", "ab|c|ab"},
+        {"x阀门y阀门", "阀门", "x|阀门|y|阀门"},
+        {"aaa", "aa", "aa|a"},  // no overlap: the scan resumes behind each key
+        {"ABab", "ab", "AB|ab"},  // exact comparison
+        {"共12条结果", "", "共12条结果"},
+        {"共12条结果", "7", "共12条结果"},
+        {"", "a", ""},
+        {"ab", "ab", "ab"}};
     for (const auto& [text, key, pieces] : cases)
         EXPECT_EQ(SplitAtKey(QString::fromUtf8(text), QString::fromUtf8(key)),
                   QString::fromUtf8(pieces).split(QLatin1Char('|'), Qt::SkipEmptyParts))
             << text;
-
 }
 
 TEST(ResultRowRules, NameAndClassLine) {
@@ -171,9 +191,8 @@ TEST(ResultRowRules, NameAndClassLine) {
         row.subclass = QStringLiteral("门窗..平开门");
         row.name = QStringLiteral("门.dwg");
         int width = 0;
-        Painted(QSize(ScaleUnits(760), ScaleUnits(70)), [&](QPainter& p) {
-            width = DrawSearchRow(p, QRect(0, 0, ScaleUnits(740), ScaleUnits(61)), row, {});
-        });
+        Painted(QSize(ScaleUnits(760), ScaleUnits(70)),
+                [&](QPainter& p) { width = DrawSearchRow(p, QRect(0, 0, ScaleUnits(740), ScaleUnits(61)), row, {}); });
         EXPECT_EQ(width, QFontMetrics(Font(SkinFont::Normal)).horizontalAdvance(QStringLiteral("建筑>平开门")));
     }
 }
@@ -183,19 +202,25 @@ TEST(StatusLineRules, HintPlaceAndASqueezedWindow) {
     for (float rate : {1.0f, 1.5f}) {
         UseRate(rate);
         const QString hint = QStringLiteral("注：双击缩略图快速插入图块");
-        const int fits = ScaleUnits(588) + QFontMetrics(Font(SkinFont::Bold)).horizontalAdvance(hint) + ScaleUnits(5) + 1;
+        const int fits =
+            ScaleUnits(588) + QFontMetrics(Font(SkinFont::Bold)).horizontalAdvance(hint) + ScaleUnits(5) + 1;
         auto left = [](int width) { return DoubleClickHintRect(QSize(width, ScaleUnits(454))).left(); };
         EXPECT_EQ(std::make_tuple(left(fits), left(fits - 1), left(300)),
-                  std::make_tuple(ScaleUnits(588), ScaleUnits(588) - 1, ScaleUnits(530))) << rate;
+                  std::make_tuple(ScaleUnits(588), ScaleUnits(588) - 1, ScaleUnits(530)))
+            << rate;
     }
     // A window squeezed to almost nothing gets its frame and paints nothing outside it.
     UseRate(1.0f);
-    QImage tiny = Painted(QSize(6, 6), [](QPainter& p) { PaintPanel(p, QSize(3, 3), {}); }, Qt::black);
+    QImage tiny = Painted(
+        QSize(6, 6), [](QPainter& p) { PaintPanel(p, QSize(3, 3), {}); }, Qt::black);
     EXPECT_NE(tiny.pixelColor(1, 1), QColor(Qt::black));
     QPainter(&tiny).fillRect(0, 0, 3, 3, Qt::black);
-    EXPECT_EQ(tiny, Painted(QSize(6, 6), [](QPainter&) {}, Qt::black));
-    const QImage none = Painted(QSize(4, 4), [](QPainter& p) { PaintPanel(p, QSize(0, 0), {}); }, Qt::black);
-    EXPECT_EQ(none, Painted(QSize(4, 4), [](QPainter&) {}, Qt::black));
+    EXPECT_EQ(tiny, Painted(
+                        QSize(6, 6), [](QPainter&) {}, Qt::black));
+    const QImage none = Painted(
+        QSize(4, 4), [](QPainter& p) { PaintPanel(p, QSize(0, 0), {}); }, Qt::black);
+    EXPECT_EQ(none, Painted(
+                        QSize(4, 4), [](QPainter&) {}, Qt::black));
 }
 
 }  // namespace

@@ -95,20 +95,25 @@ TEST(DwgPreviewReader, SectionTableAndEntryFailuresAndAHugeFileReadOnlyWhereNeed
     const size_t count = 0x100 + 20, entry = EntryOffset(0x100, 1);
     // A count of 255 over a file cut behind the BMP entry: the entry is there, its data is not.
     const std::string many = WithByte(good.substr(0, EntryOffset(0x100, 2)), count, char(255));
-    auto entryAt = [&](uint32_t start, uint32_t size) { return Patched(Patched(good, entry + 1, start), entry + 5, size); };
+    auto entryAt = [&](uint32_t start, uint32_t size) {
+        return Patched(Patched(good, entry + 1, start), entry + 5, size);
+    };
     QImage blue(3, 3, QImage::Format_RGB32);
     blue.fill(QColor(0, 0, 255));
     const std::string png = service::EncodePng(blue);
     std::string hugePng = png;  // a header claiming 100000 x 100000
     hugePng[16] = 0, hugePng[17] = 1, hugePng[18] = char(0x86), hugePng[19] = char(0xa0);
     const std::tuple<const char*, std::string, DwgPreviewError> cases[] = {
-        {"empty", "", E::ShortFile}, {"cut in the file head", good.substr(0, 16), E::ShortFile},
+        {"empty", "", E::ShortFile},
+        {"cut in the file head", good.substr(0, 16), E::ShortFile},
         {"cut in the section head", good.substr(0, 0x100 + 20), E::SectionOutOfFile},
         {"section far out", Patched(good, 0x0D, 0xFFFFFFFFu), E::SectionOutOfFile},
         {"section at the end", Patched(good, 0x0D, uint32_t(good.size() - 20)), E::SectionOutOfFile},
         {"sentinel", WithByte(good, 0x100 + 15, char(good[0x100 + 15] ^ 1)), E::BadSentinel},
-        {"no entries", WithByte(good, count, 0), E::NoEntries}, {"count past a short file", many, E::EntryOutOfFile},
-        {"count past the table", WithByte(MakeDrawing({{1, std::string(80, '\0')}}), count, char(200)), E::TableTruncated},
+        {"no entries", WithByte(good, count, 0), E::NoEntries},
+        {"count past a short file", many, E::EntryOutOfFile},
+        {"count past the table", WithByte(MakeDrawing({{1, std::string(80, '\0')}}), count, char(200)),
+         E::TableTruncated},
         {"only a header and a metafile", MakeDrawing({{1, "x"}, {3, "wmf"}}), E::NoPicture},
         {"entry starts at the end", entryAt(uint32_t(good.size()), 1), E::EntryOutOfFile},
         {"entry one byte too long", entryAt(0, uint32_t(good.size() + 1)), E::EntryOutOfFile},
@@ -238,7 +243,8 @@ TEST(DwgPreviewBitmap, EveryDepthDecodesAndHostileHeadersAreRefused) {
         {"0 bits", WithByte(dib, 14, '\0'), E::UnsupportedBitmap},
         {"2 bits", WithByte(dib, 14, '\x02'), E::UnsupportedBitmap},
         {"16 bits", WithByte(dib, 14, '\x10'), E::UnsupportedBitmap},
-        {"48 bits", WithByte(dib, 14, '\x30'), E::UnsupportedBitmap}, {"last row unpadded", unpadded, E::None},
+        {"48 bits", WithByte(dib, 14, '\x30'), E::UnsupportedBitmap},
+        {"last row unpadded", unpadded, E::None},
         {"last row short", unpadded.substr(0, unpadded.size() - 1), E::PixelsTruncated},
         {"colour count overstates the table", Patched(shortTable, 32, 100000), E::PixelsTruncated},
     };
@@ -261,8 +267,8 @@ TEST(FitThumbnail, ContactSheetOfPreviewsInBothCells) {
         const bool png = k % 3 == 2;
         const QImage symbol = png ? DrawSymbol(SymbolKind(k), uint32_t(k), 224, 140, true)
                                   : DrawSymbol(SymbolKind(k), uint32_t(k), 180, 120);
-        pictures.push_back(PreviewToImage(ReadDwgPreview(
-            BuildDwgContainer(png ? PreviewKind::Png : PreviewKind::Bmp8, png ? EncodePng(symbol) : EncodeDib8(symbol)))));
+        pictures.push_back(PreviewToImage(ReadDwgPreview(BuildDwgContainer(
+            png ? PreviewKind::Png : PreviewKind::Bmp8, png ? EncodePng(symbol) : EncodeDib8(symbol)))));
         EXPECT_FALSE(pictures.back().isNull()) << k;
     }
     // One-pixel lines shrunk by 4: dark on white kept by the AND scan, bright
@@ -275,10 +281,10 @@ TEST(FitThumbnail, ContactSheetOfPreviewsInBothCells) {
     mixed.setPixel(0, 0, qRgb(255, 0, 0));
     mixed.setPixel(423, 0, qRgb(0, 0, 255));
     // Small pictures stay unscaled and centred; exactly the area fits, one more pixel is scaled.
-    for (const QImage& made : {paper, night, mixed, Filled(50, 30, qRgb(200, 10, 10)), Filled(106, 64, qRgb(255, 255, 255)),
-                               Filled(107, 64, qRgb(255, 255, 255)), Filled(400, 100, qRgb(0, 0, 255)),
-                               Filled(50, 200, qRgb(0, 0, 255)), Filled(132, 80, qRgb(255, 255, 0)),
-                               Filled(1, 1, qRgb(255, 255, 255)), Filled(2000, 1, qRgb(255, 255, 255))})
+    for (const QImage& made :
+         {paper, night, mixed, Filled(50, 30, qRgb(200, 10, 10)), Filled(106, 64, qRgb(255, 255, 255)),
+          Filled(107, 64, qRgb(255, 255, 255)), Filled(400, 100, qRgb(0, 0, 255)), Filled(50, 200, qRgb(0, 0, 255)),
+          Filled(132, 80, qRgb(255, 255, 0)), Filled(1, 1, qRgb(255, 255, 255)), Filled(2000, 1, qRgb(255, 255, 255))})
         pictures.push_back(made);
 
     const int columns = 6, cellW = 132 + 8, cellH = 80 + 8;
@@ -348,7 +354,8 @@ TEST(FitThumbnail, SizesAndTinyCellsStayInsideTheCanvas) {
     for (int w = 1; w <= 12; ++w)
         for (int h = 1; h <= 12; ++h)
             for (QSize source : {QSize(1, 1), QSize(1, 300), QSize(300, 1), QSize(13, 7), QSize(w, h)}) {
-                const QImage thumb = FitThumbnail(Filled(source.width(), source.height(), qRgb(255, 255, 255)), w, h, 1.0);
+                const QImage thumb =
+                    FitThumbnail(Filled(source.width(), source.height(), qRgb(255, 255, 255)), w, h, 1.0);
                 ASSERT_EQ(thumb.size(), QSize(w, h));
                 EXPECT_EQ(thumb.pixel(0, 0), kThumbnailFrameOther);
                 EXPECT_EQ(thumb.pixel(w - 1, h - 1), kThumbnailFrameOther);

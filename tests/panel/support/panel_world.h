@@ -72,7 +72,8 @@ public:
     }
     int RowOf(const std::u16string& text) const;
     int VisibleSubclassButtons() const {
-        return int(std::count_if(panel->m_subclassBtns.begin(), panel->m_subclassBtns.end(), [this](QWidget* b) { return Shown(b); }));
+        return int(std::count_if(panel->m_subclassBtns.begin(), panel->m_subclassBtns.end(),
+                                 [this](QWidget* b) { return Shown(b); }));
     }
     bool Shown(QWidget* widget) const { return widget && widget->isVisibleTo(panel.get()); }
     // The captions of the subclass buttons shown, in order.
@@ -94,10 +95,10 @@ protected:
 };
 
 struct WorldOptions {
-    bool listGallery = true;     // Show.xml names the sample's first gallery
-    bool firstSync = true;       // the host ran FirstSynchro before showing
-    bool attachHost = true;      // the host named its main window
-    bool parentIsHost = false;   // the panel is a tool window of the host
+    bool listGallery = true;  // Show.xml names the sample's first gallery
+    bool firstSync = true;  // the host ran FirstSynchro before showing
+    bool attachHost = true;  // the host named its main window
+    bool parentIsHost = false;  // the panel is a tool window of the host
     // Runs once the service serves and Show.xml is written, before the first
     // tree and the panel: faults, more galleries.
     std::function<void(PanelHarness&)> beforeCreate = {};

@@ -19,11 +19,19 @@ TEST(DemoOptions, ReadsEveryOptionWithinItsBoundsAndDefaultsTheRest) {
     EXPECT_EQ(Parse({"--step-timeout", "600000"}).options.stepTimeoutMs, 600000);
     // Each of these lines must be told apart, never silently half-read.
     const QList<QStringList> bad = {
-        {"--library"}, {"--library", ""}, {"--tour"}, {"--sample"}, {"--rate-label"},
+        {"--library"},
+        {"--library", ""},
+        {"--tour"},
+        {"--sample"},
+        {"--rate-label"},
         {"--rate-label", "a/b"},  // would put the shots in another folder
-        {"--step-timeout", "99"}, {"--step-timeout", "600001"}, {"--step-timeout", "soon"}, {"--step-timeout"},
+        {"--step-timeout", "99"},
+        {"--step-timeout", "600001"},
+        {"--step-timeout", "soon"},
+        {"--step-timeout"},
         {"--short"},  // only with --tour
-        {"--tour", "/t", "--bogus"}, {"tour"},
+        {"--tour", "/t", "--bogus"},
+        {"tour"},
     };
     for (const QStringList& args : bad) EXPECT_FALSE(Parse(args).error.isEmpty()) << args.join(' ').toStdString();
 }

@@ -39,7 +39,11 @@ TEST(DemoProgram, FailureRoadsEndWithTheirOwnCodeAndSayWhy) {
     const QString blankPath = home.filePath(QStringLiteral("blank.png"));
     ASSERT_TRUE(blank.save(blankPath));
     const QString fake = QStringLiteral(FAKE_GALLERY_PATH);
-    struct Road { QStringList args; int code; QString said; };
+    struct Road {
+        QStringList args;
+        int code;
+        QString said;
+    };
     const Road roads[] = {
         {{"--frobnicate"}, 2, "unknown argument: --frobnicate"},  // the options' roads end the program
         // The partial library has FirstSynchro, show and GetGallery only: half a table is no table.
