@@ -8,7 +8,7 @@
 #include "platform/profile.h"
 #include "platform/qt/qt_window_system.h"
 #include "skin/sel_typeclass_button.h"
-#include "skin/skin_messages.h"
+#include "panel/model/panel_numbers.h"
 #include "skin/skin_scale.h"
 
 namespace marrowfin {

@@ -14,7 +14,7 @@
 #include "platform/qt/window_timers.h"
 #include "platform/ticks.h"
 #include "skin/sel_typeclass_button.h"
-#include "skin/skin_messages.h"
+#include "panel/model/panel_numbers.h"
 #include "skin/skin_scale.h"
 
 namespace marrowfin {

@@ -2,21 +2,22 @@
 // The panel's numbers, each named once: its own window messages, the commands
 // and events that MsgPanelCommand and MsgPanelEvent carry, its timers with
 // their periods, and the ids of its controls. Nothing but numbers, so that
-// the skin's buttons and the pickers, which post commands to the panel, can
-// speak the same protocol without depending on the panel.
+// the pickers, which post commands to the panel, speak the same protocol
+// without depending on the panel's windows. What the skin's buttons post is
+// the skin's (skin/skin_messages.h), reopened here.
 //
 // Numbers that a lower layer posts stay with it: MsgFileReady and MsgProgress
 // (net), MsgTreeUpdate (store); the host's messages are in marrowfin/marrowfin.h.
 
 #include <cstdint>
 
+#include "skin/skin_messages.h"  // MsgPanelCommand, MsgPanelEvent and the folder button's codes
+
 namespace marrowfin {
 
 // ---- window messages -------------------------------------------------------
 
 inline constexpr uint32_t MsgListRefresh = 0x8b0;  // redraw one thumbnail item
-inline constexpr uint32_t MsgPanelCommand = 0x9dc;  // wParam: a PanelCommand
-inline constexpr uint32_t MsgPanelEvent = 0x9dd;  // wParam: a PanelEvent
 // A class-table worker to the panel; wParam says what came.
 inline constexpr uint32_t MsgClassTableRefresh = 0x9e4;
 // wParam: the generation of the load; payload: CollectionRowsPayload (empty
@@ -37,7 +38,7 @@ inline constexpr uint32_t MsgWorkerAnswer = 0x9ea;
 namespace PanelCommand {
 inline constexpr std::uintptr_t RebuildClassList = 0;  // rebuild the class list, reopen the class
 inline constexpr std::uintptr_t SelectionChanged = 1;  // item index or -1
-inline constexpr std::uintptr_t RenameFolder = 2;  // a collection folder's button handle
+// RenameFolder = 2: the skin's, posted by a folder's button
 inline constexpr std::uintptr_t ActivateBlock = 3;  // item index: insert the block
 inline constexpr std::uintptr_t RenameBlock = 4;  // item index: rename a collected block
 inline constexpr std::uintptr_t EnableBlockDelete = 5;  // 0 enables "删除图块", below 0 disables it
@@ -75,7 +76,7 @@ inline constexpr std::uintptr_t SyncStatus = 5;  // lParam: the new m_nav.syncSt
 inline constexpr std::uintptr_t SyncDone = 6;  // the cloud replacement landed
 inline constexpr std::uintptr_t SyncFailed = 7;
 inline constexpr std::uintptr_t ThumbMenu = 8;  // item index
-inline constexpr std::uintptr_t FolderMenu = 9;  // a folder button's handle
+// FolderMenu = 9: the skin's, posted by a folder's button
 inline constexpr std::uintptr_t DeleteFolder = 10;  // the folder button
 inline constexpr std::uintptr_t MoveBlock = 11;  // item index
 }  // namespace PanelEvent
