@@ -152,6 +152,24 @@ private:
         return NewRecordGrowing();
     }
     uint32_t NewRecordGrowing();
+    // Links record `index` as the last child of `parent`: the first child's
+    // prevSibling names the last one, so appending costs no walk.
+    void LinkAsLastChild(uint32_t index, uint32_t parent) {
+        ElementRecord& r = Rec(index);
+        r.nextSibling = 0;
+        ElementRecord& p = Rec(parent);
+        if (p.firstChild == 0) {
+            p.firstChild = index;
+            r.prevSibling = index;
+            r.levelMarks |= MarkFirst;
+        } else {
+            ElementRecord& first = Rec(p.firstChild);
+            const uint32_t last = first.prevSibling;
+            Rec(last).nextSibling = index;
+            r.prevSibling = last;
+            first.prevSibling = index;
+        }
+    }
     void AddRecord(std::u16string_view record);
     bool WellFormedResult() const;
     std::u16string ElementTextOf(uint32_t index) const;

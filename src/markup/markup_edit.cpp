@@ -193,18 +193,7 @@ void MarkupDocument::LinkNewRecord(uint32_t index, uint32_t parent) {
         m.nextSibling = index;
         return;
     }
-    r.nextSibling = 0;
-    ElementRecord& p = Rec(parent);
-    if (p.firstChild == 0) {
-        p.firstChild = index;
-        r.prevSibling = index;
-        r.levelMarks |= MarkFirst;
-    } else {
-        const uint32_t last = Record(p.firstChild).prevSibling;
-        Rec(last).nextSibling = index;
-        r.prevSibling = last;
-        Rec(p.firstChild).prevSibling = index;
-    }
+    LinkAsLastChild(index, parent);
 }
 
 bool MarkupDocument::AddElement(std::u16string_view name, std::u16string_view text) {

@@ -119,19 +119,7 @@ inline uint32_t MarkupDocument::OpenRecord(const MarkupNode& node, uint32_t pare
     r.levelMarks = static_cast<uint32_t>(std::min<size_t>(depth, kLevelMask));
     r.parent = parent;
     r.firstChild = 0;
-    r.nextSibling = 0;
-    ElementRecord& p = Rec(parent);
-    if (p.firstChild == 0) {
-        p.firstChild = index;
-        r.prevSibling = index;
-        r.levelMarks |= MarkFirst;
-    } else {
-        ElementRecord& first = Rec(p.firstChild);
-        const uint32_t last = first.prevSibling;
-        Rec(last).nextSibling = index;
-        r.prevSibling = last;
-        first.prevSibling = index;
-    }
+    LinkAsLastChild(index, parent);
     return index;
 }
 

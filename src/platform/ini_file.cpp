@@ -64,6 +64,21 @@ bool KeyValue(std::string_view line, std::string_view& key, std::string_view& va
     return true;
 }
 
+// Calls `visit(key, value)` for each key of every section named `section`
+// (sections of one name continue each other), until it answers false.
+template <class Visit>
+void ForEachKeyOf(const std::string& bytes, std::string_view section, Visit visit) {
+    bool inSection = false;
+    for (const std::string& line : SplitLines(bytes)) {
+        std::string_view name, k, v;
+        if (SectionName(line, name)) {
+            inSection = EqualsNoCase(name, section);
+            continue;
+        }
+        if (inSection && KeyValue(line, k, v) && !visit(k, v)) return;
+    }
+}
+
 // One lock per file: a write reads, changes and renames the whole file, so
 // two writers of one file in this process would lose each other's keys. The
 // locks live for the process; there are a handful of INI files.
@@ -83,20 +98,12 @@ std::u16string IniGetString(std::u16string_view file, std::u16string_view sectio
     std::u16string result(defaultValue);
     std::string bytes;
     if (ReadWholeFile(file, bytes)) {
-        const std::string wantSection = Utf16ToUtf8(section);
         const std::string wantKey = Utf16ToUtf8(key);
-        bool inSection = false;
-        for (const std::string& line : SplitLines(bytes)) {
-            std::string_view name, k, v;
-            if (SectionName(line, name)) {
-                inSection = EqualsNoCase(name, wantSection);
-                continue;
-            }
-            if (inSection && KeyValue(line, k, v) && EqualsNoCase(k, wantKey)) {
-                result = Utf8ToUtf16(v);
-                break;
-            }
-        }
+        ForEachKeyOf(bytes, Utf16ToUtf8(section), [&](std::string_view k, std::string_view v) {
+            if (!EqualsNoCase(k, wantKey)) return true;
+            result = Utf8ToUtf16(v);
+            return false;
+        });
     }
     if (bufferLength > 0 && result.size() > bufferLength - 1) result.resize(bufferLength - 1);
     return result;
@@ -105,17 +112,10 @@ std::u16string IniGetString(std::u16string_view file, std::u16string_view sectio
 IniSection::IniSection(std::u16string_view file, std::u16string_view section) {
     std::string bytes;
     if (!ReadWholeFile(file, bytes)) return;
-    const std::string wantSection = Utf16ToUtf8(section);
-    bool inSection = false;
-    for (const std::string& line : SplitLines(bytes)) {
-        std::string_view name, k, v;
-        if (SectionName(line, name)) {
-            inSection = EqualsNoCase(name, wantSection);
-            continue;
-        }
-        if (inSection && KeyValue(line, k, v))
-            m_entries.push_back({k.size(), ToLowerFold(Utf8ToUtf16(k)), Utf8ToUtf16(v)});
-    }
+    ForEachKeyOf(bytes, Utf16ToUtf8(section), [&](std::string_view k, std::string_view v) {
+        m_entries.push_back({k.size(), ToLowerFold(Utf8ToUtf16(k)), Utf8ToUtf16(v)});
+        return true;
+    });
 }
 
 std::u16string IniSection::Get(std::u16string_view key, std::u16string_view defaultValue, size_t bufferLength) const {
