@@ -104,6 +104,8 @@ TEST(CollectionRoad, FoldersBlocksAndFilesFollowTheServiceForEachUser) {
     EXPECT_FALSE(users.folderByName(9, "门窗").has_value());
     EXPECT_FALSE(PathExists(theirs + u"/门窗"));
     EXPECT_EQ(w.FolderButtons(), (std::vector<QString>{QStringLiteral("收藏夹1")}));
+    EXPECT_TRUE(p.m_nav.curClassPath == theirs + u"/收藏夹1" && DirectoryExists(p.m_nav.curClassPath) &&
+                w.ButtonShown(ControlId::AddBlocksEmpty) && !w.Shown(p.m_pThumbList));
 
     // The service gone: the collections cannot be read and the user is taken
     // back to the gallery he came from; "重试" on the page keeps the page.

@@ -12,7 +12,6 @@ TEST(Routes, RoutesTheCollectionsRowTheHostButtonsTheCommandsAndTheShowList) {
     GalleryNode* g1 = w.AddGallery({u"五金", 3, 2});
     GalleryNode* g2 = w.AddGallery({u"家具", 3, 6});
     const std::u16string mine = w.AddCollections(7, {u"夹1", u"夹2"}, 2);
-    (void)w.AddCollections(8, {}, 0);
     w.MakePanel();
     CBrindleDlg& p = *w.panel;
     p.hostWindow = HandleOf(&host);
@@ -43,22 +42,6 @@ TEST(Routes, RoutesTheCollectionsRowTheHostButtonsTheCommandsAndTheShowList) {
     EXPECT_FALSE(w.ButtonShown(ControlId::AddBlocks));
     for (const FolderEntry& entry : ListFolder(StoreRoot()))
         EXPECT_FALSE(entry.name.ends_with(u"_收藏")) << "nothing written for nobody";
-    // Signed in with nothing in the cloud: the default folder is made and
-    // opened empty, offering "添加图块".
-    w.SignIn(8);
-    ASSERT_TRUE(w.OpenRow(1));
-    EXPECT_EQ(p.m_nav.curClassPath, NumberedCollectionFolder(8) + u"/收藏夹1");
-    EXPECT_TRUE(w.ButtonShown(ControlId::AddBlocksEmpty) && !w.ButtonShown(ControlId::DownloadGallery) &&
-                !w.Shown(p.m_pThumbList));
-    EXPECT_TRUE(DirectoryExists(p.m_nav.curClassPath));
-    // "不替换" remembers the answer and reopens the collections.
-    p.Button(ControlId::KeepCloud)->show();
-    w.ClickButton(ControlId::KeepCloud);
-    EXPECT_EQ(std::make_tuple(ReadOldCollectTip(), p.m_nav.forceList, p.m_nav.pendingClass),
-              std::make_tuple(std::u16string(u"1"), true, 1));
-    ASSERT_TRUE(w.WaitForSwitch());
-    // "统计" and "反馈" notify the host: the end-to-end and host-link tests.
-
     w.SignIn(7);
     ASSERT_TRUE(routeTo(u"/我的收藏/夹2"));
     EXPECT_EQ(std::make_pair(p.m_nav.page, p.m_nav.curClassPath), std::make_pair(int(PageCollection), mine + u"/夹2"));
