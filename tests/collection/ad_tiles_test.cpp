@@ -26,15 +26,13 @@ TEST(AdFile, ExactBytesOnlyTilesThatAreOnAndARoundTrip) {
     ASSERT_TRUE(SaveAdTiles({{u"门窗", {u"门窗精选", u"http://h/1.png", u"https://t?a=1&b=2", u"12", u"", true}},
                              {u"A", {u"off", u"u", u"t", u"3", u"", false}}}));
     const std::string saved = ReadBytes(Utf16ToUtf8(AdListPath()));
-    EXPECT_EQ(
-        saved,
-        "\xEF\xBB\xBF<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r<root>\r"
-        "<item on=\"1\" name=\"门窗精选\" url=\"http://h/1.png\" target=\"https://t?a=1&b=2\" ver=\"12\" >门窗</item>\r"
-        "</root>\r");
+    EXPECT_EQ(saved,
+              "\xEF\xBB\xBF<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r<root>\r"
+              "<item on=\"1\" name=\"门窗精选\" url=\"http://h/1.png\" target=\"https://t?a=1&b=2\" ver=\"12\" >门窗</item>\r"
+              "</root>\r");
     EXPECT_EQ(ComposeAdFile(LoadAdTiles()), saved);
     // The later item of a key wins; a missing ver reads as empty; on is only "1"; pictures are held.
-    ASSERT_TRUE(WriteFileAtomic(AdListPath(),
-                                "<root><item on=\"1\" ver=\"2\">k</item><item on=\"true\" name=\"n\">k</item></root>"));
+    ASSERT_TRUE(WriteFileAtomic(AdListPath(), "<root><item on=\"1\" ver=\"2\">k</item><item on=\"true\" name=\"n\">k</item></root>"));
     EXPECT_EQ(LoadAdTiles(), (AdTileMap{{u"k", {u"n", u"", u"", u"", AdPicturePath(u"k"), false}}}));
 }
 
@@ -42,16 +40,13 @@ TEST(AdRefresh, FetchesOnlyWhatChangedAndKeepsTilesAndPicturesThroughFailures) {
     TempHome home;
     LiveService service;
     std::vector<std::string> pictures = {""};  // a picture missing reads as none
-    for (int n = 1; n <= 3; ++n)
-        pictures.push_back(ReadBytes(SampleLibrary() + "/ads/ad_" + std::to_string(n) + ".png"));
+    for (int n = 1; n <= 3; ++n) pictures.push_back(ReadBytes(SampleLibrary() + "/ads/ad_" + std::to_string(n) + ".png"));
     // Each tile in the service's order: on/off, ver, the picture its url names, the one its file holds.
     auto shown = [&](const AdTileMap& tiles) {
         std::string out;
         for (const AdTile& t : service.galleries | std::views::transform([&](auto& key) { return tiles.at(key); }))
-            out += (t.on ? "on " : "off ") + Utf16ToUtf8(t.ver) + " u" +
-                   Utf16ToUtf8(t.url.substr(t.url.size() - 5, 1)) + " f" +
-                   std::to_string(std::ranges::find(pictures, ReadBytes(Utf16ToUtf8(t.picture))) - pictures.begin()) +
-                   ";";
+            out += (t.on ? "on " : "off ") + Utf16ToUtf8(t.ver) + " u" + Utf16ToUtf8(t.url.substr(t.url.size() - 5, 1)) + " f" +
+                   std::to_string(std::ranges::find(pictures, ReadBytes(Utf16ToUtf8(t.picture))) - pictures.begin()) + ";";
         return out;
     };
     // "<vers>/<pictures>", one digit per tile, served instead of the service's own reply.
@@ -60,9 +55,8 @@ TEST(AdRefresh, FetchesOnlyWhatChangedAndKeepsTilesAndPicturesThroughFailures) {
         if (reply.empty()) return;
         std::string x = "<root>";
         for (size_t i = 0; i < 3; ++i)
-            x += "<item on=\"" + std::to_string(i < 2) + "\" ver=\"" + reply[i] + "\" url=\"" +
-                 service.handle.baseUrl() + "/ad/ad_" + reply[4 + i] + ".png\">" + Utf16ToUtf8(service.galleries[i]) +
-                 "</item>";
+            x += "<item on=\"" + std::to_string(i < 2) + "\" ver=\"" + reply[i] + "\" url=\"" + service.handle.baseUrl() + "/ad/ad_" +
+                 reply[4 + i] + ".png\">" + Utf16ToUtf8(service.galleries[i]) + "</item>";
         service.handle.faults().set("/gallery/gad", {.body = x + "</root>"});
     };
     struct Step {
@@ -71,19 +65,18 @@ TEST(AdRefresh, FetchesOnlyWhatChangedAndKeepsTilesAndPicturesThroughFailures) {
         std::string tiles;
     };
     AdTileMap tiles = LoadAdTiles();
-    for (const Step& step : std::vector<Step>{
-             {"", "", 3, "on 1 u1 f1;on 2 u2 f2;off 3 u3 f3;"},
-             {"923/123", "", 3, "on 9 u1 f1;on 2 u2 f2;off 3 u3 f3;"},  // higher version, same url: kept
-             {"123/123", "", 4, "on 1 u1 f1;on 2 u2 f2;off 3 u3 f3;"},  // lower version: fetched
-             {"123/133", "", 5, "on 1 u1 f1;on 2 u3 f3;off 3 u3 f3;"},  // new url: its picture replaces the old
-             {"", "*?drop=1", 5, "off 1 u1 f1;off 2 u3 f3;off 3 u3 f3;"},
-             {"123/233", "/ad/*?status=500", 6, "on 1 u2 f1;on 2 u3 f3;off 3 u3 f3;"},
-             {"123/333", "/ad/*?truncate=10", 7, "on 1 u3 f1;on 2 u3 f3;off 3 u3 f3;"}}) {
+    for (const Step& step :
+         std::vector<Step>{{"", "", 3, "on 1 u1 f1;on 2 u2 f2;off 3 u3 f3;"},
+                           {"923/123", "", 3, "on 9 u1 f1;on 2 u2 f2;off 3 u3 f3;"},  // higher version, same url: kept
+                           {"123/123", "", 4, "on 1 u1 f1;on 2 u2 f2;off 3 u3 f3;"},  // lower version: fetched
+                           {"123/133", "", 5, "on 1 u1 f1;on 2 u3 f3;off 3 u3 f3;"},  // new url: its picture replaces the old
+                           {"", "*?drop=1", 5, "off 1 u1 f1;off 2 u3 f3;off 3 u3 f3;"},
+                           {"123/233", "/ad/*?status=500", 6, "on 1 u2 f1;on 2 u3 f3;off 3 u3 f3;"},
+                           {"123/333", "/ad/*?truncate=10", 7, "on 1 u3 f1;on 2 u3 f3;off 3 u3 f3;"}}) {
         answer(step.reply);
         std::string path, error;
         service::Fault fault;
-        if (ParseFaultSwitch(step.fault, path, fault, error) && fault.active())
-            service.handle.faults().set(path, fault);
+        if (ParseFaultSwitch(step.fault, path, fault, error) && fault.active()) service.handle.faults().set(path, fault);
         tiles = RefreshAdTiles(tiles, u"ch 1", u"_2");
         EXPECT_EQ(service.Served("/ad/*"), step.fetched) << step.reply << step.fault;
         EXPECT_EQ(shown(tiles), step.tiles) << step.reply << step.fault;

@@ -36,16 +36,14 @@ std::string Show(const CollectionMessage& m) {
 std::string Blocks(const std::vector<ListedBlock>& blocks, const std::string& base) {
     std::string out;
     for (const ListedBlock& b : blocks)
-        out += Utf16ToUtf8(b.id + u" " + b.filename + u" " + b.info) + " " + std::to_string(b.size) +
-               (b.boutique ? " b " : " ") +
+        out += Utf16ToUtf8(b.id + u" " + b.filename + u" " + b.info) + " " + std::to_string(b.size) + (b.boutique ? " b " : " ") +
                Utf16ToUtf8(b.url).substr(Utf16ToUtf8(b.url).starts_with(base) ? base.size() : 0) + ";";
     return out;
 }
 // A document as "<...>", folders as "id name[blocks]"; "noroot", or empty when unparsable.
 std::string Describe(const FolderListDocument& d, const std::string& base = "") {
     std::string out = "<";
-    for (const ListedFolder& f : d.folders)
-        out += Utf16ToUtf8(f.id + u" " + f.name) + "[" + Blocks(f.blocks, base) + "]";
+    for (const ListedFolder& f : d.folders) out += Utf16ToUtf8(f.id + u" " + f.name) + "[" + Blocks(f.blocks, base) + "]";
     return d.shape == DocumentShape::Root ? out + ">" : d.shape == DocumentShape::NoRoot ? "noroot" : "";
 }
 std::string Describe(const BlockListDocument& d, const std::string& base = "") {
@@ -61,8 +59,7 @@ struct Outcome {
 struct Collections : ::testing::Test {
     void SetUp() override {
         // The boutique gallery holds a b.dwg, so a collected b.dwg is marked boutique.
-        service =
-            StartLiveService(WriteLibrary(home.file("data"), "gallery\tG\t1\nclass\tG\tC\t1\nblock\tG\tC\tb.dwg\t0"));
+        service = StartLiveService(WriteLibrary(home.file("data"), "gallery\tG\t1\nclass\tG\tC\t1\nblock\tG\tC\tb.dwg\t0"));
         base = service.baseUrl();
         ASSERT_TRUE(service.users().addUser(20001, "ta") && service.users().addUser(20002, "tb"));
         WriteBytes(home.file("门 1.dwg"), "AC1015" + std::string(2000, 'd'));
@@ -100,8 +97,7 @@ struct Collections : ::testing::Test {
             {"favorite", RenameFolderDialog, [=, this] { return R(RenameFolder(b, u"2", u"x")); }},
             {"dwg_collectu", CollectDialogUpload, [=, this] { return R(CollectBlockFile(a, u"1", door, Ask)); }, true},
             {"dwg_collectu", CollectDialogUpload, [=, this] { return R(CollectBlockFile(a, u"1", door, Ask)); }},
-            {"dwg_collectu", CollectDialogReplace, [=, this] { return R(CollectBlockFile(a, u"1", door, Replace)); },
-             true},
+            {"dwg_collectu", CollectDialogReplace, [=, this] { return R(CollectBlockFile(a, u"1", door, Replace)); }, true},
             {"dwg_collectu", AddFromDisk, [=, this] { return R(CollectBlockFile(a, u"1", door, FromDisk)); }, true},
             {"dwg_collectu", {}, [=, this] { return R(CollectBlockFile(a, u"1", door, Synchronise)); }, true},
             {"dwg_collectu", CollectDialogUpload, [=, this] { return R(CollectBlockFile(a, u"1", note, Ask)); }},
@@ -111,8 +107,7 @@ struct Collections : ::testing::Test {
             {"dwg_collectu", {}, [=, this] { return R(CollectBlockFile(a, u"1", bf, Ask)); }},
             {"favorite_dwgs", {}, [=, this] { return R(FetchFolderBlocks(a, u"1")); }, true},
             {"get_u_collect", LoadCollection, [=, this] { return R(FetchCollection(a, true)); }, true},
-            {"cdwgrn", RenameBlockDialog, [=, this] { return R(RenameCollectedBlock(a, u"1", u"3", u"门&2.dwg")); },
-             true},
+            {"cdwgrn", RenameBlockDialog, [=, this] { return R(RenameCollectedBlock(a, u"1", u"3", u"门&2.dwg")); }, true},
             {"cdwgrn", RenameBlockDialog, [=, this] { return R(RenameCollectedBlock(a, u"1", u"3", u"b.dwg")); }},
             {"cdwgrn", RenameBlockDialog, [=, this] { return R(RenameCollectedBlock(a, u"2", u"3", u"c.dwg")); }},
             {"mvff", MoveBlockDialog, [=, this] { return R(MoveCollectedBlock(a, u"1", u"2", u"5", false)); }, true},
@@ -138,8 +133,8 @@ TEST_F(Collections, EveryCallOnTheWireWithItsRefusalsAndTwoUsersApart) {
     Lines seen;
     for (const Step& step : Steps()) {
         const Outcome o = step.call();
-        seen.push_back((step.wire ? service.counters().get("/gallery/" + step.path).last.substr(14) + " > " : "") +
-                       o.summary + " > " + (step.road ? Show(MessageForReply(*step.road, o.reply)) : "-"));
+        seen.push_back((step.wire ? service.counters().get("/gallery/" + step.path).last.substr(14) + " > " : "") + o.summary + " > " +
+                       (step.road ? Show(MessageForReply(*step.road, o.reply)) : "-"));
     }
     const std::string q = "?type=client&usertoken=ta";
     EXPECT_EQ(
@@ -147,40 +142,30 @@ TEST_F(Collections, EveryCallOnTheWireWithItsRefusalsAndTwoUsersApart) {
         (Lines{
             "get_u_collect" + q + "&kind=dwg > empty > -", "get_u_f?usertoken=ta > <> > -",
             "favorite" + q + "&operate=add&favorites=%E6%94%B6%E8%97%8F%E5%A4%B91 > <1 收藏夹1[]> > -",
-            "favorite" + q +
-                "&operate=add&favorites=A%26B%3DC%2BD%3BE%20%2541%23F > <1 收藏夹1[]2 A&B=C+D;E %41#F[]> > -",
+            "favorite" + q + "&operate=add&favorites=A%26B%3DC%2BD%3BE%20%2541%23F > <1 收藏夹1[]2 A&B=C+D;E %41#F[]> > -",
             "favorites is exist > line /已有此文件，请修改///", "error > line /新建文件夹失败，请重试///",
             "favorite" + q + "&operate=update&favorites_id=2&newname=%E6%96%B0%20%E5%90%8D%261 > success > -",
             "favorites is exist > line /已有此文件，请修改///", "error > line /更改名称失败，请重试///",
-            "dwg_collectu?usertoken=ta&favorites_id=1&force=0 > 1 > -",
-            "2 > tip 收藏图块/此位置包含同名图块/是否替换/替换/取消",
-            "dwg_collectu?usertoken=ta&favorites_id=1&force=1 > 1 > -",
-            "dwg_collectu?usertoken=ta&favorites_id=1&force=true > 1 > -",
-            "dwg_collectu?usertoken=ta&favorites_id=1&force=false > 2 > -",
-            "3 > tip 收藏图块/图块收藏失败，请重试。//确定/", "3 > -", "3 > tip Ombrel/收藏失败，然后重试//确定/",
-            "1 > -", "1 > -",
-            "favorite_dwgs" + q +
-                "&favorites_id=1 > <3 门 1.dwg 收藏夹1 0 /ufiles/3/门 1.dwg;5 b.dwg 收藏夹1 0 /ufiles/5/b.dwg;> > -",
+            "dwg_collectu?usertoken=ta&favorites_id=1&force=0 > 1 > -", "2 > tip 收藏图块/此位置包含同名图块/是否替换/替换/取消",
+            "dwg_collectu?usertoken=ta&favorites_id=1&force=1 > 1 > -", "dwg_collectu?usertoken=ta&favorites_id=1&force=true > 1 > -",
+            "dwg_collectu?usertoken=ta&favorites_id=1&force=false > 2 > -", "3 > tip 收藏图块/图块收藏失败，请重试。//确定/", "3 > -",
+            "3 > tip Ombrel/收藏失败，然后重试//确定/", "1 > -", "1 > -",
+            "favorite_dwgs" + q + "&favorites_id=1 > <3 门 1.dwg 收藏夹1 0 /ufiles/3/门 1.dwg;5 b.dwg 收藏夹1 0 /ufiles/5/b.dwg;> > -",
             "get_u_collect" + q +
                 "&kind=dwg&needdwg=1 > <1 收藏夹1[ 门 1.dwg 收藏夹1 2006 /ufiles/3/门 1.dwg; b.dwg 收藏夹1 106 b "
                 "/ufiles/5/b.dwg;]2 新 名&1[ b.dwg 新 名&1 106 b /ufiles/4/b.dwg;]> > -",
-            "cdwgrn" + q +
-                "&favorites_id=1&dwg_id=3&newname=%E9%97%A8%262.dwg > <3 门&2.dwg 收藏夹1 0 /ufiles/3/门&2.dwg;> > -",
+            "cdwgrn" + q + "&favorites_id=1&dwg_id=3&newname=%E9%97%A8%262.dwg > <3 门&2.dwg 收藏夹1 0 /ufiles/3/门&2.dwg;> > -",
             "filename is exist > line /已有此文件，请修改///", "file is not exist > line /已有此文件，请修改///",
             "mvff" + q +
                 "&ofid=1&favorites_id=2&dwg_id=5&force=0 > filename is exist > tip 移动图块/此位置包含同名图块/是否要替换？/替换/取消移动",
-            "mvff" + q + "&ofid=1&favorites_id=2&dwg_id=5&force=1 > success > -",
-            "<5 b.dwg 新 名&1 0 /ufiles/5/b.dwg;> > -",
+            "mvff" + q + "&ofid=1&favorites_id=2&dwg_id=5&force=1 > success > -", "<5 b.dwg 新 名&1 0 /ufiles/5/b.dwg;> > -",
             // The other user sees none of it and can change none of it; his 收藏夹1 is his alone.
-            "empty > -", "error > tip 删除图块/删除失败，请重试//确定/",
-            "error > tip 删除文件夹/删除失败，请重试//确定/", "<3 收藏夹1[]> > -",
-            "dwg_collect" + q + "&operate=del&favorites_id=2&dwg_id=5 > success > -",
+            "empty > -", "error > tip 删除图块/删除失败，请重试//确定/", "error > tip 删除文件夹/删除失败，请重试//确定/",
+            "<3 收藏夹1[]> > -", "dwg_collect" + q + "&operate=del&favorites_id=2&dwg_id=5 > success > -",
             "favorite" + q + "&favorites_id=2&operate=del > success > -", "<1 收藏夹1[]> > -"}));
     // An unknown token is refused like a failed connection; the 19th folder is refused.
-    EXPECT_EQ(Show(MessageForReply(LoadCollection, FetchCollection(u"nobody", false))),
-              "status /加载失败，请连接网络后重试///");
-    for (size_t n = 2; n <= 18; ++n)
-        ASSERT_EQ(AddFolder(a, Utf8ToUtf16("f" + std::to_string(n))).document.folders.size(), n);
+    EXPECT_EQ(Show(MessageForReply(LoadCollection, FetchCollection(u"nobody", false))), "status /加载失败，请连接网络后重试///");
+    for (size_t n = 2; n <= 18; ++n) ASSERT_EQ(AddFolder(a, Utf8ToUtf16("f" + std::to_string(n))).document.folders.size(), n);
     EXPECT_EQ(Show(MessageForReply(NewFolderDialog, AddFolder(a, u"f19"))), "line /新建文件夹失败，请重试///");
 }
 
@@ -217,10 +202,9 @@ TEST_F(Collections, TransportFailuresOnEveryPath) {
     EXPECT_EQ(run({.status = 500, .body = "3"}, false), lost);
     // (A cut or dropped answer is a failure like a refused one: the transport's test.)
     // An empty body is delivered: only the folder load and the deletions take it for a failure.
-    EXPECT_EQ(run({.emptyBody = true}, true),
-              (std::set<std::string>{"get_u_collect > status /加载失败，请连接网络后重试///",
-                                     "favorite > tip 删除文件夹/删除失败，请重试//确定/",
-                                     "dwg_collect > tip 删除图块/删除失败，请重试//确定/"}));
+    EXPECT_EQ(run({.emptyBody = true}, true), (std::set<std::string>{"get_u_collect > status /加载失败，请连接网络后重试///",
+                                                                     "favorite > tip 删除文件夹/删除失败，请重试//确定/",
+                                                                     "dwg_collect > tip 删除图块/删除失败，请重试//确定/"}));
 }
 
 // Missing attributes read empty and elements out of place are passed over; "empty", an

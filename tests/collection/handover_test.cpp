@@ -30,8 +30,7 @@ using Entries = std::vector<std::pair<std::string, std::string>>;  // path, byte
 
 // Below `dir` in listing order, each directory before what it holds, as the archive lists them:
 // names joined by `separator` behind `prefix`.
-Entries Walk(const fs::path& dir, const std::string& prefix = "", const std::string& separator = "/",
-             Entries out = {}) {
+Entries Walk(const fs::path& dir, const std::string& prefix = "", const std::string& separator = "/", Entries out = {}) {
     for (const fs::directory_entry& e : fs::directory_iterator(dir)) {
         const std::string name = prefix + e.path().filename().string();
         out.emplace_back(e.is_directory() ? name + "/" : name, e.is_directory() ? "" : ReadBytes(e.path()));
@@ -96,8 +95,7 @@ TEST_F(Handover, ThreeFoldersOfFortyDrawingsReachTheCloudInOneArchive) {
     EXPECT_GT(Count("lfstatu"), 1);
     EXPECT_EQ(Counts(), " 1 1 " + std::to_string(Count("lfstatu")) + " 0 0 0");
     std::string announced;  // the folders in listing order, each name as it is
-    for (const auto& e : fs::directory_iterator(old))
-        announced += (announced.empty() ? "" : "*") + e.path().filename().string();
+    for (const auto& e : fs::directory_iterator(old)) announced += (announced.empty() ? "" : "*") + e.path().filename().string();
     EXPECT_EQ(service.users().sync(30001).folders, announced);
     EXPECT_EQ(Cloud(), Expected([](const std::string& path) { return path.substr(0, path.find('/')); }));
     EXPECT_FALSE(fs::exists(Utf16ToUtf8(NewInfoIniPath())));  // the panel writes the decision
@@ -105,20 +103,19 @@ TEST_F(Handover, ThreeFoldersOfFortyDrawingsReachTheCloudInOneArchive) {
     // The archive stays: every entry in listing order, deflated, no time, no attributes, its data whole.
     constexpr uLong kZeroDate = 1 << 21;  // what all-zero date fields become: day 0 of month 0, 1980
     auto line = [](const std::string& name, uLong method, uLong date, uLong attributes, const std::string& data) {
-        return name + " " + std::to_string(method) + " " + std::to_string(date) + " " + std::to_string(attributes) +
-               " " + std::to_string(data.size()) + "/" + std::to_string(std::hash<std::string>{}(data));
+        return name + " " + std::to_string(method) + " " + std::to_string(date) + " " + std::to_string(attributes) + " " +
+               std::to_string(data.size()) + "/" + std::to_string(std::hash<std::string>{}(data));
     };
     std::vector<std::string> expected, seen;
-    for (const auto& [name, bytes] : Walk(old, "30001//", "//"))
-        expected.push_back(line(name, Z_DEFLATED, kZeroDate, 0, bytes));
+    for (const auto& [name, bytes] : Walk(old, "30001//", "//")) expected.push_back(line(name, Z_DEFLATED, kZeroDate, 0, bytes));
     unzFile zip = unzOpen((packing + ".zip").c_str());
     for (int r = unzGoToFirstFile(zip); r == UNZ_OK; r = unzGoToNextFile(zip)) {
         char name[512] = "";
         unz_file_info i{};
         unzGetCurrentFileInfo(zip, &i, name, sizeof name, nullptr, 0, nullptr, 0);
         std::string data(i.uncompressed_size, '\0');
-        const bool whole = unzOpenCurrentFile(zip) == UNZ_OK &&
-                           unzReadCurrentFile(zip, data.data(), unsigned(data.size())) == int(data.size());
+        const bool whole =
+            unzOpenCurrentFile(zip) == UNZ_OK && unzReadCurrentFile(zip, data.data(), unsigned(data.size())) == int(data.size());
         // Closing checks the CRC.
         seen.push_back(line(name, i.compression_method, i.dosDate, i.external_fa, data) +
                        (whole && unzCloseCurrentFile(zip) == UNZ_OK ? "" : " broken"));
@@ -134,9 +131,9 @@ TEST_F(Handover, ThreeFoldersOfFortyDrawingsReachTheCloudInOneArchive) {
 // in (门窗), else into the user's first folder.
 TEST_F(Handover, EveryFaultLeavesTheOldFolderAsItWas) {
     ASSERT_TRUE(AddFolder(u"tk", u"收藏夹1").delivered && AddFolder(u"tk", u"门窗").delivered);
-    const Fault refused{.status = 503}, page{.status = 503, .body = "success"},
-        silent{.status = 503, .emptyBody = true}, empty{.status = 200, .emptyBody = true},
-        error{.status = 200, .body = "error"}, drop{.drop = true}, busy{.body = "1"}, success{.body = "success"};
+    const Fault refused{.status = 503}, page{.status = 503, .body = "success"}, silent{.status = 503, .emptyBody = true},
+        empty{.status = 200, .emptyBody = true}, error{.status = 200, .body = "error"}, drop{.drop = true}, busy{.body = "1"},
+        success{.body = "success"};
     // Name, faults, outcome, and what stands under the packing name or the archive's name.
     using Road = std::tuple<std::string, std::vector<std::pair<std::string, Fault>>, std::string, std::string>;
     for (const auto& [road, faults, outcome, blocker] : std::vector<Road>{
@@ -148,16 +145,10 @@ TEST_F(Handover, EveryFaultLeavesTheOldFolderAsItWas) {
              {"service gone", {{"lfupload", drop}, {"lfstatu", drop}}, "failed 1 1 6 0 0 0", ""},
              {"upload broke, service done", {{"lfupload", drop}, {"lfstatu", success}}, "done 1 1 1 0 0 0", ""},
              {"upload answered, then success", {{"lfupload", empty}, {"lfstatu", success}}, "failed 1 1 1 0 0 0", ""},
-             {"five failed polls, then idle",
-              {{"lfupload", empty}, {"lfstatu", {.drop = true, .remaining = 5}}},
-              "done 1 1 6 0 0 0",
-              ""},
+             {"five failed polls, then idle", {{"lfupload", empty}, {"lfstatu", {.drop = true, .remaining = 5}}}, "done 1 1 6 0 0 0", ""},
              {"packing name taken", {}, "done 1 0 0 1 40 1", "/mine.txt"},
              {"archive name taken", {}, "done 1 0 0 1 40 1", ".zip/mine.txt"},
-             {"packing name taken, a drawing refused",
-              {{"dwg_collectu", {.status = 200, .body = "3"}}},
-              "failed 1 0 0 1 1 1",
-              "/mine.txt"},
+             {"packing name taken, a drawing refused", {{"dwg_collectu", {.status = 200, .body = "3"}}}, "failed 1 0 0 1 1 1", "/mine.txt"},
              {"packing name taken, no folder list", {{"get_u_f", refused}}, "failed 1 0 0 1 0 1", "/mine.txt"}}) {
         service.counters().reset();
         for (const auto& [path, fault] : faults) service.faults().set("/gallery/" + path, fault);
@@ -183,9 +174,8 @@ TEST_F(Handover, VerdictsOfTheCheck) {
         for (const auto& [path, fault] : faults) service.faults().set("/gallery/" + path, fault);
         const OldCollectionVerdict v = CheckOldCollection(input);
         service.faults().clearAll();
-        return std::to_string(v.result) + " " + (v.syncStatus ? std::to_string(*v.syncStatus) : "-") +
-               (v.startPollTimer ? " timer" : "") + (v.startReplacement ? " replace" : "") + " " +
-               Utf16ToUtf8(v.message.text);
+        return std::to_string(v.result) + " " + (v.syncStatus ? std::to_string(*v.syncStatus) : "-") + (v.startPollTimer ? " timer" : "") +
+               (v.startReplacement ? " replace" : "") + " " + Utf16ToUtf8(v.message.text);
     };
     const Fault busy{.body = "1"}, drop{.drop = true};
     // A process that ended while packing left the folder under the user number: it gets its name back.

@@ -55,8 +55,8 @@ TEST_F(DialogPictures, FacesAtTwoRates) {
         EXPECT_TRUE(Matches(&create, "new_folder_taken" + suffix));
         create.reject();
 
-        CModifyFolderDlg rename(&panel, token, FolderMap(), Utf8ToUtf16(mirror + "/收藏夹1"), u"a.dwg",
-                                CModifyFolderDlg::RenameBlockMode, false);
+        CModifyFolderDlg rename(&panel, token, FolderMap(), Utf8ToUtf16(mirror + "/收藏夹1"), u"a.dwg", CModifyFolderDlg::RenameBlockMode,
+                                false);
         Opened(&rename);
         EXPECT_TRUE(Matches(&rename, "rename_block" + suffix));
         rename.reject();

@@ -259,8 +259,7 @@ TEST_F(Roads, RenamesFoldersAndBlocks) {
     EXPECT_EQ(Finish(folder), CANCEL);
     EXPECT_EQ(Count("favorite"), 3);
 
-    auto* block =
-        Opened(new CModifyFolderDlg(&panel, token, FolderMap(), Utf8ToUtf16(mirror + "/门"), u"a.dwg", 1, false));
+    auto* block = Opened(new CModifyFolderDlg(&panel, token, FolderMap(), Utf8ToUtf16(mirror + "/门"), u"a.dwg", 1, false));
     Type(block, "b");
     EXPECT_EQ(block->m_error, CNameDlg::NameTaken);
     Type(block, "a.v2");
@@ -274,8 +273,8 @@ TEST_F(Roads, RenamesFoldersAndBlocks) {
 }
 
 TEST(NameRule, RefusesListedCharactersAndDoubledMarksOnly) {
-    for (std::u16string_view bad : {u"a?b", u"a\\b", u"a/b", u"a*b", u"a\"b", u"a<b", u"a>b", u"a%b", u"a:b", u"a;b",
-                                    u"a&b", u"a.b", u"a。b", u"a；b", u"a、b", u"a|b", u"a……", u"——"})
+    for (std::u16string_view bad : {u"a?b", u"a\\b", u"a/b", u"a*b", u"a\"b", u"a<b", u"a>b", u"a%b", u"a:b", u"a;b", u"a&b", u"a.b",
+                                    u"a。b", u"a；b", u"a、b", u"a|b", u"a……", u"——"})
         EXPECT_FALSE(NamePassesRule(bad, NameUse::CollectedBlock)) << Utf16ToUtf8(bad);
     for (std::u16string_view good : {u"门窗 1", u"a…b", u"a—b", u"a+b", u"Title-Blocks_2"})
         EXPECT_TRUE(NamePassesRule(good, NameUse::CollectedBlock)) << Utf16ToUtf8(good);
@@ -314,8 +313,7 @@ TEST_F(Roads, SharesOnceAfterAFailureWhileTheBarWaitsBelowTwenty) {
     Click(share, share->ShareButton()->geometry().center());  // where the button was
     int highest = 0;
     ASSERT_TRUE(PumpUntil([&] {
-        if (share->m_result == -1 && share->Progress()->GetPos() != 95)
-            highest = std::max(highest, share->Progress()->GetPos());
+        if (share->m_result == -1 && share->Progress()->GetPos() != 95) highest = std::max(highest, share->Progress()->GetPos());
         return share->m_result != -1;
     }));
     EXPECT_EQ(highest, 20);

@@ -167,16 +167,13 @@ struct DialogWorld : ::testing::Test {
     }
     void Collect(const std::u16string& folder, const std::string& fileName) {
         const std::string path = WriteBlock(home.file("drawings/" + fileName));
-        ASSERT_TRUE(
-            CollectBlockFile(token, FolderIdByName(FolderMap(), folder), Utf8ToUtf16(path), CollectForce::Replace)
-                .Is(u"1"));
+        ASSERT_TRUE(CollectBlockFile(token, FolderIdByName(FolderMap(), folder), Utf8ToUtf16(path), CollectForce::Replace).Is(u"1"));
     }
     // The panel's map as the collection page would have read it, blocks included.
     CollectionFolderMap FolderMap() {
         CollectionFolderMap map;
         for (const ListedFolder& listed : FetchFolderNames(token).document.folders) {
-            CollectionFolder& folder =
-                map[listed.id] = {listed.id, listed.name, Utf8ToUtf16(mirror) + u"/" + listed.name, {}};
+            CollectionFolder& folder = map[listed.id] = {listed.id, listed.name, Utf8ToUtf16(mirror) + u"/" + listed.name, {}};
             for (const ListedBlock& b : FetchFolderBlocks(token, listed.id).document.blocks)
                 folder.blocks.push_back({b.id, b.filename, b.url, b.info, folder.path + u"/" + b.filename});
         }

@@ -117,9 +117,7 @@ TEST(Exports, ThePanelMadeByShowServesItsHost) {
     EXPECT_EQ(IsDLLHwnd(handle), 1);
     for (const char* list : {"marrowfin::CClassListCtrl", "marrowfin::CDWGListView", "marrowfin::CSearchListCtrl"})
         EXPECT_EQ(IsDLLHwnd(MarrowfinWindowOf(FindChild(panel, list))), 1) << list;
-    EXPECT_EQ(
-        IsDLLHwnd(MarrowfinWindowOf(&host)) + IsDLLHwnd(MarrowfinWindowOf(FindButton(panel, QStringLiteral("反馈")))),
-        0);
+    EXPECT_EQ(IsDLLHwnd(MarrowfinWindowOf(&host)) + IsDLLHwnd(MarrowfinWindowOf(FindButton(panel, QStringLiteral("反馈")))), 0);
     show();
     ShowGallery(u"", u"");
     EXPECT_TRUE(GetGallery() == handle && host.Requests(MARROWFIN_REQUEST_CHANNEL).size() == 1u);
@@ -146,8 +144,7 @@ TEST(Exports, ThePanelMadeByShowServesItsHost) {
     EXPECT_EQ(MarrowfinSendPanelControl(handle, 3, strangerHandle) + MarrowfinSendPanelControl(handle, 2, 0), 0);
     EXPECT_TRUE(panel->isVisible());
     // Handles are compared on their low 32 bits, as a host may have cut them.
-    EXPECT_TRUE(MarrowfinSendPanelControl(handle, 3, hostHandle | (intptr_t{0xABCD} << 32)) == 0 &&
-                !panel->isVisible());
+    EXPECT_TRUE(MarrowfinSendPanelControl(handle, 3, hostHandle | (intptr_t{0xABCD} << 32)) == 0 && !panel->isVisible());
     // Attaching another host shows the panel on top; the old host's order then does nothing.
     EXPECT_TRUE(MarrowfinSendPanelControl(handle, 1, strangerHandle) == 0 && panel->isVisible() &&
                 (panel->windowFlags() & Qt::WindowStaysOnTopHint));
@@ -158,17 +155,14 @@ TEST(Exports, ThePanelMadeByShowServesItsHost) {
     ASSERT_NE(statistics, nullptr);
     QTest::mouseClick(statistics, Qt::LeftButton);
     Pump(50);
-    EXPECT_EQ(stranger.records,
-              (std::vector<RecordedMessage>{{MARROWFIN_GALLERY_HOST_NOTICE, handle, MARROWFIN_NOTICE_STATISTICS, {}}}));
+    EXPECT_EQ(stranger.records, (std::vector<RecordedMessage>{{MARROWFIN_GALLERY_HOST_NOTICE, handle, MARROWFIN_NOTICE_STATISTICS, {}}}));
     EXPECT_TRUE(host.records.empty());
     EXPECT_EQ(MarrowfinSendPanelControl(handle, 1, hostHandle), 0);
 
     // The collections ask the host to sign in, and for a token only for a real user (users
     // 0 and 1 are nobody). Each round starts signed out.
     const std::pair<uint32_t, std::vector<intptr_t>> rounds[] = {
-        {0, {MARROWFIN_REQUEST_SIGN_IN}},
-        {1, {MARROWFIN_REQUEST_SIGN_IN}},
-        {42, {MARROWFIN_REQUEST_SIGN_IN, MARROWFIN_REQUEST_TOKEN}}};
+        {0, {MARROWFIN_REQUEST_SIGN_IN}}, {1, {MARROWFIN_REQUEST_SIGN_IN}}, {42, {MARROWFIN_REQUEST_SIGN_IN, MARROWFIN_REQUEST_TOKEN}}};
     for (const auto& [user, requests] : rounds) {
         MarrowfinSendPanelControl(handle, 6, 0);
         Pump(500);
@@ -176,8 +170,7 @@ TEST(Exports, ThePanelMadeByShowServesItsHost) {
         host.userNumber = user;
         bool hiddenForSignIn = false;
         host.onEvent = [&](const RecordedMessage& r) {
-            if (r.message == MARROWFIN_GALLERY_HOST_REQUEST && r.wParam == MARROWFIN_REQUEST_SIGN_IN)
-                hiddenForSignIn = !panel->isVisible();
+            if (r.message == MARROWFIN_GALLERY_HOST_REQUEST && r.wParam == MARROWFIN_REQUEST_SIGN_IN) hiddenForSignIn = !panel->isVisible();
         };
         MarrowfinSendPanelControl(handle, 0, 0);
         EXPECT_TRUE(PumpUntil([&] { return !host.Requests(MARROWFIN_REQUEST_SIGN_IN).empty(); }, 3000));
@@ -207,8 +200,7 @@ TEST(Exports, ThePanelMadeByShowServesItsHost) {
     fs::create_directories(StoreRoot() / "search" / "deep");
     std::ofstream(StoreRoot() / "search" / "deep" / "x.dwg") << "x";
     CloseGallery();
-    EXPECT_TRUE(!panel->isVisible() && GetGallery() == handle && fs::exists(recent) &&
-                !fs::exists(StoreRoot() / "search"));
+    EXPECT_TRUE(!panel->isVisible() && GetGallery() == handle && fs::exists(recent) && !fs::exists(StoreRoot() / "search"));
     for (int i = 0; i < 2; ++i)  // each shown gallery has its common-use list
         EXPECT_TRUE(fs::exists(StoreRoot() / Gallery(i) / "CommonUse.xml")) << Gallery(i);
 }
@@ -248,8 +240,7 @@ TEST(Exports, APanelGoneWithTheMainWindowLeavesTheExportsSound) {
     ASSERT_TRUE(first.isNull());
     QWidget stranger;
     EXPECT_EQ(PreTranslateKey(&stranger, Qt::Key_Escape), 0);
-    EXPECT_EQ(std::make_tuple(GetGallery(), IsDLLHwnd(handle), IsBlkBoutique(u"/Orsolen/a/b/c.dwg")),
-              std::make_tuple(0ull, 0, uint8_t{0}));
+    EXPECT_EQ(std::make_tuple(GetGallery(), IsDLLHwnd(handle), IsBlkBoutique(u"/Orsolen/a/b/c.dwg")), std::make_tuple(0ull, 0, uint8_t{0}));
     HideGallery();
     CloseGallery();
     EXPECT_EQ(MarrowfinSendPanelControl(handle, 5, 7) + MarrowfinSendCopyData(handle, 415, u"token"), 0);
@@ -303,8 +294,7 @@ TEST(Exports, ASearchTypedInThePanelFetchesRowsInViewAndInsertsOne) {
     QTest::mouseDClick(list, Qt::LeftButton, Qt::NoModifier, QPoint(40, 30));
     ASSERT_TRUE(PumpUntil([&] { return host.Requests(MARROWFIN_REQUEST_INSERT).size() > before; }, 3000));
     const std::u16string inserted = host.Requests(MARROWFIN_REQUEST_INSERT).back().text;
-    EXPECT_EQ(QString::fromStdU16String(inserted).left(int(cache.string().size())),
-              QString::fromStdString(cache.string()));
+    EXPECT_EQ(QString::fromStdU16String(inserted).left(int(cache.string().size())), QString::fromStdString(cache.string()));
     EXPECT_FALSE(panel->isVisible());
 }
 

@@ -50,12 +50,8 @@ protected:
         panel->hostWindow = HandleOf(host);
         panel->ShowPanel();
     }
-    static intptr_t CopyData(uintptr_t code, const char16_t* text) {
-        return MarrowfinSendCopyData(panel->Handle(), code, text);
-    }
-    static intptr_t Control(uintptr_t code, intptr_t lParam) {
-        return MarrowfinSendPanelControl(panel->Handle(), code, lParam);
-    }
+    static intptr_t CopyData(uintptr_t code, const char16_t* text) { return MarrowfinSendCopyData(panel->Handle(), code, text); }
+    static intptr_t Control(uintptr_t code, intptr_t lParam) { return MarrowfinSendPanelControl(panel->Handle(), code, lParam); }
     // Runs `during` inside the feedback wait's modal loop, with the wait and a tick.
     static void FeedbackWait(const std::function<void(CDomodalDlg*, const std::function<void()>&)>& during) {
         QTimer::singleShot(0, [&] {
@@ -94,8 +90,7 @@ TEST_F(HostLink, OrdersLocationsInsertionsAndTheBoutiqueQuestion) {
         {u"99999999999&^&big", INT32_MAX, u"big"}, {u"77&^", INT32_MAX, u"big"},
     };
     for (const auto& [text, user, token] : cases)
-        EXPECT_EQ(std::make_tuple(CopyData(416, text), panel->userId, panel->userToken),
-                  std::make_tuple(0, user, std::u16string(token)))
+        EXPECT_EQ(std::make_tuple(CopyData(416, text), panel->userId, panel->userToken), std::make_tuple(0, user, std::u16string(token)))
             << Utf16ToUtf8(text);
     // Signing out forgets the user; on the collections entry (class 1) the search text goes too.
     for (int classIndex : {1, 3}) {
@@ -120,8 +115,7 @@ TEST_F(HostLink, OrdersLocationsInsertionsAndTheBoutiqueQuestion) {
     QCoreApplication::sendPostedEvents();
     EXPECT_EQ(std::make_tuple(panel->m_nav.page, panel->m_nav.pendingClass, IsTimerRunning(handle, 2000)),
               std::make_tuple(page, pending, false));
-    EXPECT_TRUE(CopyData(411, u"\\我的收藏\\1") == 1 && !panel->m_quietCollect)
-        << "the host's flag lasts this step only";
+    EXPECT_TRUE(CopyData(411, u"\\我的收藏\\1") == 1 && !panel->m_quietCollect) << "the host's flag lasts this step only";
     panel->HidePanel();
     EXPECT_TRUE(CopyData(412, u"") == 1 && panel->isVisible()) << "412 shows the panel whatever the location";
     panel->HidePanel();
@@ -171,12 +165,10 @@ TEST_F(HostLink, OrdersLocationsInsertionsAndTheBoutiqueQuestion) {
     AddChild(&root, fine, false);
     AddChild(fine, door, false);
     AddChild(door, new GalleryNode(u"门", u"/d/Orsolen/精品/门/a.dwg", u"a.dwg", kKindFile, false, false, 2048), false);
-    AddChild(&root, new GalleryNode(u"Orsolen", u"/d/Orsolen/精品/门/c.dwg", u"c.dwg", kKindFile, false, true, 2048),
-             false);
+    AddChild(&root, new GalleryNode(u"Orsolen", u"/d/Orsolen/精品/门/c.dwg", u"c.dwg", kKindFile, false, true, 2048), false);
     store.root = &root;
     // (The host's separators name the same block.)
-    EXPECT_EQ((std::vector<size_t>{IsBlkBoutique(u"/d/Orsolen/精品/门/a.dwg"),
-                                   IsBlkBoutique(u"\\d\\Orsolen\\精品\\门\\a.dwg"),
+    EXPECT_EQ((std::vector<size_t>{IsBlkBoutique(u"/d/Orsolen/精品/门/a.dwg"), IsBlkBoutique(u"\\d\\Orsolen\\精品\\门\\a.dwg"),
                                    IsBlkBoutique(u"/d/Orsolen/精品/门/c.dwg"), panel->m_boutiqueCache.size()}),
               (std::vector<size_t>{1, 1, 0, 2}));
     // Answers come from the cache once given, whatever the tree says now,
@@ -184,10 +176,9 @@ TEST_F(HostLink, OrdersLocationsInsertionsAndTheBoutiqueQuestion) {
     fine->boutique = false;
     EXPECT_EQ(IsBlkBoutique(u"/d/Orsolen/精品/门/a.dwg"), 1);
     for (int i = 0; i < 98; ++i) IsBlkBoutique((u"/nowhere/" + std::u16string(1, char16_t(u'A' + i))).c_str());
-    EXPECT_EQ((std::vector<size_t>{panel->m_boutiqueCache.size(), IsBlkBoutique(u"/nowhere/new.dwg"),
-                                   panel->m_boutiqueCache.size(), IsBlkBoutique(u"/d/Orsolen/精品/门/a.dwg"),
-                                   IsBlkBoutique(u"/nowhere/newer.dwg"), panel->m_boutiqueCache.size(),
-                                   IsBlkBoutique(u"/d/Orsolen/精品/门/a.dwg")}),
+    EXPECT_EQ((std::vector<size_t>{panel->m_boutiqueCache.size(), IsBlkBoutique(u"/nowhere/new.dwg"), panel->m_boutiqueCache.size(),
+                                   IsBlkBoutique(u"/d/Orsolen/精品/门/a.dwg"), IsBlkBoutique(u"/nowhere/newer.dwg"),
+                                   panel->m_boutiqueCache.size(), IsBlkBoutique(u"/d/Orsolen/精品/门/a.dwg")}),
               (std::vector<size_t>{100, 0, 101, 1, 0, 1, 0}));
     store.root = savedRoot;
     DestroySubtree(&root);

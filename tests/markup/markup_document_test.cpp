@@ -44,8 +44,7 @@ TEST(MarkupParse, WalksTheCallersReadingOrderEveryTokeniserCaseAndAttributeValue
         std::u16string text = full;
         if (at < text.size()) text[at] = 0;
         doc.SetText(text + std::u16string(1, u'\0') + u"<b/>");
-        EXPECT_TRUE(doc.Text() == std::u16string_view(full).substr(0, at) &&
-                    doc.Text().data()[doc.Text().size()] == u'\0')
+        EXPECT_TRUE(doc.Text() == std::u16string_view(full).substr(0, at) && doc.Text().data()[doc.Text().size()] == u'\0')
             << "NUL at " << at;
     }
 
@@ -171,30 +170,26 @@ TEST(MarkupParse, WalksTheCallersReadingOrderEveryTokeniserCaseAndAttributeValue
     }
     // Later duplicates, inside and beyond the cached part, never win.
     tag += u" a3='late' a18='late' na=\"short\" name='全名' names=x>";
-    expected.insert(expected.end(),
-                    {{u"na", u"short"}, {u"name", u"全名"}, {u"names", u"x"}, {u"a", u""}, {u"names2", u""}});
+    expected.insert(expected.end(), {{u"na", u"short"}, {u"name", u"全名"}, {u"names", u"x"}, {u"a", u""}, {u"names2", u""}});
     std::mt19937 random(7);
     for (int round = 0; round < 40; ++round) {
         ASSERT_TRUE(doc.SetText(u"<r>" + tag + u"<c k=\"child\"/></e><f k=\"other\"/></r>")) << ResultOf(doc);
         ASSERT_TRUE(doc.FindElement(u"r") && doc.EnterElement() && doc.FindElement(u"e"));
         std::shuffle(expected.begin(), expected.end(), random);
-        for (const auto& [n, v] : expected)
-            EXPECT_EQ(doc.GetAttribute(n), v) << Utf16ToUtf8(n) << " in round " << round;
+        for (const auto& [n, v] : expected) EXPECT_EQ(doc.GetAttribute(n), v) << Utf16ToUtf8(n) << " in round " << round;
         const std::u16string_view names[3] = {expected[0].first, expected[1].first, expected[2].first};
         std::u16string_view views[3];
         std::u16string scratch[3];
         doc.AttributeViews(names, views, scratch);
-        for (int i = 0; i < 3; ++i)
-            EXPECT_EQ(views[i], expected[i].second) << Utf16ToUtf8(names[i]) << " in round " << round;
+        for (int i = 0; i < 3; ++i) EXPECT_EQ(views[i], expected[i].second) << Utf16ToUtf8(names[i]) << " in round " << round;
         ASSERT_TRUE(doc.FindChildElement(u"c"));
         EXPECT_EQ(doc.GetChildAttribute(u"k") + doc.GetAttribute(u"a19") + doc.GetChildAttribute(u"a0"), u"childv19&");
     }
     // Edits move the cached element's tag or change its values; an edit of the parent moves
     // the child's tag that was read last.
     ASSERT_TRUE(doc.SetAttribute(u"a0", u"a much longer value than before") && doc.SetAttribute(u"new", u"n"));
-    EXPECT_EQ(
-        doc.GetChildAttribute(u"k") + doc.GetAttribute(u"a0") + doc.GetAttribute(u"a1") + doc.GetAttribute(u"new"),
-        u"childa much longer value than beforev1&n");
+    EXPECT_EQ(doc.GetChildAttribute(u"k") + doc.GetAttribute(u"a0") + doc.GetAttribute(u"a1") + doc.GetAttribute(u"new"),
+              u"childa much longer value than beforev1&n");
     ASSERT_TRUE(doc.FindElement(u"f") && doc.GetAttribute(u"k") == u"other");
     doc.RewindMain();
     ASSERT_TRUE(doc.FindElement(u"e") && doc.LeaveElement());
@@ -227,9 +222,7 @@ TEST(MarkupEdit, AddAndSetKeepTheLayoutAndMatchAReparseInLongRandomRunsAndBigDoc
         // A run of slashes before '>' goes whole, or the parent would stay empty.
         {u"<r x='1' //>", u"", {{u"x", u"<r x='1' >\r\n<x>t</x>\r\n</r>"}}},
         // Appending behind the last sibling, as Show.xml is extended.
-        {u"<root>\r\n  <g id=\"1\"/>\r\n</root>\r\n",
-         u"",
-         {{u"x", u"<root>\r\n  <g id=\"1\"/>\r\n<x>t</x>\r\n</root>\r\n"}}},
+        {u"<root>\r\n  <g id=\"1\"/>\r\n</root>\r\n", u"", {{u"x", u"<root>\r\n  <g id=\"1\"/>\r\n<x>t</x>\r\n</root>\r\n"}}},
         // An unended parent is closed around the new element.
         {u"<r><u a=\"1\"><v/></r>", u"u>", {{u"n", u"<r><u a=\"1\">\r\n<n>t</n>\r\n</u><v/></r>"}}},
         // Set: replaced in place (any quoting), appended behind the last attribute.
@@ -263,8 +256,7 @@ TEST(MarkupEdit, AddAndSetKeepTheLayoutAndMatchAReparseInLongRandomRunsAndBigDoc
     doc.SetText(u"<r><a><b/></a><c/></r>");
     ASSERT_TRUE(doc.FindElement() && doc.EnterElement() && doc.FindElement(u"a"));
     ASSERT_TRUE(doc.SetAttribute(u"x", u"say \"hi\" & 'bye' <now>") && doc.SetAttribute(u"y", u"中文"));
-    EXPECT_EQ(doc.Text(),
-              u"<r><a x=\"say &quot;hi&quot; &amp; &apos;bye&apos; &lt;now&gt;\" y=\"中文\"><b/></a><c/></r>");
+    EXPECT_EQ(doc.Text(), u"<r><a x=\"say &quot;hi&quot; &amp; &apos;bye&apos; &lt;now&gt;\" y=\"中文\"><b/></a><c/></r>");
     EXPECT_EQ(doc.GetAttribute(u"x"), u"say \"hi\" & 'bye' <now>");
     ASSERT_TRUE(doc.FindChildElement(u"b") && doc.FindElement(u"c") && doc.LeaveElement() && doc.GetTagName() == u"r");
     // Names that would not read back as one name are refused; so is a value that a '='
@@ -278,8 +270,7 @@ TEST(MarkupEdit, AddAndSetKeepTheLayoutAndMatchAReparseInLongRandomRunsAndBigDoc
     // Long random runs of edits and moves keep an index that a re-parse gives.
     const char16_t* names[] = {u"root", u"item", u"g", u"cls", u"名字"};
     const char16_t* texts[] = {u"", u"a", u"x<y", u"&amp;", u"中文 text", u"\"q\" 'a'"};
-    const char16_t* starts[] = {u"", u"<root/>", u"<root>\r\n  <item a=\"1\">t</item>\r\n</root>",
-                                u"<root><u><v></root>"};
+    const char16_t* starts[] = {u"", u"<root/>", u"<root>\r\n  <item a=\"1\">t</item>\r\n</root>", u"<root><u><v></root>"};
     std::mt19937 rng(1234);
     const auto pick = [&](size_t n) { return static_cast<size_t>(rng() % n); };
     for (int run = 0; run < 20; ++run) {
@@ -300,9 +291,7 @@ TEST(MarkupEdit, AddAndSetKeepTheLayoutAndMatchAReparseInLongRandomRunsAndBigDoc
                 case 7: doc.RewindMain(); break;
             }
             ASSERT_EQ(CheckIndex(doc), "") << run << "/" << step;
-            if (step % 10 == 0) {
-                ASSERT_EQ(ReparsedShape(doc), ShapeOf(doc)) << run << "/" << step << " " << Utf16ToUtf8(doc.Text());
-            }
+            if (step % 10 == 0) { ASSERT_EQ(ReparsedShape(doc), ShapeOf(doc)) << run << "/" << step << " " << Utf16ToUtf8(doc.Text()); }
         }
     }
 

@@ -20,8 +20,7 @@ using namespace test;
 
 std::string Utf16Bytes(std::u16string_view text, bool big) {
     std::string out;
-    for (char16_t c : text)
-        out += big ? std::string{char(c >> 8), char(c & 0xFF)} : std::string{char(c & 0xFF), char(c >> 8)};
+    for (char16_t c : text) out += big ? std::string{char(c >> 8), char(c & 0xFF)} : std::string{char(c & 0xFF), char(c >> 8)};
     return out;
 }
 
@@ -45,8 +44,8 @@ TEST(MarkupFile, EveryFormReadsAndSavesByteForByteDetectionNulsAndFailures) {
         {"\xFF\xFE" + Utf16Bytes(body, false), body, MarkupDocument::FlagUtf16LeBom, "bom"},
         {"\xFE\xFF" + Utf16Bytes(body, true), body, MarkupDocument::FlagUtf16BeBom, "endian_swap"},
         {Utf16ToUtf8(body), body, 0, "read encoding=\"UTF-8\""},
-        {"<?xml version=\"1.0\" encoding=\"utf-8\"?>" + Utf16ToUtf8(body),
-         u"<?xml version=\"1.0\" encoding=\"utf-8\"?>" + body, 0, "read encoding=\"UTF-8\""},
+        {"<?xml version=\"1.0\" encoding=\"utf-8\"?>" + Utf16ToUtf8(body), u"<?xml version=\"1.0\" encoding=\"utf-8\"?>" + body, 0,
+         "read encoding=\"UTF-8\""},
         {InCodePage(decl32, CpUtf32), decl32, 0, ""},  // no marks: found through the declaration
         {Utf16Bytes(decl16, false), decl16, 0, ""},
         {InCodePage(gbk, 936), gbk, 0, "converted_to encoding=\"UTF-16\""},
@@ -78,8 +77,7 @@ TEST(MarkupFile, EveryFormReadsAndSavesByteForByteDetectionNulsAndFailures) {
     // Detection, NULs, empty files and failures.
     const std::string path = home.file("x.xml");
     const std::string gbkBytes = InCodePage(u"图块", 936);
-    const std::u16string meta =
-        u"<html><head><meta http-equiv=\"Content-Type\" content=\"text/html; charset=gbk\"></head>";
+    const std::u16string meta = u"<html><head><meta http-equiv=\"Content-Type\" content=\"text/html; charset=gbk\"></head>";
     // Bytes on disk, whether UTF-8 was detected, the text read (empty: not read as GBK).
     const std::tuple<std::string, bool, std::u16string> cases[] = {
         {"<r>\xB5\xC4</r>", false, u"<r>\uFFFD\uFFFD</r>"},  // begins with '<': UTF-8 all the same
@@ -99,8 +97,7 @@ TEST(MarkupFile, EveryFormReadsAndSavesByteForByteDetectionNulsAndFailures) {
         MarkupDocument doc;
         doc.LoadFile(Utf8ToUtf16(path));
         EXPECT_EQ(HasRecord(doc, "utf8_detection"), detected) << ResultOf(doc);
-        EXPECT_TRUE(text.empty() ? doc.Text().find(u"图块") == std::u16string::npos : doc.Text() == text)
-            << Utf16ToUtf8(doc.Text());
+        EXPECT_TRUE(text.empty() ? doc.Text().find(u"图块") == std::u16string::npos : doc.Text() == text) << Utf16ToUtf8(doc.Text());
     }
     WriteBytes(path, std::string("<r>a\0b\0</r>", 11));
     EXPECT_TRUE(doc.LoadFile(Utf8ToUtf16(path)) && HasRecord(doc, "nulls_removed count=\"2\""));
@@ -116,8 +113,7 @@ TEST(MarkupFile, EveryFormReadsAndSavesByteForByteDetectionNulsAndFailures) {
     ASSERT_TRUE(built.AddElement(u"root", u"图") && built.SaveFile(Utf8ToUtf16(path)));
     EXPECT_EQ(ReadBytes(path), "<root>\xE5\x9B\xBE</root>\r\n");
     ASSERT_EQ(mkdir(home.file("ro").c_str(), 0500), 0);
-    EXPECT_TRUE(geteuid() == 0 ||
-                (!built.SaveFile(Utf8ToUtf16(home.file("ro/x.xml"))) && HasRecord(built, "file_error")));
+    EXPECT_TRUE(geteuid() == 0 || (!built.SaveFile(Utf8ToUtf16(home.file("ro/x.xml"))) && HasRecord(built, "file_error")));
     EXPECT_FALSE(built.SaveFile(Utf8ToUtf16(home.file("no/such/dir/x.xml"))));
 }
 
@@ -141,8 +137,7 @@ std::u16string Upper(std::u16string_view s, bool everyOther) {
 
 TEST(MarkupText, DecodesReferencesAndUtf8LikeThePlatformCodecAndNamesEncodings) {
     EXPECT_EQ(Decode(u"&#65;&#x41;&#X42;&apos;&quot;&lt;&gt;&amp;"), u"AAB'\"<>&");
-    EXPECT_EQ(Decode(u"&unknown; & &verylongnamexx; &; &#; &#x; &#0; &#12a;"),
-              u"&unknown; & &verylongnamexx; &; &#; &#x; &#0; &#12a;");
+    EXPECT_EQ(Decode(u"&unknown; & &verylongnamexx; &; &#; &#x; &#0; &#12a;"), u"&unknown; & &verylongnamexx; &; &#; &#x; &#0; &#12a;");
     EXPECT_EQ(Decode(u"&#x1F600;&#1114111;&#1114112;"), u"\U0001F600\U0010FFFF&#1114112;");
     EXPECT_EQ(Decode(u"&thetasym;|&Oslash;&oslash;&OSLASH;&AMP;&Nbsp;&euro;&hellip;&中;"),
               u"\u03D1|\u00D8\u00F8\u00D8&\u00A0\u20AC\u2026&中;");
@@ -177,31 +172,27 @@ TEST(MarkupText, DecodesReferencesAndUtf8LikeThePlatformCodecAndNamesEncodings) 
                 inputs.push_back(base.substr(0, at));
             }
             for (size_t k = 0; k < run; ++k)
-                for (const char* other :
-                     {"\xED\xA0\x80", "\xED\xBF\xBF", "\xE0\x80\x80", "\xE0\x9F\xBF", "\xEF\xBF\xBF", "\xED\x9F\xBF",
-                      "\xEE\x80\x80", "\xE0\xA0\x80", "\xF0\x9F\x98\x80"})
+                for (const char* other : {"\xED\xA0\x80", "\xED\xBF\xBF", "\xE0\x80\x80", "\xE0\x9F\xBF", "\xEF\xBF\xBF", "\xED\x9F\xBF",
+                                          "\xEE\x80\x80", "\xE0\xA0\x80", "\xF0\x9F\x98\x80"})
                     inputs.push_back(std::string(base).replace(prefix + 3 * k, 3, other));
         }
     }
     std::string mixed;
     while (mixed.size() < 200) mixed += "<item id=\"7\" name=\"\xE5\x88\x86\xE7\xB1\xBB\xC3\xA9\">\xE4\xB8\xAD</item>";
     for (size_t at = 0; at < mixed.size(); ++at) {
-        for (const char* other :
-             {"\x80", "\xC1", "\xF0\x9F\x98\x80", "\xE0\x80\x80", "\xED\xA0\x80", "\xE0\xA0\x80", "\xED\x9F\xBF"})
+        for (const char* other : {"\x80", "\xC1", "\xF0\x9F\x98\x80", "\xE0\x80\x80", "\xED\xA0\x80", "\xE0\xA0\x80", "\xED\x9F\xBF"})
             inputs.push_back(std::string(mixed).insert(at, other));
         // A NUL inside a form spoils it, which the codec of the text without it can't see.
         if (static_cast<unsigned char>(mixed[at]) < 0x80) inputs.push_back(std::string(mixed).insert(at, 1, '\0'));
     }
     std::mt19937 rng(7);
-    const char alphabet[] = {'a',    '<',    ' ',    '\xE4', '\xB8', '\xAD', '\xC2',
-                             '\xA9', '\xF0', '\x9F', '\x80', '\xFF', '\xED', '\xA0'};
+    const char alphabet[] = {'a', '<', ' ', '\xE4', '\xB8', '\xAD', '\xC2', '\xA9', '\xF0', '\x9F', '\x80', '\xFF', '\xED', '\xA0'};
     for (int k = 0; k < 2000; ++k)
         for (char& c : inputs.emplace_back(rng() % 160, 'a')) c = alphabet[rng() % sizeof alphabet];
     for (const std::string& in : inputs) {
         std::vector<char16_t> out(in.size() + 1);
         size_t nulls = 1;
-        const size_t units =
-            DecodeUtf8Into(reinterpret_cast<const unsigned char*>(in.data()), in.size(), out.data(), nulls);
+        const size_t units = DecodeUtf8Into(reinterpret_cast<const unsigned char*>(in.data()), in.size(), out.data(), nulls);
         std::string withoutNul = in;
         std::erase(withoutNul, '\0');
         ASSERT_EQ(std::u16string(out.data(), units), Utf8ToUtf16(withoutNul)) << in;
@@ -220,9 +211,8 @@ TEST(MarkupText, DecodesReferencesAndUtf8LikeThePlatformCodecAndNamesEncodings) 
             EXPECT_EQ(CodePageOfEncodingName(form), e.codePage);
         // One unit more or less is another name, unknown unless the table has it.
         for (const std::u16string& other : {name + u"x", name.substr(0, name.size() - 1)})
-            EXPECT_TRUE(
-                std::count_if(names.begin(), names.end(), [&](const EncodingName& o) { return other == o.name; }) ||
-                CodePageOfEncodingName(other) == 0u)
+            EXPECT_TRUE(std::count_if(names.begin(), names.end(), [&](const EncodingName& o) { return other == o.name; }) ||
+                        CodePageOfEncodingName(other) == 0u)
                 << Utf16ToUtf8(other);
     }
     // "8-ftu" shares the bucket of "utf-8"; "UTF-32" counts only at the start; 99 units at most.

@@ -110,8 +110,7 @@ TEST_F(FirstTreeReply, FirstRunThenASecondRunOnItsOwnThread) {
     const std::u16string before = test::DumpChildren(root);
     const uint64_t epoch = store.treeEpoch;
     std::thread sync([&] { BuildFirstTree(store); });
-    while (store.syncBusy.load() != 0 || !TreeUpdatesWaiting(store))
-        EXPECT_EQ(root->dirChildren.at(0)->dirChildren[0]->version, 2);
+    while (store.syncBusy.load() != 0 || !TreeUpdatesWaiting(store)) EXPECT_EQ(root->dirChildren.at(0)->dirChildren[0]->version, 2);
     sync.join();
     EXPECT_EQ(std::make_pair(test::DumpChildren(root), store.treeEpoch), std::make_pair(before, epoch));
     ASSERT_EQ(AdoptTreeUpdates(store).size(), 1u);
@@ -132,8 +131,7 @@ TEST_F(FirstTreeReply, FirstRunThenASecondRunOnItsOwnThread) {
                                                      u"/石/材10/g.dwg|file|http://h/s/g.dwg|0|7|h|-\n"
                                                      u"    材10|f.dwg|" +
                                                      r + u"/石/材10/f.dwg|file|http://h/s/f.dwg|0|6|-|-\n");
-    EXPECT_TRUE(!FileExists(risen) && !DirectoryExists(r + u"/石/材10") && FileExists(kept) &&
-                ReadGalleryVersion(u"石") == 3);
+    EXPECT_TRUE(!FileExists(risen) && !DirectoryExists(r + u"/石/材10") && FileExists(kept) && ReadGalleryVersion(u"石") == 3);
     EXPECT_NE(test::ReadBytes(Utf16ToUtf8(r + u"/石/石.xdb")).find("<sub n=\"材10\" ver=\"3\""), std::string::npos);
     EXPECT_EQ(stack.urls.size(), 2u);  // one request per run
 }
@@ -143,8 +141,8 @@ TEST_F(FirstTreeReply, FirstRunThenASecondRunOnItsOwnThread) {
 TEST_F(FirstTreeReply, AGalleryNamedTwiceComparesWithItsNewCatalogue) {
     ASSERT_TRUE(AddGalleryToShowList(u"G"));
     auto item = [](const char* cls, const char* ver, const char* fn) {
-        return std::string("<item cs=\"") + cls + "\" b_u=\"http://h/" + cls + "\" ver=\"" + ver + "\"><dwg fn=\"" +
-               fn + "\" size=\"1\" hi=\"0\"/></item>";
+        return std::string("<item cs=\"") + cls + "\" b_u=\"http://h/" + cls + "\" ver=\"" + ver + "\"><dwg fn=\"" + fn +
+               "\" size=\"1\" hi=\"0\"/></item>";
     };
     auto gallery = [](const std::string& items) { return "<gallery gn=\"G\" gv=\"0\">" + items + "</gallery>"; };
     // The reply; then whether A/x.dwg and B/y.dwg (downloaded after each run) are still on

@@ -18,8 +18,7 @@ struct QueueWorld : test::LiveWorld {
     std::vector<GalleryNode*> Blocks() {
         std::vector<GalleryNode*> blocks;
         for (GalleryNode* g : store.root->dirChildren)
-            for (GalleryNode* c : g->dirChildren)
-                blocks.insert(blocks.end(), c->fileChildren.begin(), c->fileChildren.end());
+            for (GalleryNode* c : g->dirChildren) blocks.insert(blocks.end(), c->fileChildren.begin(), c->fileChildren.end());
         return blocks;
     }
     long Fetched() { return Count("/files/*"); }
@@ -30,8 +29,7 @@ struct QueueWorld : test::LiveWorld {
         for (const uint32_t start = GetTickCount(); TicksSince(start) < 30000; SleepMs(2)) {
             std::lock_guard<std::mutex> lock(store.downloadLock);
             peakRunning = std::max(peakRunning, store.downloadsRunning.size());
-            if (store.downloadsWaiting.empty() && store.downloadsRunning.empty() && LiveDownloadWorkers() == 0)
-                return true;
+            if (store.downloadsWaiting.empty() && store.downloadsRunning.empty() && LiveDownloadWorkers() == 0) return true;
         }
         return false;
     }
@@ -111,8 +109,7 @@ TEST(LiveQueue, EveryRoadOfTheQueueInOneLibrary) {
     ASSERT_EQ(ready.size(), notices + 50);
     std::set<std::u16string> paths;
     for (size_t m = notices; m < ready.size(); ++m) paths.insert(ready[m].text);
-    for (size_t i = 13; i < 63; ++i)
-        EXPECT_TRUE(paths.count(blocks[i]->Path()) && FileSize(blocks[i]->Path()) >= kMinBlockFileSize) << i;
+    for (size_t i = 13; i < 63; ++i) EXPECT_TRUE(paths.count(blocks[i]->Path()) && FileSize(blocks[i]->Path()) >= kMinBlockFileSize) << i;
 
     // Downloads keep resolving paths on workers while the tree is rebuilt on this thread;
     // every block announced is whole on disk, whatever tree it was resolved in.

@@ -38,8 +38,7 @@ TEST(LiveSync, BrokenRepliesFallBackAndSoundOnesFollowTheHourRule) {
         TestStore store;
         BuildAndAdopt(store);
         ASSERT_EQ(store.root->dirChildren.size(), 1u);
-        EXPECT_EQ(std::make_pair(store.syncBusy.load(), CountBlocks(store.root->dirChildren[0])),
-                  std::make_pair(0, blocks));
+        EXPECT_EQ(std::make_pair(store.syncBusy.load(), CountBlocks(store.root->dirChildren[0])), std::make_pair(0, blocks));
         EXPECT_FALSE(FetchGalleryFull(store, first, false));
         EXPECT_EQ(CountBlocks(store.root->dirChildren[0]), blocks);
         FetchClassItems(store, clsPath);
@@ -56,8 +55,7 @@ TEST(LiveSync, BrokenRepliesFallBackAndSoundOnesFollowTheHourRule) {
     gallery->dirChildren[0]->version -= 1;
     gallery->refreshTick -= kGalleryFreshMs + 1;
     RefreshClassSummary(reference, first);
-    EXPECT_EQ(std::make_pair(w.Count("/gallery/g_cs_s"), reference.staleClasses.size()),
-              std::make_pair(summaries + 1, size_t{1}));
+    EXPECT_EQ(std::make_pair(w.Count("/gallery/g_cs_s"), reference.staleClasses.size()), std::make_pair(summaries + 1, size_t{1}));
     GalleryNode* cls = FindNodeByPath(reference.root, clsPath);
     ASSERT_NE(cls, nullptr);
     EXPECT_EQ(cls->fileChildren.size(), classBlocks);
@@ -90,8 +88,7 @@ TEST(LiveSync, ForcedRefreshRemovesDownloadedClassesOnce) {
     for (const auto& [kept, downver] : {std::pair{true, -1}, {false, 1}, {true, 1}}) {
         TestStore store;
         BuildAndAdopt(store);
-        EXPECT_TRUE((classPath.empty() || DirectoryExists(classPath) == kept) &&
-                    GetOptionInt(u"downver", -1) == downver);
+        EXPECT_TRUE((classPath.empty() || DirectoryExists(classPath) == kept) && GetOptionInt(u"downver", -1) == downver);
         classPath = store.root->dirChildren[0]->dirChildren[0]->Path();
         ASSERT_TRUE(CreateDirectories(classPath) && WriteFileAtomic(classPath + u"/old.dwg", std::string(2000, 'x')));
     }
@@ -116,14 +113,12 @@ TEST(LiveSync, AColdStartShowsTheCataloguesWhileTheServiceIsSlow) {
         early = AdoptTreeUpdates(store);
     }
     ASSERT_EQ(early.size(), 1u);
-    EXPECT_EQ(
-        std::make_tuple(store.syncBusy.load(), CountBlocks(store.root->dirChildren[0]), store.galleryFetchTicks.size()),
-        std::make_tuple(1, blocks, size_t{0}));
+    EXPECT_EQ(std::make_tuple(store.syncBusy.load(), CountBlocks(store.root->dirChildren[0]), store.galleryFetchTicks.size()),
+              std::make_tuple(1, blocks, size_t{0}));
     w.faults().releaseHeld();
     run.join();
     EXPECT_EQ(AdoptTreeUpdates(store).size(), 1u);
-    EXPECT_EQ(std::make_pair(store.galleryFetchTicks.size(), CountBlocks(store.root->dirChildren[0])),
-              std::make_pair(size_t{1}, blocks));
+    EXPECT_EQ(std::make_pair(store.galleryFetchTicks.size(), CountBlocks(store.root->dirChildren[0])), std::make_pair(size_t{1}, blocks));
 
     w.faults().set("/gallery/g_all_s", {.status = 500});
     TestStore down;

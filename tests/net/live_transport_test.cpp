@@ -7,21 +7,13 @@ using namespace marrowfin;
 TEST(LiveTransport, EveryCallReachesTheServiceAndEveryFaultIsAFailure) {
     test::LiveWorld w({}, 0);
     test::ShortTimeouts timeouts;
-    const std::u16string gallery = w.live.galleries.at(0),
-                         formUrl = ServiceBaseUrl() + u"/gallery/g_all?gallery_name=" + gallery;
+    const std::u16string gallery = w.live.galleries.at(0), formUrl = ServiceBaseUrl() + u"/gallery/g_all?gallery_name=" + gallery;
     std::u16string out;
     ASSERT_TRUE(PostForm(formUrl, u"", out));
-    EXPECT_TRUE(out.find(u"<root") != std::u16string::npos &&
-                out.find(gallery) != std::u16string::npos);  // Chinese names survive
+    EXPECT_TRUE(out.find(u"<root") != std::u16string::npos && out.find(gallery) != std::u16string::npos);  // Chinese names survive
     const std::pair<service::Fault, bool> cases[] = {
-        {{.status = 404}, false},
-        {{.status = 500}, false},
-        {{.truncateAt = 10}, false},
-        {{.drop = true}, false},
-        {{.holdMs = 4000}, false},
-        {{.emptyBody = true}, true},
-        {{.dripBytesPerSecond = 4000}, true},
-        {{.latencyMs = 300}, true},
+        {{.status = 404}, false},  {{.status = 500}, false},    {{.truncateAt = 10}, false},          {{.drop = true}, false},
+        {{.holdMs = 4000}, false}, {{.emptyBody = true}, true}, {{.dripBytesPerSecond = 4000}, true}, {{.latencyMs = 300}, true},
     };
     for (const auto& [fault, ok] : cases) {
         SCOPED_TRACE(service::FaultText(fault));
@@ -69,8 +61,7 @@ TEST(LiveTransport, EveryCallReachesTheServiceAndEveryFaultIsAFailure) {
         download.join();
         EXPECT_TRUE(!ok || looks > 20) << "the answer was not slow enough to look at";
         EXPECT_EQ(seen, 0) << "the target stood there before the body was in";
-        EXPECT_EQ(std::make_pair(landed.load(), FileSize(fresh)),
-                  std::make_pair(ok, ok ? std::int64_t(bytes.size()) : -1));
+        EXPECT_EQ(std::make_pair(landed.load(), FileSize(fresh)), std::make_pair(ok, ok ? std::int64_t(bytes.size()) : -1));
         if (!ok) {
             w.faults().releaseHeld();
             EXPECT_FALSE(DownloadFile(url, target, 0, 0));
@@ -94,8 +85,7 @@ TEST(LiveTransport, EveryCallReachesTheServiceAndEveryFaultIsAFailure) {
     ASSERT_FALSE(progress.empty());
     for (size_t i = 0; i < progress.size(); ++i)
         EXPECT_TRUE(progress[i].wParam == 2u && (i == 0 || progress[i].lParam > progress[i - 1].lParam)) << i;
-    EXPECT_EQ(std::make_pair(progress.back().lParam, w.Count("/gallery/lfupload")),
-              std::make_pair(std::intptr_t{100}, 1L));
+    EXPECT_EQ(std::make_pair(progress.back().lParam, w.Count("/gallery/lfupload")), std::make_pair(std::intptr_t{100}, 1L));
     w.faults().set("/gallery/lfupload", {.status = 500});
     EXPECT_FALSE(UploadFile(upload, u"", Utf8ToUtf16(w.home.file("big.zip")), out, 0));
 }

@@ -40,14 +40,9 @@ struct TestStore : GalleryStore {
 // given a log, its own number in the order of attempts.
 struct ScriptedStack : HttpStack {
     explicit ScriptedStack(int number = 0, std::vector<int>* log = nullptr) : number(number), log(log) {}
-    bool PostForm(const std::string& url, const std::string&, std::string& response) override {
-        return Attempt(url, &response);
-    }
-    bool DownloadFile(const std::string& url, const std::u16string&, WindowHandle, uint16_t) override {
-        return Attempt(url);
-    }
-    bool UploadFile(const std::string& url, const std::u16string&, const std::u16string&, std::string& response,
-                    WindowHandle) override {
+    bool PostForm(const std::string& url, const std::string&, std::string& response) override { return Attempt(url, &response); }
+    bool DownloadFile(const std::string& url, const std::u16string&, WindowHandle, uint16_t) override { return Attempt(url); }
+    bool UploadFile(const std::string& url, const std::u16string&, const std::u16string&, std::string& response, WindowHandle) override {
         return Attempt(url, &response);
     }
     bool Attempt(const std::string& url, std::string* response = nullptr) {
@@ -72,9 +67,7 @@ inline void BuildAndAdopt(GalleryStore& store) {
 // For the tests that hold or slow the service; put back when the scope ends,
 // even if a check inside it fails.
 struct ShortTimeouts {
-    ShortTimeouts() {
-        CurlStack::SetTimeouts({.connect = std::chrono::milliseconds(2000), .lowSpeedTime = std::chrono::seconds(1)});
-    }
+    ShortTimeouts() { CurlStack::SetTimeouts({.connect = std::chrono::milliseconds(2000), .lowSpeedTime = std::chrono::seconds(1)}); }
     ~ShortTimeouts() { CurlStack::SetTimeouts(CurlTimeouts{}); }
 };
 

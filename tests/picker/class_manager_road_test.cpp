@@ -73,8 +73,7 @@ struct Road {
     // The gallery rows of the class column, below "最近使用" and "我的收藏".
     std::vector<std::u16string> Column() const {
         std::vector<std::u16string> rows;
-        for (int i = 2; i < panel->m_classList->GetItemCount(); ++i)
-            rows.push_back(panel->m_classList->GetItemText(i).toStdU16String());
+        for (int i = 2; i < panel->m_classList->GetItemCount(); ++i) rows.push_back(panel->m_classList->GetItemText(i).toStdU16String());
         return rows;
     }
 };
@@ -82,9 +81,8 @@ struct Road {
 // The panel and the store are one per process: a second case in the same
 // process would start from what the first one left.
 bool g_processUsed = false;
-#define NEEDS_A_FRESH_PROCESS()                                \
-    if (ExistingPanel() || std::exchange(g_processUsed, true)) \
-    GTEST_SKIP() << "one panel per process: run this case alone"
+#define NEEDS_A_FRESH_PROCESS() \
+    if (ExistingPanel() || std::exchange(g_processUsed, true)) GTEST_SKIP() << "one panel per process: run this case alone"
 
 }  // namespace
 
@@ -142,9 +140,8 @@ TEST(ClassManagerRoad, RoutesAddUnlistedClassesUpToTheLimitOf101) {
     EXPECT_EQ(std::make_pair(ShowNames().size(), ShowNames().back()), std::make_pair(size_t(100), r.G(2)));
     auto shownRow = [&] {
         const int i = r.panel->m_nav.classIndex;
-        return i >= 0 && i < r.panel->m_classList->GetItemCount()
-                   ? r.panel->m_classList->GetItemText(i).toStdU16String()
-                   : std::u16string();
+        return i >= 0 && i < r.panel->m_classList->GetItemCount() ? r.panel->m_classList->GetItemText(i).toStdU16String()
+                                                                  : std::u16string();
     };
     EXPECT_TRUE(PumpUntil([&] { return shownRow() == r.G(2); }, 15000));
     // 100: the next one is added too; the user goes elsewhere before it comes, and it does not pull them back.
@@ -200,8 +197,7 @@ TEST(ClassManagerRoad, AReloadWithTheServiceDownKeepsTheFailureFaceAndUpAgainReb
     r.Press(m->Button(999));
     EXPECT_TRUE(m->Reloading() && !m->Button(999)->isEnabled());
     ASSERT_TRUE(PumpUntil([m] { return !m->Reloading(); }, 10000));
-    EXPECT_TRUE(m->m_tableMissing && m->Button(999)->isEnabled() &&
-                m->Button(999)->text() == QStringLiteral("重新加载"));
+    EXPECT_TRUE(m->m_tableMissing && m->Button(999)->isEnabled() && m->Button(999)->text() == QStringLiteral("重新加载"));
 
     r.service.handle.faults().clear("/gallery/selpageinfo");
     r.Press(m->Button(999));

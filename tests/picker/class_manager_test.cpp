@@ -41,14 +41,11 @@ namespace {
 // classes to scroll, and "机电" has a kind name long enough to measure.
 ClassTable MakeTable(int generalClasses = 44) {
     ClassTable table;
-    auto item = [](const std::u16string& name, bool boutique) {
-        return ClassItem{name, u"3", name + u"常用图块", boutique ? u"1" : u"0"};
-    };
+    auto item = [](const std::u16string& name, bool boutique) { return ClassItem{name, u"3", name + u"常用图块", boutique ? u"1" : u"0"}; };
     table.boutiqueKinds[KindKey(1, u"全部")] = {item(u"精品门窗", true), item(u"精品家具", true)};
     table.boutiqueKinds[KindKey(2, u"建筑")] = {item(u"精品门窗", true)};
     for (int i = 0; i < generalClasses; ++i)
-        table.generalKinds[KindKey(5, u"全部")].push_back(
-            item(u"通用" + QString::number(i + 1).toStdU16String(), false));
+        table.generalKinds[KindKey(5, u"全部")].push_back(item(u"通用" + QString::number(i + 1).toStdU16String(), false));
     table.generalKinds[KindKey(6, u"建筑")] = {item(u"通用1", false), item(u"通用2", false)};
     table.generalKinds[KindKey(7, u"机电设备")] = {item(u"通用3", false)};
     return table;
@@ -105,8 +102,7 @@ TEST(ClassManager, ChoicesReachShowXmlNewestFirstOnlyByFinish) {
         EXPECT_EQ(picker.m_selection.size(), 4u);
         m.Pick(QStringLiteral("通用5"));  // unchecked: a gap, the order stays
         EXPECT_EQ(picker.m_selection,
-                  (ClassSelection{
-                      {u"001通用7", u"通用7常用图块"}, {u"002精品门窗", u"精品门窗常用图块"}, {u"004通用2", u"d2"}}));
+                  (ClassSelection{{u"001通用7", u"通用7常用图块"}, {u"002精品门窗", u"精品门窗常用图块"}, {u"004通用2", u"d2"}}));
         // Nothing is written before "完成"; then the whole file in key order.
         EXPECT_EQ(ShowNames(), (std::vector<std::u16string>{u"通用2", u"旧图库"}));
         m.Press(999);
@@ -118,8 +114,7 @@ TEST(ClassManager, ChoicesReachShowXmlNewestFirstOnlyByFinish) {
     // The cleared mark is remembered, also after the window ends; the tip is seen once.
     std::string seen;
     ASSERT_TRUE(ReadWholeFile(SeenClassVersionsPath(), seen));
-    EXPECT_TRUE(seen.find("通用5") == std::string::npos &&
-                seen.find("<item ver=\"3\">通用2</item>") != std::string::npos);
+    EXPECT_TRUE(seen.find("通用5") == std::string::npos && seen.find("<item ver=\"3\">通用2</item>") != std::string::npos);
     EXPECT_EQ(GetOptionInt(u"ShowSearchTip", 1), 0);
 
     // Clearing writes nothing (closing and searching: the manager's roads).
@@ -148,8 +143,7 @@ TEST(ClassManager, KindsSectionsAndTheStrip) {
 
     // Many kinds: the left arrow at the left end does nothing; the right one walks to the right end and stops there.
     ClassTable table = MakeTable(3);
-    for (int k = 0; k < 14; ++k)
-        table.generalKinds[KindKey(10 + k, u"分类" + QString::number(k).toStdU16String())] = {};
+    for (int k = 0; k < 14; ++k) table.generalKinds[KindKey(10 + k, u"分类" + QString::number(k).toStdU16String())] = {};
     Manager many(std::move(table));
     CGalRegionDlg* strip = many.dlg->Picker()->Region(false);
     EXPECT_TRUE(strip->m_overflow && many.dlg->Picker()->Arrow(1005)->isVisible());

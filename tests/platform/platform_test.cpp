@@ -78,23 +78,22 @@ TEST(TextCodecs, Utf8ValidityRoundTripsAndLossLegacyCodePagesFoldingAndIntegers)
     std::u16string out = u"stale";
     EXPECT_FALSE(CodePageToUtf16("abc", 12345, out) || IsCodePageSupported(12345) || !out.empty());
     lossy = false;
-    EXPECT_TRUE(CodePageToUtf16("ok\x81", 936, out, &lossy) && lossy &&
-                out.substr(0, 2) == u"ok");  // a cut double-byte character
+    EXPECT_TRUE(CodePageToUtf16("ok\x81", 936, out, &lossy) && lossy && out.substr(0, 2) == u"ok");  // a cut double-byte character
 
     // Latin folds, CJK stays, and each integer reader overflows in its own way.
     EXPECT_EQ(ToLowerFold(u"DOOR Ærø ŁÓDŹ ΑΒΓ МОСКВА ＡＢ 门窗×"), u"door ærø łódź αβγ москва ａｂ 门窗×");
-    EXPECT_TRUE(ContainsFolded(u"Double-DOOR 门", u"door") && ContainsFolded(u"anything", u"") &&
-                ContainsFolded(u"沙发Sofa", u"发s") && !ContainsFolded(u"do", u"door"));
-    const std::tuple<const char16_t*, bool, int64_t> integers[] = {
-        {u"", false, 0},   {u" \t-12x", true, 12}, {u"+7", false, 7}, {u"- 3", true, 0},
-        {u"x5", false, 0}, {u"1000", false, 999},  {u"99", false, 99}};
+    EXPECT_TRUE(ContainsFolded(u"Double-DOOR 门", u"door") && ContainsFolded(u"anything", u"") && ContainsFolded(u"沙发Sofa", u"发s") &&
+                !ContainsFolded(u"do", u"door"));
+    const std::tuple<const char16_t*, bool, int64_t> integers[] = {{u"", false, 0},   {u" \t-12x", true, 12}, {u"+7", false, 7},
+                                                                   {u"- 3", true, 0}, {u"x5", false, 0},      {u"1000", false, 999},
+                                                                   {u"99", false, 99}};
     for (const auto& [text, negative, magnitude] : integers) {
         const LeadingInteger n = ScanLeadingInteger(text, 999);
         EXPECT_EQ(std::make_pair(n.negative, n.magnitude), std::make_pair(negative, magnitude)) << Utf16ToUtf8(text);
     }
     // The profile's reader wraps as a 32-bit number would.
-    EXPECT_EQ(std::make_tuple(ParseProfileInt(u"4294967295") + ParseProfileInt(u"99999999999"),
-                              ParseProfileInt(u"2147483648"), ParseProfileInt(u" -42 ")),
+    EXPECT_EQ(std::make_tuple(ParseProfileInt(u"4294967295") + ParseProfileInt(u"99999999999"), ParseProfileInt(u"2147483648"),
+                              ParseProfileInt(u" -42 ")),
               std::make_tuple(-2, INT32_MIN, -42));
 }
 
@@ -108,21 +107,18 @@ TEST(IniFile, NamesWithoutCaseBufferCutWritesThatKeepTheRestAndConcurrentWriters
     EXPECT_EQ(IniGetString(ini, u"version", u"门窗", u"0", 25), u"12");
     EXPECT_EQ(IniGetString(ini, u"VERSION", u"long", u"0", 25), u"abcdefghijklmnopqrstuvwx");  // 24 characters
     EXPECT_EQ(IniGetString(ini, u"brindlemoved", u"flag", u"0", 8), u"1");
-    EXPECT_EQ(IniGetString(ini, u"missing", u"flag", u"0", 8) + IniGetString(ini, u"version", u"x", u"default", 4),
-              u"0def");
+    EXPECT_EQ(IniGetString(ini, u"missing", u"flag", u"0", 8) + IniGetString(ini, u"version", u"x", u"default", 4), u"0def");
     EXPECT_EQ(IniGetInt(ini, u"version", u"门窗", -1) + IniGetInt(ini, u"version", u"long", -1), 12);  // no digits: 0
     test::WriteBytes(home.file("sub/version.ini"), "[A]\nx=1\n\n[B]\ny=2\n");
     // Replaced in place (odd case), added at the end of its section, a new section at the end.
-    ASSERT_TRUE(IniWriteString(ini, u"a", u"X", u"10") && IniWriteString(ini, u"a", u"z", u"3") &&
-                IniWriteString(ini, u"C", u"w", u"4"));
+    ASSERT_TRUE(IniWriteString(ini, u"a", u"X", u"10") && IniWriteString(ini, u"a", u"z", u"3") && IniWriteString(ini, u"C", u"w", u"4"));
     EXPECT_EQ(test::ReadBytes(home.file("sub/version.ini")), "[A]\nX=10\nz=3\n\n[B]\ny=2\n[C]\nw=4\n");
     EXPECT_FALSE(IniWriteString(u"", u"A", u"x", u"1"));
 
     // The profile: under Tarvex, defaults and nothing made until written; another writer seen at once.
     EXPECT_TRUE(GetOptionInt(u"FNetUseInet", -2) == -2 && !FileExists(ProfilePath()));
     ASSERT_TRUE(WriteOptionInt(u"GalDefSort", 2) && WriteOptionString(u"ServiceBase", u"http://127.0.0.1:8080"));
-    EXPECT_EQ(test::ReadBytes(home.configDir() + "/Tarvex/Marrowfin.ini"),
-              "[options]\nGalDefSort=2\nServiceBase=http://127.0.0.1:8080\n");
+    EXPECT_EQ(test::ReadBytes(home.configDir() + "/Tarvex/Marrowfin.ini"), "[options]\nGalDefSort=2\nServiceBase=http://127.0.0.1:8080\n");
     test::WriteBytes(home.configDir() + "/Tarvex/Marrowfin.ini", "[options]\nGalDefSort=x7\n");
     EXPECT_EQ(GetOptionInt(u"galdefsort", 5), 0);
 
@@ -143,14 +139,11 @@ TEST(IniFile, NamesWithoutCaseBufferCutWritesThatKeepTheRestAndConcurrentWriters
         });
     }
     for (std::thread& w : writers) w.join();
-    EXPECT_EQ(std::make_pair(failedWrites.load(), staleReads.load()), std::make_pair(0, 0))
-        << "a key went back to an older value";
-    for (int t = 0; t < kThreads; ++t)
-        EXPECT_EQ(IniGetString(shared, u"options", u"key" + Utf8ToUtf16(std::to_string(t)), u""), u"999");
+    EXPECT_EQ(std::make_pair(failedWrites.load(), staleReads.load()), std::make_pair(0, 0)) << "a key went back to an older value";
+    for (int t = 0; t < kThreads; ++t) EXPECT_EQ(IniGetString(shared, u"options", u"key" + Utf8ToUtf16(std::to_string(t)), u""), u"999");
 
     // A file that is there but cannot be read, or a folder, is not replaced by one key.
-    const std::string before = "[options]\nkeep=1\n", locked = home.file("locked.ini"),
-                      folder = home.file("folder.ini");
+    const std::string before = "[options]\nkeep=1\n", locked = home.file("locked.ini"), folder = home.file("folder.ini");
     test::WriteBytes(locked, before);
     ASSERT_TRUE(CreateDirectories(Utf8ToUtf16(folder)));
     test::WriteBytes(folder + "/inside", before);
@@ -221,8 +214,7 @@ TEST(DocumentRoot, HonoursDocDirAndFallsBack) {
         EXPECT_EQ(GetOptionString(u"docDir", u"?"), documents ? Utf8ToUtf16(home.file("gone")) : u"");
     }
     TempHome home;
-    test::WriteBytes(home.configDir() + "/user-dirs.dirs",
-                     "# c\nXDG_DESKTOP_DIR=\"$HOME/D\"\nXDG_DOCUMENTS_DIR=\"$HOME/文档\"\n");
+    test::WriteBytes(home.configDir() + "/user-dirs.dirs", "# c\nXDG_DESKTOP_DIR=\"$HOME/D\"\nXDG_DOCUMENTS_DIR=\"$HOME/文档\"\n");
     EXPECT_EQ(DocumentsFolder(), Utf8ToUtf16(home.dir() + "/文档"));
 }
 
@@ -231,8 +223,7 @@ TEST(ThreadsAndTicks, AFailedStartRunsNothingAndTickDifferencesSurviveTheWrap) {
     std::atomic<int> runs{0};
     FailThreadStartsForTests(2);
     std::thread t;
-    EXPECT_FALSE(StartThread(t, [&runs, token] { ++runs; }) || StartDetachedThread([&runs, token] { ++runs; }) ||
-                 t.joinable());
+    EXPECT_FALSE(StartThread(t, [&runs, token] { ++runs; }) || StartDetachedThread([&runs, token] { ++runs; }) || t.joinable());
     EXPECT_EQ(token.use_count(), 1) << "the work of a failed start is destroyed";
     ASSERT_TRUE(StartThread(t, [&runs, token] { ++runs; }));
     t.join();

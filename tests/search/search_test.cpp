@@ -43,11 +43,10 @@ struct Search : StoreFixture {
         Lines lines;
         for (const SearchHit& h : hits) {
             const std::u16string tail = u"/" + h.klass + u"/" + h.subclass + u"/" + h.name;
-            lines.push_back(
-                Utf16ToUtf8(h.path.substr(rootPath.size() + 1)) + " " + std::to_string(h.state) +
-                (h.prefetch ? " p" : "") + (h.boutique ? " b " : " ") + std::to_string(h.size) +
-                (h.url == Utf8ToUtf16(service.baseUrl()) + u"/files" + tail ? "" : " " + Utf16ToUtf8(h.url)) +
-                (h.path.ends_with(tail) ? "" : " bad"));
+            lines.push_back(Utf16ToUtf8(h.path.substr(rootPath.size() + 1)) + " " + std::to_string(h.state) + (h.prefetch ? " p" : "") +
+                            (h.boutique ? " b " : " ") + std::to_string(h.size) +
+                            (h.url == Utf8ToUtf16(service.baseUrl()) + u"/files" + tail ? "" : " " + Utf16ToUtf8(h.url)) +
+                            (h.path.ends_with(tail) ? "" : " bad"));
         }
         return lines;
     }
@@ -58,13 +57,12 @@ struct Search : StoreFixture {
 };
 
 TEST_F(Search, RowsComeFromTheFilesAndTheCacheIsRefreshedFirst) {
-    for (const char16_t* tail :
-         {u"建筑门窗/单开门/门.dwg", u"建筑门窗/单开门/门把手.dwg", u"search/Doors/Sliding/门-s.dwg"})
+    for (const char16_t* tail : {u"建筑门窗/单开门/门.dwg", u"建筑门窗/单开门/门把手.dwg", u"search/Doors/Sliding/门-s.dwg"})
         Touch(At(tail));
     // No version is known yet, so the cached copy goes before the rows are made.
     EXPECT_EQ(Rows(Run({{At(u"建筑门窗/单开门/门把手.dwg"), 1}}).hits),
-              (Lines{"建筑门窗/单开门/门.dwg 0 p 2000", "建筑门窗/单开门/门把手.dwg 1 p 2000",
-                     "search/Doors/Sliding/门-s.dwg 5 p b 2000", "search/建筑门窗/推拉窗/推拉门.dwg 5 p 2000"}));
+              (Lines{"建筑门窗/单开门/门.dwg 0 p 2000", "建筑门窗/单开门/门把手.dwg 1 p 2000", "search/Doors/Sliding/门-s.dwg 5 p b 2000",
+                     "search/建筑门窗/推拉窗/推拉门.dwg 5 p 2000"}));
     // The text as typed (escaped by the transport), no exclusions, one request.
     const service::PathCount asked = service.counters().get("/gallery/search_g");
     EXPECT_EQ(std::make_pair(asked.count, asked.last),
@@ -74,12 +72,11 @@ TEST_F(Search, RowsComeFromTheFilesAndTheCacheIsRefreshedFirst) {
     Touch(At(u"search/建筑门窗/推拉窗/推拉门.dwg"));
     service.setSettings({.nom = "0"});
     EXPECT_EQ(Rows(Run({{At(u"search/建筑门窗/推拉窗/推拉门.dwg"), 1}}).hits),
-              (Lines{"建筑门窗/单开门/门.dwg 0 2000", "建筑门窗/单开门/门把手.dwg 0 2000",
-                     "search/Doors/Sliding/门-s.dwg 4 b 2000", "search/建筑门窗/推拉窗/推拉门.dwg 1 2000"}));
+              (Lines{"建筑门窗/单开门/门.dwg 0 2000", "建筑门窗/单开门/门把手.dwg 0 2000", "search/Doors/Sliding/门-s.dwg 4 b 2000",
+                     "search/建筑门窗/推拉窗/推拉门.dwg 1 2000"}));
     // Marks that would cut the query short reach the service as typed.
     (void)RunBlockSearch(rootPath, u"C++ & =%41", {}, [] { return true; });
-    EXPECT_EQ(service.counters().get("/gallery/search_g").last,
-              "POST /gallery/search_g?search_content=C%2B%2B%20%26%20%3D%2541&excepts=");
+    EXPECT_EQ(service.counters().get("/gallery/search_g").last, "POST /gallery/search_g?search_content=C%2B%2B%20%26%20%3D%2541&excepts=");
     int asks = 0;  // a run that is no longer the newest stages nothing more
     EXPECT_EQ(RunBlockSearch(rootPath, u"门", {}, [&] { return ++asks <= 2; }).hits.size(), 2u);
 }
@@ -109,10 +106,8 @@ TEST_F(Search, RepliesThatAreOddOrBroken) {
 TEST_F(Search, CacheVersionsEmptyOnlyRisenClasses) {
     const std::u16string cache = At(u"search"), ini = At(u"search/ver.ini");
     for (const char16_t* name : {u"A", u"B", u"C", u"D", u"../Doors"}) Touch(cache + u"/" + name + u"/s/x.dwg");
-    for (const auto& [name, t] : {std::pair{u"A", u"4"}, {u"B", u"3"}, {u"C", u"2"}})
-        IniWriteString(ini, u"version", name, t);
-    RefreshSearchCacheVersions(rootPath,
-                               {{u"A", 5}, {u"B", 3}, {u"C", 1}, {u"D", 0}, {u"..", 9}, {u"../Doors", 9}, {u"", 9}});
+    for (const auto& [name, t] : {std::pair{u"A", u"4"}, {u"B", u"3"}, {u"C", u"2"}}) IniWriteString(ini, u"version", name, t);
+    RefreshSearchCacheVersions(rootPath, {{u"A", 5}, {u"B", 3}, {u"C", 1}, {u"D", 0}, {u"..", 9}, {u"../Doors", 9}, {u"", 9}});
     std::string left;
     for (const char16_t* name : {u"A", u"B", u"C", u"D"})
         left += Utf16ToUtf8(name) + (FileExists(cache + u"/" + name + u"/s/x.dwg") ? "+" : "-") +
@@ -130,16 +125,14 @@ TEST_F(Search, OfflineFallbackAndOldCollectionOverATree) {
     GalleryNode* doors = AddClass(AddGallery(u"建筑", true), u"单开门", 1, u"");
     GalleryNode* mine = AddGallery(u"我的收藏");
     GalleryNode *f1 = AddClass(mine, u"f1", 0, u""), *f2 = AddClass(mine, u"f2", 0, u"");
-    for (auto [cls, name] :
-         {std::pair{doors, u"木门A"}, {doors, u"-门B"}, {doors, u"DOOR门C"}, {f1, u"门1"}, {f1, u"-门2"}, {f2, u"门3"}})
+    for (auto [cls, name] : {std::pair{doors, u"木门A"}, {doors, u"-门B"}, {doors, u"DOOR门C"}, {f1, u"门1"}, {f1, u"-门2"}, {f2, u"门3"}})
         if (GalleryNode* b = AddBlock(cls, name, 1, false); name[0] != u'-') Touch(b->Path());
     const std::u16string wood = At(u"建筑/单开门/木门A");
     AddChild(store.root, new GalleryNode(kRootName, wood, u"门最近", kKindFile, false, false, 0), true);
     AddChild(doors->parent, new GalleryNode(kCommonUseTag, wood, u"木门A", kKindFile, false, false, 0), true);
     std::vector<GalleryNode*> nodes;  // the hits' nodes, in the rows' order
     EXPECT_EQ(Rows(LocalBlockSearch(store.root, u"门", {{At(u"建筑/单开门/DOOR门C"), 1}}, &nodes)),
-              (Lines{"建筑/单开门/木门A 0 p b 1 ", "建筑/单开门/DOOR门C 1 p b 1 ", "我的收藏/f1/门1 1 p 1 ",
-                     "我的收藏/f2/门3 1 p 1 "}));
+              (Lines{"建筑/单开门/木门A 0 p b 1 ", "建筑/单开门/DOOR门C 1 p b 1 ", "我的收藏/f1/门1 1 p 1 ", "我的收藏/f2/门3 1 p 1 "}));
     EXPECT_TRUE(nodes.size() == 4 && nodes[0] == doors->fileChildren[0] && nodes[3] == f2->fileChildren[0]);
     // The old collection in found order, with or without a file: it heads a service search's rows.
     EXPECT_EQ(Rows(OldCollectionHits(store.root, u"门")),
@@ -186,8 +179,7 @@ TEST_F(Search, RowDownloadsRunOnceAndKeepOnlyWholeBlocks) {
     WriteBytes(data + "/blocks/Doors/Sliding/panel.dwg", std::string(1025, 'p'));
     WriteBytes(data + "/blocks/Doors/Sliding/门-s.dwg", std::string(1024, 's'));
     auto row = [&](const std::u16string& name) {
-        return RowKey{name, u"Doors", Utf8ToUtf16(service.baseUrl()) + u"/files/Doors/Sliding/" + name,
-                      At(u"s/" + name)};
+        return RowKey{name, u"Doors", Utf8ToUtf16(service.baseUrl()) + u"/files/Doors/Sliding/" + name, At(u"s/" + name)};
     };
     ActiveRowDownloads active;
     uint16_t id = 0;
@@ -198,8 +190,7 @@ TEST_F(Search, RowDownloadsRunOnceAndKeepOnlyWholeBlocks) {
               std::make_tuple(int64_t{1025}, std::uintptr_t{id} << 16, std::intptr_t{1025}));
     EXPECT_EQ(RunRowDownload(active, row(u"panel.dwg"), 0, nullptr), RowDownloadResult::AlreadyRunning);
     // One byte less is an error page: failed, and no file (refusals: the panel's search road).
-    EXPECT_TRUE(RunRowDownload(active, row(u"门-s.dwg"), 0, nullptr) == RowDownloadResult::Failed &&
-                !PathExists(row(u"门-s.dwg").path));
+    EXPECT_TRUE(RunRowDownload(active, row(u"门-s.dwg"), 0, nullptr) == RowDownloadResult::Failed && !PathExists(row(u"门-s.dwg").path));
     EXPECT_EQ(service.counters().get("/files/*").count, 2);
 }
 

@@ -47,23 +47,19 @@ struct RawReply {
 RawReply RawExchange(int port, const std::string& request, int timeoutMs = 5000) {
     RawReply reply;
     const int fd = socket(AF_INET, SOCK_STREAM, 0);
-    sockaddr_in addr{.sin_family = AF_INET,
-                     .sin_port = htons(static_cast<uint16_t>(port)),
-                     .sin_addr = {htonl(INADDR_LOOPBACK)},
-                     .sin_zero = {}};
+    sockaddr_in addr{
+        .sin_family = AF_INET, .sin_port = htons(static_cast<uint16_t>(port)), .sin_addr = {htonl(INADDR_LOOPBACK)}, .sin_zero = {}};
     const timeval wait{timeoutMs / 1000, timeoutMs % 1000 * 1000};
     setsockopt(fd, SOL_SOCKET, SO_RCVTIMEO, &wait, sizeof wait);
     reply.connected = connect(fd, reinterpret_cast<sockaddr*>(&addr), sizeof addr) == 0;
     if (reply.connected) (void)send(fd, request.data(), request.size(), MSG_NOSIGNAL);
     char buffer[8192];
-    for (ssize_t n; reply.connected && (n = recv(fd, buffer, sizeof buffer, 0)) > 0;)
-        reply.bytes.append(buffer, static_cast<size_t>(n));
+    for (ssize_t n; reply.connected && (n = recv(fd, buffer, sizeof buffer, 0)) > 0;) reply.bytes.append(buffer, static_cast<size_t>(n));
     close(fd);
     const size_t end = reply.bytes.find("\r\n\r\n"), cl = reply.bytes.substr(0, end).find("Content-Length: ");
     if (reply.bytes.rfind("HTTP/1.1 ", 0) == 0) reply.status = std::atoi(reply.bytes.c_str() + 9);
     if (end != std::string::npos) reply.body = reply.bytes.substr(end + 4);
-    if (end != std::string::npos && cl != std::string::npos)
-        reply.contentLength = std::atol(reply.bytes.c_str() + cl + 16);
+    if (end != std::string::npos && cl != std::string::npos) reply.contentLength = std::atol(reply.bytes.c_str() + cl + 16);
     return reply;
 }
 
@@ -73,8 +69,7 @@ std::string MakeZip(const std::string& path, const std::vector<std::pair<std::st
     zipFile zip = zipOpen(path.c_str(), APPEND_STATUS_CREATE);
     for (const auto& [name, data] : entries) {
         zip_fileinfo info{};
-        zipOpenNewFileInZip(zip, name.c_str(), &info, nullptr, 0, nullptr, 0, nullptr, Z_DEFLATED,
-                            Z_DEFAULT_COMPRESSION);
+        zipOpenNewFileInZip(zip, name.c_str(), &info, nullptr, 0, nullptr, 0, nullptr, Z_DEFLATED, Z_DEFAULT_COMPRESSION);
         if (!data.empty()) zipWriteInFileInZip(zip, data.data(), static_cast<unsigned>(data.size()));
         zipCloseFileInZip(zip);
     }
@@ -111,10 +106,8 @@ TEST(ServiceTest, FaultSwitchesMalformedRequestsAndDamagedArchives) {
              const int second = Raw(path).status;
              EXPECT_EQ(std::make_tuple(503, 503, 200), std::make_tuple(r.status, second, Raw(path).status));
          }},
-        {"empty=1",
-         [](const RawReply& r, long) {
-             EXPECT_EQ(std::make_tuple(200, 0L, std::string()), std::make_tuple(r.status, r.contentLength, r.body));
-         }},
+        {"empty=1", [](const RawReply& r,
+                       long) { EXPECT_EQ(std::make_tuple(200, 0L, std::string()), std::make_tuple(r.status, r.contentLength, r.body)); }},
         {"body=error", [](const RawReply& r, long) { EXPECT_EQ("error", r.body); }},
         // The head promises the whole body, and the connection ends after 40 bytes.
         // An HTTP client sees a failure for these two.
@@ -124,9 +117,7 @@ TEST(ServiceTest, FaultSwitchesMalformedRequestsAndDamagedArchives) {
                        std::make_tuple(r.contentLength, r.body, bool(Client().Get(path))));
          }},
         {"drop=1",
-         [&](const RawReply& r, long) {
-             EXPECT_TRUE(r.connected && r.bytes.empty() && !Client().Get(path)) << "no byte of an answer";
-         }},
+         [&](const RawReply& r, long) { EXPECT_TRUE(r.connected && r.bytes.empty() && !Client().Get(path)) << "no byte of an answer"; }},
         {"latency=300", [](const RawReply& r, long ms) { EXPECT_TRUE(r.status == 200 && ms >= 300) << ms; }},
         // 1000 bytes a second: the whole body arrives, and not before its time.
         {"drip=1000", [&](const RawReply& r, long ms) { EXPECT_TRUE(r.body == full && ms >= size - 100) << ms; }},
@@ -151,8 +142,8 @@ TEST(ServiceTest, FaultSwitchesMalformedRequestsAndDamagedArchives) {
     for (const auto& [pattern, status] :
          std::map<std::string, int>{{"*", 500}, {"/files/*", 501}, {"/files/a/*", 502}, {"/files/a/b.dwg", 503}})
         faults.set(pattern, service::Fault{.status = status});
-    for (const auto& [path, status] : std::map<std::string, int>{
-             {"/files/a/b.dwg", 503}, {"/files/a/c.dwg", 502}, {"/files/z.dwg", 501}, {"/gallery/g_cs", 500}})
+    for (const auto& [path, status] :
+         std::map<std::string, int>{{"/files/a/b.dwg", 503}, {"/files/a/c.dwg", 502}, {"/files/z.dwg", 501}, {"/gallery/g_cs", 500}})
         EXPECT_EQ(status, faults.take(path).status) << path;
 
     // Requests no client should send leave the server standing.
@@ -177,21 +168,18 @@ TEST(ServiceTest, FaultSwitchesMalformedRequestsAndDamagedArchives) {
         EXPECT_TRUE(r.connected && r.body.find("root:x:") == std::string::npos) << "no file outside the data folder";
     }
     EXPECT_EQ("error", Raw("/gallery/lfupload").body) << "an upload without a file is refused";
-    EXPECT_EQ(std::make_pair(Raw("/files/%2e%2e/library.tsv").status, Raw("/gallery/gethotwords").status),
-              std::make_pair(404, 200));
+    EXPECT_EQ(std::make_pair(Raw("/files/%2e%2e/library.tsv").status, Raw("/gallery/gethotwords").status), std::make_pair(404, 200));
 
     // Damaged archives are read without a crash; refused ones start nothing.
     const std::string big(200000, 'q');  // more than one read buffer
-    const std::string bytes =
-        MakeZip(home.file("good.zip"), {{"1//门窗/", ""}, {"1//门窗//单开门.dwg", big}, {"1/top.dwg", "x"}});
+    const std::string bytes = MakeZip(home.file("good.zip"), {{"1//门窗/", ""}, {"1//门窗//单开门.dwg", big}, {"1/top.dwg", "x"}});
     std::vector<service::ArchiveEntry> entries;
     std::string error;
     ASSERT_TRUE(service::ReadArchive(home.file("good.zip"), entries, error)) << error;
     ASSERT_EQ(3u, entries.size());
     EXPECT_TRUE(entries[0].directory && entries[1].data == big);
-    EXPECT_EQ(
-        std::make_pair(entries[1].parts, entries[2].parts),
-        std::make_pair(std::vector<std::string>{"1", "门窗", "单开门.dwg"}, std::vector<std::string>{"1", "top.dwg"}));
+    EXPECT_EQ(std::make_pair(entries[1].parts, entries[2].parts),
+              std::make_pair(std::vector<std::string>{"1", "门窗", "单开门.dwg"}, std::vector<std::string>{"1", "top.dwg"}));
     EXPECT_FALSE(service::ReadArchive(home.file("missing.zip"), entries, error));
     // Deterministic mutations of the good archive: flipped bytes, cut tails.
     std::mt19937 next(12345);
@@ -199,8 +187,7 @@ TEST(ServiceTest, FaultSwitchesMalformedRequestsAndDamagedArchives) {
     for (int round = 0; round < 400; ++round) {
         std::string copy = bytes;
         if (round % 4 == 3) copy.resize(next() % copy.size());
-        for (int i = 0; round % 4 != 3 && i < 1 + round % 5; ++i)
-            copy[next() % copy.size()] = static_cast<char>(next());
+        for (int i = 0; round % 4 != 3 && i < 1 + round % 5; ++i) copy[next() % copy.size()] = static_cast<char>(next());
         WriteBytes(home.file("bad.zip"), copy);
         const bool read = service::ReadArchive(home.file("bad.zip"), entries, error);
         refused += !read;
@@ -209,15 +196,13 @@ TEST(ServiceTest, FaultSwitchesMalformedRequestsAndDamagedArchives) {
     EXPECT_GT(refused, 100) << "cut archives lose their directory";
 
     auto upload = [&](const std::string& archive) {
-        httplib::MultipartFormDataItems items = {{"parent_dir", "", "", ""},
-                                                 {"file", archive, "10001.zip", "application/octet-stream"}};
+        httplib::MultipartFormDataItems items = {{"parent_dir", "", "", ""}, {"file", archive, "10001.zip", "application/octet-stream"}};
         auto res = Client().Post("/gallery/lfupload", items);
         return res ? res->body : "<no reply>";
     };
     ASSERT_EQ("ok", Admin("/admin/user?number=20002&token=other"));
     EXPECT_EQ("error", upload("this is no zip"));
-    EXPECT_EQ("error",
-              upload(MakeZip(home.file("f.zip"), {{"10001//a//x.dwg", "AC1015x"}, {"20002//a//y.dwg", "AC1015y"}})))
+    EXPECT_EQ("error", upload(MakeZip(home.file("f.zip"), {{"10001//a//x.dwg", "AC1015x"}, {"20002//a//y.dwg", "AC1015y"}})))
         << "mixed users";
     auto status = [&](const std::string& token) {
         return Client().Post(("/gallery/lfstatu?usertoken=" + token).c_str(), "", "application/x-www-form-urlencoded");
@@ -229,8 +214,7 @@ TEST(ServiceTest, FaultSwitchesMalformedRequestsAndDamagedArchives) {
 TEST(SampleLibrary, SameSeedSameBytesOtherSeedOtherLibrary) {
     TempHome home;
     service::SampleOptions options{3, 2, 3, 42};
-    ASSERT_TRUE(service::GenerateSample(home.file("a"), options).ok &&
-                service::GenerateSample(home.file("b"), options).ok);
+    ASSERT_TRUE(service::GenerateSample(home.file("a"), options).ok && service::GenerateSample(home.file("b"), options).ok);
     options.seed = 43;
     ASSERT_TRUE(service::GenerateSample(home.file("c"), options).ok);
     auto snapshot = [](const std::string& dir) {

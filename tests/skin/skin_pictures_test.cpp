@@ -124,8 +124,7 @@ QImage PickerButtons() {
     int i = 0;
     for (const PickerRecipe& s : kPickerButtons) {
         auto* b = new CSelTypeclassButton(&window);
-        b->Create(QString::fromUtf8(s.caption), true, ScaleBox(10 + 190 * (i % 4), 10 + 50 * (i / 4), s.w, s.h),
-                  &window, 2000);
+        b->Create(QString::fromUtf8(s.caption), true, ScaleBox(10 + 190 * (i % 4), 10 + 50 * (i / 4), s.w, s.h), &window, 2000);
         ++i;
         b->kind = s.kind;
         b->checked = s.checked;
@@ -185,12 +184,11 @@ QImage Bars() {
 QImage TipBox(bool twoLines) {
     CPopTipDlg dlg;
     if (twoLines) {
-        dlg.Configure(QStringLiteral("删除文件夹是一个很长很长很长的标题"), true,
-                      QStringLiteral("确定删除该文件夹吗？"), QStringLiteral("文件夹内的图块将一并删除"),
-                      QStringLiteral("删除"), QStringLiteral("取消"));
+        dlg.Configure(QStringLiteral("删除文件夹是一个很长很长很长的标题"), true, QStringLiteral("确定删除该文件夹吗？"),
+                      QStringLiteral("文件夹内的图块将一并删除"), QStringLiteral("删除"), QStringLiteral("取消"));
     } else {
-        dlg.Configure(QStringLiteral("提示"), false, QStringLiteral("图块正在下载，请稍后再试"), QString(),
-                      QStringLiteral("确定"), QStringLiteral("取消"));
+        dlg.Configure(QStringLiteral("提示"), false, QStringLiteral("图块正在下载，请稍后再试"), QString(), QStringLiteral("确定"),
+                      QStringLiteral("取消"));
     }
     dlg.OnInitDialog();
     return WithHover(dlg);
@@ -210,8 +208,7 @@ TEST(SkinPictures, EverySceneMatchesItsReference) {
         for (float rate : {1.0f, 1.5f}) {
             if (!scales && rate != 1.0f) continue;
             test::UseRate(rate);
-            EXPECT_TRUE(
-                test::MatchesReference(draw(), "skin", scene + std::string(rate == 1.0f ? "_rate_1.0" : "_rate_1.5")));
+            EXPECT_TRUE(test::MatchesReference(draw(), "skin", scene + std::string(rate == 1.0f ? "_rate_1.0" : "_rate_1.5")));
         }
     }
     test::UseRate(1.0f);

@@ -94,8 +94,7 @@ TEST(SkinScale, OptionScreenRuleBucketsTruncationFontsTextMeasureAndTheSheet) {
                                                    {QString::fromUtf8("\xF0\x9F\x98\x80"), 1, 0},
                                                    {QStringLiteral("é"), 0, 1}};
     for (const auto& [text, single, doubled] : texts)
-        EXPECT_EQ(std::make_pair(CountGbkClasses(text).single, CountGbkClasses(text).doubled),
-                  std::make_pair(single, doubled))
+        EXPECT_EQ(std::make_pair(CountGbkClasses(text).single, CountGbkClasses(text).doubled), std::make_pair(single, doubled))
             << text.toStdString();
     // Every one-byte character counts as a D, whatever its own width.
     EXPECT_EQ(MeasureText(QStringLiteral("iii")), MeasureText(QStringLiteral("DDD")));
@@ -135,17 +134,15 @@ TEST(SkinButtons, HoverCursorAndTheTabsPosts) {
     test::MoveTo(b, QPoint(5, 5));
     EXPECT_EQ(std::make_tuple(b->hover, b->cursor().shape()), std::make_tuple(true, Qt::PointingHandCursor));
     test::MoveAway(&window);
-    EXPECT_EQ(std::make_tuple(b->hover, b->cursor().shape()), std::make_tuple(false, Qt::ArrowCursor))
-        << "leaving clears the hover";
+    EXPECT_EQ(std::make_tuple(b->hover, b->cursor().shape()), std::make_tuple(false, Qt::ArrowCursor)) << "leaving clears the hover";
     // A tab's double click and right click are posted to the parent, with the tab.
     seen.Take();
     test::DoubleClick(tabs[1], QPoint(5, 5));
     test::Press(tabs[0], QPoint(5, 5), Qt::RightButton);
     test::Release(tabs[0], QPoint(5, 5), Qt::RightButton);
     EXPECT_TRUE(seen.records.empty()) << "posted, not sent";
-    EXPECT_EQ(seen.Take(),
-              (std::vector<RecordedMessage>{{MsgPanelCommand, 2u, static_cast<std::intptr_t>(HandleOf(tabs[1])), {}},
-                                            {MsgPanelEvent, 9u, static_cast<std::intptr_t>(HandleOf(tabs[0])), {}}}));
+    EXPECT_EQ(seen.Take(), (std::vector<RecordedMessage>{{MsgPanelCommand, 2u, static_cast<std::intptr_t>(HandleOf(tabs[1])), {}},
+                                                         {MsgPanelEvent, 9u, static_cast<std::intptr_t>(HandleOf(tabs[0])), {}}}));
 }
 
 // A bar of `height` in a window that keeps the scroll messages.
@@ -241,8 +238,7 @@ TEST(PopTipDlg, CloseAndEscapeAnswerAsTheSecondButton) {
     };
     test::UseRate(1.0f);
     CPopTipDlg two;
-    two.Configure(QStringLiteral("删除"), true, QStringLiteral("删除吗？"), QString(), QStringLiteral("删除"),
-                  QStringLiteral("取消"));
+    two.Configure(QStringLiteral("删除"), true, QStringLiteral("删除吗？"), QString(), QStringLiteral("删除"), QStringLiteral("取消"));
     two.OnInitDialog();
     EXPECT_EQ(run(two, [&] { test::Click(two.CloseButton(), QPoint(3, 3)); }), 2);
     EXPECT_EQ(run(two, [&] { test::Key(&two, Qt::Key_Escape); }), 2);

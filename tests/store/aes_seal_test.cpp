@@ -12,8 +12,7 @@ namespace {
 
 std::string FromHex(const std::string& hex) {
     std::string out;
-    for (size_t i = 0; i + 1 < hex.size(); i += 2)
-        out.push_back(static_cast<char>(std::stoi(hex.substr(i, 2), nullptr, 16)));
+    for (size_t i = 0; i + 1 < hex.size(); i += 2) out.push_back(static_cast<char>(std::stoi(hex.substr(i, 2), nullptr, 16)));
     return out;
 }
 
@@ -60,9 +59,8 @@ TEST(Seal, MatchesAnIndependentCipherAndRefusesWhatCannotBeWhole) {
         EXPECT_EQ(DecryptFromHex(SealAes(), hex), Utf16ToUtf8(name) + (boutique ? "1" : "0"));
     }
     const std::string seal = MakeSeal(u"建筑图库", true);
-    for (const std::string& broken :
-         {std::string(), seal.substr(0, 31), seal.substr(0, 30), seal.substr(0, 17) + "G" + seal.substr(18),
-          seal.substr(0, 17) + " " + seal.substr(18), MakeSeal(u"Mechanical part", false).substr(0, 48)})
+    for (const std::string& broken : {std::string(), seal.substr(0, 31), seal.substr(0, 30), seal.substr(0, 17) + "G" + seal.substr(18),
+                                      seal.substr(0, 17) + " " + seal.substr(18), MakeSeal(u"Mechanical part", false).substr(0, 48)})
         EXPECT_EQ(DecryptFromHex(SealAes(), broken), "") << broken;
     EXPECT_EQ(DecryptFromHex(SealAes(), EncryptToHex(SealAes(), "")), "");  // one block of padding alone
 }

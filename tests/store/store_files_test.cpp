@@ -31,8 +31,7 @@ protected:
 // The file Stone.xdb: one complete class and one stale one, written empty and read back empty.
 TEST_F(Catalogue, WritesTheExactBytesOfWholeUtf8ReadsThemBackAndRefusesBrokenFiles) {
     GalleryNode* g = AddGallery(u"Stone");
-    GalleryNode *granite = AddClass(g, u"Granite", 3, u"http://h/g"),
-                *marble = AddClass(g, u"Marble", 7, u"http://h/m");
+    GalleryNode *granite = AddClass(g, u"Granite", 3, u"http://h/g"), *marble = AddClass(g, u"Marble", 7, u"http://h/m");
     AddBlock(granite, u"a.dwg", 2048, false);
     AddBlock(granite, u"b&c.dwg", 10, true);
     AddBlock(marble, u"old.dwg", 5, false);
@@ -54,8 +53,7 @@ TEST_F(Catalogue, WritesTheExactBytesOfWholeUtf8ReadsThemBackAndRefusesBrokenFil
     ASSERT_TRUE(ReadCatalogue(store, u"Stone"));
     ASSERT_EQ(fresh->dirChildren.size(), 2u);
     EXPECT_EQ(fresh->dirChildren[0]->parent, fresh);
-    EXPECT_EQ(DumpChildren(fresh),
-              granitePart + u"Stone|Marble|" + rootPath + u"/Stone/Marble|dir|http://h/m|7|0|-|-\n");
+    EXPECT_EQ(DumpChildren(fresh), granitePart + u"Stone|Marble|" + rootPath + u"/Stone/Marble|dir|http://h/m|7|0|-|-\n");
 
     GalleryStore bare;  // without a root nothing is read or written
     WriteCatalogue(bare, u"");
@@ -77,8 +75,7 @@ TEST_F(Catalogue, WritesTheExactBytesOfWholeUtf8ReadsThemBackAndRefusesBrokenFil
     AddClass(g, u"", 0, u"");
     // Many blocks of one class, to pass any first guess of the file's size.
     GalleryNode* big = AddClass(g, u"大" + pair, 2, u"http://h/大");  // a pair at a value's end
-    for (int i = 0; i < 2000; ++i)
-        AddBlock(big, u"块" + Utf8ToUtf16(std::to_string(i)) + pair + u".dwg", i * 1000, i % 3 == 0);
+    for (int i = 0; i < 2000; ++i) AddBlock(big, u"块" + Utf8ToUtf16(std::to_string(i)) + pair + u".dwg", i * 1000, i % 3 == 0);
     for (GalleryNode* c : {big, a})
         for (GalleryNode* b : c->fileChildren)
             if (b) b->boutique = true;
@@ -112,8 +109,7 @@ TEST_F(Catalogue, WritesTheExactBytesOfWholeUtf8ReadsThemBackAndRefusesBrokenFil
 
     // Broken files leave the tree as it was; incomplete elements are skipped.
     const std::string seal = MakeSeal(u"G", false);
-    const std::string body =
-        "<sub n=\"K\" ver=\"3\" u_b=\"http://k\" ><itm fn=\"a.dwg\" sz=\"1\" hi=\"0\" /></sub></root>\r";
+    const std::string body = "<sub n=\"K\" ver=\"3\" u_b=\"http://k\" ><itm fn=\"a.dwg\" sz=\"1\" hi=\"0\" /></sub></root>\r";
     const std::string good = kHead + seal + "\">\r" + body;
     auto withSeal = [&](const std::string& s) { return kHead + s + "\">\r" + body; };
     std::string oneDigit = seal;
@@ -131,8 +127,7 @@ TEST_F(Catalogue, WritesTheExactBytesOfWholeUtf8ReadsThemBackAndRefusesBrokenFil
     for (const auto& [what, bytes] : broken) {
         g = Reset(u"G");
         WriteBytes(Utf16ToUtf8(FileOf(u"G")), bytes);
-        EXPECT_TRUE(!ReadCatalogue(store, u"G") && g->dirChildren.empty() && store.root->dirChildren.size() == 1u)
-            << what;
+        EXPECT_TRUE(!ReadCatalogue(store, u"G") && g->dirChildren.empty() && store.root->dirChildren.size() == 1u) << what;
     }
     RemoveFile(FileOf(u"G"));
     EXPECT_FALSE(ReadCatalogue(store, u"G"));
@@ -140,13 +135,12 @@ TEST_F(Catalogue, WritesTheExactBytesOfWholeUtf8ReadsThemBackAndRefusesBrokenFil
     // The seal alone is checked (in either case); elements that lack a part are skipped.
     std::string lower = seal;
     for (char& ch : lower) ch = static_cast<char>(std::tolower(static_cast<unsigned char>(ch)));
-    WriteBytes(
-        Utf16ToUtf8(FileOf(u"G")),
-        kHead + lower +
-            "\">\r<sub n=\"\" ver=\"1\" u_b=\"x\" >"
-            "<itm fn=\"lost.dwg\" sz=\"1\" hi=\"0\" /></sub><sub n=\"K\" ver=\"9\" u_b=\"http://k\" >"
-            "<itm fn=\"nohi.dwg\" sz=\"1\" /><itm fn=\"\" sz=\"1\" hi=\"0\" />"
-            "<itm fn=\"nosz.dwg\" sz=\"\" hi=\"0\" /><itm fn=\"ok.dwg\" sz=\"12abc\" hi=\"yes\" /></sub></root>\r");
+    WriteBytes(Utf16ToUtf8(FileOf(u"G")),
+               kHead + lower +
+                   "\">\r<sub n=\"\" ver=\"1\" u_b=\"x\" >"
+                   "<itm fn=\"lost.dwg\" sz=\"1\" hi=\"0\" /></sub><sub n=\"K\" ver=\"9\" u_b=\"http://k\" >"
+                   "<itm fn=\"nohi.dwg\" sz=\"1\" /><itm fn=\"\" sz=\"1\" hi=\"0\" />"
+                   "<itm fn=\"nosz.dwg\" sz=\"\" hi=\"0\" /><itm fn=\"ok.dwg\" sz=\"12abc\" hi=\"yes\" /></sub></root>\r");
     g = Reset(u"G");
     ASSERT_TRUE(ReadCatalogue(store, u"G"));
     EXPECT_EQ(DumpTree(g), u"Orsolen|G|" + rootPath + u"/G|dir||0|0|-|-\n  G|K|" + rootPath +
@@ -191,12 +185,10 @@ TEST_F(Layout, VersionTipShowListAndTheMoveFromThePreviousGeneration) {
     std::vector<std::string> names{""};  // empty items don't count
     for (int i = 0; i < 150; ++i) names.push_back("g" + std::to_string(i));
     WriteBytes(Utf16ToUtf8(ShowListPath()), ShowXml(names));
-    EXPECT_TRUE(ReadShowList(false).size() == 101u &&
-                !DirectoryExists(StoreRoot() + u"/g0"));  // without createFolders nothing is made
+    EXPECT_TRUE(ReadShowList(false).size() == 101u && !DirectoryExists(StoreRoot() + u"/g0"));  // without createFolders nothing is made
     const auto items = ReadShowList(true);
     ASSERT_EQ(items.size(), 101u);
-    EXPECT_TRUE(items.back().name == u"g100" && DirectoryExists(StoreRoot() + u"/g100") &&
-                !DirectoryExists(StoreRoot() + u"/g101"));
+    EXPECT_TRUE(items.back().name == u"g100" && DirectoryExists(StoreRoot() + u"/g100") && !DirectoryExists(StoreRoot() + u"/g101"));
     // (More than 101 listed, a new name is still added: the class manager's route test.)
 
     RemoveDirectoryTree(StoreRoot());
@@ -222,12 +214,11 @@ TEST_F(Layout, VersionTipShowListAndTheMoveFromThePreviousGeneration) {
         const char16_t* flag;
     };
     const Step steps[] = {
-        {"a list here: the old folder is not looked at",
-         [&] { WriteBytes(Utf16ToUtf8(ShowListPath()), ShowXml({"New"})); }, ShowXml({"New"}), u""},
+        {"a list here: the old folder is not looked at", [&] { WriteBytes(Utf16ToUtf8(ShowListPath()), ShowXml({"New"})); },
+         ShowXml({"New"}), u""},
         {"none here, flag unset: copied, flag set", [&] { RemoveFile(ShowListPath()); }, ShowXml({"Old"}), u"1"},
         {"flag set: nothing copied", [&] { RemoveFile(ShowListPath()); }, "", u"1"},
-        {"no old list: the flag is set all the same", [&] { RemoveFile(flag), RemoveFile(old + u"/Show.xml"); }, "",
-         u"1"},
+        {"no old list: the flag is set all the same", [&] { RemoveFile(flag), RemoveFile(old + u"/Show.xml"); }, "", u"1"},
         {"no store folder: the copy makes it",
          [&] {
              RemoveDirectoryTree(StoreRoot()), RemoveFile(flag);
@@ -238,9 +229,8 @@ TEST_F(Layout, VersionTipShowListAndTheMoveFromThePreviousGeneration) {
     for (const Step& step : steps) {
         step.prepare();
         MoveFromPreviousGeneration();
-        EXPECT_EQ(
-            std::make_pair(ReadBytes(Utf16ToUtf8(ShowListPath())), IniGetString(flag, u"BrindleMoved", u"flag", u"")),
-            std::make_pair(step.list, std::u16string(step.flag)))
+        EXPECT_EQ(std::make_pair(ReadBytes(Utf16ToUtf8(ShowListPath())), IniGetString(flag, u"BrindleMoved", u"flag", u"")),
+                  std::make_pair(step.list, std::u16string(step.flag)))
             << step.what;
     }
     EXPECT_TRUE(FileExists(old + u"/Show.xml"));  // the old file stays

@@ -28,8 +28,7 @@ protected:
         AddChild(store.root, g, false);
         return g;
     }
-    static GalleryNode* AddClass(GalleryNode* gallery, const std::u16string& name, int32_t version,
-                                 const std::u16string& base) {
+    static GalleryNode* AddClass(GalleryNode* gallery, const std::u16string& name, int32_t version, const std::u16string& base) {
         auto* c = new GalleryNode(gallery->name, gallery->Path() + u"/" + name, name, kKindDir, false, false, 0);
         c->version = version;
         c->remoteBase = base;
@@ -42,9 +41,7 @@ protected:
         AddChild(cls, b, false);
         return b;
     }
-    static std::string DataFile(const std::string& name) {
-        return ReadBytes(SourceDir() + "/tests/store/data/" + name);
-    }
+    static std::string DataFile(const std::string& name) { return ReadBytes(SourceDir() + "/tests/store/data/" + name); }
     // Writes a stand-in block file so that the list filters see it.
     static void Touch(const std::u16string& path) {
         CreateDirectories(path.substr(0, path.find_last_of(u'/')));

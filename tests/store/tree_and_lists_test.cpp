@@ -35,8 +35,7 @@ TEST_F(Tree, ChildrenAndLookups) {
     GalleryNode* cn = AddBlock(c2, u"木门OOR.dwg", 1, false);
     EXPECT_EQ(std::u16string(door->OwnerName()) + u"|" + DownloadUrl(*door), u"C1|http://h/c1/DoorFrame.dwg");
     EXPECT_TRUE(door->PathIs(rootPath + u"/G/C1/DoorFrame.dwg"));
-    for (const std::u16string& other :
-         {rootPath + u"/G/C1xDoorFrame.dwg", rootPath + u"/G/C1/xDoorFrame.dwg", rootPath + u"/G/C1/"})
+    for (const std::u16string& other : {rootPath + u"/G/C1xDoorFrame.dwg", rootPath + u"/G/C1/xDoorFrame.dwg", rootPath + u"/G/C1/"})
         EXPECT_FALSE(door->PathIs(other)) << Utf16ToUtf8(other);  // the slash and the whole last name count
     // Common-use and recent entries for the same blocks, ahead of them in the walk.
     GalleryNode* common = Entry(kCommonUseTag, door, g, true);
@@ -45,11 +44,9 @@ TEST_F(Tree, ChildrenAndLookups) {
     c1->fileChildren.push_back(nullptr);  // null slots are skipped by every walk
     g->dirChildren.insert(g->dirChildren.begin(), nullptr);
 
-    EXPECT_EQ(std::make_pair(FindNodeByPath(store.root, c2->Path()), FindNodeByPath(store.root, rootPath)),
-              std::make_pair(c2, store.root));
+    EXPECT_EQ(std::make_pair(FindNodeByPath(store.root, c2->Path()), FindNodeByPath(store.root, rootPath)), std::make_pair(c2, store.root));
     for (const std::u16string& path : {door->Path(), c1->Path() + u"/", rootPath + u"/g/C2"})
-        EXPECT_EQ(FindNodeByPath(store.root, path), nullptr)
-            << Utf16ToUtf8(path);  // dirs only, whole and case-sensitive
+        EXPECT_EQ(FindNodeByPath(store.root, path), nullptr) << Utf16ToUtf8(path);  // dirs only, whole and case-sensitive
     GalleryNode only(u"C2", rootPath + u"/G/C2/only.dwg", u"only", kKindFile, false, false, 0);
     Entry(kCommonUseTag, &only, g, false);
     const std::tuple<GalleryNode*, std::u16string, bool, GalleryNode*> blocks[] = {
@@ -225,14 +222,11 @@ TEST_F(Tree, RebuildKeepsOldClassesAndMarksNewOnesStale) {
     RebuildClassList(store, g, {cand(u"Three", 2), cand(u"Two", 5), nullptr, cand(u"One", 4)});
     ASSERT_EQ(g->dirChildren.size(), 3u);
     EXPECT_TRUE(g->dirChildren[0]->name == u"Three" && g->dirChildren[1] == old2 && g->dirChildren[2] == old1);
-    EXPECT_EQ(std::make_pair(old1->fileChildren.size(), old1->version),
-              std::make_pair(size_t{1}, 1));  // kept as it was
-    EXPECT_EQ(store.staleClasses,
-              (std::map<std::u16string, int32_t>{{g->Path() + u"/Three", 2}, {g->Path() + u"/One", 4}}));
+    EXPECT_EQ(std::make_pair(old1->fileChildren.size(), old1->version), std::make_pair(size_t{1}, 1));  // kept as it was
+    EXPECT_EQ(store.staleClasses, (std::map<std::u16string, int32_t>{{g->Path() + u"/Three", 2}, {g->Path() + u"/One", 4}}));
 
     ClearChildren(g);  // the sanitizer build checks that nothing below leaked
-    EXPECT_TRUE(g->dirChildren.empty() && g->fileChildren.empty() && g->boutique &&
-                g->name + g->Path() == u"G" + rootPath + u"/G");
+    EXPECT_TRUE(g->dirChildren.empty() && g->fileChildren.empty() && g->boutique && g->name + g->Path() == u"G" + rootPath + u"/G");
 }
 
 // The recent and common-use lists.
@@ -265,14 +259,12 @@ TEST_F(Lists, ExactBytesTheLimitAndTheRecentAndCommonListsThroughTheirFilesBroke
     nodes.reserve(501);
     std::vector<GalleryNode*> all;
     for (int i = 0; i < 501; ++i)
-        all.push_back(
-            &nodes.emplace_back(kRootName, u"/p/" + Utf8ToUtf16(std::to_string(i)), u"", kKindFile, false, false, 0));
+        all.push_back(&nodes.emplace_back(kRootName, u"/p/" + Utf8ToUtf16(std::to_string(i)), u"", kKindFile, false, false, 0));
     std::vector<std::u16string> first500 = Paths(all);
     first500.pop_back();
     EXPECT_EQ(ComposeListFile(all), ListOf(first500));
 
-    const std::u16string a = rootPath + u"/G/C/a.dwg", b = rootPath + u"/G/C/b.dwg",
-                         upper = rootPath + u"/G/C.x/Up.v2.DWG";
+    const std::u16string a = rootPath + u"/G/C/a.dwg", b = rootPath + u"/G/C/b.dwg", upper = rootPath + u"/G/C.x/Up.v2.DWG";
     GalleryNode *g = AddGallery(u"G"), *mine = AddGallery(u"我的收藏"), *empty = AddGallery(u"Empty");
     AddChild(g, new GalleryNode(kCommonUseTag, b, u"b", kKindFile, false, false, 0), false);
     AddChild(mine, new GalleryNode(kCommonUseTag, a, u"a", kKindFile, false, false, 0), false);
@@ -291,8 +283,7 @@ TEST_F(Lists, ExactBytesTheLimitAndTheRecentAndCommonListsThroughTheirFilesBroke
     chmod(Utf16ToUtf8(rootPath + u"/RecentlyUse.xml").c_str(), 0444);
     SaveRecentList(store);
     EXPECT_EQ(ReadBytes(Utf16ToUtf8(rootPath + u"/RecentlyUse.xml")), ListOf({a, upper, b}));
-    EXPECT_EQ(ReadBytes(Utf16ToUtf8(g->Path() + u"/CommonUse.xml")) +
-                  ReadBytes(Utf16ToUtf8(empty->Path() + u"/CommonUse.xml")),
+    EXPECT_EQ(ReadBytes(Utf16ToUtf8(g->Path() + u"/CommonUse.xml")) + ReadBytes(Utf16ToUtf8(empty->Path() + u"/CommonUse.xml")),
               ListOf({b}) + ListOf({}));
     EXPECT_FALSE(FileExists(mine->Path() + u"/CommonUse.xml"));
 
@@ -305,8 +296,7 @@ TEST_F(Lists, ExactBytesTheLimitAndTheRecentAndCommonListsThroughTheirFilesBroke
 
     // A gallery added to the tree reads its common-use list; a class does not.
     CreateDirectories(rootPath + u"/H/C");
-    for (const char16_t* list : {u"/H/CommonUse.xml", u"/H/C/CommonUse.xml"})
-        WriteBytes(Utf16ToUtf8(rootPath + list), ListOf({a}));
+    for (const char16_t* list : {u"/H/CommonUse.xml", u"/H/C/CommonUse.xml"}) WriteBytes(Utf16ToUtf8(rootPath + list), ListOf({a}));
     GalleryNode* h = AddGallery(u"H");
     ASSERT_EQ(h->fileChildren.size(), 1u);
     EXPECT_EQ(h->fileChildren[0]->OwnerName() + h->fileChildren[0]->name, std::u16string(kCommonUseTag) + u"a");

@@ -13,9 +13,7 @@
 namespace marrowfin::test {
 
 inline std::string ResultOf(const MarkupDocument& doc) { return Utf16ToUtf8(doc.GetResult()); }
-inline bool HasRecord(const MarkupDocument& doc, const char* record) {
-    return ResultOf(doc).find(record) != std::string::npos;
-}
+inline bool HasRecord(const MarkupDocument& doc, const char* record) { return ResultOf(doc).find(record) != std::string::npos; }
 
 // Empty when links agree both ways, every element lies inside its parent and on a '<',
 // siblings are in text order without overlap, and depths and first marks fit.
@@ -29,11 +27,9 @@ inline std::string CheckIndex(const MarkupDocument& doc) {
         const auto& n = doc.Record(r.nextSibling);
         const uint32_t level = r.parent == 0 ? 0 : (p.levelMarks & 0xFFFF) + 1;
         if (r.start >= text.size() || text[r.start] != u'<' || size_t{r.start} + r.length > text.size() ||
-            (r.tagLengths & 0x3FFFFF) > r.length ||
-            (r.parent != 0 && (r.start < p.start || r.start + r.length > p.start + p.length)) ||
+            (r.tagLengths & 0x3FFFFF) > r.length || (r.parent != 0 && (r.start < p.start || r.start + r.length > p.start + p.length)) ||
             (r.nextSibling != 0 && (n.prevSibling != i || n.parent != r.parent || n.start < r.start + r.length)) ||
-            (p.firstChild == i) != ((r.levelMarks & MarkupDocument::MarkFirst) != 0) ||
-            (r.levelMarks & 0xFFFF) != level)
+            (p.firstChild == i) != ((r.levelMarks & MarkupDocument::MarkFirst) != 0) || (r.levelMarks & 0xFFFF) != level)
             return "record " + std::to_string(i) + " of " + Utf16ToUtf8(text);
     }
     return {};

@@ -22,16 +22,13 @@ struct MessageLog {
     std::vector<RecordedMessage> records;
 
     // The records of `message` with a wParam from `first` to `last`.
-    std::vector<RecordedMessage> Of(uint32_t message, std::uintptr_t first = 0,
-                                    std::uintptr_t last = UINTPTR_MAX) const {
+    std::vector<RecordedMessage> Of(uint32_t message, std::uintptr_t first = 0, std::uintptr_t last = UINTPTR_MAX) const {
         std::vector<RecordedMessage> out;
         for (const RecordedMessage& r : records)
             if (r.message == message && r.wParam >= first && r.wParam <= last) out.push_back(r);
         return out;
     }
-    int Count(uint32_t message, std::uintptr_t wParam) const {
-        return static_cast<int>(Of(message, wParam, wParam).size());
-    }
+    int Count(uint32_t message, std::uintptr_t wParam) const { return static_cast<int>(Of(message, wParam, wParam).size()); }
 };
 
 }  // namespace marrowfin::test

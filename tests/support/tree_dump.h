@@ -11,9 +11,8 @@ namespace marrowfin::test {
 
 inline std::u16string DumpTree(const GalleryNode* n, int depth = 0) {
     std::u16string s(static_cast<size_t>(depth) * 2, u' ');
-    s += std::u16string(n->OwnerName()) + u"|" + n->name + u"|" + n->Path() + u"|" +
-         (n->kind == NodeKind::File ? kKindFile : kKindDir) + u"|" + DownloadUrl(*n) + u"|" +
-         Utf8ToUtf16(std::to_string(n->version)) + u"|" + Utf8ToUtf16(std::to_string(n->size)) +
+    s += std::u16string(n->OwnerName()) + u"|" + n->name + u"|" + n->Path() + u"|" + (n->kind == NodeKind::File ? kKindFile : kKindDir) +
+         u"|" + DownloadUrl(*n) + u"|" + Utf8ToUtf16(std::to_string(n->version)) + u"|" + Utf8ToUtf16(std::to_string(n->size)) +
          (n->hidden ? u"|h" : u"|-") + (n->boutique ? u"|b" : u"|-") + u"\n";
     for (auto* c : n->fileChildren) s += c ? DumpTree(c, depth + 1) : u"";
     for (auto* c : n->dirChildren) s += c ? DumpTree(c, depth + 1) : u"";

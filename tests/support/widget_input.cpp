@@ -46,8 +46,8 @@ void MoveTo(QWidget* widget, QPoint at) {
 void MoveAway(QWidget* window) { MoveTo(window, QPoint(window->width() - 1, window->height() - 1)); }
 
 void Wheel(QWidget* widget, QPoint at, int notches) {
-    QWheelEvent wheel(QPointF(at), widget->mapToGlobal(QPointF(at)), QPoint(), QPoint(0, 120 * notches), Qt::NoButton,
-                      Qt::NoModifier, Qt::NoScrollPhase, false);
+    QWheelEvent wheel(QPointF(at), widget->mapToGlobal(QPointF(at)), QPoint(), QPoint(0, 120 * notches), Qt::NoButton, Qt::NoModifier,
+                      Qt::NoScrollPhase, false);
     QApplication::sendEvent(widget, &wheel);
     QCoreApplication::processEvents();
 }

@@ -47,17 +47,17 @@ TEST(ClassTable, ReadAndApplied) {
     test::TempHome home;
     // A type before the sorts whose kinds it fills; two sorts of other ids between the known ones.
     MarkupDocument doc;
-    ASSERT_TRUE(doc.SetText(
-        u"<root><word>挑图库</word><showdesc>1</showdesc><type>"
-        u"<item><name>无类</name><ver>3</ver></item>"  // first of its type, no kind
-        u"<item><kind>建筑</kind><name>门窗</name><describe>门和窗</describe><ver>2</ver></item>"
-        u"<item><name>楼梯</name><ver>1</ver></item>"  // takes 建筑 from the item before
-        u"<item><kind>景观</kind><name>树木</name><ver>5</ver></item>"  // 景观 is in no sort
-        u"<item><kind>室内</kind><name>家具</name><gv>1</gv><ver>7</ver></item>"
-        u"<item><kind>室内</kind><name>灯具</name><gv>1</gv><ver>9</ver></item></type>"
-        u"<sort id=\"通用图库\" show=\"通用\"><kind>全部</kind><kind>建筑</kind></sort>"
-        u"<sort id=\"推荐图库\" show=\"推荐\"><kind>甲</kind><kind>乙</kind></sort><sort id=\"其他\"><kind>丙</kind></sort>"
-        u"<sort id=\"精品图库\" show=\"精品\"><kind>室内</kind><kind>全部</kind></sort></root>"));
+    ASSERT_TRUE(
+        doc.SetText(u"<root><word>挑图库</word><showdesc>1</showdesc><type>"
+                    u"<item><name>无类</name><ver>3</ver></item>"  // first of its type, no kind
+                    u"<item><kind>建筑</kind><name>门窗</name><describe>门和窗</describe><ver>2</ver></item>"
+                    u"<item><name>楼梯</name><ver>1</ver></item>"  // takes 建筑 from the item before
+                    u"<item><kind>景观</kind><name>树木</name><ver>5</ver></item>"  // 景观 is in no sort
+                    u"<item><kind>室内</kind><name>家具</name><gv>1</gv><ver>7</ver></item>"
+                    u"<item><kind>室内</kind><name>灯具</name><gv>1</gv><ver>9</ver></item></type>"
+                    u"<sort id=\"通用图库\" show=\"通用\"><kind>全部</kind><kind>建筑</kind></sort>"
+                    u"<sort id=\"推荐图库\" show=\"推荐\"><kind>甲</kind><kind>乙</kind></sort><sort id=\"其他\"><kind>丙</kind></sort>"
+                    u"<sort id=\"精品图库\" show=\"精品\"><kind>室内</kind><kind>全部</kind></sort></root>"));
     ClassTable read;
     read.generalKinds[u"099_旧"];  // a root restarts the tables
     const ClassTableVersions versions = ReadClassDocument(doc, read);
@@ -71,8 +71,7 @@ TEST(ClassTable, ReadAndApplied) {
     EXPECT_EQ(Items(read.generalKinds, u"002_建筑"), (Names{u"门窗", u"楼梯"}));
     EXPECT_EQ(Items(read.boutiqueKinds, u"006_室内"), (Names{u"家具", u"灯具"}));
     EXPECT_EQ(Items(read.boutiqueKinds, u"007_全部"), (Names{u"家具", u"灯具"}));
-    EXPECT_TRUE(versions.size() == 6u && versions.at(u"灯具") == u"9" &&
-                FindClassItem(read, u"门窗").describe == u"门和窗");
+    EXPECT_TRUE(versions.size() == 6u && versions.at(u"灯具") == u"9" && FindClassItem(read, u"门窗").describe == u"门和窗");
     const std::u16string root = StoreRoot();
     for (auto [path, boutique] : {std::pair{root + u"/家具/沙发/a.dwg", true},
                                   {root + u"/灯具", true},
@@ -86,13 +85,11 @@ TEST(ClassTable, ReadAndApplied) {
     g_seenKinds.clear();
     ClassTable table;
     // Nothing cached and nothing usable: nothing changes, nothing is written.
-    EXPECT_FALSE(ApplyClassTable(u"", table, {}) || ApplyClassTable(u"<root><type>", table, {}) ||
-                 FileExists(ClassTablePath()));
+    EXPECT_FALSE(ApplyClassTable(u"", table, {}) || ApplyClassTable(u"<root><type>", table, {}) || FileExists(ClassTablePath()));
     ASSERT_TRUE(ApplyClassTable(Table(u"1"), table, {}));
     const std::string cached = test::ReadBytes(Utf16ToUtf8(ClassTablePath()));
     // With no start table there is nothing to compare.
-    EXPECT_TRUE(cached.starts_with("\xEF\xBB\xBF") && g_generalTitle + g_boutiqueTitle == u"通精" &&
-                g_seenClasses.empty());
+    EXPECT_TRUE(cached.starts_with("\xEF\xBB\xBF") && g_generalTitle + g_boutiqueTitle == u"通精" && g_seenClasses.empty());
     for (std::u16string_view bad : {u"<root><type><item>", u"error", u"<other/>"}) {
         ClassTable again;
         EXPECT_TRUE(ApplyClassTable(bad, again, {}));  // the cached file instead
@@ -102,8 +99,7 @@ TEST(ClassTable, ReadAndApplied) {
     }
 
     // The user has looked at class B at version 0 and kind 全部 at 3.
-    ASSERT_TRUE(WriteFileAtomic(SeenClassVersionsPath(),
-                                Utf16ToUtf8(u"\xFEFF<item ver=\"0\">B</item>\r<class ver=\"3\">全部</class>\r")));
+    ASSERT_TRUE(WriteFileAtomic(SeenClassVersionsPath(), Utf16ToUtf8(u"\xFEFF<item ver=\"0\">B</item>\r<class ver=\"3\">全部</class>\r")));
     ReadSeenClasses();
     ClassTable startTable;
     const ClassTableVersions start = ReadClassVersions(startTable);
@@ -111,9 +107,8 @@ TEST(ClassTable, ReadAndApplied) {
     EXPECT_TRUE(g_seenClasses[u"B"].seen == u"0" && g_seenKinds[u"全部"].seen == u"3");
     // First refresh: A rises, N is new, B stays as read.
     ASSERT_TRUE(ApplyClassTable(Table(u"2", u"<item><name>N</name><ver>1</ver></item>"), table, start));
-    EXPECT_EQ(std::make_tuple(g_seenClasses[u"A"].newest + g_seenClasses[u"A"].seen,
-                              g_seenClasses[u"N"].newest + g_seenClasses[u"N"].seen, g_seenClasses[u"B"].newest,
-                              g_seenKinds[u"全部"].newest),
+    EXPECT_EQ(std::make_tuple(g_seenClasses[u"A"].newest + g_seenClasses[u"A"].seen, g_seenClasses[u"N"].newest + g_seenClasses[u"N"].seen,
+                              g_seenClasses[u"B"].newest, g_seenKinds[u"全部"].newest),
               std::make_tuple(u"21", u"1", u"", u"4"));
     // Second refresh: still against the start, not the first refresh.
     ASSERT_TRUE(ApplyClassTable(Table(u"3"), table, start));
@@ -135,8 +130,7 @@ TEST(ClassTable, SortWordOnTheWireAndHotWords) {
             return true;
         }
         bool DownloadFile(const std::string&, const std::u16string&, WindowHandle, uint16_t) override { return false; }
-        bool UploadFile(const std::string&, const std::u16string&, const std::u16string&, std::string&,
-                        WindowHandle) override {
+        bool UploadFile(const std::string&, const std::u16string&, const std::u16string&, std::string&, WindowHandle) override {
             return false;
         }
     } stack;
@@ -151,6 +145,5 @@ TEST(ClassTable, SortWordOnTheWireAndHotWords) {
     RestoreDefaultHttpStacks();
     EXPECT_EQ(ParseHotWords(u"<root><hot_words><item>a</item><item>b</item></hot_words><default>d</default></root>"),
               (Names{u"d", u"a", u"b"}));
-    for (std::u16string_view broken : {u"", u"<root><hot_words>", u"<root/>"})
-        EXPECT_TRUE(ParseHotWords(broken).empty());
+    for (std::u16string_view broken : {u"", u"<root><hot_words>", u"<root/>"}) EXPECT_TRUE(ParseHotWords(broken).empty());
 }

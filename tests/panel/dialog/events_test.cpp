@@ -47,9 +47,8 @@ TEST(PanelEvents, HourlyTimerWaitsAtBusyHoursOneShotTimersEndAndPayloadsAreFreed
     SetHourlyRefreshSourcesForTest({}, {});
 
     Pump(400);
-    for (std::uintptr_t id :
-         {kTimerRightStrip, kTimerBuildClassList, kTimerRepaintAll, kTimerClassTableApply, kTimerRowCheck,
-          kTimerThumbRequest, kTimerRowUse, kTimerRowCollect, kTimerRowClassLink, kTimerClassSwitch}) {
+    for (std::uintptr_t id : {kTimerRightStrip, kTimerBuildClassList, kTimerRepaintAll, kTimerClassTableApply, kTimerRowCheck,
+                              kTimerThumbRequest, kTimerRowUse, kTimerRowCollect, kTimerRowClassLink, kTimerClassSwitch}) {
         ASSERT_TRUE(SetTimer(self, id, 60000));
         SendWindowMessage(self, WM_TIMER_MESSAGE, id);
         EXPECT_FALSE(IsTimerRunning(self, id)) << id;

@@ -30,8 +30,7 @@ void Mouse(CBrindleDlg& panel, QEvent::Type type, QPoint global) {
 
 // A key as the host's loop hands it to GaDllPretanslateMsg; one the panel
 // leaves goes on to `receiver`. Answers whether the panel took it.
-bool PressKey(CBrindleDlg& panel, QObject* receiver, int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier,
-              bool release = false) {
+bool PressKey(CBrindleDlg& panel, QObject* receiver, int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier, bool release = false) {
     QKeyEvent event(release ? QEvent::KeyRelease : QEvent::KeyPress, key, modifiers);
     const bool consumed = panel.PreTranslateMessage(receiver, &event);
     if (!consumed && receiver) QCoreApplication::sendEvent(receiver, &event);
@@ -54,10 +53,8 @@ TEST(PanelInput, KeysFocusTheTitleBandAndTheBackgroundRegions) {
     EXPECT_TRUE(PressKey(panel, &panel, Qt::Key_F5) && panel.m_nav.page != PageSearch);
 
     // Tab alone, Control alone and Control with another key go on.
-    EXPECT_FALSE(PressKey(panel, panel.m_classList, Qt::Key_Tab) ||
-                 PressKey(panel, panel.m_classList, Qt::Key_Tab, Qt::NoModifier, true) ||
-                 PressKey(panel, &panel, Qt::Key_Control, Qt::ControlModifier) ||
-                 PressKey(panel, &panel, Qt::Key_A, Qt::ControlModifier) ||
+    EXPECT_FALSE(PressKey(panel, panel.m_classList, Qt::Key_Tab) || PressKey(panel, panel.m_classList, Qt::Key_Tab, Qt::NoModifier, true) ||
+                 PressKey(panel, &panel, Qt::Key_Control, Qt::ControlModifier) || PressKey(panel, &panel, Qt::Key_A, Qt::ControlModifier) ||
                  PressKey(panel, &panel, Qt::Key_Control, Qt::NoModifier, true));
     EXPECT_TRUE(panel.isVisible());
     // Tab held, then Control: the Control press hides, wherever the focus lies (Control held, then
@@ -73,8 +70,7 @@ TEST(PanelInput, KeysFocusTheTitleBandAndTheBackgroundRegions) {
     // Enter outside the edit and Escape are taken and do nothing; Enter in
     // the edit runs the search (here of the collections).
     const int page = panel.m_nav.page;
-    for (int key : {Qt::Key_Return, Qt::Key_Enter, Qt::Key_Escape})
-        EXPECT_TRUE(PressKey(panel, panel.m_classList, key));
+    for (int key : {Qt::Key_Return, Qt::Key_Enter, Qt::Key_Escape}) EXPECT_TRUE(PressKey(panel, panel.m_classList, key));
     EXPECT_TRUE(panel.isVisible() && panel.m_nav.page == page);
     panel.GoToPage(PageCollectionSearch);
     panel.m_searchEdit->setText(QStringLiteral("阀门"));
@@ -93,8 +89,7 @@ TEST(PanelInput, KeysFocusTheTitleBandAndTheBackgroundRegions) {
     panel.m_searchEdit->setFocus();
     Pump(10);
     auto moveOver = [&](QWidget* child, QPoint at) {
-        QMouseEvent move(QEvent::MouseMove, QPointF(at), QPointF(child->mapToGlobal(at)), Qt::NoButton, Qt::NoButton,
-                         Qt::NoModifier);
+        QMouseEvent move(QEvent::MouseMove, QPointF(at), QPointF(child->mapToGlobal(at)), Qt::NoButton, Qt::NoButton, Qt::NoModifier);
         EXPECT_FALSE(panel.PreTranslateMessage(child, &move));
     };
     moveOver(&panel, QPoint(400, 10));  // the background leaves the focus
@@ -186,11 +181,9 @@ TEST(PanelInput, ARebuildRunsBesideTheUserAndQueuedCommandsReadOnlyLiveNodes) {
         ASSERT_TRUE(panel.m_treeWaiting);
         // Meanwhile the user opens the second class: it lists from the tree in hand.
         world.ClickButton(2081, 400);
-        ASSERT_TRUE(
-            PumpUntil([&] { return panel.m_nav.curClassPath != firstClass && !panel.m_nav.listNodes.empty(); }));
+        ASSERT_TRUE(PumpUntil([&] { return panel.m_nav.curClassPath != firstClass && !panel.m_nav.listNodes.empty(); }));
         world.ClickButton(2080, 400);
-        ASSERT_TRUE(
-            PumpUntil([&] { return panel.m_nav.curClassPath == firstClass && panel.m_nav.listNodes.size() > 2; }));
+        ASSERT_TRUE(PumpUntil([&] { return panel.m_nav.curClassPath == firstClass && panel.m_nav.listNodes.size() > 2; }));
         EXPECT_TRUE(panel.m_treeWaiting);
 
         // The new tree waits in the queue; a double-click and a selection come behind it.

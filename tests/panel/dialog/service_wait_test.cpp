@@ -22,8 +22,7 @@ namespace {
 struct LoopWitness : QTimer {
     int ticksWhileAsked = 0;
     LoopWitness(service::ServiceHandle& service, std::string path) {
-        connect(this, &QTimer::timeout,
-                [this, &service, path] { ticksWhileAsked += service.counters().get(path).active > 0; });
+        connect(this, &QTimer::timeout, [this, &service, path] { ticksWhileAsked += service.counters().get(path).active > 0; });
         start(10);
     }
 };
@@ -65,8 +64,7 @@ TEST(ServiceWait, FirstRunClassTableComesFromAWorkerBeforeTheWordsAndRefreshesKe
     // built, no gallery is marked boutique, no kinds, no default word.
     ASSERT_TRUE(PumpUntil([&] { return panel.m_nav.classesReady; }));
     Pump(100);  // command 19 after the first class list
-    ASSERT_TRUE(store.root && store.root->dirChildren.size() == 2u &&
-                store.root->dirChildren[1]->name == world.galleries[1]);
+    ASSERT_TRUE(store.root && store.root->dirChildren.size() == 2u && store.root->dirChildren[1]->name == world.galleries[1]);
     EXPECT_EQ(BoutiqueMarks(), (std::vector<bool>{false, false}));
     EXPECT_TRUE(panel.m_generalKinds.empty() && panel.m_hotWords.empty() && g_defaultHotWord.isEmpty());
     EXPECT_FALSE(FileExists(ClassTablePath()) || panel.IsBlkBoutique(fineBlock));
@@ -88,8 +86,7 @@ TEST(ServiceWait, FirstRunClassTableComesFromAWorkerBeforeTheWordsAndRefreshesKe
 
     // One request each, and the first run leaves the network option alone.
     auto count = [&](const char* path) { return world.service.counters().get(path).count; };
-    EXPECT_EQ(std::make_tuple(count("/gallery/selpageinfo"), count("/gallery/gethotwords"),
-                              GetOptionInt(u"RequestNetwork", -7)),
+    EXPECT_EQ(std::make_tuple(count("/gallery/selpageinfo"), count("/gallery/gethotwords"), GetOptionInt(u"RequestNetwork", -7)),
               std::make_tuple(1L, 1L, -7));
 
     // A gallery outside the tree is judged by the table: every third of the sample (the second first) is boutique.
@@ -121,16 +118,14 @@ TEST(ServiceWait, FirstRunClassTableComesFromAWorkerBeforeTheWordsAndRefreshesKe
     panel.m_generalKinds.clear();
     ASSERT_TRUE(PumpUntil([&] { return !panel.m_generalKinds.empty() && count("/gallery/selpageinfo") == 3; }));
     Pump(200);
-    EXPECT_EQ(std::make_pair(panel.m_hotWords.empty(), ReadBytes(Utf16ToUtf8(ClassTablePath()))),
-              std::make_pair(false, cached));
+    EXPECT_EQ(std::make_pair(panel.m_hotWords.empty(), ReadBytes(Utf16ToUtf8(ClassTablePath()))), std::make_pair(false, cached));
     // No thread to be had: handled as a failed fetch on the panel's thread, nothing asked.
     world.service.faults().clearAll();
     FailThreadStartsForTests(1);
     (void)SendWindowMessage(panel.Handle(), MsgPanelCommand, 24, 0);
     panel.m_generalKinds.clear();
     ASSERT_TRUE(PumpUntil([&] { return !panel.m_generalKinds.empty(); }));
-    EXPECT_EQ(std::make_pair(count("/gallery/selpageinfo"), ReadBytes(Utf16ToUtf8(ClassTablePath()))),
-              std::make_pair(3L, cached));
+    EXPECT_EQ(std::make_pair(count("/gallery/selpageinfo"), ReadBytes(Utf16ToUtf8(ClassTablePath()))), std::make_pair(3L, cached));
 
     // Without the network option the sort command does not ask; with it, an hourly tick at a quiet hour refreshes.
     ASSERT_TRUE(WriteOptionInt(u"RequestNetwork", 0));
@@ -193,10 +188,9 @@ TEST(LivePages, CollectionSearchWaitsForTheCloudBlocksFiltersThemAndDropsLateAns
         const bool nut = row.name == QStringLiteral("螺母.dwg");
         // The nut's file is in the mirror.
         EXPECT_EQ(std::make_tuple(row.klass, row.subclass, row.prefetch, row.path, row.state, row.boutique),
-                  std::make_tuple(
-                      QStringLiteral("我的收藏"), QStringLiteral("收藏夹1"), true,
-                      QString::fromStdU16String(NumberedCollectionFolder(42)) + QStringLiteral("/收藏夹1/") + row.name,
-                      int(nut ? RowCollected : RowRemote), nut))
+                  std::make_tuple(QStringLiteral("我的收藏"), QStringLiteral("收藏夹1"), true,
+                                  QString::fromStdU16String(NumberedCollectionFolder(42)) + QStringLiteral("/收藏夹1/") + row.name,
+                                  int(nut ? RowCollected : RowRemote), nut))
             << row.name.toStdString();
     }
     EXPECT_TRUE(p.m_rows.size() == 2u && p.m_searchState == 0 && w.Shown(p.m_searchList));
@@ -229,8 +223,7 @@ TEST(LivePages, CollectionSearchWaitsForTheCloudBlocksFiltersThemAndDropsLateAns
     EXPECT_EQ(p.m_searchState, 0);
     ASSERT_TRUE(w.WaitForSwitch());
     ASSERT_TRUE(AnswerCame(w, left));
-    EXPECT_TRUE(p.m_nav.page == PageCollection && p.m_collectionRows.empty() && p.m_rows.empty() &&
-                !p.m_collectionRowsPending);
+    EXPECT_TRUE(p.m_nav.page == PageCollection && p.m_collectionRows.empty() && p.m_rows.empty() && !p.m_collectionRowsPending);
 
     // Leave and come back before the first answer: the newer answer stands,
     // the older one (a single block here) is dropped when it comes late.

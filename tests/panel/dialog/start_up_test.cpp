@@ -14,15 +14,14 @@ TEST(PanelStartUp, HostLinkTimersModesAndTheClassTableOption) {
                   Qt::Tool | Qt::WindowStaysOnTopHint);  // a tool window of the host, on top
         EXPECT_EQ(GetOptionInt(u"RequestNetwork", -7), -7);  // no stored class table: untouched
         // The host window is taken and its channel text kept (asked once: the end-to-end test).
-        EXPECT_EQ(std::make_pair(panel.hostWindow, panel.m_hostChannel),
-                  std::make_pair(HandleOf(&world.host), std::u16string(u"频道-7")));
+        EXPECT_EQ(std::make_pair(panel.hostWindow, panel.m_hostChannel), std::make_pair(HandleOf(&world.host), std::u16string(u"频道-7")));
         // Created, not shown, never hidden by hand in the ordinary mode.
         EXPECT_FALSE(panel.isVisible() || panel.testAttribute(Qt::WA_WState_ExplicitShowHide));
         // 250 ms later the class list timer has built the list and killed itself.
         const bool readyAtOnce = panel.m_nav.classesReady;
         Pump(600);
-        EXPECT_EQ(std::make_tuple(IsTimerRunning(panel.Handle(), kTimerBuildClassList), readyAtOnce,
-                                  panel.m_nav.classesReady, IsTimerRunning(panel.Handle(), kTimerHourlyRefresh)),
+        EXPECT_EQ(std::make_tuple(IsTimerRunning(panel.Handle(), kTimerBuildClassList), readyAtOnce, panel.m_nav.classesReady,
+                                  IsTimerRunning(panel.Handle(), kTimerHourlyRefresh)),
                   std::make_tuple(false, false, true, true));
         EXPECT_FALSE(panel.Create(nullptr));  // a second Create changes nothing
         EXPECT_EQ(panel.parentWidget(), &world.host);
@@ -61,8 +60,7 @@ TEST(PanelStartUp, OpensAtOnceAndTakesTheTreeWhenItComes) {
     panel.show();
     // Create did not wait for the service, and nothing but the panel's own
     // thread puts the tree in place.
-    EXPECT_EQ(std::make_tuple(store.syncBusy.load(), store.root, panel.m_treeWaiting),
-              std::make_tuple(1, nullptr, true));
+    EXPECT_EQ(std::make_tuple(store.syncBusy.load(), store.root, panel.m_treeWaiting), std::make_tuple(1, nullptr, true));
     // The panel answers meanwhile: its class list is built without galleries.
     ASSERT_TRUE(PumpUntil([&] { return panel.m_classList->GetItemCount() == 2; }));
     EXPECT_EQ(store.syncBusy.load(), 1);

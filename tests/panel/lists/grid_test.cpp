@@ -101,8 +101,7 @@ TEST(DwgListView, ShownRangeLoadsPreviewsReportsMissingFilesAndKeepsStates) {
     const auto state = [&](int i) { return w.view->ItemState(i); };
     // How far the read-ahead reaches shows in the count of reads and in the loading test.
     EXPECT_EQ(Ints({state(0), state(4), state(1), state(2)}),
-              Ints({CDWGListView::kStateFinal, CDWGListView::kStateFinal, CDWGListView::kStateTriedOnce,
-                    CDWGListView::kStateFresh}));
+              Ints({CDWGListView::kStateFinal, CDWGListView::kStateFinal, CDWGListView::kStateTriedOnce, CDWGListView::kStateFresh}));
     EXPECT_FALSE(FileExists(w.paths[3])) << "a cut download is deleted";
     EXPECT_EQ(w.Missing(), Ints({2, 3})) << "only shown cells report, not the read-ahead's 25";
     const int reads = w.view->PreviewReads();
@@ -112,8 +111,7 @@ TEST(DwgListView, ShownRangeLoadsPreviewsReportsMissingFilesAndKeepsStates) {
         w.view->RedrawItem(1);
         w.Repaint();
     }
-    EXPECT_EQ(std::make_pair(state(1), w.view->PreviewReads()),
-              std::make_pair(int(CDWGListView::kStateFinal), reads + 1));
+    EXPECT_EQ(std::make_pair(state(1), w.view->PreviewReads()), std::make_pair(int(CDWGListView::kStateFinal), reads + 1));
     // While the owner scans, shown cells report nothing; scrolled in, the missing 25 reports.
     (void)w.Missing();
     w.view->isScanBusy = [] { return true; };
@@ -155,15 +153,14 @@ TEST(DwgListView, NamesFitCellsDrawInTheirStatesAndTheMouseAndKeysPost) {
         while (MeasureText(exact + QStringLiteral("D")) <= ScaleUnits(132)) exact += QStringLiteral("D");
         EXPECT_EQ(CDWGListView::FitName(exact), exact);
         const QString fitted = CDWGListView::FitName(QStringLiteral("画") + exact);
-        EXPECT_TRUE(fitted.endsWith(QStringLiteral("...")) &&
-                    (QStringLiteral("画") + exact).startsWith(fitted.chopped(3)));
+        EXPECT_TRUE(fitted.endsWith(QStringLiteral("...")) && (QStringLiteral("画") + exact).startsWith(fitted.chopped(3)));
         EXPECT_LE(MeasureText(fitted.chopped(3)), ScaleUnits(132 - 5));
 
         // Arrived previews (BMP and PNG), missing files, the page mark of a file without preview, and a
         // selected boutique item.
-        GridWorld w({Make::Preview, Make::PngPreview, Make::Missing, Make::NoPreview, Make::Preview, Make::Missing,
-                     Make::Preview, Make::Missing},
-                    rate);
+        GridWorld w(
+            {Make::Preview, Make::PngPreview, Make::Missing, Make::NoPreview, Make::Preview, Make::Missing, Make::Preview, Make::Missing},
+            rate);
         w.view->isBoutique = [](int item) { return item == 4 || item == 6; };
         ASSERT_TRUE(w.Show());
         w.view->RedrawItem(3);
@@ -300,8 +297,7 @@ TEST(PreviewLoading, WorkersReadShownCellsOnceDropThoseScrolledPastAndLateResult
     const int reads = w.view->PreviewReads();
     w.view->SetPaths(w.paths);
     w.view->repaint();
-    for (int n = 0; n < 5000 && w.view->PreviewReads() < reads + 2; ++n)
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    for (int n = 0; n < 5000 && w.view->PreviewReads() < reads + 2; ++n) std::this_thread::sleep_for(std::chrono::milliseconds(1));
     ASSERT_GE(w.view->PreviewReads(), reads + 2);
     delete w.view;
     QCoreApplication::processEvents();

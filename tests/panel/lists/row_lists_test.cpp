@@ -45,8 +45,7 @@ TEST(ClassList, ClicksHoverScrollTipsAndLookAtTwoRates) {
         o.window.resize(ScaleUnits(150), ScaleUnits(320));
         auto* list = new CClassListCtrl(&o.window);
         list->setGeometry(1, ScaleUnits(12), ScaleUnits(132), ScaleUnits(295));
-        for (int i = 0; i < 30; ++i)
-            list->InsertItem(i, i == 8 ? QString(100, QChar(u'长')) : QString::fromUtf8(names[i % 8]));
+        for (int i = 0; i < 30; ++i) list->InsertItem(i, i == 8 ? QString(100, QChar(u'长')) : QString::fromUtf8(names[i % 8]));
         list->isBoutique = [](const QString& text) { return text.startsWith(QStringLiteral("精品")); };
         ASSERT_TRUE(ShowExposed(&o.window));
         auto centre = [&](int row) { return list->RowRect(row).center(); };
@@ -164,18 +163,16 @@ TEST(SearchList, ZonesTimersShownRowsTipAndRowsDroppedBehindItsBack) {
         // Shown: five rows and a cut one, each told once before it is drawn, and each drawn one asked for.
         const std::vector<RecordedMessage> heard = o.heard.Take();
         const std::vector<int> drawn = o.Of(heard, 18), shown = {0, 1, 2, 3, 4, 5};
-        EXPECT_TRUE(o.Of(heard, 9) == shown &&
-                    std::set<int>(drawn.begin(), drawn.end()) == std::set<int>(shown.begin(), shown.end()));
+        EXPECT_TRUE(o.Of(heard, 9) == shown && std::set<int>(drawn.begin(), drawn.end()) == std::set<int>(shown.begin(), shown.end()));
 
         // The zones to their edges (units, then pixels: -1 is the pixel before an edge); the class
         // link is as long as the line was measured when drawn, and never reaches past 420.
         const int line = list->LineWidth(0);
         ASSERT_GT(line, 0);
-        const int edges[][5] = {
-            {570, 17, 0, 0, ZoneCollect}, {630, 41, -1, -1, ZoneCollect}, {630, 20, 0, 0, ZoneNone},
-            {640, 17, 0, 0, ZoneUse},     {700, 41, -1, -1, ZoneUse},     {700, 20, 0, 0, ZoneNone},
-            {650, 17, -1, -1, ZoneNone},  {100, 30, 0, 0, ZoneClassLink}, {100, 50, line - 1, -1, ZoneClassLink},
-            {100, 40, line, 0, ZoneNone}, {99, 40, 0, 0, ZoneNone},       {650, 25, 0, 0, ZoneUse}};
+        const int edges[][5] = {{570, 17, 0, 0, ZoneCollect}, {630, 41, -1, -1, ZoneCollect}, {630, 20, 0, 0, ZoneNone},
+                                {640, 17, 0, 0, ZoneUse},     {700, 41, -1, -1, ZoneUse},     {700, 20, 0, 0, ZoneNone},
+                                {650, 17, -1, -1, ZoneNone},  {100, 30, 0, 0, ZoneClassLink}, {100, 50, line - 1, -1, ZoneClassLink},
+                                {100, 40, line, 0, ZoneNone}, {99, 40, 0, 0, ZoneNone},       {650, 25, 0, 0, ZoneUse}};
         for (const auto& e : edges) {
             MoveTo(list, at(0, e[0], e[1]) + QPoint(e[2], e[3]));
             EXPECT_EQ(list->HotZone(), e[4]) << rate << ": " << e[0] << "," << e[1] << " +" << e[2] << "," << e[3];
@@ -189,9 +186,8 @@ TEST(SearchList, ZonesTimersShownRowsTipAndRowsDroppedBehindItsBack) {
             // A press restarts the owner's timer of its zone, which then reads the clicked row; a press
             // on the picture starts none. A double click on "使用" starts its timer once; one on the
             // picture starts "使用"'s. Row, x, y, double, timer, period:
-            const int presses[][6] = {{1, 600, 30, 0, 2003, 300}, {2, 660, 20, 0, 2002, 300},
-                                      {0, 110, 40, 0, 2004, 200}, {3, 40, 30, 0, 0, 0},
-                                      {4, 660, 20, 1, 2002, 300}, {3, 40, 30, 1, 2002, 300}};
+            const int presses[][6] = {{1, 600, 30, 0, 2003, 300}, {2, 660, 20, 0, 2002, 300}, {0, 110, 40, 0, 2004, 200},
+                                      {3, 40, 30, 0, 0, 0},       {4, 660, 20, 1, 2002, 300}, {3, 40, 30, 1, 2002, 300}};
             for (const auto& p : presses) {
                 Pump(QApplication::doubleClickInterval() + 50);
                 o.heard.Take();
@@ -229,9 +225,8 @@ TEST(SearchList, ZonesTimersShownRowsTipAndRowsDroppedBehindItsBack) {
         EXPECT_EQ(list->HotRow(), 26);
         rows.resize(2);
         Grab(list);
-        EXPECT_EQ(
-            std::make_tuple(list->FirstVisibleRow(), list->GetSelectedRow(), list->HotRow(), list->IsScrollBarShown()),
-            std::make_tuple(0, -1, -1, false));
+        EXPECT_EQ(std::make_tuple(list->FirstVisibleRow(), list->GetSelectedRow(), list->HotRow(), list->IsScrollBarShown()),
+                  std::make_tuple(0, -1, -1, false));
         list->RedrawRow(7);
         Wheel(list, QPoint(5, 5), -1);
         // Rows handed over again start at the top, unselected, measured anew, and are told again.

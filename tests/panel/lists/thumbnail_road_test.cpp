@@ -20,8 +20,7 @@ std::vector<std::u16string> PathsOf(const std::vector<GalleryNode*>& nodes) {
 
 std::vector<std::u16string> PathsOf(const CBrindleDlg& panel) {
     std::vector<std::u16string> out;
-    for (size_t i = 0; i < panel.m_nav.listNodes.size(); ++i)
-        out.push_back(panel.m_nav.listNodes.At(*panel.m_store, i)->Path());
+    for (size_t i = 0; i < panel.m_nav.listNodes.size(); ++i) out.push_back(panel.m_nav.listNodes.At(*panel.m_store, i)->Path());
     return out;
 }
 
@@ -52,8 +51,7 @@ TEST(ThumbnailRoad, ALargeClassShowsPlaceholdersThenPicturesFetchingOnlyWhatIsIn
     CDWGListView* list = OpenLargeClass(w, {.latencyMs = 80});  // the six places fill up
     Pump(50);
     // Placeholders first: nothing on disk, nothing asked before the quiet time.
-    EXPECT_TRUE(list->ItemState(0) == CDWGListView::kStateFresh &&
-                IsTimerRunning(w.panel->Handle(), kTimerThumbRequest));
+    EXPECT_TRUE(list->ItemState(0) == CDWGListView::kStateFresh && IsTimerRunning(w.panel->Handle(), kTimerThumbRequest));
     EXPECT_EQ(w.service.counters().get("/files/*").count, 0);
     ASSERT_TRUE(PumpUntil([&] { return AllStatesFinal(list); }, 20000));
     ASSERT_TRUE(WaitForDownloadWorkers(std::chrono::milliseconds(5000)));
@@ -126,8 +124,7 @@ TEST(ThumbnailRoad, ABurstOfReportsMakesOneRequestRunAndDoubleClickInsertsAndHea
     ASSERT_TRUE(w.OpenRow(0));
     DoubleClickItem(list, 2);
     ASSERT_EQ(insertions().size(), 4u);
-    EXPECT_EQ(std::make_pair(insertions()[3].text, PathsOf(w.root()->fileChildren)),
-              std::make_pair(p4, Paths{p2, p1, p4, p3}));
+    EXPECT_EQ(std::make_pair(insertions()[3].text, PathsOf(w.root()->fileChildren)), std::make_pair(p4, Paths{p2, p1, p4, p3}));
 
     // A file that is not there: the tip with 取消, no insertion, and the file is asked for.
     ASSERT_TRUE(w.OpenRow(w.RowOf(u"机械")));
@@ -146,8 +143,7 @@ TEST(ThumbnailRoad, ABurstOfReportsMakesOneRequestRunAndDoubleClickInsertsAndHea
     // The host's window gone: nothing is sent and nothing moves.
     w.panel->hostWindow = 0;
     DoubleClickItem(list, 0);
-    EXPECT_EQ(std::make_pair(insertions().size(), PathsOf(w.root()->fileChildren)),
-              std::make_pair(size_t(4), Paths{p2, p1, p4, p3}));
+    EXPECT_EQ(std::make_pair(insertions().size(), PathsOf(w.root()->fileChildren)), std::make_pair(size_t(4), Paths{p2, p1, p4, p3}));
 }
 
 TEST(ThumbnailRoad, ABlockInFlightOrTooSmallIsRefusedWithTheTipAndAskedFor) {
@@ -199,8 +195,7 @@ TEST(ThumbnailRoad, ABlockInFlightOrTooSmallIsRefusedWithTheTipAndAskedFor) {
         }
         EXPECT_EQ(PathsOf(w.root()->fileChildren), recent) << "the recent list is left alone";
         EXPECT_EQ(PathsOf(w.root()->dirChildren.at(0)->fileChildren), common) << "nor the common-use list";
-        EXPECT_TRUE(PumpUntil([&] { return std::ranges::count(w.panel->m_thumbsToCheck, item) > 0; }, 2000))
-            << "the file is asked for";
+        EXPECT_TRUE(PumpUntil([&] { return std::ranges::count(w.panel->m_thumbsToCheck, item) > 0; }, 2000)) << "the file is asked for";
     }
     {
         std::lock_guard<std::mutex> lock(w.store.downloadLock);

@@ -56,8 +56,7 @@ TEST(AdTilesRoad, TheTileLeadsItsClassOpensItsTargetFollowsTheServiceAndIsSavedA
         // The tile's cell first, the blocks behind it, the first block selected.
         EXPECT_EQ(std::make_tuple(list->GetItemCount(), list->GetPath(0), list->GetPath(1), list->GetSelectedItem(),
                                   w.panel->m_nav.itemCount, w.panel->m_nav.selectedName),
-                  std::make_tuple(4, std::u16string(), blocks[0]->Path(), 1, 3,
-                                  QString::fromStdU16String(blocks[0]->name.str())));
+                  std::make_tuple(4, std::u16string(), blocks[0]->Path(), 1, 3, QString::fromStdU16String(blocks[0]->name.str())));
         // Unselected beside selected (the veil); the click opens the target.
         const QRect cell = list->ItemRect(0);
         QImage both(cell.width() * 2, cell.height(), QImage::Format_RGB32);
@@ -77,8 +76,7 @@ TEST(AdTilesRoad, TheTileLeadsItsClassOpensItsTargetFollowsTheServiceAndIsSavedA
         DoubleClick(list, list->IconRect(0).center());
         Pump(50);
         ASSERT_EQ(host.Requests(2).size(), 1u);
-        EXPECT_EQ(std::make_pair(host.Requests(2)[0].text, opened.size()),
-                  std::make_pair(blocks[1]->Path(), size_t(3)));
+        EXPECT_EQ(std::make_pair(host.Requests(2)[0].text, opened.size()), std::make_pair(blocks[1]->Path(), size_t(3)));
         // A tile without a block behind it is not opened, nor a target that is
         // no web address; a tile that is off takes no cell.
         w.ClickButton(2081, 400);
@@ -96,8 +94,8 @@ TEST(AdTilesRoad, TheTileLeadsItsClassOpensItsTargetFollowsTheServiceAndIsSavedA
         w.panel->SaveOnClose();
         EXPECT_EQ(w.service.counters().get("/ad/*").count, 3);
         const std::u16string png = AdPicturePath(w.galleries[0]);
-        const std::string item = "<item on=\"1\" name=\"新\" url=\"" + w.service.baseUrl() +
-                                 "/ad/ad_2.png\" target=\"\" ver=\"0\" >" + Utf16ToUtf8(w.galleries[0]) + "</item>";
+        const std::string item = "<item on=\"1\" name=\"新\" url=\"" + w.service.baseUrl() + "/ad/ad_2.png\" target=\"\" ver=\"0\" >" +
+                                 Utf16ToUtf8(w.galleries[0]) + "</item>";
         w.service.faults().set("/gallery/gad", {.body = "<root>" + item + "</root>"});
         StartPanel(w);
         EXPECT_EQ(std::make_pair(w.service.counters().get("/ad/*").count, ReadBytes(Utf16ToUtf8(png))),
@@ -107,8 +105,7 @@ TEST(AdTilesRoad, TheTileLeadsItsClassOpensItsTargetFollowsTheServiceAndIsSavedA
         EXPECT_TRUE(GetAdTile(*w.panel, nullptr, &picture) && picture == QImage(QString::fromStdU16String(png)));
         // Only the tiles the service still names are written, to the byte.
         w.panel->SaveOnClose();
-        const std::string saved =
-            "\xEF\xBB\xBF<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r<root>\r" + item + "\r</root>\r";
+        const std::string saved = "\xEF\xBB\xBF<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r<root>\r" + item + "\r</root>\r";
         EXPECT_EQ(ReadBytes(Utf16ToUtf8(AdListPath())), saved);
 
         // The service down at the next start: the cached tiles stay, shown and saved.

@@ -23,8 +23,8 @@ TEST(ClassSwitch, BurstsEndInOneSwitchSubclassButtonsAreDampedFollowTheClassesAn
     for (int row : {2, 3, 4, 5, 3}) w.ClickClassRow(row);
     EXPECT_EQ(p.m_nav.classIndex, 0);
     ASSERT_TRUE(w.WaitForSwitch());
-    EXPECT_EQ(std::make_tuple(events.Count(MsgPanelEvent, PanelEvent::LayoutStatus), p.m_nav.classIndex,
-                              p.m_classList->GetSelectedRow(), p.m_pThumbList->GetItemCount()),
+    EXPECT_EQ(std::make_tuple(events.Count(MsgPanelEvent, PanelEvent::LayoutStatus), p.m_nav.classIndex, p.m_classList->GetSelectedRow(),
+                              p.m_pThumbList->GetItemCount()),
               std::make_tuple(1, 3, 3, 4));
     EXPECT_EQ(p.m_nav.curClassPath, w.root()->dirChildren[1]->dirChildren[0]->Path());
     // The row shown switches again (the delays: the model's test).
@@ -45,8 +45,7 @@ TEST(ClassSwitch, BurstsEndInOneSwitchSubclassButtonsAreDampedFollowTheClassesAn
     EXPECT_EQ(p.m_nav.curClassPath, gallery->dirChildren[1]->Path());
     EXPECT_TRUE(p.m_subclassBtns[1]->selected && !p.m_subclassBtns[0]->selected);
     // Command 1 with item 0 names the selection.
-    EXPECT_EQ(std::make_pair(p.m_pThumbList->GetItemCount(), p.m_nav.selectedName),
-              std::make_pair(3, QStringLiteral("垫圈_0.dwg")));
+    EXPECT_EQ(std::make_pair(p.m_pThumbList->GetItemCount(), p.m_nav.selectedName), std::make_pair(3, QStringLiteral("垫圈_0.dwg")));
 
     // The open button again lists nothing anew, unless a rebuild is forced.
     p.m_pThumbList->SetSelectedItem(2);
@@ -59,15 +58,13 @@ TEST(ClassSwitch, BurstsEndInOneSwitchSubclassButtonsAreDampedFollowTheClassesAn
     // A subclass without blocks: the empty page offers "下载图库".
     w.ClickButton(2082, 400);
     Pump(30);
-    EXPECT_TRUE(!w.Shown(p.m_pThumbList) && w.ButtonShown(ControlId::DownloadGallery) &&
-                p.m_nav.selectedName.isEmpty());
+    EXPECT_TRUE(!w.Shown(p.m_pThumbList) && w.ButtonShown(ControlId::DownloadGallery) && p.m_nav.selectedName.isEmpty());
 
     // "常用" opens first with the common-use entries; an empty gallery offers "下载图库".
     ASSERT_TRUE(w.OpenRow(w.RowOf(u"九常")));
-    EXPECT_EQ(std::make_tuple(w.VisibleSubclassButtons(), p.m_subclassBtns[0]->text(), p.m_nav.curClassPath,
-                              p.m_pThumbList->GetItemCount(), w.ButtonShown(ControlId::DownloadGallery)),
+    EXPECT_EQ(std::make_tuple(w.VisibleSubclassButtons(), p.m_subclassBtns[0]->text(), p.m_nav.curClassPath, p.m_pThumbList->GetItemCount(),
+                              w.ButtonShown(ControlId::DownloadGallery)),
               std::make_tuple(10, QStringLiteral("常用"), common->Path(), 2, false));
     ASSERT_TRUE(w.OpenRow(w.RowOf(u"零常")));
-    EXPECT_EQ(std::make_pair(w.VisibleSubclassButtons(), w.ButtonShown(ControlId::DownloadGallery)),
-              std::make_pair(0, true));
+    EXPECT_EQ(std::make_pair(w.VisibleSubclassButtons(), w.ButtonShown(ControlId::DownloadGallery)), std::make_pair(0, true));
 }

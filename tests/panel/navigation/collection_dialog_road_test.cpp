@@ -61,8 +61,7 @@ Texts CellMenu(CBrindleDlg& p, const std::u16string& path, const QString& choose
 
 Texts ButtonMenu(PanelHarness& w, const QString& caption, const QString& choose, const char* picture = nullptr) {
     for (CSubclassButton* button : w.panel->m_subclassBtns)
-        if (w.Shown(button) && button->text() == caption)
-            return Menu(*w.panel, button, button->rect().center(), choose, picture);
+        if (w.Shown(button) && button->text() == caption) return Menu(*w.panel, button, button->rect().center(), choose, picture);
     return {};
 }
 
@@ -70,9 +69,7 @@ Texts ButtonMenu(PanelHarness& w, const QString& caption, const QString& choose,
 template <class Dialog>
 Dialog* DialogOf(CBrindleDlg& p) {
     Dialog* dialog = nullptr;
-    PumpUntil([&] {
-        return (dialog = qobject_cast<Dialog*>(p.CollectionWindow())) && dialog->isVisible() && !dialog->Waiting();
-    });
+    PumpUntil([&] { return (dialog = qobject_cast<Dialog*>(p.CollectionWindow())) && dialog->isVisible() && !dialog->Waiting(); });
     return dialog;
 }
 
@@ -141,8 +138,7 @@ TEST(CollectionDialogRoad, BlocksRenamedMovedDeletedAndAddedFromThePanelFollowEv
     for (const char* name : {"a.dwg", "b.dwg"}) WriteBytes(disk + "/" + name, "AC1015" + std::string(1500, 'd'));
     w.ClickButton(ControlId::AddBlocksEmpty, 400);
     QFileDialog* files = nullptr;
-    ASSERT_TRUE(
-        PumpUntil([&] { return (files = qobject_cast<QFileDialog*>(p.CollectionWindow())) && files->isVisible(); }));
+    ASSERT_TRUE(PumpUntil([&] { return (files = qobject_cast<QFileDialog*>(p.CollectionWindow())) && files->isVisible(); }));
     files->setDirectory(QString::fromStdString(disk));
     auto* names = files->findChild<QLineEdit*>("fileNameEdit");
     names->setText(QStringLiteral("\"a.dwg\" \"b.dwg\""));
@@ -176,8 +172,7 @@ TEST(CollectionDialogRoad, FoldersMadeRenamedAndDeletedFromTheBarAndTheirMenus) 
     w.SignIn(8);
     ASSERT_TRUE(w.OpenRow(1));
     auto opened = [&](const std::u16string& folder) {
-        return PumpUntil([&] { return p.m_nav.curClassPath == mine + u"/" + folder && !p.CollectionBusy(); }) &&
-               w.WaitForSwitch();
+        return PumpUntil([&] { return p.m_nav.curClassPath == mine + u"/" + folder && !p.CollectionBusy(); }) && w.WaitForSwitch();
     };
 
     // "新建文件夹" offers the first gap and opens the new folder.
@@ -277,8 +272,7 @@ TEST(CollectionDialogRoad, CollectsFromAGalleryMenuAndFromASearchRow) {
     EXPECT_EQ(collect->m_path, second);
     Press(collect, CBlockFolderDlg::IdOk);
     ASSERT_TRUE(AnswerTips(ModalTip, {{"图块收藏成功", 1}}));
-    ASSERT_TRUE(PumpUntil(
-        [&] { return p.m_nav.classIndex == 1 && p.m_nav.curClassPath == mine + u"/螺栓" && !p.CollectionBusy(); }));
+    ASSERT_TRUE(PumpUntil([&] { return p.m_nav.classIndex == 1 && p.m_nav.curClassPath == mine + u"/螺栓" && !p.CollectionBusy(); }));
     ASSERT_TRUE(w.WaitForSwitch());
     const std::string lowered = QString::fromStdU16String(FileNameOf(second)).toLower().toStdString();
     EXPECT_TRUE(w.service.users().blockByName(bolts, lowered).has_value());

@@ -46,8 +46,7 @@ TEST(CollectionRoad, FoldersBlocksAndFilesFollowTheServiceForEachUser) {
                    FileExists(mine + u"/螺栓/膨胀螺栓.dwg") && p.m_thumbRunning.empty();
         },
         8000));
-    EXPECT_EQ(FileSize(mine + u"/螺栓/六角螺栓.dwg"),
-              FileSize(Utf8ToUtf16(SharedDir() + "/testdata/dwg/bmp8_ac1015.dwg")));
+    EXPECT_EQ(FileSize(mine + u"/螺栓/六角螺栓.dwg"), FileSize(Utf8ToUtf16(SharedDir() + "/testdata/dwg/bmp8_ac1015.dwg")));
     // A block that has arrived inserts.
     DoubleClickItem(p.m_pThumbList, 0);
     Pump(50);
@@ -136,8 +135,7 @@ TEST(CollectionRoad, AnOldCollectionIsHandedOverOnceAndAskedAboutWhenTheCloudHol
     (void)w.AddCollections(12, {u"云端"}, 0);
     std::string drawing;
     ASSERT_TRUE(ReadWholeFile(Utf8ToUtf16(SharedDir() + "/testdata/dwg/bmp8_ac1015.dwg"), drawing));
-    for (const char* file : {"甲/一.dwg", "甲/二.dwg", "乙/三.dwg"})
-        WriteBytes(Utf16ToUtf8(CollectionFolder()) + "/" + file, drawing);
+    for (const char* file : {"甲/一.dwg", "甲/二.dwg", "乙/三.dwg"}) WriteBytes(Utf16ToUtf8(CollectionFolder()) + "/" + file, drawing);
     auto oldFolderIntact = [&] {
         for (const char* file : {"甲/一.dwg", "甲/二.dwg", "乙/三.dwg"})
             if (ReadBytes(Utf16ToUtf8(CollectionFolder()) + "/" + file) != drawing) return false;
@@ -166,8 +164,7 @@ TEST(CollectionRoad, AnOldCollectionIsHandedOverOnceAndAskedAboutWhenTheCloudHol
     ASSERT_TRUE(w.OpenRow(1));
     Pump(30);
     EXPECT_EQ(p.m_nav.syncStatus, 0);
-    EXPECT_TRUE(w.ButtonShown(ControlId::ReplaceCloud) && w.ButtonShown(ControlId::KeepCloud) &&
-                w.FolderButtons().empty());
+    EXPECT_TRUE(w.ButtonShown(ControlId::ReplaceCloud) && w.ButtonShown(ControlId::KeepCloud) && w.FolderButtons().empty());
     w.ClickButton(ControlId::KeepCloud);
     ASSERT_TRUE(w.WaitForSwitch());
     EXPECT_EQ(ReadOldCollectTip(), u"1");
@@ -201,17 +198,14 @@ TEST(CollectionRoad, AnOldCollectionIsHandedOverOnceAndAskedAboutWhenTheCloudHol
     // points), drawings oldest first.
     namespace fs = std::filesystem;
     const fs::path first = fs::u8path(Utf16ToUtf8(CollectionFolder()) + "/甲/一.dwg");
-    fs::last_write_time(fs::u8path(Utf16ToUtf8(CollectionFolder()) + "/甲/二.dwg"),
-                        fs::last_write_time(first) - std::chrono::hours(1));
+    fs::last_write_time(fs::u8path(Utf16ToUtf8(CollectionFolder()) + "/甲/二.dwg"), fs::last_write_time(first) - std::chrono::hours(1));
     AddGalleryToShowList(u"我的收藏");
     SendWindowMessage(p.Handle(), MsgPanelCommand, 6, 1);
     GalleryNode* old = FindNodeByPath(w.root(), CollectionFolder());
     ASSERT_TRUE(old && old->dirChildren.size() == 2u);
     EXPECT_EQ(std::make_tuple(old->dirChildren[0]->name.str(), old->dirChildren[1]->name.str(),
-                              old->dirChildren[0]->fileChildren[0]->name.str(),
-                              old->dirChildren[0]->fileChildren[1]->name.str()),
-              std::make_tuple(std::u16string(u"甲"), std::u16string(u"乙"), std::u16string(u"二.dwg"),
-                              std::u16string(u"一.dwg")));
+                              old->dirChildren[0]->fileChildren[0]->name.str(), old->dirChildren[0]->fileChildren[1]->name.str()),
+              std::make_tuple(std::u16string(u"甲"), std::u16string(u"乙"), std::u16string(u"二.dwg"), std::u16string(u"一.dwg")));
     EXPECT_EQ(p.m_nav.pendingClass, 1);
     ASSERT_TRUE(w.WaitForSwitch());
 }

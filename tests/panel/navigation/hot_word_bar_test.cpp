@@ -29,8 +29,7 @@ TEST(HotWordBar, ReportsClicksByIdKeepsAtMost32ReusesItsButtonsAndKeepsToTheMarg
     // Fewer words: the first buttons are taken again with the new captions, hidden; the rest go.
     CSkinButton* first = bar->Button(4001);
     bar->Build({QStringLiteral("默认"), QStringLiteral("短"), QStringLiteral("词")}, panel.width());
-    EXPECT_TRUE(bar->Buttons().size() == 3 && bar->Button(4001) == first && first->text() == QStringLiteral("短") &&
-                !first->isVisible());
+    EXPECT_TRUE(bar->Buttons().size() == 3 && bar->Button(4001) == first && first->text() == QStringLiteral("短") && !first->isVisible());
     // The default word alone makes no row.
     bar->Build({QStringLiteral("默认")}, panel.width());
     EXPECT_TRUE(bar->Buttons().empty());

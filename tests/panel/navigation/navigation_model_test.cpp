@@ -15,19 +15,17 @@ TEST(NavigationModel, SwitchTimingDampingPageMovesAndStatusButtons) {
 
     // Presses within 350 ticks of the last accepted one count for nothing, across the wrap too.
     const uint32_t t = 0xFFFFFF00u;
-    EXPECT_EQ((std::vector<bool>{nav.AcceptSubclassPress(t), nav.AcceptSubclassPress(t + 350),
-                                 nav.AcceptSubclassPress(t + 351), nav.AcceptSubclassPress(t + 352)}),
+    EXPECT_EQ((std::vector<bool>{nav.AcceptSubclassPress(t), nav.AcceptSubclassPress(t + 350), nav.AcceptSubclassPress(t + 351),
+                                 nav.AcceptSubclassPress(t + 352)}),
               (std::vector<bool>{true, false, true, false}));
     nav.ExemptNextSubclassPress();  // a switch's own opening
     EXPECT_TRUE(nav.AcceptSubclassPress(t + 353));
     EXPECT_FALSE(nav.AcceptSubclassPress(t + 400));
     // Search commands: 450 ticks, but the search and the host's search always run.
     EXPECT_EQ(
-        (std::vector<bool>{
-            nav.AcceptSearchCommand(ControlId::ClearSearch, 10), nav.AcceptSearchCommand(ControlId::SearchBack, 460),
-            nav.AcceptSearchCommand(ControlId::Search, 461), nav.AcceptSearchCommand(ControlId::SearchFromHost, 462),
-            nav.AcceptSearchCommand(ControlId::StartSearch, 913),
-            nav.AcceptSearchCommand(ControlId::StartSearch, 914)}),
+        (std::vector<bool>{nav.AcceptSearchCommand(ControlId::ClearSearch, 10), nav.AcceptSearchCommand(ControlId::SearchBack, 460),
+                           nav.AcceptSearchCommand(ControlId::Search, 461), nav.AcceptSearchCommand(ControlId::SearchFromHost, 462),
+                           nav.AcceptSearchCommand(ControlId::StartSearch, 913), nav.AcceptSearchCommand(ControlId::StartSearch, 914)}),
         (std::vector<bool>{true, false, true, true, true, false}));
 
     // Pages: into a search page once, between search pages, and back to the class row's page.
@@ -35,16 +33,13 @@ TEST(NavigationModel, SwitchTimingDampingPageMovesAndStatusButtons) {
     nav.page = PageCollection;
     EXPECT_EQ(nav.GoToPage(PageBrowse), PageMove::None);
     EXPECT_EQ(nav.page, PageCollection);
-    EXPECT_EQ(std::make_pair(nav.GoToPage(PageSearch), nav.page),
-              std::make_pair(PageMove::EnterSearch, int(PageSearch)));
+    EXPECT_EQ(std::make_pair(nav.GoToPage(PageSearch), nav.page), std::make_pair(PageMove::EnterSearch, int(PageSearch)));
     EXPECT_EQ(nav.GoToPage(PageSearch), PageMove::None);
     EXPECT_EQ(nav.GoToPage(PageCollectionSearch), PageMove::EnterCollectionSearch);
-    EXPECT_EQ(std::make_pair(nav.GoToPage(PageBrowse), nav.page),
-              std::make_pair(PageMove::LeaveSearch, int(PageCollection)));
+    EXPECT_EQ(std::make_pair(nav.GoToPage(PageBrowse), nav.page), std::make_pair(PageMove::LeaveSearch, int(PageCollection)));
     nav.classIndex = 3;
     (void)nav.GoToPage(PageSearch);
-    EXPECT_EQ(std::make_pair(nav.GoToPage(PageCollection), nav.page),
-              std::make_pair(PageMove::LeaveSearch, int(PageBrowse)));
+    EXPECT_EQ(std::make_pair(nav.GoToPage(PageCollection), nav.page), std::make_pair(PageMove::LeaveSearch, int(PageBrowse)));
 
     // The collection page's status buttons, only on the empty collections.
     nav.classIndex = 1;
@@ -76,9 +71,9 @@ TEST(NavigationModel, SwitchTimingDampingPageMovesAndStatusButtons) {
     nav.listNodes.Add(nullptr);
     store.treeEpoch = 5;
     nav.BeginSwitch(1, store);
-    EXPECT_TRUE(nav.curClassPath.empty() && !nav.forceList && !nav.emptySubclassOpened && nav.itemCount == 0 &&
-                nav.syncStatus == -1 && nav.summaryPending.empty() && nav.itemsPending.empty() &&
-                nav.listNodes.empty() && nav.listNodes.Valid(store) && nav.page == PageCollection);
+    EXPECT_TRUE(nav.curClassPath.empty() && !nav.forceList && !nav.emptySubclassOpened && nav.itemCount == 0 && nav.syncStatus == -1 &&
+                nav.summaryPending.empty() && nav.itemsPending.empty() && nav.listNodes.empty() && nav.listNodes.Valid(store) &&
+                nav.page == PageCollection);
     nav.BeginSwitch(4, store);
     EXPECT_EQ(nav.page, PageBrowse);
 }
@@ -107,13 +102,11 @@ TEST(NavigationModel, SubclassPlansAndRoutesFollowTheTree) {
     // and takes the boutique marks away; the collection row has no "常用".
     plan = PlanSubclasses(*nine, true, u"/nowhere", boutiqueB);
     ASSERT_EQ(plan.buttons.size(), 10u);
-    EXPECT_EQ(std::make_tuple(plan.buttons[0].caption, plan.buttons[0].data, plan.buttons[1].caption, plan.chosen,
-                              plan.entries),
+    EXPECT_EQ(std::make_tuple(plan.buttons[0].caption, plan.buttons[0].data, plan.buttons[1].caption, plan.chosen, plan.entries),
               std::make_tuple(std::u16string(u"常用"), nine->Path(), std::u16string(u"类A"), size_t(0), 10));
     for (const SubclassEntry& entry : plan.buttons) EXPECT_FALSE(entry.boutique);
     plan = PlanSubclasses(*nine, false, {}, boutiqueB);
-    EXPECT_EQ(std::make_tuple(plan.buttons.size(), plan.buttons[0].caption, plan.buttons[1].boutique,
-                              plan.buttons[0].boutique),
+    EXPECT_EQ(std::make_tuple(plan.buttons.size(), plan.buttons[0].caption, plan.buttons[1].boutique, plan.buttons[0].boutique),
               std::make_tuple(size_t(9), std::u16string(u"类A"), true, false));
     // Past 18 buttons the classes count but are not shown.
     plan = PlanSubclasses(*nineteen, true, nineteen->dirChildren[18]->Path(), {});
@@ -124,14 +117,13 @@ TEST(NavigationModel, SubclassPlansAndRoutesFollowTheTree) {
     const GalleryNode& root = *w.root();
     std::optional<TargetRow> found = FindTargetRow(root, u"/紧固件/垫圈");
     ASSERT_TRUE(found);
-    EXPECT_EQ(std::make_pair(found->path, found->rowName),
-              std::make_pair(bolts->dirChildren[1]->Path(), std::u16string(u"紧固件")));
+    EXPECT_EQ(std::make_pair(found->path, found->rowName), std::make_pair(bolts->dirChildren[1]->Path(), std::u16string(u"紧固件")));
     EXPECT_EQ(FindTargetRow(root, u"/九常")->rowName, u"九常");
     w.AddClass(bolts->dirChildren[1], u"深", 0);
     EXPECT_EQ(FindTargetRow(root, u"/紧固件/垫圈/深").value_or(TargetRow{u"none", u"none"}).rowName, u"");
     EXPECT_FALSE(FindTargetRow(root, u"/紧固件/没有") || FindTargetRow(root, u"/没有"));
     const std::vector<std::u16string> rows{u"最近使用", u"我的收藏", u"紧固件", u"九常"};
-    EXPECT_EQ((std::vector<int>{ClassRowOf(u"我的收藏", {}), ClassRowOf(u"最近使用", {}), ClassRowOf(u"九常", rows),
-                                ClassRowOf(u"十九", rows)}),
-              (std::vector<int>{1, 0, 3, -1}));
+    EXPECT_EQ(
+        (std::vector<int>{ClassRowOf(u"我的收藏", {}), ClassRowOf(u"最近使用", {}), ClassRowOf(u"九常", rows), ClassRowOf(u"十九", rows)}),
+        (std::vector<int>{1, 0, 3, -1}));
 }

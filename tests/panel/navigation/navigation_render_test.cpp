@@ -22,18 +22,16 @@ TEST(NavigationRender, BrowseAndSearchRoadsAtRatesOneAndOneAndAHalf) {
         w.MakePanel(true, rate);
         CBrindleDlg& p = *w.panel;
         // Words enough, some long, for the hot word row to wrap; the first is the default word.
-        for (const char* word : {"螺栓", "平开门", "螺母", "法兰盘", "建筑装饰构件大样", "给排水", "电气符号",
-                                 "暖通空调设备", "家具", "卫浴洁具", "机械零件标准件", "园林景观小品", "结构节点详图",
-                                 "楼梯", "停车位", "厨房设备", "办公家具组合", "灯具"})
+        for (const char* word :
+             {"螺栓", "平开门", "螺母", "法兰盘", "建筑装饰构件大样", "给排水", "电气符号", "暖通空调设备", "家具", "卫浴洁具",
+              "机械零件标准件", "园林景观小品", "结构节点详图", "楼梯", "停车位", "厨房设备", "办公家具组合", "灯具"})
             p.m_hotWords.push_back(QString::fromUtf8(word));
         g_defaultHotWord = p.m_hotWords[0];
         auto looks = [&](const std::string& name) {
             Pump(30);
             // The mirror's files are asked for and fail (the service has none): the cells settle.
-            (void)PumpUntil([&] {
-                return !IsTimerRunning(p.Handle(), kTimerThumbRequest) && p.m_thumbWaiting.empty() &&
-                       p.m_thumbRunning.empty();
-            });
+            (void)PumpUntil(
+                [&] { return !IsTimerRunning(p.Handle(), kTimerThumbRequest) && p.m_thumbWaiting.empty() && p.m_thumbRunning.empty(); });
             return MatchesReference(p.grab().toImage(), "panel/navigation", name + at);
         };
         EXPECT_TRUE(looks("recent"));  // the start page; the boutique gallery's row is marked
@@ -53,8 +51,7 @@ TEST(NavigationRender, BrowseAndSearchRoadsAtRatesOneAndOneAndAHalf) {
             // "搜索" forgets the last press and runs at once; the empty box searches the default word.
             // The hot words go with the search.
             w.ClickButton(ControlId::Search);
-            EXPECT_TRUE(p.m_searchEdit->text() == QStringLiteral("螺栓") && !w.ButtonShown(4000) &&
-                        !w.ButtonShown(4017));
+            EXPECT_TRUE(p.m_searchEdit->text() == QStringLiteral("螺栓") && !w.ButtonShown(4000) && !w.ButtonShown(4017));
             // "返回" right after it is damped; later it leaves the page with its
             // rows and waiting downloads, and the class opens again as it was.
             w.ClickButton(ControlId::SearchBack);

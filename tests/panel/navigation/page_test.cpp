@@ -25,8 +25,7 @@ TEST(LivePages, DownloadGalleryButtonTipsOnFailureAndFillsTheGalleryOnSuccess) {
         EXPECT_FALSE(p.Button(ControlId::DownloadGallery)->isEnabled());
         w.ClickButton(ControlId::DownloadGallery);
         ASSERT_TRUE(PumpUntil([&] { return watcher.seen == 1; }));
-        EXPECT_TRUE(p.Button(ControlId::DownloadGallery)->isEnabled() && watcher.okText == QStringLiteral("确定") &&
-                    !watcher.cancelShown);
+        EXPECT_TRUE(p.Button(ControlId::DownloadGallery)->isEnabled() && watcher.okText == QStringLiteral("确定") && !watcher.cancelShown);
     }
     EXPECT_TRUE(w.service.counters().get("/gallery/g_all").count == 1 && gallery->dirChildren.empty());
     ASSERT_TRUE(IsTimerRunning(p.Handle(), kTimerBuildClassList) && w.WaitForSwitch());
@@ -65,8 +64,7 @@ TEST(LivePages, SwitchingRefreshesAStaleGalleryAndOpeningAStaleClassFetchesItsBl
     ASSERT_TRUE(w.OpenRow(2));
     ASSERT_TRUE(PumpUntil([&] { return w.VisibleSubclassButtons() == static_cast<int>(gallery->dirChildren.size()); }));
     // One summary; the first class is up to date.
-    EXPECT_EQ(std::make_pair(w.service.counters().get("/gallery/g_cs_s").count,
-                             w.service.counters().get("/gallery/g_cs").count),
+    EXPECT_EQ(std::make_pair(w.service.counters().get("/gallery/g_cs_s").count, w.service.counters().get("/gallery/g_cs").count),
               std::make_pair(1L, 0L));
     ASSERT_EQ(p.m_subclassBtns[1]->data, QString::fromStdU16String(second->Path()));
 
@@ -74,8 +72,8 @@ TEST(LivePages, SwitchingRefreshesAStaleGalleryAndOpeningAStaleClassFetchesItsBl
     w.ClickButton(2081, 400);
     EXPECT_EQ(p.m_nav.listNodes.size(), 0u);  // nothing listed while the blocks are on their way
     ASSERT_TRUE(PumpUntil([&] { return p.m_nav.listNodes.size() == blocks; }));
-    EXPECT_EQ(std::make_tuple(w.service.counters().get("/gallery/g_cs").count,
-                              w.store.staleClasses.count(p.m_nav.curClassPath), p.m_pThumbList->GetItemCount()),
+    EXPECT_EQ(std::make_tuple(w.service.counters().get("/gallery/g_cs").count, w.store.staleClasses.count(p.m_nav.curClassPath),
+                              p.m_pThumbList->GetItemCount()),
               std::make_tuple(1L, size_t(0), static_cast<int>(blocks)));
 
     // A second switch within the hour asks nothing.

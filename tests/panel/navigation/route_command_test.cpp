@@ -15,9 +15,7 @@ TEST(Routes, RoutesTheCollectionsRowTheHostButtonsTheCommandsAndTheShowList) {
     w.MakePanel();
     CBrindleDlg& p = *w.panel;
     p.hostWindow = HandleOf(&host);
-    auto command = [&](std::uintptr_t code, std::intptr_t lParam) {
-        SendWindowMessage(p.Handle(), MsgPanelCommand, code, lParam);
-    };
+    auto command = [&](std::uintptr_t code, std::intptr_t lParam) { SendWindowMessage(p.Handle(), MsgPanelCommand, code, lParam); };
     auto routeTo = [&](const char16_t* route) {
         p.OpenRoute(route);
         return w.WaitForSwitch();
@@ -28,30 +26,25 @@ TEST(Routes, RoutesTheCollectionsRowTheHostButtonsTheCommandsAndTheShowList) {
     for (const char16_t* route : {u"/家具/没有", u"/我的收藏/夹2"}) p.OpenRoute(route);
     EXPECT_FALSE(IsTimerRunning(p.Handle(), kTimerClassSwitch));
     ASSERT_TRUE(routeTo(u"/家具/类C"));
-    EXPECT_EQ(std::make_pair(p.m_nav.classIndex, p.m_nav.curClassPath),
-              std::make_pair(w.RowOf(u"家具"), g2->dirChildren[2]->Path()));
+    EXPECT_EQ(std::make_pair(p.m_nav.classIndex, p.m_nav.curClassPath), std::make_pair(w.RowOf(u"家具"), g2->dirChildren[2]->Path()));
     EXPECT_TRUE(p.m_subclassBtns[2]->selected && p.m_nav.targetClass.empty());
 
     // Not signed in and the host signs nobody in: the collections cannot be
     // read, so the panel goes back to the gallery it came from.
     const size_t asked = host.Requests(MARROWFIN_REQUEST_SIGN_IN).size();
     ASSERT_TRUE(w.OpenRow(1));
-    EXPECT_EQ(
-        std::make_tuple(host.Requests(MARROWFIN_REQUEST_SIGN_IN).size(), p.m_nav.page, p.m_classList->GetSelectedRow()),
-        std::make_tuple(asked + 1, int(PageBrowse), w.RowOf(u"家具")));
+    EXPECT_EQ(std::make_tuple(host.Requests(MARROWFIN_REQUEST_SIGN_IN).size(), p.m_nav.page, p.m_classList->GetSelectedRow()),
+              std::make_tuple(asked + 1, int(PageBrowse), w.RowOf(u"家具")));
     EXPECT_FALSE(w.ButtonShown(ControlId::AddBlocks));
-    for (const FolderEntry& entry : ListFolder(StoreRoot()))
-        EXPECT_FALSE(entry.name.ends_with(u"_收藏")) << "nothing written for nobody";
+    for (const FolderEntry& entry : ListFolder(StoreRoot())) EXPECT_FALSE(entry.name.ends_with(u"_收藏")) << "nothing written for nobody";
     w.SignIn(7);
     ASSERT_TRUE(routeTo(u"/我的收藏/夹2"));
     EXPECT_EQ(std::make_pair(p.m_nav.page, p.m_nav.curClassPath), std::make_pair(int(PageCollection), mine + u"/夹2"));
     EXPECT_TRUE(p.m_subclassBtns[1]->selected);
     // A gallery alone opens its first class; leaving the collections puts the buttons back.
     ASSERT_TRUE(routeTo(u"/五金"));
-    EXPECT_EQ(std::make_pair(p.m_nav.classIndex, p.m_nav.curClassPath),
-              std::make_pair(w.RowOf(u"五金"), g1->dirChildren[0]->Path()));
-    EXPECT_TRUE(!w.ButtonShown(ControlId::AddBlocks) &&
-                p.m_nav.syncStatus == -2);  // leaving the collections clears their status
+    EXPECT_EQ(std::make_pair(p.m_nav.classIndex, p.m_nav.curClassPath), std::make_pair(w.RowOf(u"五金"), g1->dirChildren[0]->Path()));
+    EXPECT_TRUE(!w.ButtonShown(ControlId::AddBlocks) && p.m_nav.syncStatus == -2);  // leaving the collections clears their status
     // An empty route rebuilds the list on a browse page only; from a search
     // page a route goes back to browsing first.
     p.OpenRoute(u"");
@@ -63,8 +56,7 @@ TEST(Routes, RoutesTheCollectionsRowTheHostButtonsTheCommandsAndTheShowList) {
     p.OpenRoute(u"");
     EXPECT_FALSE(IsTimerRunning(p.Handle(), kTimerBuildClassList));
     ASSERT_TRUE(routeTo(u"/家具/类B"));
-    EXPECT_EQ(std::make_pair(p.m_nav.page, p.m_nav.curClassPath),
-              std::make_pair(int(PageBrowse), g2->dirChildren[1]->Path()));
+    EXPECT_EQ(std::make_pair(p.m_nav.page, p.m_nav.curClassPath), std::make_pair(int(PageBrowse), g2->dirChildren[1]->Path()));
 
     // 21: a row that does not exist does nothing; a real one schedules the switch.
     command(21, 9);
@@ -94,8 +86,7 @@ TEST(Routes, RoutesTheCollectionsRowTheHostButtonsTheCommandsAndTheShowList) {
     ShiftTicksForTest(400);
     command(23, 0);
     ASSERT_TRUE(w.WaitForSwitch());
-    EXPECT_EQ(std::make_pair(p.m_nav.curClassPath, p.m_pThumbList->GetSelectedItem()),
-              std::make_pair(g2->dirChildren[2]->Path(), 3));
+    EXPECT_EQ(std::make_pair(p.m_nav.curClassPath, p.m_pThumbList->GetSelectedItem()), std::make_pair(g2->dirChildren[2]->Path(), 3));
     // 8: opens a pending target.
     p.m_nav.targetClass = u"/家具/类A";
     ShiftTicksForTest(400);
@@ -141,8 +132,7 @@ TEST(Routes, TargetClassBeforeTheFirstClassListBuildsItFirst) {
     ASSERT_FALSE(p.m_nav.classesReady);
     p.m_nav.targetClass = u"/家具/类B";
     p.OpenTargetClass();
-    EXPECT_TRUE(p.m_nav.classesReady &&
-                !IsTimerRunning(p.Handle(), kTimerBuildClassList));  // the start tick is not needed any more
+    EXPECT_TRUE(p.m_nav.classesReady && !IsTimerRunning(p.Handle(), kTimerBuildClassList));  // the start tick is not needed any more
     ASSERT_TRUE(w.WaitForSwitch());
     EXPECT_TRUE(p.m_nav.curClassPath == g2->dirChildren[1]->Path() && p.m_subclassBtns[1]->selected);
 }

@@ -121,8 +121,7 @@ TEST(LiveSearch, WithoutPrefetchUseFetchesFirstAndFailuresShowOnTheRow) {
     w.Press(0, 2);
     const auto inserts = w.host.Requests(MARROWFIN_REQUEST_INSERT_YL);
     ASSERT_EQ(inserts.size(), 1u);
-    EXPECT_TRUE(QString::fromStdU16String(inserts[0].text) == p.m_rows[0].path &&
-                p.isVisible());  // YL: the panel stays
+    EXPECT_TRUE(QString::fromStdU16String(inserts[0].text) == p.m_rows[0].path && p.isVisible());  // YL: the panel stays
 
     // A refused download and an error page both fail visibly, leave no file, and the row
     // comes back after three seconds.
@@ -197,8 +196,7 @@ TEST(LiveSearch, TheNewestRunWinsAndTheStoreAnswersWhenTheServiceCannot) {
     w.service.faults().set("/gallery/search_g", down);
     w.Search(QStringLiteral("类B"));
     ASSERT_TRUE(PumpUntil([&] { return p.m_searchState == 0 && w.Shown(p.m_searchList); }, 5000));
-    EXPECT_EQ(names(),
-              QStringList({QStringLiteral("类B_0.dwg"), QStringLiteral("类B_1.dwg"), QStringLiteral("类B_2.dwg")}));
+    EXPECT_EQ(names(), QStringList({QStringLiteral("类B_0.dwg"), QStringLiteral("类B_1.dwg"), QStringLiteral("类B_2.dwg")}));
     EXPECT_EQ(States(p.m_rows), std::vector<int>(3, RowFresh));
     EXPECT_EQ(p.m_rows[0].path, QString::fromStdU16String(local->dirChildren[1]->fileChildren[0]->Path()));
     // A fast failure stays on "网络中断，请检查后重试": the local search is within the quiet time.
@@ -235,11 +233,9 @@ TEST(LiveSearch, AHotWordAddsItsClassAndOpensItWithoutSearching) {
     ASSERT_TRUE(w.ButtonShown(4001) && p.Button(4001)->text() == word);
     w.service.counters().reset();
     w.ClickButton(4001);
-    ASSERT_TRUE(
-        PumpUntil([&] { return w.RowOf(w.galleries[1]) >= 0 && p.m_nav.classIndex == w.RowOf(w.galleries[1]); }, 5000));
+    ASSERT_TRUE(PumpUntil([&] { return w.RowOf(w.galleries[1]) >= 0 && p.m_nav.classIndex == w.RowOf(w.galleries[1]); }, 5000));
     const std::vector<ShowItem> listed = ReadShowList(true);
-    EXPECT_TRUE(
-        std::any_of(listed.begin(), listed.end(), [&](const ShowItem& item) { return item.name == w.galleries[1]; }));
+    EXPECT_TRUE(std::any_of(listed.begin(), listed.end(), [&](const ShowItem& item) { return item.name == w.galleries[1]; }));
     EXPECT_TRUE(p.m_nav.page == PageBrowse && !w.Shown(p.m_searchList) && !w.ButtonShown(4001));
     EXPECT_EQ(w.Served("/gallery/search_g"), 0);
 }

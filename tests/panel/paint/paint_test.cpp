@@ -57,10 +57,8 @@ protected:
 INSTANTIATE_TEST_SUITE_P(Rates, PaintScenes, ::testing::Values(1.0f, 1.5f));
 
 PanelPaintState Browse(int classIndex, int itemCount, int syncStatus = -1) {
-    return {.page = classIndex == 1 ? PageCollection : PageBrowse,
-            .classIndex = classIndex,
-            .itemCount = itemCount,
-            .syncStatus = syncStatus};
+    return {
+        .page = classIndex == 1 ? PageCollection : PageBrowse, .classIndex = classIndex, .itemCount = itemCount, .syncStatus = syncStatus};
 }
 
 PanelPaintState Search(int page, int searchState, int rows, bool ended = false, bool untouched = false) {
@@ -85,11 +83,11 @@ TEST_P(PaintScenes, BrowseLayerInEveryState) {
     // Recent with items (heading and bar), recent empty, the collection in each
     // sync status (-2 and unknown ones show nothing), an opened empty subclass,
     // an empty common list, and no class chosen yet.
-    const QImage sheet = Sheet(QSize(ScaleUnits(755), ScaleUnits(454)),
-                               Panels({Browse(0, 4), Browse(0, 0), Browse(1, 0, -1), Browse(1, 0, 0), Browse(1, 0, 1),
-                                       Browse(1, 0, 2), Browse(1, 0, 3), Browse(1, 0, 4), Browse(1, 0, -2),
-                                       Browse(1, 0, 7), opened, Browse(3, 0), Browse(-1, 0), Browse(2, 5)}),
-                               4);
+    const QImage sheet =
+        Sheet(QSize(ScaleUnits(755), ScaleUnits(454)),
+              Panels({Browse(0, 4), Browse(0, 0), Browse(1, 0, -1), Browse(1, 0, 0), Browse(1, 0, 1), Browse(1, 0, 2), Browse(1, 0, 3),
+                      Browse(1, 0, 4), Browse(1, 0, -2), Browse(1, 0, 7), opened, Browse(3, 0), Browse(-1, 0), Browse(2, 5)}),
+              4);
     EXPECT_TRUE(MatchesReference(sheet, "panel/paint", At("browse_layer")));
 }
 
@@ -100,9 +98,8 @@ TEST_P(PaintScenes, SearchLayerAndStatusLine) {
         for (int state : {-1, 0, 1, 2, 3, 9}) states.push_back(Search(page, std::max(state, 0), 0, false, state < 0));
     // Rows: the hint, the default word on the search page only, the count once ended (none for a
     // search not yet made).
-    for (const PanelPaintState& s :
-         {Search(PageSearch, 0, 12), Search(PageSearch, 3, 0, true), Search(PageSearch, 3, 0, true, true),
-          Search(PageCollectionSearch, 0, 23), Search(PageSearch, 1, 40)})
+    for (const PanelPaintState& s : {Search(PageSearch, 0, 12), Search(PageSearch, 3, 0, true), Search(PageSearch, 3, 0, true, true),
+                                     Search(PageCollectionSearch, 0, 23), Search(PageSearch, 1, 40)})
         states.push_back(s);
     states.push_back({.page = PageBrowse,
                       .classIndex = 2,
@@ -156,14 +153,10 @@ TEST_P(PaintScenes, ResultRowsInEveryState) {
 
 TEST(HighlightRule, CutsAtEveryExactOccurrence) {
     const std::tuple<const char*, const char*, const char*> cases[] = {
-        {"abcab", "ab", "ab|c|ab"},
-        {"x阀门y阀门", "阀门", "x|阀门|y|阀门"},
-        {"aaa", "aa", "aa|a"},  // no overlap: the scan resumes behind each key
+        {"abcab", "ab", "ab|c|ab"},       {"x阀门y阀门", "阀门", "x|阀门|y|阀门"}, {"aaa", "aa", "aa|a"},  // no overlap: the scan resumes
+                                                                                                           // behind each key
         {"ABab", "ab", "AB|ab"},  // exact comparison
-        {"共12条结果", "", "共12条结果"},
-        {"共12条结果", "7", "共12条结果"},
-        {"", "a", ""},
-        {"ab", "ab", "ab"}};
+        {"共12条结果", "", "共12条结果"}, {"共12条结果", "7", "共12条结果"},       {"", "a", ""},         {"ab", "ab", "ab"}};
     for (const auto& [text, key, pieces] : cases)
         EXPECT_EQ(SplitAtKey(QString::fromUtf8(text), QString::fromUtf8(key)),
                   QString::fromUtf8(pieces).split(QLatin1Char('|'), Qt::SkipEmptyParts))
@@ -175,8 +168,7 @@ TEST(ResultRowRules, NameAndClassLine) {
     // ".DWG" are in the lists' pictures).
     const std::pair<const char*, const char*> names[] = {
         {"a.Dwg", "a"}, {".dwg", ".dwg"}, {"plan.dwg.bak", "plan.dwg.bak"}, {"x.dwg.dwg", "x.dwg"}};
-    for (const auto& [name, shown] : names)
-        EXPECT_EQ(RowDisplayName(QString::fromUtf8(name)), QString::fromUtf8(shown)) << name;
+    for (const auto& [name, shown] : names) EXPECT_EQ(RowDisplayName(QString::fromUtf8(name)), QString::fromUtf8(shown)) << name;
     // The class, then the subclass behind its first ".." (one without is in the search list's picture).
     const std::pair<const char*, const char*> lines[] = {{"a..b..c", "建筑>b..c"}, {"门窗..", "建筑>"}, {"", "建筑>"}};
     BlockRow row;
@@ -202,8 +194,7 @@ TEST(StatusLineRules, HintPlaceAndASqueezedWindow) {
     for (float rate : {1.0f, 1.5f}) {
         UseRate(rate);
         const QString hint = QStringLiteral("注：双击缩略图快速插入图块");
-        const int fits =
-            ScaleUnits(588) + QFontMetrics(Font(SkinFont::Bold)).horizontalAdvance(hint) + ScaleUnits(5) + 1;
+        const int fits = ScaleUnits(588) + QFontMetrics(Font(SkinFont::Bold)).horizontalAdvance(hint) + ScaleUnits(5) + 1;
         auto left = [](int width) { return DoubleClickHintRect(QSize(width, ScaleUnits(454))).left(); };
         EXPECT_EQ(std::make_tuple(left(fits), left(fits - 1), left(300)),
                   std::make_tuple(ScaleUnits(588), ScaleUnits(588) - 1, ScaleUnits(530)))

@@ -95,9 +95,7 @@ TEST(DwgPreviewReader, SectionTableAndEntryFailuresAndAHugeFileReadOnlyWhereNeed
     const size_t count = 0x100 + 20, entry = EntryOffset(0x100, 1);
     // A count of 255 over a file cut behind the BMP entry: the entry is there, its data is not.
     const std::string many = WithByte(good.substr(0, EntryOffset(0x100, 2)), count, char(255));
-    auto entryAt = [&](uint32_t start, uint32_t size) {
-        return Patched(Patched(good, entry + 1, start), entry + 5, size);
-    };
+    auto entryAt = [&](uint32_t start, uint32_t size) { return Patched(Patched(good, entry + 1, start), entry + 5, size); };
     QImage blue(3, 3, QImage::Format_RGB32);
     blue.fill(QColor(0, 0, 255));
     const std::string png = service::EncodePng(blue);
@@ -112,8 +110,7 @@ TEST(DwgPreviewReader, SectionTableAndEntryFailuresAndAHugeFileReadOnlyWhereNeed
         {"sentinel", WithByte(good, 0x100 + 15, char(good[0x100 + 15] ^ 1)), E::BadSentinel},
         {"no entries", WithByte(good, count, 0), E::NoEntries},
         {"count past a short file", many, E::EntryOutOfFile},
-        {"count past the table", WithByte(MakeDrawing({{1, std::string(80, '\0')}}), count, char(200)),
-         E::TableTruncated},
+        {"count past the table", WithByte(MakeDrawing({{1, std::string(80, '\0')}}), count, char(200)), E::TableTruncated},
         {"only a header and a metafile", MakeDrawing({{1, "x"}, {3, "wmf"}}), E::NoPicture},
         {"entry starts at the end", entryAt(uint32_t(good.size()), 1), E::EntryOutOfFile},
         {"entry one byte too long", entryAt(0, uint32_t(good.size() + 1)), E::EntryOutOfFile},
@@ -259,16 +256,16 @@ QImage Filled(int w, int h, QRgb colour) {
 
 TEST(FitThumbnail, ContactSheetOfPreviewsInBothCells) {
     std::vector<QImage> pictures;
-    for (const char* name : {"bmp8_ac1014.dwg", "bmp8_ac1015.dwg", "bmp8_ac1024.dwg", "png_ac1027.dwg",
-                             "png_ac1032.dwg", "header_only_ac1032.dwg"})
+    for (const char* name :
+         {"bmp8_ac1014.dwg", "bmp8_ac1015.dwg", "bmp8_ac1024.dwg", "png_ac1027.dwg", "png_ac1032.dwg", "header_only_ac1032.dwg"})
         pictures.push_back(LoadDwgPreview(RealPath(name)));
     using namespace marrowfin::service;
     for (int k = 0; k < int(SymbolKind::Count); ++k) {
         const bool png = k % 3 == 2;
-        const QImage symbol = png ? DrawSymbol(SymbolKind(k), uint32_t(k), 224, 140, true)
-                                  : DrawSymbol(SymbolKind(k), uint32_t(k), 180, 120);
-        pictures.push_back(PreviewToImage(ReadDwgPreview(BuildDwgContainer(
-            png ? PreviewKind::Png : PreviewKind::Bmp8, png ? EncodePng(symbol) : EncodeDib8(symbol)))));
+        const QImage symbol =
+            png ? DrawSymbol(SymbolKind(k), uint32_t(k), 224, 140, true) : DrawSymbol(SymbolKind(k), uint32_t(k), 180, 120);
+        pictures.push_back(PreviewToImage(
+            ReadDwgPreview(BuildDwgContainer(png ? PreviewKind::Png : PreviewKind::Bmp8, png ? EncodePng(symbol) : EncodeDib8(symbol)))));
         EXPECT_FALSE(pictures.back().isNull()) << k;
     }
     // One-pixel lines shrunk by 4: dark on white kept by the AND scan, bright
@@ -281,10 +278,9 @@ TEST(FitThumbnail, ContactSheetOfPreviewsInBothCells) {
     mixed.setPixel(0, 0, qRgb(255, 0, 0));
     mixed.setPixel(423, 0, qRgb(0, 0, 255));
     // Small pictures stay unscaled and centred; exactly the area fits, one more pixel is scaled.
-    for (const QImage& made :
-         {paper, night, mixed, Filled(50, 30, qRgb(200, 10, 10)), Filled(106, 64, qRgb(255, 255, 255)),
-          Filled(107, 64, qRgb(255, 255, 255)), Filled(400, 100, qRgb(0, 0, 255)), Filled(50, 200, qRgb(0, 0, 255)),
-          Filled(132, 80, qRgb(255, 255, 0)), Filled(1, 1, qRgb(255, 255, 255)), Filled(2000, 1, qRgb(255, 255, 255))})
+    for (const QImage& made : {paper, night, mixed, Filled(50, 30, qRgb(200, 10, 10)), Filled(106, 64, qRgb(255, 255, 255)),
+                               Filled(107, 64, qRgb(255, 255, 255)), Filled(400, 100, qRgb(0, 0, 255)), Filled(50, 200, qRgb(0, 0, 255)),
+                               Filled(132, 80, qRgb(255, 255, 0)), Filled(1, 1, qRgb(255, 255, 255)), Filled(2000, 1, qRgb(255, 255, 255))})
         pictures.push_back(made);
 
     const int columns = 6, cellW = 132 + 8, cellH = 80 + 8;
@@ -309,8 +305,7 @@ std::string PalettePng(int colours, QRgb ground, bool transparent) {
     if (transparent) table[1] = qRgba(255, 0, 0, 100);
     image.setColorTable(table);
     for (int y = 0; y < image.height(); ++y)
-        for (int x = 0; x < image.width(); ++x)
-            image.setPixel(x, y, (x % 11 == 0 || y % 7 == 0) ? (x + y) % colours : 0);
+        for (int x = 0; x < image.width(); ++x) image.setPixel(x, y, (x % 11 == 0 || y % 7 == 0) ? (x + y) % colours : 0);
     QByteArray png;
     QBuffer buffer(&png);
     buffer.open(QIODevice::WriteOnly);
@@ -323,8 +318,7 @@ TEST(FitThumbnail, TheCellsRoadFitsWhatTheWholePictureFits) {
     // fit it through its table: the picture must be Qt's own decoding of it,
     // and the cell pixel for pixel the fitting of the whole RGB32 picture.
     std::vector<std::pair<std::string, bool>> drawings;  // bytes, read through its table
-    for (const char* name : {"bmp8_ac1024.dwg", "png_ac1027.dwg", "png_ac1032.dwg"})
-        drawings.emplace_back(RealFile(name), name[0] == 'p');
+    for (const char* name : {"bmp8_ac1024.dwg", "png_ac1027.dwg", "png_ac1032.dwg"}) drawings.emplace_back(RealFile(name), name[0] == 'p');
     for (int colours : {2, 4, 16, 200})
         for (QRgb ground : {qRgb(0, 0, 0), qRgb(255, 255, 255)}) {
             drawings.emplace_back(MakeDrawing({{6, PalettePng(colours, ground, false)}}), true);
@@ -354,8 +348,7 @@ TEST(FitThumbnail, SizesAndTinyCellsStayInsideTheCanvas) {
     for (int w = 1; w <= 12; ++w)
         for (int h = 1; h <= 12; ++h)
             for (QSize source : {QSize(1, 1), QSize(1, 300), QSize(300, 1), QSize(13, 7), QSize(w, h)}) {
-                const QImage thumb =
-                    FitThumbnail(Filled(source.width(), source.height(), qRgb(255, 255, 255)), w, h, 1.0);
+                const QImage thumb = FitThumbnail(Filled(source.width(), source.height(), qRgb(255, 255, 255)), w, h, 1.0);
                 ASSERT_EQ(thumb.size(), QSize(w, h));
                 EXPECT_EQ(thumb.pixel(0, 0), kThumbnailFrameOther);
                 EXPECT_EQ(thumb.pixel(w - 1, h - 1), kThumbnailFrameOther);

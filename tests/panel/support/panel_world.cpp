@@ -47,8 +47,7 @@ bool PanelHarness::WaitForSwitch(int timeoutMs) {
     const bool ok = PumpUntil(
         [&] {
             QCoreApplication::sendPostedEvents();
-            return !IsTimerRunning(h, kTimerClassSwitch) && !IsTimerRunning(h, kTimerBuildClassList) &&
-                   !panel->CollectionBusy();
+            return !IsTimerRunning(h, kTimerClassSwitch) && !IsTimerRunning(h, kTimerBuildClassList) && !panel->CollectionBusy();
         },
         timeoutMs);
     Pump(30);  // the commands the switch posted
@@ -106,21 +105,19 @@ PanelWorld::~PanelWorld() { DestroyPanel(); }
 
 GalleryNode* PanelWorld::AddGallery(const GallerySpec& spec) {
     AddGalleryToShowList(spec.name);
-    auto* gallery =
-        new GalleryNode(kRootName, root()->Path() + u"/" + spec.name, spec.name, kKindDir, false, spec.boutique, 0);
+    auto* gallery = new GalleryNode(kRootName, root()->Path() + u"/" + spec.name, spec.name, kKindDir, false, spec.boutique, 0);
     gallery->refreshTick = GetTickCount();  // fresh: no summary request on opening
     AddChild(root(), gallery, false);
     CreateDirectories(gallery->Path());
     for (int c = 0; c < spec.classes; ++c)
-        AddClass(gallery, u"类" + std::u16string(1, char16_t(u'A' + c % 26)) + (c >= 26 ? u"2" : u""),
-                 spec.blocksPerClass);
+        AddClass(gallery, u"类" + std::u16string(1, char16_t(u'A' + c % 26)) + (c >= 26 ? u"2" : u""), spec.blocksPerClass);
     for (int e = 0; e < spec.commonEntries; ++e) {
         const GalleryNode* cls = gallery->dirChildren.empty() ? nullptr : gallery->dirChildren[0];
         const std::u16string name = u"常用" + std::u16string(1, u'0' + e);
-        AddChild(gallery,
-                 new GalleryNode(kCommonUseTag, (cls ? cls->Path() : gallery->Path()) + u"/" + name + u".dwg", name,
-                                 kKindFile, false, false, 0),
-                 false);
+        AddChild(
+            gallery,
+            new GalleryNode(kCommonUseTag, (cls ? cls->Path() : gallery->Path()) + u"/" + name + u".dwg", name, kKindFile, false, false, 0),
+            false);
     }
     return gallery;
 }
@@ -132,8 +129,7 @@ GalleryNode* PanelWorld::AddClass(GalleryNode* gallery, const std::u16string& na
     for (int b = 0; b < blocks; ++b) {
         const std::u16string file = name + u"_" + std::u16string(1, char16_t(u'0' + b % 10)) +
                                     (b >= 10 ? std::u16string(1, char16_t(u'0' + b / 10)) : u"") + u".dwg";
-        AddChild(cls, new GalleryNode(name, cls->Path() + u"/" + file, file, kKindFile, false, gallery->boutique, 2048),
-                 false);
+        AddChild(cls, new GalleryNode(name, cls->Path() + u"/" + file, file, kKindFile, false, gallery->boutique, 2048), false);
     }
     return cls;
 }
@@ -152,9 +148,9 @@ std::u16string PanelWorld::AddCollections(int user, const std::vector<std::u16st
         service::Fault down;
         down.status = 503;
         service.faults().set("*", down);
-        for (const char* path : {"/gallery/get_u_collect", "/gallery/get_u_f", "/gallery/favorite",
-                                 "/gallery/favorite_dwgs", "/gallery/dwg_collect", "/gallery/dwg_collectu",
-                                 "/gallery/mvff", "/gallery/cdwgrn", "/gallery/lfstatu", "/ufiles/*"})
+        for (const char* path :
+             {"/gallery/get_u_collect", "/gallery/get_u_f", "/gallery/favorite", "/gallery/favorite_dwgs", "/gallery/dwg_collect",
+              "/gallery/dwg_collectu", "/gallery/mvff", "/gallery/cdwgrn", "/gallery/lfstatu", "/ufiles/*"})
             service.faults().set(path, service::Fault{});
     }
     service::UserState& users = service.users();
@@ -165,8 +161,7 @@ std::u16string PanelWorld::AddCollections(int user, const std::vector<std::u16st
         int64_t id = 0;
         users.addFolder(user, Utf16ToUtf8(folder), &id);
         for (int b = 0; b < blocksPerFolder; ++b)
-            users.addBlock(
-                {0, id, Utf16ToUtf8(folder) + "_" + std::to_string(b) + ".dwg", Utf16ToUtf8(folder), 2048, false});
+            users.addBlock({0, id, Utf16ToUtf8(folder) + "_" + std::to_string(b) + ".dwg", Utf16ToUtf8(folder), 2048, false});
     }
     return NumberedCollectionFolder(user);
 }
@@ -179,9 +174,8 @@ void PanelWorld::CollectDrawing(int user, const std::string& folder, const std::
     ASSERT_TRUE(WriteFileAtomic(Utf8ToUtf16(dir + "/" + name), bytes));
     const auto found = service.users().folderByName(user, folder);
     ASSERT_TRUE(found.has_value()) << folder;
-    const CollectionReply reply =
-        CollectBlockFile(u"token-" + Utf8ToUtf16(std::to_string(user)), Utf8ToUtf16(std::to_string(found->id)),
-                         Utf8ToUtf16(dir + "/" + name), CollectForce::FromDisk);
+    const CollectionReply reply = CollectBlockFile(u"token-" + Utf8ToUtf16(std::to_string(user)), Utf8ToUtf16(std::to_string(found->id)),
+                                                   Utf8ToUtf16(dir + "/" + name), CollectForce::FromDisk);
     ASSERT_TRUE(reply.Is(u"1")) << name;
 }
 
@@ -196,8 +190,7 @@ void PanelWorld::MakePanel(bool waitForStart, float rate) {
             u"<root><sort id=\"精品图库\" show=\"精品图库\"><kind>全部</kind></sort>"
             u"<sort id=\"通用图库\" show=\"通用图库\"><kind>全部</kind></sort><type>";
         for (const GalleryNode* gallery : root()->dirChildren)
-            table += u"<item><name>" + gallery->name + u"</name><gv>" + (gallery->boutique ? u"1" : u"0") +
-                     u"</gv><ver>1</ver></item>";
+            table += u"<item><name>" + gallery->name + u"</name><gv>" + (gallery->boutique ? u"1" : u"0") + u"</gv><ver>1</ver></item>";
         table += u"</type></root>";
         WriteFileAtomic(ClassTablePath(), "\xEF\xBB\xBF" + Utf16ToUtf8(table));
         WriteOptionInt(u"RequestNetwork", 0);

@@ -72,8 +72,7 @@ public:
     }
     int RowOf(const std::u16string& text) const;
     int VisibleSubclassButtons() const {
-        return int(std::count_if(panel->m_subclassBtns.begin(), panel->m_subclassBtns.end(),
-                                 [this](QWidget* b) { return Shown(b); }));
+        return int(std::count_if(panel->m_subclassBtns.begin(), panel->m_subclassBtns.end(), [this](QWidget* b) { return Shown(b); }));
     }
     bool Shown(QWidget* widget) const { return widget && widget->isVisibleTo(panel.get()); }
     // The captions of the subclass buttons shown, in order.

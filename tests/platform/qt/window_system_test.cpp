@@ -59,8 +59,7 @@ TEST(QtWindowSystem, HandlesSendPostAndPostsFromWorkersInOrderPerThreadRacingADe
     EXPECT_EQ(a->seen.size() + b->seen.size(), 1u) << "a post is not delivered before the loop runs";
     Pump(20);
     ASSERT_EQ(b->seen.size(), 1u);
-    EXPECT_EQ(std::make_tuple(b->seen[0].message, b->seen[0].wParam, b->seen[0].lParam),
-              std::make_tuple(0x9ddu, 3u, -5));
+    EXPECT_EQ(std::make_tuple(b->seen[0].message, b->seen[0].wParam, b->seen[0].lParam), std::make_tuple(0x9ddu, 3u, -5));
     delete a;
     EXPECT_FALSE(IsWindow(ha) || ObjectOf(ha) || IsWindow(0) || HandleOf(nullptr));
     auto* c = new Receiver;
@@ -127,8 +126,7 @@ TEST(WindowTimers, RestartsCollapseABurstKillsAndDeathEndThem) {
     EXPECT_TRUE(r.seen.empty()) << "a restart must replace the running timer";
     Pump(90);
     ASSERT_GE(r.seen.size(), 1u);
-    EXPECT_EQ(std::make_pair(r.seen[0].message, r.seen[0].wParam),
-              std::make_pair(uint32_t(WM_TIMER_MESSAGE), std::uintptr_t(1008)));
+    EXPECT_EQ(std::make_pair(r.seen[0].message, r.seen[0].wParam), std::make_pair(uint32_t(WM_TIMER_MESSAGE), std::uintptr_t(1008)));
     EXPECT_TRUE(KillTimer(h, 1008));
     r.seen.clear();
     // Two ids run side by side, told apart by wParam; killed, they stay quiet.
