@@ -503,8 +503,11 @@ void CBrindleDlg::FolderMade(const std::u16string& parentPath, const std::u16str
             button->setToolTip(ToQString(name));
             button->show();
         }
-        ReloadCollection([this, name](int reloaded) {
-            if (reloaded != 1) return;
+        // The new folder opens once the list is read again, unless the user
+        // has opened a folder or left the collection meanwhile.
+        const std::uintptr_t readsBefore = m_folderReads;
+        ReloadCollection([this, name, readsBefore](int reloaded) {
+            if (reloaded != 1 || m_folderReads != readsBefore || m_nav.classIndex != 1) return;
             m_nav.targetClass = kCollectionFolderRoute + name;
             m_nav.forceList = true;
             OpenTargetClass();
