@@ -174,6 +174,7 @@ private:
     bool WellFormedResult() const;
     std::u16string ElementTextOf(uint32_t index) const;
     std::u16string AttributeOf(uint32_t index, std::u16string_view name) const;
+    bool AttributeInto(uint32_t index, std::u16string_view name, std::u16string& out) const;
     // Where the raw value of the attribute stands in the text; false when
     // the element has no such attribute. `reference` tells whether the value
     // holds a '&' and so needs decoding.

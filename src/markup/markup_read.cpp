@@ -180,28 +180,27 @@ bool MarkupDocument::FindAttributeValue(uint32_t index, std::u16string_view name
     return false;
 }
 
-std::u16string MarkupDocument::AttributeOf(uint32_t index, std::u16string_view name) const {
-    std::u16string out;
-    uint32_t begin = 0;
-    uint32_t length = 0;
-    bool reference = false;
-    if (!FindAttributeValue(index, name, begin, length, reference)) return out;
-    const std::u16string_view raw(m_text.get() + begin, length);
-    if (reference) DecodeMarkupText(raw, out);
-    else out.assign(raw);
-    return out;
-}
-
-bool MarkupDocument::GetAttribute(std::u16string_view name, std::u16string& out) const {
+// The decoded value into `out` (emptied first); false when there is none.
+bool MarkupDocument::AttributeInto(uint32_t index, std::u16string_view name, std::u16string& out) const {
     out.clear();
     uint32_t begin = 0;
     uint32_t length = 0;
     bool reference = false;
-    if (!FindAttributeValue(m_main, name, begin, length, reference)) return false;
+    if (!FindAttributeValue(index, name, begin, length, reference)) return false;
     const std::u16string_view raw(m_text.get() + begin, length);
     if (reference) DecodeMarkupText(raw, out);
     else out.assign(raw);
     return true;
+}
+
+std::u16string MarkupDocument::AttributeOf(uint32_t index, std::u16string_view name) const {
+    std::u16string out;
+    (void)AttributeInto(index, name, out);
+    return out;
+}
+
+bool MarkupDocument::GetAttribute(std::u16string_view name, std::u16string& out) const {
+    return AttributeInto(m_main, name, out);
 }
 
 std::u16string_view MarkupDocument::AttributeView(std::u16string_view name, std::u16string& scratch) const {
