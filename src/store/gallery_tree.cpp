@@ -64,14 +64,7 @@ GalleryNode* FindBlockByPath(GalleryNode* node, std::u16string_view path, bool s
         const std::u16string_view own = node->HasOwnPath() ? node->StoredPath() : std::u16string_view(built);
         const bool under = path.size() > own.size() && path[own.size()] == u'/' && path.starts_with(own);
         const std::u16string_view rest = under ? path.substr(own.size() + 1) : std::u16string_view();
-        const auto& files = node->fileChildren;
-        const size_t count = files.size();
-        for (size_t i = 0; i < count; ++i) {
-            // The walk is bound by memory latency: ask early for the node a few
-            // places ahead and for the name text of a nearer one.
-            if (i + 8 < count && files[i + 8]) __builtin_prefetch(files[i + 8]);
-            if (i + 4 < count && files[i + 4]) __builtin_prefetch(files[i + 4]->name.data());
-            GalleryNode* child = files[i];
+        for (GalleryNode* child : node->fileChildren) {
             if (!child) continue;
             // A leaf is tested here; the rare file with children goes the long way.
             if (child->fileChildren.empty() && child->dirChildren.empty()) {
@@ -93,16 +86,8 @@ void FilterDir(const GalleryNode* node, std::u16string_view text, std::vector<Ga
     // Blocks are tested here rather than by a call each: a class holds many,
     // and the call would cost more than the test.
     if (withFiles) {
-        const auto& files = node->fileChildren;
-        const size_t count = files.size();
-        for (size_t i = 0; i < count; ++i) {
-            // The walk is bound by memory latency: ask early for the node a few
-            // places ahead and for the name text of a nearer one.
-            if (i + 8 < count && files[i + 8]) __builtin_prefetch(files[i + 8]);
-            if (i + 4 < count && files[i + 4]) __builtin_prefetch(files[i + 4]->name.data());
-            GalleryNode* child = files[i];
+        for (GalleryNode* child : node->fileChildren)
             if (child && !IsCommonUseEntry(*child) && ContainsFolded(child->name, text)) out.push_back(child);
-        }
     }
     for (const GalleryNode* child : node->dirChildren)
         if (child) FilterDir(child, text, out, true);
