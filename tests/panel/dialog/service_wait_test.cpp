@@ -198,9 +198,7 @@ TEST(LivePages, CollectionSearchWaitsForTheCloudBlocksFiltersThemAndDropsLateAns
     // request is held; the collections' own reload on the way back is not.
     w.ClickButton(ControlId::SearchBack, 500);
     ASSERT_TRUE(w.WaitForSwitch());
-    service::Fault heldOnce = kHeld;
-    heldOnce.remaining = 1;
-    w.service.faults().set("/gallery/get_u_collect", heldOnce);
+    w.service.faults().set("/gallery/get_u_collect", service::Fault{.holdMs = 10000, .body = {}, .remaining = 1});
     w.ClickButton(ControlId::SearchCollection, 500);
     const std::uintptr_t left = p.m_search.collectionRowsGeneration;
     w.ClickButton(ControlId::SearchBack, 500);

@@ -33,8 +33,7 @@ TEST(SearchModel, ASearchRunsOnceAndOnlyTheNewestOutcomeOnAnOpenPageCounts) {
     SearchModel s;
     s.rows = {Row(u"旧")};
     EXPECT_EQ(s.BeginSearch({}, 0, true), SearchStart::Nothing);
-    EXPECT_EQ(s.BeginSearch(QStringLiteral("门"), 0, false), SearchStart::Nothing);  // no store
-    EXPECT_EQ(s.rows.size(), 1u);
+    EXPECT_TRUE(s.BeginSearch(QStringLiteral("门"), 0, false) == SearchStart::Nothing && s.rows.size() == 1);  // no store
     ASSERT_EQ(s.BeginSearch(QStringLiteral("门"), 0, true), SearchStart::Run);
     EXPECT_TRUE(s.rows.empty() && s.searchState == 1);
     s.RunStarted(1);
@@ -68,8 +67,7 @@ TEST(SearchModel, ASearchRunsOnceAndOnlyTheNewestOutcomeOnAnOpenPageCounts) {
     s.EndRun(3);
     EXPECT_TRUE(s.SearchEnded(3));
     EXPECT_FALSE(s.BeginLocalSearch(false));
-    EXPECT_FALSE(s.ListLocalHits({}));
-    EXPECT_TRUE(s.rows.empty() && s.searchState == 3);
+    EXPECT_TRUE(!s.ListLocalHits({}) && s.rows.empty() && s.searchState == 3);
     s.LeavePage();
     EXPECT_FALSE(s.BeginLocalSearch(true));
 }
@@ -143,8 +141,7 @@ TEST(SearchModel, RowsInViewQueueWithinTheLimitAndEndedDownloadsAndUseFollowTheR
     EXPECT_EQ(s.Use(3), RowUse::Redraw);
     EXPECT_TRUE(!s.rows[3].prefetch && !s.downloadQueue.begin()->second.prefetch);
     s.downloadQueue.clear();
-    EXPECT_EQ(s.Use(3), RowUse::Redraw);
-    EXPECT_EQ(s.rows[3].state, RowRemote);
+    EXPECT_TRUE(s.Use(3) == RowUse::Redraw && s.rows[3].state == RowRemote);
     for (int state : {RowFresh, RowCollected, RowFetched}) {
         s.rows[0].state = state;
         EXPECT_EQ(s.Use(0), RowUse::Insert) << state;
@@ -155,8 +152,7 @@ TEST(SearchModel, RowsInViewQueueWithinTheLimitAndEndedDownloadsAndUseFollowTheR
     for (int i = 0; i < 100; ++i) s.downloadQueue[-1 - i] = gone;
     EXPECT_EQ(s.Use(3), RowUse::Queued);
     s.rows[0].state = RowRemote;
-    EXPECT_EQ(s.Use(0), RowUse::Nothing);
-    EXPECT_TRUE(s.rows[0].state == RowRemote && s.downloadQueue.size() == 101);
+    EXPECT_TRUE(s.Use(0) == RowUse::Nothing && s.rows[0].state == RowRemote && s.downloadQueue.size() == 101);
     s.NoteRowToCheck(2);
     s.rows[2].prefetch = true;
     EXPECT_FALSE(s.QueueRowsInView([](int) { return true; }));
