@@ -81,7 +81,7 @@ void CBrindleDlg::SelectionChanged(std::intptr_t item) {
     m_nav.selectedName.clear();
     if (item >= 0) {
         const size_t i = static_cast<size_t>(item);
-        const NodeList& nodes = IsSearchPage(m_nav.page) ? m_localHits : m_nav.listNodes;
+        const NodeList& nodes = IsSearchPage(m_nav.page) ? m_search.localHits : m_nav.listNodes;
         if (const GalleryNode* node = m_store ? nodes.At(*m_store, i) : nullptr)
             m_nav.selectedName = QString::fromStdU16String(node->name.str());
         if (m_nav.classIndex == 1) EnableBlockDelete(true);
@@ -93,8 +93,8 @@ void CBrindleDlg::SelectionChanged(std::intptr_t item) {
 }
 
 void CBrindleDlg::GoToRowClass(std::intptr_t row) {
-    if (row < 0 || row >= static_cast<std::intptr_t>(m_rows.size())) return;
-    m_nav.focusRow = m_rows[static_cast<size_t>(row)];
+    if (row < 0 || row >= static_cast<std::intptr_t>(m_search.rows.size())) return;
+    m_nav.focusRow = m_search.rows[static_cast<size_t>(row)];
     m_nav.focusPending = true;
     OpenRoute(u"/" + m_nav.focusRow.klass.toStdU16String() + u"/" + m_nav.focusRow.subclass.toStdU16String());
 }

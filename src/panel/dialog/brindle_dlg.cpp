@@ -236,7 +236,7 @@ void CBrindleDlg::OnTreeUpdate() {
 void CBrindleDlg::RelistNodes() {
     if (!m_store) return;
     // The local hits are made anew by the next search.
-    if (!m_localHits.Valid(*m_store)) m_localHits.Reset(*m_store);
+    if (!m_search.localHits.Valid(*m_store)) m_search.localHits.Reset(*m_store);
     if (m_nav.listNodes.Valid(*m_store)) return;
     m_nav.listNodes.Reset(*m_store);
     if (!m_store->root || !m_pThumbList || m_nav.curClassPath.empty()) return;
@@ -261,9 +261,9 @@ void CBrindleDlg::paintEvent(QPaintEvent* event) {
     state.syncStatus = m_nav.syncStatus;
     state.emptySubclassOpened = m_nav.emptySubclassOpened;
     state.selectedName = m_nav.selectedName;
-    state.searchUntouched = m_searchUntouched;
-    state.searchState = m_searchState;
-    state.rowCount = static_cast<int>(m_rows.size());
+    state.searchUntouched = m_search.searchUntouched;
+    state.searchState = m_search.searchState;
+    state.rowCount = static_cast<int>(m_search.rows.size());
     state.defaultHotWord = g_defaultHotWord;
     state.searchEnded = SearchEnded();
     PaintPanel(painter, size(), state);

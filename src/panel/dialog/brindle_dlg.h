@@ -10,7 +10,7 @@
 //   brindle_controls.cpp     the control table
 //   brindle_input.cpp        PreTranslateMessage, the title drag and click regions
 //   brindle_host_link.cpp    GalleryPanelControl, copy-data, the location step,
-//                            RequireLogin, the feedback wait, FindRow, IsBlkBoutique
+//                            RequireLogin, the feedback wait, IsBlkBoutique
 //   brindle_events.cpp       timers, MsgPanelEvent
 //   class_switch.cpp         the class column and the class switch
 //   subclasses.cpp           the subclass buttons and what they list
@@ -47,6 +47,7 @@
 #include "panel/model/navigation_model.h"
 #include "panel/model/panel_messages.h"
 #include "panel/model/panel_page.h"
+#include "panel/model/search_model.h"
 #include "panel/preview/preview_loader.h"
 #include "picker/sel_class_dlg.h"
 #include "platform/window_messages.h"
@@ -106,23 +107,9 @@ public:
     GalleryStore* m_store = nullptr;
 
     // ---- search and downloads -------------------------------------------
-    std::vector<BlockRow> m_rows;
-    std::vector<BlockRow> m_serverRows;
-    std::vector<BlockRow> m_collectionRows;
-    // The collection's rows are asked for on a worker; an answer counts only
-    // for the newest load while its page is still open.
-    std::uintptr_t m_collectionRowsGeneration = 0;
-    bool m_collectionRowsPending = false;
-    NodeList m_localHits;
-    bool m_searchUntouched = false;
-    int m_searchState = 0;
-    QString m_lastSearch;
-    std::map<int, int> m_searchRuns;  // search generation -> 1 while it runs, 0 once ended
-    std::map<int, BlockRow> m_downloadQueue;
+    SearchModel m_search;  // runs, result rows, downloads, the collection's rows
     // Written by the download workers, which hold it beyond the panel's life.
     std::shared_ptr<ActiveRowDownloads> m_activeDownloads = std::make_shared<ActiveRowDownloads>();
-    std::map<std::u16string, int> m_collected;
-    std::vector<int> m_rowsToCheck;
     std::map<std::u16string, uint8_t> m_boutiqueCache;
 
     // ---- collections ----------------------------------------------------
@@ -194,8 +181,6 @@ public:
     bool CollectionBusy() const {
         return m_collectionLoading || m_folderReading || m_blockDeletePending || m_folderDeletePending;
     }
-    int FindRow(const BlockRow& row) const;
-    int FindRow(const RowKey& row) const;
     // The newest search run is known and has ended (the result count may show).
     bool SearchEnded() const;
     void FeedbackButton();  // 2153
@@ -286,9 +271,8 @@ private:
     void SearchFailed(int generation);  // command 20
     void RunLocalSearch();  // 2203
     void ShowStagedRows();  // command 16
-    void ListRows();  // m_rows into the list, a new row generation
+    void ListRows();  // m_search.rows into the list, a new row generation
     // Result rows (row_commands.cpp).
-    bool EnqueueRow(BlockRow& row);
     void RowThumbnail(std::intptr_t row);  // command 9
     void CollectRow(std::intptr_t row);  // command 10
     void UseRow(std::intptr_t row);  // command 11
@@ -302,7 +286,6 @@ private:
     std::unique_ptr<PreviewLoader> m_rowPreviews;
     std::vector<PreviewJob> m_rowPreviewJobs;
     uint64_t m_rowGeneration = 0;
-    void ForgetCollectionRows();
 
     // The collection (collection_road.cpp).
     std::uintptr_t m_collectionLoads = 0;  // generation of the newest reload
@@ -360,7 +343,7 @@ private:
     void ShareCollection();  // 2103
     void CollectListedBlock(const std::u16string& path);
     bool HostAllowsCollecting(const std::u16string& path);
-    // CCollectiondlg, then m_collected and the success tip; `closed` runs on its "关闭".
+    // CCollectiondlg, then m_search.collected and the success tip; `closed` runs on its "关闭".
     void OpenCollectDialog(const std::u16string& name, const std::u16string& path, const QImage& picture,
                            std::function<void()> closed);
     void FolderRenamed(const std::u16string& oldPath, const std::u16string& newPath, const std::u16string& newName,

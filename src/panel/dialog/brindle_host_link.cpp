@@ -173,20 +173,6 @@ int CBrindleDlg::RequireLogin() {
     return userId;
 }
 
-int CBrindleDlg::FindRow(const BlockRow& row) const {
-    for (std::size_t i = 0; i < m_rows.size(); ++i) {
-        if (SameRow(m_rows[i], row)) return static_cast<int>(i);
-    }
-    return -1;
-}
-
-int CBrindleDlg::FindRow(const RowKey& row) const {
-    for (std::size_t i = 0; i < m_rows.size(); ++i) {
-        if (KeyOf(m_rows[i]) == row) return static_cast<int>(i);
-    }
-    return -1;
-}
-
 void CBrindleDlg::FeedbackButton() {
     userId = -2;
     setEnabled(false);

@@ -220,7 +220,7 @@ void CBrindleDlg::OpenCollectDialog(const std::u16string& name, const std::u16st
         new CCollectiondlg(this, name, path, picture, userToken),
         [this, path, closed = std::move(closed)](CCollectiondlg& done, int result) {
             if (result != QDialog::Accepted) return;
-            m_collected[path] = 1;
+            m_search.collected[path] = 1;
             if (!done.m_landed) return;
             const std::u16string folder = done.m_folder;
             m_collectionWindow = OpenCollectionTip(this, Notice(kCollectTitle, u"图块收藏成功", u"查看收藏", u"关闭"),
@@ -246,22 +246,22 @@ void CBrindleDlg::OpenCollectDialog(const std::u16string& name, const std::u16st
 
 void CBrindleDlg::CollectRow(std::intptr_t index) {
     if (!m_searchList || !m_searchList->isVisible()) return;
-    if (index < 0 || index >= static_cast<std::intptr_t>(m_rows.size())) return;
-    const BlockRow& row = m_rows[static_cast<size_t>(index)];
+    if (index < 0 || index >= static_cast<std::intptr_t>(m_search.rows.size())) return;
+    const BlockRow& row = m_search.rows[static_cast<size_t>(index)];
     if (row.state != RowFresh && row.state != RowFetched) return;
     if (CollectionWindowOpen()) return;
     if (userId < 2 && RequireLogin() < 2) return;
     const RowKey key = KeyOf(row);
     CheckOldCollectionThen([this, key](int verdict) {
         // The rows may have changed meanwhile: the row is found again by its identity.
-        const int at = FindRow(key);
+        const int at = m_search.FindRow(key);
         if (verdict == 0 || at < 0) return;
-        const BlockRow& row = m_rows[static_cast<size_t>(at)];
+        const BlockRow& row = m_search.rows[static_cast<size_t>(at)];
         if (!HostAllowsCollecting(key.path)) return;
         OpenCollectDialog(row.name.toStdU16String(), key.path, row.thumbnail, [this, key] {
-            const int shown = FindRow(key);
+            const int shown = m_search.FindRow(key);
             if (shown < 0) return;
-            m_rows[static_cast<size_t>(shown)].state = RowCollected;
+            m_search.rows[static_cast<size_t>(shown)].state = RowCollected;
             RedrawResultRow(shown);
         });
     });

@@ -47,26 +47,12 @@ void StartCollectionRowsFetch(WindowHandle panel, std::uintptr_t generation, std
 // ---- the panel's side --------------------------------------------------------
 
 void CBrindleDlg::OnCollectionRows(std::uintptr_t generation, std::unique_ptr<MessagePayload> payload) {
-    // An older load, or a page the user has left: the rows go with the message.
-    if (generation != m_collectionRowsGeneration || !m_collectionRowsPending || m_nav.page != PageCollectionSearch)
-        return;
-    m_collectionRowsPending = false;
-    m_searchState = 0;
-    if (auto* rows = dynamic_cast<CollectionRowsPayload*>(payload.get())) m_collectionRows = std::move(rows->value);
-    // A filter asked for while the rows were on their way runs now; else the
-    // page leaves its waiting state.
-    if (!m_lastSearch.isEmpty()) {
-        FilterCollectionRows();
-    } else {
-        update();
+    auto* rows = dynamic_cast<CollectionRowsPayload*>(payload.get());
+    switch (m_search.TakeCollectionRows(generation, m_nav.page, rows ? &rows->value : nullptr)) {
+        case CollectionRowsTaken::Dropped: return;
+        case CollectionRowsTaken::Filter: FilterCollectionRows(); return;
+        case CollectionRowsTaken::Wait: update(); return;
     }
-}
-
-void CBrindleDlg::ForgetCollectionRows() {
-    ++m_collectionRowsGeneration;
-    if (!m_collectionRowsPending) return;
-    m_collectionRowsPending = false;
-    m_searchState = 0;  // as a load that brought nothing would have left it
 }
 
 }  // namespace marrowfin

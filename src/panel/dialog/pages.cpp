@@ -20,7 +20,7 @@ namespace marrowfin {
 
 void CBrindleDlg::GoToPage(int page) {
     SelectionChanged(-1);
-    if (m_nav.page == PageCollectionSearch && page != m_nav.page) ForgetCollectionRows();
+    if (m_nav.page == PageCollectionSearch && page != m_nav.page) m_search.ForgetCollectionRows();
     switch (m_nav.GoToPage(page)) {
         case PageMove::EnterSearch:
         case PageMove::EnterCollectionSearch: ShowSearchControls(); return;
@@ -49,8 +49,7 @@ void CBrindleDlg::ShowSearchControls() {
     SetShown(Button(ControlId::AddBlocksEmpty), false);
     SetShown(Button(ControlId::DownloadGallery), false);
     SetShown(m_classList, false);
-    m_searchUntouched = true;
-    if (m_store) m_localHits.Reset(*m_store);
+    m_search.EnterPage(m_nav.page, m_store);
     if (m_nav.page == PageSearch) {
         ShowHotWords(true);
         if (m_searchEdit) {
@@ -60,7 +59,6 @@ void CBrindleDlg::ShowSearchControls() {
         update();
     } else {
         if (m_searchEdit) m_searchEdit->setFocus();
-        m_collectionRows.clear();
         update();
         LoadCollectionRows();
     }
@@ -68,7 +66,7 @@ void CBrindleDlg::ShowSearchControls() {
 
 // Back from a search page to the class that was shown.
 void CBrindleDlg::ShowBrowseControls() {
-    m_lastSearch.clear();
+    m_search.LeavePage();
     SetShown(Button(ControlId::OpenSearch), true);
     SetShown(m_searchEdit, false);
     SetShown(m_searchList, false);
@@ -81,7 +79,6 @@ void CBrindleDlg::ShowBrowseControls() {
     SetShown(Button(ControlId::AddClasses), true);
     SetShown(Button(ControlId::AddBlocksEmpty), false);
     SetShown(Button(ControlId::DownloadGallery), false);
-    m_searchUntouched = false;
     // The tick rebuilds the class list and reopens the class.
     if (!m_nav.curClassPath.empty()) SetTimer(Handle(), kTimerBuildClassList, kClassListMs);
 }
@@ -89,9 +86,7 @@ void CBrindleDlg::ShowBrowseControls() {
 void CBrindleDlg::LoadCollectionRows() {
     // Asked on a worker; the page shows "图块加载中，请稍候" until the rows land.
     const std::u16string base = m_store && m_store->root ? m_store->root->Path() : std::u16string();
-    m_collectionRowsPending = true;
-    m_searchState = 1;
-    StartCollectionRowsFetch(Handle(), ++m_collectionRowsGeneration, userToken, base + u"/" + MirrorName(userId));
+    StartCollectionRowsFetch(Handle(), m_search.LoadCollectionRows(), userToken, base + u"/" + MirrorName(userId));
 }
 
 }  // namespace marrowfin

@@ -21,21 +21,10 @@ namespace marrowfin {
 
 namespace {
 
-constexpr size_t kQueueLimit = 100;  // a queue holding more refuses the next row
 constexpr int kStartsPerScan = 15;  // queue entries one start visits
 constexpr int kFailedShowMs = 3000;  // "下载失败，检查网络" stands this long
 
 }  // namespace
-
-bool CBrindleDlg::EnqueueRow(BlockRow& row) {
-    if (m_downloadQueue.size() > kQueueLimit) return false;
-    row.state = RowDownloading;
-    BlockRow copy = row;
-    copy.thumbnail = QImage();
-    copy.sequence = NextQueueSequence();
-    m_downloadQueue[copy.sequence] = std::move(copy);
-    return true;
-}
 
 void CBrindleDlg::RedrawResultRow(int row) {
     if (m_searchList && m_searchList->isVisible()) m_searchList->RedrawRow(row);
@@ -44,8 +33,8 @@ void CBrindleDlg::RedrawResultRow(int row) {
 // ---- thumbnails -----------------------------------------------------------------
 
 void CBrindleDlg::RowThumbnail(std::intptr_t index) {
-    if (index < 0 || index >= static_cast<std::intptr_t>(m_rows.size())) return;
-    const BlockRow& row = m_rows[static_cast<size_t>(index)];
+    if (index < 0 || index >= static_cast<std::intptr_t>(m_search.rows.size())) return;
+    const BlockRow& row = m_search.rows[static_cast<size_t>(index)];
     if (row.path.isEmpty() || row.thumbnailTried || !RowHasFile(row.state)) return;
     const int item = static_cast<int>(index);
     const std::u16string path = row.path.toStdU16String();
@@ -63,9 +52,10 @@ void CBrindleDlg::RowThumbnail(std::intptr_t index) {
 void CBrindleDlg::OnRowPreview(PreviewResult result) {
     std::erase_if(m_rowPreviewJobs,
                   [&](const PreviewJob& job) { return job.item == result.item && job.path == result.path; });
-    if (result.generation != m_rowGeneration || result.item < 0 || result.item >= static_cast<int>(m_rows.size()))
+    if (result.generation != m_rowGeneration || result.item < 0 ||
+        result.item >= static_cast<int>(m_search.rows.size()))
         return;
-    BlockRow& row = m_rows[static_cast<size_t>(result.item)];
+    BlockRow& row = m_search.rows[static_cast<size_t>(result.item)];
     // A missing file stays untried: its download may still bring it.
     if (row.path.toStdU16String() != result.path || result.outcome == PreviewOutcome::Missing) return;
     row.thumbnailTried = true;
@@ -76,27 +66,18 @@ void CBrindleDlg::OnRowPreview(PreviewResult result) {
 // ---- rows in view ---------------------------------------------------------------
 
 void CBrindleDlg::NoteRowToCheck(std::intptr_t index) {
-    const int row = static_cast<int>(index);
-    if (std::find(m_rowsToCheck.begin(), m_rowsToCheck.end(), row) == m_rowsToCheck.end()) m_rowsToCheck.push_back(row);
+    m_search.NoteRowToCheck(static_cast<int>(index));
     SetTimer(Handle(), kTimerRowCheck, kRowCheckMs);
 }
 
 void CBrindleDlg::CheckShownRows() {
     KillTimer(Handle(), kTimerRowCheck);
     if (!IsSearchPage(m_nav.page)) return;
-    std::sort(m_rowsToCheck.begin(), m_rowsToCheck.end());
-    bool queued = false;
-    for (int index : m_rowsToCheck) {
-        if (index < 0 || index >= static_cast<int>(m_rows.size()) || !m_searchList) continue;
-        // Rows scrolled past in the meantime are not fetched.
+    const bool queued = m_search.QueueRowsInView([this](int index) {
+        if (!m_searchList) return false;
         const QRect rect = m_searchList->RowRect(index);
-        if (rect.isEmpty() || !rect.intersects(m_searchList->rect())) continue;
-        BlockRow& row = m_rows[static_cast<size_t>(index)];
-        if (!row.prefetch || row.state != RowRemote || !EnqueueRow(row)) continue;
-        row.thumbnailTried = false;
-        queued = true;
-    }
-    m_rowsToCheck.clear();
+        return !rect.isEmpty() && rect.intersects(m_searchList->rect());
+    });
     // All at once rather than 70 ms apart: the panel's thread does not sleep,
     // and a screen holds only a few rows.
     if (queued) StartRowDownloads();
@@ -107,7 +88,7 @@ void CBrindleDlg::CheckShownRows() {
 void CBrindleDlg::StartRowDownloads() {
     int visited = 0;
     const WindowHandle self = Handle();
-    for (auto& [sequence, row] : m_downloadQueue) {
+    for (auto& [sequence, row] : m_search.downloadQueue) {
         if (visited++ >= kStartsPerScan) break;
         // One worker per entry: a second one could start after the first had
         // ended and been retired, and fetch the block again.
@@ -126,40 +107,32 @@ void CBrindleDlg::StartRowDownloads() {
 
 void CBrindleDlg::RowDownloadEnded(std::intptr_t id, bool ok) {
     const std::optional<RowKey> key = m_activeDownloads->Finish(static_cast<uint16_t>(id));
-    // A download whose row has gone (the page was left, a new search came) is
-    // retired all the same, so that the same row may be fetched again later.
-    const int index = key ? FindRow(*key) : -1;
-    if (key) std::erase_if(m_downloadQueue, [&](const auto& entry) { return KeyOf(entry.second) == *key; });
-    if (index >= 0) {
-        BlockRow& row = m_rows[static_cast<size_t>(index)];
-        if (ok) {
-            row.state = m_nav.page == PageCollectionSearch ? RowCollected : RowFetched;
-            row.thumbnailTried = false;
+    int index = -1;
+    switch (m_search.DownloadEnded(key, ok, m_nav.page, &index)) {
+        case RowEnd::Fetched:
             if (m_searchList && m_searchList->isVisible()) {
                 RowThumbnail(index);
                 m_searchList->RedrawRow(index);
             }
-        } else if (row.prefetch) {
-            // A quiet fetch fails quietly: the row waits for "使用".
-            row.state = RowRemote;
-            row.prefetch = false;
-        } else {
-            row.state = RowFailed;
+            break;
+        case RowEnd::Failed:
             RedrawResultRow(index);
             QTimer::singleShot(kFailedShowMs, this, [this, failed = *key] {
-                const int at = FindRow(failed);
-                if (at >= 0 && m_rows[static_cast<size_t>(at)].state == RowFailed) RowBackToRemote(at);
+                const int at = m_search.BackToRemoteIfFailed(failed);
+                if (at >= 0) RedrawResultRow(at);
             });
-        }
+            break;
+        case RowEnd::Gone:
+        case RowEnd::QuietFailure: break;
     }
     // Posted: the pump takes one step per turn, after this download's row is drawn.
-    if (m_activeDownloads->Any() || !m_downloadQueue.empty())
+    if (m_activeDownloads->Any() || !m_search.downloadQueue.empty())
         PostWindowMessage(Handle(), MsgPanelCommand, PanelCommand::StartRowDownloads, 0);
 }
 
 void CBrindleDlg::RowBackToRemote(std::intptr_t index) {
-    if (index < 0 || index >= static_cast<std::intptr_t>(m_rows.size())) return;
-    m_rows[static_cast<size_t>(index)].state = RowRemote;
+    if (index < 0 || index >= static_cast<std::intptr_t>(m_search.rows.size())) return;
+    m_search.rows[static_cast<size_t>(index)].state = RowRemote;
     RedrawResultRow(static_cast<int>(index));
 }
 
@@ -167,35 +140,18 @@ void CBrindleDlg::RowBackToRemote(std::intptr_t index) {
 
 void CBrindleDlg::UseRow(std::intptr_t index) {
     if (!m_searchList || !m_searchList->isVisible()) return;
-    if (index < 0 || index >= static_cast<std::intptr_t>(m_rows.size())) return;
-    const int at = static_cast<int>(index);
-    BlockRow& row = m_rows[static_cast<size_t>(index)];
-    switch (row.state) {
-        case RowFresh:
-        case RowCollected:
-        case RowFetched: break;
-        case RowRemote:
-            row.prefetch = false;
-            if (EnqueueRow(row)) {
-                m_searchList->RedrawRow(at);
-                PostWindowMessage(Handle(), MsgPanelCommand, PanelCommand::StartRowDownloads, 0);
-            }
-            return;
-        case RowDownloading: {
-            auto queued = std::find_if(m_downloadQueue.begin(), m_downloadQueue.end(),
-                                       [&](const auto& entry) { return SameRow(entry.second, row); });
-            if (queued == m_downloadQueue.end()) {
-                row.state = RowRemote;
-            } else if (queued->second.prefetch) {
-                // A quiet fetch becomes a visible one: its progress shows from the next report on.
-                queued->second.prefetch = false;
-                row.prefetch = false;
-            }
+    const bool listed = index >= 0 && index < static_cast<std::intptr_t>(m_search.rows.size());
+    const int at = listed ? static_cast<int>(index) : -1;
+    switch (m_search.Use(at)) {
+        case RowUse::Nothing: return;
+        case RowUse::Queued:
             m_searchList->RedrawRow(at);
+            PostWindowMessage(Handle(), MsgPanelCommand, PanelCommand::StartRowDownloads, 0);
             return;
-        }
-        default: return;
+        case RowUse::Redraw: m_searchList->RedrawRow(at); return;
+        case RowUse::Insert: break;
     }
+    BlockRow& row = m_search.rows[static_cast<size_t>(at)];
 
     if (!m_store || !m_store->root || !IsWindow(hostWindow)) return;
     const std::u16string path = row.path.toStdU16String();

@@ -32,11 +32,8 @@ void CBrindleDlg::SearchCommand(int id) {
             if (m_nav.page != PageSearch) return;
             break;  // as 2204
         case ControlId::SearchBack:
-            m_localHits.clear();
-            m_rows.clear();
+            m_search.GoBack();
             ListRows();
-            m_searchState = 0;
-            m_downloadQueue.clear();  // waiting downloads go; running ones find no row
             m_nav.forceList = true;
             GoToPage(PageBrowse);
             ShowHotWords(false);
@@ -57,37 +54,13 @@ void CBrindleDlg::SearchCommand(int id) {
 }
 
 void CBrindleDlg::RunCollectionFilter() {
-    QString text = m_searchEdit ? m_searchEdit->text() : QString();
-    if (text == m_lastSearch) return;
-    m_searchRuns.clear();
-    m_searchUntouched = false;
-    if (text.isEmpty()) return;
-    m_lastSearch = text;
-    if (!m_store || !m_store->root) return;
-    // Rows still on their way: the filter runs when they land.
-    if (m_collectionRowsPending) return;
-    FilterCollectionRows();
+    const QString text = m_searchEdit ? m_searchEdit->text() : QString();
+    if (m_search.BeginCollectionFilter(text, m_store && m_store->root)) FilterCollectionRows();
 }
 
 void CBrindleDlg::FilterCollectionRows() {
     SetShown(m_searchList, false);
-    m_rows.clear();
-    m_serverRows.clear();
-    m_searchState = 0;
-
-    m_lastSearch = m_lastSearch.toLower();
-    for (const BlockRow& row : m_collectionRows) {
-        if (!row.name.toLower().contains(m_lastSearch)) continue;
-        BlockRow hit = row;
-        hit.state = FileExists(ToU16String(hit.path)) ? RowCollected : RowRemote;
-        m_serverRows.push_back(std::move(hit));
-    }
-    if (!m_serverRows.empty()) {
-        ShowStagedRows();
-        m_searchState = 0;
-    } else {
-        m_searchState = 3;
-    }
+    if (m_search.FilterCollection([](const QString& path) { return FileExists(ToU16String(path)); })) ShowStagedRows();
     repaint(ScaleRect(8, 68, 574, 288));
     repaint(ScaleRect(10, 427, 760, 447));
     RepaintResults();

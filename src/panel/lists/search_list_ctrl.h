@@ -31,10 +31,10 @@ public:
     // The window that hears the list's commands and owns the row timers; 0 for none.
     void SetOwner(WindowHandle owner);
 
-    // The rows to show (the panel's m_rows); null shows none. Repaints.
+    // The rows to show (the panel's m_search.rows); null shows none. Repaints.
     void SetRows(std::vector<BlockRow>* rows);
     int GetItemCount() const;
-    // The key of the highlight rule (m_lastSearch).
+    // The key of the highlight rule (m_search.lastSearch).
     void SetSearchKey(const QString& key);
 
     // Call SetRows again whenever the owner's rows were replaced, added or

@@ -18,9 +18,9 @@ struct PanelPaintState {
     int syncStatus = -1;  // m_nav.syncStatus
     bool emptySubclassOpened = false;  // a gallery subclass was opened and had no blocks ("暂无图块")
     QString selectedName{};  // m_nav.selectedName
-    bool searchUntouched = false;  // m_searchUntouched
-    int searchState = 0;  // m_searchState
-    int rowCount = 0;  // m_rows.size()
+    bool searchUntouched = false;  // m_search.searchUntouched
+    int searchState = 0;  // m_search.searchState
+    int rowCount = 0;  // m_search.rows.size()
     bool searchEnded = false;  // PageSearch: the current search generation is known and has ended
     QString defaultHotWord{};  // g_defaultHotWord
 };
@@ -35,7 +35,7 @@ struct SearchRowLook {
     bool selected = false;
     int hoverButton = 0;  // 0 none, 1 "收藏", 2 "使用"
     bool hoverLink = false;  // the mouse is on the row's class link
-    QString key{};  // m_lastSearch
+    QString key{};  // m_search.lastSearch
 };
 
 // Paints row `row` of the search list into `item` (the list's item rectangle).

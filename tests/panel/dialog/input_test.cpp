@@ -76,11 +76,11 @@ TEST(PanelInput, KeysFocusTheTitleBandAndTheBackgroundRegions) {
     panel.m_searchEdit->setText(QStringLiteral("阀门"));
     panel.setFocus();
     Pump(10);
-    EXPECT_TRUE(PressKey(panel, &panel, Qt::Key_Return) && panel.m_lastSearch.isEmpty());
+    EXPECT_TRUE(PressKey(panel, &panel, Qt::Key_Return) && panel.m_search.lastSearch.isEmpty());
     panel.m_searchEdit->setFocus();
     Pump(10);
     EXPECT_TRUE(PressKey(panel, panel.m_searchEdit, Qt::Key_Return));
-    EXPECT_TRUE(panel.m_lastSearch == QStringLiteral("阀门") && panel.m_nav.page == PageCollectionSearch);
+    EXPECT_TRUE(panel.m_search.lastSearch == QStringLiteral("阀门") && panel.m_nav.page == PageCollectionSearch);
 
     // The focus follows the mouse.
     panel.GoToPage(PageBrowse);

@@ -293,7 +293,7 @@ TEST(CollectionDialogRoad, CollectsFromAGalleryMenuAndFromASearchRow) {
     const std::string lowered = QString::fromStdU16String(FileNameOf(second)).toLower().toStdString();
     EXPECT_TRUE(w.service.users().blockByName(bolts, lowered).has_value());
     EXPECT_EQ(p.m_pThumbList->GetPath(0), mine + u"/螺栓/" + Utf8ToUtf16(lowered));
-    EXPECT_EQ(p.m_collected.count(second), 1u);
+    EXPECT_EQ(p.m_search.collected.count(second), 1u);
 
     // A search row's "收藏": the row's file goes in; "关闭" marks the row.
     p.GoToPage(PageSearch);
@@ -301,7 +301,7 @@ TEST(CollectionDialogRoad, CollectsFromAGalleryMenuAndFromASearchRow) {
     row.name = QStringLiteral("Door.DWG");
     row.path = QString::fromStdU16String(blocks[2]->Path());
     row.state = RowFetched;
-    p.m_rows = {row};
+    p.m_search.rows = {row};
     p.m_searchList->show();
     (void)PostWindowMessage(p.Handle(), MsgPanelCommand, 10, 0);
     collect = DialogOf<CCollectiondlg>(p);
@@ -309,7 +309,7 @@ TEST(CollectionDialogRoad, CollectsFromAGalleryMenuAndFromASearchRow) {
     EXPECT_EQ(collect->NameEdit()->text(), "Door.DWG");
     Press(collect, CBlockFolderDlg::IdOk);
     ASSERT_TRUE(AnswerTips(ModalTip, {{"图块收藏成功", 2}}));
-    EXPECT_TRUE(PumpUntil([&] { return p.m_rows.size() == 1 && p.m_rows[0].state == RowCollected; }));
+    EXPECT_TRUE(PumpUntil([&] { return p.m_search.rows.size() == 1 && p.m_search.rows[0].state == RowCollected; }));
     EXPECT_TRUE(w.service.users().blockByName(bolts, "door.dwg").has_value());
-    EXPECT_TRUE(p.m_collected.count(blocks[2]->Path()) && p.m_nav.page == PageSearch);
+    EXPECT_TRUE(p.m_search.collected.count(blocks[2]->Path()) && p.m_nav.page == PageSearch);
 }

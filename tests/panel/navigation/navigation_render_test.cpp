@@ -41,9 +41,9 @@ TEST(NavigationRender, BrowseAndSearchRoadsAtRatesOneAndOneAndAHalf) {
             // The search page shows the default word in the empty box and the hot words under it;
             // typed text brings the clear button.
             w.ClickButton(ControlId::OpenSearch);
-            EXPECT_TRUE(looks("search_page") && p.m_searchUntouched);
+            EXPECT_TRUE(looks("search_page") && p.m_search.searchUntouched);
             // The clear button empties the box and goes (its damping: the model's test).
-            p.m_searchUntouched = false;
+            p.m_search.searchUntouched = false;
             QTest::keyClicks(p.m_searchEdit, QStringLiteral("abc"));
             EXPECT_TRUE(w.ButtonShown(ControlId::ClearSearch) && looks("search_typed"));
             w.ClickButton(ControlId::ClearSearch, 460);
@@ -56,10 +56,10 @@ TEST(NavigationRender, BrowseAndSearchRoadsAtRatesOneAndOneAndAHalf) {
             // rows and waiting downloads, and the class opens again as it was.
             w.ClickButton(ControlId::SearchBack);
             EXPECT_EQ(p.m_nav.page, PageSearch);
-            p.m_rows.resize(3);
-            p.m_downloadQueue[1] = BlockRow{};
+            p.m_search.rows.resize(3);
+            p.m_search.downloadQueue[1] = BlockRow{};
             w.ClickButton(ControlId::SearchBack, 460);
-            EXPECT_TRUE(p.m_rows.empty() && p.m_downloadQueue.empty() && p.m_searchEdit->text().isEmpty());
+            EXPECT_TRUE(p.m_search.rows.empty() && p.m_search.downloadQueue.empty() && p.m_searchEdit->text().isEmpty());
             ASSERT_TRUE(IsTimerRunning(p.Handle(), kTimerBuildClassList) && w.WaitForSwitch());
             EXPECT_TRUE(p.m_nav.curClassPath == few->dirChildren[0]->Path() && looks("few_subclasses"));
         }
@@ -77,19 +77,19 @@ TEST(NavigationRender, BrowseAndSearchRoadsAtRatesOneAndOneAndAHalf) {
         p.ShowHotWords(false);
         const QString drawing = QString::fromStdString(SharedDir() + "/testdata/dwg/bmp8_ac1015.dwg");
         for (const char* name : {"平开门M1021", "双开门", "推拉门", "旋转门", "卷帘门", "折叠门", "门套", "门槛"})
-            p.m_serverRows.push_back({.name = QString::fromUtf8(name) + ".dwg",
-                                      .klass = QStringLiteral("建筑"),
-                                      .subclass = QStringLiteral("门窗..平开门"),
-                                      .url = {},
-                                      .path = drawing + ".gone",
-                                      .thumbnail = {},
-                                      .thumbnailTried = true,
-                                      .prefetch = false,
-                                      .state = int(p.m_serverRows.size() % 6),
-                                      .percent = 40});
-        p.m_serverRows[0].thumbnail = LoadDwgPreview(drawing);
-        p.m_serverRows[1].boutique = true;
-        p.m_searchUntouched = false;
+            p.m_search.serverRows.push_back({.name = QString::fromUtf8(name) + ".dwg",
+                                             .klass = QStringLiteral("建筑"),
+                                             .subclass = QStringLiteral("门窗..平开门"),
+                                             .url = {},
+                                             .path = drawing + ".gone",
+                                             .thumbnail = {},
+                                             .thumbnailTried = true,
+                                             .prefetch = false,
+                                             .state = int(p.m_search.serverRows.size() % 6),
+                                             .percent = 40});
+        p.m_search.serverRows[0].thumbnail = LoadDwgPreview(drawing);
+        p.m_search.serverRows[1].boutique = true;
+        p.m_search.searchUntouched = false;
         SendWindowMessage(p.Handle(), MsgPanelCommand, 16, 0);
         p.m_searchList->SetSearchKey(QStringLiteral("门"));
         MoveTo(p.m_searchList, p.m_searchList->RowRect(0).topLeft() + ScaleBox(660, 25, 0, 0).topLeft());
@@ -113,12 +113,12 @@ TEST(NavigationRender, BrowseAndSearchRoadsAtRatesOneAndOneAndAHalf) {
         offline.drop = true;
         w.service.faults().set("/gallery/get_u_collect", offline);
         w.ClickButton(ControlId::SearchCollection, 500);
-        ASSERT_TRUE(PumpUntil([&] { return !p.m_collectionRowsPending; }));
-        EXPECT_TRUE(p.m_collectionRows.empty() && looks("collection_search"));
+        ASSERT_TRUE(PumpUntil([&] { return !p.m_search.collectionRowsPending; }));
+        EXPECT_TRUE(p.m_search.collectionRows.empty() && looks("collection_search"));
         w.service.faults().set("/gallery/get_u_collect", service::Fault{});
         w.ClickButton(ControlId::Search);
         // Nothing was searched.
-        EXPECT_TRUE(p.m_searchEdit->text().isEmpty() && p.m_searchUntouched && p.m_searchState == 0);
+        EXPECT_TRUE(p.m_searchEdit->text().isEmpty() && p.m_search.searchUntouched && p.m_search.searchState == 0);
         w.ClickButton(ControlId::SearchBack, 500);
         ASSERT_TRUE(w.WaitForSwitch());
         EXPECT_TRUE(looks("collections"));

@@ -75,12 +75,12 @@ TEST(Routes, RoutesTheCollectionsRowTheHostButtonsTheCommandsAndTheShowList) {
     command(5, -1);
     EXPECT_TRUE(enabled && !p.m_collectionBtns[2]->isEnabled());
     // 23: a result row's class link opens its class and selects the block.
-    p.m_rows = {BlockRow{.name = QString::fromStdU16String(g2->dirChildren[2]->fileChildren[3]->name),
-                         .klass = QStringLiteral("家具"),
-                         .subclass = QStringLiteral("类C"),
-                         .url = {},
-                         .path = {},
-                         .thumbnail = {}}};
+    p.m_search.rows = {BlockRow{.name = QString::fromStdU16String(g2->dirChildren[2]->fileChildren[3]->name),
+                                .klass = QStringLiteral("家具"),
+                                .subclass = QStringLiteral("类C"),
+                                .url = {},
+                                .path = {},
+                                .thumbnail = {}}};
     command(23, 1);  // no such row
     EXPECT_FALSE(IsTimerRunning(p.Handle(), kTimerClassSwitch));
     ShiftTicksForTest(400);

@@ -1,8 +1,6 @@
 // The search page against the stand-in service: rows listed, fetched while
-// in view, used, failing; newer runs overtaking older ones; the service down.
+// in view, used, failing; one request per text, the box's word; the service down.
 #include "panel_world.h"
-
-#include "search/search_cache.h"
 
 using namespace marrowfin;
 using namespace marrowfin::test;
@@ -32,15 +30,14 @@ struct SearchWorld : PanelWorld {
         return PumpUntil([&] { return panel->SearchEnded() && Shown(panel->m_searchList); }, ms);
     }
     long Served(const std::string& path) { return service.counters().get(path).count; }
-    // A press on the row's "使用" (zone 2) or "收藏" (zone 1), and the click timer's wait.
-    void Press(int row, int zone) {
-        const QRect rect = panel->m_searchList->RowRect(row);
-        Click(panel->m_searchList, rect.topLeft() + QPoint(ScaleUnits(zone == 2 ? 670 : 600), ScaleUnits(29)));
+    // A press on the row's "使用", and the click timer's wait.
+    void Use(int row) {
+        Click(panel->m_searchList, panel->m_searchList->RowRect(row).topLeft() + QPoint(ScaleUnits(670), ScaleUnits(29)));
         Pump(400);
     }
     int RowsInView() const {
         int n = 0;
-        for (int i = 0; i < int(panel->m_rows.size()); ++i)
+        for (int i = 0; i < int(panel->m_search.rows.size()); ++i)
             n += panel->m_searchList->RowRect(i).intersects(panel->m_searchList->rect()) ? 1 : 0;
         return n;
     }
@@ -52,105 +49,69 @@ struct SearchWorld : PanelWorld {
     }
 };
 
-std::vector<int> States(const std::vector<BlockRow>& rows) {
-    std::vector<int> states;
-    for (const BlockRow& row : rows) states.push_back(row.state);
-    return states;
-}
-
 }  // namespace
 
-TEST(LiveSearch, RowsInViewFetchQuietlyAndOnlyThey) {
+TEST(LiveSearch, RowsInViewFetchQuietlyUseFetchesFirstAndFailuresShowOnTheRow) {
     SearchWorld w;
     CBrindleDlg& p = w.Open();
     w.service.counters().reset();
     w.Search(QStringLiteral("_00"));
-    EXPECT_EQ(p.m_searchState, 1);
     ASSERT_TRUE(w.WaitForRows());
     EXPECT_EQ(w.Served("/gallery/search_g"), 1);
-    const size_t count = p.m_rows.size();
     const int inView = w.RowsInView();
-    ASSERT_GT(count, size_t(2 * inView)) << "more than two screens of rows";
-    const QString cache = QString::fromStdU16String(SearchCacheDir(w.root()->Path()));
-    for (const BlockRow& row : p.m_rows) {
-        EXPECT_TRUE(row.name.contains(QStringLiteral("_00")) && row.prefetch && row.state == RowRemote &&
-                    row.path == cache + "/" + row.klass + "/" + row.subclass + "/" + row.name)
-            << row.path.toStdString();
-    }
+    ASSERT_GT(p.m_search.rows.size(), size_t(2 * inView)) << "more than two screens of rows";
 
     // Rows in view for 700 ms fetch their files, at most a screen at once; the others never.
     ASSERT_TRUE(PumpUntil([&] { return w.Served("/files/*") >= inView; }, 5000));
     ASSERT_TRUE(PumpUntil(
         [&] {
-            return std::all_of(p.m_rows.begin(), p.m_rows.begin() + inView,
+            return std::all_of(p.m_search.rows.begin(), p.m_search.rows.begin() + inView,
                                [](const BlockRow& r) { return r.state == RowFetched && !r.thumbnail.isNull(); });
         },
         5000));
     const service::PathCount files = w.service.counters().get("/files/*");
     EXPECT_TRUE(files.count == inView && files.peak <= 6) << files.count << " " << files.peak;
-    for (size_t i = inView; i < count; ++i) {
-        EXPECT_EQ(p.m_rows[i].state, RowRemote) << i;
-        EXPECT_FALSE(FileExists(p.m_rows[i].path.toStdU16String())) << i;
-    }
 
-    // Leaving the page empties the queue: a scrolled-to row never starts.
-    Wheel(p.m_searchList, p.m_searchList->rect().center(), -3);
-    Pump(100);
-    p.SearchCommand(2202);
-    Pump(900);
-    EXPECT_EQ(w.service.counters().get("/files/*").count, inView);
-}
-
-TEST(LiveSearch, WithoutPrefetchUseFetchesFirstAndFailuresShowOnTheRow) {
-    SearchWorld w;
-    CBrindleDlg& p = w.Open();
+    // Without prefetch (nom=0) nothing is fetched unasked.
     service::ServiceSettings settings = w.service.settings();
     settings.nom = "0";
     w.service.setSettings(settings);
     w.Search(QStringLiteral("_01"));
     ASSERT_TRUE(w.WaitForRows());
     Pump(1000);
-    EXPECT_EQ(w.Served("/files/*"), 0) << "nom=0: nothing is fetched unasked";
-    ASSERT_GE(p.m_rows.size(), 4u);
-    EXPECT_TRUE(std::all_of(p.m_rows.begin(), p.m_rows.end(), [](const BlockRow& r) { return !r.prefetch; }));
+    EXPECT_EQ(w.Served("/files/*"), inView);
+    ASSERT_GE(p.m_search.rows.size(), 3u);
 
     // "使用" on a remote row fetches it, with its progress; a second "使用" inserts.
-    w.Press(0, 2);
-    ASSERT_TRUE(PumpUntil([&] { return p.m_rows[0].state == RowFetched; }));
-    EXPECT_TRUE(FileSize(p.m_rows[0].path.toStdU16String()) >= 1025 && w.host.Requests(2, 4).empty());
-    w.Press(0, 2);
+    w.Use(0);
+    ASSERT_TRUE(PumpUntil([&] { return p.m_search.rows[0].state == RowFetched; }));
+    EXPECT_TRUE(FileSize(p.m_search.rows[0].path.toStdU16String()) >= 1025 && w.host.Requests(2, 4).empty());
+    w.Use(0);
     const auto inserts = w.host.Requests(MARROWFIN_REQUEST_INSERT_YL);
     ASSERT_EQ(inserts.size(), 1u);
-    EXPECT_TRUE(QString::fromStdU16String(inserts[0].text) == p.m_rows[0].path && p.isVisible());  // YL: the panel stays
+    EXPECT_TRUE(QString::fromStdU16String(inserts[0].text) == p.m_search.rows[0].path && p.isVisible());  // YL: the panel stays
 
-    // A refused download and an error page both fail visibly, leave no file, and the row
-    // comes back after three seconds.
+    // A refused download fails visibly, leaves no file, and the row comes back after three seconds.
     service::Fault refused;
     refused.status = 500;
-    service::Fault errorPage;
-    errorPage.body = std::string(1024, 'e');
-    int row = 1;
-    for (const service::Fault& fault : {refused, errorPage}) {
-        SCOPED_TRACE(service::FaultText(fault));
-        w.service.faults().set("/files/*", fault);
-        w.Press(row, 2);
-        ASSERT_TRUE(PumpUntil([&] { return p.m_rows[row].state == RowFailed; }));
-        EXPECT_FALSE(PathExists(p.m_rows[row].path.toStdU16String()));
-        ASSERT_TRUE(PumpUntil([&] { return p.m_rows[row].state == RowRemote; }, 4500));
-        ++row;
-    }
+    w.service.faults().set("/files/*", refused);
+    w.Use(1);
+    ASSERT_TRUE(PumpUntil([&] { return p.m_search.rows[1].state == RowFailed; }));
+    EXPECT_FALSE(PathExists(p.m_search.rows[1].path.toStdU16String()));
+    ASSERT_TRUE(PumpUntil([&] { return p.m_search.rows[1].state == RowRemote; }, 4500));
     w.service.faults().clearAll();
+    const int row = 2;
     // An error page left on disk by an older program is deleted by "使用", not inserted.
-    const std::u16string page = p.m_rows[row].path.toStdU16String();
+    const std::u16string page = p.m_search.rows[row].path.toStdU16String();
     CreateDirectories(page.substr(0, page.rfind(u'/')));
     WriteFileAtomic(page, "<html>");
-    p.m_rows[row].state = RowFetched;
-    w.Press(row, 2);
-    EXPECT_TRUE(p.m_rows[row].state == RowRemote && !PathExists(p.m_rows[row].path.toStdU16String()));
+    p.m_search.rows[row].state = RowFetched;
+    w.Use(row);
+    EXPECT_TRUE(p.m_search.rows[row].state == RowRemote && !PathExists(p.m_search.rows[row].path.toStdU16String()));
     EXPECT_EQ(w.host.Requests(MARROWFIN_REQUEST_INSERT_YL).size(), 1u);
 }
 
-TEST(LiveSearch, TheNewestRunWinsAndTheStoreAnswersWhenTheServiceCannot) {
+TEST(LiveSearch, TheSameTextAsksOnceTheBoxRemembersItAndTheStoreAnswersWhenTheServiceCannot) {
     SearchWorld w;
     GalleryNode* local = w.AddGallery({u"本地图库", 2, 3});
     GalleryNode* old = w.AddGallery({u"我的收藏", 1, 2});
@@ -159,35 +120,31 @@ TEST(LiveSearch, TheNewestRunWinsAndTheStoreAnswersWhenTheServiceCannot) {
     CBrindleDlg& p = w.Open();
     const auto names = [&] {
         QStringList all;
-        for (const BlockRow& row : p.m_rows) all << row.name;
+        for (const BlockRow& row : p.m_search.rows) all << row.name;
         return all;
     };
 
-    // An older, slow run is overtaken: only the newer rows show, before and after the old reply.
     service::Fault slow;
     slow.latencyMs = 1500;
     slow.remaining = 1;
-    w.service.faults().set("/gallery/search_g", slow);
-    w.Search(QStringLiteral("_001"));
-    w.Search(QStringLiteral("_002"));
-    ASSERT_TRUE(w.WaitForRows());
-    Pump(1600);
-    ASSERT_FALSE(p.m_rows.empty());
-    EXPECT_TRUE(names().filter(QStringLiteral("_002")).size() == names().size()) << names().join(' ').toStdString();
-    EXPECT_EQ(w.Served("/gallery/search_g"), 2);
-
-    // The same text again while its run is under way sends no second request.
+    // The same text again while its run is under way sends no second request; the box's
+    // placeholder keeps the service's word when the options say so.
+    g_defaultHotWord = QStringLiteral("门");
+    WriteOptionInt(u"GalDefSearch", 1);
     w.service.faults().set("/gallery/search_g", slow);
     w.Search(QStringLiteral("_003"));
     w.Search(QStringLiteral("_003"));
     ASSERT_TRUE(w.WaitForRows());
-    EXPECT_EQ(w.Served("/gallery/search_g"), 3);
+    EXPECT_EQ(w.Served("/gallery/search_g"), 1);
+    EXPECT_EQ(g_defaultHotWord, QStringLiteral("门"));
 
-    // Blocks of the old local collection head the rows, even when the service finds nothing.
+    // Else it follows the last search. Blocks of the old local collection head the rows, even
+    // when the service finds nothing.
+    WriteOptionInt(u"GalDefSearch", 0);
     w.Search(QStringLiteral("类A_1"));
     ASSERT_TRUE(w.WaitForRows());
+    EXPECT_EQ(g_defaultHotWord, QStringLiteral("类A_1"));
     EXPECT_EQ(names(), QStringList({QStringLiteral("类A_1.dwg")}));
-    EXPECT_EQ(States(p.m_rows), std::vector<int>{RowCollected});
 
     // The service down, slower than the quiet time: the store's own blocks answer.
     service::Fault down;
@@ -195,32 +152,9 @@ TEST(LiveSearch, TheNewestRunWinsAndTheStoreAnswersWhenTheServiceCannot) {
     down.latencyMs = 600;
     w.service.faults().set("/gallery/search_g", down);
     w.Search(QStringLiteral("类B"));
-    ASSERT_TRUE(PumpUntil([&] { return p.m_searchState == 0 && w.Shown(p.m_searchList); }, 5000));
+    ASSERT_TRUE(PumpUntil([&] { return p.m_search.searchState == 0 && w.Shown(p.m_searchList); }, 5000));
     EXPECT_EQ(names(), QStringList({QStringLiteral("类B_0.dwg"), QStringLiteral("类B_1.dwg"), QStringLiteral("类B_2.dwg")}));
-    EXPECT_EQ(States(p.m_rows), std::vector<int>(3, RowFresh));
-    EXPECT_EQ(p.m_rows[0].path, QString::fromStdU16String(local->dirChildren[1]->fileChildren[0]->Path()));
-    // A fast failure stays on "网络中断，请检查后重试": the local search is within the quiet time.
-    down.latencyMs = 0;
-    w.service.faults().set("/gallery/search_g", down);
-    w.Search(QStringLiteral("类A"));
-    ASSERT_TRUE(PumpUntil([&] { return p.m_searchState == 2; }, 3000));
-    Pump(200);
-    EXPECT_TRUE(p.m_rows.empty() && p.m_searchState == 2);
-}
-
-TEST(LiveSearch, TheBoxRemembersTheLastSearchUnlessTheOptionsKeepTheServicesWord) {
-    SearchWorld w;
-    (void)w.Open();
-    g_defaultHotWord = QStringLiteral("门");
-    WriteOptionInt(u"GalDefSearch", 1);
-    w.Search(QStringLiteral("_004"));
-    ASSERT_TRUE(w.WaitForRows());
-    EXPECT_EQ(g_defaultHotWord, QStringLiteral("门"));
-
-    WriteOptionInt(u"GalDefSearch", 0);
-    w.Search(QStringLiteral("_005"));
-    ASSERT_TRUE(w.WaitForRows());
-    EXPECT_EQ(g_defaultHotWord, QStringLiteral("_005"));
+    EXPECT_EQ(p.m_search.rows[0].path, QString::fromStdU16String(local->dirChildren[1]->fileChildren[0]->Path()));
 }
 
 TEST(LiveSearch, AHotWordAddsItsClassAndOpensItWithoutSearching) {
