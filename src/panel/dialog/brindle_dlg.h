@@ -44,9 +44,11 @@
 #include "collection/collection_mirror.h"
 #include "panel/classes/class_table.h"
 #include "panel/model/block_row.h"
+#include "panel/model/collection_model.h"
 #include "panel/model/navigation_model.h"
 #include "panel/model/panel_messages.h"
 #include "panel/model/panel_page.h"
+#include "panel/model/thumbnail_queue.h"
 #include "panel/preview/preview_loader.h"
 #include "picker/sel_class_dlg.h"
 #include "platform/window_messages.h"
@@ -126,15 +128,10 @@ public:
     std::map<std::u16string, uint8_t> m_boutiqueCache;
 
     // ---- collections ----------------------------------------------------
-    CollectionFolderMap m_folderMap;
-    bool m_quietCollect = false;  // a reload asked for from outside keeps the page's state
-    bool m_collectionJustRead = false;  // the next switch to the collections opens them as read
+    CollectionModel m_collection;  // `m_folderMap`, reloads, folder reads, requests pending
 
     // ---- thumbnails -----------------------------------------------------
-    std::vector<int> m_thumbsToCheck;
-    std::vector<std::u16string> m_thumbWaiting;
-    std::vector<std::u16string> m_thumbRunning;
-    bool m_thumbScanBusy = false;
+    ThumbnailQueue m_thumbs;  // items reported missing, the collections' files waiting and running
 
     // ---- advertising tiles ---------------------------------------------
     AdTileMap m_adTiles;  // by class name; replaced whole when the refresh comes
@@ -191,9 +188,7 @@ public:
     // service is asked on a worker.
     void CheckOldCollectionThen(std::function<void(int)> then);
     // A request of the collections is on its way to or from the service.
-    bool CollectionBusy() const {
-        return m_collectionLoading || m_folderReading || m_blockDeletePending || m_folderDeletePending;
-    }
+    bool CollectionBusy() const { return m_collection.Busy(); }
     int FindRow(const BlockRow& row) const;
     int FindRow(const RowKey& row) const;
     // The newest search run is known and has ended (the result count may show).
@@ -261,7 +256,6 @@ private:
     // The subclass button opened last (m_nav.openedSubclass), or null.
     CSubclassButton* OpenedSubclass() const;
     void NoteOpenedSubclass(CSubclassButton* button);
-    int32_t m_collectionUser = -1;  // user of the last collection target
     bool m_rebuildingClasses = false;  // command 0 runs: OpenTargetClass must not send it again
     void RebuildAndReopen();  // command 0
     void ApplyShowList(std::intptr_t force);  // command 6
@@ -305,19 +299,11 @@ private:
     void ForgetCollectionRows();
 
     // The collection (collection_road.cpp).
-    std::uintptr_t m_collectionLoads = 0;  // generation of the newest reload
-    std::function<void(int)> m_collectionThen;  // what the newest reload continues with
-    std::uintptr_t m_folderReads = 0;  // generation of the newest folder read
-    bool m_collectionLoading = false;
-    bool m_folderReading = false;
-    bool m_blockDeletePending = false;
-    bool m_folderDeletePending = false;
     void OnCollectionBar(int id);  // 2100 to 2105
     // The block of a thumbnail item (a file with a folder), or null.
     GalleryNode* ListedBlockAt(std::intptr_t item);
 
     // The hand-over of the old local collection (collection_sync_road.cpp).
-    bool m_syncPollPending = false;
     HandoverInput HandoverOf() const;
     void StartCloudReplacement();
     void ReplaceCloudButton();  // 2155

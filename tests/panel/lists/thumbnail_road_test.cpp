@@ -91,17 +91,17 @@ TEST(ThumbnailRoad, ABurstOfReportsMakesOneRequestRunAndDoubleClickInsertsAndHea
     ASSERT_TRUE(w.OpenRow(w.RowOf(u"建筑")));
     Pump(700);  // the opened class's own reports run out
     PumpUntil([&] { return !IsTimerRunning(w.panel->Handle(), kTimerThumbRequest); }, 2000);
-    w.panel->m_thumbsToCheck.clear();
+    w.panel->m_thumbs.toCheck.clear();
     size_t before = 0;
     bool emptied = false;
     for (int n = 0; n < 100; ++n) {
         PostWindowMessage(w.panel->Handle(), MsgPanelEvent, 0, n % 40);
         QTest::qWait(4);
-        emptied |= w.panel->m_thumbsToCheck.size() < before;
-        before = w.panel->m_thumbsToCheck.size();
+        emptied |= w.panel->m_thumbs.toCheck.size() < before;
+        before = w.panel->m_thumbs.toCheck.size();
     }
-    EXPECT_TRUE(!emptied && w.panel->m_thumbsToCheck.size() == 40u) << "no run during the burst";
-    ASSERT_TRUE(PumpUntil([&] { return w.panel->m_thumbsToCheck.empty(); }, 1500));
+    EXPECT_TRUE(!emptied && w.panel->m_thumbs.toCheck.size() == 40u) << "no run during the burst";
+    ASSERT_TRUE(PumpUntil([&] { return w.panel->m_thumbs.toCheck.empty(); }, 1500));
     EXPECT_FALSE(IsTimerRunning(w.panel->Handle(), kTimerThumbRequest)) << "one run, and the timer is gone";
 
     // A double click inserts (request 2, 3 or 4 by the show mode) and heads the recent and common-use lists.
@@ -131,14 +131,14 @@ TEST(ThumbnailRoad, ABurstOfReportsMakesOneRequestRunAndDoubleClickInsertsAndHea
     ASSERT_EQ(PathsOf(*w.panel), (Paths{p2, p1}));  // its "常用" list now
     Pump(700);
     RemoveFile(p1);
-    w.panel->m_thumbsToCheck.clear();
+    w.panel->m_thumbs.toCheck.clear();
     {
         TipWatcher tip(/*accept*/ false);
         DoubleClickItem(list, 1);
         EXPECT_TRUE(tip.seen == 1 && tip.cancelShown);
     }
     EXPECT_EQ(insertions().size(), 4u);
-    EXPECT_TRUE(PumpUntil([&] { return std::ranges::count(w.panel->m_thumbsToCheck, 1) > 0; }, 2000));
+    EXPECT_TRUE(PumpUntil([&] { return std::ranges::count(w.panel->m_thumbs.toCheck, 1) > 0; }, 2000));
     EXPECT_TRUE(IsTimerRunning(w.panel->Handle(), kTimerThumbRequest));
     // The host's window gone: nothing is sent and nothing moves.
     w.panel->hostWindow = 0;
@@ -183,7 +183,7 @@ TEST(ThumbnailRoad, ABlockInFlightOrTooSmallIsRefusedWithTheTipAndAskedFor) {
         const std::vector<std::u16string> recent = PathsOf(w.root()->fileChildren);
         const std::vector<std::u16string> common = PathsOf(w.root()->dirChildren.at(0)->fileChildren);
         const size_t sent = host.Requests(2, 4).size();
-        w.panel->m_thumbsToCheck.clear();
+        w.panel->m_thumbs.toCheck.clear();
         TipWatcher tip(/*accept*/ false);
         DoubleClickItem(list, item);
         EXPECT_EQ(tip.seen, inserted ? 0 : 1) << "the tip that the file is not downloaded";
@@ -195,7 +195,7 @@ TEST(ThumbnailRoad, ABlockInFlightOrTooSmallIsRefusedWithTheTipAndAskedFor) {
         }
         EXPECT_EQ(PathsOf(w.root()->fileChildren), recent) << "the recent list is left alone";
         EXPECT_EQ(PathsOf(w.root()->dirChildren.at(0)->fileChildren), common) << "nor the common-use list";
-        EXPECT_TRUE(PumpUntil([&] { return std::ranges::count(w.panel->m_thumbsToCheck, item) > 0; }, 2000)) << "the file is asked for";
+        EXPECT_TRUE(PumpUntil([&] { return std::ranges::count(w.panel->m_thumbs.toCheck, item) > 0; }, 2000)) << "the file is asked for";
     }
     {
         std::lock_guard<std::mutex> lock(w.store.downloadLock);

@@ -91,7 +91,7 @@ TEST(CollectionDialogRoad, BlocksRenamedMovedDeletedAndAddedFromThePanelFollowEv
     w.SignIn(7);
     ASSERT_TRUE(w.OpenRow(1));
     const std::u16string hex = mine + u"/螺栓/六角螺栓.dwg", renamed = mine + u"/螺栓/螺栓M8.dwg";
-    ASSERT_TRUE(PumpUntil([&] { return FileExists(hex) && p.m_thumbRunning.empty(); }, 8000));
+    ASSERT_TRUE(PumpUntil([&] { return FileExists(hex) && p.m_thumbs.running.empty(); }, 8000));
 
     // "重命名" shows the name without its extension; a second request while
     // the dialog is open opens nothing more.
@@ -210,7 +210,7 @@ TEST(CollectionDialogRoad, FoldersMadeRenamedAndDeletedFromTheBarAndTheirMenus) 
     EXPECT_TRUE(!users.folderByName(8, "收藏夹3") && users.folderByName(8, "门窗"));
     EXPECT_FALSE(PathExists(mine + u"/收藏夹3"));
     EXPECT_EQ(w.FolderButtons(), (Texts{"收藏夹1", "门窗", "收藏夹2"}));
-    EXPECT_EQ(FolderIdByName(p.m_folderMap, u"门窗"), Utf8ToUtf16(std::to_string(users.folderByName(8, "门窗")->id)));
+    EXPECT_EQ(FolderIdByName(p.m_collection.folderMap, u"门窗"), Utf8ToUtf16(std::to_string(users.folderByName(8, "门窗")->id)));
     EXPECT_EQ(p.m_pThumbList->GetPath(0), mine + u"/门窗/门.dwg");
 
     // "删除" in a button's menu deletes that folder and no other; with one

@@ -33,7 +33,7 @@ TEST(CollectionRoad, FoldersBlocksAndFilesFollowTheServiceForEachUser) {
     w.SignIn(7);
     ASSERT_TRUE(w.OpenRow(1));
     EXPECT_EQ(w.FolderButtons(), (std::vector<QString>{QStringLiteral("螺栓"), QStringLiteral("管件")}));
-    EXPECT_EQ(p.m_folderMap.size(), 2u);
+    EXPECT_EQ(p.m_collection.folderMap.size(), 2u);
     EXPECT_TRUE(DirectoryExists(mine + u"/螺栓") && DirectoryExists(mine + u"/管件"));
     EXPECT_FALSE(PathExists(mine + u"/旧夹"));
     // The first folder opens with the service's blocks; their files come as they show.
@@ -43,7 +43,7 @@ TEST(CollectionRoad, FoldersBlocksAndFilesFollowTheServiceForEachUser) {
     ASSERT_TRUE(PumpUntil(
         [&] {
             return FileExists(mine + u"/螺栓/六角螺栓.dwg") && FileExists(mine + u"/螺栓/地脚螺栓.dwg") &&
-                   FileExists(mine + u"/螺栓/膨胀螺栓.dwg") && p.m_thumbRunning.empty();
+                   FileExists(mine + u"/螺栓/膨胀螺栓.dwg") && p.m_thumbs.running.empty();
         },
         8000));
     EXPECT_EQ(FileSize(mine + u"/螺栓/六角螺栓.dwg"), FileSize(Utf8ToUtf16(SharedDir() + "/testdata/dwg/bmp8_ac1015.dwg")));
@@ -91,8 +91,8 @@ TEST(CollectionRoad, FoldersBlocksAndFilesFollowTheServiceForEachUser) {
     EXPECT_EQ(w.FolderButtons(), (std::vector<QString>{QStringLiteral("门窗")}));
     EXPECT_EQ(p.m_nav.curClassPath, theirs + u"/门窗");
     EXPECT_TRUE(FileExists(mine + u"/螺栓/六角螺栓.dwg"));
-    ASSERT_EQ(p.m_folderMap.size(), 1u);
-    EXPECT_EQ(p.m_folderMap.begin()->second.name, u"门窗");
+    ASSERT_EQ(p.m_collection.folderMap.size(), 1u);
+    EXPECT_EQ(p.m_collection.folderMap.begin()->second.name, u"门窗");
 
     // "删除文件夹" asks first; the folder goes from the service and, at the
     // reload that follows, from the disk. The cloud is empty then, and the

@@ -31,7 +31,7 @@ TEST(NavigationRender, BrowseAndSearchRoadsAtRatesOneAndOneAndAHalf) {
             Pump(30);
             // The mirror's files are asked for and fail (the service has none): the cells settle.
             (void)PumpUntil(
-                [&] { return !IsTimerRunning(p.Handle(), kTimerThumbRequest) && p.m_thumbWaiting.empty() && p.m_thumbRunning.empty(); });
+                [&] { return !IsTimerRunning(p.Handle(), kTimerThumbRequest) && p.m_thumbs.waiting.empty() && p.m_thumbs.running.empty(); });
             return MatchesReference(p.grab().toImage(), "panel/navigation", name + at);
         };
         EXPECT_TRUE(looks("recent"));  // the start page; the boutique gallery's row is marked
