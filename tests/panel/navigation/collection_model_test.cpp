@@ -1,6 +1,6 @@
 // The collection's state and the thumbnail queue without a window: which
 // reload's result reaches which `then`, which folder read counts, what the
-// folder map keeps across reads, renames and deletions, the hand-over's ends,
+// folder map keeps across reads, renames and deletions, the hand-over's poll,
 // and what the thumbnail queue asks for next.
 #include "collection/handover_calls.h"
 #include "net/download_queue.h"
@@ -21,15 +21,12 @@ TEST(CollectionModel, ReloadsFolderReadsAndTheMapFollowTheNewestAnswer) {
     c.HoldReload(first, then(1));
     EXPECT_TRUE(c.Busy());
     const std::uintptr_t second = c.BeginReload();
-    EXPECT_FALSE(c.Busy()) << "the overtaken reload no longer holds the page";
-    c.HoldReload(first, then(1));  // a late step of the old one holds nothing
-    EXPECT_FALSE(c.Busy() || c.IsNewestReload(first));
+    c.HoldReload(first, then(1));  // a late step of the overtaken one holds nothing
+    EXPECT_FALSE(c.Busy() || c.IsNewestReload(first) || c.EndReload()) << "the overtaken then is dropped";
     c.HoldReload(second, then(2));
-    ASSERT_TRUE(c.IsNewestReload(second) && c.loading);
     if (auto end = c.EndReload()) end(1);
-    EXPECT_FALSE(c.EndReload()) << "a result reaches its then once";
+    EXPECT_FALSE(c.Busy() || c.EndReload()) << "a result reaches its then once";
     EXPECT_EQ(heard, (std::vector<std::pair<int, int>>{{2, 1}}));
-    EXPECT_FALSE(c.Busy());
 
     // The first read of a run wipes the mirror; a read folder keeps its blocks
     // only while its path is the same; the eighteenth folder leaves no room.
@@ -38,7 +35,6 @@ TEST(CollectionModel, ReloadsFolderReadsAndTheMapFollowTheNewestAnswer) {
     EXPECT_TRUE(c.AdoptFolders({{u"1", u"螺栓", u"/m/螺栓", {}}, {u"2", u"管件", u"/m/管件", {}}}));
     c.FolderBlocksRead(u"/m/螺栓", {bolt});
     c.FolderBlocksRead(u"/m/管件", {bolt});
-    EXPECT_EQ(c.KnownFolders(), (std::vector<std::pair<std::u16string, std::u16string>>{{u"1", u"/m/螺栓"}, {u"2", u"/m/管件"}}));
     EXPECT_FALSE(c.WipesMirror());
     std::vector<struct CollectionFolder> many{{u"1", u"螺栓", u"/m/螺栓", {}}, {u"2", u"门窗", u"/m/门窗", {}}};
     for (int i = 3; i <= kMaxCollectionFolders; ++i) many.push_back({Utf8ToUtf16(std::to_string(i)), u"f", u"/m/f", {}});
@@ -58,15 +54,11 @@ TEST(CollectionModel, ReloadsFolderReadsAndTheMapFollowTheNewestAnswer) {
 
     // Folder reads: only the newest counts, and only while its folder is open;
     // an older answer leaves the newer read pending.
-    const std::uintptr_t before = c.FolderReads();
     const std::uintptr_t read1 = c.BeginFolderRead(), read2 = c.BeginFolderRead();
     c.folderReading = true;
-    EXPECT_FALSE(c.EndFolderRead(read1, true));
-    EXPECT_TRUE(c.Busy());
-    EXPECT_FALSE(c.EndFolderRead(read2, false));
-    EXPECT_FALSE(c.Busy()) << "a read whose folder was left still ends";
+    EXPECT_TRUE(!c.EndFolderRead(read1, true) && c.Busy());
+    EXPECT_FALSE(c.EndFolderRead(read2, false) || c.Busy()) << "a read whose folder was left still ends";
     // A made folder opens after its reload only if no folder was opened since and the user is on the collections.
-    EXPECT_FALSE(c.OpensMadeFolder(1, before, 1));
     EXPECT_EQ((std::vector<bool>{c.OpensMadeFolder(1, read2, 1), c.OpensMadeFolder(0, read2, 1), c.OpensMadeFolder(2, read2, 1),
                                  c.OpensMadeFolder(1, read2, 3)}),
               (std::vector<bool>{true, false, false, false}));
@@ -76,15 +68,9 @@ TEST(CollectionModel, ReloadsFolderReadsAndTheMapFollowTheNewestAnswer) {
                                  c.TargetNeedsReload(1)}),
               (std::vector<bool>{true, false, true, true, true}));
 
-    // The hand-over: a landed transfer settles and reopens; a failed one shows "同步失败".
-    EXPECT_TRUE(CollectionModel::CloudSyncEnded(true).settle);
-    EXPECT_EQ(std::make_pair(CollectionModel::CloudSyncEnded(false).settle, CollectionModel::CloudSyncEnded(false).syncStatus),
-              std::make_pair(false, 4));
-    // Its poll is never asked twice at once; working goes on, idle has landed, anything else failed.
-    EXPECT_TRUE(c.BeginSyncPoll());
-    EXPECT_FALSE(c.BeginSyncPoll());
-    EXPECT_EQ(c.SyncPolled(SyncWorking), SyncPoll::GoOn);
-    EXPECT_TRUE(c.BeginSyncPoll());
+    // The hand-over's poll is never asked twice at once; working goes on, idle has landed, anything else failed.
+    EXPECT_EQ((std::vector<bool>{c.BeginSyncPoll(), c.BeginSyncPoll(), c.SyncPolled(SyncWorking) == SyncPoll::GoOn, c.BeginSyncPoll()}),
+              (std::vector<bool>{true, false, true, true}));
     EXPECT_EQ((std::vector<SyncPoll>{c.SyncPolled(SyncIdle), c.SyncPolled(2), c.SyncPolled(-1)}),
               (std::vector<SyncPoll>{SyncPoll::Landed, SyncPoll::Failed, SyncPoll::Failed}));
 }
@@ -124,14 +110,14 @@ TEST(ThumbnailQueue, ReportsScansLanesArrivalsAndWhatIsReadyToInsert) {
     TempHome home;
     GalleryStore store;
     auto file = [&](const char* name, int64_t size) {
-        WriteBytes(home.file(name), std::string(static_cast<size_t>(size), 'b'));
+        if (size >= 0) WriteBytes(home.file(name), std::string(static_cast<size_t>(size), 'b'));
         return Utf8ToUtf16(home.file(name));
     };
-    const std::u16string whole = file("whole.dwg", kMinBlockFileSize), cut = file("cut.dwg", kMinBlockFileSize - 1);
-    const std::u16string running = file("running.dwg", 4096), waiting = file("waiting.dwg", 4096);
-    store.downloadsRunning.push_back(running);
-    store.downloadsWaiting.push_back(waiting);
-    EXPECT_EQ((std::vector<bool>{BlockFileReady(store, whole), BlockFileReady(store, cut), BlockFileReady(store, running),
-                                 BlockFileReady(store, waiting), BlockFileReady(store, Utf8ToUtf16(home.file("none.dwg")))}),
-              (std::vector<bool>{true, false, false, false, false}));
+    store.downloadsRunning.push_back(file("running.dwg", 4096));
+    store.downloadsWaiting.push_back(file("waiting.dwg", 4096));
+    EXPECT_EQ(
+        (std::vector<bool>{BlockFileReady(store, file("whole.dwg", kMinBlockFileSize)),
+                           BlockFileReady(store, file("cut.dwg", kMinBlockFileSize - 1)), BlockFileReady(store, store.downloadsRunning[0]),
+                           BlockFileReady(store, store.downloadsWaiting[0]), BlockFileReady(store, file("none.dwg", -1))}),
+        (std::vector<bool>{true, false, false, false, false}));
 }
