@@ -311,8 +311,9 @@ private:
     void PollCloudSync();  // timer 1010
     // The node <root>/我的收藏, when the tree has one, read again from the disk.
     void ReloadOldCollection();
-    void ReadCollectionFolders(std::uintptr_t generation, bool quiet);
-    void AdoptFolderList(FolderListRead read, const std::u16string& mirror, bool quiet);
+    void ReadCollectionFolders(std::uintptr_t generation);
+    void AdoptFolderList(FolderListRead read, const std::u16string& mirror);
+    void ShowLoadStatus(LoadStep step);
     void EndCollectionLoad(int result);  // hands the result to the newest reload's `then`
     void ContinueCollectionSwitch(int previous, int reloaded);
     // A collection folder's blocks are read on a worker; false when none started.

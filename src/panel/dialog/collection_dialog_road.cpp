@@ -161,7 +161,7 @@ void CBrindleDlg::ThumbnailMenu(std::intptr_t item) {
         const std::u16string path = m_pThumbList->GetPath(static_cast<int>(item));
         if (path.empty()) return;
         std::set<int> disabled;
-        if (m_collection.folderMap.size() < 2) disabled.insert(kMenuMove);
+        if (!m_collection.CanMoveBlocks()) disabled.insert(kMenuMove);
         PopCollectionMenu({{QStringLiteral("重命名"), kMenuRename},
                            {QString(), 0},
                            {QStringLiteral("删除"), kMenuDelete},

@@ -55,23 +55,22 @@ void CBrindleDlg::ReloadCollection(std::function<void(int)> then) {
     auto finish = [&then](int result) {
         if (then) then(result);
     };
-    const bool quiet = m_collection.quietCollect;
     if (userId < 1) {
         RequireLogin();
         if (userId < 1) return finish(0);
     }
     if (userToken.empty()) {
-        if (!quiet) SetSyncStatus(3);
+        ShowLoadStatus(LoadStep::Failed);
         return finish(0);
     }
     if (!m_store || !m_store->root) return finish(0);
 
     m_collection.HoldReload(generation, std::move(then));
     // An old local collection waiting for its hand-over goes first.
-    CheckOldCollectionThen([this, generation, quiet](int checked) {
+    CheckOldCollectionThen([this, generation](int checked) {
         if (!m_collection.IsNewestReload(generation)) return;  // a newer reload decides
         if (checked != 1) return EndCollectionLoad(checked);
-        ReadCollectionFolders(generation, quiet);
+        ReadCollectionFolders(generation);
     });
 }
 
@@ -79,9 +78,13 @@ void CBrindleDlg::EndCollectionLoad(int result) {
     if (std::function<void(int)> then = m_collection.EndReload()) then(result);
 }
 
-void CBrindleDlg::ReadCollectionFolders(std::uintptr_t generation, bool quiet) {
+void CBrindleDlg::ShowLoadStatus(LoadStep step) {
+    if (const std::optional<int> status = m_collection.LoadStatus(step)) SetSyncStatus(*status);
+}
+
+void CBrindleDlg::ReadCollectionFolders(std::uintptr_t generation) {
     if (!m_store || !m_store->root) return EndCollectionLoad(0);
-    if (!quiet) SetSyncStatus(1);
+    ShowLoadStatus(LoadStep::Reading);
     FolderListRequest request;
     request.token = userToken;
     request.mirrorDir = MirrorDir(m_store->root->Path(), userId);
@@ -90,19 +93,19 @@ void CBrindleDlg::ReadCollectionFolders(std::uintptr_t generation, bool quiet) {
     const std::u16string mirror = request.mirrorDir;
     const bool started = AskOnWorker<FolderListRead>(
         Handle(), [request = std::move(request)] { return ReadFolderList(request); },
-        [this, generation, quiet, mirror](FolderListRead read) {
+        [this, generation, mirror](FolderListRead read) {
             if (!m_collection.IsNewestReload(generation)) return;
-            AdoptFolderList(std::move(read), mirror, quiet);
+            AdoptFolderList(std::move(read), mirror);
         });
     if (!started) {
-        if (!quiet) SetSyncStatus(3);
+        ShowLoadStatus(LoadStep::Failed);
         EndCollectionLoad(0);
     }
 }
 
-void CBrindleDlg::AdoptFolderList(FolderListRead read, const std::u16string& mirror, bool quiet) {
+void CBrindleDlg::AdoptFolderList(FolderListRead read, const std::u16string& mirror) {
     if (read.fate != CollectionReadFate::Read || !m_store || !m_store->root) {
-        if (!quiet) SetSyncStatus(3);
+        ShowLoadStatus(LoadStep::Failed);
         return EndCollectionLoad(0);
     }
     GalleryNode* root = m_store->root;
@@ -120,7 +123,7 @@ void CBrindleDlg::AdoptFolderList(FolderListRead read, const std::u16string& mir
     if (m_collection.AdoptFolders(std::move(read.folders)))
         if (CSkinButton* button = Button(ControlId::NewFolder)) button->setEnabled(true);
     RelistNodes();
-    if (!quiet) SetSyncStatus(-1);
+    ShowLoadStatus(LoadStep::Read);
     EndCollectionLoad(1);
 }
 

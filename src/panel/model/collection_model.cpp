@@ -8,9 +8,20 @@ namespace marrowfin {
 
 std::uintptr_t CollectionModel::BeginReload() {
     ++m_reloads;
+    m_quietReload = quietCollect;
     m_then = nullptr;
     loading = false;
     return m_reloads;
+}
+
+std::optional<int> CollectionModel::LoadStatus(LoadStep step) const {
+    if (m_quietReload) return std::nullopt;
+    switch (step) {
+        case LoadStep::Reading: return 1;
+        case LoadStep::Read: return -1;
+        case LoadStep::Failed: return 3;
+    }
+    return std::nullopt;
 }
 
 void CollectionModel::HoldReload(std::uintptr_t generation, std::function<void(int)> then) {

@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -19,6 +20,9 @@ struct HandoverEnd {
     bool settle = false;  // the old collection's tip is written "1" and the collections open again
     int syncStatus = -1;  // else the page's status ("同步失败") and the transfer's end told to the service
 };
+
+// Where a reload stands, for the page's status.
+enum class LoadStep { Reading, Read, Failed };
 
 // The poll of a transfer from an earlier run answered.
 enum class SyncPoll { GoOn, Landed, Failed };
@@ -39,8 +43,11 @@ public:
     bool Busy() const { return loading || folderReading || blockDeletePending || folderDeletePending; }
 
     // A reload starts: it takes the place of one on its way, whose `then` is
-    // dropped. Answers its generation.
+    // dropped, and keeps `quietCollect` as it is now. Answers its generation.
     std::uintptr_t BeginReload();
+    // The page's status at a step of the newest reload ("正在同步", none,
+    // "同步失败"); a quiet reload leaves the page's state alone.
+    std::optional<int> LoadStatus(LoadStep step) const;
     // The reload of `generation` goes on to the service and `then` waits for its result.
     void HoldReload(std::uintptr_t generation, std::function<void(int)> then);
     // Whether an answer of `generation` still counts: no newer reload began.
@@ -58,6 +65,8 @@ public:
     // for another folder.
     bool AdoptFolders(std::vector<CollectionFolder> read);
     bool RoomForFolder() const { return folderMap.size() < static_cast<size_t>(kMaxCollectionFolders); }
+    // "移动" needs another folder to move a block to.
+    bool CanMoveBlocks() const { return folderMap.size() >= 2; }
 
     // A folder's blocks are asked for: answers the read's generation.
     std::uintptr_t BeginFolderRead();
@@ -87,6 +96,7 @@ public:
 
 private:
     std::uintptr_t m_reloads = 0;  // generation of the newest reload
+    bool m_quietReload = false;  // the newest reload was asked for from outside
     std::function<void(int)> m_then;  // what the newest reload continues with
     std::uintptr_t m_folderReads = 0;  // generation of the newest folder read
 };
