@@ -25,8 +25,8 @@ TEST(CollectionModel, ReloadsFolderReadsAndTheMapFollowTheNewestAnswer) {
     c.quietCollect = false;
     const std::uintptr_t second = c.BeginReload();
     c.HoldReload(first, then(1));  // a late step of the overtaken one holds nothing
-    EXPECT_FALSE(c.Busy() || c.IsNewestReload(first) || c.EndReload()) << "the overtaken then is dropped";
-    EXPECT_EQ(c.LoadStatus(LoadStep::Failed), 3);
+    EXPECT_FALSE(c.Busy() || c.IsNewestReload(first) || c.EndReload() || !c.LoadStatus(LoadStep::Failed))
+        << "the overtaken reload leaves no then, no hold and no quiet behind";
     c.HoldReload(second, then(2));
     if (auto end = c.EndReload()) end(1);
     EXPECT_FALSE(c.Busy() || c.EndReload()) << "a result reaches its then once";
