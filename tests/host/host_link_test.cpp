@@ -115,7 +115,7 @@ TEST_F(HostLink, OrdersLocationsInsertionsAndTheBoutiqueQuestion) {
     QCoreApplication::sendPostedEvents();
     EXPECT_EQ(std::make_tuple(panel->m_nav.page, panel->m_nav.pendingClass, IsTimerRunning(handle, 2000)),
               std::make_tuple(page, pending, false));
-    EXPECT_TRUE(CopyData(411, u"\\我的收藏\\1") == 1 && !panel->m_quietCollect) << "the host's flag lasts this step only";
+    EXPECT_TRUE(CopyData(411, u"\\我的收藏\\1") == 1 && !panel->m_collection.quietCollect) << "the host's flag lasts this step only";
     panel->HidePanel();
     EXPECT_TRUE(CopyData(412, u"") == 1 && panel->isVisible()) << "412 shows the panel whatever the location";
     panel->HidePanel();
@@ -129,7 +129,7 @@ TEST_F(HostLink, OrdersLocationsInsertionsAndTheBoutiqueQuestion) {
     const size_t signIns = host->Requests(MARROWFIN_REQUEST_SIGN_IN).size();
     ResetClass(u"\\我的收藏");
     EXPECT_EQ(std::make_tuple(IsSearchPage(panel->m_nav.page), IsTimerRunning(handle, 2000), panel->showMode,
-                              host->Requests(MARROWFIN_REQUEST_SIGN_IN).size(), panel->m_quietCollect),
+                              host->Requests(MARROWFIN_REQUEST_SIGN_IN).size(), panel->m_collection.quietCollect),
               std::make_tuple(false, false, std::u16string(u"PMMC"), signIns + 1, false));
     host->records.clear();
     // HideGallery forgets the mode; ShowGallery sets it, a null location keeps the class.

@@ -44,10 +44,12 @@
 #include "collection/collection_mirror.h"
 #include "panel/classes/class_table.h"
 #include "panel/model/block_row.h"
+#include "panel/model/collection_model.h"
 #include "panel/model/navigation_model.h"
 #include "panel/model/panel_messages.h"
 #include "panel/model/panel_page.h"
 #include "panel/model/search_model.h"
+#include "panel/model/thumbnail_queue.h"
 #include "panel/preview/preview_loader.h"
 #include "picker/sel_class_dlg.h"
 #include "platform/window_messages.h"
@@ -113,15 +115,10 @@ public:
     std::map<std::u16string, uint8_t> m_boutiqueCache;
 
     // ---- collections ----------------------------------------------------
-    CollectionFolderMap m_folderMap;
-    bool m_quietCollect = false;  // a reload asked for from outside keeps the page's state
-    bool m_collectionJustRead = false;  // the next switch to the collections opens them as read
+    CollectionModel m_collection;  // folders, reloads, folder reads, requests pending
 
     // ---- thumbnails -----------------------------------------------------
-    std::vector<int> m_thumbsToCheck;
-    std::vector<std::u16string> m_thumbWaiting;
-    std::vector<std::u16string> m_thumbRunning;
-    bool m_thumbScanBusy = false;
+    ThumbnailQueue m_thumbs;  // items reported missing, the collections' files waiting and running
 
     // ---- advertising tiles ---------------------------------------------
     AdTileMap m_adTiles;  // by class name; replaced whole when the refresh comes
@@ -178,9 +175,7 @@ public:
     // service is asked on a worker.
     void CheckOldCollectionThen(std::function<void(int)> then);
     // A request of the collections is on its way to or from the service.
-    bool CollectionBusy() const {
-        return m_collectionLoading || m_folderReading || m_blockDeletePending || m_folderDeletePending;
-    }
+    bool CollectionBusy() const { return m_collection.Busy(); }
     // The newest search run is known and has ended (the result count may show).
     bool SearchEnded() const;
     void FeedbackButton();  // 2153
@@ -246,7 +241,6 @@ private:
     // The subclass button opened last (m_nav.openedSubclass), or null.
     CSubclassButton* OpenedSubclass() const;
     void NoteOpenedSubclass(CSubclassButton* button);
-    int32_t m_collectionUser = -1;  // user of the last collection target
     bool m_rebuildingClasses = false;  // command 0 runs: OpenTargetClass must not send it again
     void RebuildAndReopen();  // command 0
     void ApplyShowList(std::intptr_t force);  // command 6
@@ -288,19 +282,11 @@ private:
     uint64_t m_rowGeneration = 0;
 
     // The collection (collection_road.cpp).
-    std::uintptr_t m_collectionLoads = 0;  // generation of the newest reload
-    std::function<void(int)> m_collectionThen;  // what the newest reload continues with
-    std::uintptr_t m_folderReads = 0;  // generation of the newest folder read
-    bool m_collectionLoading = false;
-    bool m_folderReading = false;
-    bool m_blockDeletePending = false;
-    bool m_folderDeletePending = false;
     void OnCollectionBar(int id);  // 2100 to 2105
     // The block of a thumbnail item (a file with a folder), or null.
     GalleryNode* ListedBlockAt(std::intptr_t item);
 
     // The hand-over of the old local collection (collection_sync_road.cpp).
-    bool m_syncPollPending = false;
     HandoverInput HandoverOf() const;
     void StartCloudReplacement();
     void ReplaceCloudButton();  // 2155
@@ -308,8 +294,9 @@ private:
     void PollCloudSync();  // timer 1010
     // The node <root>/我的收藏, when the tree has one, read again from the disk.
     void ReloadOldCollection();
-    void ReadCollectionFolders(std::uintptr_t generation, bool quiet);
-    void AdoptFolderList(FolderListRead read, const std::u16string& mirror, bool quiet);
+    void ReadCollectionFolders(std::uintptr_t generation);
+    void AdoptFolderList(FolderListRead read, const std::u16string& mirror);
+    void ShowLoadStatus(LoadStep step);
     void EndCollectionLoad(int result);  // hands the result to the newest reload's `then`
     void ContinueCollectionSwitch(int previous, int reloaded);
     // A collection folder's blocks are read on a worker; false when none started.

@@ -118,14 +118,14 @@ void CBrindleDlg::OpenCollectionsForHost() {
     if (IsSearchPage(m_nav.page)) SearchCommand(ControlId::SearchBack);
     // The host asked: the reload leaves the page as it is while it reads,
     // and only a fresh collection opens the page with its list.
-    m_quietCollect = true;
+    m_collection.quietCollect = true;
     ReloadCollection([this](int reloaded) {
         if (reloaded != 1) return;
-        m_collectionJustRead = true;  // the switch need not read it again
+        m_collection.justRead = true;  // the switch need not read it again
         m_nav.forceList = true;
         SelectClass(1, true);
     });
-    m_quietCollect = false;
+    m_collection.quietCollect = false;
 }
 
 void CBrindleDlg::SearchFor(const QString& text) {

@@ -89,7 +89,7 @@ void CBrindleDlg::SwitchClass(int row) {
     ClearForSwitch(row);
     if (text == kRecentText) return ListRecentBlocks(row);
 
-    const bool justRead = std::exchange(m_collectionJustRead, false);
+    const bool justRead = std::exchange(m_collection.justRead, false);
     if (row == 1) {
         // The folders come from the service; the page shows that it loads.
         const int previous = m_nav.classIndex;

@@ -161,7 +161,7 @@ void CBrindleDlg::ThumbnailMenu(std::intptr_t item) {
         const std::u16string path = m_pThumbList->GetPath(static_cast<int>(item));
         if (path.empty()) return;
         std::set<int> disabled;
-        if (m_folderMap.size() < 2) disabled.insert(kMenuMove);
+        if (!m_collection.CanMoveBlocks()) disabled.insert(kMenuMove);
         PopCollectionMenu({{QStringLiteral("重命名"), kMenuRename},
                            {QString(), 0},
                            {QStringLiteral("删除"), kMenuDelete},
@@ -301,7 +301,8 @@ void CBrindleDlg::RenameFolder(std::intptr_t handle) {
     const std::u16string oldName = node->name.str();
     const WindowHandle target = HandleOf(button);
     auto* dialog = HoldCollectionDialog<CModifyFolderDlg>(
-        new CModifyFolderDlg(this, userToken, m_folderMap, parentPath, oldName, CModifyFolderDlg::RenameFolderMode),
+        new CModifyFolderDlg(this, userToken, m_collection.folderMap, parentPath, oldName,
+                             CModifyFolderDlg::RenameFolderMode),
         [this, oldPath, parentPath, oldName, target](CModifyFolderDlg& done, int result) {
             if (result != QDialog::Accepted || done.m_name == oldName) return;
             FolderRenamed(oldPath, parentPath + u"/" + done.m_name, done.m_name, target);
@@ -313,13 +314,7 @@ void CBrindleDlg::FolderRenamed(const std::u16string& oldPath, const std::u16str
                                 const std::u16string& newName, WindowHandle buttonHandle) {
     // The service has the new name; a local rename that fails ends quietly.
     if (!RenameFile(oldPath, newPath)) return;
-    for (auto& [id, folder] : m_folderMap) {
-        if (folder.path != oldPath) continue;
-        folder.name = newName;
-        folder.path = newPath;
-        for (CollectedBlock& block : folder.blocks) block.path = newPath + u"/" + block.filename;
-        break;
-    }
+    m_collection.FolderRenamed(oldPath, newPath, newName);
     GalleryNode* node = m_store && m_store->root ? FindNodeByPath(m_store->root, oldPath) : nullptr;
     if (!node) return;
     RenameNode(node, newName);
@@ -369,13 +364,14 @@ void CBrindleDlg::RenameBlock(std::intptr_t item) {
     std::u16string name = node->name.str();
     if (!HoldsDwg(name)) name += kDwg;
     const std::u16string parentPath = node->parent->Path();
+    CollectionFolderMap& folders = m_collection.folderMap;
     auto* dialog = HoldCollectionDialog<CModifyFolderDlg>(
-        new CModifyFolderDlg(this, userToken, m_folderMap, parentPath, name, CModifyFolderDlg::RenameBlockMode, false),
+        new CModifyFolderDlg(this, userToken, folders, parentPath, name, CModifyFolderDlg::RenameBlockMode, false),
         [this, path, name, parentPath](CModifyFolderDlg& done, int result) {
             if (result != QDialog::Accepted || done.m_name == name) return;
             const std::u16string newPath = parentPath + u"/" + done.m_name;
             if (!RenameFile(path, newPath)) return;
-            done.ApplyTo(m_folderMap);
+            done.ApplyTo(m_collection.folderMap);
             BlockRenamed(path, newPath, done.m_name);
         });
     dialog->Open();
@@ -416,7 +412,8 @@ void CBrindleDlg::MoveBlock(std::intptr_t item) {
         return;
     }
     auto* dialog = HoldCollectionDialog<CMoveCollectBlkDlg>(
-        new CMoveCollectBlkDlg(this, node->name.str(), path, LoadDwgPreview(ToQString(path)), userToken, m_folderMap),
+        new CMoveCollectBlkDlg(this, node->name.str(), path, LoadDwgPreview(ToQString(path)), userToken,
+                               m_collection.folderMap),
         [this](CMoveCollectBlkDlg& done, int result) {
             if (result != QDialog::Accepted) return;
             // The target folder opens and reads the block from the service; the
@@ -441,7 +438,8 @@ void CBrindleDlg::AddBlocksFromDisk() {
     }
     const std::u16string folderPath = m_nav.curClassPath;
     auto* run = CAddBlocksFromDisk::Start(
-        this, userToken, folderPath, [this](const std::u16string& name) { return FolderIdByName(m_folderMap, name); },
+        this, userToken, folderPath,
+        [this](const std::u16string& name) { return FolderIdByName(m_collection.folderMap, name); },
         [this, folderPath](bool changed) {
             m_collectionWindow = nullptr;
             // The folder is read again, which lists the new blocks.
@@ -476,12 +474,13 @@ void CBrindleDlg::NewFolder() {
         return;
     }
     const std::u16string parentPath = parent->Path();
-    auto* dialog = HoldCollectionDialog<CNewFolderDlg>(new CNewFolderDlg(this, userToken, parentPath, m_folderMap),
-                                                       [this, parentPath](CNewFolderDlg& done, int result) {
-                                                           if (result != QDialog::Accepted) return;
-                                                           done.EnterInto(m_folderMap);
-                                                           FolderMade(parentPath, done.m_name);
-                                                       });
+    auto* dialog =
+        HoldCollectionDialog<CNewFolderDlg>(new CNewFolderDlg(this, userToken, parentPath, m_collection.folderMap),
+                                            [this, parentPath](CNewFolderDlg& done, int result) {
+                                                if (result != QDialog::Accepted) return;
+                                                done.EnterInto(m_collection.folderMap);
+                                                FolderMade(parentPath, done.m_name);
+                                            });
     dialog->Open();
 }
 
@@ -505,9 +504,9 @@ void CBrindleDlg::FolderMade(const std::u16string& parentPath, const std::u16str
         }
         // The new folder opens once the list is read again, unless the user
         // has opened a folder or left the collection meanwhile.
-        const std::uintptr_t readsBefore = m_folderReads;
+        const std::uintptr_t readsBefore = m_collection.FolderReads();
         ReloadCollection([this, name, readsBefore](int reloaded) {
-            if (reloaded != 1 || m_folderReads != readsBefore || m_nav.classIndex != 1) return;
+            if (!m_collection.OpensMadeFolder(reloaded, readsBefore, m_nav.classIndex)) return;
             m_nav.targetClass = kCollectionFolderRoute + name;
             m_nav.forceList = true;
             OpenTargetClass();

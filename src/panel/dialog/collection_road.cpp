@@ -27,9 +27,6 @@ namespace marrowfin {
 
 namespace {
 
-// Files of the mirror fetched at once, as for the gallery's thumbnails.
-constexpr size_t kMirrorFetchLanes = 6;
-
 // Takes every cloud collection (of any user) off the tree and frees it; the
 // old local one, <root>/我的收藏, stays.
 bool DropCloudCollections(GalleryStore& store, GalleryNode* root) {
@@ -54,66 +51,61 @@ bool DropCloudCollections(GalleryStore& store, GalleryNode* root) {
 
 void CBrindleDlg::ReloadCollection(std::function<void(int)> then) {
     // A reload asked for meanwhile takes the place of one on its way.
-    ++m_collectionLoads;
-    m_collectionThen = nullptr;
-    m_collectionLoading = false;
+    const std::uintptr_t generation = m_collection.BeginReload();
     auto finish = [&then](int result) {
         if (then) then(result);
     };
-    const bool quiet = m_quietCollect;
     if (userId < 1) {
         RequireLogin();
         if (userId < 1) return finish(0);
     }
     if (userToken.empty()) {
-        if (!quiet) SetSyncStatus(3);
+        ShowLoadStatus(LoadStep::Failed);
         return finish(0);
     }
     if (!m_store || !m_store->root) return finish(0);
 
-    const std::uintptr_t generation = m_collectionLoads;
-    m_collectionThen = std::move(then);
-    m_collectionLoading = true;
+    m_collection.HoldReload(generation, std::move(then));
     // An old local collection waiting for its hand-over goes first.
-    CheckOldCollectionThen([this, generation, quiet](int checked) {
-        if (generation != m_collectionLoads) return;  // a newer reload decides
+    CheckOldCollectionThen([this, generation](int checked) {
+        if (!m_collection.IsNewestReload(generation)) return;  // a newer reload decides
         if (checked != 1) return EndCollectionLoad(checked);
-        ReadCollectionFolders(generation, quiet);
+        ReadCollectionFolders(generation);
     });
 }
 
 void CBrindleDlg::EndCollectionLoad(int result) {
-    m_collectionLoading = false;
-    std::function<void(int)> then = std::move(m_collectionThen);
-    m_collectionThen = nullptr;
-    if (then) then(result);
+    if (std::function<void(int)> then = m_collection.EndReload()) then(result);
 }
 
-void CBrindleDlg::ReadCollectionFolders(std::uintptr_t generation, bool quiet) {
+void CBrindleDlg::ShowLoadStatus(LoadStep step) {
+    if (const std::optional<int> status = m_collection.LoadStatus(step)) SetSyncStatus(*status);
+}
+
+void CBrindleDlg::ReadCollectionFolders(std::uintptr_t generation) {
     if (!m_store || !m_store->root) return EndCollectionLoad(0);
-    if (!quiet) SetSyncStatus(1);
+    ShowLoadStatus(LoadStep::Reading);
     FolderListRequest request;
     request.token = userToken;
     request.mirrorDir = MirrorDir(m_store->root->Path(), userId);
-    // The mirror is a cache: the first read of a run starts it clean.
-    request.wipeMirror = m_folderMap.empty();
-    for (const auto& [id, folder] : m_folderMap) request.knownFolders.emplace_back(id, folder.path);
+    request.wipeMirror = m_collection.WipesMirror();
+    request.knownFolders = m_collection.KnownFolders();
     const std::u16string mirror = request.mirrorDir;
     const bool started = AskOnWorker<FolderListRead>(
         Handle(), [request = std::move(request)] { return ReadFolderList(request); },
-        [this, generation, quiet, mirror](FolderListRead read) {
-            if (generation != m_collectionLoads) return;
-            AdoptFolderList(std::move(read), mirror, quiet);
+        [this, generation, mirror](FolderListRead read) {
+            if (!m_collection.IsNewestReload(generation)) return;
+            AdoptFolderList(std::move(read), mirror);
         });
     if (!started) {
-        if (!quiet) SetSyncStatus(3);
+        ShowLoadStatus(LoadStep::Failed);
         EndCollectionLoad(0);
     }
 }
 
-void CBrindleDlg::AdoptFolderList(FolderListRead read, const std::u16string& mirror, bool quiet) {
+void CBrindleDlg::AdoptFolderList(FolderListRead read, const std::u16string& mirror) {
     if (read.fate != CollectionReadFate::Read || !m_store || !m_store->root) {
-        if (!quiet) SetSyncStatus(3);
+        ShowLoadStatus(LoadStep::Failed);
         return EndCollectionLoad(0);
     }
     GalleryNode* root = m_store->root;
@@ -122,44 +114,36 @@ void CBrindleDlg::AdoptFolderList(FolderListRead read, const std::u16string& mir
     collection->parent = root;
     root->dirChildren.insert(root->dirChildren.begin(), collection);
 
-    CollectionFolderMap folders;
-    for (CollectionFolder& folder : read.folders) {
+    for (const CollectionFolder& folder : read.folders) {
         auto* node = new GalleryNode(kCollectionClass, folder.path, folder.name, kKindDir, false, false, 0);
         node->parent = collection;
         collection->dirChildren.push_back(node);
-        // A folder keeps its last block list until it is read again, so that
-        // the files of blocks that left the service go at its next opening.
-        if (auto kept = m_folderMap.find(folder.id); kept != m_folderMap.end() && kept->second.path == folder.path)
-            folder.blocks = std::move(kept->second.blocks);
-        folders.emplace(folder.id, std::move(folder));
     }
-    m_folderMap = std::move(folders);
     // Room for a folder again (one was deleted): "新建文件夹" comes back.
-    if (m_folderMap.size() < static_cast<size_t>(kMaxCollectionFolders))
+    if (m_collection.AdoptFolders(std::move(read.folders)))
         if (CSkinButton* button = Button(ControlId::NewFolder)) button->setEnabled(true);
     RelistNodes();
-    if (!quiet) SetSyncStatus(-1);
+    ShowLoadStatus(LoadStep::Read);
     EndCollectionLoad(1);
 }
 
 // ---- a folder's blocks ------------------------------------------------------
 
 bool CBrindleDlg::LoadFolderBlocks(CSubclassButton* button, const std::u16string& path) {
-    const CollectionFolder* folder = FolderByPath(m_folderMap, path);
+    const CollectionFolder* folder = FolderByPath(m_collection.folderMap, path);
     if (!folder) return false;
-    const std::uintptr_t generation = ++m_folderReads;
+    const std::uintptr_t generation = m_collection.BeginFolderRead();
     const std::u16string token = userToken;
     const CollectionFolder asked = *folder;
     const bool started = AskOnWorker<FolderBlocksRead>(
         Handle(), [token, asked] { return ReadFolderBlocks(token, asked, asked.blocks); },
         [this, generation, path](FolderBlocksRead read) {
             // Only the newest read of the folder still open counts.
-            if (generation == m_folderReads) m_folderReading = false;
-            if (generation != m_folderReads || m_nav.curClassPath != path || !OpenedSubclass()) return;
+            if (!m_collection.EndFolderRead(generation, m_nav.curClassPath == path && OpenedSubclass())) return;
             AdoptFolderBlocks(std::move(read), path);
         });
     if (!started) return false;
-    m_folderReading = true;
+    m_collection.folderReading = true;
     NoteOpenedSubclass(button);
     return true;
 }
@@ -180,8 +164,7 @@ void CBrindleDlg::AdoptFolderBlocks(FolderBlocksRead read, const std::u16string&
             child->parent = node;
             node->fileChildren.push_back(child);
         }
-        for (auto& [id, folder] : m_folderMap)
-            if (folder.path == path) folder.blocks = std::move(read.blocks);
+        m_collection.FolderBlocksRead(path, std::move(read.blocks));
     }
     // Offline the blocks read before stay listed.
     ListSubclass(OpenedSubclass(), path);
@@ -190,16 +173,15 @@ void CBrindleDlg::AdoptFolderBlocks(FolderBlocksRead read, const std::u16string&
 // ---- the mirror's files ---------------------------------------------------------
 
 void CBrindleDlg::NextCollectionThumb() {
-    if (m_thumbRunning.size() >= kMirrorFetchLanes || m_thumbWaiting.empty()) return;
-    const std::u16string path = m_thumbWaiting.front();
-    m_thumbWaiting.erase(m_thumbWaiting.begin());
-    const std::u16string url = BlockUrlByPath(m_folderMap, path);
+    const std::u16string path = m_thumbs.TakeNext();
+    if (path.empty()) return;
+    const std::u16string url = BlockUrlByPath(m_collection.folderMap, path);
     if (url.empty()) {
         // A block without an address is not fetched; the next one may be.
         (void)PostWindowMessage(Handle(), MsgPanelEvent, PanelEvent::NextThumb, 0);
         return;
     }
-    m_thumbRunning.push_back(path);
+    m_thumbs.Run(path);
     const WindowHandle panel = Handle();
     const bool started = StartPanelWorker([panel, url, path] {
         const bool landed = DownloadFile(url, path, 0, 0) && FileExists(path);
@@ -207,7 +189,7 @@ void CBrindleDlg::NextCollectionThumb() {
         (void)PostText(panel, MsgPanelEvent, landed ? PanelEvent::ThumbDone : PanelEvent::ThumbFailed, path);
     });
     if (!started) {
-        m_thumbRunning.erase(std::remove(m_thumbRunning.begin(), m_thumbRunning.end(), path), m_thumbRunning.end());
+        m_thumbs.Ended(path);
         return;
     }
     // Up to six run side by side.
@@ -225,11 +207,11 @@ void CBrindleDlg::DeleteSelectedBlock() {
     if (!container || !block || block->parent != container) return;
     const std::u16string folderName = container->name.str();
     const std::u16string blockName = block->name.str();
-    const std::u16string folderId = FolderIdByName(m_folderMap, folderName);
-    const std::u16string blockId = BlockIdByNames(m_folderMap, folderName, blockName);
+    const std::u16string folderId = FolderIdByName(m_collection.folderMap, folderName);
+    const std::u16string blockId = BlockIdByNames(m_collection.folderMap, folderName, blockName);
     if (folderId.empty() || blockId.empty()) return;
-    if (m_blockDeletePending) return;  // one request at a time
-    m_blockDeletePending = true;
+    if (m_collection.blockDeletePending) return;  // one request at a time
+    m_collection.blockDeletePending = true;
     if (CSkinButton* button = Button(ControlId::DeleteBlock)) button->setEnabled(false);
 
     const std::u16string token = userToken;
@@ -238,7 +220,7 @@ void CBrindleDlg::DeleteSelectedBlock() {
     const bool started = AskOnWorker<CollectionReply>(
         Handle(), [token, folderId, blockId] { return DeleteCollectedBlock(token, folderId, blockId); },
         [this, folderPath, blockPath, blockName](CollectionReply reply) {
-            m_blockDeletePending = false;
+            m_collection.blockDeletePending = false;
             if (CSkinButton* button = Button(ControlId::DeleteBlock)) button->setEnabled(true);
             const CollectionMessage shown = MessageForReply(CollectionRoad::BlockDeletion, reply);
             if (shown.kind == CollectionMessage::Tip) {
@@ -248,20 +230,14 @@ void CBrindleDlg::DeleteSelectedBlock() {
             BlockDeleted(folderPath, blockPath, blockName);
         });
     if (!started) {
-        m_blockDeletePending = false;
+        m_collection.blockDeletePending = false;
         if (CSkinButton* button = Button(ControlId::DeleteBlock)) button->setEnabled(true);
     }
 }
 
 void CBrindleDlg::BlockDeleted(const std::u16string& folderPath, const std::u16string& blockPath,
                                const std::u16string& blockName) {
-    for (auto& [id, folder] : m_folderMap) {
-        if (folder.path != folderPath) continue;
-        auto& blocks = folder.blocks;
-        blocks.erase(std::remove_if(blocks.begin(), blocks.end(),
-                                    [&](const CollectedBlock& b) { return b.filename == blockName; }),
-                     blocks.end());
-    }
+    m_collection.BlockDeleted(folderPath, blockName);
     (void)RemoveFile(blockPath);
     if (GalleryNode* folder = m_store && m_store->root ? FindNodeByPath(m_store->root, folderPath) : nullptr) {
         auto& files = folder->fileChildren;
@@ -314,15 +290,15 @@ void CBrindleDlg::OnCollectionBar(int id) {
 void CBrindleDlg::AskDeleteFolder(CSubclassButton* button) {
     // The button comes through a message: it must still be one of ours.
     if (!button || std::find(m_subclassBtns.begin(), m_subclassBtns.end(), button) == m_subclassBtns.end()) return;
-    if (!m_store || !m_store->root || m_folderDeletePending) return;
+    if (!m_store || !m_store->root || m_collection.folderDeletePending) return;
     const std::u16string path = button->data.toStdU16String();
     if (!FindNodeByPath(m_store->root, path)) return;
-    const CollectionFolder* folder = FolderByPath(m_folderMap, path);
+    const CollectionFolder* folder = FolderByPath(m_collection.folderMap, path);
     if (!folder) return;
     // The question, the request and the tips of a refusal belong to the run.
-    m_folderDeletePending = true;
+    m_collection.folderDeletePending = true;
     CDeleteFolderRun::Start(this, userToken, folder->id, [this](bool deleted) {
-        m_folderDeletePending = false;
+        m_collection.folderDeletePending = false;
         if (!deleted) return;
         // The collection opens again; its reload takes the folder's directory away.
         m_nav.targetClass = u"/" + std::u16string(kCollectionClass);

@@ -15,8 +15,6 @@
 
 namespace marrowfin {
 
-namespace {}  // namespace
-
 HandoverInput CBrindleDlg::HandoverOf() const {
     return {userId, userToken, m_store && m_store->root ? m_store->root->Path() : std::u16string()};
 }
@@ -51,31 +49,31 @@ void CBrindleDlg::ReplaceCloudButton() {
 }
 
 void CBrindleDlg::CloudSyncEnded(bool landed) {
-    if (landed) {
+    const HandoverEnd end = CollectionModel::CloudSyncEnded(landed);
+    if (end.settle) {
         (void)WriteOldCollectTip(u"1");  // a failed write asks again at the next opening
         m_nav.forceList = true;
         SelectClass(1, true);
         return;
     }
-    m_nav.syncStatus = 4;
+    m_nav.syncStatus = end.syncStatus;
     // The service hears that the transfer is over; its answer is not read.
     (void)StartPanelWorker([token = userToken] { EndCollectionTransfer(token); });
     LayoutStatusButtons();
 }
 
 void CBrindleDlg::PollCloudSync() {
-    if (m_syncPollPending) return;  // a slow answer is not asked for twice
-    m_syncPollPending = true;
+    if (!m_collection.BeginSyncPoll()) return;
     const bool started = AskOnWorker<int>(
         Handle(), [token = userToken] { return QuerySyncStatus(token); },
         [this](int status) {
-            m_syncPollPending = false;
-            if (status == SyncWorking) return;
+            const SyncPoll polled = m_collection.SyncPolled(status);
+            if (polled == SyncPoll::GoOn) return;
             KillTimer(Handle(), kTimerSyncPoll);
             (void)PostWindowMessage(Handle(), MsgPanelEvent,
-                                    status == SyncIdle ? PanelEvent::SyncDone : PanelEvent::SyncFailed, 0);
+                                    polled == SyncPoll::Landed ? PanelEvent::SyncDone : PanelEvent::SyncFailed, 0);
         });
-    if (!started) m_syncPollPending = false;
+    if (!started) m_collection.syncPollPending = false;
 }
 
 }  // namespace marrowfin

@@ -53,8 +53,7 @@ void CBrindleDlg::OpenTargetClass() {
 
     std::u16string target = m_nav.targetClass;
     if (target.find(kCollectionRoute) != std::u16string::npos) {
-        if (userId < 2 || userId != m_collectionUser) {
-            m_collectionUser = userId;
+        if (m_collection.TargetNeedsReload(userId)) {
             ReloadCollection([this](int reloaded) {
                 if (reloaded == 1 && userId >= 2) OpenTargetClass();
             });

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <mutex>
-#include <set>
 #include <shared_mutex>
 
 #include "net/download_queue.h"
@@ -28,13 +27,6 @@ namespace {
 // The host's boutique answers are cached; the cache is emptied when it holds more than this.
 constexpr size_t kBoutiqueCacheBound = 100;
 
-// Files the queue reported finished since they were last asked for: the
-// worker may not yet have left the running list when its message arrives.
-std::set<std::u16string>& ArrivedPaths() {
-    static std::set<std::u16string> paths;
-    return paths;
-}
-
 GalleryStore& StoreOf(CBrindleDlg& panel) { return panel.m_store ? *panel.m_store : GalleryStore::Instance(); }
 
 // The boutique mark a grid cell wears: on the recent list each block's own
@@ -52,19 +44,6 @@ bool ItemIsBoutique(CBrindleDlg& panel, int item) {
     for (const GalleryNode* gallery : store.root->dirChildren)
         if (gallery && gallery->name == name) return gallery->boutique;
     return false;
-}
-
-// A block goes to the host only when its whole file is on disk: not while the
-// queue still holds its path (that file is about to be written or replaced
-// under the host), and not when it is too small to be a block (an error page,
-// a cut transfer).
-bool BlockFileReady(GalleryStore& store, const std::u16string& path) {
-    {
-        std::lock_guard<std::mutex> lock(store.downloadLock);
-        for (const auto* list : {&store.downloadsWaiting, &store.downloadsRunning})
-            if (std::find(list->begin(), list->end(), path) != list->end()) return false;
-    }
-    return FileSize(path) >= kMinBlockFileSize;
 }
 
 }  // namespace
@@ -89,16 +68,16 @@ void WireThumbList(CBrindleDlg& panel) {
     CDWGListView* list = panel.m_pThumbList;
     if (!list) return;
     CBrindleDlg* self = &panel;
-    list->isScanBusy = [self] { return self->m_thumbScanBusy; };
+    list->isScanBusy = [self] { return self->m_thumbs.scanBusy; };
     list->isBoutique = [self](int item) { return ItemIsBoutique(*self, item); };
+    // The worker may not yet have left the store's running list when its message arrives.
     list->isArriving = [self](const std::u16string& path) {
-        if (ArrivedPaths().count(path)) return false;
         GalleryStore& store = StoreOf(*self);
         std::lock_guard<std::mutex> lock(store.downloadLock);
         auto holds = [&path](const std::vector<std::u16string>& paths) {
             return std::find(paths.begin(), paths.end(), path) != paths.end();
         };
-        return holds(store.downloadsRunning) || holds(store.downloadsWaiting) || holds(self->m_thumbRunning);
+        return self->m_thumbs.Arriving(path, holds(store.downloadsRunning) || holds(store.downloadsWaiting));
     };
     list->tileAtZero = [self](QImage* picture, QString* name) {
         AdTile tile;
@@ -109,9 +88,7 @@ void WireThumbList(CBrindleDlg& panel) {
 }
 
 void QueueThumbCheck(CBrindleDlg& panel, std::intptr_t item) {
-    const int index = static_cast<int>(item);
-    if (std::find(panel.m_thumbsToCheck.begin(), panel.m_thumbsToCheck.end(), index) == panel.m_thumbsToCheck.end())
-        panel.m_thumbsToCheck.push_back(index);
+    panel.m_thumbs.Report(static_cast<int>(item));
     // A burst of reports while scrolling ends in one request, 500 ms after the last.
     (void)SetTimer(panel.Handle(), kTimerThumbRequest, kThumbRequestMs);
 }
@@ -119,10 +96,8 @@ void QueueThumbCheck(CBrindleDlg& panel, std::intptr_t item) {
 void RequestVisibleThumbs(CBrindleDlg& panel) {
     KillTimer(panel.Handle(), kTimerThumbRequest);
     CDWGListView* list = panel.m_pThumbList;
-    panel.m_thumbScanBusy = true;
-    std::vector<int> items = panel.m_thumbsToCheck;
-    std::sort(items.begin(), items.end());
-    for (int item : items) {
+    panel.m_thumbs.scanBusy = true;
+    for (int item : panel.m_thumbs.TakeReported()) {
         if (!list || item < 0 || item >= list->GetItemCount()) continue;
         const QRect cell = list->ItemRect(item);
         const bool visible = cell.isEmpty() || !(cell.bottom() < 0 || cell.top() >= list->height());
@@ -130,23 +105,18 @@ void RequestVisibleThumbs(CBrindleDlg& panel) {
         if (!visible || path.empty()) continue;
         if (panel.m_nav.classIndex == 1) {
             // The collections fetch their own thumbnails (events 1 to 3).
-            if (std::find(panel.m_thumbWaiting.begin(), panel.m_thumbWaiting.end(), path) ==
-                panel.m_thumbWaiting.end()) {
-                panel.m_thumbWaiting.push_back(path);
+            if (panel.m_thumbs.Wait(path))
                 (void)PostWindowMessage(panel.Handle(), MsgPanelEvent, PanelEvent::NextThumb, 0);
-            }
         } else {
-            ArrivedPaths().erase(path);
+            panel.m_thumbs.Asked(path);
             EnqueueDownload(StoreOf(panel), path);
         }
     }
-    panel.m_thumbsToCheck.clear();
-    panel.m_thumbScanBusy = false;
+    panel.m_thumbs.scanBusy = false;
 }
 
 void ThumbFileReady(CBrindleDlg& panel, const std::u16string& path) {
-    if (ArrivedPaths().size() > 4096) ArrivedPaths().clear();  // a long session's bound
-    ArrivedPaths().insert(path);
+    panel.m_thumbs.Arrived(path);
     CDWGListView* list = panel.m_pThumbList;
     if (!list) return;
     for (int item = 0; item < list->GetItemCount(); ++item) {
@@ -160,8 +130,7 @@ void ThumbFileReady(CBrindleDlg& panel, const std::u16string& path) {
 void ThumbDownloadEnded(CBrindleDlg& panel, bool succeeded, const std::u16string& path) {
     (void)PostWindowMessage(panel.Handle(), MsgPanelEvent, PanelEvent::NextThumb, 0);
     if (succeeded) ThumbFileReady(panel, path);
-    auto& running = panel.m_thumbRunning;
-    running.erase(std::remove(running.begin(), running.end(), path), running.end());
+    panel.m_thumbs.Ended(path);
 }
 
 void ActivateBlock(CBrindleDlg& panel, std::intptr_t item) {
@@ -189,7 +158,7 @@ void ActivateBlock(CBrindleDlg& panel, std::intptr_t item) {
                       QStringLiteral("确定"), QStringLiteral("取消"));
         (void)tip.DoModal();
         // Asked for through the grid's road unless the collections' own queue holds files.
-        if (panel.m_thumbWaiting.empty()) QueueThumbCheck(panel, item);
+        if (panel.m_thumbs.waiting.empty()) QueueThumbCheck(panel, item);
         return;
     }
 

@@ -30,8 +30,9 @@ TEST(NavigationRender, BrowseAndSearchRoadsAtRatesOneAndOneAndAHalf) {
         auto looks = [&](const std::string& name) {
             Pump(30);
             // The mirror's files are asked for and fail (the service has none): the cells settle.
-            (void)PumpUntil(
-                [&] { return !IsTimerRunning(p.Handle(), kTimerThumbRequest) && p.m_thumbWaiting.empty() && p.m_thumbRunning.empty(); });
+            (void)PumpUntil([&] {
+                return !IsTimerRunning(p.Handle(), kTimerThumbRequest) && p.m_thumbs.waiting.empty() && p.m_thumbs.running.empty();
+            });
             return MatchesReference(p.grab().toImage(), "panel/navigation", name + at);
         };
         EXPECT_TRUE(looks("recent"));  // the start page; the boutique gallery's row is marked
