@@ -1,9 +1,11 @@
 #pragma once
 // CBrindleDlg: the floating gallery panel. One instance per process, made by
 // the first export that needs it and never destroyed while the host runs;
-// closing only hides it. It owns every widget of the gallery, applies and
-// paints the navigation model's state (m_nav) and is the one place where
-// workers report back (by posted window messages).
+// closing only hides it. It owns every widget of the gallery and is the one
+// place where workers report back (by posted window messages). Its state is
+// held by plain models that decide without widgets: navigation (m_nav), the
+// search pages (m_search), the collection (m_collection) and the thumbnail
+// queue (m_thumbs); the panel applies their answers and paints them.
 //
 // Where the members live:
 //   brindle_dlg.cpp          construction, Create, OnInitDialog, message dispatch
