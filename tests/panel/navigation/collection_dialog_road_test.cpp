@@ -166,31 +166,14 @@ TEST(CollectionDialogRoad, FoldersMadeRenamedAndDeletedFromTheBarAndTheirMenus) 
         return PumpUntil([&] { return p.m_nav.curClassPath == mine + u"/" + folder && !p.CollectionBusy(); }) && w.WaitForSwitch();
     };
 
-    // "新建文件夹" offers the first gap and opens the new folder.
+    // "新建文件夹" (its offered name: the dialogs' test) opens the new folder.
     w.ClickButton(ControlId::NewFolder, 400);
     auto* made = DialogOf<CNewFolderDlg>(p);
     ASSERT_TRUE(made);
-    EXPECT_EQ(made->NameEdit()->text(), "收藏夹2");
     Key(made->NameEdit(), Qt::Key_Return);
     ASSERT_TRUE(opened(u"收藏夹2"));
     EXPECT_TRUE(users.folderByName(8, "收藏夹2") && DirectoryExists(mine + u"/收藏夹2"));
     EXPECT_EQ(w.FolderButtons(), (Texts{"收藏夹1", "收藏夹3", "收藏夹2"}));
-    // On a slow line the user opens a folder before the list is read again:
-    // the answer leaves him there rather than jumping to the new folder.
-    w.service.faults().set("/gallery/get_u_f", {.latencyMs = 400});
-    w.ClickButton(ControlId::NewFolder, 400);
-    Key(DialogOf<CNewFolderDlg>(p)->NameEdit(), Qt::Key_Return);
-    ASSERT_TRUE(PumpUntil([&] { return p.CollectionBusy(); }));
-    for (CSubclassButton* button : p.m_subclassBtns)
-        if (w.Shown(button) && button->text() == "收藏夹1") Click(button, button->rect().center());
-    ASSERT_TRUE(PumpUntil([&] { return !p.CollectionBusy(); }, 5000));
-    Pump(200);
-    EXPECT_EQ(p.m_nav.curClassPath, mine + u"/收藏夹1");
-    w.service.faults().set("/gallery/get_u_f", {});
-    ButtonMenu(w, "收藏夹4", "删除");
-    EXPECT_TRUE(AnswerTips(ModalTip, {{"确定要删除该收藏夹所有图块么？", 1}}));
-    ASSERT_TRUE(PumpUntil([&] { return !users.folderByName(8, "收藏夹4") && !p.CollectionBusy(); }));
-    ASSERT_TRUE(w.WaitForSwitch());
 
     // "重命名" of a folder with a block: the directory, the button and the map follow.
     EXPECT_EQ(ButtonMenu(w, "收藏夹3", "重命名", "folder_menu_1.0"), (Texts{"重命名", "删除"}));
@@ -279,11 +262,8 @@ TEST(CollectionDialogRoad, CollectsFromAGalleryMenuAndFromASearchRow) {
 
     // A search row's "收藏": the row's file goes in; "关闭" marks the row.
     p.GoToPage(PageSearch);
-    BlockRow row;
-    row.name = QStringLiteral("Door.DWG");
-    row.path = QString::fromStdU16String(blocks[2]->Path());
-    row.state = RowFetched;
-    p.m_search.rows = {row};
+    p.m_search.rows = {BlockRow{.name = QStringLiteral("Door.DWG"), .klass = {}, .subclass = {}, .url = {},
+                                .path = QString::fromStdU16String(blocks[2]->Path()), .thumbnail = {}, .state = RowFetched}};
     p.m_searchList->show();
     (void)PostWindowMessage(p.Handle(), MsgPanelCommand, 10, 0);
     collect = DialogOf<CCollectiondlg>(p);

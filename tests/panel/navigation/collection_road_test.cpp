@@ -69,10 +69,7 @@ TEST(CollectionRoad, FoldersBlocksAndFilesFollowTheServiceForEachUser) {
         Pump(30);
     };
     select(1);
-    service::Fault refused;
-    refused.status = 200;  // answered without being carried out
-    refused.body = "error";
-    w.service.faults().set("/gallery/dwg_collect", refused);
+    w.service.faults().set("/gallery/dwg_collect", {.status = 200, .body = "error"});  // answered without being carried out
     w.ClickButton(ControlId::DeleteBlock);
     ASSERT_TRUE(PumpUntil([&] { return tips.seen == 1; }));
     EXPECT_TRUE(FileExists(mine + u"/螺栓/膨胀螺栓.dwg") && p.m_pThumbList->GetItemCount() == 2);
@@ -107,9 +104,7 @@ TEST(CollectionRoad, FoldersBlocksAndFilesFollowTheServiceForEachUser) {
     // back to the gallery he came from; "重试" on the page keeps the page.
     const int gallery = w.RowOf(hardware->name);
     ASSERT_TRUE(w.OpenRow(gallery));
-    service::Fault gone;
-    gone.drop = true;
-    w.service.faults().set("/gallery/get_u_collect", gone);
+    w.service.faults().set("/gallery/get_u_collect", {.drop = true});
     ASSERT_TRUE(w.OpenRow(1));
     EXPECT_EQ(std::make_pair(p.m_nav.classIndex, p.m_nav.page), std::make_pair(gallery, int(PageBrowse)));
     p.m_nav.classIndex = 1;
@@ -166,10 +161,7 @@ TEST(CollectionRoad, AnOldCollectionIsHandedOverOnceAndAskedAboutWhenTheCloudHol
     ASSERT_TRUE(w.OpenRow(0));
     ASSERT_TRUE(w.OpenRow(1));
     ASSERT_TRUE(w.ButtonShown(ControlId::ReplaceCloud));
-    service::Fault refused;
-    refused.status = 200;
-    refused.body = "refused";
-    w.service.faults().set("/gallery/lfupload", refused);
+    w.service.faults().set("/gallery/lfupload", {.status = 200, .body = "refused"});
     const long ended = w.service.counters().get("/gallery/lfupload_end").count;
     w.ClickButton(ControlId::ReplaceCloud, 400);
     EXPECT_EQ(p.m_nav.syncStatus, 2);

@@ -76,11 +76,7 @@ TEST(Routes, RoutesTheCollectionsRowTheHostButtonsTheCommandsAndTheShowList) {
     EXPECT_TRUE(enabled && !p.m_collectionBtns[2]->isEnabled());
     // 23: a result row's class link opens its class and selects the block.
     p.m_search.rows = {BlockRow{.name = QString::fromStdU16String(g2->dirChildren[2]->fileChildren[3]->name),
-                                .klass = QStringLiteral("家具"),
-                                .subclass = QStringLiteral("类C"),
-                                .url = {},
-                                .path = {},
-                                .thumbnail = {}}};
+                                .klass = QStringLiteral("家具"), .subclass = QStringLiteral("类C"), .url = {}, .path = {}, .thumbnail = {}}};
     command(23, 1);  // no such row
     EXPECT_FALSE(IsTimerRunning(p.Handle(), kTimerClassSwitch));
     ShiftTicksForTest(400);

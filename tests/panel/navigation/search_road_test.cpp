@@ -92,9 +92,7 @@ TEST(LiveSearch, RowsInViewFetchQuietlyUseFetchesFirstAndFailuresShowOnTheRow) {
     EXPECT_TRUE(QString::fromStdU16String(inserts[0].text) == p.m_search.rows[0].path && p.isVisible());  // YL: the panel stays
 
     // A refused download fails visibly, leaves no file, and the row comes back after three seconds.
-    service::Fault refused;
-    refused.status = 500;
-    w.service.faults().set("/files/*", refused);
+    w.service.faults().set("/files/*", {.status = 500});
     w.Use(1);
     ASSERT_TRUE(PumpUntil([&] { return p.m_search.rows[1].state == RowFailed; }));
     EXPECT_FALSE(PathExists(p.m_search.rows[1].path.toStdU16String()));
@@ -124,14 +122,11 @@ TEST(LiveSearch, TheSameTextAsksOnceTheBoxRemembersItAndTheStoreAnswersWhenTheSe
         return all;
     };
 
-    service::Fault slow;
-    slow.latencyMs = 1500;
-    slow.remaining = 1;
     // The same text again while its run is under way sends no second request; the box's
     // placeholder keeps the service's word when the options say so.
     g_defaultHotWord = QStringLiteral("门");
     WriteOptionInt(u"GalDefSearch", 1);
-    w.service.faults().set("/gallery/search_g", slow);
+    w.service.faults().set("/gallery/search_g", {.latencyMs = 1500, .remaining = 1});
     w.Search(QStringLiteral("_003"));
     w.Search(QStringLiteral("_003"));
     ASSERT_TRUE(w.WaitForRows());
@@ -147,10 +142,7 @@ TEST(LiveSearch, TheSameTextAsksOnceTheBoxRemembersItAndTheStoreAnswersWhenTheSe
     EXPECT_EQ(names(), QStringList({QStringLiteral("类A_1.dwg")}));
 
     // The service down, slower than the quiet time: the store's own blocks answer.
-    service::Fault down;
-    down.status = 500;
-    down.latencyMs = 600;
-    w.service.faults().set("/gallery/search_g", down);
+    w.service.faults().set("/gallery/search_g", {.latencyMs = 600, .status = 500});
     w.Search(QStringLiteral("类B"));
     ASSERT_TRUE(PumpUntil([&] { return p.m_search.searchState == 0 && w.Shown(p.m_searchList); }, 5000));
     EXPECT_EQ(names(), QStringList({QStringLiteral("类B_0.dwg"), QStringLiteral("类B_1.dwg"), QStringLiteral("类B_2.dwg")}));

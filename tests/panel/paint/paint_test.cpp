@@ -2,23 +2,19 @@
 // empty and waiting states, the status line and result rows in every state, as
 // sheets of scenes compared against reference pictures (class rows are seen in
 // the class column's own); and its arithmetic as values: where a highlighted
-// text is cut, the row's name and class line, where the status line's hint
-// fits, a squeezed window.
+// text is cut, the row's name and class line, a squeezed window.
 
 #include <QFontMetrics>
 #include <QPainter>
-#include <QTemporaryDir>
 
 #include "panel/model/block_row.h"
 #include "panel/model/panel_page.h"
 #include "panel/paint/highlight_text.h"
-#include "panel/paint/panel_colours.h"
 #include "panel/paint/panel_draw.h"
 #include "panel/paint/panel_painter.h"
 #include "skin/skin_fonts.h"
 #include "skin/skin_test_util.h"
 #include "support/reference_picture.h"
-#include "support/test_paths.h"
 
 namespace marrowfin::test {
 namespace {
@@ -62,11 +58,7 @@ PanelPaintState Browse(int classIndex, int itemCount, int syncStatus = -1) {
 }
 
 PanelPaintState Search(int page, int searchState, int rows, bool ended = false, bool untouched = false) {
-    return {.page = page,
-            .searchUntouched = untouched,
-            .searchState = searchState,
-            .rowCount = rows,
-            .searchEnded = ended,
+    return {.page = page, .searchUntouched = untouched, .searchState = searchState, .rowCount = rows, .searchEnded = ended,
             .defaultHotWord = QStringLiteral("门窗")};
 }
 
@@ -115,15 +107,8 @@ TEST_P(PaintScenes, ResultRowsInEveryState) {
     // Each row: its state (a state with a file on disk shows placeholder A, else B), its look, and a change.
     std::vector<std::pair<BlockRow, SearchRowLook>> rows;
     auto add = [&](int state, SearchRowLook look = {}, const std::function<void(BlockRow&)>& change = {}) {
-        BlockRow row{.name = QStringLiteral("平开门M1021.dwg"),
-                     .klass = QStringLiteral("建筑"),
-                     .subclass = QStringLiteral("门窗..平开门"),
-                     .url = {},
-                     .path = QStringLiteral("/x/block.dwg"),
-                     .thumbnail = {},
-                     .prefetch = false,
-                     .state = state,
-                     .percent = 40};
+        BlockRow row{.name = QStringLiteral("平开门M1021.dwg"), .klass = QStringLiteral("建筑"), .subclass = QStringLiteral("门窗..平开门"),
+                     .url = {}, .path = QStringLiteral("/x/block.dwg"), .thumbnail = {}, .prefetch = false, .state = state, .percent = 40};
         if (change) change(row);
         rows.push_back({row, look});
     };
@@ -189,29 +174,14 @@ TEST(ResultRowRules, NameAndClassLine) {
     }
 }
 
-TEST(StatusLineRules, HintPlaceAndASqueezedWindow) {
-    // The double-click hint stays at 588 units while it fits, else it ends 5 units inside the frame, never left of 530.
-    for (float rate : {1.0f, 1.5f}) {
-        UseRate(rate);
-        const QString hint = QStringLiteral("注：双击缩略图快速插入图块");
-        const int fits = ScaleUnits(588) + QFontMetrics(Font(SkinFont::Bold)).horizontalAdvance(hint) + ScaleUnits(5) + 1;
-        auto left = [](int width) { return DoubleClickHintRect(QSize(width, ScaleUnits(454))).left(); };
-        EXPECT_EQ(std::make_tuple(left(fits), left(fits - 1), left(300)),
-                  std::make_tuple(ScaleUnits(588), ScaleUnits(588) - 1, ScaleUnits(530)))
-            << rate;
-    }
-    // A window squeezed to almost nothing gets its frame and paints nothing outside it.
+TEST(PanelPaintRules, ASqueezedWindowGetsItsFrameAndPaintsNothingOutsideIt) {
     UseRate(1.0f);
-    QImage tiny = Painted(
-        QSize(6, 6), [](QPainter& p) { PaintPanel(p, QSize(3, 3), {}); }, Qt::black);
+    const auto nothing = [](QPainter&) {};
+    QImage tiny = Painted(QSize(6, 6), [](QPainter& p) { PaintPanel(p, QSize(3, 3), {}); }, Qt::black);
     EXPECT_NE(tiny.pixelColor(1, 1), QColor(Qt::black));
     QPainter(&tiny).fillRect(0, 0, 3, 3, Qt::black);
-    EXPECT_EQ(tiny, Painted(
-                        QSize(6, 6), [](QPainter&) {}, Qt::black));
-    const QImage none = Painted(
-        QSize(4, 4), [](QPainter& p) { PaintPanel(p, QSize(0, 0), {}); }, Qt::black);
-    EXPECT_EQ(none, Painted(
-                        QSize(4, 4), [](QPainter&) {}, Qt::black));
+    EXPECT_EQ(tiny, Painted(QSize(6, 6), nothing, Qt::black));
+    EXPECT_EQ(Painted(QSize(4, 4), [](QPainter& p) { PaintPanel(p, QSize(0, 0), {}); }, Qt::black), Painted(QSize(4, 4), nothing, Qt::black));
 }
 
 }  // namespace

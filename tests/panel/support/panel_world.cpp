@@ -145,9 +145,7 @@ std::u16string PanelWorld::AddCollections(int user, const std::vector<std::u16st
         // Only the collections are served; every other request fails as
         // against a closed port, so the rest of the world stays offline.
         Serve(SampleLibrary());
-        service::Fault down;
-        down.status = 503;
-        service.faults().set("*", down);
+        service.faults().set("*", {.status = 503});
         for (const char* path :
              {"/gallery/get_u_collect", "/gallery/get_u_f", "/gallery/favorite", "/gallery/favorite_dwgs", "/gallery/dwg_collect",
               "/gallery/dwg_collectu", "/gallery/mvff", "/gallery/cdwgrn", "/gallery/lfstatu", "/ufiles/*"})
