@@ -28,9 +28,7 @@ void StartPanel(PanelWorld& w, float rate = 1.0f) {
     w.panel.reset();
     for (int g : {0, 2}) {
         if (w.root()->dirChildren.size() == 2) break;
-        GalleryNode* cls = w.AddClass(w.AddGallery({w.galleries[g], 1, 3}), u"空类", 0)->parent->dirChildren[0];
-        CreateDirectories(cls->Path());
-        for (GalleryNode* block : cls->fileChildren) WriteFileAtomic(block->Path(), std::string(2048, 'b'));
+        w.WriteBlockFiles(w.AddClass(w.AddGallery({w.galleries[g], 1, 3}), u"空类", 0)->parent->dirChildren[0], std::string(2048, 'b'));
     }
     w.MakePanel(true, rate);
     ASSERT_TRUE(WaitForPanelWorkers(std::chrono::seconds(10)));

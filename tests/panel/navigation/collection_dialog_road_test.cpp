@@ -217,11 +217,8 @@ TEST(CollectionDialogRoad, CollectsFromAGalleryMenuAndFromASearchRow) {
     PanelWorld w(SampleLibrary());
     GalleryNode* hardware = w.AddGallery({u"五金", 1, 3, 0, true});
     const std::u16string mine = w.AddCollections(9, {u"螺栓"}, 0);
-    std::string drawing;
-    ASSERT_TRUE(ReadWholeFile(Utf8ToUtf16(SharedDir() + "/testdata/dwg/bmp8_ac1015.dwg"), drawing));
     const std::vector<GalleryNode*>& blocks = hardware->dirChildren[0]->fileChildren;
-    CreateDirectories(hardware->dirChildren[0]->Path());
-    for (GalleryNode* block : blocks) ASSERT_TRUE(WriteFileAtomic(block->Path(), drawing));
+    w.WriteBlockFiles(hardware->dirChildren[0]);
     RecordingHost host;
     host.permission = 1;
     w.MakePanel();

@@ -164,12 +164,16 @@ std::u16string PanelWorld::AddCollections(int user, const std::vector<std::u16st
     return NumberedCollectionFolder(user);
 }
 
+void PanelWorld::WriteBlockFiles(const GalleryNode* node, const std::string& bytes) {
+    CreateDirectories(node->Path());
+    for (const GalleryNode* file : node->fileChildren) WriteFileAtomic(file->Path(), bytes);
+    for (const GalleryNode* dir : node->dirChildren) WriteBlockFiles(dir, bytes);
+}
+
 void PanelWorld::CollectDrawing(int user, const std::string& folder, const std::string& name) {
     const std::string dir = Utf16ToUtf8(StoreRoot()) + "/../upload";
     CreateDirectories(Utf8ToUtf16(dir));
-    std::string bytes;
-    ASSERT_TRUE(ReadWholeFile(Utf8ToUtf16(SharedDir() + "/testdata/dwg/bmp8_ac1015.dwg"), bytes));
-    ASSERT_TRUE(WriteFileAtomic(Utf8ToUtf16(dir + "/" + name), bytes));
+    ASSERT_TRUE(WriteFileAtomic(Utf8ToUtf16(dir + "/" + name), Drawing()));
     const auto found = service.users().folderByName(user, folder);
     ASSERT_TRUE(found.has_value()) << folder;
     const CollectionReply reply = CollectBlockFile(u"token-" + Utf8ToUtf16(std::to_string(user)), Utf8ToUtf16(std::to_string(found->id)),

@@ -126,6 +126,9 @@ struct GallerySpec {
     bool boutique = false;
 };
 
+// A real drawing with a preview.
+inline std::string Drawing() { return ReadBytes(SharedDir() + "/testdata/dwg/bmp8_ac1015.dwg"); }
+
 // A tree of the test's own: galleries, classes and blocks made by hand, the
 // panel made and shown offscreen by MakePanel.
 class PanelWorld : public PanelHarness {
@@ -146,6 +149,8 @@ public:
     // service: folders with blocks "<folder>_<n>.dwg". Without a library the
     // service is started to serve the collections alone. Returns the mirror.
     std::u16string AddCollections(int user, const std::vector<std::u16string>& folders, int blocksPerFolder);
+    // Every block under `node` gets a file, as if downloaded.
+    void WriteBlockFiles(const GalleryNode* node, const std::string& bytes = Drawing());
     // Uploads a real drawing into the user's folder as `name` through the
     // client's own call, so that the service also serves its file.
     void CollectDrawing(int user, const std::string& folder, const std::string& name);
