@@ -16,10 +16,7 @@ TEST(Routes, RoutesTheCollectionsRowTheHostButtonsTheCommandsAndTheShowList) {
     CBrindleDlg& p = *w.panel;
     p.hostWindow = HandleOf(&host);
     auto command = [&](std::uintptr_t code, std::intptr_t lParam) { SendWindowMessage(p.Handle(), MsgPanelCommand, code, lParam); };
-    auto routeTo = [&](const char16_t* route) {
-        p.OpenRoute(route);
-        return w.WaitForSwitch();
-    };
+    auto routeTo = [&](const char16_t* route) { return p.OpenRoute(route), w.WaitForSwitch(); };
     ASSERT_EQ(p.m_classList->GetItemCount(), 4);  // the collections have row 1 only
 
     // A class that is not in its gallery, and the collections without a user, open nothing.

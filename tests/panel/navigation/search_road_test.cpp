@@ -120,16 +120,14 @@ TEST(LiveSearch, TheSameTextAsksOnceTheBoxRemembersItAndTheStoreAnswersWhenTheSe
     w.Search(QStringLiteral("_003"));
     w.Search(QStringLiteral("_003"));
     ASSERT_TRUE(w.WaitForRows());
-    EXPECT_EQ(w.Served("/gallery/search_g"), 1);
-    EXPECT_EQ(g_defaultHotWord, QStringLiteral("门"));
+    EXPECT_EQ(std::make_pair(w.Served("/gallery/search_g"), g_defaultHotWord), std::make_pair(1L, QStringLiteral("门")));
 
     // Else it follows the last search. Blocks of the old local collection head the rows, even
     // when the service finds nothing.
     WriteOptionInt(u"GalDefSearch", 0);
     w.Search(QStringLiteral("类A_1"));
     ASSERT_TRUE(w.WaitForRows());
-    EXPECT_EQ(g_defaultHotWord, QStringLiteral("类A_1"));
-    EXPECT_EQ(names(), QStringList({QStringLiteral("类A_1.dwg")}));
+    EXPECT_EQ(std::make_pair(g_defaultHotWord, names()), std::make_pair(QStringLiteral("类A_1"), QStringList({QStringLiteral("类A_1.dwg")})));
 
     // The service down, slower than the quiet time: the store's own blocks answer.
     w.service.faults().set("/gallery/search_g", {.latencyMs = 600, .status = 500});
@@ -152,6 +150,5 @@ TEST(LiveSearch, AHotWordAddsItsClassAndOpensItWithoutSearching) {
     ASSERT_TRUE(PumpUntil([&] { return w.RowOf(w.galleries[1]) >= 0 && p.m_nav.classIndex == w.RowOf(w.galleries[1]); }, 5000));
     const std::vector<ShowItem> listed = ReadShowList(true);
     EXPECT_TRUE(std::any_of(listed.begin(), listed.end(), [&](const ShowItem& item) { return item.name == w.galleries[1]; }));
-    EXPECT_TRUE(p.m_nav.page == PageBrowse && !w.Shown(p.m_searchList) && !w.ButtonShown(4001));
-    EXPECT_EQ(w.Served("/gallery/search_g"), 0);
+    EXPECT_TRUE(p.m_nav.page == PageBrowse && !w.Shown(p.m_searchList) && !w.ButtonShown(4001) && w.Served("/gallery/search_g") == 0);
 }

@@ -53,8 +53,7 @@ protected:
 INSTANTIATE_TEST_SUITE_P(Rates, PaintScenes, ::testing::Values(1.0f, 1.5f));
 
 PanelPaintState Browse(int classIndex, int itemCount, int syncStatus = -1) {
-    return {
-        .page = classIndex == 1 ? PageCollection : PageBrowse, .classIndex = classIndex, .itemCount = itemCount, .syncStatus = syncStatus};
+    return {.page = classIndex == 1 ? PageCollection : PageBrowse, .classIndex = classIndex, .itemCount = itemCount, .syncStatus = syncStatus};
 }
 
 PanelPaintState Search(int page, int searchState, int rows, bool ended = false, bool untouched = false) {
@@ -121,17 +120,11 @@ TEST_P(PaintScenes, ResultRowsInEveryState) {
     add(RowFresh, {.selected = true, .key = {}});
     add(RowFailed, {.selected = true, .key = QStringLiteral("门")}, [](BlockRow& r) { r.boutique = true; });
     add(RowCollected, {}, [](BlockRow& r) { r.name = QString(60, QChar(0x95E8)); });
-    add(RowCollected, {}, [](BlockRow& r) {
-        r.name = QStringLiteral("plan.dw");  // not ".dwg": kept whole
-        r.subclass = QStringLiteral("a..b..c");
-    });
+    add(RowCollected, {}, [](BlockRow& r) { r.name = QStringLiteral("plan.dw"), r.subclass = QStringLiteral("a..b..c"); });  // not ".dwg": kept whole
     const QRect item(4, 6, ScaleUnits(740), ScaleUnits(60) + 1);
     std::vector<Scene> scenes;
     for (const auto& [row, look] : rows)
-        scenes.push_back([&, row, look](QPainter& p) {
-            p.fillRect(item, Qt::white);
-            DrawSearchRow(p, item, row, look);
-        });
+        scenes.push_back([&, row, look](QPainter& p) { p.fillRect(item, Qt::white), DrawSearchRow(p, item, row, look); });
     const QImage sheet = Sheet(QSize(ScaleUnits(740) + 12, ScaleUnits(60) + 14), scenes, 2);
     EXPECT_TRUE(MatchesReference(sheet, "panel/paint", At("result_rows")));
 }
@@ -162,16 +155,12 @@ TEST(ResultRowRules, NameAndClassLine) {
         row.subclass = QString::fromUtf8(subclass);
         EXPECT_EQ(RowClassLine(row), QString::fromUtf8(line)) << subclass;
     }
-    for (float rate : {1.0f, 1.5f}) {
-        UseRate(rate);
-        // The row answers the width of the class line it drew: the list's link ends there.
-        row.subclass = QStringLiteral("门窗..平开门");
-        row.name = QStringLiteral("门.dwg");
-        int width = 0;
-        Painted(QSize(ScaleUnits(760), ScaleUnits(70)),
-                [&](QPainter& p) { width = DrawSearchRow(p, QRect(0, 0, ScaleUnits(740), ScaleUnits(61)), row, {}); });
-        EXPECT_EQ(width, QFontMetrics(Font(SkinFont::Normal)).horizontalAdvance(QStringLiteral("建筑>平开门")));
-    }
+    // The row answers the width of the class line it drew, in the rate's font: the list's link ends there.
+    UseRate(1.5f);
+    row.subclass = QStringLiteral("门窗..平开门");
+    int width = 0;
+    Painted(QSize(ScaleUnits(760), ScaleUnits(70)), [&](QPainter& p) { width = DrawSearchRow(p, QRect(0, 0, ScaleUnits(740), ScaleUnits(61)), row, {}); });
+    EXPECT_EQ(width, QFontMetrics(Font(SkinFont::Normal)).horizontalAdvance(QStringLiteral("建筑>平开门")));
 }
 
 TEST(PanelPaintRules, ASqueezedWindowGetsItsFrameAndPaintsNothingOutsideIt) {
