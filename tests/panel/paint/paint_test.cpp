@@ -163,7 +163,7 @@ TEST(ResultRowRules, NameAndClassLine) {
     EXPECT_EQ(width, QFontMetrics(Font(SkinFont::Normal)).horizontalAdvance(QStringLiteral("建筑>平开门")));
 }
 
-TEST(PanelPaintRules, ASqueezedWindowGetsItsFrameAndPaintsNothingOutsideIt) {
+TEST(PanelPaintRules, ASqueezedWindowGetsItsFrameAndPaintsNothingOutsideItAndTheHintMovesLeft) {
     UseRate(1.0f);
     const auto nothing = [](QPainter&) {};
     QImage tiny = Painted(QSize(6, 6), [](QPainter& p) { PaintPanel(p, QSize(3, 3), {}); }, Qt::black);
@@ -171,6 +171,9 @@ TEST(PanelPaintRules, ASqueezedWindowGetsItsFrameAndPaintsNothingOutsideIt) {
     QPainter(&tiny).fillRect(0, 0, 3, 3, Qt::black);
     EXPECT_EQ(tiny, Painted(QSize(6, 6), nothing, Qt::black));
     EXPECT_EQ(Painted(QSize(4, 4), [](QPainter& p) { PaintPanel(p, QSize(0, 0), {}); }, Qt::black), Painted(QSize(4, 4), nothing, Qt::black));
+    // The double-click hint stands at 588 units where it fits; a window too narrow for it moves it left, never past 530.
+    auto hintLeft = [](int width) { return DoubleClickHintRect(QSize(width, ScaleUnits(454))).left(); };
+    EXPECT_EQ(std::make_pair(hintLeft(2000), hintLeft(300)), std::make_pair(ScaleUnits(588), ScaleUnits(530)));
 }
 
 }  // namespace
