@@ -80,8 +80,8 @@ TEST_F(HostLink, OrdersLocationsInsertionsAndTheBoutiqueQuestion) {
     panel->userToken = u"keep";
     for (uintptr_t unknown : {410u, 417u, 999u}) EXPECT_EQ(CopyData(unknown, u"5&^&x"), 0);
     EXPECT_EQ(std::tie(panel->userId, panel->userToken), std::make_tuple(9, std::u16string(u"keep")));
-    EXPECT_TRUE(CopyData(413, u"YL") == 0 && panel->showMode == u"YL");
-    EXPECT_TRUE(CopyData(413, nullptr) == 0 && panel->showMode.empty());  // a null text is the empty one
+    // A null text is the empty one.
+    EXPECT_TRUE(CopyData(413, u"YL") == 0 && panel->showMode == u"YL" && CopyData(413, nullptr) == 0 && panel->showMode.empty());
     EXPECT_TRUE(CopyData(415, u"t-415") == 0 && panel->userToken == u"t-415");
     // 416: split at the first separator; an empty number counts as 1; a huge
     // one saturates rather than wrapping; without the separator nothing changes.

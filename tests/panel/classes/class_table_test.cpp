@@ -3,13 +3,14 @@
 // marks against the table of the start of the run), and its requests.
 #include <gtest/gtest.h>
 
-#include "net/http_transport.h"
 #include "panel/classes/class_table_reader.h"
 #include "panel/classes/class_table_refresh.h"
 #include "platform/files.h"
 #include "platform/profile.h"
 #include "platform/text.h"
 #include "store/store_paths.h"
+#include "request_counters.h"
+#include "support/live_service.h"
 #include "support/temp_home.h"
 #include "support/test_paths.h"
 
@@ -62,8 +63,7 @@ TEST(ClassTable, ReadAndApplied) {
     read.generalKinds[u"099_旧"];  // a root restarts the tables
     const ClassTableVersions versions = ReadClassDocument(doc, read);
     // Numbers run across every sort; skipped sorts still use theirs.
-    EXPECT_EQ(Keys(read.generalKinds), (Names{u"001_全部", u"002_建筑"}));
-    EXPECT_EQ(Keys(read.boutiqueKinds), (Names{u"006_室内", u"007_全部"}));
+    EXPECT_EQ(std::make_pair(Keys(read.generalKinds), Keys(read.boutiqueKinds)), std::make_pair(Names{u"001_全部", u"002_建筑"}, Names{u"006_室内", u"007_全部"}));
     EXPECT_EQ(std::make_tuple(read.typeWord, read.showDesc, read.generalTitle + read.boutiqueTitle),
               std::make_tuple(std::u16string(u"挑图库"), true, std::u16string(u"通用精品")));
     // "全部" takes every item of its side; an item without a kind, or with one no sort names, is only there.
@@ -122,27 +122,15 @@ TEST(ClassTable, ReadAndApplied) {
 }
 
 TEST(ClassTable, SortWordOnTheWireAndHotWords) {
-    struct UrlStack : HttpStack {
-        std::string url;
-        bool PostForm(const std::string& u, const std::string&, std::string& response) override {
-            url = u;
-            response = "<root/>";
-            return true;
-        }
-        bool DownloadFile(const std::string&, const std::u16string&, WindowHandle, uint16_t) override { return false; }
-        bool UploadFile(const std::string&, const std::u16string&, const std::u16string&, std::string&, WindowHandle) override {
-            return false;
-        }
-    } stack;
     test::TempHome home;
-    InstallHttpStack(StackCurl, &stack);
+    test::LiveService service;
     // -1: the option absent.
     for (auto [option, sort] : {std::pair{-1, "def"}, {1, "hot"}, {2, "new"}, {0, "def"}, {5, ""}, {3, ""}}) {
         ASSERT_TRUE(option < 0 || WriteOptionInt(u"GalDefSort", option));
-        EXPECT_EQ(FetchClassTable(), u"<root/>");
-        EXPECT_TRUE(stack.url.ends_with(std::string("/gallery/selpageinfo?sort=") + sort)) << stack.url;
+        EXPECT_NE(FetchClassTable().find(u"<sort id="), std::u16string::npos);
+        const std::string line = service.handle.counters().get("/gallery/selpageinfo").last;
+        EXPECT_TRUE(line.ends_with(std::string("/gallery/selpageinfo?sort=") + sort)) << line;
     }
-    RestoreDefaultHttpStacks();
     EXPECT_EQ(ParseHotWords(u"<root><hot_words><item>a</item><item>b</item></hot_words><default>d</default></root>"),
               (Names{u"d", u"a", u"b"}));
     for (std::u16string_view broken : {u"", u"<root><hot_words>", u"<root/>"}) EXPECT_TRUE(ParseHotWords(broken).empty());

@@ -1,6 +1,6 @@
 // The panel's timers and messages: the hourly refresh rule, the one-shot
-// timers, payloads that must be freed, the collection status buttons and the
-// download percent of a result row.
+// timers, payloads that must be freed and the download percent of a result
+// row.
 
 #include "panel/dialog/hourly_refresh.h"
 #include "panel_world.h"
@@ -18,7 +18,7 @@ struct Tracked final : MessagePayload {
 
 }  // namespace
 
-TEST(PanelEvents, HourlyTimerWaitsAtBusyHoursOneShotTimersEndAndPayloadsAreFreed) {
+TEST(PanelEvents, HourlyTimerWaitsAtBusyHoursOneShotTimersEndPayloadsAreFreedAndProgressFindsItsRow) {
     // At 9, 10, 14 and 15 o'clock only a roll of 10 or less refreshes.
     for (int hour = 0; hour < 24; ++hour) {
         const bool busy = hour == 9 || hour == 10 || hour == 14 || hour == 15;
@@ -63,41 +63,13 @@ TEST(PanelEvents, HourlyTimerWaitsAtBusyHoursOneShotTimersEndAndPayloadsAreFreed
     EXPECT_EQ(freed, 3);
     // A copy-data message without a record is answered 0 (the records themselves are the host link's).
     EXPECT_EQ(SendWindowMessage(self, WM_COPYDATA_MESSAGE, 0, 0), 0);
-}
-
-TEST(PanelEvents, StatusEventsLayOutTheCollectionButtonsAndProgressMovesInSteps) {
-    SampleWorld world;
-    CBrindleDlg& panel = *world.panel;
-    const WindowHandle self = panel.Handle();
-    auto shown = [&] {
-        std::vector<int> ids;
-        for (int id : {2150, 2155, 2156, 2157})
-            if (!panel.Button(id)->isHidden()) ids.push_back(id);
-        for (CSkinButton* b : panel.m_collectionBtns)
-            if (!b->isHidden()) ids.push_back(b->ControlId());
-        return ids;
-    };
-    const std::vector<int> bar{2100, 2101, 2102, 2103, 2104, 2105};
-    // Class row, items shown, status posted, and the buttons that show (which
-    // status shows which: the navigation model's test; here the road to the buttons).
-    const std::tuple<int, int, int, std::vector<int>> steps[] = {{1, 0, 3, {2157}}, {1, 0, -2, {}}, {1, 3, -1, bar}};
-    for (const auto& [classIndex, itemCount, status, ids] : steps) {
-        panel.m_nav.classIndex = classIndex;
-        panel.m_nav.itemCount = itemCount;
-        SendWindowMessage(self, MsgPanelEvent, 5, status);  // it posts event 4
-        Pump(20);
-        EXPECT_EQ(shown(), ids) << "row " << classIndex << ", items " << itemCount << ", status " << status;
-    }
 
     // A download's report reaches its row by the high word of its id while the list shows (the
     // steps: the search model's test).
     panel.ShowPanel();
-    BlockRow row;
-    row.path = QStringLiteral("/tmp/阀门.dwg");
-    row.prefetch = false;
-    row.size = 1000;
-    panel.m_search.rows = {row};
-    ASSERT_TRUE(panel.m_activeDownloads->Begin(0x1234, KeyOf(row)));
+    panel.m_search.rows = {BlockRow{.name = {}, .klass = {}, .subclass = {}, .url = {}, .path = QStringLiteral("/tmp/阀门.dwg"),
+                                    .thumbnail = {}, .prefetch = false, .size = 1000}};
+    ASSERT_TRUE(panel.m_activeDownloads->Begin(0x1234, KeyOf(panel.m_search.rows[0])));
     SendWindowMessage(self, MsgProgress, std::uintptr_t{0x1234} << 16, 900);  // the list hidden
     panel.m_searchList->show();
     SendWindowMessage(self, MsgProgress, 0x1234, 900);

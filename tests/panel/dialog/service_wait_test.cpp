@@ -89,9 +89,6 @@ TEST(ServiceWait, FirstRunClassTableComesFromAWorkerBeforeTheWordsAndRefreshesKe
     EXPECT_EQ(std::make_tuple(count("/gallery/selpageinfo"), count("/gallery/gethotwords"), GetOptionInt(u"RequestNetwork", -7)),
               std::make_tuple(1L, 1L, -7));
 
-    // A gallery outside the tree is judged by the table: every third of the sample (the second first) is boutique.
-    EXPECT_FALSE(panel.IsBlkBoutique(StoreRoot() + u"/" + world.galleries.at(2) + u"/类/块.dwg") ||
-                 panel.IsBlkBoutique(StoreRoot() + u"/不存在/类/块.dwg"));
     EXPECT_FALSE(panel.m_generalKinds.empty());
     const std::string cached = ReadBytes(Utf16ToUtf8(ClassTablePath()));
 

@@ -56,24 +56,16 @@ struct GridWorld {
     }
     void Write(size_t item, Make kind) {
         static const std::string dwg = SharedDir() + "/testdata/dwg/";
-        static const std::string bytes[] = {ReadBytes(dwg + "bmp8_ac1015.dwg"),
-                                            ReadBytes(dwg + "png_ac1027.dwg"),
-                                            ReadBytes(dwg + "no_preview_ac1009.dwg"),
-                                            std::string(600, 'x'),
-                                            {}};
+        static const std::string bytes[] = {ReadBytes(dwg + "bmp8_ac1015.dwg"), ReadBytes(dwg + "png_ac1027.dwg"),
+                                            ReadBytes(dwg + "no_preview_ac1009.dwg"), std::string(600, 'x'), {}};
         ASSERT_GT(bytes[0].size(), 4096u) << "test drawings not found";
         if (kind != Make::Missing) WriteBytes(QString::fromStdU16String(paths[item]).toStdString(), bytes[int(kind)]);
     }
     // The items whose missing files were reported, each once, ascending.
     std::vector<int> Missing() {
         std::set<int> out;
-        for (const RecordedMessage& r : posted.Take()) {
-            if (r.message == MsgPanelEvent && r.wParam == 0) {
-                out.insert(int(r.lParam));
-            } else {
-                commands.push_back(r);
-            }
-        }
+        for (const RecordedMessage& r : posted.Take())
+            (r.message == MsgPanelEvent && r.wParam == 0) ? void(out.insert(int(r.lParam))) : commands.push_back(r);
         return {out.begin(), out.end()};
     }
     // Paints, waits for the previews this asked for, and paints what they brought.
@@ -82,9 +74,7 @@ struct GridWorld {
         EXPECT_TRUE(Settle()) << "previews still pending";
         view->repaint();
     }
-    bool Settle() {
-        return PumpUntil([this] { return !view->PreviewsPending(); }, 10000);
-    }
+    bool Settle() { return PumpUntil([this] { return !view->PreviewsPending(); }, 10000); }
 };
 
 using Ints = std::vector<int>;
@@ -107,10 +97,7 @@ TEST(DwgListView, ShownRangeLoadsPreviewsReportsMissingFilesAndKeepsStates) {
     const int reads = w.view->PreviewReads();
     EXPECT_EQ(reads, 2 * (last + 1) - 3);  // every present file once
     // A second look at the file without preview makes it final; loaded previews are not read again.
-    for (int look = 0; look < 2; ++look) {
-        w.view->RedrawItem(1);
-        w.Repaint();
-    }
+    for (int look = 0; look < 2; ++look) w.view->RedrawItem(1), w.Repaint();
     EXPECT_EQ(std::make_pair(state(1), w.view->PreviewReads()), std::make_pair(int(CDWGListView::kStateFinal), reads + 1));
     // While the owner scans, shown cells report nothing; scrolled in, the missing 25 reports.
     (void)w.Missing();
@@ -175,10 +162,7 @@ TEST(DwgListView, NamesFitCellsDrawInTheirStatesAndTheMouseAndKeysPost) {
         // What the mouse and keys post. A click selects (1) and tells the panel (22); a double click on the
         // picture inserts (3), on the label renames (4).
         using Posted = std::vector<RecordedMessage>;
-        auto commands = [&] {
-            (void)w.Missing();
-            return std::exchange(w.commands, {});
-        };
+        auto commands = [&] { return (void)w.Missing(), std::exchange(w.commands, {}); };
         EXPECT_EQ(commands(), (Posted{{MsgPanelCommand, 1, 4, {}}, {MsgPanelCommand, 22, 4, {}}}));
         auto has = [](const Posted& got, std::uintptr_t code) {
             return std::find(got.begin(), got.end(), RecordedMessage{MsgPanelCommand, code, 4, {}}) != got.end();
@@ -191,13 +175,11 @@ TEST(DwgListView, NamesFitCellsDrawInTheirStatesAndTheMouseAndKeysPost) {
         // Right clicks: a menu for tried items only; beside the items the selection clears quietly.
         for (int item : {2, 3, 0}) Click(w.view, w.view->IconRect(item).center(), Qt::RightButton);
         Click(w.view, QPoint(w.view->ItemRect(3).center().x(), w.view->ItemRect(7).bottom() + 20));
-        EXPECT_EQ(w.view->GetSelectedItem(), -1);
-        EXPECT_EQ(commands(), (Posted{{MsgPanelEvent, 8, 3, {}}, {MsgPanelEvent, 8, 0, {}}}));
+        EXPECT_EQ(std::make_pair(w.view->GetSelectedItem(), commands()), std::make_pair(-1, Posted{{MsgPanelEvent, 8, 3, {}}, {MsgPanelEvent, 8, 0, {}}}));
         // Keys move the selection and tell the owner; the edges hold.
         w.view->SetSelectedItem(0);
         for (Qt::Key key : {Qt::Key_Down, Qt::Key_Down, Qt::Key_Right}) Key(w.view, key);
-        EXPECT_EQ(w.view->GetSelectedItem(), 5);
-        EXPECT_EQ(commands(), (Posted{{MsgPanelCommand, 1, 4, {}}, {MsgPanelCommand, 1, 5, {}}}));
+        EXPECT_EQ(std::make_pair(w.view->GetSelectedItem(), commands()), std::make_pair(5, Posted{{MsgPanelCommand, 1, 4, {}}, {MsgPanelCommand, 1, 5, {}}}));
     }
     EXPECT_EQ(CDWGListView::TitleOf(u"/store/建筑/门.窗.dwg"), QStringLiteral("门.窗"));
 }

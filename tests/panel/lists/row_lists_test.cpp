@@ -28,12 +28,6 @@
 namespace marrowfin::test {
 namespace {
 
-// A plain window for the list, recording what the list posts to it.
-struct ListOwner {
-    QWidget window;
-    MessageRecorder posted{&window, /*consume*/ true};
-};
-
 QImage Grab(QWidget* w) { return w->grab().toImage().convertToFormat(QImage::Format_RGB32); }
 std::string AtRate(const char* name, float rate) { return name + std::string(rate == 1.0f ? "_1.0" : "_1.5"); }
 
@@ -41,32 +35,33 @@ TEST(ClassList, ClicksHoverScrollTipsAndLookAtTwoRates) {
     const char* const names[] = {"最近使用", "我的收藏", "建筑", "精品家具", "机械", "电气", "给排水", "暖通"};
     for (float rate : {1.0f, 1.5f}) {
         UseRate(rate);
-        ListOwner o;
-        o.window.resize(ScaleUnits(150), ScaleUnits(320));
-        auto* list = new CClassListCtrl(&o.window);
+        QWidget window;  // the list's owner, recording what the list posts to it
+        MessageRecorder posted{&window, /*consume*/ true};
+        window.resize(ScaleUnits(150), ScaleUnits(320));
+        auto* list = new CClassListCtrl(&window);
         list->setGeometry(1, ScaleUnits(12), ScaleUnits(132), ScaleUnits(295));
         for (int i = 0; i < 30; ++i) list->InsertItem(i, i == 8 ? QString(100, QChar(u'长')) : QString::fromUtf8(names[i % 8]));
         list->isBoutique = [](const QString& text) { return text.startsWith(QStringLiteral("精品")); };
-        ASSERT_TRUE(ShowExposed(&o.window));
+        ASSERT_TRUE(ShowExposed(&window));
         auto centre = [&](int row) { return list->RowRect(row).center(); };
         auto clicked = [](int row) { return std::vector<RecordedMessage>{{MsgPanelCommand, 21, row, {}}}; };
 
         // A click posts its row and selects nothing itself; a double click is one click; the last pixel
         // row belongs to its row; right of the column and the right button post nothing.
         Click(list, centre(3));
-        EXPECT_EQ(std::make_pair(o.posted.Take(), list->GetSelectedRow()), std::make_pair(clicked(3), -1));
+        EXPECT_EQ(std::make_pair(posted.Take(), list->GetSelectedRow()), std::make_pair(clicked(3), -1));
         Pump(QApplication::doubleClickInterval() + 50);
         Click(list, centre(2));  // a double click: the press, then the double-click event
         DoubleClick(list, centre(2));
         Pump(20);
-        EXPECT_EQ(o.posted.Take(), clicked(2));
+        EXPECT_EQ(posted.Take(), clicked(2));
         Pump(QApplication::doubleClickInterval() + 50);
         Click(list, QPoint(10, list->RowRect(4).bottom()));
         Click(list, QPoint(10, list->height() - 2));  // the cut row under the last whole one is hit where it shows
         EXPECT_FALSE(list->IsRowInClient(10));
         Click(list, QPoint(ScaleUnits(112) + 2, centre(1).y()));
         Click(list, centre(2), Qt::RightButton);
-        EXPECT_EQ(o.posted.Take(), (std::vector<RecordedMessage>{clicked(4)[0], clicked(10)[0]}));
+        EXPECT_EQ(posted.Take(), (std::vector<RecordedMessage>{clicked(4)[0], clicked(10)[0]}));
 
         // The selected boutique row in gold, the hovered row bold.
         list->SetSelectedRow(3);
@@ -76,7 +71,7 @@ TEST(ClassList, ClicksHoverScrollTipsAndLookAtTwoRates) {
         MoveTo(list, QPoint(ScaleUnits(120), centre(5).y()));
         const int rightOf = list->HoverRow();
         MoveTo(list, centre(5));
-        MoveAway(&o.window);
+        MoveAway(&window);
         EXPECT_EQ(std::make_pair(rightOf, list->HoverRow()), std::make_pair(-1, -1));
 
         // The tip shows the row's text, cut to 79 characters.
@@ -98,7 +93,7 @@ TEST(ClassList, ClicksHoverScrollTipsAndLookAtTwoRates) {
         EXPECT_EQ(list->FirstVisibleRow(), 15);
         Pump(QApplication::doubleClickInterval() + 50);
         Click(list, centre(17));
-        EXPECT_EQ(o.posted.Take(), clicked(17));
+        EXPECT_EQ(posted.Take(), clicked(17));
         // Inserting keeps the selection with its row; emptied, the list starts over.
         list->InsertItem(1, QStringLiteral("新"));
         EXPECT_EQ(list->GetSelectedRow(), 4);
@@ -108,16 +103,8 @@ TEST(ClassList, ClicksHoverScrollTipsAndLookAtTwoRates) {
 }
 
 BlockRow Row(const QString& name, int state) {
-    return {.name = name,
-            .klass = QStringLiteral("建筑"),
-            .subclass = QStringLiteral("门窗..平开门"),
-            .url = {},
-            .path = {},
-            .thumbnail = {},
-            .prefetch = false,
-            .boutique = false,
-            .state = state,
-            .percent = 40};
+    return {.name = name, .klass = QStringLiteral("建筑"), .subclass = QStringLiteral("门窗..平开门"), .url = {}, .path = {},
+            .thumbnail = {}, .prefetch = false, .boutique = false, .state = state, .percent = 40};
 }
 
 // The list's owner window: like the panel, it kills a row timer when it fires,

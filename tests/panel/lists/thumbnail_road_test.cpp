@@ -10,8 +10,6 @@ using namespace marrowfin::test;
 
 namespace {
 
-std::string PreviewDrawing() { return ReadBytes(SharedDir() + "/testdata/dwg/bmp8_ac1015.dwg"); }
-
 std::vector<std::u16string> PathsOf(const std::vector<GalleryNode*>& nodes) {
     std::vector<std::u16string> out;
     for (const GalleryNode* n : nodes) out.push_back(n ? n->Path() : u"");
@@ -67,8 +65,7 @@ TEST(ThumbnailRoad, ABurstOfReportsMakesOneRequestRunAndDoubleClickInsertsAndHea
     w.AddGallery({u"建筑", 2, 120});
     GalleryNode* gallery = w.AddGallery({u"机械", 2, 5});
     GalleryNode* cls = gallery->dirChildren[0];
-    ASSERT_TRUE(CreateDirectories(cls->Path()));
-    for (GalleryNode* block : cls->fileChildren) WriteFileAtomic(block->Path(), PreviewDrawing());
+    w.WriteBlockFiles(cls);
     const std::u16string p1 = cls->fileChildren[1]->Path(), p2 = cls->fileChildren[2]->Path();
     const std::u16string p3 = cls->fileChildren[3]->Path(), p4 = cls->fileChildren[4]->Path();
     w.AddRecent(p4);
@@ -125,8 +122,7 @@ TEST(ThumbnailRoad, ABurstOfReportsMakesOneRequestRunAndDoubleClickInsertsAndHea
         DoubleClickItem(list, 1);
         EXPECT_TRUE(tip.seen == 1 && tip.cancelShown);
     }
-    EXPECT_EQ(insertions().size(), 4u);
-    EXPECT_TRUE(PumpUntil([&] { return std::ranges::count(w.panel->m_thumbs.toCheck, 1) > 0; }, 2000));
+    EXPECT_TRUE(insertions().size() == 4u && PumpUntil([&] { return std::ranges::count(w.panel->m_thumbs.toCheck, 1) > 0; }, 2000));
     EXPECT_TRUE(IsTimerRunning(w.panel->Handle(), kTimerThumbRequest));
     // The host's window gone: nothing is sent and nothing moves.
     w.panel->hostWindow = 0;

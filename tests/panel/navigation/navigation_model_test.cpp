@@ -19,8 +19,7 @@ TEST(NavigationModel, SwitchTimingDampingPageMovesAndStatusButtons) {
                                  nav.AcceptSubclassPress(t + 352)}),
               (std::vector<bool>{true, false, true, false}));
     nav.ExemptNextSubclassPress();  // a switch's own opening
-    EXPECT_TRUE(nav.AcceptSubclassPress(t + 353));
-    EXPECT_FALSE(nav.AcceptSubclassPress(t + 400));
+    EXPECT_TRUE(nav.AcceptSubclassPress(t + 353) && !nav.AcceptSubclassPress(t + 400));
     // Search commands: 450 ticks, but the search and the host's search always run.
     EXPECT_EQ(
         (std::vector<bool>{nav.AcceptSearchCommand(ControlId::ClearSearch, 10), nav.AcceptSearchCommand(ControlId::SearchBack, 460),

@@ -53,10 +53,8 @@ TEST(NavigationRender, BrowseAndSearchRoadsAtRatesOneAndOneAndAHalf) {
             // The hot words go with the search.
             w.ClickButton(ControlId::Search);
             EXPECT_TRUE(p.m_searchEdit->text() == QStringLiteral("螺栓") && !w.ButtonShown(4000) && !w.ButtonShown(4017));
-            // "返回" right after it is damped; later it leaves the page with its
+            // "返回" (its damping: the model's test) leaves the page with its
             // rows and waiting downloads, and the class opens again as it was.
-            w.ClickButton(ControlId::SearchBack);
-            EXPECT_EQ(p.m_nav.page, PageSearch);
             p.m_search.rows.resize(3);
             p.m_search.downloadQueue[1] = BlockRow{};
             w.ClickButton(ControlId::SearchBack, 460);
@@ -78,15 +76,9 @@ TEST(NavigationRender, BrowseAndSearchRoadsAtRatesOneAndOneAndAHalf) {
         p.ShowHotWords(false);
         const QString drawing = QString::fromStdString(SharedDir() + "/testdata/dwg/bmp8_ac1015.dwg");
         for (const char* name : {"平开门M1021", "双开门", "推拉门", "旋转门", "卷帘门", "折叠门", "门套", "门槛"})
-            p.m_search.serverRows.push_back({.name = QString::fromUtf8(name) + ".dwg",
-                                             .klass = QStringLiteral("建筑"),
-                                             .subclass = QStringLiteral("门窗..平开门"),
-                                             .url = {},
-                                             .path = drawing + ".gone",
-                                             .thumbnail = {},
-                                             .thumbnailTried = true,
-                                             .prefetch = false,
-                                             .state = int(p.m_search.serverRows.size() % 6),
+            p.m_search.serverRows.push_back({.name = QString::fromUtf8(name) + ".dwg", .klass = QStringLiteral("建筑"),
+                                             .subclass = QStringLiteral("门窗..平开门"), .url = {}, .path = drawing + ".gone", .thumbnail = {},
+                                             .thumbnailTried = true, .prefetch = false, .state = int(p.m_search.serverRows.size() % 6),
                                              .percent = 40});
         p.m_search.serverRows[0].thumbnail = LoadDwgPreview(drawing);
         p.m_search.serverRows[1].boutique = true;
@@ -110,9 +102,7 @@ TEST(NavigationRender, BrowseAndSearchRoadsAtRatesOneAndOneAndAHalf) {
 
         // "搜索收藏": offline the page stays, empty, and an empty box stops
         // there: no default word. "返回" brings the collections back.
-        service::Fault offline;
-        offline.drop = true;
-        w.service.faults().set("/gallery/get_u_collect", offline);
+        w.service.faults().set("/gallery/get_u_collect", {.drop = true});
         w.ClickButton(ControlId::SearchCollection, 500);
         ASSERT_TRUE(PumpUntil([&] { return !p.m_search.collectionRowsPending; }));
         EXPECT_TRUE(p.m_search.collectionRows.empty() && looks("collection_search"));

@@ -13,10 +13,8 @@ TEST(LivePages, DownloadGalleryButtonTipsOnFailureAndFillsTheGalleryOnSuccess) {
     ASSERT_TRUE(w.OpenRow(2));
     ASSERT_TRUE(w.ButtonShown(ControlId::DownloadGallery));
 
-    service::Fault fault;
-    fault.status = 500;
-    fault.latencyMs = 300;  // the failure cannot come back inside the click's own event processing
-    w.service.faults().set("/gallery/g_all", fault);
+    // Slow: the failure cannot come back inside the click's own event processing.
+    w.service.faults().set("/gallery/g_all", {.latencyMs = 300, .status = 500});
     {
         TipWatcher watcher;
         w.ClickButton(ControlId::DownloadGallery);

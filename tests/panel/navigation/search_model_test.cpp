@@ -52,8 +52,7 @@ TEST(SearchModel, ASearchRunsOnceAndOnlyTheNewestOutcomeOnAnOpenPageCounts) {
     // Taken: the old collection's hits head the service's, staged until shown on a search page.
     EXPECT_EQ(s.TakeOutcome(2, 2, PageCollectionSearch, &found, old), SearchTaken::Staged);
     EXPECT_EQ(Look(s.serverRows), "窗旧:1 窗1:5 窗2:5");
-    EXPECT_TRUE(s.searchState == 0 && s.rows.empty() && !s.ShowStaged(PageBrowse));
-    EXPECT_TRUE(s.ShowStaged(PageSearch) && s.rows.size() == 3);
+    EXPECT_TRUE(s.searchState == 0 && s.rows.empty() && !s.ShowStaged(PageBrowse) && s.ShowStaged(PageSearch) && s.rows.size() == 3);
     // An answer without root lists nothing, not even the old collection.
     const SearchOutcome noRoot{SearchOutcome::NoRoot, found.hits};
     EXPECT_EQ(s.TakeOutcome(2, 2, PageSearch, &noRoot, old), SearchTaken::None);
@@ -65,9 +64,7 @@ TEST(SearchModel, ASearchRunsOnceAndOnlyTheNewestOutcomeOnAnOpenPageCounts) {
     EXPECT_EQ(s.TakeOutcome(3, 3, PageSearch, &failed, old), SearchTaken::Failed);
     EXPECT_TRUE(s.searchState == 2 && !s.SearchEnded(3) && s.LocalAfterFailure(3, 3) && !s.LocalAfterFailure(3, 4));
     s.EndRun(3);
-    EXPECT_TRUE(s.SearchEnded(3));
-    EXPECT_FALSE(s.BeginLocalSearch(false));
-    EXPECT_TRUE(!s.ListLocalHits({}) && s.rows.empty() && s.searchState == 3);
+    EXPECT_TRUE(s.SearchEnded(3) && !s.BeginLocalSearch(false) && !s.ListLocalHits({}) && s.rows.empty() && s.searchState == 3);
     s.LeavePage();
     EXPECT_FALSE(s.BeginLocalSearch(true));
 }
@@ -96,8 +93,7 @@ TEST(SearchModel, TheCollectionFilterWaitsForItsRowsFoldsCaseAndDropsAnswersOfAL
     EXPECT_TRUE(s.lastSearch == QStringLiteral("bolt") && s.rows.empty() && s.searchState == 0);
     EXPECT_FALSE(s.BeginCollectionFilter(QStringLiteral("bolt"), true));
     ASSERT_TRUE(s.BeginCollectionFilter(QStringLiteral("垫圈"), true));
-    EXPECT_FALSE(s.FilterCollection(onDisk));
-    EXPECT_TRUE(s.serverRows.empty() && s.searchState == 3);
+    EXPECT_TRUE(!s.FilterCollection(onDisk) && s.serverRows.empty() && s.searchState == 3);
     EXPECT_FALSE(s.BeginCollectionFilter(QStringLiteral("螺"), false));
 
     // Leaving while a load is on its way: no longer waiting, and its answer is dropped.

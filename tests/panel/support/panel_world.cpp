@@ -145,9 +145,7 @@ std::u16string PanelWorld::AddCollections(int user, const std::vector<std::u16st
         // Only the collections are served; every other request fails as
         // against a closed port, so the rest of the world stays offline.
         Serve(SampleLibrary());
-        service::Fault down;
-        down.status = 503;
-        service.faults().set("*", down);
+        service.faults().set("*", {.status = 503});
         for (const char* path :
              {"/gallery/get_u_collect", "/gallery/get_u_f", "/gallery/favorite", "/gallery/favorite_dwgs", "/gallery/dwg_collect",
               "/gallery/dwg_collectu", "/gallery/mvff", "/gallery/cdwgrn", "/gallery/lfstatu", "/ufiles/*"})
@@ -166,12 +164,16 @@ std::u16string PanelWorld::AddCollections(int user, const std::vector<std::u16st
     return NumberedCollectionFolder(user);
 }
 
+void PanelWorld::WriteBlockFiles(const GalleryNode* node, const std::string& bytes) {
+    CreateDirectories(node->Path());
+    for (const GalleryNode* file : node->fileChildren) WriteFileAtomic(file->Path(), bytes);
+    for (const GalleryNode* dir : node->dirChildren) WriteBlockFiles(dir, bytes);
+}
+
 void PanelWorld::CollectDrawing(int user, const std::string& folder, const std::string& name) {
     const std::string dir = Utf16ToUtf8(StoreRoot()) + "/../upload";
     CreateDirectories(Utf8ToUtf16(dir));
-    std::string bytes;
-    ASSERT_TRUE(ReadWholeFile(Utf8ToUtf16(SharedDir() + "/testdata/dwg/bmp8_ac1015.dwg"), bytes));
-    ASSERT_TRUE(WriteFileAtomic(Utf8ToUtf16(dir + "/" + name), bytes));
+    ASSERT_TRUE(WriteFileAtomic(Utf8ToUtf16(dir + "/" + name), Drawing()));
     const auto found = service.users().folderByName(user, folder);
     ASSERT_TRUE(found.has_value()) << folder;
     const CollectionReply reply = CollectBlockFile(u"token-" + Utf8ToUtf16(std::to_string(user)), Utf8ToUtf16(std::to_string(found->id)),

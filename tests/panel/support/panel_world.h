@@ -52,24 +52,15 @@ public:
     std::unique_ptr<CBrindleDlg> panel;
 
     // A click on a row of the class column; its posted command reaches the panel.
-    void ClickClassRow(int row) {
-        panel->m_classList->EnsureVisible(row);
-        Click(panel->m_classList, panel->m_classList->RowRect(row).center());
-    }
+    void ClickClassRow(int row) { panel->m_classList->EnsureVisible(row), Click(panel->m_classList, panel->m_classList->RowRect(row).center()); }
     // A click `laterMs` after the last one, as far as the damping clocks know.
     void ClickButton(int id, int laterMs = 0);
     // Waits until the class switch timer has run and nothing is pending.
     bool WaitForSwitch(int timeoutMs = 3000);
     // Clicks a row of the class column and waits for the switch.
-    bool OpenRow(int row) {
-        ClickClassRow(row);
-        return WaitForSwitch();
-    }
+    bool OpenRow(int row) { return ClickClassRow(row), WaitForSwitch(); }
     // The host has signed in `user` with the token "token-<user>".
-    void SignIn(int user) {
-        panel->userId = user;
-        panel->userToken = u"token-" + QString::number(user).toStdU16String();
-    }
+    void SignIn(int user) { panel->userId = user, panel->userToken = u"token-" + QString::number(user).toStdU16String(); }
     int RowOf(const std::u16string& text) const;
     int VisibleSubclassButtons() const {
         return int(std::count_if(panel->m_subclassBtns.begin(), panel->m_subclassBtns.end(), [this](QWidget* b) { return Shown(b); }));
@@ -126,6 +117,9 @@ struct GallerySpec {
     bool boutique = false;
 };
 
+// A real drawing with a preview.
+inline std::string Drawing() { return ReadBytes(SharedDir() + "/testdata/dwg/bmp8_ac1015.dwg"); }
+
 // A tree of the test's own: galleries, classes and blocks made by hand, the
 // panel made and shown offscreen by MakePanel.
 class PanelWorld : public PanelHarness {
@@ -146,6 +140,8 @@ public:
     // service: folders with blocks "<folder>_<n>.dwg". Without a library the
     // service is started to serve the collections alone. Returns the mirror.
     std::u16string AddCollections(int user, const std::vector<std::u16string>& folders, int blocksPerFolder);
+    // Every block under `node` gets a file, as if downloaded.
+    void WriteBlockFiles(const GalleryNode* node, const std::string& bytes = Drawing());
     // Uploads a real drawing into the user's folder as `name` through the
     // client's own call, so that the service also serves its file.
     void CollectDrawing(int user, const std::string& folder, const std::string& name);
@@ -165,11 +161,7 @@ struct TipWatcher : QTimer {
 };
 
 // A double click on a cell of the thumbnail list, brought into view first.
-inline void DoubleClickItem(CDWGListView* list, int item) {
-    list->EnsureVisible(item);
-    DoubleClick(list, list->IconRect(item).center());
-    Pump(30);
-}
+inline void DoubleClickItem(CDWGListView* list, int item) { list->EnsureVisible(item), DoubleClick(list, list->IconRect(item).center()), Pump(30); }
 
 // Frees the process-wide store's tree, so that a test starts with none.
 void ResetGalleryStore();

@@ -14,8 +14,7 @@ namespace marrowfin::demo {
 namespace {
 
 QString Dwg(const char* name) {
-    return QString::fromStdString(marrowfin::test::SharedDir()) + QStringLiteral("/testdata/dwg/") +
-           QString::fromLatin1(name);
+    return QString::fromStdString(marrowfin::test::SharedDir()) + QStringLiteral("/testdata/dwg/") + QString::fromLatin1(name);
 }
 
 TEST(HostWindow, AnInsertedBlockWaitsForAClickAndIsPlacedOnTheGrid) {
@@ -29,14 +28,11 @@ TEST(HostWindow, AnInsertedBlockWaitsForAClickAndIsPlacedOnTheGrid) {
     // An insertion as the panel posts it, owning its path.
     auto insert = [&window](uintptr_t code, const QString& path) {
         auto text = path.isNull() ? nullptr : std::make_unique<std::u16string>(path.toStdU16String());
-        QCoreApplication::postEvent(&window,
-                                    new MarrowfinHostEvent(MARROWFIN_GALLERY_HOST_REQUEST, code, 0, std::move(text)));
+        QCoreApplication::postEvent(&window, new MarrowfinHostEvent(MARROWFIN_GALLERY_HOST_REQUEST, code, 0, std::move(text)));
         QCoreApplication::processEvents();
     };
     DrawingSheet* sheet = window.sheet();
-    auto click = [sheet](QPoint at, Qt::MouseButton button = Qt::LeftButton) {
-        QTest::mouseClick(sheet, button, {}, at);
-    };
+    auto click = [sheet](QPoint at, Qt::MouseButton button = Qt::LeftButton) { QTest::mouseClick(sheet, button, {}, at); };
     // (A block of the real library waiting and placed by a click: the demo tour.)
     insert(MARROWFIN_REQUEST_INSERT_YL, Dwg("bmp8_ac1015.dwg"));
     click(QPoint(29, 31));  // snapped: 29 -> 20, 31 -> 40
