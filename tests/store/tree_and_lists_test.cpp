@@ -95,31 +95,16 @@ TEST_F(Tree, RenameAndRemove) {
     ASSERT_TRUE(RemoveChild(c, out));
     OwnedNode taken(out);
     EXPECT_EQ(taken->parent, nullptr);
-    const std::u16string r = rootPath;
-    EXPECT_EQ(DumpTree(taken.get()) + DumpTree(store.root), u"New|out.dwg|" + r +
-                                                                u"/G/New/out.dwg|file|http://h/c/out.dwg|0|2|h|-\n"
-                                                                u"|Orsolen|" +
-                                                                r +
-                                                                u"|dir||0|0|-|-\n"
-                                                                u"  Orsolen|G|" +
-                                                                r +
-                                                                u"/G|dir||0|0|-|-\n"
-                                                                u"    G|New|" +
-                                                                r +
-                                                                u"/G/New|dir|http://h/c|1|0|-|-\n"
-                                                                u"      C|z|" +
-                                                                r +
-                                                                u"/G/New/z.dwg|file|http://h/c/a.b.dwg|0|1|-|-\n"
-                                                                u"      C|noext|" +
-                                                                r +
-                                                                u"/G/New/noext|file||0|3|-|-\n"
-                                                                u"      C|S|" +
-                                                                r +
-                                                                u"/G/C/S|dir||0|0|-|-\n"
-                                                                u"        S|d.dwg|" +
-                                                                r +
-                                                                u"/G/C/S/d.dwg|file|/d.dwg|0|1|-|-\n"
-                                                                u"        x|file|/r/a.b/file|file||0|0|-|-\n");
+    EXPECT_EQ(RootAsR(DumpTree(taken.get()) + DumpTree(store.root), rootPath),
+              u"New|out.dwg|R/G/New/out.dwg|file|http://h/c/out.dwg|0|2|h|-\n"
+              u"|Orsolen|R|dir||0|0|-|-\n"
+              u"  Orsolen|G|R/G|dir||0|0|-|-\n"
+              u"    G|New|R/G/New|dir|http://h/c|1|0|-|-\n"
+              u"      C|z|R/G/New/z.dwg|file|http://h/c/a.b.dwg|0|1|-|-\n"
+              u"      C|noext|R/G/New/noext|file||0|3|-|-\n"
+              u"      C|S|R/G/C/S|dir||0|0|-|-\n"
+              u"        S|d.dwg|R/G/C/S/d.dwg|file|/d.dwg|0|1|-|-\n"
+              u"        x|file|/r/a.b/file|file||0|0|-|-\n");
 }
 
 // Node texts are deep copies that survive assignment from themselves; child arrays keep
