@@ -39,31 +39,17 @@ TEST(TextCodecs, Utf8ValidityRoundTripsAndLossLegacyCodePagesFoldingAndIntegers)
     bool lossy = true;
     EXPECT_TRUE(Utf8ToUtf16(Utf16ToUtf8(text, &lossy), &lossy) == text && !lossy);
     // Ill-formed input becomes one replacement per bad byte (overlong NUL, encoded surrogate) and is reported.
-    EXPECT_TRUE(Utf8ToUtf16("a\xFF"
-                            "b|\xE5\x9B|\xC0\x80|\xED\xA0\x80",
-                            &lossy) == u"a\uFFFDb|\uFFFD\uFFFD|\uFFFD\uFFFD|\uFFFD\uFFFD\uFFFD" &&
+    EXPECT_TRUE(Utf8ToUtf16("a\xFF\x62|\xE5\x9B|\xC0\x80|\xED\xA0\x80", &lossy) ==
+                    u"a\uFFFDb|\uFFFD\uFFFD|\uFFFD\uFFFD|\uFFFD\uFFFD\uFFFD" &&
                 lossy);
-    lossy = false;
-    EXPECT_TRUE(Utf16ToUtf8(std::u16string{u'a', char16_t(0xD800), u'b'}, &lossy) ==
-                    "a\xEF\xBF\xBD"
-                    "b" &&
-                lossy);  // a lone surrogate
+    lossy = false;  // a lone surrogate:
+    EXPECT_TRUE(Utf16ToUtf8(std::u16string{u'a', char16_t(0xD800), u'b'}, &lossy) == "a\xEF\xBF\xBD\x62" && lossy);
 
     // Legacy code pages round-trip through iconv; failures are reported.
-    const std::pair<uint32_t, std::u16string> cases[] = {
-        {936, u"图库门窗"},
-        {932, u"ドア窓"},
-        {1252, u"café €"},
-        {28595, u"Москва"},
-        {1200, u"图库 x"},
-        {1201, u"图库 x"},
-        // Stateful or holding back: the last character comes only when the input is closed.
-        {65000, u"café é"},
-        {50220, u"ドア窓"},
-        {1258, u"Việt ê"},
-        {37, u"EBCDIC"},
-        {51936, u"门窗"},
-    };
+    // Stateful or holding back (65000 on): the last character comes only when the input is closed.
+    const std::pair<uint32_t, std::u16string> cases[] = {{936, u"图库门窗"}, {932, u"ドア窓"},  {1252, u"café €"},  {28595, u"Москва"},
+                                                         {1200, u"图库 x"},  {1201, u"图库 x"}, {65000, u"café é"}, {50220, u"ドア窓"},
+                                                         {1258, u"Việt ê"},  {37, u"EBCDIC"},   {51936, u"门窗"}};
     for (const auto& [cp, text] : cases) {
         std::string bytes;
         std::u16string back;

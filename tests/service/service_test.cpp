@@ -11,9 +11,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
-#include <chrono>
 #include <filesystem>
-#include <functional>
 #include <map>
 #include <random>
 
@@ -30,7 +28,6 @@
 namespace fs = std::filesystem;
 using namespace marrowfin;
 using namespace marrowfin::test;
-using Clock = std::chrono::steady_clock;
 
 namespace {
 
@@ -97,41 +94,19 @@ TEST(ServiceTest, FaultSwitchesMalformedRequestsAndDamagedArchives) {
     const std::string path = "/gallery/selpageinfo";
     const std::string full = Raw(path).body;
     ASSERT_GT(full.size(), 100u);
-    const long size = static_cast<long>(full.size());
-    // The switch, and what a raw client sees with it (the answer, its time in ms).
-    const std::pair<const char*, std::function<void(const RawReply&, long)>> table[] = {
-        // Two requests in a row, then the counted fault has ended.
-        {"status=503&count=2",
-         [&](const RawReply& r, long) {
-             const int second = Raw(path).status;
-             EXPECT_EQ(std::make_tuple(503, 503, 200), std::make_tuple(r.status, second, Raw(path).status));
-         }},
-        {"empty=1", [](const RawReply& r,
-                       long) { EXPECT_EQ(std::make_tuple(200, 0L, std::string()), std::make_tuple(r.status, r.contentLength, r.body)); }},
-        {"body=error", [](const RawReply& r, long) { EXPECT_EQ("error", r.body); }},
-        // The head promises the whole body, and the connection ends after 40 bytes.
-        // An HTTP client sees a failure for these two.
-        {"truncate=40",
-         [&](const RawReply& r, long) {
-             EXPECT_EQ(std::make_tuple(size, full.substr(0, 40), false),
-                       std::make_tuple(r.contentLength, r.body, bool(Client().Get(path))));
-         }},
-        {"drop=1",
-         [&](const RawReply& r, long) { EXPECT_TRUE(r.connected && r.bytes.empty() && !Client().Get(path)) << "no byte of an answer"; }},
-        {"latency=300", [](const RawReply& r, long ms) { EXPECT_TRUE(r.status == 200 && ms >= 300) << ms; }},
-        // 1000 bytes a second: the whole body arrives, and not before its time.
-        {"drip=1000", [&](const RawReply& r, long ms) { EXPECT_TRUE(r.body == full && ms >= size - 100) << ms; }},
-        {"hold=200", [](const RawReply& r, long ms) { EXPECT_TRUE(r.status == 200 && ms >= 200) << ms; }},
-    };
-    for (const auto& [fault, check] : table) {
-        SCOPED_TRACE(fault);
-        ASSERT_EQ("ok", Admin("/admin/fault?path=" + path + "&" + fault));
-        const auto start = Clock::now();
+    // Set over HTTP, a raw client sees what an HTTP library smooths over: the head promises the
+    // whole body and the connection ends after 40 bytes, twice, then the counted fault has ended;
+    // a dropped answer has no byte at all. (How a client takes each switch: the transport's tests.)
+    ASSERT_EQ("ok", Admin("/admin/fault?path=" + path + "&truncate=40&count=2"));
+    for (int i = 0; i < 3; ++i) {
         const RawReply r = Raw(path);
-        check(r, long(std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start).count()));
-        Admin("/admin/clear?path=" + path);
-        EXPECT_EQ(full, Raw(path).body) << "cleared, and the server lives on";
+        EXPECT_EQ(std::make_pair(r.contentLength, r.body), std::make_pair(long(full.size()), i < 2 ? full.substr(0, 40) : full)) << i;
     }
+    ASSERT_EQ("ok", Admin("/admin/fault?path=" + path + "&drop=1"));
+    const RawReply dropped = Raw(path);
+    EXPECT_TRUE(dropped.connected && dropped.bytes.empty());
+    Admin("/admin/clear?path=" + path);
+    EXPECT_EQ(full, Raw(path).body) << "cleared, and the server lives on";
     // Bad switches are refused with a reason; admin requests are neither counted nor faulted.
     for (const char* bad : {"latency=abc", "bogus=1", "status=42", "hold=-1"})
         EXPECT_EQ(400, Client().Get(("/admin/fault?path=/x&" + std::string(bad)).c_str())->status) << bad;
