@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <tuple>
 
 #include "platform/ini_file.h"
@@ -206,33 +205,23 @@ TEST_F(Layout, VersionTipShowListAndTheMoveFromThePreviousGeneration) {
     const std::u16string old = Utf8ToUtf16(home.documentsDir()) + u"/Pellicor", flag = old + u"/version.ini";
     CreateDirectories(old);
     WriteBytes(Utf16ToUtf8(old + u"/Show.xml"), ShowXml({"Old"}));
-    // Each step: prepare, move, then the list here and the flag.
-    struct Step {
-        const char* what;
-        std::function<void()> prepare;
-        std::string list;
-        const char16_t* flag;
-    };
-    const Step steps[] = {
-        {"a list here: the old folder is not looked at", [&] { WriteBytes(Utf16ToUtf8(ShowListPath()), ShowXml({"New"})); },
-         ShowXml({"New"}), u""},
-        {"none here, flag unset: copied, flag set", [&] { RemoveFile(ShowListPath()); }, ShowXml({"Old"}), u"1"},
-        {"flag set: nothing copied", [&] { RemoveFile(ShowListPath()); }, "", u"1"},
-        {"no old list: the flag is set all the same", [&] { RemoveFile(flag), RemoveFile(old + u"/Show.xml"); }, "", u"1"},
-        {"no store folder: the copy makes it",
-         [&] {
-             RemoveDirectoryTree(StoreRoot()), RemoveFile(flag);
-             WriteBytes(Utf16ToUtf8(old + u"/Show.xml"), ShowXml({"Old"}));
-         },
-         ShowXml({"Old"}), u"1"},
-    };
-    for (const Step& step : steps) {
-        step.prepare();
+    // After each move: the list here and the flag.
+    auto moved = [&] {
         MoveFromPreviousGeneration();
-        EXPECT_EQ(std::make_pair(ReadBytes(Utf16ToUtf8(ShowListPath())), IniGetString(flag, u"BrindleMoved", u"flag", u"")),
-                  std::make_pair(step.list, std::u16string(step.flag)))
-            << step.what;
-    }
+        return std::make_pair(ReadBytes(Utf16ToUtf8(ShowListPath())), IniGetString(flag, u"BrindleMoved", u"flag", u""));
+    };
+    using Moved = std::pair<std::string, std::u16string>;
+    WriteBytes(Utf16ToUtf8(ShowListPath()), ShowXml({"New"}));  // a list here: the old folder is not looked at
+    EXPECT_EQ(moved(), Moved(ShowXml({"New"}), u""));
+    RemoveFile(ShowListPath());  // none here, flag unset: copied, flag set
+    EXPECT_EQ(moved(), Moved(ShowXml({"Old"}), u"1"));
+    RemoveFile(ShowListPath());  // flag set: nothing copied
+    EXPECT_EQ(moved(), Moved("", u"1"));
+    RemoveFile(flag), RemoveFile(old + u"/Show.xml");  // no old list: the flag is set all the same
+    EXPECT_EQ(moved(), Moved("", u"1"));
+    RemoveDirectoryTree(StoreRoot()), RemoveFile(flag);  // no store folder: the copy makes it
+    WriteBytes(Utf16ToUtf8(old + u"/Show.xml"), ShowXml({"Old"}));
+    EXPECT_EQ(moved(), Moved(ShowXml({"Old"}), u"1"));
     EXPECT_TRUE(FileExists(old + u"/Show.xml"));  // the old file stays
 }
 
