@@ -3,7 +3,6 @@
 // cursors, the scroll bars' zones and arithmetic, and the tip box's results.
 #include <gtest/gtest.h>
 
-#include <QFontInfo>
 #include <QPainter>
 #include <QTimer>
 #include <QtTest/QTest>
@@ -69,10 +68,8 @@ TEST(SkinScale, OptionScreenRuleBucketsTruncationFontsTextMeasureAndTheSheet) {
     for (const auto& [rate, height] : heights) EXPECT_EQ(FontHeightForRate(rate), height) << rate;
     // The faces in their cells are in the pictures; underlining is not.
     EXPECT_TRUE(Font(SkinFont::Underlined).underline());
-    // Without a CJK face every Chinese text of the module would be boxes.
+    // Without a CJK face every Chinese text of the module would be boxes (and the face in use is the pictures').
     ASSERT_TRUE(HasCjkFont()) << "no CJK font installed; family in use: " << SkinFontFamily().toStdString();
-    const QString family = QFontInfo(Font(SkinFont::Normal)).family();
-    EXPECT_TRUE(PreferredFontFamilies().contains(family, Qt::CaseInsensitive)) << family.toStdString();
 
     // Text is measured by GBK byte classes.
     SetSkinRateForTest(1.0f);
@@ -124,14 +121,12 @@ TEST(SkinButtons, HoverCursorAndTheTabsPosts) {
     EXPECT_EQ(std::make_tuple(b->hover, b->cursor().shape()), std::make_tuple(true, Qt::PointingHandCursor));
     test::MoveAway(&window);
     EXPECT_EQ(std::make_tuple(b->hover, b->cursor().shape()), std::make_tuple(false, Qt::ArrowCursor)) << "leaving clears the hover";
-    // A tab's double click and right click are posted to the parent, with the tab.
+    // A tab's double click is posted to the parent, with the tab (a right click's menu of that
+    // tab's folder: the panel's collection road).
     seen.Take();
     test::DoubleClick(tabs[1], QPoint(5, 5));
-    test::Press(tabs[0], QPoint(5, 5), Qt::RightButton);
-    test::Release(tabs[0], QPoint(5, 5), Qt::RightButton);
     EXPECT_TRUE(seen.records.empty()) << "posted, not sent";
-    EXPECT_EQ(seen.Take(), (std::vector<RecordedMessage>{{MsgPanelCommand, 2u, static_cast<std::intptr_t>(HandleOf(tabs[1])), {}},
-                                                         {MsgPanelEvent, 9u, static_cast<std::intptr_t>(HandleOf(tabs[0])), {}}}));
+    EXPECT_EQ(seen.Take(), (std::vector<RecordedMessage>{{MsgPanelCommand, 2u, static_cast<std::intptr_t>(HandleOf(tabs[1])), {}}}));
 }
 
 // A bar of `height` in a window that keeps the scroll messages.
