@@ -84,8 +84,7 @@ TEST(AdRefresh, FetchesOnlyWhatChangedAndKeepsTilesAndPicturesThroughFailures) {
     // A picture gone from the folder is fetched again, and only that one.
     answer("123/333");
     ASSERT_TRUE(RemoveFile(AdPicturePath(service.galleries[2])));
-    EXPECT_EQ(shown(RefreshAdTiles(tiles, u"ch 1", u"_2")), "on 1 u3 f1;on 2 u3 f3;off 3 u3 f3;");
-    EXPECT_EQ(service.Served("/ad/*"), 8);
+    EXPECT_TRUE(shown(RefreshAdTiles(tiles, u"ch 1", u"_2")) == "on 1 u3 f1;on 2 u3 f3;off 3 u3 f3;" && service.Served("/ad/*") == 8);
     std::u16string refused;  // the service insists on both keys
     EXPECT_FALSE(PostForm(ServiceBaseUrl() + u"/gallery/gad?type=ch", u"", refused));
 }

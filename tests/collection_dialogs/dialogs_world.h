@@ -55,11 +55,8 @@ Dialog* Opened(Dialog* dialog) {
 
 // Presses the button `id` with real input; the button, or null.
 inline CSkinButton* Press(QWidget* window, int id) {
-    for (CSkinButton* button : window->findChildren<CSkinButton*>()) {
-        if (button->ControlId() != id) continue;
-        Click(button, button->rect().center());
-        return button;
-    }
+    for (CSkinButton* button : window->findChildren<CSkinButton*>())
+        if (button->ControlId() == id) return Click(button, button->rect().center()), button;
     ADD_FAILURE() << "no button " << id;
     return nullptr;
 }

@@ -121,7 +121,6 @@ TEST(ServiceTest, FaultSwitchesMalformedRequestsAndDamagedArchives) {
     // Requests no client should send leave the server standing.
     const std::string token = service::kDemoUserToken;
     const std::string junk[] = {
-        "\r\n\r\n",
         "GARBAGE\r\n\r\n",
         "GET /gallery/g_cs?gallery_name=%ff%fe&cs=%00 HTTP/1.1\r\nHost: x\r\nConnection: close\r\n\r\n",
         "POST /gallery/dwg_collectu?usertoken=" + token +
