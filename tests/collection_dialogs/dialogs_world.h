@@ -181,13 +181,7 @@ struct DialogWorld : ::testing::Test {
         WriteBytes(path, "AC1015" + std::string(1500, 'd'));
         return path;
     }
-    // "call?pairs" as the service's fault switch.
-    void Fault(const std::string& call) {
-        std::string path, error;
-        service::Fault fault;
-        ASSERT_TRUE(service::ParseFaultSwitch("/gallery/" + call, path, fault, error)) << error;
-        service.handle.faults().set(path, fault);
-    }
+    void Fault(const std::string& call, const service::Fault& fault) { service.handle.faults().set("/gallery/" + call, fault); }
 };
 
 }  // namespace marrowfin::test

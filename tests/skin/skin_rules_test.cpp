@@ -71,17 +71,13 @@ TEST(SkinScale, OptionScreenRuleBucketsTruncationFontsTextMeasureAndTheSheet) {
     // Without a CJK face every Chinese text of the module would be boxes (and the face in use is the pictures').
     ASSERT_TRUE(HasCjkFont()) << "no CJK font installed; family in use: " << SkinFontFamily().toStdString();
 
-    // Text is measured by GBK byte classes.
-    SetSkinRateForTest(1.0f);
-    // Text, one-byte and two-byte characters: full-width brackets are two bytes,
-    // an emoji has no GBK form (one '?'), é is two bytes in GBK.
-    const std::tuple<QString, int, int> texts[] = {{QStringLiteral("AB画图"), 2, 2},
-                                                   {QStringLiteral("（）"), 0, 2},
-                                                   {QString::fromUtf8("\xF0\x9F\x98\x80"), 1, 0},
-                                                   {QStringLiteral("é"), 0, 1}};
-    for (const auto& [text, single, doubled] : texts)
-        EXPECT_EQ(std::make_pair(CountGbkClasses(text).single, CountGbkClasses(text).doubled), std::make_pair(single, doubled))
-            << text.toStdString();
+    // Text is measured by GBK byte classes. Text, one-byte and two-byte characters: full-width
+    // brackets are two bytes, an emoji has no GBK form (one '?'), é is two bytes in GBK.
+    const std::tuple<const char*, int, int> texts[] = {{"AB画图", 2, 2}, {"（）", 0, 2}, {"\xF0\x9F\x98\x80", 1, 0}, {"é", 0, 1}};
+    for (const auto& [text, single, doubled] : texts) {
+        const auto classes = CountGbkClasses(QString::fromUtf8(text));
+        EXPECT_EQ(std::make_pair(classes.single, classes.doubled), std::make_pair(single, doubled)) << text;
+    }
     // Every one-byte character counts as a D, whatever its own width.
     EXPECT_EQ(MeasureText(QStringLiteral("iii")), MeasureText(QStringLiteral("DDD")));
     const int atOne = MeasureText(QStringLiteral("图块"));
