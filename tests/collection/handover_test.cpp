@@ -188,7 +188,6 @@ TEST_F(Handover, VerdictsOfTheCheck) {
         if (!path.ends_with("/")) fs::remove(old + "/" + path);
     EXPECT_EQ(check({{"lfstatu", {.body = "success"}}}), "1 - ");
     EXPECT_EQ(check({{"lfstatu", busy}}), "2 2 ");
-    EXPECT_EQ(check({{"lfstatu", drop}}), "0 4 ");
     WriteOldCollectTip(u"1");
     const long asked = Count("lfstatu");
     EXPECT_EQ(check(), "1 - ");

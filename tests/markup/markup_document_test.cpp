@@ -211,12 +211,7 @@ TEST(MarkupEdit, AddAndSetKeepTheLayoutAndMatchAReparseInLongRandomRunsAndBigDoc
     // Text; the element opened (empty: into the root, behind its last child); then for each
     // edit, whether an element "x" with the text "t" is added or the attribute is set to "v",
     // and the text after it.
-    struct Case {
-        const char16_t* text;
-        const char16_t* open;
-        std::vector<std::pair<const char16_t*, const char16_t*>> edits;
-    };
-    const Case cases[] = {
+    const std::tuple<const char16_t*, const char16_t*, std::vector<std::pair<const char16_t*, const char16_t*>>> cases[] = {
         {u"<r></r>", u"", {{u"x", u"<r>\r\n<x>t</x>\r\n</r>"}}},
         // A run of slashes before '>' goes whole, or the parent would stay empty.
         {u"<r x='1' //>", u"", {{u"x", u"<r x='1' >\r\n<x>t</x>\r\n</r>"}}},
@@ -238,12 +233,12 @@ TEST(MarkupEdit, AddAndSetKeepTheLayoutAndMatchAReparseInLongRandomRunsAndBigDoc
         {u"<r><a  ></a></r>", u"a", {{u"=n", u"<r><a n=\"v\"  ></a></r>"}}},
         {u"<r><a/></r>", u"a", {{u"=k", u"<r><a k=\"v\"/></r>"}}},
     };
-    for (const Case& c : cases)
-        for (const auto& [op, expected] : c.edits) {
-            SCOPED_TRACE(Utf16ToUtf8(c.text) + " " + Utf16ToUtf8(op));
-            doc.SetText(c.text);
+    for (const auto& [text, open, edits] : cases)
+        for (const auto& [op, expected] : edits) {
+            SCOPED_TRACE(Utf16ToUtf8(text) + " " + Utf16ToUtf8(op));
+            doc.SetText(text);
             ASSERT_TRUE(doc.FindElement() && doc.EnterElement());
-            const std::u16string child = c.open;
+            const std::u16string child = open;
             while (child.empty() && doc.FindElement()) {}
             ASSERT_TRUE(child.empty() || doc.FindElement(child.substr(0, 1)));
             ASSERT_TRUE(child.size() != 2 || doc.EnterElement());

@@ -147,8 +147,7 @@ TEST(IniFile, NamesWithoutCaseBufferCutWritesThatKeepTheRestAndConcurrentWriters
 TEST(Files, AtomicWritesRemovalsAndCopies) {
     TempHome home;
     const std::u16string path = Utf8ToUtf16(home.file("图库/Show.xml"));
-    ASSERT_TRUE(CreateDirectories(Utf8ToUtf16(home.file("图库"))));
-    ASSERT_TRUE(WriteFileAtomic(path, "first version"));
+    ASSERT_TRUE(CreateDirectories(Utf8ToUtf16(home.file("图库"))) && WriteFileAtomic(path, "first version"));
     // A write that fails half-way (the file-size limit stops it) leaves the old file whole, and no temporary.
     struct rlimit old {};
     ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &old), 0);

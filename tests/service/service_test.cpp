@@ -124,7 +124,6 @@ TEST(ServiceTest, FaultSwitchesMalformedRequestsAndDamagedArchives) {
             "&favorites_id=1&force=0 HTTP/1.1\r\nHost: x\r\nConnection: close\r\nContent-Type: multipart/form-data; boundary=zz\r\n"
             "Content-Length: 20\r\n\r\n--zz\r\nbroken-part\r\n",
         "GET /files/%2e%2e/%2e%2e/etc/passwd HTTP/1.1\r\nHost: x\r\nConnection: close\r\n\r\n",
-        "GET /ufiles/abc HTTP/1.1\r\nHost: x\r\nConnection: close\r\n\r\n",
         "GET /gallery/mvff?usertoken=" + token +
             "&ofid=1&favorites_id=99999999999999999999&dwg_id=-1 HTTP/1.1\r\nHost: x\r\nConnection: close\r\n\r\n",
         "POST /gallery/g_all_s?gallery_name=" + std::string(6000, ',') +
