@@ -28,7 +28,6 @@ TEST_F(DialogPictures, FacesAtTwoRates) {
     const std::string block = WriteBlock(mirror + "/收藏夹1/a.dwg");
     for (float rate : {1.0f, 1.5f}) {
         UseRate(rate);
-        ASSERT_FALSE(SkinSheet().isNull()) << "the skin pictures lie beside the program";
         const std::string suffix = rate == 1.0f ? "_rate_1.0" : "_rate_1.5";
 
         CCollectiondlg collect(&panel, u"Door A.DWG", Utf8ToUtf16(block), SamplePreview(), token);

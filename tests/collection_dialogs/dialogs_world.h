@@ -55,11 +55,8 @@ Dialog* Opened(Dialog* dialog) {
 
 // Presses the button `id` with real input; the button, or null.
 inline CSkinButton* Press(QWidget* window, int id) {
-    for (CSkinButton* button : window->findChildren<CSkinButton*>()) {
-        if (button->ControlId() != id) continue;
-        Click(button, button->rect().center());
-        return button;
-    }
+    for (CSkinButton* button : window->findChildren<CSkinButton*>())
+        if (button->ControlId() == id) return Click(button, button->rect().center()), button;
     ADD_FAILURE() << "no button " << id;
     return nullptr;
 }
@@ -184,13 +181,7 @@ struct DialogWorld : ::testing::Test {
         WriteBytes(path, "AC1015" + std::string(1500, 'd'));
         return path;
     }
-    // "call?pairs" as the service's fault switch.
-    void Fault(const std::string& call) {
-        std::string path, error;
-        service::Fault fault;
-        ASSERT_TRUE(service::ParseFaultSwitch("/gallery/" + call, path, fault, error)) << error;
-        service.handle.faults().set(path, fault);
-    }
+    void Fault(const std::string& call, const service::Fault& fault) { service.handle.faults().set("/gallery/" + call, fault); }
 };
 
 }  // namespace marrowfin::test

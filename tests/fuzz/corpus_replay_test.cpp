@@ -24,11 +24,9 @@ TEST(FuzzCorpus, EveryKeptInputRunsClean) {
         if (e.is_regular_file()) inputs.push_back(e.path());
     ASSERT_FALSE(inputs.empty()) << "no kept inputs in " << folder;
     std::sort(inputs.begin(), inputs.end());
-    if (LLVMFuzzerInitialize) {
-        int argc = 0;
-        char** argv = nullptr;
-        LLVMFuzzerInitialize(&argc, &argv);
-    }
+    int argc = 0;
+    char** argv = nullptr;
+    if (LLVMFuzzerInitialize) LLVMFuzzerInitialize(&argc, &argv);
     for (const auto& path : inputs) {
         SCOPED_TRACE(path.string());
         const std::string bytes = marrowfin::test::ReadBytes(path.string());

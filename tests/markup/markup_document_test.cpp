@@ -37,8 +37,7 @@ TEST(MarkupParse, WalksTheCallersReadingOrderEveryTokeniserCaseAndAttributeValue
     ASSERT_TRUE(doc.LeaveElement() && doc.GetTagName() == u"root" && !doc.LeaveElement());
 
     // An empty text is no error; the text ends at its first NUL, looked for several units at a time.
-    EXPECT_FALSE(doc.SetText(nullptr) || doc.FindElement());
-    EXPECT_EQ(doc.RecordCount() + doc.GetResult().size(), 1u);
+    EXPECT_TRUE(!doc.SetText(nullptr) && !doc.FindElement() && doc.RecordCount() == 1u && doc.GetResult().empty());
     const std::u16string full = u"<a>" + std::u16string(37, u'x') + u"</a>";
     for (size_t at = 0; at <= full.size(); ++at) {
         std::u16string text = full;
@@ -102,13 +101,13 @@ TEST(MarkupParse, WalksTheCallersReadingOrderEveryTokeniserCaseAndAttributeValue
     doc.SetText(u"<a><b></a>");
     EXPECT_TRUE(doc.IsIllFormed());
     ASSERT_TRUE(doc.FindElement(u"a") && doc.FindChildElement(u"b"));
-    EXPECT_EQ(doc.Record(doc.MainCursor()).length + doc.Record(doc.ChildCursor()).length, 10u + 3u);
-    EXPECT_NE(doc.Record(doc.MainCursor()).levelMarks & MarkupDocument::MarkErrorInside, 0u);
-    EXPECT_NE(doc.Record(doc.ChildCursor()).levelMarks & MarkupDocument::MarkUnended, 0u);
+    const auto &a = doc.Record(doc.MainCursor()), &b = doc.Record(doc.ChildCursor());
+    EXPECT_TRUE(a.length == 10u && b.length == 3u && (a.levelMarks & MarkupDocument::MarkErrorInside) &&
+                (b.levelMarks & MarkupDocument::MarkUnended));
     std::u16string many = u"<r>";  // the records of the result are capped
     for (int i = 0; i < 500; ++i) many += u"</x>";
-    EXPECT_FALSE(doc.SetText(many + u"</r>"));
-    EXPECT_TRUE(doc.GetResult().size() >= 1000u && doc.GetResult().size() < 1100u) << doc.GetResult().size();
+    EXPECT_TRUE(!doc.SetText(many + u"</r>") && doc.GetResult().size() >= 1000u && doc.GetResult().size() < 1100u)
+        << doc.GetResult().size();
     doc.SetText(u"<r><u1><c1/><u2><c2><d/></c2><c3/></r>");
     ASSERT_TRUE(doc.FindElement(u"r") && doc.EnterElement());
     std::u16string order;
@@ -206,18 +205,13 @@ TEST(MarkupEdit, AddAndSetKeepTheLayoutAndMatchAReparseInLongRandomRunsAndBigDoc
     ASSERT_TRUE(doc.AddElement(u"root"));
     EXPECT_EQ(doc.Text(), u"<root/>\r\n");
     ASSERT_TRUE(doc.EnterElement() && doc.AddElement(u"item", u"a") && doc.AddElement(u"item", u"a<b&c>"));
-    EXPECT_EQ(doc.Text(), u"<root>\r\n<item>a</item>\r\n<item>a&lt;b&amp;c&gt;</item>\r\n</root>\r\n");
-    EXPECT_EQ(doc.GetElementText(), u"a<b&c>");
+    EXPECT_TRUE(doc.Text() == u"<root>\r\n<item>a</item>\r\n<item>a&lt;b&amp;c&gt;</item>\r\n</root>\r\n" &&
+                doc.GetElementText() == u"a<b&c>");
 
     // Text; the element opened (empty: into the root, behind its last child); then for each
     // edit, whether an element "x" with the text "t" is added or the attribute is set to "v",
     // and the text after it.
-    struct Case {
-        const char16_t* text;
-        const char16_t* open;
-        std::vector<std::pair<const char16_t*, const char16_t*>> edits;
-    };
-    const Case cases[] = {
+    const std::tuple<const char16_t*, const char16_t*, std::vector<std::pair<const char16_t*, const char16_t*>>> cases[] = {
         {u"<r></r>", u"", {{u"x", u"<r>\r\n<x>t</x>\r\n</r>"}}},
         // A run of slashes before '>' goes whole, or the parent would stay empty.
         {u"<r x='1' //>", u"", {{u"x", u"<r x='1' >\r\n<x>t</x>\r\n</r>"}}},
@@ -239,12 +233,12 @@ TEST(MarkupEdit, AddAndSetKeepTheLayoutAndMatchAReparseInLongRandomRunsAndBigDoc
         {u"<r><a  ></a></r>", u"a", {{u"=n", u"<r><a n=\"v\"  ></a></r>"}}},
         {u"<r><a/></r>", u"a", {{u"=k", u"<r><a k=\"v\"/></r>"}}},
     };
-    for (const Case& c : cases)
-        for (const auto& [op, expected] : c.edits) {
-            SCOPED_TRACE(Utf16ToUtf8(c.text) + " " + Utf16ToUtf8(op));
-            doc.SetText(c.text);
+    for (const auto& [text, open, edits] : cases)
+        for (const auto& [op, expected] : edits) {
+            SCOPED_TRACE(Utf16ToUtf8(text) + " " + Utf16ToUtf8(op));
+            doc.SetText(text);
             ASSERT_TRUE(doc.FindElement() && doc.EnterElement());
-            const std::u16string child = c.open;
+            const std::u16string child = open;
             while (child.empty() && doc.FindElement()) {}
             ASSERT_TRUE(child.empty() || doc.FindElement(child.substr(0, 1)));
             ASSERT_TRUE(child.size() != 2 || doc.EnterElement());
@@ -319,8 +313,8 @@ TEST(MarkupEdit, AddAndSetKeepTheLayoutAndMatchAReparseInLongRandomRunsAndBigDoc
 
     // A reply's bytes as they come: decoded as is, and cut at the first NUL
     // byte, also one inside a character or megabytes in.
-    EXPECT_TRUE(doc.SetUtf8Text("<r a=\"\xE4\xB8\xAD\"/>") && doc.Text() == u"<r a=\"中\"/>");
-    EXPECT_TRUE(doc.SetUtf8Text(std::string("<r/>\0<x>", 8)) && doc.Text() == u"<r/>");
+    EXPECT_TRUE(doc.SetUtf8Text("<r a=\"\xE4\xB8\xAD\"/>") && doc.Text() == u"<r a=\"中\"/>" &&
+                doc.SetUtf8Text(std::string("<r/>\0<x>", 8)) && doc.Text() == u"<r/>");
     doc.SetUtf8Text(std::string("<r/>\xE4\0\xB8\xAD", 8));
     EXPECT_EQ(doc.Text(), u"<r/>\xFFFD");
     const std::string far = "<r>" + std::string(6u << 20, 'y') + "</r>";

@@ -39,8 +39,7 @@ TEST(LiveSync, BrokenRepliesFallBackAndSoundOnesFollowTheHourRule) {
         BuildAndAdopt(store);
         ASSERT_EQ(store.root->dirChildren.size(), 1u);
         EXPECT_EQ(std::make_pair(store.syncBusy.load(), CountBlocks(store.root->dirChildren[0])), std::make_pair(0, blocks));
-        EXPECT_FALSE(FetchGalleryFull(store, first, false));
-        EXPECT_EQ(CountBlocks(store.root->dirChildren[0]), blocks);
+        EXPECT_TRUE(!FetchGalleryFull(store, first, false) && CountBlocks(store.root->dirChildren[0]) == blocks);
         FetchClassItems(store, clsPath);
         EXPECT_EQ(FindNodeByPath(store.root, clsPath)->fileChildren.size(), classBlocks);
         store.root->dirChildren[0]->refreshTick -= kGalleryFreshMs + 1;
@@ -69,8 +68,7 @@ TEST(LiveSync, BrokenRepliesFallBackAndSoundOnesFollowTheHourRule) {
 
     // A full fetch of a gallery not in the tree adds it only when asked to; an added gallery
     // reads its catalogue within the hour and fetches after it.
-    EXPECT_FALSE(FetchGalleryFull(reference, second, false));
-    EXPECT_TRUE(FetchGalleryFull(reference, second, true));
+    EXPECT_TRUE(!FetchGalleryFull(reference, second, false) && FetchGalleryFull(reference, second, true));
     ASSERT_EQ(reference.root->dirChildren.size(), 2u);
     GalleryNode* added = reference.root->dirChildren[1];
     const size_t classes = added->dirChildren.size();
@@ -123,6 +121,5 @@ TEST(LiveSync, AColdStartShowsTheCataloguesWhileTheServiceIsSlow) {
     w.faults().set("/gallery/g_all_s", {.status = 500});
     TestStore down;
     BuildFirstTree(down, true);
-    EXPECT_EQ(AdoptTreeUpdates(down).size(), 1u);
-    EXPECT_EQ(CountBlocks(down.root->dirChildren[0]), blocks);
+    EXPECT_TRUE(AdoptTreeUpdates(down).size() == 1u && CountBlocks(down.root->dirChildren[0]) == blocks);
 }

@@ -12,28 +12,21 @@ TEST(TransportRotation, StartsOnCurlThenRemembersTheWinnerAndEscapesUrls) {
     ScriptedStack stacks[] = {ScriptedStack(0, &log), ScriptedStack(1, &log), ScriptedStack(2, &log)};
     for (int n = 0; n < 3; ++n) InstallHttpStack(n, &stacks[n]);
     enum Call { Post, Download, Upload };
-    struct Step {
-        int optionBefore;
-        int winner;
-        Call call;
-        std::vector<int> attempts;
-        int optionAfter;
-    };
-    const Step steps[] = {
+    // The option before (-99: as left), the stack that succeeds (-1: none), the call, the stacks tried, the option after.
+    const std::tuple<int, int, Call, std::vector<int>, int> steps[] = {
         {-99, -1, Post, {2, 0, 1}, -2}, {1, 2, Post, {1, 2}, 2},      {-99, 2, Download, {2}, 2},
         {0, -1, Post, {0, 1, 2}, 0},    {2, 0, Upload, {1, 2, 0}, 2}, {-99, 1, Upload, {1}, 1},
     };
-    for (const Step& step : steps) {
-        SCOPED_TRACE(testing::Message() << "option " << step.optionBefore << " winner " << step.winner);
-        if (step.optionBefore != -99) WriteOptionInt(u"FNetUseInet", step.optionBefore);
-        for (int n = 0; n < 3; ++n) stacks[n].succeed = n == step.winner;
+    for (const auto& [optionBefore, winner, call, attempts, optionAfter] : steps) {
+        SCOPED_TRACE(testing::Message() << "option " << optionBefore << " winner " << winner);
+        if (optionBefore != -99) WriteOptionInt(u"FNetUseInet", optionBefore);
+        for (int n = 0; n < 3; ++n) stacks[n].succeed = n == winner;
         log.clear();
         std::u16string out;
-        const bool ok = step.call == Post       ? PostForm(u"http://h/x", u"", out)
-                        : step.call == Download ? DownloadFile(u"http://h/b.dwg", u"/tmp/b.dwg", 0, 0)
-                                                : UploadFile(u"http://h/gallery/lfupload", u"", u"/tmp/a.zip", out, 0);
-        EXPECT_EQ(std::make_tuple(ok, log, GetOptionInt(u"FNetUseInet", -2)),
-                  std::make_tuple(step.winner >= 0, step.attempts, step.optionAfter));
+        const bool ok = call == Post       ? PostForm(u"http://h/x", u"", out)
+                        : call == Download ? DownloadFile(u"http://h/b.dwg", u"/tmp/b.dwg", 0, 0)
+                                           : UploadFile(u"http://h/gallery/lfupload", u"", u"/tmp/a.zip", out, 0);
+        EXPECT_EQ(std::make_tuple(ok, log, GetOptionInt(u"FNetUseInet", -2)), std::make_tuple(winner >= 0, attempts, optionAfter));
     }
 
     // Replies: a zero byte ends the text, the bytes road keeps all; a failed call keeps the

@@ -93,8 +93,7 @@ TEST(ClassManagerRoad, AFirstStartChoosesThroughTheManagerAndEveryCallerFollowsI
     ASSERT_TRUE(r.Start({}));
     // No Show.xml: the manager stands above the panel (lowered and the tip: the picker's own tests).
     CSelClassDlg* m = r.WaitForManager();
-    ASSERT_NE(m, nullptr);
-    EXPECT_EQ(m->windowModality(), Qt::WindowModal);
+    ASSERT_TRUE(m && m->windowModality() == Qt::WindowModal);
     // The host's loop leaves the manager's keys to it, as a modal loop of its own would.
     QKeyEvent escape(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier);
     MarrowfinMsg message{m->Picker(), &escape};
@@ -109,8 +108,7 @@ TEST(ClassManagerRoad, AFirstStartChoosesThroughTheManagerAndEveryCallerFollowsI
     const std::vector<std::u16string> chosen{r.G(1), r.G(0)};
     EXPECT_EQ(ShowNames(), chosen);
     // The store is reloaded and the column follows the file's order.
-    EXPECT_TRUE(PumpUntil([&] { return r.Column() == chosen; }, 15000));
-    EXPECT_TRUE(r.panel->windowFlags().testFlag(Qt::WindowStaysOnTopHint));
+    EXPECT_TRUE(PumpUntil([&] { return r.Column() == chosen; }, 15000) && r.panel->windowFlags().testFlag(Qt::WindowStaysOnTopHint));
 
     // The panel's button, then "搜索": the search page, Show.xml as it was.
     r.panel->ShowPanel();
@@ -122,8 +120,7 @@ TEST(ClassManagerRoad, AFirstStartChoosesThroughTheManagerAndEveryCallerFollowsI
 
     // "UpdateShow" hides the panel in hand for the manager (what its end rebuilds: the end-to-end test).
     ShowGallery(u"", u"UpdateShow");
-    ASSERT_NE(r.WaitForManager(), nullptr);
-    EXPECT_FALSE(r.panel->isVisible());
+    EXPECT_TRUE(r.WaitForManager() && !r.panel->isVisible());
 }
 
 TEST(ClassManagerRoad, RoutesAddUnlistedClassesUpToTheLimitOf101) {
@@ -158,8 +155,7 @@ TEST(ClassManagerRoad, RoutesAddUnlistedClassesUpToTheLimitOf101) {
     // 101: the box, and closing it adds nothing.
     ShowGallery((u"\\" + r.G(3) + u"\\x").c_str(), u"");
     ASSERT_TRUE(PumpUntil([&] { return r.Tip() != nullptr; }));
-    EXPECT_EQ(r.Tip()->FirstLine(), QStringLiteral("最多可添加101个分类"));
-    EXPECT_EQ(r.Tip()->OkButton()->text(), QStringLiteral("去管理"));
+    EXPECT_TRUE(r.Tip()->FirstLine() == QStringLiteral("最多可添加101个分类") && r.Tip()->OkButton()->text() == QStringLiteral("去管理"));
     r.Press(r.Tip()->CloseButton());
     EXPECT_TRUE(PumpUntil([&] { return r.Tip() == nullptr; }) && ShowNames().size() == 101u && r.Manager() == nullptr);
 
@@ -175,8 +171,7 @@ TEST(ClassManagerRoad, RoutesAddUnlistedClassesUpToTheLimitOf101) {
     ASSERT_TRUE(PumpUntil([&] { return r.Tip() != nullptr; }));
     r.Press(r.Tip()->OkButton());
     CSelClassDlg* m = r.WaitForManager();
-    ASSERT_NE(m, nullptr);
-    EXPECT_EQ(m->Picker()->m_selection.size(), 5u);
+    ASSERT_TRUE(m && m->Picker()->m_selection.size() == 5u);
     r.Press(m->Button(999));
     EXPECT_EQ(ShowNames(), (std::vector<std::u16string>{r.G(0), r.G(1), r.G(2), r.G(5), r.G(4), r.G(3)}));
     EXPECT_TRUE(PumpUntil([&] { return shownRow() == r.G(3); }, 15000));
@@ -189,8 +184,7 @@ TEST(ClassManagerRoad, AReloadWithTheServiceDownKeepsTheFailureFaceAndUpAgainReb
     ASSERT_TRUE(r.Start({r.G(0), r.G(1)}));
     ShowBoutiqueGallery();
     CSelClassDlg* m = r.WaitForManager();
-    ASSERT_NE(m, nullptr);
-    EXPECT_TRUE(m->m_tableMissing && m->Button(999)->text() == QStringLiteral("重新加载"));
+    ASSERT_TRUE(m && m->m_tableMissing && m->Button(999)->text() == QStringLiteral("重新加载"));
     // The start's own request fails first; until then the button waits.
     ASSERT_TRUE(PumpUntil([m] { return m->Button(999)->isEnabled(); }, 10000));
     // The request runs on a worker: the button waits, the window stays usable.

@@ -92,8 +92,8 @@ TEST(ClassManager, ChoicesReachShowXmlNewestFirstOnlyByFinish) {
         CGalleryTypeDlg& picker = *m.dlg->Picker();
         EXPECT_EQ(picker.m_selection, (ClassSelection{{u"001通用2", u"d2"}}));
         // New and chosen: no mark. New and not chosen: marked until clicked.
-        EXPECT_FALSE(picker.VisibleClassButton(QStringLiteral("通用2"))->isNew);
-        EXPECT_TRUE(picker.VisibleClassButton(QStringLiteral("通用5"))->isNew);
+        EXPECT_TRUE(!picker.VisibleClassButton(QStringLiteral("通用2"))->isNew &&
+                    picker.VisibleClassButton(QStringLiteral("通用5"))->isNew);
         m.Pick(QStringLiteral("通用5"));
         m.Pick(QStringLiteral("精品门窗"));
         // A second click within 200 ms does nothing.
@@ -106,8 +106,8 @@ TEST(ClassManager, ChoicesReachShowXmlNewestFirstOnlyByFinish) {
         // Nothing is written before "完成"; then the whole file in key order.
         EXPECT_EQ(ShowNames(), (std::vector<std::u16string>{u"通用2", u"旧图库"}));
         m.Press(999);
-        EXPECT_TRUE(m.result == 1 && ShowNames() == (std::vector<std::u16string>{u"通用7", u"精品门窗", u"通用2"}));
-        EXPECT_EQ(ReadAllShowItems()[2].describe, u"d2");
+        EXPECT_TRUE(m.result == 1 && ShowNames() == (std::vector<std::u16string>{u"通用7", u"精品门窗", u"通用2"}) &&
+                    ReadAllShowItems()[2].describe == u"d2");
         // The panel went below the manager and comes back on top.
         EXPECT_FALSE(m.panel.windowFlags().testFlag(Qt::WindowStaysOnTopHint));
     }
@@ -119,7 +119,7 @@ TEST(ClassManager, ChoicesReachShowXmlNewestFirstOnlyByFinish) {
 
     // Clearing writes nothing (closing and searching: the manager's roads).
     Manager again(MakeTable());
-    EXPECT_FALSE(again.dlg->m_showSearchTip);
+    EXPECT_FALSE(again.dlg->m_showSearchTip);  // seen once
     again.Press(998);
     EXPECT_TRUE(again.dlg->Picker()->m_selection.empty() && ShowNames().size() == 3u);
 }
@@ -133,13 +133,12 @@ TEST(ClassManager, KindsSectionsAndTheStrip) {
     Click(picker.SectionTitle(false), QPoint(20, 10));
     EXPECT_TRUE(!picker.m_generalOpen && picker.VisibleClassButton(QStringLiteral("通用3")) == nullptr);
     Click(picker.Tab(false, QStringLiteral("机电设备")), QPoint(20, 20));
-    EXPECT_TRUE(picker.m_generalOpen && picker.VisibleClassButton(QStringLiteral("通用3")) != nullptr);
-    EXPECT_TRUE(picker.VisibleClassButton(QStringLiteral("通用1")) == nullptr && g_curGeneralKind == u"机电设备");
+    EXPECT_TRUE(picker.m_generalOpen && picker.VisibleClassButton(QStringLiteral("通用3")) &&
+                !picker.VisibleClassButton(QStringLiteral("通用1")) && g_curGeneralKind == u"机电设备");
     // Three tabs fit: no arrows, and the strip does not move.
     CGalRegionDlg* region = picker.Region(false);
-    EXPECT_FALSE(region->m_overflow || picker.Arrow(1004)->isVisible());
     region->ScrollStrip(1);
-    EXPECT_EQ(region->m_pStrip->x(), 0);
+    EXPECT_FALSE(region->m_overflow || picker.Arrow(1004)->isVisible() || region->m_pStrip->x() != 0);
 
     // Many kinds: the left arrow at the left end does nothing; the right one walks to the right end and stops there.
     ClassTable table = MakeTable(3);
@@ -148,7 +147,7 @@ TEST(ClassManager, KindsSectionsAndTheStrip) {
     CGalRegionDlg* strip = many.dlg->Picker()->Region(false);
     EXPECT_TRUE(strip->m_overflow && many.dlg->Picker()->Arrow(1005)->isVisible());
     Click(many.dlg->Picker()->Arrow(1004), QPoint(5, 20));
-    EXPECT_EQ(strip->m_pStrip->x(), 0);
+    ASSERT_EQ(strip->m_pStrip->x(), 0);
     for (int i = 0; i < 40; ++i) strip->ScrollStrip(-1);
     EXPECT_EQ(strip->m_pStrip->geometry().right() + 1, strip->width());
 }
@@ -166,10 +165,9 @@ TEST(ClassManager, FacesAsTheirReferencesAtTwoRates) {
             EXPECT_TRUE(MatchesReference(m.dlg->grab().toImage(), "picker", "manager_tip" + suffix));
             Click(m.dlg->Button(996), QPoint(8, 8));
             EXPECT_EQ(GetOptionInt(u"ShowSearchTip", 1), 0);
-            // Scrolled by the wheel to the end of the list.
+            // Scrolled by the wheel to the end of the list (the picture shows where).
             for (int i = 0; i < 6; ++i) Wheel(m.dlg->Picker(), QPoint(300, 300), -1);
             QCoreApplication::processEvents();
-            EXPECT_EQ(m.dlg->Picker()->m_lastOffset, m.dlg->ScrollBar()->Info().nMax);
             EXPECT_TRUE(MatchesReference(m.dlg->grab().toImage(), "picker", "manager_scrolled" + suffix));
         }
         // Without a table: the failure face.
@@ -208,8 +206,7 @@ TEST(SortSelector, ClosesWithoutAChoiceAndWritesMarksAndPostsEachChoice) {
     m.Press(1200);
     CGalSortSelDlg* menu = m.dlg->SortMenu();
     ASSERT_TRUE(menu && QTest::qWaitForWindowActive(menu, 2000));
-    EXPECT_EQ(m.dlg->Button(1200)->text(), QStringLiteral("排序∧"));
-    EXPECT_EQ(checked(m), std::vector<int>{1000});  // GalDefSort absent: 0
+    EXPECT_TRUE(m.dlg->Button(1200)->text() == QStringLiteral("排序∧") && checked(m) == std::vector<int>{1000});  // GalDefSort absent: 0
     m.dlg->activateWindow();
     ASSERT_TRUE(QTest::qWaitForWindowActive(m.dlg, 2000));
     QCoreApplication::processEvents();

@@ -35,12 +35,7 @@ QImage WithHover(QWidget& window, const std::vector<QWidget*>& hovered = {}) {
 }
 
 // kind, size in base units, caption, sheet cell (x, y, side; side 0 for none)
-struct ButtonRecipe {
-    int kind, w, h;
-    const char* caption;
-    int cellX, cellY, cell;
-};
-const ButtonRecipe kButtons[] = {
+const std::tuple<int, int, int, const char*, int, int, int> kButtons[] = {
     {1, 140, 30, "最近使用", 0, 88, 16},
     {1, 70, 30, "", 32, 88, 16},
     {2, 16, 16, "", 0, 72, 14},
@@ -67,18 +62,17 @@ QImage SkinButtons() {
     QWidget window;
     std::vector<QWidget*> hovered;
     int y = ScaleUnits(8);
-    for (const ButtonRecipe& recipe : kButtons) {
+    for (const auto& [kind, w, h, caption, cellX, cellY, cell] : kButtons) {
         for (int state = 0; state < 5; ++state) {
             auto* b = new CSkinButton(&window);
-            b->Create(QString::fromUtf8(recipe.caption), true,
-                      QRect(ScaleUnits(8 + 180 * state), y, ScaleUnits(recipe.w), ScaleUnits(recipe.h)), &window, 1000);
-            b->kind = recipe.kind;
-            if (recipe.cell) b->SetSheetCell(recipe.cellX, recipe.cellY, recipe.cell, recipe.cell);
+            b->Create(QString::fromUtf8(caption), true, QRect(ScaleUnits(8 + 180 * state), y, ScaleUnits(w), ScaleUnits(h)), &window, 1000);
+            b->kind = kind;
+            if (cell) b->SetSheetCell(cellX, cellY, cell, cell);
             b->selected = state == 2;
             b->setEnabled(state < 3);
             if (state == 1 || state == 4) hovered.push_back(b);
         }
-        y += ScaleUnits(recipe.h + 10);
+        y += ScaleUnits(h + 10);
     }
     window.resize(ScaleUnits(5 * 180), y);
     return WithHover(window, hovered);
@@ -165,11 +159,7 @@ QImage Bars() {
     for (int i = 0; i < 4; ++i) {
         auto* bar = new CProgressCtrlOwner(&window);
         bar->setGeometry(20, 326 + 20 * i, 200, 8);
-        if (i > 0) {
-            bar->UseBlueFill();
-            bar->UseGreyGround();
-            bar->UseLightOutline();
-        }
+        if (i > 0) bar->UseBlueFill(), bar->UseGreyGround(), bar->UseLightOutline();
         for (int pos : steps[i]) bar->SetPos(pos);
     }
     EXPECT_TRUE(test::ShowExposed(&window));

@@ -1,8 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <functional>
-#include <tuple>
-
 #include "platform/ini_file.h"
 #include "store/catalogue.h"
 #include "store/previous_generation.h"
@@ -143,10 +140,10 @@ TEST_F(Catalogue, WritesTheExactBytesOfWholeUtf8ReadsThemBackAndRefusesBrokenFil
                    "<itm fn=\"nosz.dwg\" sz=\"\" hi=\"0\" /><itm fn=\"ok.dwg\" sz=\"12abc\" hi=\"yes\" /></sub></root>\r");
     g = Reset(u"G");
     ASSERT_TRUE(ReadCatalogue(store, u"G"));
-    EXPECT_EQ(DumpTree(g), u"Orsolen|G|" + rootPath + u"/G|dir||0|0|-|-\n  G|K|" + rootPath +
-                               u"/G/K|dir|http://k|9|0|-|-\n"
-                               u"    K|ok.dwg|" +
-                               rootPath + u"/G/K/ok.dwg|file|http://k/ok.dwg|0|12|-|-\n");
+    EXPECT_EQ(RootAsR(DumpTree(g), rootPath),
+              u"Orsolen|G|R/G|dir||0|0|-|-\n"
+              u"  G|K|R/G/K|dir|http://k|9|0|-|-\n"
+              u"    K|ok.dwg|R/G/K/ok.dwg|file|http://k/ok.dwg|0|12|-|-\n");
 }
 
 // The store folder's other files: versions, the tip, Show.xml and the move from the previous generation.
@@ -161,8 +158,8 @@ std::string ShowXml(const std::vector<std::string>& names) {
 // The version file, the tip file and Show.xml: at most 101 named items, each name added once.
 // (Where catalogues and blocks lie is read back in the synchronisation's tests.)
 TEST_F(Layout, VersionTipShowListAndTheMoveFromThePreviousGeneration) {
-    EXPECT_TRUE(ReadGalleryVersion(u"G") == 0 && WriteGalleryVersion(u"G", 7));
-    EXPECT_EQ(IniGetString(rootPath + u"/version.ini", u"version", u"g", u""), u"7");  // keys ignore case
+    EXPECT_TRUE(ReadGalleryVersion(u"G") == 0 && WriteGalleryVersion(u"G", 7) &&
+                IniGetString(rootPath + u"/version.ini", u"version", u"g", u"") == u"7");  // keys ignore case
     // 25 characters of buffer: 24 digits are read, the rest is cut.
     IniWriteString(VersionIniPath(), u"version", u"Long", std::u16string(21, u'0') + u"123" + u"456");
     EXPECT_EQ(ReadGalleryVersion(u"Long"), 123);
@@ -179,9 +176,8 @@ TEST_F(Layout, VersionTipShowListAndTheMoveFromThePreviousGeneration) {
     EXPECT_EQ(versions.Of(u"äpfel") * 100 + versions.Of(u"x"), 503);
     RemoveFile(VersionIniPath());
     EXPECT_EQ(GalleryVersionsRead().Of(u"G") + versions.Of(u"G"), 7) << "read once, at the reading";
-    EXPECT_TRUE(ReadOldCollectTip() == u"0" && WriteOldCollectTip(u"1"));
-    EXPECT_EQ(IniGetString(rootPath + u"/NewInfo.ini", u"OldCollect", u"TIP", u""), u"1");
-    EXPECT_TRUE(ReadShowList(true).empty());  // missing file
+    EXPECT_TRUE(ReadOldCollectTip() == u"0" && WriteOldCollectTip(u"1") &&
+                IniGetString(rootPath + u"/NewInfo.ini", u"OldCollect", u"TIP", u"") == u"1" && ReadShowList(true).empty());
     std::vector<std::string> names{""};  // empty items don't count
     for (int i = 0; i < 150; ++i) names.push_back("g" + std::to_string(i));
     WriteBytes(Utf16ToUtf8(ShowListPath()), ShowXml(names));
@@ -196,8 +192,7 @@ TEST_F(Layout, VersionTipShowListAndTheMoveFromThePreviousGeneration) {
     WriteBytes(Utf16ToUtf8(ShowListPath()), ShowXml({"A", "B"}));  // the picker's describe attributes stay
     ASSERT_TRUE(AddGalleryToShowList(u"C"));
     const std::string once = ReadBytes(Utf16ToUtf8(ShowListPath()));
-    EXPECT_FALSE(AddGalleryToShowList(u"A") || AddGalleryToShowList(u""));
-    EXPECT_EQ(ReadBytes(Utf16ToUtf8(ShowListPath())), once);
+    EXPECT_TRUE(!AddGalleryToShowList(u"A") && !AddGalleryToShowList(u"") && ReadBytes(Utf16ToUtf8(ShowListPath())) == once);
     std::u16string listed;
     for (const ShowItem& i : ReadShowList(false)) listed += i.name + u"(" + i.describe + u") ";
     EXPECT_EQ(listed, u"A(d-A) B(d-B) C() ");
@@ -206,33 +201,23 @@ TEST_F(Layout, VersionTipShowListAndTheMoveFromThePreviousGeneration) {
     const std::u16string old = Utf8ToUtf16(home.documentsDir()) + u"/Pellicor", flag = old + u"/version.ini";
     CreateDirectories(old);
     WriteBytes(Utf16ToUtf8(old + u"/Show.xml"), ShowXml({"Old"}));
-    // Each step: prepare, move, then the list here and the flag.
-    struct Step {
-        const char* what;
-        std::function<void()> prepare;
-        std::string list;
-        const char16_t* flag;
-    };
-    const Step steps[] = {
-        {"a list here: the old folder is not looked at", [&] { WriteBytes(Utf16ToUtf8(ShowListPath()), ShowXml({"New"})); },
-         ShowXml({"New"}), u""},
-        {"none here, flag unset: copied, flag set", [&] { RemoveFile(ShowListPath()); }, ShowXml({"Old"}), u"1"},
-        {"flag set: nothing copied", [&] { RemoveFile(ShowListPath()); }, "", u"1"},
-        {"no old list: the flag is set all the same", [&] { RemoveFile(flag), RemoveFile(old + u"/Show.xml"); }, "", u"1"},
-        {"no store folder: the copy makes it",
-         [&] {
-             RemoveDirectoryTree(StoreRoot()), RemoveFile(flag);
-             WriteBytes(Utf16ToUtf8(old + u"/Show.xml"), ShowXml({"Old"}));
-         },
-         ShowXml({"Old"}), u"1"},
-    };
-    for (const Step& step : steps) {
-        step.prepare();
+    // After each move: the list here and the flag.
+    auto moved = [&] {
         MoveFromPreviousGeneration();
-        EXPECT_EQ(std::make_pair(ReadBytes(Utf16ToUtf8(ShowListPath())), IniGetString(flag, u"BrindleMoved", u"flag", u"")),
-                  std::make_pair(step.list, std::u16string(step.flag)))
-            << step.what;
-    }
+        return std::make_pair(ReadBytes(Utf16ToUtf8(ShowListPath())), IniGetString(flag, u"BrindleMoved", u"flag", u""));
+    };
+    using Moved = std::pair<std::string, std::u16string>;
+    WriteBytes(Utf16ToUtf8(ShowListPath()), ShowXml({"New"}));  // a list here: the old folder is not looked at
+    EXPECT_EQ(moved(), Moved(ShowXml({"New"}), u""));
+    RemoveFile(ShowListPath());  // none here, flag unset: copied, flag set
+    EXPECT_EQ(moved(), Moved(ShowXml({"Old"}), u"1"));
+    RemoveFile(ShowListPath());  // flag set: nothing copied
+    EXPECT_EQ(moved(), Moved("", u"1"));
+    RemoveFile(flag), RemoveFile(old + u"/Show.xml");  // no old list: the flag is set all the same
+    EXPECT_EQ(moved(), Moved("", u"1"));
+    RemoveDirectoryTree(StoreRoot()), RemoveFile(flag);  // no store folder: the copy makes it
+    WriteBytes(Utf16ToUtf8(old + u"/Show.xml"), ShowXml({"Old"}));
+    EXPECT_EQ(moved(), Moved(ShowXml({"Old"}), u"1"));
     EXPECT_TRUE(FileExists(old + u"/Show.xml"));  // the old file stays
 }
 

@@ -33,8 +33,8 @@ TEST_F(Tree, ChildrenAndLookups) {
     GalleryNode* door = AddBlock(c1, u"DoorFrame.dwg", 1, false);
     GalleryNode* win = AddBlock(c1, u"Window.dwg", 1, false);
     GalleryNode* cn = AddBlock(c2, u"木门OOR.dwg", 1, false);
-    EXPECT_EQ(std::u16string(door->OwnerName()) + u"|" + DownloadUrl(*door), u"C1|http://h/c1/DoorFrame.dwg");
-    EXPECT_TRUE(door->PathIs(rootPath + u"/G/C1/DoorFrame.dwg"));
+    EXPECT_TRUE(door->OwnerName() == u"C1" && DownloadUrl(*door) == u"http://h/c1/DoorFrame.dwg" &&
+                door->PathIs(rootPath + u"/G/C1/DoorFrame.dwg"));
     for (const std::u16string& other : {rootPath + u"/G/C1xDoorFrame.dwg", rootPath + u"/G/C1/xDoorFrame.dwg", rootPath + u"/G/C1/"})
         EXPECT_FALSE(door->PathIs(other)) << Utf16ToUtf8(other);  // the slash and the whole last name count
     // Common-use and recent entries for the same blocks, ahead of them in the walk.
@@ -60,13 +60,10 @@ TEST_F(Tree, ChildrenAndLookups) {
         EXPECT_EQ(FindBlockByPath(from, path, skipRoot), expected) << Utf16ToUtf8(path) << skipRoot;
 
     // (FilterBlocks and FilterBlocksFromTop have no caller in the library: not checked.)
-    g->dirChildren.erase(g->dirChildren.begin());
-    c1->fileChildren.pop_back();
 
     // RemoveChild takes the first of the name, of its kind, and frees nothing.
     GalleryNode *a1 = AddBlock(c2, u"a.dwg", 1, false), *a2 = AddBlock(c2, u"a.dwg", 2, false);
-    EXPECT_TRUE(!RemoveChild(c2, c1) && RemoveChild(c2, a2));
-    EXPECT_TRUE(c2->fileChildren == (Nodes{cn, a2}) && a1->parent == nullptr);
+    EXPECT_TRUE(!RemoveChild(c2, c1) && RemoveChild(c2, a2) && c2->fileChildren == (Nodes{cn, a2}) && a1->parent == nullptr);
     delete a1;
 }
 
@@ -90,36 +87,21 @@ TEST_F(Tree, RenameAndRemove) {
     RenameNode(plain, u"other");  // no extension: unchanged
     RenameNode(dotted, u"other");  // a dot before the last separator is no extension
     RenameNode(store.root, u"Elsewhere");
-    EXPECT_EQ(FindBlockByPath(store.root, rootPath + u"/G/New/z.dwg", true), b);
-    EXPECT_EQ(FindBlockByPath(store.root, rootPath + u"/G/New/out.dwg", true), out);
+    EXPECT_TRUE(FindBlockByPath(store.root, rootPath + u"/G/New/z.dwg", true) == b &&
+                FindBlockByPath(store.root, rootPath + u"/G/New/out.dwg", true) == out);
     ASSERT_TRUE(RemoveChild(c, out));
     OwnedNode taken(out);
     EXPECT_EQ(taken->parent, nullptr);
-    const std::u16string r = rootPath;
-    EXPECT_EQ(DumpTree(taken.get()) + DumpTree(store.root), u"New|out.dwg|" + r +
-                                                                u"/G/New/out.dwg|file|http://h/c/out.dwg|0|2|h|-\n"
-                                                                u"|Orsolen|" +
-                                                                r +
-                                                                u"|dir||0|0|-|-\n"
-                                                                u"  Orsolen|G|" +
-                                                                r +
-                                                                u"/G|dir||0|0|-|-\n"
-                                                                u"    G|New|" +
-                                                                r +
-                                                                u"/G/New|dir|http://h/c|1|0|-|-\n"
-                                                                u"      C|z|" +
-                                                                r +
-                                                                u"/G/New/z.dwg|file|http://h/c/a.b.dwg|0|1|-|-\n"
-                                                                u"      C|noext|" +
-                                                                r +
-                                                                u"/G/New/noext|file||0|3|-|-\n"
-                                                                u"      C|S|" +
-                                                                r +
-                                                                u"/G/C/S|dir||0|0|-|-\n"
-                                                                u"        S|d.dwg|" +
-                                                                r +
-                                                                u"/G/C/S/d.dwg|file|/d.dwg|0|1|-|-\n"
-                                                                u"        x|file|/r/a.b/file|file||0|0|-|-\n");
+    EXPECT_EQ(RootAsR(DumpTree(taken.get()) + DumpTree(store.root), rootPath),
+              u"New|out.dwg|R/G/New/out.dwg|file|http://h/c/out.dwg|0|2|h|-\n"
+              u"|Orsolen|R|dir||0|0|-|-\n"
+              u"  Orsolen|G|R/G|dir||0|0|-|-\n"
+              u"    G|New|R/G/New|dir|http://h/c|1|0|-|-\n"
+              u"      C|z|R/G/New/z.dwg|file|http://h/c/a.b.dwg|0|1|-|-\n"
+              u"      C|noext|R/G/New/noext|file||0|3|-|-\n"
+              u"      C|S|R/G/C/S|dir||0|0|-|-\n"
+              u"        S|d.dwg|R/G/C/S/d.dwg|file|/d.dwg|0|1|-|-\n"
+              u"        x|file|/r/a.b/file|file||0|0|-|-\n");
 }
 
 // Node texts are deep copies that survive assignment from themselves; child arrays keep
@@ -141,8 +123,7 @@ TEST(NodeStorage, TextsAndChildArrays) {
     children.erase(children.begin() + 2, children.begin() + 40);
     EXPECT_EQ(children, (Nodes{&nodes[0], &nodes[39]}));
     ChildArray kept = children;
-    EXPECT_EQ(kept, std::exchange(children, {}));
-    EXPECT_TRUE(children.empty());
+    EXPECT_TRUE(kept == std::exchange(children, {}) && children.empty());
     EXPECT_THROW((void)kept.at(2), std::out_of_range);
 }
 
@@ -253,7 +234,6 @@ TEST_F(Lists, ExactBytesTheLimitAndTheRecentAndCommonListsThroughTheirFilesBroke
     GalleryNode one(kRootName, u"/d/Orsolen/G/C/a.dwg", u"a", kKindFile, false, false, 0);
     GalleryNode two(kRootName, u"/d/x&y/门.DWG", u"门", kKindFile, false, false, 0);
     EXPECT_EQ(ComposeListFile({&one, nullptr, &two}), ReadBytes(SourceDir() + "/tests/store/data/two_entries.xml"));
-    EXPECT_EQ(ComposeListFile({}), ReadBytes(SourceDir() + "/tests/store/data/empty_list.xml"));
     // 501 entries: the last (oldest) is dropped.
     std::vector<GalleryNode> nodes;
     nodes.reserve(501);
@@ -291,16 +271,17 @@ TEST_F(Lists, ExactBytesTheLimitAndTheRecentAndCommonListsThroughTheirFilesBroke
     for (const std::u16string& file : {a, upper, rootPath + u"/G/C/notes.txt"}) Touch(file);
     WriteBytes(Utf16ToUtf8(rootPath + u"/RecentlyUse.xml"), ListOf({upper, u"", b, rootPath + u"/G/C/notes.txt", a}));
     ReloadRecentList(store);  // replaces what is in memory
-    EXPECT_EQ(Paths(store.root->fileChildren), (std::vector<std::u16string>{upper, a}));
-    EXPECT_EQ(store.root->fileChildren[0]->name, u"Up.v2");  // up to the last dot of the last name
+    // The name goes up to the last dot of the last name.
+    EXPECT_TRUE(Paths(store.root->fileChildren) == (std::vector<std::u16string>{upper, a}) &&
+                store.root->fileChildren[0]->name == u"Up.v2");
 
     // A gallery added to the tree reads its common-use list; a class does not.
     CreateDirectories(rootPath + u"/H/C");
     for (const char16_t* list : {u"/H/CommonUse.xml", u"/H/C/CommonUse.xml"}) WriteBytes(Utf16ToUtf8(rootPath + list), ListOf({a}));
     GalleryNode* h = AddGallery(u"H");
     ASSERT_EQ(h->fileChildren.size(), 1u);
-    EXPECT_EQ(h->fileChildren[0]->OwnerName() + h->fileChildren[0]->name, std::u16string(kCommonUseTag) + u"a");
-    EXPECT_TRUE(AddClass(h, u"C", 1, u"")->fileChildren.empty());
+    EXPECT_TRUE(h->fileChildren[0]->OwnerName() == kCommonUseTag && h->fileChildren[0]->name == u"a" &&
+                AddClass(h, u"C", 1, u"")->fileChildren.empty());
 
     GalleryStore bare;  // no root: nothing, no crash
     RememberRecent(bare, a, u"a");

@@ -19,6 +19,12 @@ inline std::u16string DumpTree(const GalleryNode* n, int depth = 0) {
     return s;
 }
 
+// `dump` with every `root` in it written as "R", so that an expected dump reads a node to a line.
+inline std::u16string RootAsR(std::u16string dump, const std::u16string& root) {
+    for (size_t at = 0; (at = dump.find(root, at)) != std::u16string::npos; ++at) dump.replace(at, root.size(), u"R");
+    return dump;
+}
+
 // The dumps of a node's dir children (the galleries of a root, the classes of a gallery).
 inline std::u16string DumpChildren(const GalleryNode* n, int depth = 0) {
     std::u16string s;

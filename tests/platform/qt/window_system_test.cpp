@@ -126,12 +126,10 @@ TEST(WindowTimers, RestartsCollapseABurstKillsAndDeathEndThem) {
     EXPECT_TRUE(r.seen.empty()) << "a restart must replace the running timer";
     Pump(90);
     ASSERT_GE(r.seen.size(), 1u);
-    EXPECT_EQ(std::make_pair(r.seen[0].message, r.seen[0].wParam), std::make_pair(uint32_t(WM_TIMER_MESSAGE), std::uintptr_t(1008)));
-    EXPECT_TRUE(KillTimer(h, 1008));
+    EXPECT_TRUE(r.seen[0].message == WM_TIMER_MESSAGE && r.seen[0].wParam == 1008 && KillTimer(h, 1008));
     r.seen.clear();
     // Two ids run side by side, told apart by wParam; killed, they stay quiet.
-    SetTimer(h, 2, 20);
-    SetTimer(h, 3, 20);
+    EXPECT_TRUE(SetTimer(h, 2, 20) && SetTimer(h, 3, 20));
     Pump(70);
     EXPECT_TRUE(KillTimer(h, 2) && KillTimer(h, 3) && !IsTimerRunning(h, 2));
     std::set<std::uintptr_t> ids;
