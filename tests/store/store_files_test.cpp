@@ -213,9 +213,13 @@ TEST_F(Layout, VersionTipShowListAndTheMoveFromThePreviousGeneration) {
     EXPECT_EQ(moved(), Moved(ShowXml({"Old"}), u"1"));
     RemoveFile(ShowListPath());  // flag set: nothing copied
     EXPECT_EQ(moved(), Moved("", u"1"));
-    RemoveFile(flag), RemoveFile(old + u"/Show.xml");  // no old list: the flag is set all the same
+    // No old list: the flag is set all the same.
+    RemoveFile(flag);
+    RemoveFile(old + u"/Show.xml");
     EXPECT_EQ(moved(), Moved("", u"1"));
-    RemoveDirectoryTree(StoreRoot()), RemoveFile(flag);  // no store folder: the copy makes it
+    // No store folder: the copy makes it.
+    RemoveDirectoryTree(StoreRoot());
+    RemoveFile(flag);
     WriteBytes(Utf16ToUtf8(old + u"/Show.xml"), ShowXml({"Old"}));
     EXPECT_EQ(moved(), Moved(ShowXml({"Old"}), u"1"));
     EXPECT_TRUE(FileExists(old + u"/Show.xml"));  // the old file stays

@@ -63,7 +63,8 @@ TEST(ClassTable, ReadAndApplied) {
     read.generalKinds[u"099_旧"];  // a root restarts the tables
     const ClassTableVersions versions = ReadClassDocument(doc, read);
     // Numbers run across every sort; skipped sorts still use theirs.
-    EXPECT_EQ(std::make_pair(Keys(read.generalKinds), Keys(read.boutiqueKinds)), std::make_pair(Names{u"001_全部", u"002_建筑"}, Names{u"006_室内", u"007_全部"}));
+    EXPECT_EQ(std::make_pair(Keys(read.generalKinds), Keys(read.boutiqueKinds)),
+              std::make_pair(Names{u"001_全部", u"002_建筑"}, Names{u"006_室内", u"007_全部"}));
     EXPECT_EQ(std::make_tuple(read.typeWord, read.showDesc, read.generalTitle + read.boutiqueTitle),
               std::make_tuple(std::u16string(u"挑图库"), true, std::u16string(u"通用精品")));
     // "全部" takes every item of its side; an item without a kind, or with one no sort names, is only there.

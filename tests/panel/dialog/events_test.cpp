@@ -67,8 +67,14 @@ TEST(PanelEvents, HourlyTimerWaitsAtBusyHoursOneShotTimersEndPayloadsAreFreedAnd
     // A download's report reaches its row by the high word of its id while the list shows (the
     // steps: the search model's test).
     panel.ShowPanel();
-    panel.m_search.rows = {BlockRow{.name = {}, .klass = {}, .subclass = {}, .url = {}, .path = QStringLiteral("/tmp/阀门.dwg"),
-                                    .thumbnail = {}, .prefetch = false, .size = 1000}};
+    panel.m_search.rows = {BlockRow{.name = {},
+                                    .klass = {},
+                                    .subclass = {},
+                                    .url = {},
+                                    .path = QStringLiteral("/tmp/阀门.dwg"),
+                                    .thumbnail = {},
+                                    .prefetch = false,
+                                    .size = 1000}};
     ASSERT_TRUE(panel.m_activeDownloads->Begin(0x1234, KeyOf(panel.m_search.rows[0])));
     SendWindowMessage(self, MsgProgress, std::uintptr_t{0x1234} << 16, 900);  // the list hidden
     panel.m_searchList->show();

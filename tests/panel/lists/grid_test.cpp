@@ -56,8 +56,11 @@ struct GridWorld {
     }
     void Write(size_t item, Make kind) {
         static const std::string dwg = SharedDir() + "/testdata/dwg/";
-        static const std::string bytes[] = {ReadBytes(dwg + "bmp8_ac1015.dwg"), ReadBytes(dwg + "png_ac1027.dwg"),
-                                            ReadBytes(dwg + "no_preview_ac1009.dwg"), std::string(600, 'x'), {}};
+        static const std::string bytes[] = {ReadBytes(dwg + "bmp8_ac1015.dwg"),
+                                            ReadBytes(dwg + "png_ac1027.dwg"),
+                                            ReadBytes(dwg + "no_preview_ac1009.dwg"),
+                                            std::string(600, 'x'),
+                                            {}};
         ASSERT_GT(bytes[0].size(), 4096u) << "test drawings not found";
         if (kind != Make::Missing) WriteBytes(QString::fromStdU16String(paths[item]).toStdString(), bytes[int(kind)]);
     }
@@ -74,7 +77,9 @@ struct GridWorld {
         EXPECT_TRUE(Settle()) << "previews still pending";
         view->repaint();
     }
-    bool Settle() { return PumpUntil([this] { return !view->PreviewsPending(); }, 10000); }
+    bool Settle() {
+        return PumpUntil([this] { return !view->PreviewsPending(); }, 10000);
+    }
 };
 
 using Ints = std::vector<int>;
@@ -97,7 +102,10 @@ TEST(DwgListView, ShownRangeLoadsPreviewsReportsMissingFilesAndKeepsStates) {
     const int reads = w.view->PreviewReads();
     EXPECT_EQ(reads, 2 * (last + 1) - 3);  // every present file once
     // A second look at the file without preview makes it final; loaded previews are not read again.
-    for (int look = 0; look < 2; ++look) w.view->RedrawItem(1), w.Repaint();
+    for (int look = 0; look < 2; ++look) {
+        w.view->RedrawItem(1);
+        w.Repaint();
+    }
     EXPECT_EQ(std::make_pair(state(1), w.view->PreviewReads()), std::make_pair(int(CDWGListView::kStateFinal), reads + 1));
     // While the owner scans, shown cells report nothing; scrolled in, the missing 25 reports.
     (void)w.Missing();
@@ -175,11 +183,13 @@ TEST(DwgListView, NamesFitCellsDrawInTheirStatesAndTheMouseAndKeysPost) {
         // Right clicks: a menu for tried items only; beside the items the selection clears quietly.
         for (int item : {2, 3, 0}) Click(w.view, w.view->IconRect(item).center(), Qt::RightButton);
         Click(w.view, QPoint(w.view->ItemRect(3).center().x(), w.view->ItemRect(7).bottom() + 20));
-        EXPECT_EQ(std::make_pair(w.view->GetSelectedItem(), commands()), std::make_pair(-1, Posted{{MsgPanelEvent, 8, 3, {}}, {MsgPanelEvent, 8, 0, {}}}));
+        EXPECT_EQ(std::make_pair(w.view->GetSelectedItem(), commands()),
+                  std::make_pair(-1, Posted{{MsgPanelEvent, 8, 3, {}}, {MsgPanelEvent, 8, 0, {}}}));
         // Keys move the selection and tell the owner; the edges hold.
         w.view->SetSelectedItem(0);
         for (Qt::Key key : {Qt::Key_Down, Qt::Key_Down, Qt::Key_Right}) Key(w.view, key);
-        EXPECT_EQ(std::make_pair(w.view->GetSelectedItem(), commands()), std::make_pair(5, Posted{{MsgPanelCommand, 1, 4, {}}, {MsgPanelCommand, 1, 5, {}}}));
+        EXPECT_EQ(std::make_pair(w.view->GetSelectedItem(), commands()),
+                  std::make_pair(5, Posted{{MsgPanelCommand, 1, 4, {}}, {MsgPanelCommand, 1, 5, {}}}));
     }
     EXPECT_EQ(CDWGListView::TitleOf(u"/store/建筑/门.窗.dwg"), QStringLiteral("门.窗"));
 }

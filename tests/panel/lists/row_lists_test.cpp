@@ -103,8 +103,16 @@ TEST(ClassList, ClicksHoverScrollTipsAndLookAtTwoRates) {
 }
 
 BlockRow Row(const QString& name, int state) {
-    return {.name = name, .klass = QStringLiteral("建筑"), .subclass = QStringLiteral("门窗..平开门"), .url = {}, .path = {},
-            .thumbnail = {}, .prefetch = false, .boutique = false, .state = state, .percent = 40};
+    return {.name = name,
+            .klass = QStringLiteral("建筑"),
+            .subclass = QStringLiteral("门窗..平开门"),
+            .url = {},
+            .path = {},
+            .thumbnail = {},
+            .prefetch = false,
+            .boutique = false,
+            .state = state,
+            .percent = 40};
 }
 
 // The list's owner window: like the panel, it kills a row timer when it fires,

@@ -15,7 +15,9 @@ namespace {
 
 // The opener replaced for the test's life: the addresses it was given.
 struct OpenedAddresses : std::vector<QString> {
-    OpenedAddresses() { SetAddressOpener([this](const QString& address) { push_back(address); }); }
+    OpenedAddresses() {
+        SetAddressOpener([this](const QString& address) { push_back(address); });
+    }
     ~OpenedAddresses() { SetAddressOpener({}); }
 };
 

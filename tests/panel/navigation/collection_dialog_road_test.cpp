@@ -268,8 +268,13 @@ TEST(CollectionDialogRoad, CollectsFromAGalleryMenuAndFromASearchRow) {
 
     // A search row's "收藏": the row's file goes in; "关闭" marks the row.
     p.GoToPage(PageSearch);
-    p.m_search.rows = {BlockRow{.name = QStringLiteral("Door.DWG"), .klass = {}, .subclass = {}, .url = {},
-                                .path = QString::fromStdU16String(blocks[2]->Path()), .thumbnail = {}, .state = RowFetched}};
+    p.m_search.rows = {BlockRow{.name = QStringLiteral("Door.DWG"),
+                                .klass = {},
+                                .subclass = {},
+                                .url = {},
+                                .path = QString::fromStdU16String(blocks[2]->Path()),
+                                .thumbnail = {},
+                                .state = RowFetched}};
     p.m_searchList->show();
     (void)PostWindowMessage(p.Handle(), MsgPanelCommand, 10, 0);
     collect = DialogOf<CCollectiondlg>(p);

@@ -37,7 +37,8 @@ TEST(CollectionRoad, FoldersBlocksAndFilesFollowTheServiceForEachUser) {
     ASSERT_EQ(p.m_pThumbList->GetItemCount(), 3);
     EXPECT_EQ(p.m_pThumbList->GetPath(1), mine + u"/螺栓/地脚螺栓.dwg");
     const auto mirrored = [&](const char16_t* name) { return FileExists(mine + u"/螺栓/" + name + u".dwg"); };
-    ASSERT_TRUE(PumpUntil([&] { return mirrored(u"六角螺栓") && mirrored(u"地脚螺栓") && mirrored(u"膨胀螺栓") && p.m_thumbs.running.empty(); }, 8000));
+    ASSERT_TRUE(PumpUntil(
+        [&] { return mirrored(u"六角螺栓") && mirrored(u"地脚螺栓") && mirrored(u"膨胀螺栓") && p.m_thumbs.running.empty(); }, 8000));
     EXPECT_EQ(FileSize(mine + u"/螺栓/六角螺栓.dwg"), FileSize(Utf8ToUtf16(SharedDir() + "/testdata/dwg/bmp8_ac1015.dwg")));
 
     // Behind the panel's back: a folder goes, a block goes, a folder comes.
@@ -50,13 +51,15 @@ TEST(CollectionRoad, FoldersBlocksAndFilesFollowTheServiceForEachUser) {
     EXPECT_TRUE(!PathExists(mine + u"/管件") && p.m_pThumbList->GetItemCount() == 2 && !mirrored(u"地脚螺栓") && mirrored(u"膨胀螺栓"));
 
     // "删除图块": refused by the service, nothing changes; then it goes everywhere.
-    Click(p.m_pThumbList, p.m_pThumbList->IconRect(1).center()), Pump(30);
+    Click(p.m_pThumbList, p.m_pThumbList->IconRect(1).center());
+    Pump(30);
     w.service.faults().set("/gallery/dwg_collect", {.status = 200, .body = "error"});  // answered without being carried out
     w.ClickButton(ControlId::DeleteBlock);
     ASSERT_TRUE(PumpUntil([&] { return tips.seen == 1; }));
     EXPECT_TRUE(mirrored(u"膨胀螺栓") && p.m_pThumbList->GetItemCount() == 2);
     w.service.faults().clear("/gallery/dwg_collect");
-    Click(p.m_pThumbList, p.m_pThumbList->IconRect(1).center()), Pump(30);
+    Click(p.m_pThumbList, p.m_pThumbList->IconRect(1).center());
+    Pump(30);
     w.ClickButton(ControlId::DeleteBlock, 400);
     ASSERT_TRUE(PumpUntil([&] { return p.m_pThumbList->GetItemCount() == 1 && !p.CollectionBusy(); }));
     EXPECT_FALSE(mirrored(u"膨胀螺栓") || users.blockByName(users.folderByName(7, "螺栓")->id, "膨胀螺栓.dwg").has_value());

@@ -76,9 +76,15 @@ TEST(NavigationRender, BrowseAndSearchRoadsAtRatesOneAndOneAndAHalf) {
         p.ShowHotWords(false);
         const QString drawing = QString::fromStdString(SharedDir() + "/testdata/dwg/bmp8_ac1015.dwg");
         for (const char* name : {"平开门M1021", "双开门", "推拉门", "旋转门", "卷帘门", "折叠门", "门套", "门槛"})
-            p.m_search.serverRows.push_back({.name = QString::fromUtf8(name) + ".dwg", .klass = QStringLiteral("建筑"),
-                                             .subclass = QStringLiteral("门窗..平开门"), .url = {}, .path = drawing + ".gone", .thumbnail = {},
-                                             .thumbnailTried = true, .prefetch = false, .state = int(p.m_search.serverRows.size() % 6),
+            p.m_search.serverRows.push_back({.name = QString::fromUtf8(name) + ".dwg",
+                                             .klass = QStringLiteral("建筑"),
+                                             .subclass = QStringLiteral("门窗..平开门"),
+                                             .url = {},
+                                             .path = drawing + ".gone",
+                                             .thumbnail = {},
+                                             .thumbnailTried = true,
+                                             .prefetch = false,
+                                             .state = int(p.m_search.serverRows.size() % 6),
                                              .percent = 40});
         p.m_search.serverRows[0].thumbnail = LoadDwgPreview(drawing);
         p.m_search.serverRows[1].boutique = true;

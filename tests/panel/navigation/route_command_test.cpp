@@ -16,7 +16,10 @@ TEST(Routes, RoutesTheCollectionsRowTheHostButtonsTheCommandsAndTheShowList) {
     CBrindleDlg& p = *w.panel;
     p.hostWindow = HandleOf(&host);
     auto command = [&](std::uintptr_t code, std::intptr_t lParam) { SendWindowMessage(p.Handle(), MsgPanelCommand, code, lParam); };
-    auto routeTo = [&](const char16_t* route) { return p.OpenRoute(route), w.WaitForSwitch(); };
+    auto routeTo = [&](const char16_t* route) {
+        p.OpenRoute(route);
+        return w.WaitForSwitch();
+    };
     ASSERT_EQ(p.m_classList->GetItemCount(), 4);  // the collections have row 1 only
 
     // A class that is not in its gallery, and the collections without a user, open nothing.
@@ -73,7 +76,11 @@ TEST(Routes, RoutesTheCollectionsRowTheHostButtonsTheCommandsAndTheShowList) {
     EXPECT_TRUE(enabled && !p.m_collectionBtns[2]->isEnabled());
     // 23: a result row's class link opens its class and selects the block.
     p.m_search.rows = {BlockRow{.name = QString::fromStdU16String(g2->dirChildren[2]->fileChildren[3]->name),
-                                .klass = QStringLiteral("家具"), .subclass = QStringLiteral("类C"), .url = {}, .path = {}, .thumbnail = {}}};
+                                .klass = QStringLiteral("家具"),
+                                .subclass = QStringLiteral("类C"),
+                                .url = {},
+                                .path = {},
+                                .thumbnail = {}}};
     command(23, 1);  // no such row
     EXPECT_FALSE(IsTimerRunning(p.Handle(), kTimerClassSwitch));
     ShiftTicksForTest(400);

@@ -127,7 +127,8 @@ TEST(LiveSearch, TheSameTextAsksOnceTheBoxRemembersItAndTheStoreAnswersWhenTheSe
     WriteOptionInt(u"GalDefSearch", 0);
     w.Search(QStringLiteral("类A_1"));
     ASSERT_TRUE(w.WaitForRows());
-    EXPECT_EQ(std::make_pair(g_defaultHotWord, names()), std::make_pair(QStringLiteral("类A_1"), QStringList({QStringLiteral("类A_1.dwg")})));
+    EXPECT_EQ(std::make_pair(g_defaultHotWord, names()),
+              std::make_pair(QStringLiteral("类A_1"), QStringList({QStringLiteral("类A_1.dwg")})));
 
     // The service down, slower than the quiet time: the store's own blocks answer.
     w.service.faults().set("/gallery/search_g", {.latencyMs = 600, .status = 500});

@@ -53,11 +53,16 @@ protected:
 INSTANTIATE_TEST_SUITE_P(Rates, PaintScenes, ::testing::Values(1.0f, 1.5f));
 
 PanelPaintState Browse(int classIndex, int itemCount, int syncStatus = -1) {
-    return {.page = classIndex == 1 ? PageCollection : PageBrowse, .classIndex = classIndex, .itemCount = itemCount, .syncStatus = syncStatus};
+    return {
+        .page = classIndex == 1 ? PageCollection : PageBrowse, .classIndex = classIndex, .itemCount = itemCount, .syncStatus = syncStatus};
 }
 
 PanelPaintState Search(int page, int searchState, int rows, bool ended = false, bool untouched = false) {
-    return {.page = page, .searchUntouched = untouched, .searchState = searchState, .rowCount = rows, .searchEnded = ended,
+    return {.page = page,
+            .searchUntouched = untouched,
+            .searchState = searchState,
+            .rowCount = rows,
+            .searchEnded = ended,
             .defaultHotWord = QStringLiteral("门窗")};
 }
 
@@ -106,8 +111,15 @@ TEST_P(PaintScenes, ResultRowsInEveryState) {
     // Each row: its state (a state with a file on disk shows placeholder A, else B), its look, and a change.
     std::vector<std::pair<BlockRow, SearchRowLook>> rows;
     auto add = [&](int state, SearchRowLook look = {}, const std::function<void(BlockRow&)>& change = {}) {
-        BlockRow row{.name = QStringLiteral("平开门M1021.dwg"), .klass = QStringLiteral("建筑"), .subclass = QStringLiteral("门窗..平开门"),
-                     .url = {}, .path = QStringLiteral("/x/block.dwg"), .thumbnail = {}, .prefetch = false, .state = state, .percent = 40};
+        BlockRow row{.name = QStringLiteral("平开门M1021.dwg"),
+                     .klass = QStringLiteral("建筑"),
+                     .subclass = QStringLiteral("门窗..平开门"),
+                     .url = {},
+                     .path = QStringLiteral("/x/block.dwg"),
+                     .thumbnail = {},
+                     .prefetch = false,
+                     .state = state,
+                     .percent = 40};
         if (change) change(row);
         rows.push_back({row, look});
     };
@@ -120,21 +132,29 @@ TEST_P(PaintScenes, ResultRowsInEveryState) {
     add(RowFresh, {.selected = true, .key = {}});
     add(RowFailed, {.selected = true, .key = QStringLiteral("门")}, [](BlockRow& r) { r.boutique = true; });
     add(RowCollected, {}, [](BlockRow& r) { r.name = QString(60, QChar(0x95E8)); });
-    add(RowCollected, {}, [](BlockRow& r) { r.name = QStringLiteral("plan.dw"), r.subclass = QStringLiteral("a..b..c"); });  // not ".dwg": kept whole
+    add(RowCollected, {},
+        [](BlockRow& r) { r.name = QStringLiteral("plan.dw"), r.subclass = QStringLiteral("a..b..c"); });  // not ".dwg": kept whole
     const QRect item(4, 6, ScaleUnits(740), ScaleUnits(60) + 1);
     std::vector<Scene> scenes;
     for (const auto& [row, look] : rows)
-        scenes.push_back([&, row, look](QPainter& p) { p.fillRect(item, Qt::white), DrawSearchRow(p, item, row, look); });
+        scenes.push_back([&, row, look](QPainter& p) {
+            p.fillRect(item, Qt::white);
+            DrawSearchRow(p, item, row, look);
+        });
     const QImage sheet = Sheet(QSize(ScaleUnits(740) + 12, ScaleUnits(60) + 14), scenes, 2);
     EXPECT_TRUE(MatchesReference(sheet, "panel/paint", At("result_rows")));
 }
 
 TEST(HighlightRule, CutsAtEveryExactOccurrence) {
-    const std::tuple<const char*, const char*, const char*> cases[] = {
-        {"abcab", "ab", "ab|c|ab"},       {"x阀门y阀门", "阀门", "x|阀门|y|阀门"}, {"aaa", "aa", "aa|a"},  // no overlap: the scan resumes
-                                                                                                           // behind each key
-        {"ABab", "ab", "AB|ab"},  // exact comparison
-        {"共12条结果", "", "共12条结果"}, {"共12条结果", "7", "共12条结果"},       {"", "a", ""},         {"ab", "ab", "ab"}};
+    const std::tuple<const char*, const char*, const char*> cases[] = {{"abcab", "ab", "ab|c|ab"},
+                                                                       {"x阀门y阀门", "阀门", "x|阀门|y|阀门"},
+                                                                       {"aaa", "aa", "aa|a"},  // no overlap: the scan resumes
+                                                                                               // behind each key
+                                                                       {"ABab", "ab", "AB|ab"},  // exact comparison
+                                                                       {"共12条结果", "", "共12条结果"},
+                                                                       {"共12条结果", "7", "共12条结果"},
+                                                                       {"", "a", ""},
+                                                                       {"ab", "ab", "ab"}};
     for (const auto& [text, key, pieces] : cases)
         EXPECT_EQ(SplitAtKey(QString::fromUtf8(text), QString::fromUtf8(key)),
                   QString::fromUtf8(pieces).split(QLatin1Char('|'), Qt::SkipEmptyParts))
@@ -159,18 +179,22 @@ TEST(ResultRowRules, NameAndClassLine) {
     UseRate(1.5f);
     row.subclass = QStringLiteral("门窗..平开门");
     int width = 0;
-    Painted(QSize(ScaleUnits(760), ScaleUnits(70)), [&](QPainter& p) { width = DrawSearchRow(p, QRect(0, 0, ScaleUnits(740), ScaleUnits(61)), row, {}); });
+    Painted(QSize(ScaleUnits(760), ScaleUnits(70)),
+            [&](QPainter& p) { width = DrawSearchRow(p, QRect(0, 0, ScaleUnits(740), ScaleUnits(61)), row, {}); });
     EXPECT_EQ(width, QFontMetrics(Font(SkinFont::Normal)).horizontalAdvance(QStringLiteral("建筑>平开门")));
 }
 
 TEST(PanelPaintRules, ASqueezedWindowGetsItsFrameAndPaintsNothingOutsideItAndTheHintMovesLeft) {
     UseRate(1.0f);
     const auto nothing = [](QPainter&) {};
-    QImage tiny = Painted(QSize(6, 6), [](QPainter& p) { PaintPanel(p, QSize(3, 3), {}); }, Qt::black);
+    QImage tiny = Painted(
+        QSize(6, 6), [](QPainter& p) { PaintPanel(p, QSize(3, 3), {}); }, Qt::black);
     EXPECT_NE(tiny.pixelColor(1, 1), QColor(Qt::black));
     QPainter(&tiny).fillRect(0, 0, 3, 3, Qt::black);
     EXPECT_EQ(tiny, Painted(QSize(6, 6), nothing, Qt::black));
-    EXPECT_EQ(Painted(QSize(4, 4), [](QPainter& p) { PaintPanel(p, QSize(0, 0), {}); }, Qt::black), Painted(QSize(4, 4), nothing, Qt::black));
+    EXPECT_EQ(Painted(
+                  QSize(4, 4), [](QPainter& p) { PaintPanel(p, QSize(0, 0), {}); }, Qt::black),
+              Painted(QSize(4, 4), nothing, Qt::black));
     // The double-click hint stands at 588 units where it fits; a window too narrow for it moves it left, never past 530.
     auto hintLeft = [](int width) { return DoubleClickHintRect(QSize(width, ScaleUnits(454))).left(); };
     EXPECT_EQ(std::make_pair(hintLeft(2000), hintLeft(300)), std::make_pair(ScaleUnits(588), ScaleUnits(530)));

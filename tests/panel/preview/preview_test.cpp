@@ -347,7 +347,8 @@ TEST(FitThumbnail, SizesAndTinyCellsStayInsideTheCanvas) {
             for (QSize source : {QSize(1, 1), QSize(1, 300), QSize(300, 1), QSize(13, 7), QSize(w, h)}) {
                 const QImage thumb = FitThumbnail(Filled(source.width(), source.height(), qRgb(255, 255, 255)), w, h, 1.0);
                 ASSERT_EQ(thumb.size(), QSize(w, h));
-                EXPECT_TRUE(thumb.pixel(0, 0) == kThumbnailFrameOther && thumb.pixel(w - 1, h - 1) == kThumbnailFrameOther) << w << "x" << h;
+                EXPECT_TRUE(thumb.pixel(0, 0) == kThumbnailFrameOther && thumb.pixel(w - 1, h - 1) == kThumbnailFrameOther)
+                    << w << "x" << h;
             }
 }
 

@@ -52,13 +52,19 @@ public:
     std::unique_ptr<CBrindleDlg> panel;
 
     // A click on a row of the class column; its posted command reaches the panel.
-    void ClickClassRow(int row) { panel->m_classList->EnsureVisible(row), Click(panel->m_classList, panel->m_classList->RowRect(row).center()); }
+    void ClickClassRow(int row) {
+        panel->m_classList->EnsureVisible(row);
+        Click(panel->m_classList, panel->m_classList->RowRect(row).center());
+    }
     // A click `laterMs` after the last one, as far as the damping clocks know.
     void ClickButton(int id, int laterMs = 0);
     // Waits until the class switch timer has run and nothing is pending.
     bool WaitForSwitch(int timeoutMs = 3000);
     // Clicks a row of the class column and waits for the switch.
-    bool OpenRow(int row) { return ClickClassRow(row), WaitForSwitch(); }
+    bool OpenRow(int row) {
+        ClickClassRow(row);
+        return WaitForSwitch();
+    }
     // The host has signed in `user` with the token "token-<user>".
     void SignIn(int user) { panel->userId = user, panel->userToken = u"token-" + QString::number(user).toStdU16String(); }
     int RowOf(const std::u16string& text) const;
@@ -161,7 +167,11 @@ struct TipWatcher : QTimer {
 };
 
 // A double click on a cell of the thumbnail list, brought into view first.
-inline void DoubleClickItem(CDWGListView* list, int item) { list->EnsureVisible(item), DoubleClick(list, list->IconRect(item).center()), Pump(30); }
+inline void DoubleClickItem(CDWGListView* list, int item) {
+    list->EnsureVisible(item);
+    DoubleClick(list, list->IconRect(item).center());
+    Pump(30);
+}
 
 // Frees the process-wide store's tree, so that a test starts with none.
 void ResetGalleryStore();

@@ -10,8 +10,8 @@ ParsedOptions Parse(const QStringList& args) { return ParseDemoOptions(args, QSt
 
 TEST(DemoOptions, ReadsEveryOptionWithinItsBoundsAndDefaultsTheRest) {
     EXPECT_EQ(Parse({}).options.library, QStringLiteral("/b/libmarrowfin.so"));  // the build folder's library
-    const ParsedOptions p = Parse({"--library", "/x/lib.so", "--tour", "/t", "--short", "--sample", "/s",
-                                   "--rate-label", "1.5", "--step-timeout", "100"});
+    const ParsedOptions p =
+        Parse({"--library", "/x/lib.so", "--tour", "/t", "--short", "--sample", "/s", "--rate-label", "1.5", "--step-timeout", "100"});
     ASSERT_TRUE(p.error.isEmpty()) << p.error.toStdString();
     EXPECT_EQ(QStringList({p.options.library, p.options.tourDir, p.options.sampleDir, p.options.rateLabel}),
               QStringList({"/x/lib.so", "/t", "/s", "1.5"}));
