@@ -130,6 +130,9 @@ bool MarkupDocument::LoadBytes(std::string_view bytes) {
     return Decode(bytes);
 }
 
+// Long on purpose: the byte-order mark, the declared encoding and each
+// decoding road share the locals that say where the text starts and how wide
+// its units are; split up, they would travel in a struct for no gain.
 bool MarkupDocument::Decode(std::string_view bytes) {
     const auto* b = reinterpret_cast<const unsigned char*>(bytes.data());
     size_t pos = 0;

@@ -80,6 +80,8 @@ void CSkinButton::DrawFrame(QPainter& painter, const QRect& target, bool rightFr
     DrawCell(painter, target, rightFrame ? sheetRect.right : sheetRect.left, sheetRect.top, w, h);
 }
 
+// One case per recipe kind: each is a few painter calls, and the kinds read
+// best side by side in one table.
 void CSkinButton::DrawItem(QPainter& painter) {
     const QRect client = rect();
     const QString caption = text();

@@ -200,6 +200,8 @@ bool DemoTour::Shoot(const QString& name, const std::function<QImage()>& take) {
     return true;
 }
 
+// The tour's script in the order it runs: long, as a script is, and read
+// from top to bottom; the collection steps have their own function.
 void DemoTour::BuildSteps() {
     const int settle = m_options.shortTour ? 800 : 1500;
     const int netSettle = m_options.shortTour ? 1500 : 3000;
@@ -617,6 +619,7 @@ void DemoTour::BuildSteps() {
                        nullptr, 100, QString()});
 }
 
+// The collection part of the script, in the order it runs.
 void DemoTour::AddCollectionSteps(int settle, int netSettle) {
     // Each step is a row of moves made one after another as the panel gets
     // there, at a user's pace; a move is tried at each poll until it could be made.

@@ -28,6 +28,8 @@ bool LooksLikeDrawing(const std::string& bytes) { return bytes.size() >= 6 && by
 
 }  // namespace
 
+// The route table: one short handler per address, kept in one list so that
+// the service's whole collection surface reads in one place.
 void ServiceHandle::Impl::registerCollectionRoutes() {
     auto route = [this](const std::string& name, std::function<Reply(const httplib::Request&, int64_t user)> fn) {
         auto handler = [this, fn](const httplib::Request& req, httplib::Response& res) {

@@ -100,6 +100,8 @@ bool ReadText(const fs::path& path, std::string& out) {
 
 }  // namespace
 
+// The route table: one short handler per address, kept in one list so that
+// the service's whole gallery surface reads in one place.
 void ServiceHandle::Impl::registerGalleryRoutes() {
     auto route = [this](const std::string& name, std::function<Reply(const httplib::Request&)> fn) {
         auto handler = [this, fn](const httplib::Request& req, httplib::Response& res) {

@@ -142,6 +142,10 @@ std::string ClassTable(const std::vector<GalleryPlan>& order) {
 
 }  // namespace
 
+// The sample written step by step: folders, the library with its blocks, the
+// class tables, the hot words, the tiles. One random stream runs through the
+// steps in this order, which is what keeps a seed's sample the same; they stay
+// together so that no reordering can change it unnoticed.
 SampleResult GenerateSample(const std::string& outDir, const SampleOptions& options) {
     SampleResult result;
     if (options.galleries < 1 || options.classes < 1 || options.blocks < 0) {

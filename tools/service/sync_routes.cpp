@@ -72,6 +72,7 @@ bool TakeInArchive(ServiceHandle::Impl& impl, int64_t user, const std::vector<Ar
 
 }  // namespace
 
+// The route table: one short handler per address, in one list.
 void ServiceHandle::Impl::registerSyncRoutes() {
     auto route = [this](const std::string& name, std::function<Reply(const httplib::Request&)> fn) {
         auto handler = [this, fn](const httplib::Request& req, httplib::Response& res) {
