@@ -1,8 +1,8 @@
 // The stand-in service on a free loopback port over a small sample library:
-// the fault switches over HTTP, requests no client should send leave it
-// standing, damaged and refused archives. A raw socket reads the answers an
-// HTTP library would smooth over. (The sample's determinism is what the
-// reference pictures drawn from it rely on.)
+// every fault switch fires and ends, requests no client should send leave it
+// standing, damaged and refused archives, and the sample's determinism (its
+// search ranking is read through the library's search rows). A raw
+// socket reads the answers an HTTP library would smooth over.
 
 #include <arpa/inet.h>
 #include <gtest/gtest.h>
@@ -11,19 +11,26 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <chrono>
+#include <filesystem>
+#include <functional>
+#include <map>
 #include <random>
 
 #include "archive_reader.h"
 #include "fault_switches.h"
 #include "request_counters.h"
+#include "sample_generator.h"
 #include "service_handle.h"
 #include "support/live_service.h"
 #include "support/temp_home.h"
 #include "support/test_paths.h"
 #include "user_state.h"
 
+namespace fs = std::filesystem;
 using namespace marrowfin;
 using namespace marrowfin::test;
+using Clock = std::chrono::steady_clock;
 
 namespace {
 
@@ -90,40 +97,67 @@ TEST(ServiceTest, FaultSwitchesMalformedRequestsAndDamagedArchives) {
     const std::string path = "/gallery/selpageinfo";
     const std::string full = Raw(path).body;
     ASSERT_GT(full.size(), 100u);
-    // Set over HTTP, a raw client sees what an HTTP library smooths over: the head promises the
-    // whole body and the connection ends after 40 bytes, twice, then the counted fault has ended;
-    // a dropped answer has no byte at all. (How a client takes each switch: the transport's tests.)
-    ASSERT_EQ("ok", Admin("/admin/fault?path=" + path + "&truncate=40&count=2"));
-    for (int i = 0; i < 3; ++i) {
+    const long size = static_cast<long>(full.size());
+    // The switch, and what a raw client sees with it (the answer, its time in ms).
+    const std::pair<const char*, std::function<void(const RawReply&, long)>> table[] = {
+        // Two requests in a row, then the counted fault has ended.
+        {"status=503&count=2",
+         [&](const RawReply& r, long) {
+             const int second = Raw(path).status;
+             EXPECT_EQ(std::make_tuple(503, 503, 200), std::make_tuple(r.status, second, Raw(path).status));
+         }},
+        {"empty=1", [](const RawReply& r,
+                       long) { EXPECT_EQ(std::make_tuple(200, 0L, std::string()), std::make_tuple(r.status, r.contentLength, r.body)); }},
+        {"body=error", [](const RawReply& r, long) { EXPECT_EQ("error", r.body); }},
+        // The head promises the whole body, and the connection ends after 40 bytes.
+        // An HTTP client sees a failure for these two.
+        {"truncate=40",
+         [&](const RawReply& r, long) {
+             EXPECT_EQ(std::make_tuple(size, full.substr(0, 40), false),
+                       std::make_tuple(r.contentLength, r.body, bool(Client().Get(path))));
+         }},
+        {"drop=1",
+         [&](const RawReply& r, long) { EXPECT_TRUE(r.connected && r.bytes.empty() && !Client().Get(path)) << "no byte of an answer"; }},
+        {"latency=300", [](const RawReply& r, long ms) { EXPECT_TRUE(r.status == 200 && ms >= 300) << ms; }},
+        // 1000 bytes a second: the whole body arrives, and not before its time.
+        {"drip=1000", [&](const RawReply& r, long ms) { EXPECT_TRUE(r.body == full && ms >= size - 100) << ms; }},
+        {"hold=200", [](const RawReply& r, long ms) { EXPECT_TRUE(r.status == 200 && ms >= 200) << ms; }},
+    };
+    for (const auto& [fault, check] : table) {
+        SCOPED_TRACE(fault);
+        ASSERT_EQ("ok", Admin("/admin/fault?path=" + path + "&" + fault));
+        const auto start = Clock::now();
         const RawReply r = Raw(path);
-        EXPECT_EQ(std::make_pair(r.contentLength, r.body), std::make_pair(long(full.size()), i < 2 ? full.substr(0, 40) : full)) << i;
+        check(r, long(std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start).count()));
+        Admin("/admin/clear?path=" + path);
+        EXPECT_EQ(full, Raw(path).body) << "cleared, and the server lives on";
     }
-    ASSERT_EQ("ok", Admin("/admin/fault?path=" + path + "&drop=1"));
-    const RawReply dropped = Raw(path);
-    EXPECT_TRUE(dropped.connected && dropped.bytes.empty());
-    Admin("/admin/clear?path=" + path);
-    EXPECT_EQ(full, Raw(path).body) << "cleared, and the server lives on";
     // Bad switches are refused with a reason; admin requests are neither counted nor faulted.
     for (const char* bad : {"latency=abc", "bogus=1", "status=42", "hold=-1"})
         EXPECT_EQ(400, Client().Get(("/admin/fault?path=/x&" + std::string(bad)).c_str())->status) << bad;
     Admin("/admin/fault?status=500");
     EXPECT_TRUE(Admin("/admin/clear") == "ok" && service.counters().get("/admin/clear").count == 0);
-    // The most specific pattern wins: the exact path, the longest prefix, then the global one.
+    // The most specific pattern wins.
     service::FaultTable faults;
-    const char *patterns[] = {"*", "/files/*", "/files/a/*", "/files/a/b.dwg"},
-               *paths[] = {"/gallery/g_cs", "/files/z.dwg", "/files/a/c.dwg", "/files/a/b.dwg"};
-    for (int i = 0; i < 4; ++i) faults.set(patterns[i], {.status = 500 + i});
-    for (int i = 0; i < 4; ++i) EXPECT_EQ(faults.take(paths[i]).status, 500 + i) << paths[i];
+    for (const auto& [pattern, status] :
+         std::map<std::string, int>{{"*", 500}, {"/files/*", 501}, {"/files/a/*", 502}, {"/files/a/b.dwg", 503}})
+        faults.set(pattern, service::Fault{.status = status});
+    for (const auto& [path, status] :
+         std::map<std::string, int>{{"/files/a/b.dwg", 503}, {"/files/a/c.dwg", 502}, {"/files/z.dwg", 501}, {"/gallery/g_cs", 500}})
+        EXPECT_EQ(status, faults.take(path).status) << path;
 
     // Requests no client should send leave the server standing.
     const std::string token = service::kDemoUserToken;
     const std::string junk[] = {
+        "\r\n\r\n",
         "GARBAGE\r\n\r\n",
         "GET /gallery/g_cs?gallery_name=%ff%fe&cs=%00 HTTP/1.1\r\nHost: x\r\nConnection: close\r\n\r\n",
         "POST /gallery/dwg_collectu?usertoken=" + token +
             "&favorites_id=1&force=0 HTTP/1.1\r\nHost: x\r\nConnection: close\r\nContent-Type: multipart/form-data; boundary=zz\r\n"
             "Content-Length: 20\r\n\r\n--zz\r\nbroken-part\r\n",
+        "POST /gallery/lfupload HTTP/1.1\r\nHost: x\r\nConnection: close\r\nContent-Length: 5\r\n\r\nabcde",
         "GET /files/%2e%2e/%2e%2e/etc/passwd HTTP/1.1\r\nHost: x\r\nConnection: close\r\n\r\n",
+        "GET /ufiles/abc HTTP/1.1\r\nHost: x\r\nConnection: close\r\n\r\n",
         "GET /gallery/mvff?usertoken=" + token +
             "&ofid=1&favorites_id=99999999999999999999&dwg_id=-1 HTTP/1.1\r\nHost: x\r\nConnection: close\r\n\r\n",
         "POST /gallery/g_all_s?gallery_name=" + std::string(6000, ',') +
@@ -175,4 +209,21 @@ TEST(ServiceTest, FaultSwitchesMalformedRequestsAndDamagedArchives) {
     };
     EXPECT_EQ("0", status(service::kDemoUserToken)->body) << "a refused archive starts nothing";
     EXPECT_EQ(400, status("nobody")->status);
+}
+
+TEST(SampleLibrary, SameSeedSameBytesOtherSeedOtherLibrary) {
+    TempHome home;
+    service::SampleOptions options{3, 2, 3, 42};
+    ASSERT_TRUE(service::GenerateSample(home.file("a"), options).ok && service::GenerateSample(home.file("b"), options).ok);
+    options.seed = 43;
+    ASSERT_TRUE(service::GenerateSample(home.file("c"), options).ok);
+    auto snapshot = [](const std::string& dir) {
+        std::map<std::string, std::string> files;
+        for (const auto& f : fs::recursive_directory_iterator(dir))
+            if (f.is_regular_file()) files[fs::relative(f.path(), dir).string()] = ReadBytes(f.path().string());
+        return files;
+    };
+    const auto a = snapshot(home.file("a"));
+    EXPECT_TRUE(a == snapshot(home.file("b")) && a.at("library.tsv") != snapshot(home.file("c")).at("library.tsv"));
+    EXPECT_FALSE(service::GenerateSample(home.file("bad"), service::SampleOptions{0, 1, 1, 1}).ok);
 }
