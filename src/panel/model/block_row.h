@@ -33,6 +33,13 @@ inline bool SameRow(const BlockRow& a, const BlockRow& b) {
     return a.name == b.name && a.klass == b.klass && a.url == b.url && a.path == b.path;
 }
 
+// Whether `row` is the row of `key`, without building a key for it: the
+// lookups run on every progress report, over every listed row.
+inline bool RowHasKey(const BlockRow& row, const RowKey& key) {
+    const auto same = [](const QString& a, const std::u16string& b) { return QStringView(a) == QStringView(b); };
+    return same(row.name, key.name) && same(row.klass, key.klass) && same(row.url, key.url) && same(row.path, key.path);
+}
+
 inline RowKey KeyOf(const BlockRow& row) {
     return {row.name.toStdU16String(), row.klass.toStdU16String(), row.url.toStdU16String(), row.path.toStdU16String()};
 }

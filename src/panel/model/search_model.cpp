@@ -151,7 +151,7 @@ void SearchModel::GoBack() {
 
 int SearchModel::FindRow(const RowKey& key) const {
     for (size_t i = 0; i < rows.size(); ++i)
-        if (KeyOf(rows[i]) == key) return static_cast<int>(i);
+        if (RowHasKey(rows[i], key)) return static_cast<int>(i);
     return -1;
 }
 
@@ -169,7 +169,7 @@ RowEnd SearchModel::DownloadEnded(const std::optional<RowKey>& key, bool ok, int
     // A download whose row has gone (the page was left, a new search came) is
     // retired all the same, so that the same row may be fetched again later.
     *index = key ? FindRow(*key) : -1;
-    if (key) std::erase_if(downloadQueue, [&](const auto& entry) { return KeyOf(entry.second) == *key; });
+    if (key) std::erase_if(downloadQueue, [&](const auto& entry) { return RowHasKey(entry.second, *key); });
     if (*index < 0) return RowEnd::Gone;
     BlockRow& row = rows[static_cast<size_t>(*index)];
     if (ok) {
