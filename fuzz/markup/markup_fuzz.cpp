@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "markup/markup_document.h"
+#include "markup/markup_tokenizer.h"
 #include "platform/files.h"
 #include "platform/text.h"
 #include "support/markup_index.h"
@@ -66,6 +67,22 @@ std::u16string Piece(const uint8_t*& p, const uint8_t* end, size_t maxLength) {
     return out;
 }
 
+// Every '<' of the text read by the tokeniser with the wide start-tag road
+// and without it: the nodes must agree.
+void CompareTagRoads(std::u16string_view text) {
+    marrowfin::MarkupTokenizer plain(text.data(), text.size(), nullptr, false);
+    marrowfin::MarkupTokenizer wide(text.data(), text.size(), nullptr, true);
+    for (size_t at = text.find(u'<'); at != std::u16string_view::npos; at = text.find(u'<', at + 1)) {
+        marrowfin::MarkupNode x;
+        marrowfin::MarkupNode y;
+        plain.Read(at, x);
+        wide.Read(at, y);
+        Check(std::tie(x.kind, x.offset, x.length, x.nameOffset, x.nameEnd, x.empty) ==
+                  std::tie(y.kind, y.offset, y.length, y.nameOffset, y.nameEnd, y.empty),
+              "wide and plain start tags");
+    }
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
@@ -104,6 +121,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         }
     }
     CheckIndex(doc);
+    CompareTagRoads(doc.Text());
     // Records stop once 1000 characters are reached; the last one may carry
     // a tag name from the text, escaped at most six units for one.
     Check(doc.GetResult().size() < 1000 + 200 + 6 * (size + doc.Text().size()), "result cap");

@@ -2,38 +2,12 @@
 
 #include <cstring>
 
+#include "markup/markup_char_classes.h"
 #include "markup/markup_records.h"
+#include "markup/start_tag_wide.h"
 
 namespace marrowfin {
-namespace {
-
-// Character classes of the ASCII range in one table; every unit from 0x80 up
-// is an ordinary name and text character.
-enum : uint8_t {
-    CSpace = 1,  // tab, LF, CR, blank
-    CNameEnd = 2,  // ends a start tag name: space, '/', '>', NUL
-    CNameStart = 4,  // opens a start tag behind '<'
-    CValueEnd = 8,  // ends an unquoted value: space, '>', NUL
-};
-
-constexpr auto kClasses = [] {
-    struct Table {
-        uint8_t c[128]{};
-    } t;
-    for (int c : {'\t', '\n', '\r', ' '}) t.c[c] |= CSpace | CNameEnd | CValueEnd;
-    t.c[int{'/'}] |= CNameEnd;
-    t.c[int{'>'}] |= CNameEnd | CValueEnd;
-    t.c[0] |= CNameEnd | CValueEnd;
-    for (int c = 'A'; c <= 'Z'; ++c) t.c[c] |= CNameStart;
-    for (int c = 'a'; c < 128; ++c) t.c[c] |= CNameStart;
-    t.c[int{'_'}] |= CNameStart;
-    t.c[int{':'}] |= CNameStart;
-    return t;
-}();
-
-inline bool Is(char16_t c, uint8_t cls) { return c < 128 ? (kClasses.c[c] & cls) != 0 : cls == CNameStart; }
-
-}  // namespace
+using namespace markup_chars;
 
 // The NUL lies at m_length only, so "up to c or the NUL" is "up to c before
 // m_length"; `from` may lie at m_length but not beyond.
@@ -104,6 +78,7 @@ void MarkupTokenizer::ReadOther(size_t offset, MarkupNode& node) {
 }
 
 void MarkupTokenizer::ReadStartTag(size_t offset, MarkupNode& node) {
+    if (m_wide && ReadStartTagWide(m_text, m_length, offset, node)) return;
     const char16_t* t = m_text;
     const char16_t* p = t + offset + 1;
     while (!Is(*p, CNameEnd)) ++p;

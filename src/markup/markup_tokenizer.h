@@ -11,6 +11,9 @@
 
 namespace marrowfin {
 
+// Whether this processor reads start tags 32 units at a time (AVX-512).
+bool WideTagScanAvailable();
+
 enum MarkupNodeKind : int {
     NodeEndTag = 0,
     NodeStartTag = 1,
@@ -69,9 +72,10 @@ class MarkupTokenizer {
 public:
     // `text[length]` must be 0 and no earlier unit may be 0: the NUL is the
     // sentinel that ends every scan. Syntax error records go to `records`
-    // when it is not null.
-    MarkupTokenizer(const char16_t* text, size_t length, std::u16string* records)
-        : m_text(text), m_length(length), m_records(records) {}
+    // when it is not null. `wide` lets start tags be read with AVX-512 where
+    // the processor has it; both roads give the same nodes.
+    MarkupTokenizer(const char16_t* text, size_t length, std::u16string* records, bool wide = true)
+        : m_text(text), m_length(length), m_records(records), m_wide(wide && WideTagScanAvailable()) {}
 
     void Read(size_t offset, MarkupNode& node) {
         // Tags, most nodes of a document, go straight to their readers.
@@ -104,6 +108,7 @@ private:
     const char16_t* m_text;
     size_t m_length;
     std::u16string* m_records;
+    bool m_wide;
 };
 
 }  // namespace marrowfin

@@ -1,0 +1,111 @@
+// The wide start-tag reader against the plain one: random tags, most of them
+// usual attribute lists with a unit here and there that breaks the usual
+// shape, at every distance from the text's end.
+
+#include <gtest/gtest.h>
+
+#include <random>
+#include <string>
+
+#include "markup/start_tag_wide.h"
+
+namespace marrowfin {
+namespace {
+
+std::string Describe(const MarkupNode& n) {
+    return "kind " + std::to_string(n.kind) + " length " + std::to_string(n.length) + " name " + std::to_string(n.nameOffset) + ".." +
+           std::to_string(n.nameEnd) + (n.empty ? " empty" : "");
+}
+
+// The units that steer a tag's scan, blanks and '=' twice as likely.
+constexpr char16_t kUnits[] = {u'a', u'b', u'=',  u'=',  u'"', u'"', u'\'',     u'>', u'/',
+                               u' ', u' ', u'\n', u'\t', u'<', u'&', u'\u4E2D', u'x', u'1'};
+
+std::u16string RandomTag(std::mt19937& random, int round) {
+    auto unit = [&] { return kUnits[random() % std::size(kUnits)]; };
+    std::u16string text = round % 3 == 0 ? u"<item" : u"<a";
+    if (round % 2 == 0) {
+        // Steering units alone, long enough to span windows at times.
+        const size_t body = random() % (round % 10 == 0 ? 150 : 60);
+        for (size_t i = 0; i < body; ++i) text += unit();
+        text += u"\">";
+    } else {
+        // name="value" pairs, values of CJK and steering units other than
+        // '"', each unit of the tag broken with a small chance.
+        const size_t attributes = random() % 9;
+        for (size_t i = 0; i < attributes; ++i) {
+            text += u" n" + std::u16string(random() % 4, u'm') + u"=\"";
+            for (size_t v = random() % 14; v-- > 0;) {
+                const char16_t c = unit();
+                text += c == u'"' ? u'\u5757' : c;
+            }
+            text += u'"';
+        }
+        text += round % 5 == 0 ? u"/>" : u">";
+        if (random() % 4 == 0) text[2 + random() % (text.size() - 2)] = unit();
+    }
+    text += std::u16string(random() % 70, round % 4 == 0 ? u' ' : u'x');
+    return text;
+}
+
+TEST(StartTagWide, GivesThePlainReadersNodeOrLeavesTheTagToIt) {
+    if (!WideTagScanAvailable()) GTEST_SKIP() << "this processor has no AVX-512: only the plain reader runs";
+    std::mt19937 random(20261124);
+    int wideReads = 0;
+    int usualReads = 0;
+    int emptyTags = 0;
+    const int rounds = 40000;
+    for (int round = 0; round < rounds; ++round) {
+        const std::u16string text = RandomTag(random, round);
+        SCOPED_TRACE(round);
+        std::u16string records;
+        MarkupTokenizer plain(text.c_str(), text.size(), &records, false);
+        MarkupNode expected;
+        plain.Read(0, expected);
+
+        // The usual road alone: where it answers, the plain reader's tag ends at that '>'.
+        size_t nameEnd = 1;
+        while (nameEnd < text.size() && !IsMarkupSpace(text[nameEnd]) && text[nameEnd] != u'/' && text[nameEnd] != u'>') ++nameEnd;
+        if (text[nameEnd - 1] != u'=') {
+            if (const size_t end = UsualStartTagEnd(text.c_str(), text.size(), nameEnd); end != 0) {
+                ++usualReads;
+                ASSERT_EQ(expected.kind, NodeStartTag);
+                ASSERT_EQ(end + 1, expected.length) << "the usual road ended the tag elsewhere";
+            }
+        }
+
+        MarkupNode wide;
+        wide.kind = 12345;
+        if (!ReadStartTagWide(text.c_str(), text.size(), 0, wide)) {
+            ASSERT_EQ(wide.kind, 12345) << "a reader that gives up writes nothing";
+            continue;
+        }
+        ++wideReads;
+        emptyTags += wide.empty;
+        ASSERT_EQ(expected.kind, NodeStartTag) << "the wide reader took a tag the plain one finds broken: " << Describe(expected) << " "
+                                               << records.size();
+        ASSERT_EQ(Describe(wide), Describe(expected));
+        // The tokeniser with the wide road on gives the same node.
+        MarkupTokenizer either(text.c_str(), text.size(), nullptr);
+        MarkupNode viaTokenizer;
+        either.Read(0, viaTokenizer);
+        ASSERT_EQ(Describe(viaTokenizer), Describe(expected));
+    }
+    // A "==" astride two blocks of 64: the second '=' opens nothing, so its quote is no value's.
+    for (size_t k = 0; k < 140; ++k) {
+        const std::u16string text = u"<a " + std::u16string(k, u'b') + u"==\" >\" c=\"v\">" + std::u16string(100, u'x');
+        MarkupNode expected;
+        MarkupTokenizer(text.c_str(), text.size(), nullptr, false).Read(0, expected);
+        MarkupNode wide;
+        ASSERT_TRUE(ReadStartTagWide(text.c_str(), text.size(), 0, wide)) << k;
+        ASSERT_EQ(Describe(wide), Describe(expected)) << k;
+    }
+    // Both roads must have been taken often, empty tags among them, for the
+    // comparison to mean anything.
+    EXPECT_GT(wideReads, rounds / 3);
+    EXPECT_GT(usualReads, rounds / 6);
+    EXPECT_GT(emptyTags, 500);
+}
+
+}  // namespace
+}  // namespace marrowfin
