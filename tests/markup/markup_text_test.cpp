@@ -146,6 +146,13 @@ TEST(MarkupText, DecodesReferencesAndUtf8LikeThePlatformCodecAndNamesEncodings) 
     EXPECT_EQ(Decode(u"&sup1;&sup;&supe;&sub;&nsub;&zwj;&zwnj;&diams;&lt&gt;x&#60;&#x3C;"),
               u"\u00B9\u2283\u2287\u2282\u2284\u200D\u200C\u2666&lt>x<<");
     EXPECT_EQ(Decode(u"a&|&amp"), u"a&|&amp");
+    // Markup's own five are read in place: near misses and cut ends must go the table's way.
+    EXPECT_EQ(Decode(u"&lt;&gt;&amp;&quot;&apos;|&l;&g;&lt|&gt|&am;&ampx;&quo;&apo;&quott;&aposs;&qout;&apso;|&quot"),
+              u"<>&\"'|&l;&g;&lt|&gt|&am;&ampx;&quo;&apo;&quott;&aposs;&qout;&apso;|&quot");
+    EXPECT_EQ(Decode(u"&quox;&apox;") + Decode(u"&apos") + Decode(u"&gt;") + Decode(u"x&amp;"), u"&quox;&apox;&apos>x&");
+    // A value's view ends before the ';' that follows it in the text.
+    const std::u16string_view cut = u"&lt;&amp;&quot;";
+    EXPECT_EQ(Decode(cut.substr(0, 3)) + Decode(cut.substr(4, 4)) + Decode(cut.substr(9, 5)), u"&lt&amp&quot");
 
     // The fast UTF-8 decoder agrees with the platform's codec.
     // Edge sequences, then runs of three-byte forms (long enough for the four-at-a-time
