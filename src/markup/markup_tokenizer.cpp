@@ -2,12 +2,39 @@
 
 #include <cstring>
 
-#include "markup/markup_char_classes.h"
 #include "markup/markup_records.h"
 #include "markup/start_tag_wide.h"
 
 namespace marrowfin {
-using namespace markup_chars;
+namespace {
+
+// Character classes of the ASCII range in one table; every unit from 0x80 up
+// is an ordinary name and text character.
+enum : uint8_t {
+    CSpace = 1,  // tab, LF, CR, blank
+    CNameEnd = 2,  // ends a start tag name: space, '/', '>', NUL
+    CNameStart = 4,  // opens a start tag behind '<'
+    CValueEnd = 8,  // ends an unquoted value: space, '>', NUL
+};
+
+constexpr auto kClasses = [] {
+    struct Table {
+        uint8_t c[128]{};
+    } t;
+    for (int c : {'\t', '\n', '\r', ' '}) t.c[c] |= CSpace | CNameEnd | CValueEnd;
+    t.c[int{'/'}] |= CNameEnd;
+    t.c[int{'>'}] |= CNameEnd | CValueEnd;
+    t.c[0] |= CNameEnd | CValueEnd;
+    for (int c = 'A'; c <= 'Z'; ++c) t.c[c] |= CNameStart;
+    for (int c = 'a'; c < 128; ++c) t.c[c] |= CNameStart;
+    t.c[int{'_'}] |= CNameStart;
+    t.c[int{':'}] |= CNameStart;
+    return t;
+}();
+
+inline bool Is(char16_t c, uint8_t cls) { return c < 128 ? (kClasses.c[c] & cls) != 0 : cls == CNameStart; }
+
+}  // namespace
 
 // The NUL lies at m_length only, so "up to c or the NUL" is "up to c before
 // m_length"; `from` may lie at m_length but not beyond.
@@ -78,12 +105,12 @@ void MarkupTokenizer::ReadOther(size_t offset, MarkupNode& node) {
 }
 
 void MarkupTokenizer::ReadStartTag(size_t offset, MarkupNode& node) {
-    if (m_wide && ReadStartTagWide(m_text, m_length, offset, node)) return;
     const char16_t* t = m_text;
     const char16_t* p = t + offset + 1;
     while (!Is(*p, CNameEnd)) ++p;
     node.nameOffset = offset + 1;
     node.nameEnd = static_cast<size_t>(p - t);
+    if (*p != u'>' && TakeUsualTag(offset, static_cast<size_t>(p - t), node)) return;
     for (;;) {
         // Only '>', '=' and the NUL matter outside values; letters and CJK
         // are all above '>', so most units cost one compare.
@@ -119,6 +146,33 @@ void MarkupTokenizer::ReadStartTag(size_t offset, MarkupNode& node) {
     }
     node.kind = NodeStartTag;
     node.length = static_cast<size_t>(p - (t + offset));
+}
+
+// The usual road, where the processor has it and it has been paying off:
+// after a run of tags it could not read, it rests for a while, so that a
+// document of other tags (single quotes, blanks around '=') is read at the
+// plain reader's speed.
+bool MarkupTokenizer::TakeUsualTag(size_t offset, size_t nameEnd, MarkupNode& node) {
+    if (m_wide == WideTags::None) return false;
+    if (m_usualRest != 0) {
+        --m_usualRest;
+        return false;
+    }
+    // A name ending in '=' would keep the first '=' behind it from opening
+    // a value, which the usual road doesn't look for.
+    const size_t end = m_text[nameEnd - 1] == u'=' ? 0 : UsualStartTagEnd(m_text, m_length, nameEnd, m_wide);
+    if (end == 0) {
+        if (++m_usualMisses == kUsualMissesBeforeRest) {
+            m_usualMisses = 0;
+            m_usualRest = kUsualRest;
+        }
+        return false;
+    }
+    m_usualMisses = 0;
+    node.empty = m_text[end - 1] == u'/';
+    node.kind = NodeStartTag;
+    node.length = end + 1 - offset;
+    return true;
 }
 
 void MarkupTokenizer::ReadEndTag(size_t offset, MarkupNode& node) {

@@ -11,8 +11,10 @@
 
 namespace marrowfin {
 
-// Whether this processor reads start tags 32 units at a time (AVX-512).
-bool WideTagScanAvailable();
+// How start tags can be read 64 units at a time on this processor: with
+// AVX-512, with AVX2, or not at all (the plain reader only).
+enum class WideTags { None, Avx2, Avx512 };
+WideTags WideTagLevel();
 
 enum MarkupNodeKind : int {
     NodeEndTag = 0,
@@ -72,10 +74,12 @@ class MarkupTokenizer {
 public:
     // `text[length]` must be 0 and no earlier unit may be 0: the NUL is the
     // sentinel that ends every scan. Syntax error records go to `records`
-    // when it is not null. `wide` lets start tags be read with AVX-512 where
-    // the processor has it; both roads give the same nodes.
+    // when it is not null. `wide` lets start tags be read 64 units at a time
+    // where the processor can; both roads give the same nodes.
     MarkupTokenizer(const char16_t* text, size_t length, std::u16string* records, bool wide = true)
-        : m_text(text), m_length(length), m_records(records), m_wide(wide && WideTagScanAvailable()) {}
+        : MarkupTokenizer(text, length, records, wide ? WideTagLevel() : WideTags::None) {}
+    MarkupTokenizer(const char16_t* text, size_t length, std::u16string* records, WideTags wide)
+        : m_text(text), m_length(length), m_records(records), m_wide(wide) {}
 
     void Read(size_t offset, MarkupNode& node) {
         // Tags, most nodes of a document, go straight to their readers.
@@ -97,6 +101,7 @@ private:
     }
     void ReadOther(size_t offset, MarkupNode& node);
     void ReadStartTag(size_t offset, MarkupNode& node);
+    bool TakeUsualTag(size_t offset, size_t nameEnd, MarkupNode& node);
     void ReadEndTag(size_t offset, MarkupNode& node);
     void ReadTerminated(size_t offset, size_t minEnd, const char16_t* terminator, int kind,
                         const char16_t* unterminatedType, MarkupNode& node);
@@ -108,7 +113,11 @@ private:
     const char16_t* m_text;
     size_t m_length;
     std::u16string* m_records;
-    bool m_wide;
+    WideTags m_wide;
+    static constexpr int kUsualMissesBeforeRest = 8;
+    static constexpr int kUsualRest = 256;  // start tags
+    int m_usualMisses = 0;
+    int m_usualRest = 0;
 };
 
 }  // namespace marrowfin

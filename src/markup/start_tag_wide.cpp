@@ -2,74 +2,99 @@
 
 #include <cstdint>
 
-#include "markup/markup_char_classes.h"
-#include "markup/wide_masks.h"
+#if defined(__x86_64__)
+#include <immintrin.h>
+#endif
 
 namespace marrowfin {
 
-using namespace markup_chars;
-
 #if defined(__x86_64__)
 
-bool WideTagScanAvailable() {
-    static const bool has = __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
-                            __builtin_cpu_supports("pclmul") && __builtin_cpu_supports("bmi2");
-    return has;
+WideTags WideTagLevel() {
+    static const WideTags level = [] {
+        if (!__builtin_cpu_supports("pclmul") || !__builtin_cpu_supports("bmi2")) return WideTags::None;
+        if (__builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw")) return WideTags::Avx512;
+        if (__builtin_cpu_supports("avx2")) return WideTags::Avx2;
+        return WideTags::None;
+    }();
+    return level;
 }
 
 namespace {
 
-// The '>' and '=' signs and the quotes of 32 units from `base`. A window
-// never reaches the NUL at the text's end.
-struct TagWindow {
-    size_t base = 0;
-    uint32_t stops = 0;
-    uint32_t doubleQuotes = 0;
-    uint32_t singleQuotes = 0;
+// The units of 64 from a position that steer a start tag's scan, as bit
+// masks: bit i for unit i.
+struct TagMarks {
+    uint64_t quotes = 0;
+    uint64_t equals = 0;
+    uint64_t ends = 0;  // '>'
 };
 
-enum Marks { Stops, DoubleQuotes, SingleQuotes };
+#define MARROWFIN_AVX512 __attribute__((target("avx512f,avx512bw,pclmul,bmi,bmi2")))
+#define MARROWFIN_AVX2 __attribute__((target("avx2,pclmul,bmi,bmi2")))
 
-MARROWFIN_WIDE inline void LoadWindow(const char16_t* t, size_t at, TagWindow& w) {
-    const __m512i v = _mm512_loadu_si512(t + at);
-    w.base = at;
-    w.stops = _mm512_cmpeq_epi16_mask(v, _mm512_set1_epi16(u'>')) | _mm512_cmpeq_epi16_mask(v, _mm512_set1_epi16(u'='));
-    w.doubleQuotes = _mm512_cmpeq_epi16_mask(v, _mm512_set1_epi16(u'"'));
-    w.singleQuotes = _mm512_cmpeq_epi16_mask(v, _mm512_set1_epi16(u'\''));
-}
-
-// Moves `p` to the first marked unit at or behind it, loading windows as
-// the search goes on; false where a window would reach the text's end.
-MARROWFIN_WIDE inline bool NextMarked(const char16_t* t, size_t length, size_t& p, TagWindow& w, Marks which) {
-    for (;;) {
-        const size_t rel = p - w.base;
-        if (rel < 32) {
-            const uint32_t marks = which == Stops ? w.stops : which == DoubleQuotes ? w.doubleQuotes : w.singleQuotes;
-            const uint32_t ahead = marks >> rel;
-            if (ahead != 0) {
-                p += static_cast<size_t>(__builtin_ctz(ahead));
-                return true;
-            }
-            p = w.base + 32;
-        }
-        if (p + 32 > length) return false;
-        LoadWindow(t, p, w);
+// Each marker reads the 64 units, all of which must lie in the text, and
+// gives the prefix XOR of a mask: bit i set where an odd number of its bits
+// 0..i are set. With the quotes as mask, the units from an opening quote up
+// to its closing one.
+struct Avx512 {
+    MARROWFIN_AVX512 static uint64_t Eq(__m512i lo, __m512i hi, char16_t c) {
+        const __m512i n = _mm512_set1_epi16(static_cast<short>(c));
+        return static_cast<uint64_t>(_mm512_cmpeq_epi16_mask(lo, n)) |
+               static_cast<uint64_t>(_mm512_cmpeq_epi16_mask(hi, n)) << 32;
     }
-}
+    MARROWFIN_AVX512 static TagMarks Mark(const char16_t* t) {
+        const __m512i lo = _mm512_loadu_si512(t);
+        const __m512i hi = _mm512_loadu_si512(t + 32);
+        return {Eq(lo, hi, u'"'), Eq(lo, hi, u'='), Eq(lo, hi, u'>')};
+    }
+    MARROWFIN_AVX512 static uint64_t PrefixXor(uint64_t x) {
+        return static_cast<uint64_t>(
+            _mm_cvtsi128_si64(_mm_clmulepi64_si128(_mm_set_epi64x(0, static_cast<int64_t>(x)), _mm_set1_epi8(-1), 0)));
+    }
+};
+
+struct Avx2 {
+    // A compare gives two mask bits per unit; PEXT keeps one.
+    MARROWFIN_AVX2 static uint64_t Eq(const __m256i (&v)[4], char16_t c) {
+        const __m256i n = _mm256_set1_epi16(static_cast<short>(c));
+        uint64_t m = 0;
+        for (int i = 0; i < 4; ++i) {
+            const auto bytes = static_cast<uint32_t>(_mm256_movemask_epi8(_mm256_cmpeq_epi16(v[i], n)));
+            m |= static_cast<uint64_t>(_pext_u32(bytes, 0x55555555u)) << (16 * i);
+        }
+        return m;
+    }
+    MARROWFIN_AVX2 static TagMarks Mark(const char16_t* t) {
+        const __m256i v[4] = {_mm256_loadu_si256(reinterpret_cast<const __m256i*>(t)),
+                              _mm256_loadu_si256(reinterpret_cast<const __m256i*>(t + 16)),
+                              _mm256_loadu_si256(reinterpret_cast<const __m256i*>(t + 32)),
+                              _mm256_loadu_si256(reinterpret_cast<const __m256i*>(t + 48))};
+        return {Eq(v, u'"'), Eq(v, u'='), Eq(v, u'>')};
+    }
+    MARROWFIN_AVX2 static uint64_t PrefixXor(uint64_t x) {
+        return static_cast<uint64_t>(
+            _mm_cvtsi128_si64(_mm_clmulepi64_si128(_mm_set_epi64x(0, static_cast<int64_t>(x)), _mm_set1_epi8(-1), 0)));
+    }
+};
+
+// The road is written once and inlined into a function per marker that
+// carries the marker's instruction set, so that the marker inlines too.
+#define MARROWFIN_INLINE [[gnu::always_inline]] inline
 
 // Every '=' outside values straight before a '"' and every opening '"'
 // straight behind one: the values are then the pairs of double quotes and
 // the tag ends at the first '>' outside them.
-MARROWFIN_WIDE size_t UsualTagEnd(const char16_t* t, size_t length, size_t p) {
+template <class Marker>
+MARROWFIN_INLINE size_t UsualTagEnd(const char16_t* t, size_t length, size_t p) {
     uint64_t inside = 0;  // all ones when a value runs on from the last block
     uint64_t equalsBefore = 0;  // 1 when the last block ended on a '=' outside values
     for (size_t base = p; base + 64 <= length; base += 64) {
-        const wide::Block block = wide::LoadBlock(t + base);
-        const uint64_t quotes = wide::Marks(block, u'"');
-        const uint64_t values = wide::PrefixXor(quotes) ^ inside;  // opening quote in, closing quote out
-        const uint64_t equals = wide::Marks(block, u'=') & ~values;
-        const uint64_t strays = (quotes & values) ^ (equals << 1 | equalsBefore);
-        const uint64_t ends = wide::Marks(block, u'>') & ~values;
+        const TagMarks marks = Marker::Mark(t + base);
+        const uint64_t values = Marker::PrefixXor(marks.quotes) ^ inside;  // opening quote in, closing quote out
+        const uint64_t equals = marks.equals & ~values;
+        const uint64_t strays = (marks.quotes & values) ^ (equals << 1 | equalsBefore);
+        const uint64_t ends = marks.ends & ~values;
         if (ends != 0) {
             const unsigned end = static_cast<unsigned>(__builtin_ctzll(ends));
             if ((strays & ((uint64_t{1} << end) - 1)) != 0) return 0;
@@ -82,74 +107,28 @@ MARROWFIN_WIDE size_t UsualTagEnd(const char16_t* t, size_t length, size_t p) {
     return 0;
 }
 
-}  // namespace
-
-size_t UsualStartTagEnd(const char16_t* t, size_t length, size_t p) {
-    return WideTagScanAvailable() ? UsualTagEnd(t, length, p) : 0;
+MARROWFIN_AVX512 size_t UsualTagEndAvx512(const char16_t* t, size_t length, size_t p) {
+    return UsualTagEnd<Avx512>(t, length, p);
+}
+MARROWFIN_AVX2 size_t UsualTagEndAvx2(const char16_t* t, size_t length, size_t p) {
+    return UsualTagEnd<Avx2>(t, length, p);
 }
 
-// The plain reader's rules, step for step: outside values only '>' and '='
-// matter; a '=' opens a value unless a '=' stands before it (blanks between);
-// a quoted value runs to its own quote, an unquoted one to white space or '>'.
-MARROWFIN_WIDE bool ReadStartTagWide(const char16_t* t, size_t length, size_t offset, MarkupNode& node) {
-    size_t p = offset + 1;
-    while (!Is(t[p], CNameEnd)) ++p;
-    const size_t nameEnd = p;
-    bool empty = false;
-    if (t[p] == u'>') {
-        // "<title>": no window needed.
-        ++p;
-    } else if (const size_t end = t[p - 1] == u'=' ? 0 : UsualTagEnd(t, length, p); end != 0) {
-        // (A name ending in '=' would keep the first '=' behind it from
-        // opening a value, which the usual road doesn't look for.)
-        empty = t[end - 1] == u'/';
-        p = end + 1;
-    } else {
-        TagWindow w;
-        w.base = p + 32;  // no window loaded yet
-        for (;;) {
-            if (!NextMarked(t, length, p, w, Stops)) return false;
-            if (t[p] == u'>') {
-                empty = t[p - 1] == u'/';
-                ++p;
-                break;
-            }
-            size_t b = p - 1;
-            while (IsMarkupSpace(t[b])) --b;  // stops on the tag name at the latest
-            ++p;
-            if (t[b] == u'=') continue;
-            while (IsMarkupSpace(t[p])) ++p;
-            const char16_t v = t[p];
-            if (v == u'"' || v == u'\'') {
-                ++p;
-                if (!NextMarked(t, length, p, w, v == u'"' ? DoubleQuotes : SingleQuotes)) return false;
-                ++p;
-            } else if (v == 0) {
-                return false;
-            } else if (v != u'>' && v != u'=') {
-                while (!Is(t[p], CValueEnd)) ++p;
-                if (t[p] == 0) return false;
-                if (t[p] == u'>') {
-                    empty = t[p - 1] == u'/' && (IsMarkupSpace(t[p - 2]) || t[p - 2] == u'"' || t[p - 2] == u'\'');
-                    ++p;
-                    break;
-                }
-            }
-        }
+}  // namespace
+
+size_t UsualStartTagEnd(const char16_t* t, size_t length, size_t p, WideTags level) {
+    switch (level) {
+        case WideTags::Avx512: return UsualTagEndAvx512(t, length, p);
+        case WideTags::Avx2: return UsualTagEndAvx2(t, length, p);
+        case WideTags::None: break;
     }
-    node.nameOffset = offset + 1;
-    node.nameEnd = nameEnd;
-    node.empty = empty;
-    node.kind = NodeStartTag;
-    node.length = p - offset;
-    return true;
+    return 0;
 }
 
 #else
 
-bool WideTagScanAvailable() { return false; }
-size_t UsualStartTagEnd(const char16_t*, size_t, size_t) { return 0; }
-bool ReadStartTagWide(const char16_t*, size_t, size_t, MarkupNode&) { return false; }
+WideTags WideTagLevel() { return WideTags::None; }
+size_t UsualStartTagEnd(const char16_t*, size_t, size_t, WideTags) { return 0; }
 
 #endif
 

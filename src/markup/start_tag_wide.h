@@ -1,8 +1,8 @@
 #pragma once
-// Start tags read with AVX-512 bit masks, where the plain reader looks at
-// every unit between the values. Most tags are name="value" lists, whose end
-// is found 64 units at a time from the pairs of double quotes; the others go
-// by the plain reader's rules through windows of 32 units.
+// The end of a start tag found from bit masks of 64 units at a time
+// (AVX-512 or AVX2), where the plain reader looks at every unit between the
+// values. Most tags are name="value" lists, whose end follows from the pairs
+// of double quotes alone; the others are left to the plain reader.
 
 #include <cstddef>
 
@@ -10,19 +10,13 @@
 
 namespace marrowfin {
 
-// The start tag at `offset` of the NUL-terminated text, with the node the
-// plain reader gives; false, nothing written, when the tag may reach within
-// 32 units of the text's end or is broken there, which the plain reader then
-// reads and reports. Only where WideTagScanAvailable().
-bool ReadStartTagWide(const char16_t* t, size_t length, size_t offset, MarkupNode& node);
-
 // The position of the '>' that ends a usual start tag, read 64 units at a
 // time from `p` behind its name: every '=' outside values straight before a
 // '"' and every value's opening '"' straight behind one, so that values are
 // pairs of double quotes. 0 where the tag is not of this kind before its end
 // or the search would reach within 64 units of the text's end. The unit
 // before `p` must not be a '=' (it would keep the first '=' from opening a
-// value).
-size_t UsualStartTagEnd(const char16_t* t, size_t length, size_t p);
+// value). `level` must not be above WideTagLevel().
+size_t UsualStartTagEnd(const char16_t* t, size_t length, size_t p, WideTags level);
 
 }  // namespace marrowfin
