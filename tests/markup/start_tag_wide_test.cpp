@@ -1,4 +1,4 @@
-// The wide start-tag reader against the plain one: random tags, most of them
+// The usual start-tag road against the plain reader: random tags, most of them
 // usual attribute lists with a unit here and there that breaks the usual
 // shape, at every distance from the text's end.
 
@@ -26,7 +26,7 @@ std::u16string RandomTag(std::mt19937& random, int round) {
     auto unit = [&] { return kUnits[random() % std::size(kUnits)]; };
     std::u16string text = round % 3 == 0 ? u"<item" : u"<a";
     if (round % 2 == 0) {
-        // Steering units alone, long enough to span windows at times.
+        // Steering units alone, long enough to span blocks of 64 at times.
         const size_t body = random() % (round % 10 == 0 ? 150 : 60);
         for (size_t i = 0; i < body; ++i) text += unit();
         text += u"\">";
