@@ -158,9 +158,7 @@ bool MarkupTokenizer::TakeUsualTag(size_t offset, size_t nameEnd, MarkupNode& no
         --m_usualRest;
         return false;
     }
-    // A name ending in '=' would keep the first '=' behind it from opening
-    // a value, which the usual road doesn't look for.
-    const size_t end = m_text[nameEnd - 1] == u'=' ? 0 : UsualStartTagEnd(m_text, m_length, nameEnd, m_wide);
+    const size_t end = UsualStartTagEnd(m_text, m_length, nameEnd, m_wide);
     if (end == 0) {
         if (++m_usualMisses == kUsualMissesBeforeRest) {
             m_usualMisses = 0;

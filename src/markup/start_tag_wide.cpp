@@ -112,6 +112,9 @@ MARROWFIN_AVX2 size_t UsualTagEndAvx2(const char16_t* t, size_t length, size_t p
 }  // namespace
 
 size_t UsualStartTagEnd(const char16_t* t, size_t length, size_t p, WideTags level) {
+    // A name ending in '=' would keep the first '=' behind it from opening
+    // a value, which the usual road doesn't look for.
+    if (t[p - 1] == u'=') return 0;
     switch (level) {
         case WideTags::Avx512: return UsualTagEndAvx512(t, length, p);
         case WideTags::Avx2: return UsualTagEndAvx2(t, length, p);

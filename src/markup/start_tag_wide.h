@@ -14,9 +14,8 @@ namespace marrowfin {
 // time from `p` behind its name: every '=' outside values straight before a
 // '"' and every value's opening '"' straight behind one, so that values are
 // pairs of double quotes. 0 where the tag is not of this kind before its end
-// or the search would reach within 64 units of the text's end. The unit
-// before `p` must not be a '=' (it would keep the first '=' from opening a
-// value). `level` must not be above WideTagLevel().
+// or the search would reach within 64 units of the text's end, and where
+// the name ends in '='. `level` must not be above WideTagLevel().
 size_t UsualStartTagEnd(const char16_t* t, size_t length, size_t p, WideTags level);
 
 }  // namespace marrowfin
